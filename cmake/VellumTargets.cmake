@@ -1,0 +1,36 @@
+# How every target of the project is made: warnings, sanitizers, precompiled headers, ccache.
+
+find_program(VELLUM_CCACHE ccache)
+if(VELLUM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  # The precompiled headers need these two allowances to be cached at all.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${VELLUM_CCACHE})
+endif()
+
+function(vellum_compile_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align
+                                           -Woverloaded-virtual -Werror -fno-math-errno)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # The two warnings are wrong about std::string in g++ 12 (GCC bugs 105329, 105651).
+    target_compile_options(${target} PRIVATE -fpch-preprocess -Wno-restrict -Wno-stringop-overflow)
+  endif()
+  if(VELLUM_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${VELLUM_SANITIZE} -fno-sanitize-recover=all
+                                             -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${VELLUM_SANITIZE})
+  endif()
+  if(VELLUM_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
+endfunction()
+
+# vellum_wing(base SOURCES a.cpp ... LINKS ...): the static library vellum_base of the folder src/base.
+function(vellum_wing name)
+  cmake_parse_arguments(WING "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  set(target vellum_${name})
+  add_library(${target} STATIC ${WING_SOURCES})
+  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${target} PUBLIC ${WING_LINKS} PRIVATE ${WING_PRIVATE_LINKS})
+  vellum_compile_options(${target})
+  target_precompile_headers(${target} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/precompiled.h)
+endfunction()

@@ -1,0 +1,45 @@
+#include "base/chunk_handle.h"
+
+#include <atomic>
+#include <cstring>
+#include <new>
+
+namespace vellum {
+
+ChunkHandle ChunkHandle::create_for_overwrite(std::size_t size) {
+  ChunkHandle handle;
+  try {
+    handle.block_ = std::make_shared_for_overwrite<std::uint8_t[]>(size);
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+  handle.size_ = size;
+  return handle;
+}
+
+ChunkHandle ChunkHandle::create(std::size_t size) {
+  ChunkHandle handle = create_for_overwrite(size);
+  if (handle) std::memset(handle.block_.get(), 0, size);
+  return handle;
+}
+
+ChunkHandle ChunkHandle::copy_of(std::span<const std::uint8_t> bytes, std::size_t spare) {
+  ChunkHandle handle = create_for_overwrite(bytes.size() + spare);
+  if (!handle) return handle;
+  if (!bytes.empty()) std::memcpy(handle.block_.get(), bytes.data(), bytes.size());
+  if (spare != 0) std::memset(handle.block_.get() + bytes.size(), 0, spare);
+  return handle;
+}
+
+std::uint8_t* ChunkHandle::edit() {
+  if (block_.use_count() > 1) {
+    ChunkHandle own = copy_of(bytes(), 0);
+    if (!own) return nullptr;
+    *this = std::move(own);
+  }
+  // use_count() is a relaxed load: what another thread read before it let its share go must be over by now.
+  std::atomic_thread_fence(std::memory_order_acquire);
+  return block_.get();
+}
+
+}  // namespace vellum

@@ -1,0 +1,168 @@
+#include "base/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace vellum {
+namespace {
+
+constexpr std::size_t kWriteBuffer = std::size_t{256} << 10;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() {
+    if (fd_ >= 0) close(fd_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+/// The file that a link at `path` leads to, also where that file does not exist yet.
+std::filesystem::path without_links(std::filesystem::path path) {
+  std::error_code error;
+  for (int hops = 0; hops < 40 && std::filesystem::is_symlink(path, error); ++hops) {
+    const auto next = std::filesystem::read_symlink(path, error);
+    if (error) break;
+    path = next.is_absolute() ? next : path.parent_path() / next;
+  }
+  return path;
+}
+
+bool write_all(int fd, std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<std::vector<std::uint8_t>> read_file(const std::filesystem::path& path, std::string& reason,
+                                                   std::uint64_t limit) {
+  // Not blocking: a name of a pipe must not hang the program.
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status{};
+  if (file.get() < 0 || fstat(file.get(), &status) != 0) {
+    reason = std::strerror(errno);
+    return std::nullopt;
+  }
+  if (!S_ISREG(status.st_mode)) {
+    reason = S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : "not a regular file";
+    return std::nullopt;
+  }
+  if (static_cast<std::uint64_t>(status.st_size) > limit) {
+    reason = "the file is too long";
+    return std::nullopt;
+  }
+  try {
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
+    std::size_t have = 0;
+    while (have < bytes.size()) {
+      const ssize_t got = read(file.get(), bytes.data() + have, bytes.size() - have);
+      if (got < 0 && errno == EINTR) continue;
+      if (got < 0) {
+        reason = std::strerror(errno);
+        return std::nullopt;
+      }
+      if (got == 0) break;  // cut while it was read: the reader meets the end
+      have += static_cast<std::size_t>(got);
+    }
+    bytes.resize(have);
+    return bytes;
+  } catch (const std::bad_alloc&) {
+    reason = std::strerror(ENOMEM);
+    return std::nullopt;
+  }
+}
+
+SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(target)) {
+  std::error_code error;
+  if (std::filesystem::is_directory(target_, error)) {
+    fail("open", EISDIR);
+    return;
+  }
+  struct stat old{};
+  const bool exists = stat(target_.c_str(), &old) == 0;
+  if (exists && access(target_.c_str(), W_OK) != 0) {
+    fail("open", errno);
+    return;
+  }
+  std::string pattern = (target_.parent_path() / ".vellum-save-XXXXXX").string();
+  descriptor_ = mkostemp(pattern.data(), O_CLOEXEC);
+  if (descriptor_ < 0) {
+    fail("create", errno);
+    return;
+  }
+  temporary_ = pattern;
+  mode_t mode = old.st_mode & 07777;
+  if (!exists) {
+    const mode_t mask = umask(0);
+    umask(mask);
+    mode = 0666 & ~mask;
+  }
+  if (exists && fchown(descriptor_, old.st_uid, old.st_gid) != 0) {
+    // Not ours to give away: the new file then belongs to whoever saves it.
+  }
+  if (fchmod(descriptor_, mode) != 0) fail("set the permissions of", errno);
+  buffer_.reserve(kWriteBuffer);
+}
+
+SafeFile::~SafeFile() { discard(); }
+
+bool SafeFile::fail(const char* action, int error) {
+  if (reason_.empty()) reason_ = std::string("could not ") + action + " the file: " + std::strerror(error);
+  discard();
+  return false;
+}
+
+void SafeFile::discard() {
+  if (descriptor_ >= 0) close(descriptor_);
+  descriptor_ = -1;
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+  temporary_.clear();
+}
+
+bool SafeFile::flush() {
+  if (!write_all(descriptor_, buffer_)) return fail("write", errno);
+  buffer_.clear();
+  return true;
+}
+
+bool SafeFile::write(std::span<const std::uint8_t> bytes) {
+  if (!ok()) return false;
+  if (buffer_.size() + bytes.size() > kWriteBuffer && !flush()) return false;
+  if (bytes.size() > kWriteBuffer) return write_all(descriptor_, bytes) || fail("write", errno);
+  buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+  return true;
+}
+
+bool SafeFile::commit() {
+  if (!ok() || !flush()) return false;
+  if (fsync(descriptor_) != 0) return fail("write", errno);
+  if (close(descriptor_) != 0) {
+    descriptor_ = -1;
+    return fail("write", errno);
+  }
+  descriptor_ = -1;
+  if (rename(temporary_.c_str(), target_.c_str()) != 0) return fail("rename", errno);
+  temporary_.clear();
+  const auto folder = target_.has_parent_path() ? target_.parent_path() : std::filesystem::path(".");
+  const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (directory.get() >= 0) fsync(directory.get());  // best effort: the file itself is safe already
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,50 @@
+// Reading a whole file, and writing one so that what stood there before survives any failure.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vellum {
+
+/// All bytes of a regular file of at most `limit` bytes. Empty, with `reason` set, when it cannot be opened or
+/// read whole or is too long.
+std::optional<std::vector<std::uint8_t>> read_file(const std::filesystem::path& path, std::string& reason,
+                                                   std::uint64_t limit);
+
+/// A file that comes into being at `commit()`: bytes go to a temporary sibling of the target, which is synced
+/// and renamed over it. Without a commit nothing is left and the target is untouched. A link at the path is
+/// followed; the permissions of an existing target are kept.
+class SafeFile {
+ public:
+  explicit SafeFile(const std::filesystem::path& target);
+  ~SafeFile();
+  SafeFile(const SafeFile&) = delete;
+  SafeFile& operator=(const SafeFile&) = delete;
+
+  /// False once anything has failed; `reason()` then tells what the system said.
+  bool ok() const { return reason_.empty(); }
+  const std::string& reason() const { return reason_; }
+  /// Where the bytes lie until the commit.
+  const std::filesystem::path& temporary() const { return temporary_; }
+
+  bool write(std::span<const std::uint8_t> bytes);
+  /// Flushes, syncs, closes and renames; false and nothing left behind on any failure.
+  bool commit();
+
+ private:
+  bool fail(const char* action, int error);
+  bool flush();
+  void discard();
+
+  std::filesystem::path target_;
+  std::filesystem::path temporary_;
+  int descriptor_ = -1;
+  std::vector<std::uint8_t> buffer_;
+  std::string reason_;
+};
+
+}  // namespace vellum

@@ -1,0 +1,23 @@
+// Every bound that protects memory, in one place. Passing one fails with the message of the reader or the
+// operation that met it, never by exhaustion.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vellum {
+
+/// Largest file that is read, in bytes.
+inline constexpr std::uint64_t kMaximumFileBytes = std::uint64_t{4} << 30;
+/// Largest width and height of a picture or canvas, in pixels (libpng's own default limit).
+inline constexpr std::uint32_t kMaximumDimension = 1'000'000;
+/// Largest picture, in bytes with its header and color table.
+inline constexpr std::uint64_t kMaximumPictureBytes = std::uint64_t{2} << 30;
+/// Most bytes that one compressed text may inflate to.
+inline constexpr std::size_t kMaximumTextBytes = std::size_t{16} << 20;
+/// Most bytes that all compressed texts of one file may inflate to together.
+inline constexpr std::size_t kMaximumTextBytesOfFile = std::size_t{64} << 20;
+/// Most entries of a chunk list.
+inline constexpr std::size_t kMaximumEntries = 1'000'000;
+
+}  // namespace vellum

@@ -1,0 +1,72 @@
+#include "base/text.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+
+namespace vellum {
+namespace {
+
+char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+}  // namespace
+
+std::string format_text(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+  if (length > 0) std::vsnprintf(text.data(), text.size() + 1, format, again);
+  va_end(again);
+  va_end(arguments);
+  return text;
+}
+
+std::string with_value(std::string_view format, std::string_view value) {
+  std::string text(format);
+  if (const auto at = text.find("%s"); at != std::string::npos) text.replace(at, 2, value);
+  return text;
+}
+
+std::string utf8_from_latin1(std::string_view latin1) {
+  std::string text;
+  text.reserve(latin1.size());
+  for (const char c : latin1) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      text += c;
+    } else {
+      text += static_cast<char>(0xC0 | byte >> 6);
+      text += static_cast<char>(0x80 | (byte & 0x3F));
+    }
+  }
+  return text;
+}
+
+std::string cut_utf8(std::string text, std::size_t bytes) {
+  if (text.size() <= bytes) return text;
+  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;
+  text.resize(bytes);
+  return text;
+}
+
+std::string grouped(std::uint64_t value) {
+  std::string digits = std::to_string(value);
+  for (auto at = static_cast<std::ptrdiff_t>(digits.size()) - 3; at > 0; at -= 3)
+    digits.insert(static_cast<std::size_t>(at), 1, ',');
+  return digits;
+}
+
+bool equal_ignoring_case(std::string_view a, std::string_view b) {
+  return std::ranges::equal(a, b, {}, ascii_lower, ascii_lower);
+}
+
+std::string lower_case(std::string_view text) {
+  std::string lower(text);
+  std::ranges::transform(lower, lower.begin(), ascii_lower);
+  return lower;
+}
+
+}  // namespace vellum
