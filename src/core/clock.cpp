@@ -1,0 +1,23 @@
+#include "core/clock.h"
+
+#include <ctime>
+
+#include "base/byte_order.h"
+
+namespace vellum {
+
+std::array<std::uint8_t, 7> local_time_payload() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  std::array<std::uint8_t, 7> payload{};
+  write_be16(payload.data(), static_cast<std::uint32_t>(local.tm_year + 1900));
+  payload[2] = static_cast<std::uint8_t>(local.tm_mon + 1);
+  payload[3] = static_cast<std::uint8_t>(local.tm_mday);
+  payload[4] = static_cast<std::uint8_t>(local.tm_hour);
+  payload[5] = static_cast<std::uint8_t>(local.tm_min);
+  payload[6] = static_cast<std::uint8_t>(local.tm_sec);
+  return payload;
+}
+
+}  // namespace vellum

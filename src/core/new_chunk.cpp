@@ -1,0 +1,298 @@
+#include "core/new_chunk.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "base/byte_order.h"
+#include "core/chunk_list.h"
+#include "core/clock.h"
+#include "core/settings.h"
+#include "image/builtin_palette.h"
+#include "image/picture_operations.h"
+
+namespace vellum {
+namespace {
+
+/// What a default content is made from: the window, the argument, and the record to fill (tag and owner are
+/// set).
+struct Making {
+  const DocumentWindow& window;
+  const NewChunkArgument& argument;
+  ChunkRecord& record;
+
+  bool payload(std::span<const std::uint8_t> bytes) const {
+    record.data = ChunkHandle::copy_of(bytes);
+    record.size = static_cast<std::int32_t>(bytes.size());
+    return static_cast<bool>(record.data);
+  }
+};
+
+std::uint32_t dimension(int setting) { return static_cast<std::uint32_t>(std::clamp(setting, 1, 1'000'000)); }
+
+std::optional<ChunkRecord> ruling_header(const Making& making) {
+  ChunkRecord header;
+  const std::size_t from = static_cast<std::size_t>(std::max(making.window.document.caret, 0));
+  if (chunk_find_header(making.window.list, making.window.document, from, header) == kNoEntry)
+    return std::nullopt;
+  return header;
+}
+
+bool make_header(const Making& making) {
+  making.record.width = dimension(settings::DefaultWidth);
+  making.record.height = dimension(settings::DefaultDepth);
+  making.record.bitDepth = 8;
+  making.record.colorType = 2;
+  making.record.size = 13;
+  return true;
+}
+
+bool make_mng_header(const Making& making) {
+  making.record.frameWidth = dimension(settings::DefaultWidth);
+  making.record.frameHeight = dimension(settings::DefaultDepth);
+  making.record.ticksPerSecond = 1000;
+  making.record.size = 28;
+  return true;
+}
+
+bool make_webp_header(const Making& making) {
+  WebpHeaderFields& header = making.record.webpHeader;
+  header.canvasWidth = dimension(settings::DefaultWidth);
+  header.canvasHeight = dimension(settings::DefaultDepth);
+  header.colorType = 6;
+  header.bitsPerPixel = 24;
+  header.backgroundColor = static_cast<std::uint32_t>(settings::DefaultBackgroundColour);
+  making.record.size = 28;
+  return true;
+}
+
+bool make_palette(const Making& making) {
+  Palette palette;
+  std::uint32_t colors =
+      std::min(BuiltInPalette(&palette, nullptr, std::clamp(settings::DefaultPalette, 0, 8)), 256u);
+  if (const auto header = ruling_header(making); header && header->colorType == 3)
+    colors = std::min(colors, 1u << std::min<unsigned>(header->bitDepth, 8));
+  return making.payload(std::span(palette).first(3 * std::size_t{colors}));
+}
+
+bool make_end(const Making&) { return true; }
+
+/// Takes the picture of the argument over; `size` is its block's.
+bool take_picture(const Making& making, Picture& picture) {
+  picture = Picture(making.argument.picture);
+  if (!picture) return false;
+  making.record.data = picture.handle();
+  making.record.size = static_cast<std::int32_t>(picture.handle().size());
+  return true;
+}
+
+void fill_frame_control(ChunkRecord& record, const Picture& picture) {
+  record.frameControl = {};
+  record.frameControl.frameWidth = picture.width();
+  record.frameControl.frameHeight = picture.height();
+  record.frameControl.delayNum = 10;
+  record.frameControl.delayDen = 1000;
+}
+
+bool make_image(const Making& making) {
+  Picture picture;
+  if (!take_picture(making, picture)) return false;
+  if (making.window.document.kind == DocumentKind::APNG) fill_frame_control(making.record, picture);
+  return true;
+}
+
+bool make_frame_control(const Making& making) {
+  Picture picture;
+  if (!take_picture(making, picture)) return false;
+  fill_frame_control(making.record, picture);
+  return true;
+}
+
+bool make_mng_image(const Making& making) {
+  Picture picture;
+  if (!take_picture(making, picture)) return false;
+  ChunkRecord& record = making.record;
+  record.flags = CRF_IHDR | CRF_IDAT;
+  record.width = picture.width();
+  record.height = picture.height();
+  record.bitDepth = static_cast<std::uint8_t>(std::min(picture.bits(), 8u));
+  record.colorType = picture.bits() > 24 ? 6 : picture.bits() > 8 ? 2 : 3;
+  if (record.colorType != 3) return true;
+  EmbeddedImage& image = record.image.edit();
+  image.paletteBytes = 3 * PictureGetPalette(picture, image.palette);
+  record.flags |= CRF_PLTE;
+  return true;
+}
+
+bool make_webp_image(const Making& making) {
+  Picture picture;
+  if (!take_picture(making, picture)) return false;
+  WebpImageFields& image = making.record.webpImage;
+  image.width = picture.width();
+  image.height = picture.height();
+  image.bitsPerPixel = picture.bits();
+  image.delay = 10;
+  image.colorType = picture.bits() == 32 ? 6 : 2;
+  return true;
+}
+
+bool make_animation_control(const Making& making) {
+  making.record.size = 8;
+  return true;
+}
+
+bool make_gamma(const Making& making) {
+  static constexpr std::uint8_t gamma[] = {0x00, 0x00, 0xB1, 0x8F};  // 45455: 1 / 2.2 in hundred-thousandths
+  return making.payload(gamma);
+}
+
+/// Spare bytes behind a new text, so that it can be typed on in place.
+constexpr std::size_t kSpareTextBytes = 16;
+
+bool make_text(const Making& making) {
+  std::string text = std::string("Comment") + '\0' + settings::ForRent;
+  making.record.size = static_cast<std::int32_t>(text.size());
+  making.record.data = ChunkHandle::copy_of({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+                                            kSpareTextBytes);
+  return static_cast<bool>(making.record.data);
+}
+
+bool make_time(const Making& making) { return making.payload(local_time_payload()); }
+
+void put_sample(std::vector<std::uint8_t>& bytes, unsigned value) {
+  bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+  bytes.push_back(static_cast<std::uint8_t>(value));
+}
+
+bool make_transparency(const Making& making) {
+  const auto header = ruling_header(making);
+  if (!header) return false;
+  const unsigned white = (1u << header->bitDepth) - 1;
+  std::vector<std::uint8_t> bytes;
+  switch (header->colorType) {
+    case 0:
+      put_sample(bytes, white);
+      break;
+    case 2:
+      for (int i = 0; i < 3; ++i) put_sample(bytes, white);
+      break;
+    case 3: {
+      Palette palette;
+      std::uint32_t entries = std::min(1u << header->bitDepth, std::max(making.argument.number, 1u));
+      if (const std::uint32_t colors = chunk_find_palette(making.window.list, palette))
+        entries = std::min(entries, colors);
+      bytes.assign(entries, 255);
+      break;
+    }
+    default:
+      return false;
+  }
+  return making.payload(bytes);
+}
+
+Colour default_background() { return static_cast<Colour>(settings::DefaultBackgroundColour) & 0xFFFFFF; }
+
+bool make_background(const Making& making) {
+  const auto header = ruling_header(making);
+  if (!header) return false;
+  const Colour color = default_background();
+  const auto sample = [&](unsigned value) {
+    return header->bitDepth == 16 ? value * 257
+           : header->bitDepth < 8 ? value >> (8 - header->bitDepth)
+                                  : value;
+  };
+  std::vector<std::uint8_t> bytes;
+  if (header->colorType == 3) {
+    bytes = {0};
+  } else if (header->colorType == 0 || header->colorType == 4) {
+    put_sample(bytes, sample(grey_of(red_of(color), green_of(color), blue_of(color))));
+  } else {
+    for (const unsigned value : {red_of(color), green_of(color), blue_of(color)})
+      put_sample(bytes, sample(value));
+  }
+  return making.payload(bytes);
+}
+
+bool make_mng_background(const Making& making) {
+  const Colour color = default_background();
+  std::vector<std::uint8_t> bytes;
+  for (const unsigned value : {red_of(color), green_of(color), blue_of(color)})
+    put_sample(bytes, value * 257);
+  bytes.resize(10);
+  return making.payload(bytes);
+}
+
+bool make_termination(const Making& making) {
+  static constexpr std::uint8_t repeat_for_ever[10] = {3};
+  return making.payload(repeat_for_ever);
+}
+
+bool make_loop(const Making& making) {
+  std::uint8_t bytes[5] = {};
+  write_be32(bytes + 1, making.argument.number);
+  return making.payload(bytes);
+}
+
+bool make_loop_end(const Making& making) {
+  static constexpr std::uint8_t level[1] = {0};
+  return making.payload(level);
+}
+
+bool make_framing(const Making& making) {
+  std::uint8_t bytes[10] = {1, 0, 1};  // mode 1, an empty name, the delay changes
+  write_be32(bytes + 6, making.argument.number);
+  return making.payload(bytes);
+}
+
+bool make_definition(const Making& making) {
+  std::uint8_t bytes[12] = {0, 0, 0, 1};  // object 0, shown, concrete
+  write_be32(bytes + 4, making.argument.number & 0xFFFF);
+  write_be32(bytes + 8, making.argument.number >> 16);
+  return making.payload(bytes);
+}
+
+struct DefaultRow {
+  ChunkTag tag;
+  bool (*make)(const Making&);
+};
+
+constexpr DefaultRow kDefaults[] = {
+    {tag::IHDR, make_header},
+    {tag::MHDR, make_mng_header},
+    {tag::PLTE, make_palette},
+    {tag::IEND, make_end},
+    {tag::MEND, make_end},
+    {tag::IDAT, make_image},
+    {tag::fcTL, make_frame_control},
+    {tag::PNGI, make_mng_image},
+    {tag::WEBH, make_webp_header},
+    {tag::WEBI, make_webp_image},
+    {tag::acTL, make_animation_control},
+    {tag::gAMA, make_gamma},
+    {tag::tEXt, make_text},
+    {tag::zTXt, make_text},
+    {tag::tIME, make_time},
+    {tag::tRNS, make_transparency},
+    {tag::bKGD, make_background},
+    {tag::BACK, make_mng_background},
+    {tag::TERM, make_termination},
+    {tag::LOOP, make_loop},
+    {tag::ENDL, make_loop_end},
+    {tag::FRAM, make_framing},
+    {tag::DEFI, make_definition},
+};
+
+}  // namespace
+
+bool new_chunk(const DocumentWindow& window, ChunkRecord& out, ChunkTag tag,
+               const NewChunkArgument& argument) {
+  out = {};
+  const auto row = std::ranges::find(kDefaults, tag, &DefaultRow::tag);
+  if (row == std::end(kDefaults)) return false;
+  out.tag = tag;
+  out.owner = &window.document;
+  if (row->make({window, argument, out})) return true;
+  chunk_free(out);
+  return false;
+}
+
+}  // namespace vellum
