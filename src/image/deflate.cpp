@@ -19,7 +19,8 @@ struct FreeCompressor {
   void operator()(libdeflate_compressor* c) const { libdeflate_free_compressor(c); }
 };
 
-/// One compressor a thread and level: the high levels take megabytes that would be cleared again for each frame.
+/// One compressor a thread and level: the high levels take megabytes that would be cleared again for each
+/// frame.
 libdeflate_compressor* compressor(int level) {
   thread_local std::array<std::unique_ptr<libdeflate_compressor, FreeCompressor>, 13> own;
   auto& slot = own[static_cast<std::size_t>(level)];
@@ -49,7 +50,8 @@ struct FinalBlock {
   bool found = false;
 };
 
-/// Walks the blocks with zlib, which stops at each block's end and tells how many bits of the last byte it left.
+/// Walks the blocks with zlib, which stops at each block's end and tells how many bits of the last byte it
+/// left.
 FinalBlock find_final_block(std::span<const std::uint8_t> packed) {
   FinalBlock block;
   z_stream stream{};
@@ -79,8 +81,8 @@ FinalBlock find_final_block(std::span<const std::uint8_t> packed) {
   return block;
 }
 
-/// Turns a stream that ends into one that goes on: its final block loses the final bit, and an empty stored block (RFC
-/// 1951, 3.2.4) brings it to a byte boundary.
+/// Turns a stream that ends into one that goes on: its final block loses the final bit, and an empty stored
+/// block (RFC 1951, 3.2.4) brings it to a byte boundary.
 bool open_end(std::vector<std::uint8_t>& packed) {
   const FinalBlock block = find_final_block(packed);
   if (!block.found) return false;
@@ -110,8 +112,8 @@ DeflatePiece deflate_piece(std::span<const std::uint8_t> bytes, int level, bool 
   libdeflate_compressor* pack = compressor(kLevels[static_cast<std::size_t>(std::clamp(level, 1, 9))]);
   if (!pack) return piece;
   piece.packed.resize(libdeflate_deflate_compress_bound(pack, bytes.size()));
-  piece.packed.resize(
-      libdeflate_deflate_compress(pack, bytes.data(), bytes.size(), piece.packed.data(), piece.packed.size()));
+  piece.packed.resize(libdeflate_deflate_compress(pack, bytes.data(), bytes.size(), piece.packed.data(),
+                                                  piece.packed.size()));
   if (!last && !open_end(piece.packed)) piece.packed.clear();
   return piece;
 }

@@ -20,7 +20,8 @@ class ZlibInflate {
   bool ok() const { return ok_; }
   z_stream* operator->() { return &stream_; }
 
-  /// Goes on until `out` is full or the input ends; Z_OK, Z_STREAM_END, Z_BUF_ERROR (no more input), or a fault.
+  /// Goes on until `out` is full or the input ends; Z_OK, Z_STREAM_END, Z_BUF_ERROR (no more input), or a
+  /// fault.
   int run(std::span<std::uint8_t> out, std::size_t& produced) {
     int status = Z_OK;
     produced = 0;
@@ -45,7 +46,8 @@ struct FreeDecompressor {
 
 /// One decompressor a thread: making one for each small frame would cost as much as the frame.
 libdeflate_decompressor* decompressor() {
-  thread_local const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> own(libdeflate_alloc_decompressor());
+  thread_local const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> own(
+      libdeflate_alloc_decompressor());
   return own.get();
 }
 
@@ -63,7 +65,8 @@ bool inflate_by_zlib(std::span<const std::uint8_t> stream, std::span<std::uint8_
     const int status = zlib.run(out.subspan(done), produced);
     done += produced;
     stream = stream.subspan(piece - zlib->avail_in);
-    if (status == Z_DATA_ERROR || status == Z_NEED_DICT || status == Z_MEM_ERROR || status == Z_STREAM_ERROR) return false;
+    if (status == Z_DATA_ERROR || status == Z_NEED_DICT || status == Z_MEM_ERROR || status == Z_STREAM_ERROR)
+      return false;
     if (status == Z_STREAM_END || stream.empty()) break;
   }
   return done == out.size();
@@ -74,14 +77,15 @@ bool inflate_by_zlib(std::span<const std::uint8_t> stream, std::span<std::uint8_
 bool inflate_exactly(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out) {
   std::size_t consumed = 0, produced = 0;
   if (libdeflate_decompressor* fast = decompressor()) {
-    const auto result = libdeflate_zlib_decompress_ex(fast, stream.data(), stream.size(), out.data(), out.size(),
-                                                      &consumed, &produced);
+    const auto result = libdeflate_zlib_decompress_ex(fast, stream.data(), stream.size(), out.data(),
+                                                      out.size(), &consumed, &produced);
     if (result == LIBDEFLATE_SUCCESS) return produced == out.size();
   }
   return inflate_by_zlib(stream, out);
 }
 
-std::optional<std::string> inflate_text(std::span<const std::uint8_t> stream, std::size_t limit, bool& over_limit) {
+std::optional<std::string> inflate_text(std::span<const std::uint8_t> stream, std::size_t limit,
+                                        bool& over_limit) {
   over_limit = false;
   ZlibInflate zlib;
   if (!zlib.ok() || stream.size() > (std::size_t{1} << 31)) return std::nullopt;

@@ -43,7 +43,8 @@ void scatter(const std::uint8_t* pixels, std::uint8_t* row, const PngPass& pass)
     } else {
       constexpr std::size_t in_byte = 8 / kBits;
       const unsigned value = pixels[i / in_byte] >> (8 - kBits - i % in_byte * kBits) & ((1u << kBits) - 1);
-      row[x / in_byte] = static_cast<std::uint8_t>(row[x / in_byte] | value << (8 - kBits - x % in_byte * kBits));
+      row[x / in_byte] =
+          static_cast<std::uint8_t>(row[x / in_byte] | value << (8 - kBits - x % in_byte * kBits));
     }
   }
 }
@@ -52,11 +53,16 @@ using Scatter = void (*)(const std::uint8_t*, std::uint8_t*, const PngPass&);
 
 Scatter scatter_for(std::uint32_t bits) {
   switch (bits) {
-    case 1: return scatter<1>;
-    case 4: return scatter<4>;
-    case 8: return scatter<8>;
-    case 24: return scatter<24>;
-    default: return scatter<32>;
+    case 1:
+      return scatter<1>;
+    case 4:
+      return scatter<4>;
+    case 8:
+      return scatter<8>;
+    case 24:
+      return scatter<24>;
+    default:
+      return scatter<32>;
   }
 }
 
@@ -73,7 +79,8 @@ bool unfilter_rows(const PngHeader& header, ScratchPages& filtered, Take take) {
       if (!png_unfilter(at[0], at + 1, prior, bytes, distance)) return false;
       take(pass, y, at + 1);
       // The row above is needed by this one only.
-      filtered.release_before(static_cast<std::size_t>(prior == zeros.data() ? 0 : prior - filtered.bytes().data()));
+      filtered.release_before(
+          static_cast<std::size_t>(prior == zeros.data() ? 0 : prior - filtered.bytes().data()));
       prior = at + 1;
     }
   }
@@ -96,10 +103,11 @@ bool read_interlaced(const PngHeader& header, ScratchPages& filtered, Picture& p
   const PngRowReader read = png_row_reader(header);
   const Scatter put = scatter_for(picture.bits());
   std::vector<std::uint8_t> pixels(rows.stride);
-  return unfilter_rows(header, filtered, [&](const PngPass& pass, std::uint32_t y, const std::uint8_t* samples) {
-    read(samples, pixels.data(), pass.width);
-    put(pixels.data(), rows.row(pass.y0 + y * pass.dy), pass);
-  });
+  return unfilter_rows(header, filtered,
+                       [&](const PngPass& pass, std::uint32_t y, const std::uint8_t* samples) {
+                         read(samples, pixels.data(), pass.width);
+                         put(pixels.data(), rows.row(pass.y0 + y * pass.dy), pass);
+                       });
 }
 
 }  // namespace
@@ -108,7 +116,8 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
   if (const char* fault = png_header_fault(header)) return {{}, fault};
   const std::uint64_t filtered_bytes = png_filtered_bytes(header);
   const std::uint32_t bits = png_picture_bits(header);
-  // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of two.
+  // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of
+  // two.
   if (filtered_bytes > 2 * kMaximumPictureBytes) return {{}, "the image is too large", true};
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);

@@ -15,13 +15,13 @@ struct PngDecoded {
   bool limit = false;            ///< the failure is a limit of this program and not a fault of the file
 };
 
-/// Decodes an image. `data` are the payloads of its IDAT (or fdAT) chunks in file order, which together are one zlib
-/// stream. `palette` is the color table of indexed and grey pictures. The picture has png_picture_bits(header): samples of
-/// 16 bits are cut to their high byte, 2 bits come out as 8 with the values 0 to 3, rows go bottom-up, trailing bits of a
-/// row are 0.
+/// Decodes an image. `data` are the payloads of its IDAT (or fdAT) chunks in file order, which together are
+/// one zlib stream. `palette` is the color table of indexed and grey pictures. The picture has
+/// png_picture_bits(header): samples of 16 bits are cut to their high byte, 2 bits come out as 8 with the
+/// values 0 to 3, rows go bottom-up, trailing bits of a row are 0.
 ///
-/// Memory: the picture, the joined stream where there are several payloads, and the filtered rows that are not yet
-/// undone; all after the lengths were checked.
+/// Memory: the picture, the joined stream where there are several payloads, and the filtered rows that are
+/// not yet undone; all after the lengths were checked.
 PngDecoded png_decode(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
                       const Palette& palette);
 

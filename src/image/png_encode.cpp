@@ -10,7 +10,8 @@
 namespace vellum {
 namespace {
 
-/// Filtered bytes of a part: large, since each part starts with an empty window, yet enough parts for all cores.
+/// Filtered bytes of a part: large, since each part starts with an empty window, yet enough parts for all
+/// cores.
 constexpr std::uint64_t kPartBytes = std::uint64_t{6} << 20;
 
 /// Rows `first` to `end` of one pass.
@@ -69,7 +70,8 @@ void gather(const std::uint8_t* row, std::uint32_t bits, const PngPass& pass, st
   for (std::size_t i = 0; i < pass.width; ++i) {
     const std::size_t x = pass.x0 + i * pass.dx;
     const unsigned value = row[x * bits / 8] >> (8 - bits - x * bits % 8) & ((1u << bits) - 1);
-    pixels[i * bits / 8] = static_cast<std::uint8_t>(pixels[i * bits / 8] | value << (8 - bits - i * bits % 8));
+    pixels[i * bits / 8] =
+        static_cast<std::uint8_t>(pixels[i * bits / 8] | value << (8 - bits - i * bits % 8));
   }
 }
 
@@ -109,7 +111,8 @@ void filter_segment(const Job& job, const Segment& segment, std::uint8_t*& out) 
 DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
   std::size_t size = 0;
   for (const Segment& segment : part)
-    size += static_cast<std::size_t>(png_row_bytes(job.header, segment.pass->width) + 1) * (segment.end - segment.first);
+    size += static_cast<std::size_t>(png_row_bytes(job.header, segment.pass->width) + 1) *
+            (segment.end - segment.first);
   std::vector<std::uint8_t> filtered(size);
   std::uint8_t* out = filtered.data();
   for (const Segment& segment : part) filter_segment(job, segment, out);
@@ -120,17 +123,18 @@ DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
 
 std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
                                      std::optional<std::array<std::uint16_t, 3>> key) {
-  if (png_header_fault(header) || picture.width() != header.width || picture.height() != header.height) return {};
+  if (png_header_fault(header) || picture.width() != header.width || picture.height() != header.height)
+    return {};
   Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, level, {}};
   if (!job.write) return {};
   // As libpng: rows of indexes and of less than a byte a sample do not gain by filters; stored ones never do.
-  job.choice = {header.colorType == 3 || header.bitDepth < 8 || level == 0, header.width > 1, header.height > 1};
+  job.choice = {header.colorType == 3 || header.bitDepth < 8 || level == 0, header.width > 1,
+                header.height > 1};
   const PngPasses passes = png_passes(header);
   const std::vector<Part> parts = parts_of(header, passes);
   std::vector<DeflatePiece> pieces(parts.size());
-  parallel_for(parts.size(), [&](std::size_t i) { 
-    pieces[i] = pack_part(job, parts[i], i + 1 == parts.size());
-  });
+  parallel_for(parts.size(),
+               [&](std::size_t i) { pieces[i] = pack_part(job, parts[i], i + 1 == parts.size()); });
   for (const DeflatePiece& piece : pieces)
     if (piece.packed.empty()) return {};
   return join_pieces(pieces, level);

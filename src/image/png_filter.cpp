@@ -21,7 +21,8 @@ std::uint8_t paeth(int left, int up, int corner) {
   return static_cast<std::uint8_t>(to_up <= to_corner ? up : corner);
 }
 
-// ---------------------------------------------------------------------------------------------- undoing, byte by byte
+// ---------------------------------------------------------------------------------------------- undoing,
+// byte by byte
 
 void undo_up(std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes) {
   for (std::size_t i = 0; i < bytes; ++i) row[i] = static_cast<std::uint8_t>(row[i] + prior[i]);
@@ -39,12 +40,13 @@ void undo_by_bytes(std::uint8_t type, std::uint8_t* row, const std::uint8_t* pri
   }
 }
 
-// ------------------------------------------------------------------------------------------ undoing, pixel by pixel
+// ------------------------------------------------------------------------------------------ undoing, pixel
+// by pixel
 
 #if defined(__SSE2__)
 
-// A pixel depends on the one before it, so the bytes of one pixel are what can be done at the same time. Loads take 8
-// bytes (hence kFilterSlack), stores exactly a pixel.
+// A pixel depends on the one before it, so the bytes of one pixel are what can be done at the same time.
+// Loads take 8 bytes (hence kFilterSlack), stores exactly a pixel.
 
 template <std::size_t kPixel>
 __m128i load_pixel(const std::uint8_t* p) {
@@ -110,8 +112,8 @@ void undo_paeth(std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes)
     const __m128i to_up = absolute_16(left_step);
     const __m128i to_corner = absolute_16(_mm_add_epi16(up_step, left_step));
     const __m128i least = _mm_min_epi16(to_corner, _mm_min_epi16(to_left, to_up));
-    const __m128i nearest = choose(_mm_cmpeq_epi16(least, to_left), left,
-                                   choose(_mm_cmpeq_epi16(least, to_up), up, corner));
+    const __m128i nearest =
+        choose(_mm_cmpeq_epi16(least, to_left), left, choose(_mm_cmpeq_epi16(least, to_up), up, corner));
     const __m128i value = _mm_add_epi8(load_pixel<kPixel>(row + i), _mm_packus_epi16(nearest, nearest));
     store_pixel<kPixel>(row + i, value);
     left = _mm_unpacklo_epi8(value, zero);
@@ -129,21 +131,33 @@ void undo_pixels(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior
 bool undo_by_pixels(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes,
                     std::size_t distance) {
   switch (distance) {
-    case 3: undo_pixels<3>(type, row, prior, bytes); return true;
-    case 4: undo_pixels<4>(type, row, prior, bytes); return true;
-    case 6: undo_pixels<6>(type, row, prior, bytes); return true;
-    case 8: undo_pixels<8>(type, row, prior, bytes); return true;
-    default: return false;
+    case 3:
+      undo_pixels<3>(type, row, prior, bytes);
+      return true;
+    case 4:
+      undo_pixels<4>(type, row, prior, bytes);
+      return true;
+    case 6:
+      undo_pixels<6>(type, row, prior, bytes);
+      return true;
+    case 8:
+      undo_pixels<8>(type, row, prior, bytes);
+      return true;
+    default:
+      return false;
   }
 }
 
 #else
 
-bool undo_by_pixels(std::uint8_t, std::uint8_t*, const std::uint8_t*, std::size_t, std::size_t) { return false; }
+bool undo_by_pixels(std::uint8_t, std::uint8_t*, const std::uint8_t*, std::size_t, std::size_t) {
+  return false;
+}
 
 #endif
 
-// ----------------------------------------------------------------------------------------------------------- filtering
+// -----------------------------------------------------------------------------------------------------------
+// filtering
 
 /// How much a filtered byte weighs: its distance from 0 as a signed number.
 constexpr std::uint32_t weight(std::uint8_t byte) { return byte < 128 ? byte : 256u - byte; }
@@ -174,7 +188,8 @@ void filter_row(std::uint8_t type, const std::uint8_t* __restrict row, const std
   filter_head(type, row, prior, bytes, distance, out);
   switch (type) {
     case kSub:
-      for (std::size_t i = distance; i < bytes; ++i) out[i] = static_cast<std::uint8_t>(row[i] - row[i - distance]);
+      for (std::size_t i = distance; i < bytes; ++i)
+        out[i] = static_cast<std::uint8_t>(row[i] - row[i - distance]);
       break;
     case kUp:
       for (std::size_t i = distance; i < bytes; ++i) out[i] = static_cast<std::uint8_t>(row[i] - prior[i]);
@@ -214,8 +229,8 @@ bool png_unfilter(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prio
   return true;
 }
 
-void png_filter_row(const PngFilterChoice& choice, const std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes,
-                    std::size_t distance, std::uint8_t* out, std::uint8_t* scratch) {
+void png_filter_row(const PngFilterChoice& choice, const std::uint8_t* row, const std::uint8_t* prior,
+                    std::size_t bytes, std::size_t distance, std::uint8_t* out, std::uint8_t* scratch) {
   std::uint8_t best = kNone;
   const std::uint8_t* best_row = row;
   if (!choice.none_only) {

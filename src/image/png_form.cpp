@@ -80,7 +80,8 @@ PngForm png_form(const Picture& picture, const PngHeader& wanted, std::uint32_t 
   if (picture.width() != wanted.width || picture.height() != wanted.height)
     form.picture = PictureExtendCanvas(picture, wanted.width, wanted.height, 0, 0, 0);
   const bool keeps_index = wanted.colorType == 0 || wanted.colorType == 3;
-  if (form.picture && form.picture.bits() <= 8 && !keeps_index) form.picture = PictureToTrueColorAlpha(form.picture);
+  if (form.picture && form.picture.bits() <= 8 && !keeps_index)
+    form.picture = PictureToTrueColorAlpha(form.picture);
   if (!form.picture) return form;
   form.header = form.picture.bits() <= 8 ? indexed_form(form.picture, wanted, palette_entries)
                                          : color_form(form.picture, wanted);

@@ -29,10 +29,13 @@ const char* png_header_fault(const PngHeader& header) {
 
 std::uint32_t png_picture_bits(const PngHeader& header) {
   switch (header.colorType) {
-    case 2: return 24;
+    case 2:
+      return 24;
     case 4:
-    case 6: return 32;
-    default: return header.bitDepth == 1 || header.bitDepth == 4 ? header.bitDepth : 8;
+    case 6:
+      return 32;
+    default:
+      return header.bitDepth == 1 || header.bitDepth == 4 ? header.bitDepth : 8;
   }
 }
 
@@ -68,7 +71,8 @@ std::uint64_t png_row_bytes(const PngHeader& header, std::uint32_t width) {
 
 std::uint64_t png_filtered_bytes(const PngHeader& header) {
   std::uint64_t bytes = 0;
-  for (const PngPass& pass : png_passes(header)) bytes += (png_row_bytes(header, pass.width) + 1) * pass.height;
+  for (const PngPass& pass : png_passes(header))
+    bytes += (png_row_bytes(header, pass.width) + 1) * pass.height;
   return bytes;
 }
 

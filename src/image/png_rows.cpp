@@ -5,7 +5,8 @@
 namespace vellum {
 namespace {
 
-// ------------------------------------------------------------------------------------------------ samples to pictures
+// ------------------------------------------------------------------------------------------------ samples to
+// pictures
 
 /// Whole bits of a packed row; the bits behind the last pixel become 0.
 template <unsigned kBits>
@@ -32,7 +33,8 @@ void read_colors(const std::uint8_t* __restrict samples, std::uint8_t* __restric
 }
 
 template <unsigned kBytes>
-void read_grey_alpha(const std::uint8_t* __restrict samples, std::uint8_t* __restrict row, std::uint32_t width) {
+void read_grey_alpha(const std::uint8_t* __restrict samples, std::uint8_t* __restrict row,
+                     std::uint32_t width) {
   for (std::size_t x = 0; x < width; ++x) {
     const std::uint8_t grey = samples[2 * kBytes * x];
     row[4 * x] = row[4 * x + 1] = row[4 * x + 2] = grey;
@@ -40,11 +42,13 @@ void read_grey_alpha(const std::uint8_t* __restrict samples, std::uint8_t* __res
   }
 }
 
-void read_high_bytes(const std::uint8_t* __restrict samples, std::uint8_t* __restrict row, std::uint32_t width) {
+void read_high_bytes(const std::uint8_t* __restrict samples, std::uint8_t* __restrict row,
+                     std::uint32_t width) {
   for (std::size_t x = 0; x < width; ++x) row[x] = samples[2 * x];
 }
 
-// ------------------------------------------------------------------------------------------------ pictures to samples
+// ------------------------------------------------------------------------------------------------ pictures
+// to samples
 
 template <unsigned kBits>
 void write_packed(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t width, const std::uint16_t*) {
@@ -53,18 +57,21 @@ void write_packed(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t 
 
 /// Indexes of `kFrom` bits each, packed `kTo` bits each.
 template <unsigned kFrom, unsigned kTo>
-void write_repacked(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t width, const std::uint16_t*) {
+void write_repacked(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t width,
+                    const std::uint16_t*) {
   constexpr unsigned from_mask = (1u << kFrom) - 1, to_mask = (1u << kTo) - 1;
   std::memset(samples, 0, (std::size_t{width} * kTo + 7) / 8);
   for (std::size_t x = 0; x < width; ++x) {
     const unsigned index = row[x * kFrom / 8] >> (8 - kFrom - x * kFrom % 8) & from_mask;
-    samples[x * kTo / 8] = static_cast<std::uint8_t>(samples[x * kTo / 8] | (index & to_mask) << (8 - kTo - x * kTo % 8));
+    samples[x * kTo / 8] =
+        static_cast<std::uint8_t>(samples[x * kTo / 8] | (index & to_mask) << (8 - kTo - x * kTo % 8));
   }
 }
 
 /// Indexes of `kFrom` bits as grey samples of 16 bits: index * 257, or the key's.
 template <unsigned kFrom>
-void write_deep_grey(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t width, const std::uint16_t* key) {
+void write_deep_grey(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t width,
+                     const std::uint16_t* key) {
   for (std::size_t x = 0; x < width; ++x) {
     const unsigned index = row[x * kFrom / 8] >> (8 - kFrom - x * kFrom % 8) & ((1u << kFrom) - 1);
     samples[2 * x] = static_cast<std::uint8_t>(index);
@@ -72,15 +79,16 @@ void write_deep_grey(const std::uint8_t* row, std::uint8_t* samples, std::uint32
   }
 }
 
-/// Red, green, blue (and alpha) of a picture of `kFrom` bytes a pixel, `kBytes` 1 or 2 a sample. Alpha is 255 where the
-/// picture has none.
+/// Red, green, blue (and alpha) of a picture of `kFrom` bytes a pixel, `kBytes` 1 or 2 a sample. Alpha is 255
+/// where the picture has none.
 template <unsigned kFrom, unsigned kChannels, unsigned kBytes>
 void write_colors(const std::uint8_t* __restrict row, std::uint8_t* __restrict samples, std::uint32_t width,
                   const std::uint16_t* key) {
   for (std::size_t x = 0; x < width; ++x) {
     const std::uint8_t* pixel = row + kFrom * x;
     std::uint8_t* out = samples + kChannels * kBytes * x;
-    const std::uint8_t channels[4] = {pixel[2], pixel[1], pixel[0], kFrom == 4 ? pixel[kFrom - 1] : std::uint8_t{255}};
+    const std::uint8_t channels[4] = {pixel[2], pixel[1], pixel[0],
+                                      kFrom == 4 ? pixel[kFrom - 1] : std::uint8_t{255}};
     if constexpr (kBytes == 1) {
       for (unsigned c = 0; c < kChannels; ++c) out[c] = channels[c];
     } else {
@@ -99,13 +107,15 @@ template <unsigned kFrom, unsigned kChannels, unsigned kBytes>
 void write_greys(const std::uint8_t* __restrict row, std::uint8_t* __restrict samples, std::uint32_t width,
                  const std::uint16_t* key) {
   for (std::size_t x = 0; x < width; ++x) {
-    const std::uint8_t channels[2] = {row[kFrom * x + 2], kFrom == 4 ? row[kFrom * x + kFrom - 1] : std::uint8_t{255}};
+    const std::uint8_t channels[2] = {row[kFrom * x + 2],
+                                      kFrom == 4 ? row[kFrom * x + kFrom - 1] : std::uint8_t{255}};
     std::uint8_t* out = samples + kChannels * kBytes * x;
     for (unsigned c = 0; c < kChannels; ++c) {
       out[kBytes * c] = channels[c];
       if constexpr (kBytes == 2)
-        out[2 * c + 1] = kChannels == 1 && key && channels[0] == key[0] >> 8 ? static_cast<std::uint8_t>(key[0])
-                                                                             : channels[c];
+        out[2 * c + 1] = kChannels == 1 && key && channels[0] == key[0] >> 8
+                             ? static_cast<std::uint8_t>(key[0])
+                             : channels[c];
     }
   }
 }
@@ -126,16 +136,19 @@ constexpr WriterRow kIndexWriters[] = {
 };
 
 constexpr WriterRow kColorWriters[] = {
-    {24, 0, 8, write_greys<3, 1, 1>},  {24, 0, 16, write_greys<3, 1, 2>},  {32, 0, 8, write_greys<4, 1, 1>},
-    {32, 0, 16, write_greys<4, 1, 2>}, {24, 4, 8, write_greys<3, 2, 1>},   {24, 4, 16, write_greys<3, 2, 2>},
-    {32, 4, 8, write_greys<4, 2, 1>},  {32, 4, 16, write_greys<4, 2, 2>},  {24, 2, 8, write_colors<3, 3, 1>},
-    {24, 2, 16, write_colors<3, 3, 2>}, {32, 2, 8, write_colors<4, 3, 1>}, {32, 2, 16, write_colors<4, 3, 2>},
-    {24, 6, 8, write_colors<3, 4, 1>}, {24, 6, 16, write_colors<3, 4, 2>}, {32, 6, 8, write_colors<4, 4, 1>},
-    {32, 6, 16, write_colors<4, 4, 2>},
+    {24, 0, 8, write_greys<3, 1, 1>},  {24, 0, 16, write_greys<3, 1, 2>},
+    {32, 0, 8, write_greys<4, 1, 1>},  {32, 0, 16, write_greys<4, 1, 2>},
+    {24, 4, 8, write_greys<3, 2, 1>},  {24, 4, 16, write_greys<3, 2, 2>},
+    {32, 4, 8, write_greys<4, 2, 1>},  {32, 4, 16, write_greys<4, 2, 2>},
+    {24, 2, 8, write_colors<3, 3, 1>}, {24, 2, 16, write_colors<3, 3, 2>},
+    {32, 2, 8, write_colors<4, 3, 1>}, {32, 2, 16, write_colors<4, 3, 2>},
+    {24, 6, 8, write_colors<3, 4, 1>}, {24, 6, 16, write_colors<3, 4, 2>},
+    {32, 6, 8, write_colors<4, 4, 1>}, {32, 6, 16, write_colors<4, 4, 2>},
 };
 
 template <std::size_t kCount>
-PngRowWriter find_writer(const WriterRow (&rows)[kCount], std::uint32_t bits, std::uint8_t type, std::uint8_t depth) {
+PngRowWriter find_writer(const WriterRow (&rows)[kCount], std::uint32_t bits, std::uint8_t type,
+                         std::uint8_t depth) {
   for (const WriterRow& row : rows)
     if (row.picture_bits == bits && row.colorType == type && row.bitDepth == depth) return row.write;
   return nullptr;
@@ -146,17 +159,26 @@ PngRowWriter find_writer(const WriterRow (&rows)[kCount], std::uint32_t bits, st
 PngRowReader png_row_reader(const PngHeader& header) {
   const bool deep = header.bitDepth == 16;
   switch (header.colorType) {
-    case 2: return deep ? read_colors<3, 2> : read_colors<3, 1>;
-    case 4: return deep ? read_grey_alpha<2> : read_grey_alpha<1>;
-    case 6: return deep ? read_colors<4, 2> : read_colors<4, 1>;
-    default: break;
+    case 2:
+      return deep ? read_colors<3, 2> : read_colors<3, 1>;
+    case 4:
+      return deep ? read_grey_alpha<2> : read_grey_alpha<1>;
+    case 6:
+      return deep ? read_colors<4, 2> : read_colors<4, 1>;
+    default:
+      break;
   }
   switch (header.bitDepth) {
-    case 1: return read_packed<1>;
-    case 2: return read_two_bits;
-    case 4: return read_packed<4>;
-    case 16: return read_high_bytes;
-    default: return read_packed<8>;
+    case 1:
+      return read_packed<1>;
+    case 2:
+      return read_two_bits;
+    case 4:
+      return read_packed<4>;
+    case 16:
+      return read_high_bytes;
+    default:
+      return read_packed<8>;
   }
 }
 
