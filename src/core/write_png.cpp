@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "core/chunk_stream.h"
 #include "core/png_reading.h"
 #include "core/png_writing.h"
 #include "image/png_encode.h"
