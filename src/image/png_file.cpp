@@ -31,7 +31,7 @@ bool take_chunks(std::span<const StreamChunk> chunks, PngParts& parts) {
   return parts.header.colorType != 3 || has_palette;
 }
 
-/// Header and palette, and the image data up to the end of the file where that comes before the end chunk.
+/// Header, palette and image data of a file; nothing when one of them is damaged or the end chunk is missing.
 std::optional<PngParts> parts_of(std::span<const std::uint8_t> file) {
   if (file.size() < kPngSignature.size() ||
       !std::ranges::equal(file.first(kPngSignature.size()), kPngSignature))
