@@ -21,7 +21,7 @@ Zone legal_zone(ChunkTag tag, Zone natural, bool has_palette) {
     case ChunkPlace::BeforePalette:
       return has_palette ? kBeforePalette : std::min(natural, kBehindPalette);
     case ChunkPlace::BehindPalette:
-      return kBehindPalette;
+      return has_palette ? kBehindPalette : std::min(natural, kBehindPalette);
     case ChunkPlace::BeforeImage:
       return std::min(natural, kBehindPalette);
     default:
