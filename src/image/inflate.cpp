@@ -65,8 +65,9 @@ std::optional<std::size_t> inflate_by_zlib(std::span<const std::uint8_t> stream,
     const int status = zlib.run(out.subspan(done), produced);
     done += produced;
     stream = stream.subspan(piece - zlib->avail_in);
+    if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) return std::nullopt;
     if (status == Z_STREAM_END || done == out.size()) return done;
-    if (stream.empty() || (status != Z_OK && status != Z_BUF_ERROR)) return std::nullopt;
+    if (stream.empty()) return std::nullopt;
   }
   return done;
 }
