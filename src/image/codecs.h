@@ -72,8 +72,7 @@ bool write_through(const std::filesystem::path& path, const Picture& picture, co
   }
 }
 
-/// The palette has every entry from `colours` on zero and is what `table` holds before: `size` bytes an
-/// entry, blue first.
+/// The palette of a table with `size` bytes an entry, blue first; entries from `colours` on are black.
 Palette palette_from_bgr(const std::uint8_t* table, std::size_t colours, std::size_t size);
 
 /// A field of 1 to 8 bits as eight: its bits repeated from the top, so that the largest value gives 255.

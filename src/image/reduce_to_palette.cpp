@@ -68,7 +68,6 @@ void prepare_library() {
     InitializeMagickEx(nullptr, MAGICK_OPT_NO_SIGNAL_HANDER, nullptr);
     SetWarningHandler(ignore_report);
     SetErrorHandler(ignore_report);
-    SetFatalErrorHandler(ignore_report);
     SetMagickResourceLimit(WidthResource, kMaximumDimension);
     SetMagickResourceLimit(HeightResource, kMaximumDimension);
     SetMagickResourceLimit(PixelsResource, kMaximumPictureBytes / 3);
