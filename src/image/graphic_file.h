@@ -13,8 +13,8 @@ namespace vellum {
 /// Switches of a graphic file. As text they stand behind the name: "/X", "/Q:75", "/S:2", "/L".
 struct GraphicSwitches {
   bool exif_orientation = false;     ///< /X: turn a JPEG by its EXIF orientation
-  std::optional<int> quality{};      ///< /Q:n, 0 to 100
-  std::optional<int> subsampling{};  ///< /S:n, 2 = 4:2:0, 1 = 4:2:2, 0 = 4:4:4
+  std::optional<int> quality;        ///< /Q:n, 0 to 100
+  std::optional<int> subsampling;    ///< /S:n, 2 = 4:2:0, 1 = 4:2:2, 0 = 4:4:4
   bool lossless = false;             ///< /L
 };
 

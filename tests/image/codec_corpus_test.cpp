@@ -128,9 +128,9 @@ TEST_F(Corpus, JpegsTurnByTheirOrientation) {
   for (const TableRow& row : corpus_rows({"jpeg"})) {
     if (row.at("alt_oracle").find("EXIF") == std::string::npos) continue;
     ++turned;
-    const Picture picture = JPGReadGraphicFile(corpus_file(row), {.exif_orientation = true});
+    const Picture picture = JPGReadGraphicFile(corpus_file(row), {true, {}, {}});
     EXPECT_EQ(md5_of_picture(picture), row.at("pixel_md5_alt")) << row.at("path");
-    const Picture information = JPGGetFileInformation(corpus_file(row), {.exif_orientation = true});
+    const Picture information = JPGGetFileInformation(corpus_file(row), {true, {}, {}});
     EXPECT_EQ(information.width(), picture.width()) << row.at("path");
   }
   EXPECT_GE(turned, 13);

@@ -25,18 +25,15 @@ TEST(GraphicName, TypesAndSwitches) {
     std::string path;
     GraphicSwitches switches;
   } table[] = {
-      {"picture.JPG/Q:75", 0, "picture.JPG", {.quality = 75}},
+      {"picture.JPG/Q:75", 0, "picture.JPG", {false, 75, {}}},
       {"a/b.bmp", 1, "a/b.bmp", {}},
       {"/tmp/x.Gif/V", 2, "/tmp/x.Gif", {}},
       {"x.pcx", 3, "x.pcx", {}},
       {"x.tga", 4, "x.tga", {}},
       {"/home/V/x.png", 5, "/home/V/x.png", {}},
-      {"x.webp/L/Q:5/S:1/X",
-       6,
-       "x.webp",
-       {.exif_orientation = true, .quality = 5, .subsampling = 1, .lossless = true}},
-      {"x.jpg/Q:99999999999", 0, "x.jpg", {.quality = 100}},
-      {"/home/L/Q:3/x.jpg/S:0", 0, "/home/L/Q:3/x.jpg", {.subsampling = 0}},
+      {"x.webp/L/Q:5/S:1/X", 6, "x.webp", {true, 5, 1, true}},
+      {"x.jpg/Q:99999999999", 0, "x.jpg", {false, 100, {}}},
+      {"/home/L/Q:3/x.jpg/S:0", 0, "/home/L/Q:3/x.jpg", {false, {}, 0}},
       {"x.jpg/Q:", kNoGraphicFile, "x.jpg/Q:", {}},
       {"x.jpg/Q:7a", kNoGraphicFile, "x.jpg/Q:7a", {}},
       {"x.jpg/W", kNoGraphicFile, "x.jpg/W", {}},
