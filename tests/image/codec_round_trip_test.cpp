@@ -29,11 +29,11 @@ struct Case {
   std::uint32_t read_bits;  ///< of what comes back; the block is the same when both agree
 };
 
-const std::vector<Case> kExact = {{"bmp", 1, 1},   {"bmp", 4, 4},    {"bmp", 8, 8},   {"bmp", 24, 24},
-                                  {"bmp", 32, 32}, {"gif", 1, 1},    {"gif", 4, 4},   {"gif", 8, 8},
-                                  {"pcx", 1, 4},   {"pcx", 4, 4},    {"pcx", 8, 8},   {"pcx", 24, 24},
-                                  {"tga", 1, 8},   {"tga", 4, 8},    {"tga", 8, 8},   {"tga", 24, 24},
-                                  {"tga", 32, 32}, {"webp", 24, 24}, {"webp", 8, 24}, {"webp", 1, 24}};
+const std::vector<Case> kExact = {
+    {"bmp", 1, 1},   {"bmp", 4, 4},   {"bmp", 8, 8},   {"bmp", 24, 24}, {"bmp", 32, 32}, {"gif", 1, 1},
+    {"gif", 4, 4},   {"gif", 8, 8},   {"pcx", 1, 4},   {"pcx", 4, 4},   {"pcx", 8, 8},   {"pcx", 24, 24},
+    {"tga", 1, 8},   {"tga", 4, 8},   {"tga", 8, 8},   {"tga", 24, 24}, {"tga", 32, 32}, {"webp", 24, 24},
+    {"webp", 8, 24}, {"webp", 1, 24}, {"png", 24, 24}, {"png", 32, 32}};
 
 TEST(RoundTrip, FormatsWithoutLossGiveBackEveryPixel) {
   const ScratchFolder folder;
