@@ -95,7 +95,7 @@ Picture PictureFlattenAlpha(const Picture& picture, Colour colour) {
 }
 
 Picture PictureFlatten(const Picture& picture, Colour colour) {
-  if (has_rows(picture) && picture.bits() == 24) return PictureDuplicate(picture);
+  if (has_rows(picture) && picture.bits() == 24) return whole_of(picture);
   return PictureFlattenAlpha(picture, colour);
 }
 

@@ -156,7 +156,7 @@ Picture PictureToTrueColor(const Picture& picture) {
     case 1:
       return through_table(picture, kBlackAndWhite, 24);
     case 24:
-      return PictureDuplicate(picture);
+      return whole_of(picture);
     case 32:
       return drop_alpha(picture);
     default:
@@ -173,7 +173,7 @@ Picture PictureToTrueColorAlpha(const Picture& picture) {
 
 Picture PictureWithTransparency(const Picture& picture, std::span<const std::uint8_t> table) {
   if (!has_rows(picture)) return {};
-  if (picture.bits() == 32) return PictureDuplicate(picture);
+  if (picture.bits() == 32) return picture;
   if (picture.bits() == 24) {
     if (table.size() < 6) return PictureToTrueColorAlpha(picture);
     const std::uint32_t transparent =

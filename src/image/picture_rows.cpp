@@ -61,6 +61,17 @@ Picture create_rows(std::uint32_t width, std::uint32_t height, const Palette* pa
   return picture;
 }
 
+Picture whole_of(const Picture& picture) {
+  const Palette palette = palette_of(picture);
+  Picture result = create_rows(picture.width(), picture.height(), &palette, picture.bits());
+  if (!result) return result;
+  const EditRows rows(result);
+  for_each_row(picture.height(), rows.stride, [&](std::uint32_t y) {
+    copy_pixels(rows[y], 0, picture.row(y), 0, picture.width(), picture.bits());
+  });
+  return result;
+}
+
 const Palette& grey_ramp() {
   static const Palette ramp = [] {
     Palette palette{};

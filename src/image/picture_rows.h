@@ -21,6 +21,9 @@ bool has_rows(const Picture& picture);
 /// As PictureCreateForOverwrite, with the padding of every row already zero.
 Picture create_rows(std::uint32_t width, std::uint32_t height, const Palette* palette, std::uint32_t depth);
 
+/// A copy whose padding is zero, whatever the source's is.
+Picture whole_of(const Picture& picture);
+
 /// Index i is the grey (i, i, i).
 const Palette& grey_ramp();
 Palette palette_of(const Picture& picture);

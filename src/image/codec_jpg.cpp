@@ -1,0 +1,239 @@
+// JPEG through libjpeg-turbo, its EXIF orientation through libexif.
+//
+// The library reports errors by a jump. Every function that sets the target of one (`setjmp`) holds no object
+// with a destructor; the records that own memory live in its caller.
+#include <csetjmp>
+#include <cstdio>
+#include <vector>
+
+#include <jpeglib.h>
+#include <libexif/exif-data.h>
+
+#include "image/codecs.h"
+#include "image/orientation.h"
+
+namespace vellum {
+namespace {
+
+/// More scans than any encoder writes: a small file could otherwise keep the decoder busy for hours.
+constexpr int kMaximumScans = 500;
+
+struct ErrorJump {
+  jpeg_error_mgr manager{};
+  std::jmp_buf target{};
+};
+
+[[noreturn]] void jump(j_common_ptr info) {
+  std::longjmp(reinterpret_cast<ErrorJump*>(info->err)->target, 1);
+}
+void stay_silent(j_common_ptr) {}
+
+jpeg_error_mgr* prepare(ErrorJump& error) {
+  jpeg_std_error(&error.manager);
+  error.manager.error_exit = jump;
+  error.manager.output_message = stay_silent;
+  return &error.manager;
+}
+
+void count_scans(j_common_ptr info) {
+  if (info->is_decompressor && reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > kMaximumScans)
+    jump(info);
+}
+
+struct Decompressor {
+  jpeg_decompress_struct info{};
+  ErrorJump error;
+  jpeg_progress_mgr progress{};
+
+  Decompressor() = default;
+  ~Decompressor() { jpeg_destroy_decompress(&info); }
+  Decompressor(const Decompressor&) = delete;
+  Decompressor& operator=(const Decompressor&) = delete;
+
+  std::uint32_t bits() const { return info.num_components == 1 ? 8 : 24; }
+  bool has_black() const { return info.out_color_space == JCS_CMYK; }
+};
+
+bool open_file(Decompressor& file, FileBytes bytes) {
+  file.info.err = prepare(file.error);
+  if (setjmp(file.error.target)) return false;
+  jpeg_create_decompress(&file.info);
+  file.progress.progress_monitor = count_scans;
+  file.info.progress = &file.progress;
+  jpeg_save_markers(&file.info, JPEG_APP0 + 1, 0xFFFF);
+  jpeg_mem_src(&file.info, bytes.data(), static_cast<unsigned long>(bytes.size()));
+  jpeg_read_header(&file.info, TRUE);
+  switch (file.info.num_components) {
+    case 1:
+      file.info.out_color_space = JCS_GRAYSCALE;
+      return true;
+    case 3:
+      file.info.out_color_space = JCS_EXT_BGR;
+      return true;
+    case 4:
+      file.info.out_color_space = JCS_CMYK;
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// Ink over paper. Adobe's files store the ink inverted, as the light that is left.
+void store_inks(const std::uint8_t* in, std::uint8_t* out, std::size_t width, bool inverted) {
+  const std::uint8_t turn = inverted ? 0 : 255;
+  for (std::size_t x = 0; x < width; ++x, in += 4, out += 3) {
+    const std::uint32_t black = in[3] ^ turn;
+    for (std::size_t i = 0; i < 3; ++i)
+      out[2 - i] = static_cast<std::uint8_t>(((in[i] ^ turn) * black + 127) / 255);
+  }
+}
+
+/// `inks` is room for one row with four bytes a pixel where the file has black.
+bool decode_rows(Decompressor& file, const EditRows& rows, std::uint8_t* inks) {
+  if (setjmp(file.error.target)) return false;
+  jpeg_start_decompress(&file.info);
+  while (file.info.output_scanline < file.info.output_height) {
+    std::uint8_t* out = rows[file.info.output_scanline];
+    JSAMPROW line = inks ? inks : out;
+    jpeg_read_scanlines(&file.info, &line, 1);
+    if (inks) store_inks(inks, out, file.info.output_width, file.info.saw_Adobe_marker);
+  }
+  return true;  // what stands behind the last row is not looked at
+}
+
+struct ExifDeleter {
+  void operator()(ExifData* data) const { exif_data_unref(data); }
+};
+
+/// EXIF 2.3, tag 0x0112, of a block that begins "Exif"; 1 without one.
+int orientation_of_block(FileBytes block) {
+  const std::unique_ptr<ExifData, ExifDeleter> data(exif_data_new());
+  if (!data) return 1;
+  exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
+  exif_data_load_data(data.get(), block.data(), static_cast<unsigned>(block.size()));
+  const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+  if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->size < 2) return 1;
+  const int value = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
+  return value >= 1 && value <= 8 ? value : 1;
+}
+
+int orientation_of(const Decompressor& file) {
+  constexpr std::array<std::uint8_t, 6> start = {'E', 'x', 'i', 'f', 0, 0};
+  for (auto marker = file.info.marker_list; marker; marker = marker->next) {
+    const FileBytes block(marker->data, marker->data_length);
+    if (block.size() > start.size() && std::ranges::equal(block.first(start.size()), start))
+      return orientation_of_block(block);
+  }
+  return 1;
+}
+
+/// Gives the bytes of the library to a file. A failed write shows when the file is committed.
+struct Destination {
+  jpeg_destination_mgr manager{};
+  SafeFile* file = nullptr;
+  std::array<std::uint8_t, 65536> buffer;
+
+  static Destination& of(j_compress_ptr info) { return *reinterpret_cast<Destination*>(info->dest); }
+  static void begin(j_compress_ptr info) {
+    of(info).manager.next_output_byte = of(info).buffer.data();
+    of(info).manager.free_in_buffer = of(info).buffer.size();
+  }
+  static boolean flush(j_compress_ptr info) {
+    of(info).file->write(of(info).buffer);
+    begin(info);
+    return TRUE;
+  }
+  static void end(j_compress_ptr info) {
+    Destination& to = of(info);
+    to.file->write(std::span(to.buffer).first(to.buffer.size() - to.manager.free_in_buffer));
+  }
+};
+
+struct Compressor {
+  jpeg_compress_struct info{};
+  ErrorJump error;
+  Destination destination;
+
+  explicit Compressor(SafeFile& file) {
+    destination.file = &file;
+    destination.manager.init_destination = Destination::begin;
+    destination.manager.empty_output_buffer = Destination::flush;
+    destination.manager.term_destination = Destination::end;
+  }
+  ~Compressor() { jpeg_destroy_compress(&info); }
+  Compressor(const Compressor&) = delete;
+  Compressor& operator=(const Compressor&) = delete;
+};
+
+/// Mode 2 halves the color planes both ways (4:2:0), 1 across (4:2:2), 0 not at all (4:4:4).
+void set_subsampling(jpeg_compress_struct& info, int mode) {
+  if (info.num_components != 3) return;
+  info.comp_info[0].h_samp_factor = mode >= 1 ? 2 : 1;
+  info.comp_info[0].v_samp_factor = mode == 2 ? 2 : 1;
+}
+
+bool compress_rows(Compressor& to, const Picture& picture, int quality, int subsampling) {
+  to.info.err = prepare(to.error);
+  if (setjmp(to.error.target)) return false;
+  jpeg_create_compress(&to.info);
+  to.info.dest = &to.destination.manager;
+  to.info.image_width = picture.width();
+  to.info.image_height = picture.height();
+  to.info.input_components = picture.bits() == 8 ? 1 : 3;
+  to.info.in_color_space = picture.bits() == 8 ? JCS_GRAYSCALE : JCS_EXT_BGR;
+  jpeg_set_defaults(&to.info);
+  jpeg_set_quality(&to.info, quality, TRUE);
+  set_subsampling(to.info, subsampling);
+  jpeg_start_compress(&to.info, TRUE);
+  while (to.info.next_scanline < to.info.image_height) {
+    auto* row = const_cast<JSAMPROW>(picture.row(to.info.next_scanline));
+    jpeg_write_scanlines(&to.info, &row, 1);
+  }
+  jpeg_finish_compress(&to.info);
+  return true;
+}
+
+bool encode_jpg(const Picture& picture, const GraphicSwitches& switches, SafeFile& file) {
+  const Picture plain = has_grey_ramp(picture) ? picture : true_colour_shown(picture);
+  if (!plain) return false;
+  const auto to = std::make_unique<Compressor>(file);
+  return compress_rows(*to, plain, std::clamp(switches.quality.value_or(75), 0, 100),
+                       std::clamp(switches.subsampling.value_or(2), 0, 2));
+}
+
+}  // namespace
+
+Picture decode_jpg(FileBytes bytes, Part part, bool exif_orientation) {
+  const auto file = std::make_unique<Decompressor>();
+  if (!open_file(*file, bytes)) return {};
+  const int orientation = exif_orientation ? orientation_of(*file) : 1;
+  const std::uint32_t width = file->info.image_width, height = file->info.image_height;
+  if (part == Part::Header) {
+    const bool turned = swaps_sides(orientation);
+    return PictureCreateHeaderOnly(turned ? height : width, turned ? width : height, &grey_ramp(),
+                                   file->bits());
+  }
+  Picture picture = create_rows(width, height, &grey_ramp(), file->bits());
+  if (!picture) return picture;
+  const EditRows rows(picture);
+  std::vector<std::uint8_t> inks(file->has_black() ? 4 * std::size_t{width} : 0);
+  if (!decode_rows(*file, rows, inks.empty() ? nullptr : inks.data())) return {};
+  return oriented(picture, orientation);
+}
+
+Picture JPGGetFileInformation(const std::filesystem::path& path, const GraphicSwitches& switches) {
+  return read_through(
+      path, [&](FileBytes file) { return decode_jpg(file, Part::Header, switches.exif_orientation); });
+}
+
+Picture JPGReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches& switches) {
+  return read_through(
+      path, [&](FileBytes file) { return decode_jpg(file, Part::Whole, switches.exif_orientation); });
+}
+
+bool JPGWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches& switches,
+                         const Picture& picture) {
+  return write_through(path, picture, [&](SafeFile& file) { return encode_jpg(picture, switches, file); });
+}
+
+}  // namespace vellum

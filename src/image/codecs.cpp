@@ -1,0 +1,32 @@
+#include "image/codecs.h"
+
+#include "image/picture_operations.h"
+#include "image/settings.h"
+
+namespace vellum {
+
+Palette palette_from_bgr(const std::uint8_t* table, std::size_t colours, std::size_t size) {
+  Palette palette{};
+  for (std::size_t i = 0; i < std::min<std::size_t>(colours, 256); ++i)
+    for (std::size_t channel = 0; channel < 3; ++channel)
+      palette[3 * i + channel] = table[size * i + 2 - channel];
+  return palette;
+}
+
+Picture without_alpha(const Picture& picture) {
+  if (picture.bits() != 32) return picture;
+  return PictureFlattenAlpha(picture, static_cast<Colour>(settings::DefaultBackgroundColour) & 0xFFFFFF);
+}
+
+Picture true_colour_shown(const Picture& picture) {
+  const Picture flat = without_alpha(picture);
+  if (!flat || flat.bits() == 24) return flat;
+  // Not PictureToTrueColor at once: that one makes 1 bit black and white.
+  return PictureToTrueColor(PictureToTrueColorAlpha(flat));
+}
+
+bool has_grey_ramp(const Picture& picture) {
+  return picture.bits() == 8 && palette_of(picture) == grey_ramp();
+}
+
+}  // namespace vellum

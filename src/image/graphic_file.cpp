@@ -1,0 +1,131 @@
+#include "image/graphic_file.h"
+
+#include <charconv>
+
+#include "base/text.h"
+#include "image/codecs.h"
+#include "image/settings.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::array<GraphicFileModule, 7> kModules = {{
+    {"jpg", "JPEG", JPGGetFileInformation, JPGReadGraphicFile, JPGWriteGraphicFile},
+    {"bmp", "Windows Bitmap", BMPGetFileInformation, BMPReadGraphicFile, BMPWriteGraphicFile},
+    {"gif", "GIF", GIFGetFileInformation, GIFReadGraphicFile, GIFWriteGraphicFile},
+    {"pcx", "PC Paintbrush", PCXGetFileInformation, PCXReadGraphicFile, PCXWriteGraphicFile},
+    {"tga", "Truevision Targa", TGAGetFileInformation, TGAReadGraphicFile, TGAWriteGraphicFile},
+    {"png", "PNG", PNGGetFileInformation, PNGReadGraphicFile, PNGWriteGraphicFile},
+    {"webp", "WebP", WEBPGetFileInformation, WEBPReadGraphicFile, WEBPWriteGraphicFile},
+}};
+
+/// The row of a path without switches.
+std::size_t row_of(std::string_view path) {
+  const std::string_view file = path.substr(path.rfind('/') + 1);
+  const std::size_t dot = file.rfind('.');
+  if (dot == std::string_view::npos) return kNoGraphicFile;
+  const auto row = std::ranges::find_if(kModules, [&](const GraphicFileModule& module) {
+    return equal_ignoring_case(module.extension, file.substr(dot + 1));
+  });
+  return row == kModules.end() ? kNoGraphicFile : static_cast<std::size_t>(row - kModules.begin());
+}
+
+/// The digits of "Q:75"; nothing when there are none or something else stands behind them.
+std::optional<int> number_behind(std::string_view text) {
+  const std::string_view digits = text.substr(2);
+  if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
+  int value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  return error == std::errc() ? value : 100;  // more than any range reaches
+}
+
+/// One switch without its stroke. `/V` (verbose) is known and changes nothing.
+bool read_switch(std::string_view text, GraphicSwitches& switches) {
+  if (text == "X") return switches.exif_orientation = true;
+  if (text == "L") return switches.lossless = true;
+  if (text == "V") return true;
+  if (!text.starts_with("Q:") && !text.starts_with("S:")) return false;
+  const auto number = number_behind(text);
+  (text[0] == 'Q' ? switches.quality : switches.subsampling) = number;
+  return number.has_value();
+}
+
+/// The module of a name, or null.
+const GraphicFileModule* module_of(const GraphicName& name) {
+  const std::size_t row = row_of(name.path.native());
+  return row == kNoGraphicFile ? nullptr : &kModules[row];
+}
+
+bool is_row(const GraphicFileModule* module, std::string_view extension) {
+  return module->extension == extension;
+}
+
+/// The picture of a file and what describes it turn the same way.
+GraphicSwitches reading_switches(const GraphicFileModule* module, GraphicSwitches switches) {
+  if (is_row(module, "jpg") && settings::ImageJpegExifOrientation != 0) switches.exif_orientation = true;
+  return switches;
+}
+
+GraphicSwitches writing_switches(const GraphicFileModule* module, GraphicSwitches switches) {
+  if (is_row(module, "jpg")) {
+    switches.quality = switches.quality.value_or(75);
+    switches.subsampling = switches.subsampling.value_or(2);
+  }
+  if (is_row(module, "webp")) {
+    switches.quality = switches.quality.value_or(settings::WEBPQualityFactor);
+    switches.lossless = switches.lossless || settings::WEBPLossless != 0;
+  }
+  return switches;
+}
+
+}  // namespace
+
+std::span<const GraphicFileModule> graphic_file_modules() { return kModules; }
+
+GraphicName parse_graphic_name(std::string_view name) {
+  // The switches are the longest run of them at the end; a later one wins over the same one before it.
+  std::vector<std::string_view> found;
+  std::string_view rest = name;
+  GraphicSwitches ignored;
+  for (std::size_t stroke = rest.rfind('/'); stroke != std::string_view::npos && stroke > 0;
+       stroke = rest.rfind('/')) {
+    if (!read_switch(rest.substr(stroke + 1), ignored)) break;
+    found.push_back(rest.substr(stroke + 1));
+    rest = rest.substr(0, stroke);
+  }
+  std::error_code error;
+  if (found.empty() || row_of(rest) == kNoGraphicFile || std::filesystem::exists(name, error))
+    return {name, {}};
+  GraphicName result{rest, {}};
+  for (auto text = found.rbegin(); text != found.rend(); ++text) read_switch(*text, result.switches);
+  return result;
+}
+
+std::size_t GraphicFileType(std::string_view name) { return row_of(parse_graphic_name(name).path.native()); }
+
+bool GraphicFileInfo(std::string_view name, std::uint32_t* width, std::uint32_t* height, std::uint32_t* bits,
+                     Palette* palette) {
+  const GraphicName parsed = parse_graphic_name(name);
+  const GraphicFileModule* module = module_of(parsed);
+  if (!module) return false;
+  return PictureInfo(module->GetFileInformation(parsed.path, reading_switches(module, parsed.switches)),
+                     width, height, bits, palette);
+}
+
+Picture GraphicFileRead(std::string_view name, std::string* status) {
+  if (status) status->clear();
+  const GraphicName parsed = parse_graphic_name(name);
+  const GraphicFileModule* module = module_of(parsed);
+  if (!module) return {};
+  Picture picture = module->ReadGraphicFile(parsed.path, reading_switches(module, parsed.switches));
+  if (picture && status) *status = name;
+  return picture;
+}
+
+bool GraphicFileWrite(std::string_view name, const Picture& picture) {
+  const GraphicName parsed = parse_graphic_name(name);
+  const GraphicFileModule* module = module_of(parsed);
+  return module && module->WriteGraphicFile(parsed.path, writing_switches(module, parsed.switches), picture);
+}
+
+}  // namespace vellum
