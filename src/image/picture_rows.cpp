@@ -3,6 +3,8 @@
 #include <array>
 #include <cstring>
 
+#include "image/builtin_palette.h"
+
 namespace vellum {
 namespace {
 
@@ -74,8 +76,8 @@ Picture whole_of(const Picture& picture) {
 
 const Palette& grey_ramp() {
   static const Palette ramp = [] {
-    Palette palette{};
-    for (std::size_t i = 0; i < palette.size(); ++i) palette[i] = static_cast<std::uint8_t>(i / 3);
+    Palette palette;
+    BuiltInPalette(&palette, nullptr, 8);
     return palette;
   }();
   return ramp;

@@ -211,7 +211,7 @@ void filter_row(std::uint8_t type, const std::uint8_t* __restrict row, const std
         const auto to_up = static_cast<std::int16_t>(left_step < 0 ? -left_step : left_step);
         const auto to_corner = static_cast<std::int16_t>(both < 0 ? -both : both);
         const std::int16_t second = to_up <= to_corner ? up : corner;
-        const std::int16_t nearest = (to_left <= to_up) & (to_left <= to_corner) ? left : second;
+        const std::int16_t nearest = ((to_left <= to_up) & (to_left <= to_corner)) ? left : second;
         out[i] = static_cast<std::uint8_t>(row[i] - nearest);
       }
   }
