@@ -4,6 +4,8 @@
 #include <cstring>
 #include <new>
 
+#include "base/huge_pages.h"
+
 namespace vellum {
 
 ChunkHandle ChunkHandle::create_for_overwrite(std::size_t size) {
@@ -14,6 +16,7 @@ ChunkHandle ChunkHandle::create_for_overwrite(std::size_t size) {
     return {};
   }
   handle.size_ = size;
+  wish_for_huge_pages(handle.block_.get(), size);
   return handle;
 }
 

@@ -54,7 +54,7 @@ std::optional<std::vector<std::uint8_t>> read_file(const std::filesystem::path& 
                                                    std::uint64_t limit) {
   // Not blocking: a name of a pipe must not hang the program.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  struct stat status{};
+  struct stat status {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0) {
     reason = std::strerror(errno);
     return std::nullopt;
@@ -94,7 +94,7 @@ SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(
     fail("open", EISDIR);
     return;
   }
-  struct stat old{};
+  struct stat old {};
   const bool exists = stat(target_.c_str(), &old) == 0;
   if (exists && access(target_.c_str(), W_OK) != 0) {
     fail("open", errno);

@@ -10,8 +10,8 @@
 
 namespace vellum {
 
-/// All bytes of a regular file of at most `limit` bytes. Empty, with `reason` set, when it cannot be opened or
-/// read whole or is too long.
+/// All bytes of a regular file of at most `limit` bytes. Empty, with `reason` set, when it cannot be opened
+/// or read whole or is too long.
 std::optional<std::vector<std::uint8_t>> read_file(const std::filesystem::path& path, std::string& reason,
                                                    std::uint64_t limit);
 

@@ -1,6 +1,6 @@
-// Host: how everything below the desktop reaches the person in front of it. A record of functions; the desktop
-// fills it with windows, the command-line tool with the terminal, a test with a recorder. Empty members are
-// allowed everywhere: nobody listens, and a question is answered with Yes.
+// Host: how everything below the desktop reaches the person in front of it. A record of functions; the
+// desktop fills it with windows, the command-line tool with the terminal, a test with a recorder. Empty
+// members are allowed everywhere: nobody listens, and a question is answered with Yes.
 #pragma once
 
 #include <cstdint>
@@ -37,9 +37,9 @@ enum class Answer { Yes, No, Cancel };
 /// One message. `option`, where it is set, is the flag behind "Show me this message again next time.".
 struct Message {
   StringId id{};
-  StringId title{};         ///< 0: the program's name
-  std::string text;         ///< the text as it is shown (values filled in)
-  std::string more;         ///< additional text below it, may be empty
+  StringId title{};  ///< 0: the program's name
+  std::string text;  ///< the text as it is shown (values filled in)
+  std::string more;  ///< additional text below it, may be empty
   int* option = nullptr;
 };
 

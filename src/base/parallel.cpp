@@ -17,11 +17,12 @@ void parallel_for(std::size_t count, const std::function<void(std::size_t)>& wor
     return;
   }
   // One item at a time: items are whole frames or large parts, and differ in cost.
-  tbb::parallel_for(tbb::blocked_range<std::size_t>(0, count, 1),
-                    [&work](const tbb::blocked_range<std::size_t>& range) {
-                      for (std::size_t i = range.begin(); i != range.end(); ++i) work(i);
-                    },
-                    tbb::simple_partitioner());
+  tbb::parallel_for(
+      tbb::blocked_range<std::size_t>(0, count, 1),
+      [&work](const tbb::blocked_range<std::size_t>& range) {
+        for (std::size_t i = range.begin(); i != range.end(); ++i) work(i);
+      },
+      tbb::simple_partitioner());
 }
 
 }  // namespace vellum

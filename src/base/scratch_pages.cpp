@@ -2,11 +2,13 @@
 
 #include <sys/mman.h>
 
+#include "base/huge_pages.h"
+
 namespace vellum {
 namespace {
 
 /// Step in which memory is given back: large against the cost of the system call.
-constexpr std::size_t kReleaseStep = std::size_t{1} << 20;
+constexpr std::size_t kReleaseStep = std::size_t{4} << 20;
 
 }  // namespace
 
@@ -15,6 +17,7 @@ ScratchPages::ScratchPages(std::size_t size) {
   if (size == 0 || memory == MAP_FAILED) return;
   data_ = static_cast<std::uint8_t*>(memory);
   size_ = size;
+  wish_for_huge_pages(memory, size);
 }
 
 ScratchPages::~ScratchPages() {

@@ -11,8 +11,8 @@ enum class StringId : int {
 #undef VELLUM_STRING
 };
 
-/// The text with this number, or "String table error - this application may be damaged". Never empty; the view
-/// lives as long as the program and ends in a NUL.
+/// The text with this number, or "String table error - this application may be damaged". Never empty; the
+/// view lives as long as the program and ends in a NUL.
 std::string_view string_text(int number);
 inline std::string_view string_text(StringId id) { return string_text(static_cast<int>(id)); }
 

@@ -24,8 +24,9 @@ struct Reach {
 constexpr std::int64_t kMaximumPngExtent = 2'147'483'647;
 constexpr std::int64_t kMaximumWebpExtent = 16'383;
 
-Reach reach_of_apng(const ChunkList& list) {
+Reach reach_of_apng(const ChunkList& list, const Document& document) {
   Reach reach;
+  if (const Picture image(document.defaultImage); image) reach.add(0, 0, image.width(), image.height());
   for (std::size_t i = 0; i < list.size(); ++i) {
     const ChunkRecord& record = list.record(i);
     if (!is_image_entry(DocumentKind::APNG, record.tag)) continue;
@@ -41,7 +42,7 @@ std::int32_t be_signed(std::int32_t file_order) {
   return static_cast<std::int32_t>(read_be32(bytes));
 }
 
-Reach reach_of_mng(const ChunkList& list) {
+Reach reach_of_mng(const ChunkList& list, const Document&) {
   Reach reach;
   std::int64_t x = 0, y = 0;
   for (std::size_t i = 0; i < list.size(); ++i) {
@@ -58,7 +59,7 @@ Reach reach_of_mng(const ChunkList& list) {
   return reach;
 }
 
-Reach reach_of_webp(const ChunkList& list) {
+Reach reach_of_webp(const ChunkList& list, const Document&) {
   Reach reach;
   for (std::size_t i = 0; i < list.size(); ++i) {
     const WebpImageFields& frame = list.record(i).webpImage;
@@ -71,7 +72,7 @@ Reach reach_of_webp(const ChunkList& list) {
 struct ExtentRow {
   DocumentKind kind;
   ChunkTag header;
-  Reach (*reach)(const ChunkList&);
+  Reach (*reach)(const ChunkList&, const Document&);
   std::int64_t most;
   std::uint32_t& (*width)(ChunkRecord&);
   std::uint32_t& (*height)(ChunkRecord&);
@@ -115,7 +116,7 @@ void document_extent(ChunkList& list, Document& document) {
   update_frame_count(list, document);
   const auto row = std::ranges::find(kExtents, document.kind, &ExtentRow::kind);
   if (row == std::end(kExtents) || list.empty() || list.record(0).tag != row->header) return;
-  const Reach reach = row->reach(list);
+  const Reach reach = row->reach(list, document);
   if (!reach.fits(row->most)) return;
   update_entry(list, 0, [&](ChunkRecord& header) {
     const auto width = static_cast<std::uint32_t>(reach.width);

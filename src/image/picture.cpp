@@ -18,9 +18,7 @@ constexpr std::size_t kSizeImage = 20;
 constexpr std::size_t kClrUsed = 32;
 constexpr std::size_t kClrImportant = 36;
 
-bool is_depth(std::uint32_t bits) {
-  return bits == 1 || bits == 4 || bits == 8 || bits == 24 || bits == 32;
-}
+bool is_depth(std::uint32_t bits) { return bits == 1 || bits == 4 || bits == 8 || bits == 24 || bits == 32; }
 
 std::size_t table_bytes(std::uint32_t bits) { return bits < 9 ? std::size_t{4} << bits : 0; }
 
@@ -48,7 +46,8 @@ void write_table(std::uint8_t* table, std::uint32_t colours, const Palette& pale
 
 enum class Rows { Zero, Unspecified, None };
 
-Picture create(std::uint32_t width, std::uint32_t height, const Palette* palette, std::uint32_t depth, Rows rows) {
+Picture create(std::uint32_t width, std::uint32_t height, const Palette* palette, std::uint32_t depth,
+               Rows rows) {
   if (width == 0 || height == 0 || width > kMaximumDimension || height > kMaximumDimension) return {};
   const std::uint32_t bits = picture_bits(depth);
   const std::uint64_t head = Picture::kHeaderBytes + table_bytes(bits);
@@ -111,7 +110,8 @@ std::uint32_t picture_bits(std::uint32_t depth) {
   return depth <= 8 ? 8 : 24;
 }
 
-Picture PictureCreate(std::uint32_t width, std::uint32_t height, const Palette* palette, std::uint32_t depth) {
+Picture PictureCreate(std::uint32_t width, std::uint32_t height, const Palette* palette,
+                      std::uint32_t depth) {
   return create(width, height, palette, depth, Rows::Zero);
 }
 
@@ -150,11 +150,16 @@ Colour PictureGetPixel(const Picture& picture, std::int64_t x, std::int64_t y) {
   if (!picture || x < 0 || y < 0 || x >= picture.width() || y >= picture.height()) return 0xFFFFFFFF;
   const std::uint8_t* row = picture.row(static_cast<std::uint32_t>(y));
   switch (picture.bits()) {
-    case 1: return row[x >> 3] >> (7 - (x & 7)) & 1;
-    case 4: return x & 1 ? row[x >> 1] & 15 : row[x >> 1] >> 4;
-    case 8: return row[x];
-    case 24: return make_colour(row[3 * x + 2], row[3 * x + 1], row[3 * x]);
-    default: return make_colour(row[4 * x + 2], row[4 * x + 1], row[4 * x], row[4 * x + 3]);
+    case 1:
+      return row[x >> 3] >> (7 - (x & 7)) & 1;
+    case 4:
+      return x & 1 ? row[x >> 1] & 15 : row[x >> 1] >> 4;
+    case 8:
+      return row[x];
+    case 24:
+      return make_colour(row[3 * x + 2], row[3 * x + 1], row[3 * x]);
+    default:
+      return make_colour(row[4 * x + 2], row[4 * x + 1], row[4 * x], row[4 * x + 3]);
   }
 }
 
@@ -170,12 +175,19 @@ void PicturePutPixel(Picture& picture, std::int64_t x, std::int64_t y, Colour va
     }
     case 4: {
       const auto nibble = static_cast<std::uint8_t>(value & 15);
-      row[x >> 1] = static_cast<std::uint8_t>(x & 1 ? (row[x >> 1] & 0xF0) | nibble : (row[x >> 1] & 0x0F) | nibble << 4);
+      row[x >> 1] = static_cast<std::uint8_t>(x & 1 ? (row[x >> 1] & 0xF0) | nibble
+                                                    : (row[x >> 1] & 0x0F) | nibble << 4);
       return;
     }
-    case 8: row[x] = static_cast<std::uint8_t>(value); return;
-    case 32: row[4 * x + 3] = alpha_of(value); row += x; break;
-    default: break;
+    case 8:
+      row[x] = static_cast<std::uint8_t>(value);
+      return;
+    case 32:
+      row[4 * x + 3] = alpha_of(value);
+      row += x;
+      break;
+    default:
+      break;
   }
   row += 3 * x;
   row[0] = blue_of(value);

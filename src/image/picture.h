@@ -1,9 +1,9 @@
 // Picture: the one raster of the system, a block in device-independent-bitmap layout.
 //
-// The block holds, in this order: a 40-byte header (little-endian; width, height above 0, 1, 4, 8, 24 or 32 bits
-// per pixel), a color table of 2, 16 or 256 entries (blue, green, red, 0) when the bits are below 9, and the rows,
-// bottom row first, each padded to a multiple of 4 bytes. 24 bits are blue, green, red; 32 bits blue, green, red,
-// alpha; alpha is straight. A 24-bit picture has no alpha; who wants one takes 255.
+// The block holds, in this order: a 40-byte header (little-endian; width, height above 0, 1, 4, 8, 24 or 32
+// bits per pixel), a color table of 2, 16 or 256 entries (blue, green, red, 0) when the bits are below 9, and
+// the rows, bottom row first, each padded to a multiple of 4 bytes. 24 bits are blue, green, red; 32 bits
+// blue, green, red, alpha; alpha is straight. A 24-bit picture has no alpha; who wants one takes 255.
 //
 // Every public coordinate is top-down: (0,0) is the top left pixel.
 #pragma once
@@ -22,7 +22,8 @@ using Palette = std::array<std::uint8_t, 768>;
 /// the plain index for 1, 4 and 8 bits.
 using Colour = std::uint32_t;
 
-constexpr Colour make_colour(std::uint32_t red, std::uint32_t green, std::uint32_t blue, std::uint32_t alpha = 0) {
+constexpr Colour make_colour(std::uint32_t red, std::uint32_t green, std::uint32_t blue,
+                             std::uint32_t alpha = 0) {
   return red | green << 8 | blue << 16 | alpha << 24;
 }
 constexpr std::uint8_t red_of(Colour colour) { return static_cast<std::uint8_t>(colour); }
@@ -30,8 +31,8 @@ constexpr std::uint8_t green_of(Colour colour) { return static_cast<std::uint8_t
 constexpr std::uint8_t blue_of(Colour colour) { return static_cast<std::uint8_t>(colour >> 16); }
 constexpr std::uint8_t alpha_of(Colour colour) { return static_cast<std::uint8_t>(colour >> 24); }
 
-/// A thin value over a block; null when default-made or when memory was exhausted. Copies share the block until
-/// one of them is written.
+/// A thin value over a block; null when default-made or when memory was exhausted. Copies share the block
+/// until one of them is written.
 class Picture {
  public:
   static constexpr std::size_t kHeaderBytes = 40;
@@ -96,8 +97,8 @@ Picture PictureCreateFilled(std::uint32_t width, std::uint32_t height, Colour co
 /// Byte-for-byte copy of the block in memory of its own.
 Picture PictureDuplicate(const Picture& picture);
 
-/// The color value or index; all ones when x or y is outside. (A white opaque pixel of 32 bits reads as all ones
-/// too: test coordinates, not values.)
+/// The color value or index; all ones when x or y is outside. (A white opaque pixel of 32 bits reads as all
+/// ones too: test coordinates, not values.)
 Colour PictureGetPixel(const Picture& picture, std::int64_t x, std::int64_t y);
 /// Writes the low bits of `value` that fit the depth; ignored outside.
 void PicturePutPixel(Picture& picture, std::int64_t x, std::int64_t y, Colour value);

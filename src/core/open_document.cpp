@@ -1,0 +1,87 @@
+#include "core/open_document.h"
+
+#include <algorithm>
+#include <array>
+
+#include "base/file.h"
+#include "base/limits.h"
+#include "base/text.h"
+#include "core/read_png.h"
+#include "core/settings.h"
+
+namespace vellum {
+namespace {
+
+using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&);
+
+/// What the first bytes of a file tell: `size` bytes at `offset` are `bytes`.
+struct ContentRow {
+  std::size_t offset;
+  std::string_view bytes;
+  std::string_view name;  ///< with its article
+  bool picture;           ///< a format that is inserted as an image and not opened
+};
+
+using namespace std::string_view_literals;
+
+constexpr ContentRow kContents[] = {
+    {0, "\x89PNG\r\n\x1a\n"sv, "a PNG", false},
+    {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false},
+    {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", false},
+    {8, "WEBP"sv, "a WebP", false},
+    {0, "GIF8"sv, "a GIF", true},
+    {0, "\xFF\xD8\xFF"sv, "a JPEG", true},
+    {0, "BM"sv, "a BMP", true},
+    {0, "\x0A\x05\x01"sv, "a PCX", true},
+    {8, "ACON"sv, "an ANI", false},
+    {8, "AVI "sv, "an AVI", false},
+};
+
+std::string content_text(std::span<const std::uint8_t> file) {
+  const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
+  for (const ContentRow& row : kContents) {
+    const bool riff = row.offset == 0 || bytes.starts_with("RIFF");
+    if (!riff || bytes.size() < row.offset || !bytes.substr(row.offset).starts_with(row.bytes)) continue;
+    std::string text = with_value(string_text(StringId::ContentIs), row.name);
+    if (row.picture) text.append("\n").append(string_text(StringId::OpenPictureHint));
+    return text;
+  }
+  return {};
+}
+
+bool report_failure(Host& host, std::span<const std::uint8_t> file) {
+  std::string more = host.take_fault();
+  const std::string content = content_text(file);
+  if (!more.empty() && !content.empty()) more += '\n';
+  host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, more + content);
+  return false;
+}
+
+}  // namespace
+
+bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host) {
+  std::string reason;
+  const auto file = read_file(path, reason, kMaximumFileBytes);
+  if (!file) {
+    host.show(StringId::ErrorReadingFile, {}, path.string() + ": " + reason);
+    return false;
+  }
+  Document& document = window.document;
+  document.fileName = path;
+  document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
+  const Reader reader = read_png;
+  bool read = false;
+  try {
+    read = reader(window, *file, host);
+  } catch (const std::bad_alloc&) {
+    host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  }
+  if (!read) return report_failure(host, *file);
+  document.HasFileName = true;
+  document.dirty = false;
+  std::error_code error;
+  document.fileTime = std::filesystem::last_write_time(path, error);
+  return true;
+}
+
+}  // namespace vellum

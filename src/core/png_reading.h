@@ -1,0 +1,47 @@
+// What the readers of still and animated PNG files share: the chunks of a file, its header and colors, and
+// the making of entries from them.
+#pragma once
+
+#include <optional>
+
+#include "base/host.h"
+#include "base/limits.h"
+#include "core/chunk_stream.h"
+#include "core/document.h"
+#include "image/png_header.h"
+
+namespace vellum {
+
+/// A PNG file that is being read.
+struct PngReading {
+  DocumentWindow& window;
+  Host& host;
+  const Progress& progress;
+  std::span<const StreamChunk> chunks;  ///< IHDR first, IEND last
+  PngHeader header;
+  Palette palette{};  ///< the color table of pictures
+  std::size_t textBudget = kMaximumTextBytesOfFile;
+
+  /// Keeps the place and reason of a failure; always false.
+  bool fail(const StreamChunk& chunk, const char* reason, FaultKind kind = FaultKind::Damaged) const;
+  /// Adds an entry; false when the list is full.
+  bool append(const ChunkRecord& record, const StreamChunk& chunk) const;
+};
+
+/// The fields of an IHDR payload of 13 bytes.
+PngHeader parse_png_header(std::span<const std::uint8_t> payload);
+/// A record with these header fields (tag and payload untouched).
+void put_png_header(ChunkRecord& record, const PngHeader& header);
+PngHeader png_header_of(const ChunkRecord& record);
+
+/// Adds the entry of a chunk that holds no image: raw bytes, a zTXt inflated, IHDR, acTL and IEND in their
+/// fields. False with the failure kept.
+bool append_plain_chunk(PngReading& reading, const StreamChunk& chunk);
+
+/// The warning about a wrong CRC, tied to its option.
+void warn_of_crc(Host& host, const StreamChunk& chunk);
+
+/// The chunks of an animated PNG, read as such. Called by read_png.
+bool read_apng(PngReading& reading);
+
+}  // namespace vellum

@@ -1,0 +1,138 @@
+#include "image/png_decode.h"
+
+#include <cstring>
+
+#include "base/limits.h"
+#include "base/scratch_pages.h"
+#include "image/inflate.h"
+#include "image/png_filter.h"
+#include "image/png_rows.h"
+
+namespace vellum {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+/// Where the rows of a picture lie, without asking the picture once for each.
+struct RowsOfPicture {
+  std::uint8_t* bottom;
+  std::size_t stride;
+  std::uint32_t height;
+  explicit RowsOfPicture(Picture& picture)
+      : bottom(picture.edit_row(picture.height() - 1)), stride(picture.stride()), height(picture.height()) {}
+  std::uint8_t* row(std::uint32_t y) const { return bottom + stride * (height - 1 - y); }
+};
+
+/// The whole stream in one piece: the payload itself where there is one only, otherwise `joined`.
+Bytes in_one_piece(std::span<const Bytes> data, std::vector<std::uint8_t>& joined) {
+  if (data.size() == 1) return data[0];
+  std::size_t total = 0;
+  for (const Bytes piece : data) total += piece.size();
+  joined.reserve(total);
+  for (const Bytes piece : data) joined.insert(joined.end(), piece.begin(), piece.end());
+  return joined;
+}
+
+/// Puts the pixels of a pass's row, in the picture's own packing, at their places.
+template <unsigned kBits>
+void scatter(const std::uint8_t* pixels, std::uint8_t* row, const PngPass& pass) {
+  for (std::uint32_t i = 0; i < pass.width; ++i) {
+    const std::size_t x = pass.x0 + std::size_t{i} * pass.dx;
+    if constexpr (kBits >= 8) {
+      std::memcpy(row + x * (kBits / 8), pixels + std::size_t{i} * (kBits / 8), kBits / 8);
+    } else {
+      constexpr std::size_t in_byte = 8 / kBits;
+      const unsigned value = pixels[i / in_byte] >> (8 - kBits - i % in_byte * kBits) & ((1u << kBits) - 1);
+      row[x / in_byte] =
+          static_cast<std::uint8_t>(row[x / in_byte] | value << (8 - kBits - x % in_byte * kBits));
+    }
+  }
+}
+
+using Scatter = void (*)(const std::uint8_t*, std::uint8_t*, const PngPass&);
+
+Scatter scatter_for(std::uint32_t bits) {
+  switch (bits) {
+    case 1:
+      return scatter<1>;
+    case 4:
+      return scatter<4>;
+    case 8:
+      return scatter<8>;
+    case 24:
+      return scatter<24>;
+    default:
+      return scatter<32>;
+  }
+}
+
+/// Undoes the filters of `filtered` pass by pass and hands each row of samples to `take(pass, y, samples)`.
+template <class Take>
+bool unfilter_rows(const PngHeader& header, ScratchPages& filtered, Take take) {
+  const std::size_t distance = png_filter_distance(header);
+  const std::vector<std::uint8_t> zeros(png_row_bytes(header, header.width) + kFilterSlack);
+  std::uint8_t* at = filtered.bytes().data();
+  for (const PngPass& pass : png_passes(header)) {
+    const auto bytes = static_cast<std::size_t>(png_row_bytes(header, pass.width));
+    const std::uint8_t* prior = zeros.data();
+    for (std::uint32_t y = 0; y < pass.height; ++y, at += bytes + 1) {
+      if (!png_unfilter(at[0], at + 1, prior, bytes, distance)) return false;
+      take(pass, y, at + 1);
+      // The row above is needed by this one only.
+      filtered.release_before(
+          static_cast<std::size_t>(prior == zeros.data() ? 0 : prior - filtered.bytes().data()));
+      prior = at + 1;
+    }
+  }
+  return true;
+}
+
+bool read_rows(const PngHeader& header, ScratchPages& filtered, Picture& picture) {
+  const RowsOfPicture rows(picture);
+  const PngRowReader read = png_row_reader(header);
+  const std::size_t used = (std::size_t{picture.width()} * picture.bits() + 7) / 8;
+  return unfilter_rows(header, filtered, [&](const PngPass&, std::uint32_t y, const std::uint8_t* samples) {
+    std::uint8_t* row = rows.row(y);
+    read(samples, row, header.width);
+    std::memset(row + used, 0, rows.stride - used);
+  });
+}
+
+bool read_interlaced(const PngHeader& header, ScratchPages& filtered, Picture& picture) {
+  const RowsOfPicture rows(picture);
+  const PngRowReader read = png_row_reader(header);
+  const Scatter put = scatter_for(picture.bits());
+  std::vector<std::uint8_t> pixels(rows.stride);
+  return unfilter_rows(header, filtered,
+                       [&](const PngPass& pass, std::uint32_t y, const std::uint8_t* samples) {
+                         read(samples, pixels.data(), pass.width);
+                         put(pixels.data(), rows.row(pass.y0 + y * pass.dy), pass);
+                       });
+}
+
+}  // namespace
+
+PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, const Palette& palette) {
+  if (const char* fault = png_header_fault(header)) return {{}, fault};
+  const std::uint64_t filtered_bytes = png_filtered_bytes(header);
+  const std::uint32_t bits = png_picture_bits(header);
+  // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of
+  // two.
+  if (filtered_bytes > 2 * kMaximumPictureBytes) return {{}, "the image is too large", true};
+  std::vector<std::uint8_t> joined;
+  const Bytes stream = in_one_piece(data, joined);
+  if (!can_inflate_to(stream.size(), filtered_bytes)) return {{}, "there is not enough image data"};
+  ScratchPages filtered(static_cast<std::size_t>(filtered_bytes) + kFilterSlack);
+  if (!filtered) return {{}, "memory is exhausted", true};
+  if (!inflate_exactly(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes))))
+    return {{}, "the image data is damaged"};
+  joined = {};
+  Picture picture = header.interlace ? PictureCreate(header.width, header.height, &palette, bits)
+                                     : PictureCreateForOverwrite(header.width, header.height, &palette, bits);
+  if (!picture) return {{}, "the image is too large", true};
+  const auto rows = header.interlace ? read_interlaced : read_rows;
+  if (!rows(header, filtered, picture)) return {{}, "a row has a filter type that does not exist"};
+  return {std::move(picture), nullptr};
+}
+
+}  // namespace vellum

@@ -1,0 +1,28 @@
+// From the image data of a PNG, of a frame of an animated PNG, or of an image in an MNG, to a picture.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "image/picture.h"
+#include "image/png_header.h"
+
+namespace vellum {
+
+struct PngDecoded {
+  Picture picture;               ///< null on failure
+  const char* reason = nullptr;  ///< why, as a sentence part
+  bool limit = false;            ///< the failure is a limit of this program and not a fault of the file
+};
+
+/// Decodes an image. `data` are the payloads of its IDAT (or fdAT) chunks in file order, which together are
+/// one zlib stream. `palette` is the color table of indexed and grey pictures. The picture has
+/// png_picture_bits(header): samples of 16 bits are cut to their high byte, 2 bits come out as 8 with the
+/// values 0 to 3, rows go bottom-up, trailing bits of a row are 0.
+///
+/// Memory: the picture, the joined stream where there are several payloads, and the filtered rows that are
+/// not yet undone; all after the lengths were checked.
+PngDecoded png_decode(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
+                      const Palette& palette);
+
+}  // namespace vellum

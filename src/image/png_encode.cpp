@@ -1,0 +1,143 @@
+#include "image/png_encode.h"
+
+#include <cstring>
+
+#include "base/parallel.h"
+#include "image/deflate.h"
+#include "image/png_filter.h"
+#include "image/png_rows.h"
+
+namespace vellum {
+namespace {
+
+/// Filtered bytes of a part: large, since each part starts with an empty window, yet enough parts for all
+/// cores.
+constexpr std::uint64_t kPartBytes = std::uint64_t{6} << 20;
+
+/// Rows `first` to `end` of one pass.
+struct Segment {
+  const PngPass* pass;
+  std::uint32_t first, end;
+};
+
+/// Consecutive rows of the stream that are packed together.
+using Part = std::vector<Segment>;
+
+/// What all parts of an image are made from.
+struct Job {
+  const PngHeader& header;
+  const Picture& picture;
+  PngRowWriter write;
+  const std::uint16_t* key;
+  int level;
+  PngFilterChoice choice;
+};
+
+/// The image in parts of whole rows, of about the same number of filtered bytes each.
+std::vector<Part> parts_of(const PngHeader& header, const PngPasses& passes) {
+  const std::uint64_t total = png_filtered_bytes(header);
+  std::uint64_t count = std::max<std::uint64_t>(1, total / kPartBytes);
+  if (count > 1) count -= count % 2;  // even, so that two cores end together
+  const std::uint64_t wanted = (total + count - 1) / count;
+  std::vector<Part> parts(1);
+  std::uint64_t filled = 0;
+  for (const PngPass& pass : passes) {
+    const std::uint64_t row_bytes = png_row_bytes(header, pass.width) + 1;
+    for (std::uint32_t y = 0; y < pass.height;) {
+      if (filled >= wanted) {
+        parts.emplace_back();
+        filled = 0;
+      }
+      const std::uint64_t room = (wanted - filled + row_bytes - 1) / row_bytes;
+      const auto end = static_cast<std::uint32_t>(std::min<std::uint64_t>(pass.height, y + room));
+      parts.back().push_back({&pass, y, end});
+      filled += row_bytes * (end - y);
+      y = end;
+    }
+  }
+  return parts;
+}
+
+/// Picks the pixels of a pass out of a picture row, packed as a row of their own.
+void gather(const std::uint8_t* row, std::uint32_t bits, const PngPass& pass, std::uint8_t* pixels) {
+  if (bits >= 8) {
+    const std::size_t bytes = bits / 8;
+    for (std::size_t i = 0; i < pass.width; ++i)
+      std::memcpy(pixels + i * bytes, row + (pass.x0 + i * pass.dx) * bytes, bytes);
+    return;
+  }
+  std::memset(pixels, 0, (std::size_t{pass.width} * bits + 7) / 8);
+  for (std::size_t i = 0; i < pass.width; ++i) {
+    const std::size_t x = pass.x0 + i * pass.dx;
+    const unsigned value = row[x * bits / 8] >> (8 - bits - x * bits % 8) & ((1u << bits) - 1);
+    pixels[i * bits / 8] =
+        static_cast<std::uint8_t>(pixels[i * bits / 8] | value << (8 - bits - i * bits % 8));
+  }
+}
+
+/// Makes the sample rows of one pass.
+class SampleRows {
+ public:
+  SampleRows(const Job& job, const PngPass& pass) : job_(job), pass_(pass), pixels_(job.picture.stride()) {}
+  void make(std::uint32_t y, std::uint8_t* samples) {
+    const std::uint8_t* row = job_.picture.row(pass_.y0 + y * pass_.dy);
+    if (pass_.dx != 1) {
+      gather(row, job_.picture.bits(), pass_, pixels_.data());
+      row = pixels_.data();
+    }
+    job_.write(row, samples, pass_.width, job_.key);
+  }
+
+ private:
+  const Job& job_;
+  const PngPass& pass_;
+  std::vector<std::uint8_t> pixels_;
+};
+
+/// Filters the rows of a segment to `out`, which moves on behind them.
+void filter_segment(const Job& job, const Segment& segment, std::uint8_t*& out) {
+  const auto bytes = static_cast<std::size_t>(png_row_bytes(job.header, segment.pass->width));
+  const std::size_t distance = png_filter_distance(job.header);
+  std::vector<std::uint8_t> prior(bytes), current(bytes), scratch(2 * bytes);
+  SampleRows rows(job, *segment.pass);
+  if (segment.first > 0) rows.make(segment.first - 1, prior.data());
+  for (std::uint32_t y = segment.first; y < segment.end; ++y, out += bytes + 1) {
+    rows.make(y, current.data());
+    png_filter_row(job.choice, current.data(), prior.data(), bytes, distance, out, scratch.data());
+    current.swap(prior);
+  }
+}
+
+DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
+  std::size_t size = 0;
+  for (const Segment& segment : part)
+    size += static_cast<std::size_t>(png_row_bytes(job.header, segment.pass->width) + 1) *
+            (segment.end - segment.first);
+  std::vector<std::uint8_t> filtered(size);
+  std::uint8_t* out = filtered.data();
+  for (const Segment& segment : part) filter_segment(job, segment, out);
+  return deflate_piece(filtered, job.level, last);
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
+                                     std::optional<std::array<std::uint16_t, 3>> key) {
+  if (png_header_fault(header) || picture.width() != header.width || picture.height() != header.height)
+    return {};
+  Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, level, {}};
+  if (!job.write) return {};
+  // As libpng: rows of indexes and of less than a byte a sample do not gain by filters; stored ones never do.
+  job.choice = {header.colorType == 3 || header.bitDepth < 8 || level == 0, header.width > 1,
+                header.height > 1};
+  const PngPasses passes = png_passes(header);
+  const std::vector<Part> parts = parts_of(header, passes);
+  std::vector<DeflatePiece> pieces(parts.size());
+  parallel_for(parts.size(),
+               [&](std::size_t i) { pieces[i] = pack_part(job, parts[i], i + 1 == parts.size()); });
+  for (const DeflatePiece& piece : pieces)
+    if (piece.packed.empty()) return {};
+  return join_pieces(pieces, level);
+}
+
+}  // namespace vellum

@@ -1,0 +1,23 @@
+// From a picture to the image data of a PNG, of a frame of an animated PNG, or of an image in an MNG.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "image/picture.h"
+#include "image/png_header.h"
+
+namespace vellum {
+
+/// The zlib stream that the IDAT chunks of the image hold together; empty when memory was exhausted or header
+/// and picture do not fit each other (image/png_form.h makes them fit). `level`: 0 (stored, unfiltered) to 9
+/// (smallest). `key`: the tRNS samples of a 16-bit image, red, green, blue or grey; pixels of that color are
+/// written as exactly these.
+///
+/// Filters are chosen as libpng does by default. A large image is filtered and packed in parts on all cores;
+/// the result does not depend on how many there are.
+std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
+                                     std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+
+}  // namespace vellum

@@ -1,0 +1,335 @@
+// Every operation against its definition in terms of PictureGetPixel and PicturePutPixel.
+#include "image/picture_operations.h"
+
+#include "base/byte_order.h"
+#include "random_pictures.h"
+
+namespace vellum {
+namespace {
+
+using testing::kDepths;
+using testing::kShapes;
+using testing::random_picture;
+using testing::same_block;
+
+Palette grey_palette() {
+  Palette palette;
+  for (std::size_t i = 0; i < 768; ++i) palette[i] = static_cast<std::uint8_t>(i / 3);
+  return palette;
+}
+
+Palette palette_of(const Picture& picture) {
+  Palette palette;
+  PictureGetPalette(picture, palette);
+  return palette;
+}
+
+/// The color that a pixel shows, with alpha.
+Colour shown(const Picture& picture, std::int64_t x, std::int64_t y) {
+  if (picture.bits() > 8) return PictureGetPixelOpaque(picture, x, y);
+  const Palette palette = palette_of(picture);
+  const std::size_t i = 3 * PictureGetPixel(picture, x, y);
+  return make_colour(palette[i], palette[i + 1], palette[i + 2], 255);
+}
+
+Colour true_colour(const Picture& picture, std::int64_t x, std::int64_t y) {
+  if (picture.bits() == 1) return PictureGetPixel(picture, x, y) ? 0xFFFFFF : 0;
+  return shown(picture, x, y);
+}
+
+Colour blended(Colour src, Colour dst, std::uint32_t alpha) {
+  return make_colour(
+      blend_channel(red_of(src), red_of(dst), alpha), blend_channel(green_of(src), green_of(dst), alpha),
+      blend_channel(blue_of(src), blue_of(dst), alpha), alpha + alpha_of(dst) * (255 - alpha) / 255);
+}
+
+/// The picture that a definition of its pixels gives.
+template <class Define>
+Picture defined(std::uint32_t width, std::uint32_t height, const Palette& palette, std::uint32_t depth,
+                const Define& define) {
+  Picture picture = PictureCreate(width, height, &palette, depth);
+  for (std::int64_t y = 0; y < height; ++y)
+    for (std::int64_t x = 0; x < width; ++x) PicturePutPixel(picture, x, y, define(x, y));
+  return picture;
+}
+
+template <class Define>
+Picture like(const Picture& picture, std::uint32_t depth, const Define& define) {
+  return defined(picture.width(), picture.height(),
+                 depth == picture.bits() ? palette_of(picture) : grey_palette(), depth, define);
+}
+
+/// Calls `check` with random pictures of every depth and shape.
+template <class Check>
+void for_every_picture(const Check& check) {
+  std::mt19937 random(20240611);
+  for (const std::uint32_t depth : kDepths)
+    for (const auto& shape : kShapes) {
+      SCOPED_TRACE(::testing::Message() << shape.width << "x" << shape.height << "x" << depth);
+      const Picture picture = random_picture(random, shape.width, shape.height, depth);
+      const Picture before = PictureDuplicate(picture);
+      check(picture, random);
+      EXPECT_TRUE(same_block(picture, before)) << "the source was touched";
+    }
+}
+
+TEST(PictureConvert, GivesWhatThePixelsDefine) {
+  for_every_picture([](const Picture& p, std::mt19937&) {
+    EXPECT_TRUE(
+        same_block(PictureToTrueColor(p), like(p, 24, [&](auto x, auto y) { return true_colour(p, x, y); })));
+    EXPECT_TRUE(same_block(PictureToTrueColorAlpha(p),
+                           like(p, 32, [&](auto x, auto y) { return shown(p, x, y) | 0xFF000000; })));
+    const auto grey = [&](auto x, auto y) -> Colour {
+      const Colour c = shown(p, x, y);
+      return p.bits() < 9 ? red_of(c) : grey_of(red_of(c), green_of(c), blue_of(c));
+    };
+    Picture expected = like(p, 8, grey);
+    PictureSetPalette(expected, grey_palette());
+    EXPECT_TRUE(same_block(PictureToGrey(p), expected));
+    expected = like(p, 8, [&](auto x, auto y) { return p.bits() == 32 ? alpha_of(shown(p, x, y)) : 255; });
+    PictureSetPalette(expected, grey_palette());
+    EXPECT_TRUE(same_block(PictureAlphaToGrey(p), expected));
+  });
+}
+
+TEST(PictureConvert, GreyOfKnownColours) {
+  Palette palette{200, 0, 0, 255, 255, 255};
+  EXPECT_EQ(PictureGetPixel(PictureToGrey(PictureCreate(1, 1, &palette, 8)), 0, 0), 200u);
+  EXPECT_EQ(PictureGetPixel(PictureToGrey(PictureCreateFilled(1, 1, 0xFFFFFF)), 0, 0), 255u);
+  // 200*77/255 = 60, 100*150/255 = 58, 50*28/255 = 5.
+  EXPECT_EQ(PictureGetPixel(PictureToGrey(PictureCreateFilled(1, 1, make_colour(200, 100, 50))), 0, 0), 123u);
+}
+
+TEST(PictureConvert, Transparency) {
+  for_every_picture([](const Picture& p, std::mt19937& random) {
+    const Colour key = PictureGetPixel(p, p.width() / 2, 0) & 0xFFFFFF;
+    const std::uint8_t form[] = {9, red_of(key), 9, green_of(key), 9, blue_of(key)};
+    std::vector<std::uint8_t> table(p.bits() < 9 ? random() % (p.colours() + 2) : 6);
+    for (auto& alpha : table) alpha = static_cast<std::uint8_t>(random());
+    if (p.bits() == 24) table.assign(form, form + 6);
+    const auto alpha = [&](std::int64_t x, std::int64_t y) -> Colour {
+      const Colour value = PictureGetPixel(p, x, y);
+      if (p.bits() == 32) return alpha_of(value);
+      if (p.bits() == 24) return value == key ? 0 : 255;
+      return value < table.size() ? table[value] : 255;
+    };
+    const auto expected =
+        like(p, 32, [&](auto x, auto y) { return (shown(p, x, y) & 0xFFFFFF) | alpha(x, y) << 24; });
+    EXPECT_TRUE(same_block(PictureWithTransparency(p, table), expected));
+    if (p.bits() != 24) return;
+    EXPECT_TRUE(same_block(PictureWithTransparency(p, std::span(form).first(5)), PictureToTrueColorAlpha(p)));
+  });
+}
+
+TEST(PictureAlpha, FlattenAndCrossFade) {
+  for_every_picture([](const Picture& p, std::mt19937& random) {
+    const Colour ground = static_cast<Colour>(random()) & 0xFFFFFF;
+    const auto flat = [&](auto x, auto y) {
+      const Colour c = shown(p, x, y);
+      return blended(c, ground, alpha_of(c));
+    };
+    const Picture expected = like(p, 24, flat);
+    EXPECT_TRUE(p.bits() == 32 ? same_block(PictureFlattenAlpha(p, ground), expected)
+                               : ::testing::AssertionResult(!PictureFlattenAlpha(p, ground)));
+    EXPECT_TRUE(p.bits() > 8 ? same_block(PictureFlatten(p, ground), expected)
+                             : ::testing::AssertionResult(!PictureFlatten(p, ground)));
+    const Picture q = random_picture(random, p.width() + 3, p.height() > 2 ? p.height() - 1 : 2, 24);
+    for (const std::uint32_t amount : {0u, 1u, 128u, 254u, 255u})
+      EXPECT_TRUE(
+          same_block(PictureCrossFade(p, q, amount),
+                     defined(p.width(), std::min(p.height(), q.height()), {}, 24, [&](auto x, auto y) {
+                       return blended(PictureGetPixel(q, x, y), true_colour(p, x, y), amount);
+                     })));
+  });
+}
+
+TEST(PictureAlpha, EveryPairOfValueAndAlphaIsExact) {
+  Picture src = PictureCreateAlpha(256, 256);
+  for (std::uint32_t y = 0; y < 256; ++y)
+    for (std::uint32_t x = 0; x < 256; ++x) PicturePutPixel(src, x, y, make_colour(x, 255 - x, x ^ 85, y));
+  for (const Colour ground : {0u, 0xFFFFFFu, 0x80FE01u})
+    EXPECT_TRUE(same_block(PictureFlattenAlpha(src, ground), like(src, 24, [&](auto x, auto y) {
+                             const Colour c = PictureGetPixel(src, x, y);
+                             return blended(c, ground, alpha_of(c));
+                           })));
+}
+
+/// Placements of a small thing on a picture: inside, over every edge, outside, far outside.
+std::vector<std::int32_t> places(std::uint32_t size) {
+  const auto n = static_cast<std::int32_t>(size);
+  return {-n - 40, -3, -1, 0, 1, n / 2, n - 1, n, 2'000'000'000};
+}
+
+TEST(PictureAlpha, Composite) {
+  std::mt19937 random(7);
+  for (const std::uint32_t dst_depth : {24u, 32u})
+    for (const std::uint32_t src_depth : {24u, 32u}) {
+      const Picture ground = random_picture(random, 23, 11, dst_depth),
+                    src = random_picture(random, 9, 14, src_depth);
+      for (const std::int32_t x : places(23))
+        for (const std::int32_t y : places(11))
+          for (const std::int32_t size : {-1, 5, 40}) {
+            Picture dst = ground;
+            PictureComposite(dst, x, y, src, size, size);
+            EXPECT_TRUE(same_block(dst, like(ground, dst_depth,
+                                             [&](std::int64_t u, std::int64_t v) {
+                                               const Colour old = PictureGetPixel(ground, u, v);
+                                               if (u < x || v < y || u - x >= std::min(size, 9) ||
+                                                   v - y >= std::min(size, 14))
+                                                 return old;
+                                               const Colour over = PictureGetPixelOpaque(src, u - x, v - y);
+                                               return blended(over, old, alpha_of(over));
+                                             })))
+                << x << "," << y << " " << size << " depths " << dst_depth << " " << src_depth;
+          }
+    }
+  Picture wide = random_picture(random, 1300, 3, 32);
+  const Picture before = wide;
+  PictureComposite(wide, 1, 1, wide, 1300, 3);
+  EXPECT_TRUE(same_block(wide, like(before, 32,
+                                    [&](std::int64_t u, std::int64_t v) {
+                                      const Colour old = PictureGetPixel(before, u, v),
+                                                   over = PictureGetPixel(before, u - 1, v - 1);
+                                      return u < 1 || v < 1 ? old : blended(over, old, alpha_of(over));
+                                    })))
+      << "a picture over itself";
+}
+
+TEST(PictureGeometry, CropInsideAndOutside) {
+  for_every_picture([](const Picture& p, std::mt19937& random) {
+    const auto w = static_cast<std::int32_t>(p.width()), h = static_cast<std::int32_t>(p.height());
+    std::vector<PictureRect> rects = {
+        {0, 0, w, h}, {-5, -2, w + 3, h + 1}, {w, h, w + 9, h + 2}, {-90, -9, -50, -3}};
+    for (int i = 0; i < 20; ++i) {
+      const auto left = static_cast<std::int32_t>(random() % (p.width() + 8)) - 4;
+      const auto top = static_cast<std::int32_t>(random() % (p.height() + 8)) - 4;
+      rects.push_back({left, top, left + 1 + static_cast<std::int32_t>(random() % (p.width() + 4)),
+                       top + 1 + static_cast<std::int32_t>(random() % (p.height() + 4))});
+    }
+    for (const PictureRect& r : rects)
+      EXPECT_TRUE(
+          same_block(PictureCrop(p, r),
+                     defined(static_cast<std::uint32_t>(r.right - r.left),
+                             static_cast<std::uint32_t>(r.bottom - r.top), palette_of(p), p.bits(),
+                             [&](auto x, auto y) { return PictureGetPixel(p, r.left + x, r.top + y); })))
+          << r.left << "," << r.top << " to " << r.right << "," << r.bottom;
+    EXPECT_FALSE(PictureCrop(p, {3, 0, 3, 1}));
+    EXPECT_FALSE(PictureCrop(p, {0, 2, 5, 1}));
+    EXPECT_FALSE(PictureCrop(p, {-2'000'000'000, 0, 2'000'000'000, 1}));
+  });
+}
+
+TEST(PictureGeometry, MirrorsAndCanvas) {
+  for_every_picture([](const Picture& p, std::mt19937& random) {
+    const std::int64_t right = p.width() - 1, bottom = p.height() - 1;
+    EXPECT_TRUE(same_block(PictureMirrorHorizontal(p), like(p, p.bits(), [&](auto x, auto y) {
+                             return PictureGetPixel(p, right - x, y);
+                           })));
+    EXPECT_TRUE(same_block(PictureMirrorVertical(p), like(p, p.bits(), [&](auto x, auto y) {
+                             return PictureGetPixel(p, x, bottom - y);
+                           })));
+    const auto colour = static_cast<Colour>(random());
+    for (const std::int32_t at : {-4, 0, 3})
+      EXPECT_TRUE(same_block(PictureExtendCanvas(p, p.width() + 2, p.height() + 5, at, at / 2, colour),
+                             defined(p.width() + 2, p.height() + 5, palette_of(p), p.bits(),
+                                     [&](std::int64_t x, std::int64_t y) {
+                                       const std::int64_t u = x - at, v = y - at / 2;
+                                       const bool in = u >= 0 && v >= 0 && u <= right && v <= bottom;
+                                       return in ? PictureGetPixel(p, u, v) : colour;
+                                     })));
+  });
+}
+
+TEST(PictureGeometry, FromDibTakesShortTablesAndRefusesTheRest) {
+  for_every_picture([](const Picture& p, std::mt19937&) {
+    const auto block = p.handle().bytes();
+    const std::vector<std::uint8_t> dib(block.begin(), block.end());
+    EXPECT_TRUE(same_block(PictureFromDib(dib), p));
+    EXPECT_FALSE(PictureFromDib(std::span(dib).first(dib.size() - 1)));
+    for (const auto& [offset, value] :
+         {std::pair{8, 0x80000000u}, {4, 0u}, {4, 2'000'000u}, {14, 16u}, {16, 3u}, {0, 12u}}) {
+      auto bad = dib;
+      write_le16(bad.data() + offset, value & 0xFFFF);
+      if (offset != 14) write_le32(bad.data() + offset, value);
+      EXPECT_FALSE(PictureFromDib(bad)) << offset << " " << value;
+    }
+    if (p.bits() > 8) return;
+    auto shorter = dib;
+    write_le32(shorter.data() + 32, 1);
+    shorter.erase(shorter.begin() + 44, shorter.begin() + 40 + 4 * p.colours());
+    shorter[43] = 77;  // the reserved byte of an entry
+    Picture expected = p;
+    std::memset(expected.edit_table() + 4, 0, 4 * p.colours() - 4);
+    EXPECT_TRUE(same_block(PictureFromDib(shorter), expected));
+  });
+}
+
+TEST(PictureDraw, Blit) {
+  std::mt19937 random(11);
+  for (const std::uint32_t depth : kDepths) {
+    const Picture ground = random_picture(random, 41, 7, depth), src = random_picture(random, 37, 9, depth);
+    for (const std::int32_t dst_x : places(41))
+      for (const std::int32_t src_x : places(37))
+        for (const std::int32_t shift : {-2, 0, 3}) {
+          Picture dst = ground;
+          PictureBlit(dst, dst_x, shift, src, src_x, 1 - shift, 30, 6);
+          EXPECT_TRUE(same_block(
+              dst, like(ground, depth,
+                        [&](std::int64_t x, std::int64_t y) {
+                          const std::int64_t i = x - dst_x, k = y - shift, u = src_x + i, v = 1 - shift + k;
+                          const bool in =
+                              i >= 0 && k >= 0 && i < 30 && k < 6 && u >= 0 && v >= 0 && u < 37 && v < 9;
+                          return in ? PictureGetPixel(src, u, v) : PictureGetPixel(ground, x, y);
+                        })))
+              << depth << ": " << src_x << " to " << dst_x;
+        }
+  }
+}
+
+TEST(PictureDraw, FillAndFrame) {
+  std::mt19937 random(12);
+  for (const std::uint32_t depth : kDepths) {
+    const Picture ground = random_picture(random, 41, 13, depth);
+    for (const std::int32_t x : places(41))
+      for (const std::int32_t width : {-4, 0, 1, 9, 50, 2'000'000'000})
+        for (const std::int32_t thickness : {-1, 0, 1, 2, 5}) {
+          const auto colour = static_cast<Colour>(random());
+          const auto in_rect = [&](std::int64_t u, std::int64_t v, std::int64_t inset) {
+            return u >= x + inset && u < std::int64_t{x} + width - inset && v >= -1 + inset && v < 10 - inset;
+          };
+          Picture filled = ground, framed = ground;
+          PictureFillRect(filled, x, -1, width, 11, colour);
+          EXPECT_TRUE(same_block(filled, like(ground, depth, [&](auto u, auto v) {
+                                   return in_rect(u, v, 0) ? colour : PictureGetPixel(ground, u, v);
+                                 })));
+          PictureFrameRect(framed, x, -1, width, 11, colour, thickness);
+          EXPECT_TRUE(same_block(framed, like(ground, depth,
+                                              [&](auto u, auto v) {
+                                                const bool border = thickness > 0 && in_rect(u, v, 0) &&
+                                                                    !in_rect(u, v, thickness);
+                                                return border ? colour : PictureGetPixel(ground, u, v);
+                                              })))
+              << x << " " << width << " " << thickness;
+        }
+  }
+}
+
+TEST(PictureOperations, PicturesWithoutRowsGiveNull) {
+  for (const Picture& empty : {Picture(), PictureCreateHeaderOnly(90, 90, nullptr, 32)}) {
+    for (const auto operation : {PictureToTrueColor, PictureToTrueColorAlpha, PictureToGrey,
+                                 PictureAlphaToGrey, PictureMirrorHorizontal, PictureMirrorVertical})
+      EXPECT_FALSE(operation(empty));
+    EXPECT_FALSE(PictureWithTransparency(empty, {}));
+    EXPECT_FALSE(PictureFlatten(empty, 0));
+    EXPECT_FALSE(PictureCrossFade(empty, PictureCreate(2, 2, nullptr, 24), 9));
+    EXPECT_FALSE(PictureCrop(empty, {0, 0, 1, 1}));
+    EXPECT_FALSE(PictureExtendCanvas(empty, 2, 2, 0, 0, 0));
+    Picture dst = empty;
+    PictureFillRect(dst, 0, 0, 5, 5, 1);
+    PictureBlit(dst, 0, 0, PictureCreate(2, 2, nullptr, 32), 0, 0, 2, 2);
+    PictureComposite(dst, 0, 0, PictureCreate(2, 2, nullptr, 32), 2, 2);
+  }
+}
+
+}  // namespace
+}  // namespace vellum
