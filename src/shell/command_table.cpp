@@ -44,7 +44,7 @@ constexpr KeyRow kKeys[] = {
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {
-  return row.kinds.size() == 0 || std::ranges::find(row.kinds, kind) != row.kinds.end();
+  return row.kinds.empty() || std::ranges::find(row.kinds, kind) != row.kinds.end();
 }
 
 }  // namespace
@@ -60,7 +60,7 @@ const CommandRow* find_command(int number) {
 
 bool command_enabled(const CommandRow& row, const CommandState& state) {
   if (row.run_on_document && !state.document) return false;
-  if (row.need == Nothing && row.kinds.size() == 0) return true;
+  if (row.need == Nothing && row.kinds.empty()) return true;
   if (state.entries == 0 || !fits_kind(row, state.kind)) return false;
   return row.need != Selection || state.selected > 0;
 }

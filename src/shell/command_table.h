@@ -1,7 +1,6 @@
 // The commands: one row for each. Menus, toolbar, keys and enabled states are derived from these tables.
 #pragma once
 
-#include <initializer_list>
 #include <span>
 
 #include "core/document.h"
@@ -24,7 +23,7 @@ struct CommandRow {
   Menu menu;
   int menuGroup;  ///< a line parts groups of the same menu
   Need need;
-  std::initializer_list<DocumentKind> kinds;  ///< empty: every kind
+  std::span<const DocumentKind> kinds;  ///< empty: every kind
   ToolPlace tool;
   int toolGroup;
   const char* icon;  ///< file in data/icons; null without one

@@ -30,7 +30,7 @@ DocumentFrame::DocumentFrame(DocumentWindow content, ThumbnailCache& thumbnails)
     : content_(std::move(content)), list_(new ChunkListView(content_, thumbnails, this)) {
   setObjectName(QStringLiteral("VellumcraftTask"));
   setAttribute(Qt::WA_DeleteOnClose);
-  setWindowIcon(program_icon("sheet"));
+  setWindowIcon(program_icon("vellumcraft"));
   setMinimumHeight(kLeastHeight);
   setWidget(list_);
   setFocusProxy(list_);

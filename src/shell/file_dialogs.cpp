@@ -13,14 +13,15 @@ namespace {
 struct Format {
   const char* name;
   const char* extension;
-  std::initializer_list<DocumentKind> kinds;  ///< which documents are saved as such files
+  std::span<const DocumentKind> kinds;  ///< which documents are saved as such files
 };
 
-const Format kFormats[] = {
-    {"PNG", "png", {DocumentKind::PING, DocumentKind::APNG}},
-    {"MNG", "mng", {DocumentKind::MING}},
-    {"WebP", "webp", {DocumentKind::WEBP}},
-};
+constexpr DocumentKind kPngKinds[] = {DocumentKind::PING, DocumentKind::APNG};
+constexpr DocumentKind kMngKinds[] = {DocumentKind::MING};
+constexpr DocumentKind kWebpKinds[] = {DocumentKind::WEBP};
+
+constexpr Format kFormats[] = {
+    {"PNG", "png", kPngKinds}, {"MNG", "mng", kMngKinds}, {"WebP", "webp", kWebpKinds}};
 
 QString patterns(const Format& format) {
   const QString extension = QString::fromLatin1(format.extension);

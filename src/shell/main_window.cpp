@@ -75,6 +75,9 @@ MainWindow::MainWindow()
   refresh();
 }
 
+// The document windows outlive the members of this class, and the area tells of each that goes.
+MainWindow::~MainWindow() { area_.disconnect(this); }
+
 void MainWindow::connect_parts() {
   connect(&commands_, &CommandBar::triggered, this, &MainWindow::run);
   connect(&area_, &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* window) {
@@ -101,8 +104,6 @@ DocumentFrame* MainWindow::add_document(DocumentWindow content) try {
   auto* frame = new DocumentFrame(std::move(content), thumbnails_);
   frame->may_close = [this](DocumentFrame& closing) { return may_close(closing); };
   connect(frame, &DocumentFrame::changed, this, &MainWindow::refresh_later);
-  // A maximized document puts its own name into the main window's title.
-  connect(frame, &QMdiSubWindow::windowStateChanged, this, &MainWindow::refresh_later);
   area_.add(frame);
   return frame;
 } catch (const std::bad_alloc&) {
@@ -166,15 +167,20 @@ void MainWindow::refresh_status(const CommandState& now, DocumentFrame* frame) {
 }
 
 void MainWindow::refresh_title(DocumentFrame* frame) {
-  const QString program = QStringLiteral("Vellumcraft");
+  title_ = QStringLiteral("Vellumcraft");
   if (frame) {
     frame->update_title();
     const std::filesystem::path name = document_title(frame->document());
-    setWindowTitle(plain_title(path_text(name.filename())) + QStringLiteral("[*] - ") + program);
-  } else {
-    setWindowTitle(program);
+    title_.prepend(plain_title(path_text(name.filename())) + QStringLiteral("[*] - "));
   }
+  setWindowTitle(title_);
   setWindowModified(frame && frame->document().dirty);
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  // A maximized document window appends its own title.
+  if (event->type() == QEvent::WindowTitleChange && windowTitle() != title_) setWindowTitle(title_);
 }
 
 bool MainWindow::may_close(DocumentFrame& frame) {

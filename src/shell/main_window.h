@@ -15,6 +15,7 @@ class MainWindow : public QMainWindow {
   Q_OBJECT
  public:
   MainWindow();
+  ~MainWindow() override;
 
   /// Answered by boxes and dialogs until someone puts other answers in.
   Services& services() { return services_; }
@@ -35,6 +36,7 @@ class MainWindow : public QMainWindow {
   void refresh();
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dragLeaveEvent(QDragLeaveEvent* event) override;
@@ -54,6 +56,7 @@ class MainWindow : public QMainWindow {
   CommandBar& commands_;
   DesktopHost desktop_;
   Services services_;
+  QString title_;
   bool refreshPending_ = false;
 };
 

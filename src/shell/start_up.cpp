@@ -86,7 +86,7 @@ fs::path path_of_argument(const std::string& name) {
   if (exists(name)) return name;
   if (name.starts_with(kAddress)) {
     const QUrl url(to_qt(name));
-    if (url.isLocalFile()) return to_path(url.toLocalFile());
+    if (url.isLocalFile() && url.host().isEmpty()) return to_path(url.toLocalFile());
   }
   std::string unquoted = name;
   std::erase(unquoted, '"');
