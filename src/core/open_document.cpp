@@ -20,28 +20,31 @@ struct ContentRow {
   std::string_view bytes;
   std::string_view name;  ///< with its article
   bool picture;           ///< a format that is inserted as an image and not opened
+  Reader reader;          ///< who reads it; null: nobody
 };
 
 using namespace std::string_view_literals;
 
 constexpr ContentRow kContents[] = {
-    {0, "\x89PNG\r\n\x1a\n"sv, "a PNG", false},
-    {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false},
-    {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", false},
-    {8, "WEBP"sv, "a WebP", false},
-    {0, "GIF8"sv, "a GIF", true},
-    {0, "\xFF\xD8\xFF"sv, "a JPEG", true},
-    {0, "BM"sv, "a BMP", true},
-    {0, "\x0A\x05\x01"sv, "a PCX", true},
-    {8, "ACON"sv, "an ANI", false},
-    {8, "AVI "sv, "an AVI", false},
+    {0, "\x89PNG\r\n\x1a\n"sv, "a PNG", false, read_png},
+    {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false, nullptr},
+    {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", false, nullptr},
+    {8, "WEBP"sv, "a WebP", false, nullptr},
+    {0, "GIF8"sv, "a GIF", true, nullptr},
+    {0, "\xFF\xD8\xFF"sv, "a JPEG", true, nullptr},
+    {0, "BM"sv, "a BMP", true, nullptr},
+    {0, "\x0A\x05\x01"sv, "a PCX", true, nullptr},
+    {8, "ACON"sv, "an ANI", false, nullptr},
+    {8, "AVI "sv, "an AVI", false, nullptr},
 };
 
-std::string content_text(std::span<const std::uint8_t> file) {
+/// What the content is, where it is not what `reader` reads.
+std::string content_text(std::span<const std::uint8_t> file, Reader reader) {
   const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
   for (const ContentRow& row : kContents) {
     const bool riff = row.offset == 0 || bytes.starts_with("RIFF");
     if (!riff || bytes.size() < row.offset || !bytes.substr(row.offset).starts_with(row.bytes)) continue;
+    if (row.reader == reader) return {};
     std::string text = with_value(string_text(StringId::ContentIs), row.name);
     if (row.picture) text.append("\n").append(string_text(StringId::OpenPictureHint));
     return text;
@@ -49,9 +52,9 @@ std::string content_text(std::span<const std::uint8_t> file) {
   return {};
 }
 
-bool report_failure(Host& host, std::span<const std::uint8_t> file) {
+bool report_failure(Host& host, std::span<const std::uint8_t> file, Reader reader) {
   std::string more = host.take_fault();
-  const std::string content = content_text(file);
+  const std::string content = content_text(file, reader);
   if (!more.empty() && !content.empty()) more += '\n';
   host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, more + content);
   return false;
@@ -76,7 +79,7 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   } catch (const std::bad_alloc&) {
     host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
   }
-  if (!read) return report_failure(host, *file);
+  if (!read) return report_failure(host, *file, reader);
   document.HasFileName = true;
   document.dirty = false;
   std::error_code error;

@@ -6,8 +6,8 @@
 
 #include "base/host.h"
 #include "base/limits.h"
-#include "core/chunk_stream.h"
 #include "core/document.h"
+#include "image/chunk_stream.h"
 #include "image/png_header.h"
 
 namespace vellum {
@@ -28,8 +28,6 @@ struct PngReading {
   bool append(const ChunkRecord& record, const StreamChunk& chunk) const;
 };
 
-/// The fields of an IHDR payload of 13 bytes.
-PngHeader parse_png_header(std::span<const std::uint8_t> payload);
 /// A record with these header fields (tag and payload untouched).
 void put_png_header(ChunkRecord& record, const PngHeader& header);
 PngHeader png_header_of(const ChunkRecord& record);

@@ -4,21 +4,12 @@
 
 #include "base/byte_order.h"
 #include "core/chunk_description.h"
-#include "core/chunk_stream.h"
 #include "core/png_reading.h"
 
 namespace vellum {
 
 bool begin_png(SafeFile& file, const PngHeader& header) {
-  std::uint8_t payload[13];
-  write_be32(payload, header.width);
-  write_be32(payload + 4, header.height);
-  payload[8] = header.bitDepth;
-  payload[9] = header.colorType;
-  payload[10] = header.compression;
-  payload[11] = header.filter;
-  payload[12] = header.interlace;
-  return file.write(kPngSignature) && write_chunk(file, tag::IHDR, payload);
+  return file.write(kPngSignature) && write_chunk(file, tag::IHDR, png_header_payload(header));
 }
 
 bool write_chunks(SafeFile& file, std::span<const ChunkOut> chunks) {

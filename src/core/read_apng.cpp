@@ -137,7 +137,8 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<P
       if (damaged) return;
       const StreamFrame& frame = found.frames[first + k];
       decoded[first + k] =
-          png_decode(frame_header(reading.header, frame.fields), frame.data, reading.palette);
+          png_decode(frame_header(reading.header, frame.fields), frame.data, reading.palette,
+                                      PngShortData::Zeros);
       if (!decoded[first + k].picture) damaged = true;
     });
     reading.progress.step(std::min(first + kFramesAtOnce, decoded.size()), decoded.size());
@@ -146,6 +147,8 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<P
     if (!decoded[i].picture && decoded[i].reason)
       return reading.fail(*found.frames[i].control, decoded[i].reason,
                           decoded[i].limit ? FaultKind::Limit : FaultKind::Damaged);
+    if (decoded[i].isShort)
+      reading.host.set_status("Frame " + std::to_string(i + 1) + " has less image data than its size asks for.");
     pictures.push_back(std::move(decoded[i].picture));
   }
   return true;

@@ -43,7 +43,7 @@ bool check_header(PngReading& reading) {
   const StreamChunk& first = reading.chunks.front();
   if (first.tag != tag::IHDR) return reading.fail(first, "the first chunk is no header");
   if (first.data.size() != 13) return reading.fail(first, "the length is not that of a header");
-  reading.header = parse_png_header(first.data);
+  reading.header = parse_png_header(first.data.first<13>());
   if (const char* fault = png_header_fault(reading.header)) return reading.fail(first, fault);
   if (reading.header.colorType == 0) reading.palette = png_grey_palette(reading.header.bitDepth);
   for (const StreamChunk& chunk : reading.chunks.subspan(1))
@@ -114,18 +114,6 @@ bool PngReading::fail(const StreamChunk& chunk, const char* reason, FaultKind ki
 bool PngReading::append(const ChunkRecord& record, const StreamChunk& chunk) const {
   return chunk_list_append(window.list, window.document, record) != 0 ||
          fail(chunk, "the file has too many chunks", FaultKind::Limit);
-}
-
-PngHeader parse_png_header(std::span<const std::uint8_t> payload) {
-  PngHeader header;
-  header.width = read_be32(&payload[0]);
-  header.height = read_be32(&payload[4]);
-  header.bitDepth = payload[8];
-  header.colorType = payload[9];
-  header.compression = payload[10];
-  header.filter = payload[11];
-  header.interlace = payload[12];
-  return header;
 }
 
 void put_png_header(ChunkRecord& record, const PngHeader& header) {

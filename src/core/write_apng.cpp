@@ -4,7 +4,6 @@
 
 #include "base/byte_order.h"
 #include "base/parallel.h"
-#include "core/chunk_stream.h"
 #include "core/png_reading.h"
 #include "core/png_writing.h"
 #include "core/settings.h"

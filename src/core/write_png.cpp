@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "core/chunk_stream.h"
 #include "core/png_reading.h"
 #include "core/png_writing.h"
 #include "image/png_encode.h"
@@ -22,7 +21,7 @@ Zone legal_zone(ChunkTag tag, Zone natural, bool has_palette) {
     case ChunkPlace::BeforePalette:
       return has_palette ? kBeforePalette : std::min(natural, kBehindPalette);
     case ChunkPlace::BehindPalette:
-      return kBehindPalette;
+      return has_palette ? kBehindPalette : std::min(natural, kBehindPalette);
     case ChunkPlace::BeforeImage:
       return std::min(natural, kBehindPalette);
     default:

@@ -52,9 +52,9 @@ libdeflate_decompressor* decompressor() {
 }
 
 /// The slow way, which also takes streams that hold more than `out`: rows that are complete count.
-bool inflate_by_zlib(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out) {
+std::optional<std::size_t> inflate_by_zlib(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out) {
   ZlibInflate zlib;
-  if (!zlib.ok()) return false;
+  if (!zlib.ok()) return std::nullopt;
   std::size_t done = 0;
   while (done < out.size()) {
     // zlib counts the input in 32 bits.
@@ -65,21 +65,21 @@ bool inflate_by_zlib(std::span<const std::uint8_t> stream, std::span<std::uint8_
     const int status = zlib.run(out.subspan(done), produced);
     done += produced;
     stream = stream.subspan(piece - zlib->avail_in);
-    if (status == Z_DATA_ERROR || status == Z_NEED_DICT || status == Z_MEM_ERROR || status == Z_STREAM_ERROR)
-      return false;
-    if (status == Z_STREAM_END || stream.empty()) break;
+    if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) return std::nullopt;
+    if (status == Z_STREAM_END || done == out.size()) return done;
+    if (stream.empty()) return std::nullopt;
   }
-  return done == out.size();
+  return done;
 }
 
 }  // namespace
 
-bool inflate_exactly(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out) {
+std::optional<std::size_t> inflate_into(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out) {
   std::size_t consumed = 0, produced = 0;
   if (libdeflate_decompressor* fast = decompressor()) {
     const auto result = libdeflate_zlib_decompress_ex(fast, stream.data(), stream.size(), out.data(),
                                                       out.size(), &consumed, &produced);
-    if (result == LIBDEFLATE_SUCCESS) return produced == out.size();
+    if (result == LIBDEFLATE_SUCCESS) return produced;
   }
   return inflate_by_zlib(stream, out);
 }

@@ -110,29 +110,34 @@ bool read_interlaced(const PngHeader& header, ScratchPages& filtered, Picture& p
                        });
 }
 
+PngDecoded failure(const char* reason, bool limit = false) { return {{}, reason, false, limit}; }
+
 }  // namespace
 
-PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, const Palette& palette) {
-  if (const char* fault = png_header_fault(header)) return {{}, fault};
+PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
+                      PngShortData short_data) {
+  if (const char* fault = png_header_fault(header)) return failure(fault);
   const std::uint64_t filtered_bytes = png_filtered_bytes(header);
   const std::uint32_t bits = png_picture_bits(header);
-  // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of
-  // two.
-  if (filtered_bytes > 2 * kMaximumPictureBytes) return {{}, "the image is too large", true};
+  // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of two.
+  if (filtered_bytes > 2 * kMaximumPictureBytes) return failure("the image is too large", true);
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);
-  if (!can_inflate_to(stream.size(), filtered_bytes)) return {{}, "there is not enough image data"};
+  if (!can_inflate_to(stream.size(), filtered_bytes)) return failure("there is not enough image data");
+  // Untouched pages of the scratch memory cost nothing and read as zeros, which is what missing rows are.
   ScratchPages filtered(static_cast<std::size_t>(filtered_bytes) + kFilterSlack);
-  if (!filtered) return {{}, "memory is exhausted", true};
-  if (!inflate_exactly(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes))))
-    return {{}, "the image data is damaged"};
+  if (!filtered) return failure("memory is exhausted", true);
+  const auto inflated = inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)));
+  if (!inflated) return failure("the image data is damaged");
+  const bool is_short = *inflated < filtered_bytes;
+  if (is_short && (short_data == PngShortData::Fault || *inflated == 0)) return failure("there is not enough image data");
   joined = {};
   Picture picture = header.interlace ? PictureCreate(header.width, header.height, &palette, bits)
                                      : PictureCreateForOverwrite(header.width, header.height, &palette, bits);
-  if (!picture) return {{}, "the image is too large", true};
+  if (!picture) return failure("the image is too large", true);
   const auto rows = header.interlace ? read_interlaced : read_rows;
-  if (!rows(header, filtered, picture)) return {{}, "a row has a filter type that does not exist"};
-  return {std::move(picture), nullptr};
+  if (!rows(header, filtered, picture)) return failure("a row has a filter type that does not exist");
+  return {std::move(picture), nullptr, is_short, false};
 }
 
 }  // namespace vellum

@@ -12,7 +12,14 @@ namespace vellum {
 struct PngDecoded {
   Picture picture;               ///< null on failure
   const char* reason = nullptr;  ///< why, as a sentence part
+  bool isShort = false;          ///< rows were missing and are 0
   bool limit = false;            ///< the failure is a limit of this program and not a fault of the file
+};
+
+/// What an image whose stream is whole, but holds fewer rows than the header asks for, is.
+enum class PngShortData {
+  Fault,
+  Zeros,  ///< the missing rows are 0: black, transparent or index 0
 };
 
 /// Decodes an image. `data` are the payloads of its IDAT (or fdAT) chunks in file order, which together are
@@ -23,6 +30,6 @@ struct PngDecoded {
 /// Memory: the picture, the joined stream where there are several payloads, and the filtered rows that are
 /// not yet undone; all after the lengths were checked.
 PngDecoded png_decode(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
-                      const Palette& palette);
+                      const Palette& palette, PngShortData short_data = PngShortData::Fault);
 
 }  // namespace vellum

@@ -1,5 +1,6 @@
 #include "image/png_header.h"
 
+#include "base/byte_order.h"
 #include "base/limits.h"
 #include "image/builtin_palette.h"
 
@@ -15,6 +16,22 @@ constexpr std::uint32_t allowed_depths(std::uint8_t colorType) {
 }
 
 }  // namespace
+
+PngHeader parse_png_header(std::span<const std::uint8_t, 13> p) {
+  return {read_be32(&p[0]), read_be32(&p[4]), p[8], p[9], p[10], p[11], p[12]};
+}
+
+std::array<std::uint8_t, 13> png_header_payload(const PngHeader& header) {
+  std::array<std::uint8_t, 13> payload{};
+  write_be32(&payload[0], header.width);
+  write_be32(&payload[4], header.height);
+  payload[8] = header.bitDepth;
+  payload[9] = header.colorType;
+  payload[10] = header.compression;
+  payload[11] = header.filter;
+  payload[12] = header.interlace;
+  return payload;
+}
 
 const char* png_header_fault(const PngHeader& header) {
   if (header.width == 0 || header.height == 0) return "the image has no pixels";

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include "image/picture.h"
 
@@ -20,6 +21,10 @@ struct PngHeader {
 
   bool operator==(const PngHeader&) const = default;
 };
+
+/// To and from the 13 bytes of an IHDR payload.
+PngHeader parse_png_header(std::span<const std::uint8_t, 13> payload);
+std::array<std::uint8_t, 13> png_header_payload(const PngHeader& header);
 
 /// Samples of a pixel for a color type; 0 for a type that does not exist.
 constexpr std::uint32_t png_samples(std::uint8_t colorType) {

@@ -1,10 +1,12 @@
 #include "shell/document_frame.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMdiArea>
 #include <QMenu>
 #include <QStyle>
+#include <QStyleOptionTitleBar>
 
 #include "core/chunk_layout.h"
 #include "shell/icon.h"
@@ -47,9 +49,27 @@ void DocumentFrame::close_without_question() {
   close();
 }
 
+int DocumentFrame::title_width() const {
+  QStyleOptionTitleBar bar;
+  bar.initFrom(this);
+  bar.rect.setHeight(style()->pixelMetric(QStyle::PM_TitleBarHeight, &bar, this));
+  bar.subControls = QStyle::SC_All;
+  bar.titleBarFlags = windowFlags();
+  return style()->subControlRect(QStyle::CC_TitleBar, &bar, QStyle::SC_TitleBarLabel, this).width();
+}
+
 void DocumentFrame::update_title() {
-  setWindowTitle(plain_title(path_text(document_title(document()))) + QStringLiteral("[*]"));
+  const QString title = path_text(document_title(document()));
+  const QFontMetrics metrics(QApplication::font("QMdiSubWindowTitleBar"));
+  const int room = title_width() - metrics.horizontalAdvance(QStringLiteral("*  "));
+  setWindowTitle(plain_title(metrics.elidedText(title, Qt::ElideLeft, room)) + QStringLiteral("[*]"));
   setWindowModified(document().dirty);
+  setToolTip(title);
+}
+
+void DocumentFrame::resizeEvent(QResizeEvent* event) {
+  QMdiSubWindow::resizeEvent(event);
+  update_title();
 }
 
 void DocumentFrame::size_to_content() {

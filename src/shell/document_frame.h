@@ -24,7 +24,7 @@ class DocumentFrame : public QMdiSubWindow {
   std::function<bool(DocumentFrame&)> may_close;
   void close_without_question();
 
-  /// Makes the title tell name and state of the document.
+  /// Makes the title tell path and state of the document; where it is too long its beginning goes.
   void update_title();
   /// Takes the width that the thumbnails want, but not less than a line of text does.
   void size_to_content();
@@ -37,8 +37,11 @@ class DocumentFrame : public QMdiSubWindow {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
+  int title_width() const;
+
   DocumentWindow content_;
   ChunkListView* list_;
   bool settled_ = false;

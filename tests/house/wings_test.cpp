@@ -1,4 +1,5 @@
-// The two rules that hold the house up: Qt appears in src/shell/ alone, and no include runs up the table of wings.
+// The two rules that hold the house up: Qt appears in src/shell/ alone, and no include runs up the table of
+// wings.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -10,9 +11,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The wings from the ground up, as ARCHITECTURE.md has them: a wing includes itself and what stands before it.
-const std::vector<std::string> kWings = {"base",  "image",     "core",          "playback", "operations", "generators",
-                                         "exchange", "batch", "extension", "configuration", "cli",      "shell"};
+/// The wings from the ground up, as ARCHITECTURE.md has them: a wing includes itself and what stands before
+/// it.
+const std::vector<std::string> kWings = {"base",       "image",         "core",     "playback",
+                                         "operations", "generators",    "exchange", "batch",
+                                         "extension",  "configuration", "cli",      "shell"};
 
 struct Include {
   fs::path file;
@@ -50,7 +53,8 @@ TEST(Wings, NoIncludeRunsUpTheTable) {
       const auto at = std::ranges::find(kWings, head);
       if (at == kWings.end() || include.name.find('/') == std::string::npos) continue;
       ++seen;
-      EXPECT_LE(static_cast<std::size_t>(at - kWings.begin()), wing) << include.file << " includes " << include.name;
+      EXPECT_LE(static_cast<std::size_t>(at - kWings.begin()), wing)
+          << include.file << " includes " << include.name;
       // The two programs stand side by side: neither includes the other.
       EXPECT_FALSE(kWings[wing] == "shell" && head == "cli") << include.file << " includes " << include.name;
     }

@@ -77,7 +77,8 @@ std::string md5_of(const void* data, std::size_t size) {
   static const auto sines = [] {
     std::array<std::uint32_t, 64> table{};
     for (int i = 0; i < 64; ++i)
-      table[static_cast<std::size_t>(i)] = static_cast<std::uint32_t>(std::floor(std::fabs(std::sin(i + 1.0)) * 4294967296.0));
+      table[static_cast<std::size_t>(i)] =
+          static_cast<std::uint32_t>(std::floor(std::fabs(std::sin(i + 1.0)) * 4294967296.0));
     return table;
   }();
   for (std::size_t block = 0; block < message.size(); block += 64) {

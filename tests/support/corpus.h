@@ -1,5 +1,5 @@
-// Where tests find things: the project, the built programs, a scratch folder, and the corpus of real files that lies
-// beside the project on some machines.
+// Where tests find things: the project, the built programs, a scratch folder, and the corpus of real files
+// that lies beside the project on some machines.
 #pragma once
 
 #include <gtest/gtest.h>

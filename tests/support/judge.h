@@ -8,9 +8,9 @@
 namespace vellum::testing {
 
 struct ToolResult {
-  bool there = false;   ///< the program is installed
-  int status = -1;      ///< its exit status
-  std::string output;   ///< standard output and standard error together
+  bool there = false;  ///< the program is installed
+  int status = -1;     ///< its exit status
+  std::string output;  ///< standard output and standard error together
 };
 
 /// Runs a program (no shell in between) and waits for it.

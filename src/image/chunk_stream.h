@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "base/file.h"
-#include "core/tags.h"
 
 namespace vellum {
 
@@ -17,7 +16,7 @@ inline constexpr std::array<std::uint8_t, 8> kPngSignature = {0x89, 'P', 'N', 'G
 
 /// One chunk as it lies in the file.
 struct StreamChunk {
-  ChunkTag tag = 0;
+  std::uint32_t tag = 0;  ///< big-endian number of the type's four letters
   std::span<const std::uint8_t> data;
   std::uint32_t storedCrc = 0;
   std::uint64_t offset = 0;  ///< of the length field, from the start of the file
@@ -30,14 +29,15 @@ struct GatheredChunks {
   bool complete = false;
   std::uint64_t end = 0;  ///< offset behind the last chunk, or of the one that could not be read
 };
-GatheredChunks gather_chunks(std::span<const std::uint8_t> file, std::size_t start, ChunkTag last);
+GatheredChunks gather_chunks(std::span<const std::uint8_t> file, std::size_t start, std::uint32_t last);
 
 /// Whether the stored CRC is the one of type and data.
 bool crc_agrees(const StreamChunk& chunk);
 /// The same over the type alone, as for end chunks.
 bool crc_agrees_with_type(const StreamChunk& chunk);
 
-/// Writes length, type, payload and CRC. The one place where chunks are framed.
-bool write_chunk(SafeFile& file, ChunkTag tag, std::span<const std::uint8_t> payload);
+/// Length, type, payload and CRC, to a file or to the end of a block.
+bool write_chunk(SafeFile& file, std::uint32_t tag, std::span<const std::uint8_t> payload);
+void append_chunk(std::vector<std::uint8_t>& out, std::uint32_t tag, std::span<const std::uint8_t> payload);
 
 }  // namespace vellum

@@ -1,0 +1,32 @@
+// A command of the command-line tool.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <span>
+
+#include "base/host.h"
+
+namespace vellum::cli {
+
+/// Exit status of the program.
+enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+
+/// What a command does once its options are parsed.
+using Run = std::function<int(Host& host)>;
+
+struct CommandRow {
+  const char* name;
+  const char* help;
+  /// Adds the command's options to `app` and returns what runs it; the options live in the returned function.
+  Run (*prepare)(CLI::App& app);
+};
+
+std::span<const CommandRow> command_table();
+
+// One of these stands in each command's file.
+Run prepare_list(CLI::App& app);
+Run prepare_save(CLI::App& app);
+Run prepare_frames(CLI::App& app);
+
+}  // namespace vellum::cli

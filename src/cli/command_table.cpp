@@ -1,0 +1,16 @@
+#include "cli/command.h"
+
+namespace vellum::cli {
+namespace {
+
+constexpr CommandRow kCommands[] = {
+    {"list", "Show the chunks of a file", prepare_list},
+    {"save", "Read a file and write it again", prepare_save},
+    {"frames", "Write each image entry's own picture as a PNG", prepare_frames},
+};
+
+}  // namespace
+
+std::span<const CommandRow> command_table() { return kCommands; }
+
+}  // namespace vellum::cli

@@ -1,0 +1,95 @@
+#include "cli/document_json.h"
+
+#include <nlohmann/json.hpp>
+
+#include "core/chunk_description.h"
+
+namespace vellum::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// "dispose" and "blend" as the animated PNG names them.
+const char* dispose_name(std::uint32_t dispose) {
+  static constexpr const char* names[] = {"none", "background", "previous"};
+  return names[std::min(dispose, 2u)];
+}
+
+/// A denominator of 0 means hundredths of a second (APNG extension, "fcTL").
+double delay_ms(const FrameControl& control) {
+  return control.delayNum * 1000.0 / (control.delayDen == 0 ? 100 : control.delayDen);
+}
+
+void put_number(Json& entry, const char* name, double value) {
+  if (value == static_cast<double>(static_cast<std::int64_t>(value)))
+    entry[name] = static_cast<std::int64_t>(value);
+  else
+    entry[name] = value;
+}
+
+void put_header(Json& entry, const ChunkRecord& record) {
+  entry["width"] = record.width;
+  entry["height"] = record.height;
+  entry["bitDepth"] = record.bitDepth;
+  entry["colorType"] = record.colorType;
+  entry["interlace"] = record.interlace;
+}
+
+void put_animation_control(Json& entry, const ChunkRecord& record) {
+  entry["numFrames"] = record.numFrames;
+  entry["numPlays"] = record.numPlays;
+}
+
+void put_image(Json& entry, const ChunkRecord& record, DocumentKind kind) {
+  const Picture picture = picture_of(record);
+  if (!picture) return;
+  const bool animated = kind == DocumentKind::APNG;
+  const FrameControl& control = record.frameControl;
+  entry["width"] = picture.width();
+  entry["height"] = picture.height();
+  entry["x"] = animated ? control.xOffset : 0;
+  entry["y"] = animated ? control.yOffset : 0;
+  put_number(entry, "delay_ms", animated ? delay_ms(control) : 0);
+  entry["dispose"] = dispose_name(animated ? control.dispose : 0);
+  entry["blend"] = animated && control.blend == 1 ? "over" : "source";
+  entry["bits"] = picture.bits();
+}
+
+/// Without the blanks that set the columns of the window apart.
+std::string stripped(const std::string& text) {
+  const auto first = text.find_first_not_of(' ');
+  return first == std::string::npos ? std::string() : text.substr(first);
+}
+
+Json entry_json(const DocumentWindow& window, std::size_t index) {
+  const ChunkRecord& record = window.list.record(index);
+  const auto parting = record.description.find('?');
+  Json entry;
+  entry["index"] = index + 1;
+  entry["tag"] = tag_letters(record.tag);
+  entry["size"] = record.size;
+  entry["label"] = record.description.substr(0, parting);
+  entry["text"] =
+      parting == std::string::npos ? std::string() : stripped(record.description.substr(parting + 1));
+  if (record.tag == tag::IHDR) put_header(entry, record);
+  if (record.tag == tag::acTL) put_animation_control(entry, record);
+  if (is_image_entry(window.document.kind, record.tag)) put_image(entry, record, window.document.kind);
+  return entry;
+}
+
+}  // namespace
+
+std::string document_json(const DocumentWindow& window) {
+  const Extent size = document_size(window.list, window.document);
+  Json document;
+  document["kind"] = kind_letters(window.document.kind);
+  document["width"] = size.width;
+  document["height"] = size.height;
+  if (const Picture image(window.document.defaultImage); image)
+    document["defaultImage"] = {{"width", image.width()}, {"height", image.height()}, {"bits", image.bits()}};
+  document["entries"] = Json::array();
+  for (std::size_t i = 0; i < window.list.size(); ++i) document["entries"].push_back(entry_json(window, i));
+  return document.dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace vellum::cli

@@ -1,0 +1,72 @@
+// vellum: the command-line tool.
+#include <cstdio>
+
+#include "base/string_table.h"
+#include "cli/command.h"
+#include "cli/terminal_host.h"
+#include "configuration/setting_table.h"
+
+#ifndef VELLUM_VERSION
+#error "the build gives the version"
+#endif
+
+namespace vellum::cli {
+namespace {
+
+struct GlobalOptions {
+  std::vector<std::string> settings;
+  bool quiet = false;
+};
+
+void add_global_options(CLI::App& app, GlobalOptions& options) {
+  app.add_option("--set", options.settings, "A setting for this run")
+      ->type_name("Key=Value")
+      ->take_all()
+      ->expected(1);
+  app.add_flag("--quiet", options.quiet, "No warnings, notes or progress");
+  app.set_version_flag("--version", "vellum " VELLUM_VERSION);
+  app.require_subcommand(1);
+  app.fallthrough();
+}
+
+bool apply_settings(const std::vector<std::string>& assignments) {
+  for (const std::string& assignment : assignments) {
+    std::string reason;
+    if (set_setting(assignment, reason)) continue;
+    std::fprintf(stderr, "vellum: --set %s: %s\n", assignment.c_str(), reason.c_str());
+    return false;
+  }
+  return true;
+}
+
+int run(int argc, char** argv) {
+  CLI::App app("Shows, checks and rewrites PNG and animated PNG files as lists of chunks.", "vellum");
+  GlobalOptions options;
+  add_global_options(app, options);
+  Run chosen;
+  for (const CommandRow& row : command_table()) {
+    CLI::App* command = app.add_subcommand(row.name, row.help);
+    Run work = row.prepare(*command);
+    command->callback([&chosen, work] { chosen = work; });
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kWrongUsage;
+  }
+  if (!apply_settings(options.settings)) return kWrongUsage;
+  Host host = terminal_host(options.quiet);
+  return chosen(host);
+}
+
+}  // namespace
+}  // namespace vellum::cli
+
+int main(int argc, char** argv) {
+  try {
+    return vellum::cli::run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "vellum: %s\n", vellum::string_text(vellum::StringId::MemoryError).data());
+    return vellum::cli::kFailed;
+  }
+}

@@ -1,0 +1,27 @@
+#include "cli/command.h"
+#include "core/open_document.h"
+#include "core/save_document.h"
+
+namespace vellum::cli {
+namespace {
+
+struct SaveOptions {
+  std::string in, out;
+};
+
+int run_save(const SaveOptions& options, Host& host) {
+  DocumentWindow window;
+  return open_document(window, options.in, host) && save_document(window, options.out, host) ? kDone
+                                                                                             : kFailed;
+}
+
+}  // namespace
+
+Run prepare_save(CLI::App& app) {
+  const auto options = std::make_shared<SaveOptions>();
+  app.add_option("IN", options->in, "The file to read")->required();
+  app.add_option("OUT", options->out, "The file to write; may be the same")->required();
+  return [options](Host& host) { return run_save(*options, host); };
+}
+
+}  // namespace vellum::cli

@@ -1,0 +1,45 @@
+#include "base/chunk_handle.h"
+
+#include "base/copy_on_write.h"
+
+namespace vellum {
+namespace {
+
+TEST(ChunkHandle, ACopySharesUntilOneIsWritten) {
+  ChunkHandle a = ChunkHandle::create(100);
+  ChunkHandle b = a;
+  ASSERT_TRUE(a.shares_with(b));
+  b.edit()[3] = 7;
+  EXPECT_FALSE(a.shares_with(b));
+  EXPECT_EQ(a.data()[3], 0);
+  EXPECT_EQ(b.data()[3], 7);
+  const std::uint8_t* own = b.data();
+  b.edit()[4] = 8;
+  EXPECT_EQ(b.data(), own) << "a block of its own is written in place";
+}
+
+TEST(ChunkHandle, HoldsASpareZeroBehindAPayload) {
+  const std::uint8_t bytes[] = {1, 2, 3};
+  const ChunkHandle handle = ChunkHandle::copy_of(bytes);
+  ASSERT_EQ(handle.size(), 4u);
+  EXPECT_EQ(handle.data()[2], 3);
+  EXPECT_EQ(handle.data()[3], 0);
+}
+
+TEST(ChunkHandle, ExhaustedMemoryGivesNull) {
+  EXPECT_FALSE(ChunkHandle::create_for_overwrite(std::size_t{1} << 62));
+  EXPECT_TRUE(ChunkHandle::create(0)) << "an empty block is a block";
+}
+
+TEST(CopyOnWrite, ReadsAsZeroAndDetaches) {
+  CopyOnWrite<std::array<int, 4>> a;
+  EXPECT_EQ((*a)[2], 0);
+  a.edit()[2] = 5;
+  CopyOnWrite<std::array<int, 4>> b = a;
+  b.edit()[2] = 6;
+  EXPECT_EQ((*a)[2], 5);
+  EXPECT_EQ((*b)[2], 6);
+}
+
+}  // namespace
+}  // namespace vellum

@@ -1,0 +1,50 @@
+// Documents made in code, and what tests ask of them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/host.h"
+#include "core/document.h"
+
+namespace vellum::testing {
+
+/// A host that keeps what it is told.
+struct Recorder {
+  Recorder();
+  Host host;
+  std::vector<std::string> messages;  ///< text, then the additional text behind a line end
+  std::vector<std::string> warnings;
+  std::vector<std::string> status;
+  Answer answer = Answer::Yes;
+};
+
+/// Bytes of a PNG file from chunks: the signature, then each with its length and CRC.
+struct ChunkText {
+  std::string tag;
+  std::string payload;
+};
+std::vector<std::uint8_t> png_file(const std::vector<ChunkText>& chunks);
+
+/// An IHDR payload, and an IDAT payload of zeros for it.
+std::string header_payload(unsigned width, unsigned height, unsigned depth, unsigned type,
+                           unsigned interlace = 0);
+std::string zero_image(unsigned width, unsigned height, unsigned depth, unsigned type);
+/// Big-endian bytes.
+std::string be32(std::uint32_t value);
+std::string be16(std::uint32_t value);
+/// Payload of an fcTL.
+std::string frame_control(unsigned sequence, unsigned width, unsigned height, unsigned x = 0, unsigned y = 0,
+                          unsigned delay = 1, unsigned per = 10, unsigned dispose = 0, unsigned blend = 0);
+
+/// The tags of the list, with blanks between.
+std::string tags_of(const ChunkList& list);
+ChunkRecord record_of(ChunkTag tag, const std::string& payload);
+/// Pixels as RGBA8, top row first, tRNS of the document applied: what the corpus takes the md5 of.
+std::vector<std::uint8_t> rgba_of(const DocumentWindow& window, const Picture& picture);
+/// The first image that a decoder shows: the default image, or the first image entry.
+Picture first_image(const DocumentWindow& window);
+/// The pictures of all image entries.
+std::vector<Picture> images_of(const DocumentWindow& window);
+
+}  // namespace vellum::testing
