@@ -101,6 +101,9 @@ void CommandBar::bind_keys(QMainWindow& window) {
     auto* key = new QShortcut(QKeySequence(QString::fromLatin1(row.keys)), &window);
     connect(key, &QShortcut::activated, action(row.command), &QAction::trigger);
   }
+  QMenuBar* bar = window.menuBar();
+  auto* menus = new QShortcut(QKeySequence(Qt::Key_F10), &window);
+  connect(menus, &QShortcut::activated, bar, [bar] { bar->setActiveAction(bar->actions().front()); });
 }
 
 void CommandBar::enable(const CommandState& state) {

@@ -19,8 +19,7 @@ Host DesktopHost::record() {
 
 void DesktopHost::show(const Message& message) {
   const LongOperation::Pause pause(operation_);
-  const bool failed = message.title != StringId{};
-  show_message_box(&window_, message, failed ? QMessageBox::Critical : QMessageBox::Warning, QMessageBox::Ok);
+  show_message_box(&window_, message, "warning", QMessageBox::Ok);
 }
 
 Answer DesktopHost::ask(const Message& message, bool cancel) {
@@ -28,7 +27,7 @@ Answer DesktopHost::ask(const Message& message, bool cancel) {
   const LongOperation::Pause pause(operation_);
   QMessageBox::StandardButtons buttons = QMessageBox::Yes | QMessageBox::No;
   if (cancel) buttons |= QMessageBox::Cancel;
-  switch (show_message_box(&window_, message, QMessageBox::Question, buttons)) {
+  switch (show_message_box(&window_, message, "question", buttons)) {
     case QMessageBox::Yes:
       return Answer::Yes;
     case QMessageBox::Cancel:

@@ -61,10 +61,10 @@ int DocumentFrame::title_width() const {
 void DocumentFrame::update_title() {
   const QString title = path_text(document_title(document()));
   const QFontMetrics metrics(QApplication::font("QMdiSubWindowTitleBar"));
-  const int room = title_width() - metrics.horizontalAdvance(QStringLiteral("*  "));
+  // The mark of a modified document and the style's margins.
+  const int room = title_width() - metrics.horizontalAdvance(QStringLiteral("*WW"));
   setWindowTitle(plain_title(metrics.elidedText(title, Qt::ElideLeft, room)) + QStringLiteral("[*]"));
   setWindowModified(document().dirty);
-  setToolTip(title);
 }
 
 void DocumentFrame::resizeEvent(QResizeEvent* event) {

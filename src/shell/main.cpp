@@ -54,13 +54,14 @@ void take_screenshot(MainWindow& window, const StartOptions& options) {
 void start(MainWindow& window, const StartOptions& options) {
   if (options.screenshot.empty()) {
     show_main_window(window);
-    if (!options.file.empty()) window.open_later(options.file);
+    if (!options.file.empty()) window.open_later(std::filesystem::absolute(options.file));
     return;
   }
   // Nobody is there to answer: what would be asked or told goes to standard error.
   window.services().host.message = [](const Message& message) {
     std::fprintf(stderr, "vellumcraft: %s %s\n", message.text.c_str(), message.more.c_str());
   };
+  window.services().host.ask = nullptr;
   window.resize(kScreenshotSize);
   window.show();
   QTimer::singleShot(0, &window, [&window, options] { take_screenshot(window, options); });

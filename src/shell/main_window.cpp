@@ -14,6 +14,7 @@
 #include "shell/file_dialogs.h"
 #include "shell/icon.h"
 #include "shell/saving.h"
+#include "shell/settings.h"
 #include "shell/text.h"
 
 namespace vellum {
@@ -190,6 +191,7 @@ bool MainWindow::may_close(DocumentFrame& frame) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+  settings::StartMaximized = isMaximized() ? 1 : 0;
   for (DocumentFrame* frame : area_.documents())
     if (services_.busy() || !frame->close()) {
       event->ignore();

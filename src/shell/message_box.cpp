@@ -3,6 +3,8 @@
 #include <QCheckBox>
 #include <QLabel>
 
+#include "shell/icon.h"
+#include "shell/style.h"
 #include "shell/text.h"
 
 namespace vellum {
@@ -25,10 +27,12 @@ void keep_plain(QMessageBox& box) {
 
 }  // namespace
 
-QMessageBox::StandardButton show_message_box(QWidget* parent, const Message& message, QMessageBox::Icon icon,
+QMessageBox::StandardButton show_message_box(QWidget* parent, const Message& message, const char* icon,
                                              QMessageBox::StandardButtons buttons) {
   const QString title = message.title == StringId{} ? QStringLiteral("Vellumcraft") : text_of(message.title);
-  QMessageBox box(icon, title, box_text(message.text), buttons, parent);
+  QMessageBox box(QMessageBox::NoIcon, title, box_text(message.text), buttons, parent);
+  box.setIconPixmap(
+      program_icon(icon).pixmap(QSize(style::kBoxIcon, style::kBoxIcon), box.devicePixelRatioF()));
   if (!message.more.empty()) box.setInformativeText(box_text(message.more));
   if (message.option) add_option(box, message.option);
   keep_plain(box);

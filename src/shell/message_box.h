@@ -7,9 +7,10 @@
 
 namespace vellum {
 
-/// Shows the message and waits. Clearing "Show me this message again next time." stores 0 in the message's
-/// option at once. Returns the button pressed; Escape counts as the one that changes least.
-QMessageBox::StandardButton show_message_box(QWidget* parent, const Message& message, QMessageBox::Icon icon,
+/// Shows the message with one of data/icons and waits. Clearing "Show me this message again next time."
+/// stores 0 in the message's option at once. Returns the button pressed; Escape counts as the one that
+/// changes least.
+QMessageBox::StandardButton show_message_box(QWidget* parent, const Message& message, const char* icon,
                                              QMessageBox::StandardButtons buttons);
 
 }  // namespace vellum

@@ -9,6 +9,8 @@ namespace {
 
 constexpr int kTallestListLine = 18;  // a row of 24 pixels less 4 above and the caret's bracket below
 
+constexpr double kLeastOnHighlight = 2.0;  // what desktops themselves are content with
+
 double linear(double channel) {
   return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
 }
@@ -59,8 +61,11 @@ RowColours row_colours(const QPalette& palette, bool selected) {
   if (!selected)
     return {Qt::white, Qt::black, readable_on(palette.color(QPalette::Disabled, QPalette::Text), Qt::white)};
   const QColor ground = palette.color(QPalette::Active, QPalette::Highlight);
-  return {ground, readable_on(Qt::white, ground, 3.0),
-          readable_on(palette.color(QPalette::Active, QPalette::Button), ground, 3.0)};
+  const QColor label = contrast(Qt::white, ground) >= kLeastOnHighlight ? Qt::white : Qt::black;
+  const QColor button = palette.color(QPalette::Active, QPalette::Button);
+  // On dark desktops buttons are dark: beside a white label the text is a weaker white instead.
+  const bool fits = contrast(button, ground) >= kLeastOnHighlight && luminance(button) > luminance(ground);
+  return {ground, label, fits ? button : between(label, ground, 0.15)};
 }
 
 QColor bracket_colour(const QPalette& palette) {

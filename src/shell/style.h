@@ -11,7 +11,7 @@ namespace vellum::style {
 inline constexpr int kGap = 8;
 inline constexpr int kWideGap = 16;
 inline constexpr int kMargin = 32;
-inline constexpr int kToolIcon = 24;
+inline constexpr int kToolIcon = 24, kBoxIcon = 48;
 inline constexpr int kCornerRadius = 10;
 inline constexpr int kProgressWidth = 180;
 inline constexpr int kLeastWindowWidth = 620, kLeastWindowHeight = 460;

@@ -106,6 +106,9 @@ TEST_F(CommandTest, KeysRunCommandsAndTheDeadOnesDoNothing) {
     QTest::keyClick(&frame.list(), key, Qt::ControlModifier);
   EXPECT_EQ(documents(), 1u);
   EXPECT_EQ(frame.entries().selected_count(), 0u);
+  QTest::keyClick(&frame.list(), Qt::Key_F10);
+  EXPECT_TRUE(main_.commands().menu(Menu::File)->isVisible());
+  main_.commands().menu(Menu::File)->close();
   QTest::keyClick(&frame.list(), Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(frame.entries().selected_count(), 3u);
   QTest::keyClick(&frame.list(), Qt::Key_F4, Qt::ControlModifier);

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "core/save_document.h"
+#include "shell/file_dialogs.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {
@@ -34,6 +35,14 @@ TEST(Saving, NamesGetTheExtensionOfTheirKind) {
       {"/x.mng/a", DocumentKind::APNG, "/x.mng/a.png"},
   };
   for (const Case& c : cases) EXPECT_EQ(with_kind_extension(c.name, c.kind), c.expected) << c.name;
+}
+
+TEST(FileDialogs, OfferEachFormatInSmallAndCapitalLetters) {
+  const QStringList filters = open_filters().split(QStringLiteral(";;"));
+  ASSERT_EQ(filters.size(), 4);
+  for (const char* extension : {"png", "PNG", "mng", "MNG", "webp", "WEBP"})
+    EXPECT_TRUE(filters.front().contains(QStringLiteral("*.%1").arg(QLatin1String(extension)))) << extension;
+  EXPECT_EQ(filters[1].toStdString(), "PNG (*.png *.PNG)");
 }
 
 class SavingTest : public ::testing::Test {
