@@ -58,7 +58,9 @@ QPoint WorkArea::next_place(QSize size) const {
 
 void WorkArea::update_empty_state() {
   empty_->setGeometry(viewport()->rect());
-  empty_->setVisible(documents().empty());
+  const bool empty = documents().empty();
+  if (empty && empty_->isHidden()) empty_->setFocus();
+  empty_->setVisible(empty);
 }
 
 void WorkArea::changeEvent(QEvent* event) {

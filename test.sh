@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Sets up, builds and runs all tests: ./test.sh [ctest options]
+set -euo pipefail
+
+here=$(cd "$(dirname "$0")" && pwd)
+"$here/scripts/setup.sh"
+cd "$here"
+cmake --preset release >/dev/null
+cmake --build build/release
+ctest --preset release -j "$(nproc)" "$@"

@@ -1,0 +1,132 @@
+// The built command-line tool: what it prints, its exit status, and what it leaves on the disk.
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "support/corpus.h"
+#include "support/documents.h"
+#include "support/judge.h"
+#include "support/libpng_oracle.h"
+
+namespace vellum {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::be32;
+using testing::frame_control;
+using testing::header_payload;
+using testing::run_tool;
+using testing::zero_image;
+
+class Tool : public ::testing::Test {
+ protected:
+  testing::ToolResult vellum(std::vector<std::string> words) {
+    words.insert(words.begin(), testing::program_folder() / "vellum");
+    return run_tool(words);
+  }
+
+  fs::path animation() {
+    const auto bytes = testing::png_file({{"IHDR", header_payload(4, 3, 8, 2)},
+                                          {"acTL", be32(2) + be32(0)},
+                                          {"tEXt", std::string("T\xEFtle\0x", 7)},
+                                          {"fcTL", frame_control(0, 4, 3)},
+                                          {"IDAT", zero_image(4, 3, 8, 2)},
+                                          {"fcTL", frame_control(1, 2, 1, 2, 1, 1, 0, 1, 1)},
+                                          {"fdAT", be32(2) + zero_image(2, 1, 8, 2)},
+                                          {"IEND", ""}});
+    const fs::path path = folder_ / "a.png";
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return path;
+  }
+
+  testing::ScratchFolder folder_;
+};
+
+TEST_F(Tool, ListShowsRowsAndJson) {
+  const auto rows = vellum({"list", animation()});
+  EXPECT_EQ(rows.status, 0);
+  EXPECT_NE(rows.output.find("    3: TEXT               tEXt T\u00eftle\n"), std::string::npos)
+      << rows.output;
+  const auto json = vellum({"list", "--json", animation()});
+  const auto document = nlohmann::json::parse(json.output);
+  EXPECT_EQ(document["kind"], "APNG");
+  EXPECT_EQ(document["width"], 4);
+  ASSERT_EQ(document["entries"].size(), 6u);
+  EXPECT_EQ(document["entries"][1]["numFrames"], 2);
+  const auto expected =
+      nlohmann::json::parse(R"({"index": 5, "tag": "IDAT", "size": 48, "label": "IMAGE", "text": "IDAT",
+      "width": 2, "height": 1, "x": 2, "y": 1, "delay_ms": 10, "dispose": "background", "blend": "over", "bits": 24})");
+  EXPECT_EQ(document["entries"][4], expected);
+}
+
+TEST_F(Tool, SaveAndFramesWriteFiles) {
+  const fs::path out = folder_ / "out.png";
+  ASSERT_EQ(vellum({"save", animation(), out}).status, 0);
+  EXPECT_EQ(vellum({"list", out}).output, vellum({"list", animation()}).output);
+  ASSERT_EQ(vellum({"frames", out, folder_ / "frames"}).status, 0);
+  EXPECT_EQ(testing::rgba_by_libpng(folder_ / "frames/frame_00000.png").size(), 4u * 3 * 4);
+  EXPECT_EQ(testing::rgba_by_libpng(folder_ / "frames/frame_00001.png").size(), 2u * 1 * 4);
+  EXPECT_FALSE(fs::exists(folder_ / "frames/frame_00002.png"));
+}
+
+TEST_F(Tool, SavesOverItsOwnInput) {
+  const fs::path file = animation();
+  const auto before = vellum({"list", "--json", file}).output;
+  ASSERT_EQ(vellum({"save", file, file}).status, 0);
+  EXPECT_EQ(vellum({"list", "--json", file}).output, before);
+}
+
+TEST_F(Tool, FailuresSayWhyAndLeaveNothing) {
+  std::ofstream(folder_ / "bad.png") << "GIF89a, in truth";
+  fs::create_directory(folder_ / "dir");
+  struct Case {
+    std::vector<std::string> words;
+    int status;
+    const char* output;
+  };
+  const Case cases[] = {
+      {{"list", folder_ / "none.png"}, 1, "vellum: Error reading file ("},
+      {{"list", folder_ / "bad.png"}, 1, "The content is a GIF file."},
+      {{"save", folder_ / "bad.png", folder_ / "out.png"},
+       1,
+       "vellum: The file you attempted to load is corrupted."},
+      {{"save", animation(), folder_ / "dir"}, 1, "vellum: There has been an error writing this file."},
+      {{"frames", folder_ / "bad.png", folder_ / "frames"}, 1, "corrupted"},
+      {{"list"}, 2, "FILE is required"},
+      {{"fly", "a"}, 2, ""},
+      {{}, 2, "subcommand"},
+      {{"--set", "Nothing=1", "list", animation()}, 2, "there is no setting \"Nothing\""},
+      {{"--set", "PngCompression=x", "list", animation()}, 2, "PngCompression must be a whole number"},
+      {{"--version"}, 0, "vellum 15."},
+      {{"save", "--help"}, 0, "OUT"},
+  };
+  for (const Case& c : cases) {
+    const auto result = vellum(c.words);
+    EXPECT_EQ(result.status, c.status) << c.output << " | " << result.output;
+    EXPECT_NE(result.output.find(c.output), std::string::npos) << result.output;
+  }
+  EXPECT_FALSE(fs::exists(folder_ / "out.png"));
+  EXPECT_FALSE(fs::exists(folder_ / "frames"));
+  EXPECT_TRUE(fs::is_empty(folder_ / "dir"));
+}
+
+TEST_F(Tool, WarnsOfWrongCrcsUnlessToldNotTo) {
+  const fs::path file = animation();
+  {
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(29);
+    stream.put('?');
+  }
+  EXPECT_NE(
+      vellum({"list", file}).output.find("vellum: warning: An incorrect CRC value has been encountered."),
+      std::string::npos);
+  for (const auto& words :
+       {std::vector<std::string>{"--quiet", "list", file}, {"--set", "WarnBadFileCRC=0", "list", file}}) {
+    const auto result = vellum(words);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output.find("warning"), std::string::npos);
+  }
+}
+
+}  // namespace
+}  // namespace vellum
