@@ -10,6 +10,7 @@ namespace vellum {
 
 ChunkList& ChunkList::operator=(const ChunkList& other) {
   entries_ = other.entries_;
+  selected_ = other.selected_;
   topIndex = other.topIndex;
   tell(ListChange::What::Reset, 0, entries_.size());
   return *this;
@@ -36,12 +37,15 @@ void ChunkList::replace(std::size_t index, std::shared_ptr<const ChunkRecord> re
 
 void ChunkList::remove(std::size_t first, std::size_t count) {
   const auto begin = entries_.begin() + static_cast<std::ptrdiff_t>(first);
-  entries_.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
+  const auto end = begin + static_cast<std::ptrdiff_t>(count);
+  selected_ -= static_cast<std::size_t>(std::count_if(begin, end, std::mem_fn(&Entry::selected)));
+  entries_.erase(begin, end);
   tell(ListChange::What::Removed, first, count);
 }
 
 void ChunkList::clear() {
   entries_.clear();
+  selected_ = 0;
   topIndex = 0;
   tell(ListChange::What::Reset, 0, 0);
 }
@@ -49,16 +53,14 @@ void ChunkList::clear() {
 void ChunkList::select(std::size_t index, bool selected) {
   if (entries_[index].selected == selected) return;
   entries_[index].selected = selected;
+  selected ? ++selected_ : --selected_;
   tell(ListChange::What::Selection, index, 1);
 }
 
 void ChunkList::select_all(bool selected) {
   for (Entry& entry : entries_) entry.selected = selected;
+  selected_ = selected ? entries_.size() : 0;
   tell(ListChange::What::Selection, 0, entries_.size());
-}
-
-std::size_t ChunkList::selected_count() const {
-  return static_cast<std::size_t>(std::ranges::count(entries_, true, &Entry::selected));
 }
 
 void ChunkList::set_heights(const std::vector<int>& heights) {

@@ -39,7 +39,8 @@ class ChunkList {
   };
 
   ChunkList() = default;
-  ChunkList(const ChunkList& other) : topIndex(other.topIndex), entries_(other.entries_) {}
+  ChunkList(const ChunkList& other)
+      : topIndex(other.topIndex), entries_(other.entries_), selected_(other.selected_) {}
   ChunkList& operator=(const ChunkList& other);
 
   std::size_t size() const { return entries_.size(); }
@@ -55,7 +56,7 @@ class ChunkList {
 
   void select(std::size_t index, bool selected);
   void select_all(bool selected);
-  std::size_t selected_count() const;
+  std::size_t selected_count() const { return selected_; }
 
   void set_heights(const std::vector<int>& heights);
   void renumber();
@@ -70,6 +71,7 @@ class ChunkList {
  private:
   void tell(ListChange::What what, std::size_t first, std::size_t count);
   std::vector<Entry> entries_;
+  std::size_t selected_ = 0;  ///< how many entries are selected
   int quiet_ = 0;
 };
 

@@ -1,0 +1,46 @@
+// Menu bar, toolbar and keys of the main window, made from the command table.
+#pragma once
+
+#include <QAction>
+#include <QComboBox>
+#include <QMainWindow>
+#include <map>
+
+#include "shell/command_table.h"
+
+namespace vellum {
+
+class CommandBar : public QObject {
+  Q_OBJECT
+ public:
+  /// Fills the window's menu bar, adds its toolbar and binds the keys.
+  explicit CommandBar(QMainWindow& window);
+
+  /// The action of a command; null for a number without one.
+  QAction* action(int number) const;
+  QMenu* menu(Menu menu) const { return menus_.at(menu); }
+
+  void enable(const CommandState& state);
+  void show_scale(int index);
+  int scale() const { return scale_->currentIndex(); }
+
+ signals:
+  /// Menu, toolbar or key: the number of a command.
+  void triggered(int number);
+
+ private:
+  void add_action(const CommandRow& row);
+  void fill_menus(QMainWindow& window);
+  void fill_toolbar(QMainWindow& window);
+  void add_tool(QToolBar& bar, const CommandRow& row);
+  void bind_keys(QMainWindow& window);
+
+  std::map<int, QAction*> actions_;
+  std::map<Menu, QMenu*> menus_;
+  QComboBox* scale_ = nullptr;
+};
+
+/// A label without its marked letter and its key: "Save as...".
+QString plain_label(const char* label);
+
+}  // namespace vellum

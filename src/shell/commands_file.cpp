@@ -1,0 +1,30 @@
+// The commands of the File menu.
+#include "shell/commands.h"
+#include "shell/main_window.h"
+#include "shell/saving.h"
+
+namespace vellum {
+
+void open_command(MainWindow& main) {
+  if (const auto path = main.services().choose_open()) main.open(*path);
+}
+
+void save_command(MainWindow& main, DocumentFrame& frame) { save(frame.content(), main.services()); }
+
+void save_as_command(MainWindow& main, DocumentFrame& frame) { save_as(frame.content(), main.services()); }
+
+void close_command(MainWindow&, DocumentFrame& frame) { frame.close(); }
+
+void close_all_command(MainWindow& main) {
+  const bool lose_changes = main.services().shift_held();
+  for (DocumentFrame* frame : main.area().documents()) {
+    if (lose_changes)
+      frame->close_without_question();
+    else if (!frame->close())
+      return;
+  }
+}
+
+void exit_command(MainWindow& main) { main.close(); }
+
+}  // namespace vellum

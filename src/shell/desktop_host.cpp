@@ -1,0 +1,56 @@
+#include "shell/desktop_host.h"
+
+#include "shell/message_box.h"
+#include "shell/text.h"
+
+namespace vellum {
+
+Host DesktopHost::record() {
+  Host host;
+  host.message = [this](const Message& message) { show(message); };
+  host.ask = [this](const Message& message, bool cancel) { return ask(message, cancel); };
+  host.status = [this](std::string_view text) { status_.set_caption(to_qt(text)); };
+  host.progress_begin = [this](std::string_view caption) { begin(caption); };
+  host.progress_step = [this](std::uint64_t done, std::uint64_t total) { step(done, total); };
+  host.progress_end = [this] { end(); };
+  host.stop_requested = [this] { return operation_.stop_requested(); };
+  return host;
+}
+
+void DesktopHost::show(const Message& message) {
+  const LongOperation::Pause pause(operation_);
+  show_message_box(&window_, message, "warning", QMessageBox::Ok);
+}
+
+Answer DesktopHost::ask(const Message& message, bool cancel) {
+  if (message.option && *message.option == 0) return Answer::Yes;
+  const LongOperation::Pause pause(operation_);
+  QMessageBox::StandardButtons buttons = QMessageBox::Yes | QMessageBox::No;
+  if (cancel) buttons |= QMessageBox::Cancel;
+  switch (show_message_box(&window_, message, "question", buttons)) {
+    case QMessageBox::Yes:
+      return Answer::Yes;
+    case QMessageBox::Cancel:
+      return Answer::Cancel;
+    default:
+      return Answer::No;
+  }
+}
+
+void DesktopHost::begin(std::string_view caption) {
+  operation_.begin();
+  status_.progress_begin();
+  status_.set_caption(to_qt(caption));
+}
+
+void DesktopHost::step(std::uint64_t done, std::uint64_t total) {
+  status_.progress_step(done, total);
+  operation_.pump();
+}
+
+void DesktopHost::end() {
+  operation_.end();
+  if (!operation_.running()) status_.progress_end();
+}
+
+}  // namespace vellum

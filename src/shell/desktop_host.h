@@ -1,0 +1,35 @@
+// Host for the desktop: messages and questions as boxes, progress in the status line.
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+#include "base/host.h"
+#include "shell/long_operation.h"
+#include "shell/status_line.h"
+
+namespace vellum {
+
+class DesktopHost {
+ public:
+  /// Boxes belong to `window`.
+  DesktopHost(QWidget& window, StatusLine& status) : window_(window), status_(status) {}
+
+  /// The record that the rest of the program talks to. Must not outlive this object.
+  Host record();
+  /// While an operation runs no command may start.
+  bool busy() const { return operation_.running(); }
+
+ private:
+  void show(const Message& message);
+  Answer ask(const Message& message, bool cancel);
+  void begin(std::string_view caption);
+  void step(std::uint64_t done, std::uint64_t total);
+  void end();
+
+  QWidget& window_;
+  StatusLine& status_;
+  LongOperation operation_;
+};
+
+}  // namespace vellum

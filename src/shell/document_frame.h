@@ -1,0 +1,53 @@
+// One document window in the work area: the document, its list, its title, and how it is closed.
+#pragma once
+
+#include <QMdiSubWindow>
+#include <functional>
+
+#include "core/document.h"
+#include "shell/chunk_list_view.h"
+
+namespace vellum {
+
+class DocumentFrame : public QMdiSubWindow {
+  Q_OBJECT
+ public:
+  DocumentFrame(DocumentWindow content, ThumbnailCache& thumbnails);
+  ~DocumentFrame() override;
+
+  DocumentWindow& content() { return content_; }
+  Document& document() { return content_.document; }
+  ChunkList& entries() { return content_.list; }
+  ChunkListView& list() { return *list_; }
+
+  /// Asked before the window closes; false keeps it open.
+  std::function<bool(DocumentFrame&)> may_close;
+  void close_without_question();
+
+  /// Makes the title tell path and state of the document; where it is too long its beginning goes.
+  void update_title();
+  /// Takes the width that the thumbnails want, but not less than a line of text does.
+  void size_to_content();
+  /// Sets the thumbnail scale as far as the pictures fit, and keeps the top entry.
+  void set_scale(int index);
+
+ signals:
+  /// Entries, selection or caret changed.
+  void changed();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  int title_width() const;
+
+  DocumentWindow content_;
+  ChunkListView* list_;
+  bool settled_ = false;
+};
+
+/// `text` as a window title, in which "[*]" stands for itself.
+QString plain_title(QString text);
+
+}  // namespace vellum

@@ -1,0 +1,16 @@
+// The dialogs that ask for a file to open or to save.
+#pragma once
+
+#include <QWidget>
+
+#include "shell/services.h"
+
+namespace vellum {
+
+/// "All files", then one entry a format; each with small and capital letters.
+QString open_filters();
+
+std::optional<std::filesystem::path> ask_for_open(QWidget* parent);
+std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveChoice& choice);
+
+}  // namespace vellum

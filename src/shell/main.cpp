@@ -1,0 +1,98 @@
+// vellumcraft: the desktop program.
+#include <QApplication>
+#include <QStyleHints>
+#include <QTimer>
+#include <clocale>
+#include <cstdio>
+
+#include "shell/icon.h"
+#include "shell/main_window.h"
+#include "shell/start_up.h"
+#include "shell/text.h"
+
+namespace {
+
+using namespace vellum;
+
+constexpr QSize kScreenshotSize(1200, 760);
+
+int tell_no_desktop() {
+  std::fprintf(stderr, "%s\n", string_text(StringId::NeedsDesktop).data());
+  return 1;
+}
+
+/// Qt ends the program when no platform can be opened, and calls this first.
+void tell_fatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
+  if (type == QtFatalMsg) {
+    tell_no_desktop();
+    std::fflush(nullptr);
+    std::_Exit(1);
+  }
+  std::fprintf(stderr, "%s\n", qUtf8Printable(text));
+}
+
+/// Answers that need no desktop; empty when the program should start.
+std::optional<int> answer_at_once(const StartOptions& options) {
+  if (options.help || options.version) {
+    std::fputs(options.help ? usage_text().c_str() : "vellumcraft " VELLUM_VERSION "\n", stdout);
+    return 0;
+  }
+  if (options.error.empty()) return std::nullopt;
+  std::fprintf(stderr, "vellumcraft: %s\n", options.error.c_str());
+  return 2;
+}
+
+/// Opens the file, if one is named, writes the picture and ends the program.
+void take_screenshot(MainWindow& window, const StartOptions& options) {
+  const bool opened = options.file.empty() || window.open(options.file);
+  QCoreApplication::processEvents();  // layouts that the file has changed
+  const bool written = opened && window.grab().save(path_text(options.screenshot), "PNG");
+  if (opened && !written) std::fprintf(stderr, "vellumcraft: the picture can't be written\n");
+  QCoreApplication::exit(written ? 0 : 1);
+}
+
+void start(MainWindow& window, const StartOptions& options) {
+  if (options.screenshot.empty()) {
+    show_main_window(window);
+    if (!options.file.empty()) window.open_later(std::filesystem::absolute(options.file));
+    return;
+  }
+  // Nobody is there to answer: what would be asked or told goes to standard error.
+  window.services().host.message = [](const Message& message) {
+    std::fprintf(stderr, "vellumcraft: %s %s\n", message.text.c_str(), message.more.c_str());
+  };
+  window.services().host.ask = nullptr;
+  window.resize(kScreenshotSize);
+  window.show();
+  QTimer::singleShot(0, &window, [&window, options] { take_screenshot(window, options); });
+}
+
+std::span<const char* const> behind_name(int argc, char** argv) {
+  return {argv + std::min(argc, 1), static_cast<std::size_t>(std::max(argc - 1, 0))};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  StartOptions options = parse_arguments(behind_name(argc, argv));
+  if (options.help || options.version) return *answer_at_once(options);
+  if (!desktop_named(behind_name(argc, argv))) return tell_no_desktop();
+
+  const QtMessageHandler handler = qInstallMessageHandler(tell_fatal);
+  QApplication application(argc, argv);
+  qInstallMessageHandler(handler);
+  // Numbers in texts and files have a point whatever the desktop's language is.
+  std::setlocale(LC_NUMERIC, "C");
+  QApplication::setApplicationName(QStringLiteral("vellumcraft"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Vellumcraft"));
+  QApplication::setApplicationVersion(QStringLiteral(VELLUM_VERSION));
+  QApplication::setDesktopFileName(QStringLiteral("vellumcraft"));
+
+  // Qt has taken its own options out.
+  options = parse_arguments(behind_name(argc, argv));
+  if (const auto status = answer_at_once(options)) return *status;
+  register_icons();
+  MainWindow window;
+  start(window, options);
+  return QApplication::exec();
+}

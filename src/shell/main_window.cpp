@@ -1,0 +1,243 @@
+#include "shell/main_window.h"
+
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMimeData>
+#include <QTimer>
+#include <new>
+
+#include "base/text.h"
+#include "core/open_document.h"
+#include "core/settings.h"
+#include "shell/file_dialogs.h"
+#include "shell/icon.h"
+#include "shell/saving.h"
+#include "shell/settings.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+constexpr int kRetryInterval = 50;  // milliseconds until a queued file is tried again
+
+Services desktop_services(MainWindow& window, DesktopHost& desktop) {
+  return {desktop.record(), [&window] { return ask_for_open(&window); },
+          [&window](const SaveChoice& choice) { return ask_for_save(&window, choice); },
+          [] { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier); },
+          [&desktop] { return desktop.busy(); }};
+}
+
+std::vector<std::filesystem::path> files_of(const QMimeData& data) {
+  std::vector<std::filesystem::path> files;
+  for (const QUrl& url : data.urls())
+    if (url.isLocalFile()) files.push_back(to_path(url.toLocalFile()));
+  return files;
+}
+
+QString selection_text(std::size_t selected) {
+  if (selected == 0) return text_of(StringId::NoChunksSelected);
+  if (selected == 1) return text_of(StringId::OneChunkSelected);
+  return text_of(StringId::ChunksSelected).replace(QStringLiteral("%d"), QString::number(selected));
+}
+
+QString kind_text(DocumentKind kind) {
+  static const std::map<DocumentKind, const char*> names = {{DocumentKind::PING, "PNG"},
+                                                            {DocumentKind::APNG, "Animated PNG"},
+                                                            {DocumentKind::MING, "MNG"},
+                                                            {DocumentKind::WEBP, "WebP"}};
+  const auto name = names.find(kind);
+  return name == names.end() ? QString() : QString::fromLatin1(name->second);
+}
+
+QString document_text(DocumentFrame& frame) {
+  const Extent size = document_size(frame.entries(), frame.document());
+  return QStringLiteral("%1   %2 \u00d7 %3")
+      .arg(kind_text(frame.document().kind))
+      .arg(size.width)
+      .arg(size.height);
+}
+
+}  // namespace
+
+MainWindow::MainWindow()
+    : area_(*new WorkArea(this)),
+      status_(*new StatusLine(this)),
+      commands_(*new CommandBar(*this)),
+      desktop_(*this, status_),
+      services_(desktop_services(*this, desktop_)) {
+  setObjectName(QStringLiteral("Vellumcraft"));
+  setWindowIcon(program_icon("vellumcraft"));
+  setCentralWidget(&area_);
+  setStatusBar(&status_);
+  setAcceptDrops(true);
+  connect_parts();
+  refresh();
+}
+
+// The document windows outlive the members of this class, and the area tells of each that goes.
+MainWindow::~MainWindow() { area_.disconnect(this); }
+
+void MainWindow::connect_parts() {
+  connect(&commands_, &CommandBar::triggered, this, &MainWindow::run);
+  connect(&area_, &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* window) {
+    if (window && window->widget()) window->widget()->setFocus();
+    refresh();
+  });
+  connect(&area_.empty_state(), &EmptyState::open_wanted, this, [this] { run(58); });
+  QMenu* windows = commands_.menu(Menu::Window);
+  connect(windows, &QMenu::aboutToShow, this, &MainWindow::fill_window_list);
+}
+
+void MainWindow::run(int number) {
+  const CommandRow* row = find_command(number);
+  if (!row || services_.busy() || !command_enabled(*row, state())) return;
+  DocumentFrame* frame = area_.active();
+  if (row->run)
+    row->run(*this);
+  else if (frame)
+    row->run_on_document(*this, *frame);
+  refresh();
+}
+
+DocumentFrame* MainWindow::add_document(DocumentWindow content) try {
+  auto* frame = new DocumentFrame(std::move(content), thumbnails_);
+  frame->may_close = [this](DocumentFrame& closing) { return may_close(closing); };
+  connect(frame, &DocumentFrame::changed, this, &MainWindow::refresh_later);
+  area_.add(frame);
+  return frame;
+} catch (const std::bad_alloc&) {
+  services_.host.show(StringId::TaskWindowError);
+  return nullptr;
+}
+
+bool MainWindow::open(const std::filesystem::path& path) {
+  DocumentWindow content;
+  content.document.fileName = path;
+  DocumentFrame* frame = add_document(std::move(content));
+  if (!frame) return false;
+  // The window is seen before a long load begins.
+  repaint();
+  bool opened = false;
+  {
+    const QuietList quiet(frame->entries());
+    opened = open_document(frame->content(), path, services_.host);
+  }
+  if (opened)
+    frame->size_to_content();
+  else
+    frame->close_without_question();
+  refresh();
+  return opened;
+}
+
+void MainWindow::open_later(const std::filesystem::path& path) {
+  QTimer::singleShot(0, this, [this, path] {
+    if (services_.busy())
+      QTimer::singleShot(kRetryInterval, this, [this, path] { open_later(path); });
+    else
+      open(path);
+  });
+}
+
+CommandState MainWindow::state() const {
+  DocumentFrame* frame = area_.active();
+  if (!frame) return {};
+  return {true, frame->document().kind, frame->entries().size(), frame->entries().selected_count()};
+}
+
+void MainWindow::refresh_later() {
+  if (std::exchange(refreshPending_, true)) return;
+  QTimer::singleShot(0, this, &MainWindow::refresh);
+}
+
+void MainWindow::refresh() {
+  refreshPending_ = false;
+  const CommandState now = state();
+  DocumentFrame* frame = area_.active();
+  commands_.enable(now);
+  commands_.show_scale(frame ? frame->document().thumbScale : std::clamp(settings::DefaultViewMode, 0, 7));
+  refresh_status(now, frame);
+  refresh_title(frame);
+}
+
+void MainWindow::refresh_status(const CommandState& now, DocumentFrame* frame) {
+  status_.set_selection(frame ? selection_text(now.selected) : QString());
+  status_.set_document(frame && now.entries > 0 ? document_text(*frame) : QString());
+}
+
+void MainWindow::refresh_title(DocumentFrame* frame) {
+  title_ = QStringLiteral("Vellumcraft");
+  if (frame) {
+    frame->update_title();
+    const std::filesystem::path name = document_title(frame->document());
+    title_.prepend(plain_title(path_text(name.filename())) + QStringLiteral("[*] - "));
+  }
+  setWindowTitle(title_);
+  setWindowModified(frame && frame->document().dirty);
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  // A maximized document window appends its own title.
+  if (event->type() == QEvent::WindowTitleChange && windowTitle() != title_) setWindowTitle(title_);
+}
+
+bool MainWindow::may_close(DocumentFrame& frame) {
+  if (services_.busy()) return false;
+  if (frame.document().dirty) area_.setActiveSubWindow(&frame);
+  return settle_changes(frame.content(), services_);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  settings::StartMaximized = isMaximized() ? 1 : 0;
+  for (DocumentFrame* frame : area_.documents())
+    if (services_.busy() || !frame->close()) {
+      event->ignore();
+      return;
+    }
+  QMainWindow::closeEvent(event);
+}
+
+/// The open documents below the menu's commands.
+void MainWindow::fill_window_list() {
+  QMenu* menu = commands_.menu(Menu::Window);
+  const QString mark = QStringLiteral("document");
+  for (QAction* action : menu->actions())
+    if (action->objectName() == mark) delete action;
+  const auto frames = area_.documents();
+  if (frames.empty()) return;
+  menu->addSeparator()->setObjectName(mark);
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    DocumentFrame* frame = frames[i];
+    const std::filesystem::path name = document_title(frame->document());
+    const QString digit = i < 9 ? QStringLiteral("&%1 ").arg(i + 1) : QString();
+    QAction* action = menu->addAction(digit + menu_text(path_text(name.filename())));
+    action->setObjectName(mark);
+    action->setCheckable(true);
+    action->setChecked(frame == area_.active());
+    connect(action, &QAction::triggered, frame, [this, frame] { area_.setActiveSubWindow(frame); });
+  }
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (services_.busy() || files_of(*event->mimeData()).empty()) return;
+  area_.empty_state().set_inviting(true);
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+}
+
+void MainWindow::dragLeaveEvent(QDragLeaveEvent*) { area_.empty_state().set_inviting(false); }
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  area_.empty_state().set_inviting(false);
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+  raise();
+  activateWindow();
+  // The other program waits for the end of the drop, so files are opened behind it.
+  for (const auto& file : files_of(*event->mimeData())) open_later(file);
+}
+
+}  // namespace vellum

@@ -1,0 +1,31 @@
+// What the commands of the desktop ask of the world around them. The program fills it with boxes and dialogs,
+// a test with answers.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+
+#include "base/host.h"
+#include "core/document.h"
+
+namespace vellum {
+
+struct SaveChoice {
+  DocumentKind kind = DocumentKind::None;
+  std::filesystem::path name;  ///< offered to the user
+};
+
+struct Services {
+  Host host;
+  /// A file to open; empty when the user cancelled.
+  std::function<std::optional<std::filesystem::path>()> choose_open;
+  /// A file to write, about whose overwriting the user was asked; empty when the user cancelled.
+  std::function<std::optional<std::filesystem::path>(const SaveChoice&)> choose_save;
+  /// Whether the Shift key is down at this moment.
+  std::function<bool()> shift_held;
+  /// Whether an operation runs, so that no command may start.
+  std::function<bool()> busy;
+};
+
+}  // namespace vellum

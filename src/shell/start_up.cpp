@@ -1,0 +1,129 @@
+#include "shell/start_up.h"
+
+#include <QScreen>
+#include <QUrl>
+#include <algorithm>
+#include <cstdlib>
+
+#include "base/text.h"
+#include "shell/settings.h"
+#include "shell/style.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kAddress = "file://";
+
+struct OptionRow {
+  std::string_view name;
+  const char* value;  ///< what follows the name; null: nothing
+  const char* help;
+  void (*apply)(StartOptions&, const char* value);
+};
+
+constexpr OptionRow kOptions[] = {
+    {"--help", nullptr, "show this text", [](StartOptions& o, const char*) { o.help = true; }},
+    {"--version", nullptr, "show the version", [](StartOptions& o, const char*) { o.version = true; }},
+    {"--screenshot", "OUT.png", "write a picture of the window with FILE open, and end",
+     [](StartOptions& o, const char* value) { o.screenshot = value; }},
+};
+
+bool exists(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(path, error);
+}
+
+bool is_set(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value;
+}
+
+/// The edges stored at the last exit, held to the least size and to the screen; empty while one is unset.
+QRect stored_place(const QRect& screen) {
+  const int edges[] = {settings::StickyWindowLeft, settings::StickyWindowTop, settings::StickyWindowRight,
+                       settings::StickyWindowBottom};
+  if (std::ranges::find(edges, settings::kUnsetEdge) != std::end(edges)) return {};
+  const auto hold = [](int value, int least, int most) {
+    return std::clamp(value, std::min(least, most), most);
+  };
+  const QSize size(hold(edges[2] - edges[0], style::kLeastWindowWidth, screen.width()),
+                   hold(edges[3] - edges[1], style::kLeastWindowHeight, screen.height()));
+  const QPoint corner(hold(edges[0], screen.left(), screen.left() + screen.width() - size.width()),
+                      hold(edges[1], screen.top(), screen.top() + screen.height() - size.height()));
+  return {corner, size};
+}
+
+}  // namespace
+
+StartOptions parse_arguments(std::span<const char* const> arguments) {
+  StartOptions options;
+  std::string name;
+  bool only_names = false;
+  for (std::size_t i = 0; i < arguments.size() && options.error.empty(); ++i) {
+    const std::string_view argument = arguments[i];
+    const auto row = std::ranges::find(kOptions, argument, &OptionRow::name);
+    if (!only_names && argument == "--") {
+      only_names = true;
+    } else if (only_names || !argument.starts_with("--")) {
+      if (!name.empty()) name += ' ';
+      name += argument;
+    } else if (row == std::end(kOptions)) {
+      options.error = "unknown option " + std::string(argument);
+    } else if (row->value && i + 1 == arguments.size()) {
+      options.error = std::string(argument) + " needs a value: " + row->value;
+    } else {
+      row->apply(options, row->value ? arguments[++i] : nullptr);
+    }
+  }
+  if (!name.empty()) options.file = path_of_argument(name);
+  return options;
+}
+
+fs::path path_of_argument(const std::string& name) {
+  if (exists(name)) return name;
+  if (name.starts_with(kAddress)) {
+    const QUrl url(to_qt(name));
+    if (url.isLocalFile() && url.host().isEmpty()) return to_path(url.toLocalFile());
+  }
+  std::string unquoted = name;
+  std::erase(unquoted, '"');
+  return unquoted;
+}
+
+std::string usage_text() {
+  std::string text =
+      "Usage: vellumcraft [OPTION]... [FILE]\n\nOpens a PNG, animated PNG, MNG or WebP file.\n\n";
+  for (const OptionRow& row : kOptions) {
+    std::string left(row.name);
+    if (row.value) left.append(" ").append(row.value);
+    text += format_text("  %-24s%s\n", left.c_str(), row.help);
+  }
+  return text;
+}
+
+bool desktop_named(std::span<const char* const> arguments) {
+  if (is_set("DISPLAY") || is_set("WAYLAND_DISPLAY") || is_set("QT_QPA_PLATFORM")) return true;
+  return std::ranges::any_of(arguments, [](std::string_view argument) {
+    return argument == "-platform" || argument == "--platform" || argument.starts_with("-platform=") ||
+           argument.starts_with("--platform=");
+  });
+}
+
+void show_main_window(QWidget& window) {
+  const QRect screen = window.screen()->availableGeometry();
+  window.setMinimumSize(std::min(style::kLeastWindowWidth, screen.width()),
+                        std::min(style::kLeastWindowHeight, screen.height()));
+  const QRect place = stored_place(screen);
+  if (place.isValid()) {
+    window.setGeometry(place);
+  } else {
+    window.resize(screen.size() * 4 / 5);
+    window.move(screen.center() - window.rect().center());
+  }
+  settings::StartMaximized != 0 ? window.showMaximized() : window.show();
+}
+
+}  // namespace vellum

@@ -1,0 +1,35 @@
+// The command line of the desktop program, and the main window's first place on the screen.
+#pragma once
+
+#include <QWidget>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace vellum {
+
+struct StartOptions {
+  bool help = false, version = false;
+  std::filesystem::path file;        ///< to open; empty without one
+  std::filesystem::path screenshot;  ///< where to write a picture of the window; empty: stay and work
+  std::string error;                 ///< what is wrong with the command line; empty: nothing
+};
+
+/// `arguments` without the program's name. What is no option is one file name, its parts joined by a blank.
+StartOptions parse_arguments(std::span<const char* const> arguments);
+
+/// The path that a name on the command line means: "file://" addresses are decoded, double quotes go where
+/// the name with them doesn't exist.
+std::filesystem::path path_of_argument(const std::string& name);
+
+/// The text of --help.
+std::string usage_text();
+
+/// Whether a desktop can be reached: a display is named, or the platform is (by variable or option).
+bool desktop_named(std::span<const char* const> arguments);
+
+/// Puts the window where it stood at the last exit, as far as it fits the screen, and shows it.
+void show_main_window(QWidget& window);
+
+}  // namespace vellum

@@ -1,0 +1,136 @@
+#include "shell_fixture.h"
+
+#include <QApplication>
+
+#include "core/chunk_layout.h"
+#include "shell/icon.h"
+
+namespace vellum::testing {
+namespace {
+
+ChunkRecord header_record(std::uint32_t width, std::uint32_t height) {
+  ChunkRecord record;
+  record.tag = tag::IHDR;
+  record.size = 13;
+  record.width = width;
+  record.height = height;
+  record.bitDepth = 8;
+  record.colorType = 2;
+  return record;
+}
+
+ChunkRecord image_record(std::uint32_t width, std::uint32_t height) {
+  ChunkRecord record;
+  record.tag = tag::IDAT;
+  record.data = sample_picture(width, height, 24).handle();
+  record.frameControl.frameWidth = width;
+  record.frameControl.frameHeight = height;
+  return record;
+}
+
+ChunkRecord text_record() {
+  static constexpr std::uint8_t payload[] = "Title\0A text";
+  ChunkRecord record;
+  record.tag = tag::tEXt;
+  record.data = ChunkHandle::copy_of(payload);
+  record.size = sizeof payload - 1;
+  return record;
+}
+
+ChunkRecord plain_record(ChunkTag tag) {
+  ChunkRecord record;
+  record.tag = tag;
+  return record;
+}
+
+DocumentWindow document_of(DocumentKind kind, const std::vector<ChunkRecord>& records) {
+  DocumentWindow window;
+  window.document.kind = kind;
+  window.document.thumbScale = 5;
+  for (const ChunkRecord& record : records) chunk_list_append(window.list, window.document, record);
+  chunk_list_close_change(window.list, window.document);
+  return window;
+}
+
+}  // namespace
+
+Services Answers::services() {
+  Services services;
+  services.host.message = [this](const Message& message) { messages.push_back(message); };
+  services.host.ask = [this](const Message& message, bool) {
+    questions.push_back(message);
+    if (answers.empty()) return Answer::Yes;
+    const Answer answer = answers.front();
+    answers.pop_front();
+    return answer;
+  };
+  services.choose_open = [this] { return open; };
+  services.choose_save = [this](const SaveChoice& choice) {
+    saveChoices.push_back(choice);
+    return save;
+  };
+  services.shift_held = [this] { return shift; };
+  services.busy = [this] { return busy; };
+  return services;
+}
+
+Picture sample_picture(std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
+  Palette palette{};
+  for (std::size_t i = 0; i < palette.size(); ++i) palette[i] = static_cast<std::uint8_t>(i * 89 + 13);
+  Picture picture = PictureCreate(width, height, &palette, bits);
+  for (std::uint32_t y = 0; y < height; ++y)
+    for (std::uint32_t x = 0; x < width; ++x)
+      PicturePutPixel(picture, x, y, bits < 24 ? x + y * 3 : make_colour(x * 61, y * 83, x * 7 + y * 5, 255));
+  return picture;
+}
+
+DocumentWindow still_document(std::uint32_t width, std::uint32_t height) {
+  return document_of(DocumentKind::PING,
+                     {header_record(width, height), image_record(width, height), plain_record(tag::IEND)});
+}
+
+DocumentWindow animated_document(std::size_t frames, std::uint32_t width, std::uint32_t height) {
+  std::vector<ChunkRecord> records = {header_record(width, height), plain_record(tag::acTL)};
+  records.insert(records.end(), frames, image_record(width, height));
+  records.push_back(plain_record(tag::IEND));
+  return document_of(DocumentKind::APNG, records);
+}
+
+DocumentWindow long_document(std::size_t rows) {
+  std::vector<ChunkRecord> records = {header_record(40, 30), image_record(40, 30)};
+  records.insert(records.end(), rows - 3, text_record());
+  records.push_back(plain_record(tag::IEND));
+  return document_of(DocumentKind::PING, records);
+}
+
+std::set<std::size_t> selected_rows(const ChunkList& list) {
+  std::set<std::size_t> rows;
+  for (std::size_t i = 0; i < list.size(); ++i)
+    if (list.entry(i).selected) rows.insert(i);
+  return rows;
+}
+
+void WindowTest::SetUp() {
+  main_.services() = answers_.services();
+  main_.resize(1000, 700);
+  main_.show();
+  settle();
+}
+
+void WindowTest::settle() { QTest::qWait(1); }
+
+DocumentFrame& WindowTest::add(DocumentWindow content) {
+  DocumentFrame* frame = main_.add_document(std::move(content));
+  settle();
+  return *frame;
+}
+
+}  // namespace vellum::testing
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  vellum::register_icons();
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}

@@ -1,0 +1,53 @@
+// What the tests of the desktop share: answers in place of a user, made-up documents, and the main window.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+#include <deque>
+#include <set>
+
+#include "shell/main_window.h"
+#include "support/corpus.h"
+
+namespace vellum::testing {
+
+/// Answers what commands ask, and keeps what they said.
+struct Answers {
+  std::vector<Message> messages, questions;
+  std::deque<Answer> answers;  ///< for the questions in their order; Yes when there are no more
+  std::optional<std::filesystem::path> open, save;
+  std::vector<SaveChoice> saveChoices;
+  bool shift = false;
+  bool busy = false;
+
+  Services services();
+};
+
+/// A picture in which every pixel differs from its neighbors.
+Picture sample_picture(std::uint32_t width, std::uint32_t height, std::uint32_t bits);
+
+/// A still PNG: IHDR, IDAT, IEND; laid out.
+DocumentWindow still_document(std::uint32_t width = 40, std::uint32_t height = 30);
+/// An animated PNG with frames of the canvas' size.
+DocumentWindow animated_document(std::size_t frames, std::uint32_t width = 40, std::uint32_t height = 30);
+/// A still PNG with `rows` entries, most of them text.
+DocumentWindow long_document(std::size_t rows);
+
+std::set<std::size_t> selected_rows(const ChunkList& list);
+
+/// A main window that nobody looks at.
+class WindowTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  /// Lets queued calls and drawing happen.
+  static void settle();
+  DocumentFrame& add(DocumentWindow content);
+  std::size_t documents() { return main_.area().documents().size(); }
+
+  Answers answers_;
+  ScratchFolder folder_;
+  MainWindow main_;
+};
+
+}  // namespace vellum::testing

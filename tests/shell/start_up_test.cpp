@@ -1,0 +1,78 @@
+#include "shell/start_up.h"
+
+#include <fstream>
+
+#include "shell_fixture.h"
+
+namespace vellum::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(StartUp, TakesOptionsOutAndJoinsTheRestIntoOneName) {
+  struct Case {
+    std::vector<const char*> arguments;
+    const char* file;
+    const char* screenshot;
+    bool fails;
+  };
+  const Case cases[] = {
+      {{}, "", "", false},
+      {{"a.png"}, "a.png", "", false},
+      {{"my", "holiday.png"}, "my holiday.png", "", false},
+      {{"--screenshot", "out.png", "a.png"}, "a.png", "out.png", false},
+      {{"--screenshot"}, "", "", true},
+      {{"--unknown", "a.png"}, "", "", true},
+      {{"--", "--help"}, "--help", "", false},
+      {{"/V/x.png"}, "/V/x.png", "", false},
+  };
+  for (const Case& c : cases) {
+    const StartOptions options = parse_arguments(c.arguments);
+    EXPECT_EQ(options.error.empty(), !c.fails) << "case " << &c - cases;
+    EXPECT_FALSE(options.help);
+    if (c.fails) continue;
+    EXPECT_EQ(options.file, c.file) << "case " << &c - cases;
+    EXPECT_EQ(options.screenshot, c.screenshot) << "case " << &c - cases;
+  }
+}
+
+TEST(StartUp, QuotesGoOnlyWhereTheNameWithThemDoesNotExist) {
+  const ScratchFolder folder;
+  const fs::path quoted = folder / "a\"b\".png";
+  EXPECT_EQ(path_of_argument(quoted.string()), folder / "ab.png");
+  std::ofstream(quoted) << "x";
+  EXPECT_EQ(path_of_argument(quoted.string()), quoted);
+  EXPECT_EQ(path_of_argument("file:///tmp/a%20b%23.png"), "/tmp/a b#.png");
+  EXPECT_EQ(path_of_argument("file://elsewhere.example"), "file://elsewhere.example");
+}
+
+struct ProgramRun {
+  int status;
+  std::string output;
+};
+
+/// Runs the program without a desktop.
+ProgramRun run_without_desktop(const std::string& arguments) {
+  const std::string command = "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM '" +
+                              (program_folder() / "vellumcraft").string() + "' " + arguments + " 2>&1";
+  FILE* pipe = popen(command.c_str(), "r");
+  ProgramRun run{0, {}};
+  char buffer[512];
+  while (std::fgets(buffer, sizeof buffer, pipe)) run.output += buffer;
+  run.status = WEXITSTATUS(pclose(pipe));
+  return run;
+}
+
+TEST(StartUp, NeedsADesktopToWorkButNotToAnswer) {
+  if (!fs::exists(program_folder() / "vellumcraft")) GTEST_SKIP() << "the program is not built";
+  ProgramRun run = run_without_desktop("a.png");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "Vellumcraft needs a graphical desktop.\n");
+  run = run_without_desktop("--version");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_TRUE(run.output.starts_with("vellumcraft ")) << run.output;
+  EXPECT_NE(run_without_desktop("--help").output.find("--screenshot"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace vellum::testing
