@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "base/byte_order.h"
 #include "base/string_table.h"
 #include "core/chunk_description.h"
 #include "core/chunk_layout.h"
+#include "core/frame_values.h"
 #include "core/settings.h"
 
 namespace vellum {
@@ -36,12 +36,6 @@ Reach reach_of_apng(const ChunkList& list, const Document& document) {
   return reach;
 }
 
-std::int32_t be_signed(std::int32_t file_order) {
-  std::uint8_t bytes[4];
-  std::memcpy(bytes, &file_order, sizeof bytes);
-  return static_cast<std::int32_t>(read_be32(bytes));
-}
-
 Reach reach_of_mng(const ChunkList& list, const Document&) {
   Reach reach;
   std::int64_t x = 0, y = 0;
@@ -53,8 +47,8 @@ Reach reach_of_mng(const ChunkList& list, const Document&) {
     }
     if (record.tag != tag::PNGI || !(record.flags & CRF_IHDR)) continue;
     const bool own = (record.flags & CRF_DEFI) && record.image->defiBytes >= 5;
-    reach.add(own ? be_signed(record.image->defiBlock.xLocation) : x,
-              own ? be_signed(record.image->defiBlock.yLocation) : y, record.width, record.height);
+    const FrameOffset folded = frame_offset(record, DocumentKind::MING);
+    reach.add(own ? folded.x : x, own ? folded.y : y, record.width, record.height);
   }
   return reach;
 }

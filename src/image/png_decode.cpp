@@ -110,6 +110,17 @@ bool read_interlaced(const PngHeader& header, ScratchPages& filtered, Picture& p
                        });
 }
 
+/// Scratch memory up to this size is kept for the next image of the thread: an animation has many of the same size, and
+/// fresh pages cost more than the rows that are put on them.
+constexpr std::size_t kKeptScratch = std::size_t{4} << 20;
+
+ScratchPages& scratch_for(std::size_t bytes, std::optional<ScratchPages>& own) {
+  thread_local std::optional<ScratchPages> kept;
+  if (bytes > kKeptScratch) return own.emplace(bytes);
+  if (!kept || kept->bytes().size() < bytes) kept.emplace(bytes);
+  return *kept;
+}
+
 PngDecoded failure(const char* reason, bool limit = false) { return {{}, reason, false, limit}; }
 
 }  // namespace
@@ -124,14 +135,15 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);
   if (!can_inflate_to(stream.size(), filtered_bytes)) return failure("there is not enough image data");
-  // Untouched pages of the scratch memory cost nothing and read as zeros, which is what missing rows are.
-  ScratchPages filtered(static_cast<std::size_t>(filtered_bytes) + kFilterSlack);
+  std::optional<ScratchPages> own;
+  ScratchPages& filtered = scratch_for(static_cast<std::size_t>(filtered_bytes) + kFilterSlack, own);
   if (!filtered) return failure("memory is exhausted", true);
   const auto inflated = inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)));
   if (!inflated) return failure("the image data is damaged");
   const bool is_short = *inflated < filtered_bytes;
   if (is_short && (short_data == PngShortData::Fault || *inflated == 0)) return failure("there is not enough image data");
   joined = {};
+  if (is_short) std::ranges::fill(filtered.bytes().subspan(*inflated), std::uint8_t{0});
   Picture picture = header.interlace ? PictureCreate(header.width, header.height, &palette, bits)
                                      : PictureCreateForOverwrite(header.width, header.height, &palette, bits);
   if (!picture) return failure("the image is too large", true);

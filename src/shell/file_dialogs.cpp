@@ -17,11 +17,8 @@ struct Format {
 };
 
 constexpr DocumentKind kPngKinds[] = {DocumentKind::PING, DocumentKind::APNG};
-constexpr DocumentKind kMngKinds[] = {DocumentKind::MING};
-constexpr DocumentKind kWebpKinds[] = {DocumentKind::WEBP};
 
-constexpr Format kFormats[] = {
-    {"PNG", "png", kPngKinds}, {"MNG", "mng", kMngKinds}, {"WebP", "webp", kWebpKinds}};
+constexpr Format kFormats[] = {{"PNG", "png", kPngKinds}};
 
 QString patterns(const Format& format) {
   const QString extension = QString::fromLatin1(format.extension);
