@@ -45,6 +45,22 @@ std::string utf8_from_latin1(std::string_view latin1) {
   return text;
 }
 
+std::string latin1_from_utf8(std::string_view utf8) {
+  std::string text;
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(utf8[i]);
+    const bool follows = i + 1 < utf8.size() && (static_cast<unsigned char>(utf8[i + 1]) & 0xC0) == 0x80;
+    if (byte < 0x80) {
+      text += utf8[i];
+    } else if ((byte == 0xC2 || byte == 0xC3) && follows) {
+      text += static_cast<char>((byte & 3) << 6 | (static_cast<unsigned char>(utf8[++i]) & 0x3F));
+    } else if ((byte & 0xC0) != 0x80) {
+      text += '?';
+    }
+  }
+  return text;
+}
+
 std::string cut_utf8(std::string text, std::size_t bytes) {
   if (text.size() <= bytes) return text;
   while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;

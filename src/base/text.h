@@ -16,6 +16,9 @@ std::string with_value(std::string_view format, std::string_view value);
 /// Latin-1 (the text of tEXt, zTXt and their keywords) as UTF-8.
 std::string utf8_from_latin1(std::string_view latin1);
 
+/// UTF-8 as Latin-1; characters that it does not have become "?".
+std::string latin1_from_utf8(std::string_view utf8);
+
 /// `text` cut to at most `bytes` bytes at a character boundary of UTF-8.
 std::string cut_utf8(std::string text, std::size_t bytes);
 

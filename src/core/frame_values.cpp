@@ -1,18 +1,12 @@
 #include "core/frame_values.h"
 
-#include "base/byte_order.h"
+#include "core/framing.h"
 #include "core/settings.h"
 
 namespace vellum {
 namespace {
 
 constexpr Colour kColourMask = 0xFFFFFF;
-
-std::int32_t from_file_order(std::int32_t value) {
-  std::uint8_t bytes[4];
-  std::memcpy(bytes, &value, sizeof bytes);
-  return static_cast<std::int32_t>(read_be32(bytes));
-}
 
 /// The low bytes of three 16-bit samples.
 Colour three_samples(const ChunkRecord& record) {

@@ -6,6 +6,7 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "core/read_mng.h"
 #include "core/read_png.h"
 #include "core/settings.h"
 
@@ -23,11 +24,19 @@ struct ContentRow {
   Reader reader;          ///< who reads it; null: nobody
 };
 
+/// The extension alone picks the reader; every other one means PNG.
+Reader reader_for(const std::filesystem::path& path) {
+  static constexpr std::pair<std::string_view, Reader> readers[] = {{".mng", read_mng}};
+  for (const auto& [extension, reader] : readers)
+    if (equal_ignoring_case(path.extension().string(), extension)) return reader;
+  return read_png;
+}
+
 using namespace std::string_view_literals;
 
 constexpr ContentRow kContents[] = {
     {0, "\x89PNG\r\n\x1a\n"sv, "a PNG", false, read_png},
-    {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false, nullptr},
+    {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false, read_mng},
     {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", false, nullptr},
     {8, "WEBP"sv, "a WebP", false, nullptr},
     {0, "GIF8"sv, "a GIF", true, nullptr},
@@ -72,7 +81,7 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   Document& document = window.document;
   document.fileName = path;
   document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
-  const Reader reader = read_png;
+  const Reader reader = reader_for(path);
   bool read = false;
   try {
     read = reader(window, *file, host);

@@ -108,21 +108,9 @@ constexpr ConversionRow kConversions[] = {
 };
 
 Payload payload_of(const ChunkRecord& record, const ChunksOutRequest& request) {
-  if (record.tag == tag::zTXt) return compressed_text_payload(record, request.level);
-  if (record.tag == tag::acTL) {
-    Payload payload(8);
-    write_be32(&payload[0], record.numFrames);
-    write_be32(&payload[4], record.numPlays);
-    return payload;
-  }
-  if (record.tag == tag::tIME && settings::AutoUpdateTime != 0) {
-    const auto now = local_time_payload();
-    return {now.begin(), now.end()};
-  }
-  const auto raw = raw_payload(record);
-  const Payload old(raw.begin(), raw.end());
+  const Payload plain = plain_payload(record, request.level);
   const auto row = std::ranges::find(kConversions, record.tag, &ConversionRow::tag);
-  return row == std::end(kConversions) ? old : row->convert(old, request);
+  return row == std::end(kConversions) ? plain : row->convert(plain, request);
 }
 
 bool is_animation_chunk(ChunkTag tag) { return tag == tag::acTL || tag == tag::fcTL || tag == tag::fdAT; }
@@ -149,6 +137,22 @@ bool repeats_color_space(ChunkTag tag, const std::set<ChunkTag>& seen) {
 }
 
 }  // namespace
+
+std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level) {
+  if (record.tag == tag::zTXt) return compressed_text_payload(record, level);
+  if (record.tag == tag::acTL) {
+    Payload payload(8);
+    write_be32(&payload[0], record.numFrames);
+    write_be32(&payload[4], record.numPlays);
+    return payload;
+  }
+  if (record.tag == tag::tIME && settings::AutoUpdateTime != 0) {
+    const auto now = local_time_payload();
+    return {now.begin(), now.end()};
+  }
+  const auto raw = raw_payload(record);
+  return {raw.begin(), raw.end()};
+}
 
 ChunkPlace place_of(ChunkTag tag) {
   const ChunkRow* row = chunk_row(tag);

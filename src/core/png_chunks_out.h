@@ -40,6 +40,10 @@ struct ChunksOutRequest {
 std::vector<ChunkOut> chunks_out(const ChunkList& list, const ChunksOutRequest& request,
                                  std::vector<std::string>& notes);
 
+/// The payload of an entry that no header rules: raw bytes, a text deflated at `level`, the time of now while
+/// `AutoUpdateTime` is on, acTL from its fields.
+std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level);
+
 /// Whether a chunk stands in front of the PLTE, between it and the image, or may stand behind the image.
 ChunkPlace place_of(ChunkTag tag);
 

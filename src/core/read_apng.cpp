@@ -136,8 +136,7 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<P
     parallel_for(std::min(kFramesAtOnce, decoded.size() - first), [&](std::size_t k) {
       if (damaged) return;
       const StreamFrame& frame = found.frames[first + k];
-      decoded[first + k] =
-          png_decode(frame_header(reading.header, frame.fields), frame.data, reading.palette,
+      decoded[first + k] = png_decode(frame_header(reading.header, frame.fields), frame.data, reading.palette,
                                       PngShortData::Zeros);
       if (!decoded[first + k].picture) damaged = true;
     });
@@ -148,7 +147,8 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<P
       return reading.fail(*found.frames[i].control, decoded[i].reason,
                           decoded[i].limit ? FaultKind::Limit : FaultKind::Damaged);
     if (decoded[i].isShort)
-      reading.host.set_status("Frame " + std::to_string(i + 1) + " has less image data than its size asks for.");
+      reading.host.set_status("Frame " + std::to_string(i + 1) +
+                              " has less image data than its size asks for.");
     pictures.push_back(std::move(decoded[i].picture));
   }
   return true;

@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "core/settings.h"
+#include "core/write_mng.h"
 #include "core/write_png.h"
 
 namespace vellum {
@@ -19,6 +20,7 @@ struct WriterRow {
 constexpr WriterRow kWriters[] = {
     {DocumentKind::PING, write_png},
     {DocumentKind::APNG, write_apng},
+    {DocumentKind::MING, write_mng},
 };
 
 /// Copies what stands at the path to its sibling "Backup of ...". True when the save may go on.
