@@ -4,25 +4,25 @@
 #include <cstring>
 #include <new>
 
-#include "base/huge_pages.h"
+#include "base/large_block.h"
 
 namespace vellum {
 
 ChunkHandle ChunkHandle::create_for_overwrite(std::size_t size) {
   ChunkHandle handle;
   try {
-    handle.block_ = std::make_shared_for_overwrite<std::uint8_t[]>(size);
+    handle.block_ = size >= kLargeBlock ? allocate_large_block(size)
+                                        : std::make_shared_for_overwrite<std::uint8_t[]>(size);
   } catch (const std::bad_alloc&) {
     return {};
   }
-  handle.size_ = size;
-  wish_for_huge_pages(handle.block_.get(), size);
+  if (handle) handle.size_ = size;
   return handle;
 }
 
 ChunkHandle ChunkHandle::create(std::size_t size) {
   ChunkHandle handle = create_for_overwrite(size);
-  if (handle) std::memset(handle.block_.get(), 0, size);
+  if (handle && size != 0) std::memset(handle.block_.get(), 0, size);
   return handle;
 }
 

@@ -50,8 +50,8 @@ bool write_all(int fd, std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> read_file(const std::filesystem::path& path, std::string& reason,
-                                                   std::uint64_t limit) {
+std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
+                                     std::uint64_t limit) {
   // Not blocking: a name of a pipe must not hang the program.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
@@ -67,25 +67,24 @@ std::optional<std::vector<std::uint8_t>> read_file(const std::filesystem::path& 
     reason = "the file is too long";
     return std::nullopt;
   }
-  try {
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
-    std::size_t have = 0;
-    while (have < bytes.size()) {
-      const ssize_t got = read(file.get(), bytes.data() + have, bytes.size() - have);
-      if (got < 0 && errno == EINTR) continue;
-      if (got < 0) {
-        reason = std::strerror(errno);
-        return std::nullopt;
-      }
-      if (got == 0) break;  // cut while it was read: the reader meets the end
-      have += static_cast<std::size_t>(got);
-    }
-    bytes.resize(have);
-    return bytes;
-  } catch (const std::bad_alloc&) {
+  ChunkHandle block = ChunkHandle::create_for_overwrite(static_cast<std::size_t>(status.st_size));
+  if (!block) {
     reason = std::strerror(ENOMEM);
     return std::nullopt;
   }
+  std::size_t have = 0;
+  while (have < block.size()) {
+    const ssize_t got = read(file.get(), block.edit() + have, block.size() - have);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      reason = std::strerror(errno);
+      return std::nullopt;
+    }
+    if (got == 0)
+      return FileContent(ChunkHandle::copy_of(block.bytes().first(have), 0));  // cut while it was read
+    have += static_cast<std::size_t>(got);
+  }
+  return FileContent(std::move(block));
 }
 
 SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(target)) {

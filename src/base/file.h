@@ -8,12 +8,26 @@
 #include <string>
 #include <vector>
 
+#include "base/chunk_handle.h"
+
 namespace vellum {
+
+/// The bytes of a file; reads as a span.
+class FileContent {
+ public:
+  explicit FileContent(ChunkHandle block) : block_(std::move(block)) {}
+  operator std::span<const std::uint8_t>() const { return block_.bytes(); }
+  const std::uint8_t* data() const { return block_.data(); }
+  std::size_t size() const { return block_.size(); }
+
+ private:
+  ChunkHandle block_;
+};
 
 /// All bytes of a regular file of at most `limit` bytes. Empty, with `reason` set, when it cannot be opened
 /// or read whole or is too long.
-std::optional<std::vector<std::uint8_t>> read_file(const std::filesystem::path& path, std::string& reason,
-                                                   std::uint64_t limit);
+std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
+                                     std::uint64_t limit);
 
 /// A file that comes into being at `commit()`: bytes go to a temporary sibling of the target, which is synced
 /// and renamed over it. Without a commit nothing is left and the target is untouched. A link at the path is

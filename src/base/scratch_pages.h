@@ -21,6 +21,8 @@ class ScratchPages {
   std::span<std::uint8_t> bytes() const { return {data_, size_}; }
   /// The bytes in front of `offset` are not needed any more. Cheap to call often: it acts in large steps.
   void release_before(std::size_t offset);
+  /// The whole pages inside this range are not needed any more; they would read as zeros again.
+  void release(std::size_t offset, std::size_t bytes);
 
  private:
   std::uint8_t* data_ = nullptr;

@@ -31,6 +31,22 @@ TEST(ChunkHandle, ExhaustedMemoryGivesNull) {
   EXPECT_TRUE(ChunkHandle::create(0)) << "an empty block is a block";
 }
 
+TEST(ChunkHandle, LargeBlocksLieApartAndOutliveTheirNeighbors) {
+  std::vector<ChunkHandle> blocks;
+  for (std::size_t i = 0; i < 200; ++i) {
+    blocks.push_back(ChunkHandle::create((std::size_t{600} << 10) + 7 * i));
+    ASSERT_TRUE(blocks.back());
+    EXPECT_EQ(blocks.back().data()[blocks.back().size() - 1], 0) << "memory that was used before";
+    std::memset(blocks.back().edit(), static_cast<int>(i), blocks.back().size());
+    if (i % 3 == 0) blocks[i / 2].reset();
+  }
+  for (std::size_t i = 0; i < blocks.size(); ++i) {
+    if (!blocks[i]) continue;
+    EXPECT_EQ(blocks[i].data()[0], static_cast<std::uint8_t>(i));
+    EXPECT_EQ(blocks[i].data()[blocks[i].size() - 1], static_cast<std::uint8_t>(i));
+  }
+}
+
 TEST(CopyOnWrite, ReadsAsZeroAndDetaches) {
   CopyOnWrite<std::array<int, 4>> a;
   EXPECT_EQ((*a)[2], 0);

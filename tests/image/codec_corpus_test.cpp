@@ -139,7 +139,8 @@ TEST_F(Corpus, JpegsTurnByTheirOrientation) {
 
 std::vector<std::uint8_t> bytes_of(const std::filesystem::path& path) {
   std::string reason;
-  return read_file(path, reason, kMaximumFileBytes).value_or(std::vector<std::uint8_t>());
+  const auto file = read_file(path, reason, kMaximumFileBytes);
+  return file ? std::vector<std::uint8_t>(file->data(), file->data() + file->size()) : std::vector<std::uint8_t>();
 }
 
 Picture decode(const std::string& kind, FileBytes bytes, Part part) {
