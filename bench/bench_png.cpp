@@ -45,7 +45,7 @@ void supply(png_structp png, png_bytep data, png_size_t length) {
 }
 
 void read_still_libpng(benchmark::State& state) {
-  const auto& file = large_still();
+  const auto file = large_still();
   std::vector<std::uint8_t> row(4000 * 3);
   for (auto _ : state) {
     std::vector<std::uint8_t> pixels(kStillBytes);
@@ -63,7 +63,7 @@ void read_still_libpng(benchmark::State& state) {
 }
 BENCHMARK(read_still_libpng)->Unit(benchmark::kMillisecond);
 
-void read_document(benchmark::State& state, const std::vector<std::uint8_t>& file, std::int64_t bytes) {
+void read_document(benchmark::State& state, std::span<const std::uint8_t> file, std::int64_t bytes) {
   for (auto _ : state) {
     Host host;
     DocumentWindow window;
@@ -79,7 +79,7 @@ BENCHMARK(read_still)->Unit(benchmark::kMillisecond)->UseRealTime();
 void read_animation(benchmark::State& state) { read_document(state, animation_file(), kAnimationBytes); }
 BENCHMARK(read_animation)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void write_document(benchmark::State& state, const std::vector<std::uint8_t>& file, std::int64_t bytes) {
+void write_document(benchmark::State& state, std::span<const std::uint8_t> file, std::int64_t bytes) {
   Host host;
   DocumentWindow window;
   read_png(window, file, host);

@@ -32,7 +32,7 @@ Picture photograph(std::uint32_t width, std::uint32_t height, std::uint32_t bits
   return picture;
 }
 
-const std::vector<std::uint8_t>& large_still() {
+std::span<const std::uint8_t> large_still() {
   static const std::vector<std::uint8_t> file = encode_png_picture(photograph(4000, 3000, 24), 6);
   return file;
 }
@@ -60,8 +60,8 @@ DocumentWindow animation(std::size_t frames) {
   return window;
 }
 
-const std::vector<std::uint8_t>& animation_file() {
-  static const std::vector<std::uint8_t> file = [] {
+std::span<const std::uint8_t> animation_file() {
+  static const FileContent file = [] {
     const auto path =
         std::filesystem::temp_directory_path() / ("vellum-bench-" + std::to_string(getpid()) + ".png");
     DocumentWindow window = animation(120);
@@ -70,9 +70,9 @@ const std::vector<std::uint8_t>& animation_file() {
     save_document(window, path, host);
     settings::PngCompression = 9;
     std::string reason;
-    auto bytes = read_file(path, reason, 1u << 30);
+    const auto bytes = read_file(path, reason, 1u << 30);
     std::filesystem::remove(path);
-    return std::move(*bytes);
+    return *bytes;
   }();
   return file;
 }

@@ -116,7 +116,8 @@ TEST(GraphicFile, WebpFollowsItsSettings) {
 }
 
 /// A JPEG with an APP1 block that holds an orientation and nothing else.
-std::vector<std::uint8_t> with_orientation(std::vector<std::uint8_t> jpeg, std::uint8_t orientation) {
+std::vector<std::uint8_t> with_orientation(std::span<const std::uint8_t> plain, std::uint8_t orientation) {
+  std::vector<std::uint8_t> jpeg(plain.begin(), plain.end());
   const std::uint8_t block[] = {0xFF, 0xE1, 0, 34, 'E', 'x',         'i', 'f', 0, 0,  'M', 'M',
                                 0,    42,   0, 0,  0,   8,           0,   1,   1, 18, 0,   3,
                                 0,    0,    0, 1,  0,   orientation, 0,   0,   0, 0,  0,   0};
