@@ -2,7 +2,7 @@
 
 #include <QEvent>
 
-#include "shell/settings.h"
+#include "configuration/shell_settings.h"
 #include "shell/style.h"
 
 namespace vellum {
