@@ -146,7 +146,8 @@ bool config_changed_since_load() { return values_in_file() != values_to_store();
 void config_open(const fs::path& path) {
   file_of_run() = path.empty() ? config_path(kConfigFileName) : path;
   if (config_load(config_file()) || config_file().filename() != kConfigFileName) return;
-  if (const fs::path earlier = earlier_version(config_file()); !earlier.empty()) config_parse(config_read(earlier));
+  if (const fs::path earlier = earlier_version(config_file()); !earlier.empty())
+    config_parse(config_read(earlier));
 }
 
 const fs::path& config_file() { return file_of_run(); }

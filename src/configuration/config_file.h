@@ -36,8 +36,8 @@ bool config_changed_since_load();
 
 // --- the file of a run ---
 
-/// Loads the file, the user's own for an empty path, and makes it the file of this run. Where there is none, but one of an earlier major version
-/// lies in its place, that one is read, and left alone.
+/// Loads the file, the user's own for an empty path, and makes it the file of this run. Where there is none,
+/// but one of an earlier major version lies in its place, that one is read, and left alone.
 void config_open(const std::filesystem::path& path);
 
 /// The file of this run; empty before `config_open`.

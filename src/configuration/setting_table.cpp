@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 #include "configuration/batch_settings.h"
 #include "configuration/exchange_settings.h"
@@ -732,19 +733,24 @@ constexpr SettingRow kSettings[] = {
 
 using RowNumber = std::uint16_t;
 
-/// The rows by name, those of equal name in the table's order.
-constexpr auto kByName = [] {
-  std::array<RowNumber, std::size(kSettings)> rows{};
-  for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = static_cast<RowNumber>(i);
-  std::ranges::sort(rows, [](RowNumber a, RowNumber b) {
-    const int order = kSettings[a].name.compare(kSettings[b].name);
-    return order != 0 ? order < 0 : a < b;
-  });
+using RowsByName = std::array<RowNumber, std::size(kSettings)>;
+
+RowsByName sorted_rows() {
+  RowsByName rows{};
+  std::iota(rows.begin(), rows.end(), RowNumber{0});
+  std::ranges::stable_sort(rows, {}, [](RowNumber row) { return kSettings[row].name; });
   return rows;
-}();
+}
+
+/// The rows by name, those of equal name in the table's order.
+const RowsByName& rows_by_name() {
+  static const RowsByName rows = sorted_rows();
+  return rows;
+}
 
 auto first_by_name(std::string_view name) {
-  return std::ranges::lower_bound(kByName, name, {}, [](RowNumber row) { return kSettings[row].name; });
+  return std::ranges::lower_bound(rows_by_name(), name, {},
+                                  [](RowNumber row) { return kSettings[row].name; });
 }
 
 }  // namespace
@@ -753,12 +759,12 @@ std::span<const SettingRow> setting_table() { return kSettings; }
 
 const SettingRow* find_setting(std::string_view name) {
   const auto at = first_by_name(name);
-  return at != kByName.end() && kSettings[*at].name == name ? &kSettings[*at] : nullptr;
+  return at != rows_by_name().end() && kSettings[*at].name == name ? &kSettings[*at] : nullptr;
 }
 
 const SettingRow* find_setting_by_prefix(std::string_view prefix) {
   const SettingRow* first = nullptr;
-  for (auto at = first_by_name(prefix); at != kByName.end(); ++at) {
+  for (auto at = first_by_name(prefix); at != rows_by_name().end(); ++at) {
     const SettingRow& row = kSettings[*at];
     if (!row.name.starts_with(prefix)) break;
     if ((row.flags & (kUnstored | kInformation)) == 0 && (!first || &row < first)) first = &row;
