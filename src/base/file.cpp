@@ -8,9 +8,14 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/string_table.h"
+#include "base/text.h"
+
 namespace vellum {
 namespace {
 
+/// Longest name of a backup, in bytes.
+constexpr std::size_t kMaximumFileName = 259;
 constexpr std::size_t kWriteBuffer = std::size_t{256} << 10;
 
 class Descriptor {
@@ -85,6 +90,17 @@ std::optional<FileContent> read_file(const std::filesystem::path& path, std::str
     have += static_cast<std::size_t>(got);
   }
   return FileContent(std::move(block));
+}
+
+std::filesystem::path backup_path(const std::filesystem::path& path) {
+  std::string name = with_value(string_text(StringId::BackupName), path.filename().string());
+  return path.parent_path() / cut_utf8(std::move(name), kMaximumFileName);
+}
+
+bool replace_by_copy(const std::filesystem::path& source, const std::filesystem::path& target,
+                     std::error_code& error) {
+  std::filesystem::remove(target, error);
+  return std::filesystem::copy_file(source, target, error);
 }
 
 SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(target)) {

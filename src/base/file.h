@@ -29,6 +29,13 @@ class FileContent {
 std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
                                      std::uint64_t limit);
 
+/// The sibling "Backup of NAME".
+std::filesystem::path backup_path(const std::filesystem::path& path);
+
+/// Puts a copy of `source` in the place of `target`. False, with `error` set, when that fails.
+bool replace_by_copy(const std::filesystem::path& source, const std::filesystem::path& target,
+                     std::error_code& error);
+
 /// A file that comes into being at `commit()`: bytes go to a temporary sibling of the target, which is synced
 /// and renamed over it. Without a commit nothing is left and the target is untouched. A link at the path is
 /// followed; the permissions of an existing target are kept.

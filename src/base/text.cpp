@@ -7,6 +7,8 @@
 namespace vellum {
 namespace {
 
+constexpr std::string_view kBlanks = " \t\r\n";
+
 char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 }  // namespace
@@ -66,6 +68,12 @@ std::string cut_utf8(std::string text, std::size_t bytes) {
   while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;
   text.resize(bytes);
   return text;
+}
+
+std::string_view trimmed(std::string_view text) {
+  const auto first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 std::string grouped(std::uint64_t value) {

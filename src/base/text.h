@@ -25,6 +25,9 @@ std::string cut_utf8(std::string text, std::size_t bytes);
 /// The number with a comma every three digits: "16,777,216".
 std::string grouped(std::uint64_t value);
 
+/// `text` without blanks, tabs and line ends at its ends.
+std::string_view trimmed(std::string_view text);
+
 /// ASCII without regard to case, as extensions are compared.
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 std::string lower_case(std::string_view text);

@@ -28,5 +28,6 @@ std::span<const CommandRow> command_table();
 Run prepare_list(CLI::App& app);
 Run prepare_save(CLI::App& app);
 Run prepare_frames(CLI::App& app);
+Run prepare_config(CLI::App& app);
 
 }  // namespace vellum::cli

@@ -7,6 +7,7 @@ constexpr CommandRow kCommands[] = {
     {"list", "Show the chunks of a file", prepare_list},
     {"save", "Read a file and write it again", prepare_save},
     {"frames", "Write each image entry's own picture as a PNG", prepare_frames},
+    {"config", "Show and change settings", prepare_config},
 };
 
 }  // namespace

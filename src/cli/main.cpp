@@ -4,7 +4,8 @@
 #include "base/string_table.h"
 #include "cli/command.h"
 #include "cli/terminal_host.h"
-#include "configuration/setting_table.h"
+#include "configuration/config_file.h"
+#include "configuration/setting_values.h"
 
 #ifndef VELLUM_VERSION
 #error "the build gives the version"
@@ -14,12 +15,14 @@ namespace vellum::cli {
 namespace {
 
 struct GlobalOptions {
+  std::string config;
   std::vector<std::string> settings;
   bool quiet = false;
 };
 
 void add_global_options(CLI::App& app, GlobalOptions& options) {
-  app.add_option("--set", options.settings, "A setting for this run")
+  app.add_option("--config", options.config, "The configuration file of this run")->type_name("FILE");
+  app.add_option("--set", options.settings, "A setting for this run, never written")
       ->type_name("Key=Value")
       ->take_all()
       ->expected(1);
@@ -32,7 +35,7 @@ void add_global_options(CLI::App& app, GlobalOptions& options) {
 bool apply_settings(const std::vector<std::string>& assignments) {
   for (const std::string& assignment : assignments) {
     std::string reason;
-    if (set_setting(assignment, reason)) continue;
+    if (set_setting_for_run(assignment, reason)) continue;
     std::fprintf(stderr, "vellum: --set %s: %s\n", assignment.c_str(), reason.c_str());
     return false;
   }
@@ -54,6 +57,7 @@ int run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kDone : kWrongUsage;
   }
+  config_open(options.config);
   if (!apply_settings(options.settings)) return kWrongUsage;
   Host host = terminal_host(options.quiet);
   return chosen(host);

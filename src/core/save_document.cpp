@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/file.h"
 #include "base/text.h"
 #include "core/settings.h"
 #include "core/write_mng.h"
@@ -27,11 +28,7 @@ constexpr WriterRow kWriters[] = {
 bool make_backup(const fs::path& path, Host& host) {
   std::error_code error;
   if (settings::CreateBackups == 0 || !fs::exists(path, error)) return true;
-  std::string name = with_value(string_text(StringId::BackupName), path.filename().string());
-  if (name.size() > 259) name = cut_utf8(std::move(name), 259);
-  const fs::path backup = path.parent_path() / name;
-  fs::remove(backup, error);
-  if (fs::copy_file(path, backup, error)) return true;
+  if (replace_by_copy(path, backup_path(path), error)) return true;
   const Message question{
       StringId::BackupError, {}, std::string(string_text(StringId::BackupError)), error.message(), nullptr};
   return !host.ask || host.ask(question, false) == Answer::Yes;

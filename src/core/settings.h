@@ -7,19 +7,41 @@
 
 namespace vellum::settings {
 
+// Reading
 inline int APNGOpen = 1;               ///< flag: animated PNG files open as animations
 inline int APNGIncludeTextChunks = 1;  ///< flag: text chunks of animated PNG files are read and written
-inline int AutoUpdateTime = 1;         ///< flag: tIME gets the local time at each save
-inline int CreateBackups = 0;          ///< flag
-inline int IdentifyFiles = 1;          ///< flag: MNG files get a comment that tells who made them
-inline std::string
-    IdentificationFile;          ///< a file whose text goes into that comment; empty: the account's name
-inline int WarnBadPalChunk = 1;  ///< flag of a warning
-inline int WarnBadFileCRC = 1;   ///< flag of a warning; holds for the run, never stored
-inline int DefaultWidth = 160;   ///< pixels, 1 to 1000000
-inline int DefaultDepth = 100;   ///< height in pixels, 1 to 1000000
-inline int DefaultPalette = 5;   ///< id of a built-in palette, 0 to 8
-inline int DefaultViewMode = 5;  ///< index into the thumbnail scales, 0 to 7
+inline int AutomaticMngToPng = 0;      ///< flag: an MNG that is opened becomes an unsaved animated PNG
+inline int WarnBadPalChunk = 1;        ///< flag: a palette at a wrong place is told
+inline int WarnBadFileCRC = 1;         ///< flag of a warning; holds for the run, never stored
+
+// Writing
+inline int AutoUpdateTime = 1;          ///< flag: tIME gets the local time at each save
+inline int CreateBackups = 0;           ///< flag
+inline int IdentifyFiles = 1;           ///< flag: a comment in saved files tells who made them
+inline std::string IdentificationFile;  ///< text of that comment; empty: name and organization of the user
+
+// New documents and chunks
+inline int AddInstructionsToNew = 1;  ///< flag: new documents begin with a comment that says how to go on
+inline int DefaultAnimationType = 1;  ///< 0 animated PNG, 1 MNG, 2 WebP
+inline int DefaultWidth = 160;        ///< pixels, 1 to 1000000
+inline int DefaultDepth = 100;        ///< height in pixels, 1 to 1000000
+inline int DefaultDelay = 100;        ///< ms, 0 to 60000: of images that are inserted, pasted or dropped
+inline int DefaultPalette = 5;        ///< id of a built-in palette, 0 to 8
+inline int DefaultViewMode = 5;       ///< index into the thumbnail scales, 0 to 7
+inline int InterlacedImage = 0;       ///< flag: new still images are interlaced
 inline std::string ForRent = "This space for rent...";  ///< comment of new text chunks
+
+// Pictures that come into a document
+inline int AllowAdvancedPalettes = 0;  ///< flag: ask what happens to colors that the palette lacks
+inline int PngPaletteOption = 2;       ///< 0 replace the palette, 1 dither to it, 2 remap to it
+inline int InitialAlphaLevel = 255;    ///< 0 to 255: alpha of pixels that had none
+
+// Editing the list
+inline int UndoLevels = 10;         ///< 4 to 32
+inline int WarnKillChunk = 1;       ///< flag: chunks that can't be deleted are told
+inline int WarnKillIDAT = 1;        ///< flag
+inline int WarnKillPLTE = 1;        ///< flag
+inline int WarnMultipleDelete = 1;  ///< flag: deleting several chunks is asked about
+inline int WarnMerge = 1;           ///< flag: merging different color types is told
 
 }  // namespace vellum::settings

@@ -8,9 +8,9 @@
 #include <QStyle>
 #include <QStyleOptionTitleBar>
 
+#include "configuration/shell_settings.h"
 #include "core/chunk_layout.h"
 #include "shell/icon.h"
-#include "shell/settings.h"
 #include "shell/text.h"
 
 namespace vellum {

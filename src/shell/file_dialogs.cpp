@@ -3,8 +3,8 @@
 #include <QFileDialog>
 #include <QStandardPaths>
 
+#include "configuration/shell_settings.h"
 #include "shell/saving.h"
-#include "shell/settings.h"
 #include "shell/text.h"
 
 namespace vellum {

@@ -91,6 +91,7 @@ int main(int argc, char** argv) {
   // Qt has taken its own options out.
   options = parse_arguments(behind_name(argc, argv));
   if (const auto status = answer_at_once(options)) return *status;
+  if (!load_settings(options)) return 2;
   register_icons();
   MainWindow window;
   start(window, options);

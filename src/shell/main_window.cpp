@@ -9,12 +9,13 @@
 #include <new>
 
 #include "base/text.h"
+#include "configuration/config_file.h"
 #include "core/open_document.h"
 #include "core/settings.h"
 #include "shell/file_dialogs.h"
 #include "shell/icon.h"
 #include "shell/saving.h"
-#include "shell/settings.h"
+#include "shell/start_up.h"
 #include "shell/text.h"
 
 namespace vellum {
@@ -191,7 +192,8 @@ bool MainWindow::may_close(DocumentFrame& frame) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-  settings::StartMaximized = isMaximized() ? 1 : 0;
+  record_window_place(*this);
+  config_save_changes();
   for (DocumentFrame* frame : area_.documents())
     if (services_.busy() || !frame->close()) {
       event->ignore();

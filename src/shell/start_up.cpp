@@ -1,12 +1,16 @@
 #include "shell/start_up.h"
 
+#include <QGuiApplication>
 #include <QScreen>
 #include <QUrl>
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 
 #include "base/text.h"
-#include "shell/settings.h"
+#include "configuration/config_file.h"
+#include "configuration/setting_values.h"
+#include "configuration/shell_settings.h"
 #include "shell/style.h"
 #include "shell/text.h"
 
@@ -29,6 +33,10 @@ constexpr OptionRow kOptions[] = {
     {"--version", nullptr, "show the version", [](StartOptions& o, const char*) { o.version = true; }},
     {"--screenshot", "OUT.png", "write a picture of the window with FILE open, and end",
      [](StartOptions& o, const char* value) { o.screenshot = value; }},
+    {"--config", "FILE", "the configuration file of this run",
+     [](StartOptions& o, const char* value) { o.config = value; }},
+    {"--set", "Key=Value", "a setting for this run, never written",
+     [](StartOptions& o, const char* value) { o.settings.emplace_back(value); }},
 };
 
 bool exists(const fs::path& path) {
@@ -41,16 +49,27 @@ bool is_set(const char* variable) {
   return value && *value;
 }
 
-/// The edges stored at the last exit, held to the least size and to the screen; empty while one is unset.
+/// The screen that holds the middle of the stored place, else the one that the window would come to.
+QRect screen_of_stored_place(const QWidget& window) {
+  const auto middle = [](int a, int b) { return static_cast<int>((std::int64_t{a} + b) / 2); };
+  const QPoint point(middle(settings::StickyWindowLeft, settings::StickyWindowRight),
+                     middle(settings::StickyWindowTop, settings::StickyWindowBottom));
+  const QScreen* screen = QGuiApplication::screenAt(point);
+  return (screen ? screen : window.screen())->availableGeometry();
+}
+
+/// The edges of the window's inside that were stored at the last exit: so setting and reading them agree,
+/// whatever the frame measures. Held to the least size and to the screen; empty while one is unset.
 QRect stored_place(const QRect& screen) {
   const int edges[] = {settings::StickyWindowLeft, settings::StickyWindowTop, settings::StickyWindowRight,
                        settings::StickyWindowBottom};
   if (std::ranges::find(edges, settings::kUnsetEdge) != std::end(edges)) return {};
-  const auto hold = [](int value, int least, int most) {
-    return std::clamp(value, std::min(least, most), most);
+  // The file may hold any numbers: differences don't fit an int.
+  const auto hold = [](std::int64_t value, int least, int most) {
+    return static_cast<int>(std::clamp<std::int64_t>(value, std::min(least, most), most));
   };
-  const QSize size(hold(edges[2] - edges[0], style::kLeastWindowWidth, screen.width()),
-                   hold(edges[3] - edges[1], style::kLeastWindowHeight, screen.height()));
+  const QSize size(hold(std::int64_t{edges[2]} - edges[0], style::kLeastWindowWidth, screen.width()),
+                   hold(std::int64_t{edges[3]} - edges[1], style::kLeastWindowHeight, screen.height()));
   const QPoint corner(hold(edges[0], screen.left(), screen.left() + screen.width() - size.width()),
                       hold(edges[1], screen.top(), screen.top() + screen.height() - size.height()));
   return {corner, size};
@@ -94,8 +113,7 @@ fs::path path_of_argument(const std::string& name) {
 }
 
 std::string usage_text() {
-  std::string text =
-      "Usage: vellumcraft [OPTION]... [FILE]\n\nOpens a PNG or animated PNG file.\n\n";
+  std::string text = "Usage: vellumcraft [OPTION]... [FILE]\n\nOpens a PNG or animated PNG file.\n\n";
   for (const OptionRow& row : kOptions) {
     std::string left(row.name);
     if (row.value) left.append(" ").append(row.value);
@@ -112,8 +130,20 @@ bool desktop_named(std::span<const char* const> arguments) {
   });
 }
 
+bool load_settings(const StartOptions& options) {
+  config_open(options.config);
+  settings::ApplicationPath = to_path(QCoreApplication::applicationDirPath()).string();
+  for (const std::string& assignment : options.settings) {
+    std::string reason;
+    if (set_setting_for_run(assignment, reason)) continue;
+    std::fprintf(stderr, "vellumcraft: --set %s: %s\n", assignment.c_str(), reason.c_str());
+    return false;
+  }
+  return true;
+}
+
 void show_main_window(QWidget& window) {
-  const QRect screen = window.screen()->availableGeometry();
+  const QRect screen = screen_of_stored_place(window);
   window.setMinimumSize(std::min(style::kLeastWindowWidth, screen.width()),
                         std::min(style::kLeastWindowHeight, screen.height()));
   const QRect place = stored_place(screen);
@@ -124,6 +154,16 @@ void show_main_window(QWidget& window) {
     window.move(screen.center() - window.rect().center());
   }
   settings::StartMaximized != 0 ? window.showMaximized() : window.show();
+}
+
+void record_window_place(const QWidget& window) {
+  settings::StartMaximized = window.isMaximized() ? 1 : 0;
+  const QRect place = window.normalGeometry();
+  if (!place.isValid()) return;
+  settings::StickyWindowLeft = place.left();
+  settings::StickyWindowTop = place.top();
+  settings::StickyWindowRight = place.left() + place.width();
+  settings::StickyWindowBottom = place.top() + place.height();
 }
 
 }  // namespace vellum

@@ -6,14 +6,17 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vellum {
 
 struct StartOptions {
   bool help = false, version = false;
-  std::filesystem::path file;        ///< to open; empty without one
-  std::filesystem::path screenshot;  ///< where to write a picture of the window; empty: stay and work
-  std::string error;                 ///< what is wrong with the command line; empty: nothing
+  std::filesystem::path file;         ///< to open; empty without one
+  std::filesystem::path screenshot;   ///< where to write a picture of the window; empty: stay and work
+  std::filesystem::path config;       ///< configuration file of this run; empty: the user's
+  std::vector<std::string> settings;  ///< "Key=Value", for this run
+  std::string error;                  ///< what is wrong with the command line; empty: nothing
 };
 
 /// `arguments` without the program's name. What is no option is one file name, its parts joined by a blank.
@@ -29,7 +32,14 @@ std::string usage_text();
 /// Whether a desktop can be reached: a display is named, or the platform is (by variable or option).
 bool desktop_named(std::span<const char* const> arguments);
 
+/// Loads the configuration and sets what the command line sets. False, with the reason on standard error,
+/// when that is no setting.
+bool load_settings(const StartOptions& options);
+
 /// Puts the window where it stood at the last exit, as far as it fits the screen, and shows it.
 void show_main_window(QWidget& window);
+
+/// Records where the window stands, for the next start.
+void record_window_place(const QWidget& window);
 
 }  // namespace vellum

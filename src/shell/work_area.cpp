@@ -2,7 +2,7 @@
 
 #include <QEvent>
 
-#include "shell/settings.h"
+#include "configuration/shell_settings.h"
 #include "shell/style.h"
 
 namespace vellum {
@@ -38,7 +38,8 @@ void WorkArea::add(DocumentFrame* frame) {
   const QMdiSubWindow* before = currentSubWindow();
   const bool maximized = before && before->isMaximized();
   const QSize client = viewport()->size();
-  const QSize size(std::min(settings::FileWindowX, client.width()), new_height(client.height()));
+  const QSize size(std::clamp(settings::FileWindowX, 1, std::max(client.width(), 1)),
+                   new_height(client.height()));
   const QPoint place = next_place(size);
   addSubWindow(frame);
   frame->setGeometry(QRect(place, size));

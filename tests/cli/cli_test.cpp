@@ -1,6 +1,8 @@
 // The built command-line tool: what it prints, its exit status, and what it leaves on the disk.
+#include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -19,6 +21,9 @@ using testing::zero_image;
 
 class Tool : public ::testing::Test {
  protected:
+  // No test may see, or change, what the user has set.
+  Tool() { setenv("XDG_CONFIG_HOME", folder_.path().c_str(), 1); }
+
   testing::ToolResult vellum(std::vector<std::string> words) {
     words.insert(words.begin(), testing::program_folder() / "vellum");
     return run_tool(words);
@@ -126,6 +131,67 @@ TEST_F(Tool, WarnsOfWrongCrcsUnlessToldNotTo) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output.find("warning"), std::string::npos);
   }
+}
+
+TEST_F(Tool, ConfigListsGetsAndSets) {
+  const fs::path file = folder_ / "Tarnwick/Vellumcraft 15.ini";
+  const auto output = [&](std::vector<std::string> words) {
+    words.insert(words.begin(), "config");
+    const auto result = vellum(words);
+    EXPECT_EQ(result.status, 0) << result.output;
+    return result.output;
+  };
+  EXPECT_EQ(output({"get", "PngCompression"}), "9\n");
+  EXPECT_EQ(output({"set", "PngCompression", "3"}) + output({"set", "ColorBalRed", "-10"}), "");
+  EXPECT_EQ(output({"set", "ForRent", "a = b"}), "");
+  EXPECT_EQ(output({"get", "ColorBalRed"}), "-10\n");
+  EXPECT_EQ(output({"get", "ForRent"}), "a = b\n");
+  const std::string list = output({"list"});
+  EXPECT_TRUE(list.starts_with("AddInstructionsToNew = 1\nAllowAdvancedPalettes = 0\n")) << list;
+  EXPECT_NE(list.find("\nPngCompression = 3  (default: 9)\n"), std::string::npos);
+  const auto json = nlohmann::json::parse(output({"list", "--json"}));
+  EXPECT_EQ(json["PngCompression"], nlohmann::json::parse(R"({"value": 3, "default": 9})"));
+  EXPECT_EQ(json["ForRent"]["default"], "This space for rent...");
+  std::ostringstream text;
+  text << std::ifstream(file).rdbuf();
+  EXPECT_NE(text.str().find("\nColorBalRed = 4294967286\n"), std::string::npos);
+}
+
+TEST_F(Tool, ConfigRefusesAndTellsWhy) {
+  struct Case {
+    std::vector<std::string> words;
+    int status;
+    const char* output;
+  };
+  const Case cases[] = {
+      {{"config", "get", "Nothing"}, 2, "there is no setting \"Nothing\""},
+      {{"config", "set", "Png", "3"}, 2, "there is no setting \"Png\""},
+      {{"config", "set", "PngCompression", "x"}, 2, "PngCompression must be a whole number"},
+      {{"config", "set", "WarnBadFileCRC", "0"}, 2, "not read from the file"},
+      {{"config", "set", "PngCompression"}, 2, "VALUE is required"},
+      {{"config"}, 2, "subcommand"},
+      {{"--config", animation() / "x.ini", "config", "set", "UndoLevels", "4"}, 1, "error writing this file"},
+  };
+  for (const Case& c : cases) {
+    const auto result = vellum(c.words);
+    EXPECT_EQ(result.status, c.status) << c.output << " | " << result.output;
+    EXPECT_NE(result.output.find(c.output), std::string::npos) << result.output;
+  }
+  EXPECT_FALSE(fs::exists(folder_ / "Tarnwick"));
+}
+
+TEST_F(Tool, CommandsUseTheFileAndTheRunOverrulesIt) {
+  ASSERT_EQ(vellum({"config", "set", "APNGOpen", "0"}).status, 0);
+  const auto kind = [&](std::vector<std::string> words) {
+    for (const std::string& word : {std::string("list"), std::string("--json"), animation().string()})
+      words.push_back(word);
+    return nlohmann::json::parse(vellum(words).output)["kind"];
+  };
+  EXPECT_EQ(kind({}), "PING");
+  EXPECT_EQ(kind({"--set", "APNGOpen=1"}), "APNG");
+  EXPECT_EQ(kind({"--config", folder_ / "none.ini"}), "APNG");
+  ASSERT_EQ(vellum({"--set", "APNGOpen=1", "config", "set", "UndoLevels", "4"}).status, 0);
+  EXPECT_EQ(vellum({"config", "get", "APNGOpen"}).output, "0\n");
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 #include <QFile>
 #include <QMenu>
 
-#include "shell/settings.h"
+#include "configuration/shell_settings.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {

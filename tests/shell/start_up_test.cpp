@@ -1,8 +1,13 @@
 #include "shell/start_up.h"
 
+#include <QScreen>
 #include <fstream>
 
+#include "configuration/config_file.h"
+#include "configuration/shell_settings.h"
+#include "core/settings.h"
 #include "shell_fixture.h"
+#include "support/settings_guard.h"
 
 namespace vellum::testing {
 namespace {
@@ -22,6 +27,8 @@ TEST(StartUp, TakesOptionsOutAndJoinsTheRestIntoOneName) {
       {{"my", "holiday.png"}, "my holiday.png", "", false},
       {{"--screenshot", "out.png", "a.png"}, "a.png", "out.png", false},
       {{"--screenshot"}, "", "", true},
+      {{"--set", "A=1", "--config", "c.ini", "a.png"}, "a.png", "", false},
+      {{"--set"}, "", "", true},
       {{"--unknown", "a.png"}, "", "", true},
       {{"--", "--help"}, "--help", "", false},
       {{"/V/x.png"}, "/V/x.png", "", false},
@@ -44,6 +51,72 @@ TEST(StartUp, QuotesGoOnlyWhereTheNameWithThemDoesNotExist) {
   EXPECT_EQ(path_of_argument(quoted.string()), quoted);
   EXPECT_EQ(path_of_argument("file:///tmp/a%20b%23.png"), "/tmp/a b#.png");
   EXPECT_EQ(path_of_argument("file://elsewhere.example"), "file://elsewhere.example");
+}
+
+TEST(StartUp, ThePlaceOfTheWindowComesBack) {
+  const SettingsGuard guard;
+  const ScratchFolder folder;
+  StartOptions options;
+  options.config = folder / "place.ini";
+  const QSize screen = QGuiApplication::primaryScreen()->availableGeometry().size();
+  const QRect place(QPoint(20, 30), screen - QSize(60, 70));
+  const auto run = [&](bool maximize, auto&& look) {
+    reset_settings();
+    ASSERT_TRUE(load_settings(options));
+    MainWindow window;
+    show_main_window(window);
+    look(window);
+    if (maximize) window.showMaximized();
+    QTest::qWait(0);
+    window.close();
+  };
+  run(false, [&](MainWindow& window) {
+    EXPECT_TRUE(window.isMaximized());
+    window.showNormal();
+    window.setGeometry(place);
+  });
+  run(true, [&](MainWindow& window) {
+    EXPECT_FALSE(window.isMaximized());
+    EXPECT_EQ(window.geometry(), place);
+  });
+  run(false, [&](MainWindow& window) {
+    EXPECT_TRUE(window.isMaximized());
+    EXPECT_EQ(window.normalGeometry(), place);
+  });
+}
+
+TEST(StartUp, APlaceEditedByHandIsHeldToTheScreen) {
+  const SettingsGuard guard;
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  settings::StartMaximized = 0;
+  const int edges[][4] = {{-2147483647 - 1, -5, 2147483646, 2147483646},
+                          {2147483646, 2147483646, -2147483647 - 1, 0},
+                          {100000, -100000, 100001, -99999}};
+  for (const auto& [left, top, right, bottom] : edges) {
+    settings::StickyWindowLeft = left, settings::StickyWindowTop = top;
+    settings::StickyWindowRight = right, settings::StickyWindowBottom = bottom;
+    QWidget window;
+    show_main_window(window);
+    // A platform may still move the window by its frame.
+    EXPECT_TRUE(screen.contains(window.geometry().center())) << "from " << left << ", " << top;
+    EXPECT_TRUE(screen.size().expandedTo(window.size()) == screen.size()) << "from " << left << ", " << top;
+  }
+}
+
+TEST(StartUp, SettingsOfTheCommandLineAreCheckedAndNotWritten) {
+  const SettingsGuard guard;
+  const ScratchFolder folder;
+  StartOptions options;
+  options.config = folder / "x.ini";
+  options.settings = {"UndoLevels=7"};
+  reset_settings();
+  ASSERT_TRUE(load_settings(options));
+  EXPECT_EQ(settings::UndoLevels, 7);
+  config_save_changes();
+  reset_settings();
+  options.settings = {"NoSuchKey=1"};
+  EXPECT_FALSE(load_settings(options));
+  EXPECT_EQ(settings::UndoLevels, 10);
 }
 
 struct ProgramRun {

@@ -1,0 +1,159 @@
+#include "configuration/config_file.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <vector>
+
+#include "base/file.h"
+#include "base/text.h"
+#include "configuration/config_line.h"
+#include "configuration/setting_values.h"
+#include "configuration/settings.h"
+
+namespace vellum {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Some forty times what all settings take.
+constexpr std::uint64_t kMaximumConfigBytes = std::uint64_t{1} << 20;
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+/// What the file of the last load or save holds; empty where there was none.
+std::vector<SettingValue>& values_in_file() {
+  static std::vector<SettingValue> values;
+  return values;
+}
+
+fs::path& file_of_run() {
+  static fs::path path;
+  return path;
+}
+
+fs::path home_folder() {
+  if (const char* home = std::getenv("HOME"); home && *home) return home;
+  const passwd* user = getpwuid(getuid());
+  return user && user->pw_dir ? user->pw_dir : "/";
+}
+
+fs::path config_home() {
+  const char* named = std::getenv("XDG_CONFIG_HOME");
+  // XDG Base Directory Specification: a path that is not absolute is to be ignored.
+  if (named && fs::path(named).is_absolute()) return named;
+  return home_folder() / ".config";
+}
+
+std::vector<SettingValue> values_to_store() {
+  std::vector<SettingValue> values;
+  values.reserve(setting_table().size());
+  for (const SettingRow& row : setting_table()) values.push_back(stored_value(row));
+  return values;
+}
+
+std::string header(std::time_t when) {
+  std::tm local{};
+  localtime_r(&when, &local);
+  char time[32] = {};
+  asctime_r(&local, time);
+  return format_text(
+      ";Vellumcraft configuration file\n;Edit this at your own risk\n;%s.%d%c revision %d\n"
+      ";Last updated %24.24s\n;\n[%s]\n",
+      "Vellumcraft", settings::VersionMajor, static_cast<char>(settings::VersionLetter),
+      settings::VersionRevision, time, "Vellumcraft");
+}
+
+void keep_backups(const fs::path& path) {
+  const fs::path backup = backup_path(path);
+  std::error_code error;
+  if (fs::exists(backup, error)) replace_by_copy(backup, backup_path(backup), error);
+  if (fs::exists(path, error)) replace_by_copy(path, backup, error);
+}
+
+/// The file of the newest earlier major version beside `path`; empty without one.
+fs::path earlier_version(const fs::path& path) {
+  constexpr std::string_view kStart = "Vellumcraft ", kEnd = ".ini";
+  fs::path newest;
+  int newest_version = 0;
+  std::error_code error;
+  for (const auto& item : fs::directory_iterator(path.parent_path(), error)) {
+    const std::string name = item.path().filename().string();
+    if (!name.starts_with(kStart) || !name.ends_with(kEnd)) continue;
+    const char* const end = name.data() + name.size() - kEnd.size();
+    int version = 0;
+    const auto [stop, fault] = std::from_chars(name.data() + kStart.size(), end, version);
+    if (fault != std::errc{} || stop != end) continue;
+    if (version <= newest_version || version >= settings::VersionMajor) continue;
+    newest_version = version;
+    newest = item.path();
+  }
+  return newest;
+}
+
+}  // namespace
+
+fs::path config_path(std::string_view name) { return config_home() / "Tarnwick" / name; }
+
+std::string config_read(const fs::path& path) {
+  std::string reason;
+  const auto content = read_file(path, reason, kMaximumConfigBytes);
+  return content ? std::string(content->data(), content->data() + content->size()) : std::string();
+}
+
+void config_parse(std::string_view text) {
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  while (!text.empty()) {
+    const std::string_view line = take_config_line(text);
+    const auto parts = split_config_line(line);
+    if (!parts) continue;
+    const SettingRow* row = find_setting_by_prefix(parts->key);
+    if (row) change_setting(*row, read_config_value(*row, parts->value));
+  }
+}
+
+std::string config_text(std::time_t when) {
+  std::string text = header(when);
+  for (const SettingRow& row : setting_table())
+    if ((row.flags & kUnstored) == 0) text += config_line(row, stored_value(row)) + '\n';
+  return text;
+}
+
+bool config_load(const fs::path& path) {
+  std::error_code error;
+  const bool there = fs::exists(path, error) || error;
+  config_parse(config_read(path));
+  values_in_file() = there ? values_to_store() : std::vector<SettingValue>{};
+  return there;
+}
+
+bool config_save(const fs::path& path) {
+  std::error_code error;
+  if (path.has_parent_path()) fs::create_directories(path.parent_path(), error);
+  keep_backups(path);
+  const std::string text = config_text(std::time(nullptr));
+  SafeFile file(path);
+  if (!file.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) || !file.commit())
+    return false;
+  values_in_file() = values_to_store();
+  return true;
+}
+
+bool config_changed_since_load() { return values_in_file() != values_to_store(); }
+
+void config_open(const fs::path& path) {
+  file_of_run() = path.empty() ? config_path(kConfigFileName) : path;
+  if (config_load(config_file()) || config_file().filename() != kConfigFileName) return;
+  if (const fs::path earlier = earlier_version(config_file()); !earlier.empty())
+    config_parse(config_read(earlier));
+}
+
+const fs::path& config_file() { return file_of_run(); }
+
+void config_save_changes() {
+  if (!config_file().empty() && config_changed_since_load()) config_save(config_file());
+}
+
+}  // namespace vellum

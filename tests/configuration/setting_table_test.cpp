@@ -1,0 +1,185 @@
+#include "configuration/setting_table.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "setting_names.h"
+#include "support/settings_guard.h"
+
+namespace vellum::testing {
+namespace {
+
+std::vector<std::string_view> names(std::span<const SettingRow> rows) {
+  std::vector<std::string_view> found;
+  for (const SettingRow& row : rows) found.push_back(row.name);
+  return found;
+}
+
+TEST(SettingTable, HoldsTheKeysInTheirOrder) {
+  const auto rows = setting_table();
+  constexpr std::size_t kListed = std::size(kSettingNames);
+  ASSERT_EQ(kListed, 663u);
+  ASSERT_GE(rows.size(), kListed + std::size(kLaterSettingNames));
+  EXPECT_THAT(names(rows.first(kListed)), ::testing::ElementsAreArray(kSettingNames));
+  EXPECT_THAT(names(rows.subspan(kListed, std::size(kLaterSettingNames))),
+              ::testing::ElementsAreArray(kLaterSettingNames));
+}
+
+TEST(SettingTable, NoNameBeginsAnEarlierOne) {
+  const auto rows = setting_table();
+  for (std::size_t late = 0; late < rows.size(); ++late)
+    for (std::size_t early = 0; early < late; ++early) {
+      EXPECT_FALSE(rows[early].name != rows[late].name && rows[early].name.starts_with(rows[late].name))
+          << rows[late].name << " would be taken for " << rows[early].name;
+    }
+}
+
+TEST(SettingTable, EachRowHasAVariableOfItsOwnAndFlagsThatReadIt) {
+  std::set<const void*> variables;
+  int repeated = 0;
+  for (const SettingRow& row : setting_table()) {
+    EXPECT_NE(row.number == nullptr, row.text == nullptr) << row.name;
+    EXPECT_EQ(row.text != nullptr, (row.flags & kText) != 0) << row.name;
+    EXPECT_EQ(row.number != nullptr, (row.flags & (kFlag | kNumber)) != 0) << row.name;
+    const void* variable = row.text ? static_cast<const void*>(row.text) : row.number;
+    if (is_repeated(row)) {
+      EXPECT_EQ(row.name, "NewAnimationWizardExactThumbnails");
+      EXPECT_TRUE(variables.contains(variable));
+      ++repeated;
+    } else {
+      EXPECT_TRUE(variables.insert(variable).second) << row.name << " has another row's variable";
+    }
+  }
+  EXPECT_EQ(repeated, 1);
+}
+
+TEST(SettingTable, AKeyMeansTheFirstRowThatBeginsWithIt) {
+  const auto rows = setting_table();
+  const auto by_walking = [&](std::string_view key) -> const SettingRow* {
+    for (const SettingRow& row : rows)
+      if ((row.flags & (kUnstored | kInformation)) == 0 && row.name.substr(0, key.size()) == key) return &row;
+    return nullptr;
+  };
+  for (const SettingRow& row : rows)
+    for (std::size_t length = 1; length <= row.name.size(); ++length) {
+      const std::string_view key = row.name.substr(0, length);
+      ASSERT_EQ(find_setting_by_prefix(key), by_walking(key)) << key;
+    }
+  EXPECT_EQ(find_setting_by_prefix("Banner")->name, "BannerEmbossedAntialias");
+  EXPECT_EQ(find_setting_by_prefix("ImportFilterIndex")->name, "ImportFilterIndex");
+  for (const char* none : {"WarnBadFileCRC", "Version", "PngCompressions", "pngcompression", "[", "~"})
+    EXPECT_EQ(find_setting_by_prefix(none), nullptr) << none;
+}
+
+TEST(SettingTable, BeginsWithTheStatedDefaults) {
+  struct Case {
+    const char* name;
+    unsigned flags;
+    int number;
+  };
+  const Case cases[] = {
+      {"AddInstructionsToNew", kFlag, 1},
+      {"APNGIncludeTextChunks", kFlag, 1},
+      {"APNGOpen", kFlag, 1},
+      {"AutoUpdateTime", kFlag, 1},
+      {"CreateBackups", kFlag, 0},
+      {"DefaultWidth", kNumber, 160},
+      {"DefaultDepth", kNumber, 100},
+      {"DefaultBackgroundColour", kNumber | kColour, 16777215},
+      {"DefaultPalette", kNumber | kChoice, 5},
+      {"DefaultViewMode", kNumber | kChoice, 5},
+      {"DefaultAnimationType", kNumber | kChoice, 1},
+      {"EditListMaximum", kNumber | kLimited, 10},
+      {"HistoryMaximumCount", kNumber | kLimited, 10},
+      {"IdentifyFiles", kFlag, 1},
+      {"InterlaceDelay", kNumber | kLimited, 4},
+      {"LogoDelay", kNumber, 8000},
+      {"MaximumPreviewDimension", kNumber | kLimited, 800},
+      {"MDIClientBackground", kNumber | kChoice, 13},
+      {"MDIClientColor", kNumber | kColour, 8421504},
+      {"PngCompression", kNumber | kLimited, 9},
+      {"RememberFileHistoryCount", kNumber | kLimited, 10},
+      {"RememberFileHistoryEnable", kFlag, 1},
+      {"ShowStartupWindow", kFlag, 1},
+      {"SoftButtons", kNumber | kChoice, 1},
+      {"StartMaximized", kFlag, 1},
+      {"UndoLevels", kNumber | kLimited, 10},
+      {"UseWindowsThumbnailCache", kFlag, 1},
+      {"ViewStackSize", kNumber | kLimited, 1024},
+      {"WarnBadPalChunk", kFlag, 1},
+      {"WarnKillChunk", kFlag, 1},
+      {"WarnKillIDAT", kFlag, 1},
+      {"WarnKillPLTE", kFlag, 1},
+      {"WarnMerge", kFlag, 1},
+      {"WarnMultipleDelete", kFlag, 1},
+      {"WEBPQualityFactor", kNumber | kLimited, 75},
+      {"AVIQualityFactor", kNumber | kLimited, 8500},
+      {"WarnBadFileCRC", kFlag | kUnstored, 1},
+      {"VersionMajor", kNumber | kInformation, 15},
+      {"StickyWindowRight", kNumber, 0x7FFFFFFF},
+      {"NewAnimationWizardDelay", kNumber, 100},
+      {"SupercompressionOptions", kNumber, 58},
+      {"GIFMaskColor", kNumber | kColour, 0xFFFFFF},
+      {"WizardTransparentMaskColor", kNumber | kColour, 0x808080},
+      {"TransitionSandstormBlockSize", kNumber, 500},
+      {"SpinFrame", kNumber, 110},
+      {"HidePlugins", kFlag, 0},
+  };
+  for (const Case& c : cases) {
+    const SettingRow* row = find_setting(c.name);
+    ASSERT_NE(row, nullptr) << c.name;
+    EXPECT_EQ(default_value(*row).number, c.number) << c.name;
+    EXPECT_EQ(row->flags, c.flags) << c.name;
+  }
+  EXPECT_EQ(default_value(*find_setting("ForRent")).text, "This space for rent...");
+  EXPECT_EQ(default_value(*find_setting("BPPrefixTextOverlay")).text, "TextOverlay_");
+  EXPECT_EQ(default_value(*find_setting("ThemeCurrent")).text, "THEME_Carbon Medium.dll");
+  EXPECT_EQ(find_setting("MDIClientImage")->flags, static_cast<unsigned>(kText | kPath));
+}
+
+TEST(SettingValues, TakeWhatPeopleWriteAndRefuseTheRest) {
+  struct Case {
+    const char* text;
+    std::optional<int> number;
+  };
+  const Case cases[] = {
+      {"3", 3},    {"-10", -10},       {"4294967286", -10}, {"2147483647", 2147483647},
+      {"", {}},    {"x", {}},          {"3x", {}},          {"0x10", {}},
+      {"3.5", {}}, {"4294967296", {}}, {"-2147483649", {}}, {"99999999999999999999", {}},
+  };
+  const SettingRow& row = *find_setting("ColorBalRed");
+  for (const Case& c : cases) {
+    std::string reason;
+    const auto value = parse_setting(row, c.text, reason);
+    EXPECT_EQ(value.has_value(), c.number.has_value()) << c.text;
+    EXPECT_EQ(reason.empty(), c.number.has_value()) << c.text;
+    if (value && c.number) {
+      EXPECT_EQ(value->number, *c.number);
+    }
+  }
+}
+
+TEST(SettingValues, OfOneRunStayOutOfTheFile) {
+  const SettingsGuard guard;
+  const SettingRow& row = *find_setting("PngCompression");
+  const auto stored = [&] { return stored_value(row).number; };
+  std::string reason;
+  change_setting(row, {4, {}});
+  EXPECT_TRUE(set_setting_for_run(" PngCompression = 2 ", reason)) << reason;
+  EXPECT_TRUE(set_setting_for_run("PngCompression=1", reason)) << reason;
+  EXPECT_EQ(*row.number, 1);
+  EXPECT_EQ(stored(), 4);
+  *row.number = 7;  // changed in the program, as by a dialog
+  EXPECT_EQ(stored(), 7);
+  *row.number = 1;
+  change_setting(row, {1, {}});
+  EXPECT_EQ(stored(), 1);
+  EXPECT_TRUE(set_setting_for_run("ForRent=" + std::string(259, 'x') + "\u00e9", reason));
+  EXPECT_EQ(setting_value(*find_setting("ForRent")).text, std::string(259, 'x'));
+  EXPECT_FALSE(set_setting_for_run("PngCompression", reason));
+  EXPECT_FALSE(set_setting_for_run("PngCompressio=1", reason));
+}
+
+}  // namespace
+}  // namespace vellum::testing
