@@ -7,12 +7,29 @@
 #include "base/limits.h"
 #include "base/text.h"
 #include "core/read_png.h"
+#include "core/read_webp.h"
 #include "core/settings.h"
 
 namespace vellum {
 namespace {
 
 using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&);
+
+/// Who reads files of an extension.
+struct ReaderRow {
+  std::string_view extension;  ///< with its dot, in any case
+  Reader reader;
+};
+
+constexpr ReaderRow kReaders[] = {
+    {".webp", read_webp},
+};
+
+Reader reader_for(const std::filesystem::path& path) {
+  for (const ReaderRow& row : kReaders)
+    if (equal_ignoring_case(path.extension().native(), row.extension)) return row.reader;
+  return read_png;
+}
 
 /// What the first bytes of a file tell: `size` bytes at `offset` are `bytes`.
 struct ContentRow {
@@ -29,7 +46,7 @@ constexpr ContentRow kContents[] = {
     {0, "\x89PNG\r\n\x1a\n"sv, "a PNG", false, read_png},
     {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false, nullptr},
     {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", false, nullptr},
-    {8, "WEBP"sv, "a WebP", false, nullptr},
+    {8, "WEBP"sv, "a WebP", false, read_webp},
     {0, "GIF8"sv, "a GIF", true, nullptr},
     {0, "\xFF\xD8\xFF"sv, "a JPEG", true, nullptr},
     {0, "BM"sv, "a BMP", true, nullptr},
@@ -72,7 +89,7 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   Document& document = window.document;
   document.fileName = path;
   document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
-  const Reader reader = read_png;
+  const Reader reader = reader_for(path);
   bool read = false;
   try {
     read = reader(window, *file, host);

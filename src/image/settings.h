@@ -7,6 +7,7 @@ namespace vellum::settings {
 inline int ImageJpegExifOrientation = 1;        ///< flag: turn JPEG files by their EXIF orientation
 inline int WEBPQualityFactor = 75;              ///< 0 to 100
 inline int WEBPLossless = 0;                    ///< flag
+inline int WebPAllowMixed = 0;                  ///< flag: WebP frames with or without loss, the smaller
 inline int PngCompression = 9;                  ///< 0 (stored) to 9 (smallest)
 inline int DefaultBackgroundColour = 0xFFFFFF;  ///< 0xBBGGRR
 
