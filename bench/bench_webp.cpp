@@ -63,7 +63,8 @@ std::vector<std::uint8_t> saved(DocumentWindow window, int lossless) {
   std::string reason;
   auto bytes = read_file(scratch(), reason, 1u << 30);
   std::filesystem::remove(scratch());
-  return {bytes->begin(), bytes->end()};
+  const std::span<const std::uint8_t> whole = *bytes;
+  return {whole.begin(), whole.end()};
 }
 
 const std::vector<std::uint8_t>& webp_file(std::int64_t which) {

@@ -1,21 +1,12 @@
 #include "core/read_webp.h"
 
-#include "base/byte_order.h"
 #include "base/limits.h"
 #include "core/chunk_layout.h"
 #include "core/new_chunk.h"
-#include "image/picture_rows.h"
 #include "image/webp_service.h"
 
 namespace vellum {
 namespace {
-
-/// A frame as the service gave it.
-struct ComposedFrame {
-  Picture picture;
-  std::int64_t timestamp = 0;  ///< when it ends
-  std::uint32_t dispose = 0;
-};
 
 /// A file that is being read.
 struct WebpReading {
@@ -23,7 +14,7 @@ struct WebpReading {
   Host& host;
   const Progress& progress;
   std::span<const std::uint8_t> file;
-  std::vector<ComposedFrame> frames;
+  std::vector<WebpFrame> frames;
   std::uint32_t frameCount = 0;
   bool told = false;  ///< the reason of a failure is kept already
 
@@ -81,21 +72,8 @@ bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
                 animation.bitsPerPixel == 32 ? 6u : 2u, animation.bitsPerPixel, animation.backgroundColor});
 }
 
-/// Red, green, blue, alpha to the order of a picture.
-void put_row(std::uint8_t* row, const std::uint8_t* pixels, std::size_t width) {
-  for (std::size_t x = 0; x < width; ++x)
-    write_le32(row + 4 * x, swap_red_and_blue(read_le32(pixels + 4 * x)));
-}
-
 bool take_frame(WebpReading& reading, const WebpFrame& frame) {
-  const WebpHeaderFields& canvas = reading.window.list.record(0).webpHeader;
-  Picture picture = create_rows(canvas.canvasWidth, canvas.canvasHeight, nullptr, 32);
-  if (!picture) return reading.fail("memory is exhausted", FaultKind::Limit);
-  const EditRows rows(picture);
-  for_each_row(canvas.canvasHeight, rows.stride, [&](std::uint32_t y) {
-    put_row(rows[y], &frame.pixels[4 * frame.stride * y], canvas.canvasWidth);
-  });
-  reading.frames.push_back({std::move(picture), frame.timestamp, frame.dispose});
+  reading.frames.push_back(frame);
   reading.progress.step(reading.frames.size(), reading.frameCount);
   return true;
 }
@@ -106,8 +84,8 @@ bool read_animation(WebpReading& reading) {
       [&](const WebpFrame& frame) { return take_frame(reading, frame); });
   if (!decoded) return reading.told ? false : reading.fail("the animation is damaged");
   std::int64_t before = 0;
-  for (const ComposedFrame& frame : reading.frames) {
-    if (!append_frame(reading, frame.picture, frame.timestamp - before, frame.dispose)) return false;
+  for (const WebpFrame& frame : reading.frames) {
+    if (!append_frame(reading, frame.canvas, frame.timestamp - before, frame.dispose)) return false;
     before = frame.timestamp;
   }
   return true;

@@ -51,25 +51,23 @@ WebpPlace place_in(Picture& picture, std::uint32_t x, std::uint32_t y, std::uint
   const EditRows rows(picture);
   if (!rows) return {};
   const std::size_t size = picture.bits() / 8;
-  return {rows[y + height - 1] + size * x,  rows.stride, width, height,
-          size == 4 ? MODE_BGRA : MODE_BGR, true};
+  return {rows[y + height - 1] + size * x, rows.stride, width, height, size};
 }
 
 bool decode_webp_into(std::span<const std::uint8_t> stream, const WebpPlace& place, WebpThreads threads) {
   WebPDecoderConfig config;
-  if (!place.first || !WebPInitDecoderConfig(&config) ||
+  if (!place.bottom || !WebPInitDecoderConfig(&config) ||
       WebPGetFeatures(stream.data(), stream.size(), &config.input) != VP8_STATUS_OK ||
       config.input.width != static_cast<int>(place.width) ||
       config.input.height != static_cast<int>(place.height))
     return false;
-  const std::size_t size = place.mode == MODE_BGR ? 3 : 4;
-  config.options.flip = place.bottom_up;
+  config.options.flip = 1;  // rows of pictures lie bottom up
   config.options.use_threads = threads == WebpThreads::Two;
-  config.output.colorspace = place.mode;
+  config.output.colorspace = place.bytes == 4 ? MODE_BGRA : MODE_BGR;
   config.output.is_external_memory = 1;
-  config.output.u.RGBA.rgba = place.first;
+  config.output.u.RGBA.rgba = place.bottom;
   config.output.u.RGBA.stride = static_cast<int>(place.stride);
-  config.output.u.RGBA.size = place.stride * (place.height - 1) + size * place.width;
+  config.output.u.RGBA.size = place.stride * (place.height - 1) + place.bytes * place.width;
   return WebPDecode(stream.data(), stream.size(), &config) == VP8_STATUS_OK;
 }
 

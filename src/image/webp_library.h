@@ -24,13 +24,12 @@ WebpDemuxer open_webp(std::span<const std::uint8_t> file);
 /// Whether a frame lies inside the canvas.
 bool lies_inside(const WebPIterator& frame, std::uint32_t canvas_width, std::uint32_t canvas_height);
 
-/// Where decoded pixels go.
+/// Where decoded pixels go: a rectangle of a picture.
 struct WebpPlace {
-  std::uint8_t* first = nullptr;  ///< the first byte in memory: of the top row, or of the bottom one
-  std::size_t stride = 0;         ///< bytes from one row to the next in memory
+  std::uint8_t* bottom = nullptr;  ///< the first byte of the bottom row, which comes first in memory
+  std::size_t stride = 0;          ///< bytes from one row to the one above it
   std::uint32_t width = 0, height = 0;
-  WEBP_CSP_MODE mode = MODE_BGRA;
-  bool bottom_up = false;
+  std::size_t bytes = 4;  ///< a pixel
 };
 
 /// The rectangle of a picture of 24 or 32 bits, which is written from now on.

@@ -9,6 +9,7 @@
 #include "base/byte_order.h"
 #include "base/limits.h"
 #include "base/parallel.h"
+#include "image/picture_rows.h"
 #include "image/webp_library.h"
 #include "image/webp_service.h"
 
@@ -33,8 +34,7 @@ struct Animation {
   WebpAnimation canvas;
   std::vector<FileFrame> frames;
 
-  std::size_t stride() const { return 4 * std::size_t{canvas.canvasWidth}; }
-  std::size_t bytes() const { return stride() * canvas.canvasHeight; }
+  std::size_t bytes() const { return 4 * std::size_t{canvas.canvasWidth} * canvas.canvasHeight; }
 };
 
 WebpAnimation canvas_of(const WebPDemuxer* demuxer) {
@@ -151,84 +151,79 @@ void compose_row(const RowJob& job, std::uint32_t y) {
 /// Frames that are worked on at the same time, and the canvas in front of the first of them.
 class Batch {
  public:
-  explicit Batch(const Animation& animation) : animation_(animation) {
-    constexpr std::size_t kMostBytes = std::size_t{64} << 20;
-    const std::size_t most = std::clamp<std::size_t>(kMostBytes / animation.bytes(), 1, 64);
-    canvases_.resize(std::min(most, animation.frames.size()));
-    for (ChunkHandle& canvas : canvases_) canvas = ChunkHandle::create_for_overwrite(animation.bytes());
-    before_ = ChunkHandle::create_for_overwrite(animation.bytes());
-  }
+  explicit Batch(const Animation& animation) : animation_(animation) {}
 
-  bool ok() const {
-    return before_ &&
-           std::ranges::all_of(canvases_, [](const ChunkHandle& c) { return static_cast<bool>(c); });
-  }
-  std::size_t size() const { return canvases_.size(); }
-  const ChunkHandle& canvas(std::size_t i) const { return canvases_[i]; }
+  const Picture& canvas(std::size_t i) const { return canvases_[i]; }
 
-  /// Makes the canvases of frames first .. first + count - 1.
+  /// Makes the canvases of frames first .. first + count - 1; the frames in front of them were made before.
   bool make(std::size_t first, std::size_t count) {
-    if (first != 0) std::swap(before_, canvases_.back());
-    if (!decode(first, count)) return false;
-    compose(first, count);
+    if (!canvases_.empty()) before_ = canvases_.back();
+    canvases_.clear();
+    rows_.clear();
+    for (std::size_t i = 0; i < count; ++i) {
+      const WebpAnimation& size = animation_.canvas;
+      canvases_.push_back(create_rows(size.canvasWidth, size.canvasHeight, nullptr, 32));
+      if (!canvases_.back()) return false;
+      rows_.emplace_back(canvases_.back());
+    }
+    if (!decode(first)) return false;
+    compose(first);
     return true;
   }
 
  private:
-  bool decode(std::size_t first, std::size_t count) {
+  bool decode(std::size_t first) {
     std::atomic<bool> failed = false;
-    parallel_for(count, [&](std::size_t i) {
+    parallel_for(canvases_.size(), [&](std::size_t i) {
       const FileFrame& frame = animation_.frames[first + i];
-      std::uint8_t* const place =
-          canvases_[i].edit() + frame.y * animation_.stride() + 4 * std::size_t{frame.x};
-      if (!failed &&
-          !decode_webp_into(frame.stream, {place, animation_.stride(), frame.width, frame.height, MODE_RGBA},
-                            WebpThreads::One))
-        failed = true;
+      const WebpPlace place = place_in(canvases_[i], frame.x, frame.y, frame.width, frame.height);
+      if (!failed && !decode_webp_into(frame.stream, place, WebpThreads::One)) failed = true;
     });
     return !failed;
   }
 
   /// A band of rows goes through all frames, so that the canvas before is still in the cache.
-  void compose(std::size_t first, std::size_t count) {
+  void compose(std::size_t first) {
     constexpr std::size_t kBandBytes = std::size_t{128} << 10;
     const std::uint32_t height = animation_.canvas.canvasHeight;
     const std::size_t bands = std::clamp<std::size_t>(animation_.bytes() / kBandBytes, 1, height);
-    std::vector<std::uint8_t*> rows;
-    for (ChunkHandle& canvas : canvases_) rows.push_back(canvas.edit());
     parallel_for(bands, [&](std::size_t band) {
       const auto top = static_cast<std::uint32_t>(height * band / bands);
       const auto bottom = static_cast<std::uint32_t>(height * (band + 1) / bands);
-      for (std::size_t i = 0; i < count; ++i)
-        compose_rows(first + i, rows[i], i == 0 ? before_.data() : rows[i - 1], top, bottom);
+      for (std::size_t i = 0; i < rows_.size(); ++i)
+        for (std::uint32_t y = top; y < bottom; ++y) compose_row(job_of(first, i, y), y);
     });
   }
 
-  void compose_rows(std::size_t index, std::uint8_t* canvas, const std::uint8_t* ground, std::uint32_t top,
-                    std::uint32_t bottom) const {
-    const FileFrame& frame = animation_.frames[index];
-    const FileFrame* before = frame.begins_anew ? nullptr : &animation_.frames[index - 1];
-    for (std::uint32_t y = top; y < bottom; ++y) {
-      const std::size_t at = y * animation_.stride();
-      compose_row({frame, before, canvas + at, ground + at, animation_.canvas.canvasWidth}, y);
-    }
+  RowJob job_of(std::size_t first, std::size_t i, std::uint32_t y) const {
+    const FileFrame& frame = animation_.frames[first + i];
+    const std::size_t width = animation_.canvas.canvasWidth;
+    if (frame.begins_anew) return {frame, nullptr, rows_[i][y], nullptr, width};
+    const std::uint8_t* ground = i == 0 ? before_.row(y) : rows_[i - 1][y];
+    return {frame, &animation_.frames[first + i - 1], rows_[i][y], ground, width};
   }
 
   const Animation& animation_;
-  std::vector<ChunkHandle> canvases_;
-  ChunkHandle before_;
+  std::vector<Picture> canvases_;
+  std::vector<EditRows> rows_;
+  Picture before_;
 };
+
+/// Bounds what lies ready and was not given away yet.
+std::size_t frames_at_once(const Animation& animation) {
+  constexpr std::size_t kMostBytes = std::size_t{128} << 20;
+  return std::clamp<std::size_t>(kMostBytes / animation.bytes(), 1, 64);
+}
 
 bool give_frames(const Animation& animation, const std::function<bool(const WebpFrame&)>& give) {
   Batch batch(animation);
-  if (!batch.ok()) return false;
-  for (std::size_t first = 0; first < animation.frames.size(); first += batch.size()) {
-    const std::size_t count = std::min(batch.size(), animation.frames.size() - first);
+  const std::size_t most = frames_at_once(animation);
+  for (std::size_t first = 0; first < animation.frames.size(); first += most) {
+    const std::size_t count = std::min(most, animation.frames.size() - first);
     if (!batch.make(first, count)) return false;
     for (std::size_t i = 0; i < count; ++i) {
       const FileFrame& frame = animation.frames[first + i];
-      if (!give({frame.end, batch.canvas(i).bytes(), animation.canvas.canvasWidth, frame.dispose}))
-        return false;
+      if (!give({frame.end, batch.canvas(i), frame.dispose})) return false;
     }
   }
   return true;

@@ -51,12 +51,11 @@ struct WebpAnimation {
   Colour backgroundColor = 0;  ///< 0xAABBGGRR
 };
 
-/// What the frame callback is told: the whole canvas while this frame is shown.
+/// What the frame callback is told.
 struct WebpFrame {
-  std::int64_t timestamp = 0;            ///< milliseconds at which the frame ends
-  std::span<const std::uint8_t> pixels;  ///< top-down rows of red, green, blue, alpha; alpha is straight
-  std::size_t stride = 0;                ///< pixels from one row to the next
-  std::uint32_t dispose = 0;             ///< 1: the frame's place is cleared behind it; 0: it stays
+  std::int64_t timestamp = 0;  ///< milliseconds at which the frame ends
+  Picture canvas;              ///< the whole canvas while the frame is shown: 32 bits, straight alpha
+  std::uint32_t dispose = 0;   ///< 1: the frame's place is cleared behind it; 0: it stays
 };
 
 /// Calls `start` once and `frame` for each frame in order, on this thread; either may refuse by false. False
