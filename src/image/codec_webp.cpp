@@ -6,6 +6,12 @@
 namespace vellum {
 namespace {
 
+bool lies_inside(const WebPIterator& frame, std::uint32_t canvas_width, std::uint32_t canvas_height) {
+  return frame.x_offset >= 0 && frame.y_offset >= 0 && frame.width > 0 && frame.height > 0 &&
+         std::int64_t{frame.x_offset} + frame.width <= canvas_width &&
+         std::int64_t{frame.y_offset} + frame.height <= canvas_height;
+}
+
 /// The first frame on its canvas; what it leaves free is transparent.
 Picture decode_first_frame(FileBytes file, Part part) {
   const WebpDemuxer demuxer = open_webp(file);

@@ -40,12 +40,6 @@ WebpDemuxer open_webp(std::span<const std::uint8_t> file) {
   return WebpDemuxer(WebPDemux(&data));
 }
 
-bool lies_inside(const WebPIterator& frame, std::uint32_t canvas_width, std::uint32_t canvas_height) {
-  return frame.x_offset >= 0 && frame.y_offset >= 0 && frame.width > 0 && frame.height > 0 &&
-         std::int64_t{frame.x_offset} + frame.width <= canvas_width &&
-         std::int64_t{frame.y_offset} + frame.height <= canvas_height;
-}
-
 WebpPlace place_in(Picture& picture, std::uint32_t x, std::uint32_t y, std::uint32_t width,
                    std::uint32_t height) {
   const EditRows rows(picture);

@@ -21,9 +21,6 @@ using WebpDemuxer = std::unique_ptr<WebPDemuxer, WebpDemuxerDelete>;
 /// The container taken apart and checked; null for a damaged or cut one. It refers to `file`.
 WebpDemuxer open_webp(std::span<const std::uint8_t> file);
 
-/// Whether a frame lies inside the canvas.
-bool lies_inside(const WebPIterator& frame, std::uint32_t canvas_width, std::uint32_t canvas_height);
-
 /// Where decoded pixels go: a rectangle of a picture.
 struct WebpPlace {
   std::uint8_t* bottom = nullptr;  ///< the first byte of the bottom row, which comes first in memory

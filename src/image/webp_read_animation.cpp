@@ -52,23 +52,41 @@ bool begins_anew(const FileFrame& frame, bool has_alpha, const FileFrame* before
   return before->dispose && (before->covers(canvas) || before->begins_anew);
 }
 
-bool gather_frames(const WebPDemuxer* demuxer, Animation& animation) {
-  WebPIterator found{};
-  const bool any = WebPDemuxGetFrame(demuxer, 1, &found);
-  std::int64_t end = 0;
-  for (bool more = any; more; more = WebPDemuxNextFrame(&found)) {
-    if (!lies_inside(found, animation.canvas.canvasWidth, animation.canvas.canvasHeight)) break;
-    end += std::max(found.duration, 0);
-    FileFrame frame{
-        {found.fragment.bytes, found.fragment.size}, static_cast<std::uint32_t>(found.x_offset),
-        static_cast<std::uint32_t>(found.y_offset),  static_cast<std::uint32_t>(found.width),
-        static_cast<std::uint32_t>(found.height),    end,
-        found.blend_method == WEBP_MUX_BLEND,        found.dispose_method == WEBP_MUX_DISPOSE_BACKGROUND};
-    const FileFrame* before = animation.frames.empty() ? nullptr : &animation.frames.back();
-    frame.begins_anew = begins_anew(frame, found.has_alpha != 0, before, animation.canvas);
-    animation.frames.push_back(frame);
+std::uint32_t read_le24(const std::uint8_t* p) { return read_le32(p) & 0xFFFFFF; }
+
+/// Takes an ANMF chunk's payload apart (WebP container, "Animation"): offsets in pairs of pixels, size less
+/// one, duration, flags, and the image's own chunks.
+bool add_frame(Animation& animation, std::span<const std::uint8_t> payload, std::int64_t& time) {
+  constexpr std::size_t kHead = 16;
+  if (payload.size() <= kHead) return false;
+  FileFrame frame{payload.subspan(kHead),     2 * read_le24(&payload[0]), 2 * read_le24(&payload[3]),
+                  read_le24(&payload[6]) + 1, read_le24(&payload[9]) + 1, time += read_le24(&payload[12]),
+                  (payload[15] & 2) == 0,     (payload[15] & 1) != 0};
+  const WebpAnimation& canvas = animation.canvas;
+  WebPBitstreamFeatures features;
+  if (std::uint64_t{frame.x} + frame.width > canvas.canvasWidth ||
+      std::uint64_t{frame.y} + frame.height > canvas.canvasHeight ||
+      WebPGetFeatures(frame.stream.data(), frame.stream.size(), &features) != VP8_STATUS_OK)
+    return false;
+  const FileFrame* before = animation.frames.empty() ? nullptr : &animation.frames.back();
+  frame.begins_anew = begins_anew(frame, features.has_alpha != 0, before, canvas);
+  animation.frames.push_back(frame);
+  return true;
+}
+
+/// The frames of a file whose container the library found whole. Its own iterator begins at the first frame
+/// each time, so its time grows with the square of their number.
+bool gather_frames(std::span<const std::uint8_t> file, Animation& animation) {
+  constexpr std::size_t kRiffHead = 12, kChunkHead = 8;
+  const std::uint64_t end =
+      std::min<std::uint64_t>(file.size(), std::uint64_t{read_le32(&file[4])} + kChunkHead);
+  std::int64_t time = 0;
+  for (std::uint64_t at = kRiffHead; at + kChunkHead <= end;) {
+    const std::uint64_t size = read_le32(&file[at + 4]);
+    const auto payload = file.subspan(at + kChunkHead, std::min(size, end - at - kChunkHead));
+    if (std::memcmp(&file[at], "ANMF", 4) == 0 && !add_frame(animation, payload, time)) return false;
+    at += kChunkHead + size + size % 2;
   }
-  WebPDemuxReleaseIterator(&found);
   return animation.frames.size() == animation.canvas.frameCount;
 }
 
@@ -240,7 +258,7 @@ bool WEBPGetAnimation(std::span<const std::uint8_t> file,
   Animation animation{canvas_of(demuxer.get()), {}};
   const WebpAnimation& canvas = animation.canvas;
   if (std::uint64_t{canvas.canvasWidth} * canvas.canvasHeight * 4 > kMaximumPictureBytes ||
-      !gather_frames(demuxer.get(), animation))
+      !gather_frames(file, animation))
     return false;
   return start(canvas) && give_frames(animation, frame);
 }
