@@ -6,36 +6,47 @@
 namespace vellum {
 namespace {
 
-bool lies_inside(const WebPIterator& frame, std::uint32_t canvas_width, std::uint32_t canvas_height) {
-  return frame.x_offset >= 0 && frame.y_offset >= 0 && frame.width > 0 && frame.height > 0 &&
-         std::int64_t{frame.x_offset} + frame.width <= canvas_width &&
-         std::int64_t{frame.y_offset} + frame.height <= canvas_height;
+/// The first frame of an animation, and its canvas.
+struct FirstFrame {
+  std::span<const std::uint8_t> stream;
+  std::uint32_t x = 0, y = 0, width = 0, height = 0;
+  std::uint32_t canvasWidth = 0, canvasHeight = 0;
+  bool alpha = false;
+
+  bool covers_canvas() const { return width == canvasWidth && height == canvasHeight; }
+  /// What the frame leaves free of the canvas is transparent.
+  std::uint32_t bits() const { return alpha || !covers_canvas() ? 32 : 24; }
+};
+
+std::optional<FirstFrame> find_first_frame(FileBytes file) {
+  const WebpDemuxer demuxer = open_webp(file);
+  WebPIterator found{};
+  if (!demuxer || !WebPDemuxGetFrame(demuxer.get(), 1, &found)) return std::nullopt;
+  const auto value = [&](WebPFormatFeature feature) { return WebPDemuxGetI(demuxer.get(), feature); };
+  const FirstFrame frame{{found.fragment.bytes, found.fragment.size},
+                         static_cast<std::uint32_t>(found.x_offset),
+                         static_cast<std::uint32_t>(found.y_offset),
+                         static_cast<std::uint32_t>(found.width),
+                         static_cast<std::uint32_t>(found.height),
+                         value(WEBP_FF_CANVAS_WIDTH),
+                         value(WEBP_FF_CANVAS_HEIGHT),
+                         found.has_alpha || (value(WEBP_FF_FORMAT_FLAGS) & ALPHA_FLAG) != 0};
+  WebPDemuxReleaseIterator(&found);
+  const bool inside = std::uint64_t{frame.x} + frame.width <= frame.canvasWidth &&
+                      std::uint64_t{frame.y} + frame.height <= frame.canvasHeight;
+  return inside ? std::optional(frame) : std::nullopt;
 }
 
-/// The first frame on its canvas; what it leaves free is transparent.
 Picture decode_first_frame(FileBytes file, Part part) {
-  const WebpDemuxer demuxer = open_webp(file);
-  WebPIterator frame{};
-  if (!demuxer || !WebPDemuxGetFrame(demuxer.get(), 1, &frame)) return {};
-  const std::uint32_t width = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_WIDTH);
-  const std::uint32_t height = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT);
-  const auto own_width = static_cast<std::uint32_t>(frame.width),
-             own_height = static_cast<std::uint32_t>(frame.height);
-  const bool covers = own_width == width && own_height == height;
-  const bool alpha =
-      frame.has_alpha || !covers || (WebPDemuxGetI(demuxer.get(), WEBP_FF_FORMAT_FLAGS) & ALPHA_FLAG);
-  const std::uint32_t bits = alpha ? 32 : 24;
-  const std::span stream(frame.fragment.bytes, frame.fragment.size);
-  const bool inside = lies_inside(frame, width, height);
-  const auto x = static_cast<std::uint32_t>(frame.x_offset), y = static_cast<std::uint32_t>(frame.y_offset);
-  WebPDemuxReleaseIterator(&frame);
-  if (!inside) return {};
-  if (part == Part::Header) return PictureCreateHeaderOnly(width, height, nullptr, bits);
-  Picture picture =
-      covers ? create_rows(width, height, nullptr, bits) : PictureCreate(width, height, nullptr, bits);
-  return picture && decode_webp_into(stream, place_in(picture, x, y, own_width, own_height), WebpThreads::Two)
-             ? picture
-             : Picture();
+  const auto frame = find_first_frame(file);
+  if (!frame) return {};
+  const auto make = part == Part::Header     ? PictureCreateHeaderOnly
+                    : frame->covers_canvas() ? create_rows
+                                             : PictureCreate;
+  Picture picture = make(frame->canvasWidth, frame->canvasHeight, nullptr, frame->bits());
+  if (!picture || part == Part::Header) return picture;
+  const WebpPlace place = place_in(picture, frame->x, frame->y, frame->width, frame->height);
+  return decode_webp_into(frame->stream, place, WebpThreads::Two) ? picture : Picture();
 }
 
 }  // namespace

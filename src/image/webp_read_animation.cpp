@@ -59,9 +59,11 @@ std::uint32_t read_le24(const std::uint8_t* p) { return read_le32(p) & 0xFFFFFF;
 bool add_frame(Animation& animation, std::span<const std::uint8_t> payload, std::int64_t& time) {
   constexpr std::size_t kHead = 16;
   if (payload.size() <= kHead) return false;
-  FileFrame frame{payload.subspan(kHead),     2 * read_le24(&payload[0]), 2 * read_le24(&payload[3]),
-                  read_le24(&payload[6]) + 1, read_le24(&payload[9]) + 1, time += read_le24(&payload[12]),
-                  (payload[15] & 2) == 0,     (payload[15] & 1) != 0};
+  time += read_le24(&payload[12]);
+  const std::uint32_t x = 2 * read_le24(&payload[0]), y = 2 * read_le24(&payload[3]);
+  const std::uint32_t width = read_le24(&payload[6]) + 1, height = read_le24(&payload[9]) + 1;
+  const bool blend = (payload[15] & 2) == 0, dispose = (payload[15] & 1) != 0;
+  FileFrame frame{payload.subspan(kHead), x, y, width, height, time, blend, dispose};
   const WebpAnimation& canvas = animation.canvas;
   WebPBitstreamFeatures features;
   if (std::uint64_t{frame.x} + frame.width > canvas.canvasWidth ||
