@@ -259,10 +259,9 @@ bool WEBPGetAnimation(std::span<const std::uint8_t> file,
   if (!demuxer) return false;
   Animation animation{canvas_of(demuxer.get()), {}};
   const WebpAnimation& canvas = animation.canvas;
-  if (std::uint64_t{canvas.canvasWidth} * canvas.canvasHeight * 4 > kMaximumPictureBytes ||
-      !gather_frames(file, animation))
-    return false;
-  return start(canvas) && give_frames(animation, frame);
+  return start(canvas) &&
+         std::uint64_t{canvas.canvasWidth} * canvas.canvasHeight * 4 <= kMaximumPictureBytes &&
+         gather_frames(file, animation) && give_frames(animation, frame);
 }
 
 }  // namespace vellum
