@@ -113,6 +113,11 @@ void add_frame(WebPAnimEncoder* encoder, const Picture& picture, int time, const
   WebPPictureFree(&frame);
 }
 
+/// Motion, lossless. Whole photographs without loss take the library half a minute.
+void cases_of_writing(benchmark::internal::Benchmark* cases) {
+  cases->Args({kWholePictures, 0})->Args({kSmallChanges, 0})->Args({kSmallChanges, 1});
+}
+
 void write_webp_library(benchmark::State& state) {
   const DocumentWindow window = webp_document(Motion(state.range(0)), kWritten);
   std::size_t size = 0;
@@ -135,10 +140,7 @@ void write_webp_library(benchmark::State& state) {
   }
   state.counters["file"] = static_cast<double>(size);
 }
-BENCHMARK(write_webp_library)
-    ->ArgsProduct({{kWholePictures, kSmallChanges}, {0, 1}})
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime();
+BENCHMARK(write_webp_library)->Apply(cases_of_writing)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void write_webp_animation(benchmark::State& state) {
   DocumentWindow window = webp_document(Motion(state.range(0)), kWritten);
@@ -150,10 +152,7 @@ void write_webp_animation(benchmark::State& state) {
   state.counters["file"] = static_cast<double>(std::filesystem::file_size(scratch()));
   std::filesystem::remove(scratch());
 }
-BENCHMARK(write_webp_animation)
-    ->ArgsProduct({{kWholePictures, kSmallChanges}, {0, 1}})
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime();
+BENCHMARK(write_webp_animation)->Apply(cases_of_writing)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 }  // namespace vellum::bench
