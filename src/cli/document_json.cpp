@@ -2,7 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
 #include "core/chunk_description.h"
+#include "core/frame_values.h"
 
 namespace vellum::cli {
 namespace {
@@ -40,18 +42,44 @@ void put_animation_control(Json& entry, const ChunkRecord& record) {
   entry["numPlays"] = record.numPlays;
 }
 
+void put_webp_header(Json& entry, const ChunkRecord& record) {
+  entry["width"] = record.webpHeader.canvasWidth;
+  entry["height"] = record.webpHeader.canvasHeight;
+  entry["loopCount"] = record.webpHeader.loopCount;
+  entry["frameCount"] = record.webpHeader.frameCount;
+  entry["colorType"] = record.webpHeader.colorType;
+  entry["bits"] = record.webpHeader.bitsPerPixel;
+  entry["background"] =
+      format_text("#%06X", swap_red_and_blue(record.webpHeader.backgroundColor) & 0xFFFFFFu);
+}
+
+/// What an image entry says of its frame, by kind.
+struct FrameManner {
+  double delay = 0;  ///< milliseconds
+  std::uint32_t dispose = 0;
+  bool over = false;
+};
+
+FrameManner manner_of(const ChunkRecord& record, DocumentKind kind) {
+  const FrameControl& control = record.frameControl;
+  if (kind == DocumentKind::APNG) return {delay_ms(control), control.dispose, control.blend == 1};
+  if (kind == DocumentKind::WEBP)
+    return {static_cast<double>(record.webpImage.delay), record.webpImage.dispose, false};
+  return {};
+}
+
 void put_image(Json& entry, const ChunkRecord& record, DocumentKind kind) {
   const Picture picture = picture_of(record);
   if (!picture) return;
-  const bool animated = kind == DocumentKind::APNG;
-  const FrameControl& control = record.frameControl;
+  const FrameOffset offset = frame_offset(record, kind);
+  const FrameManner manner = manner_of(record, kind);
   entry["width"] = picture.width();
   entry["height"] = picture.height();
-  entry["x"] = animated ? control.xOffset : 0;
-  entry["y"] = animated ? control.yOffset : 0;
-  put_number(entry, "delay_ms", animated ? delay_ms(control) : 0);
-  entry["dispose"] = dispose_name(animated ? control.dispose : 0);
-  entry["blend"] = animated && control.blend == 1 ? "over" : "source";
+  entry["x"] = offset.x;
+  entry["y"] = offset.y;
+  put_number(entry, "delay_ms", manner.delay);
+  entry["dispose"] = dispose_name(manner.dispose);
+  entry["blend"] = manner.over ? "over" : "source";
   entry["bits"] = picture.bits();
 }
 
@@ -72,6 +100,7 @@ Json entry_json(const DocumentWindow& window, std::size_t index) {
   entry["text"] =
       parting == std::string::npos ? std::string() : stripped(record.description.substr(parting + 1));
   if (record.tag == tag::IHDR) put_header(entry, record);
+  if (record.tag == tag::WEBH) put_webp_header(entry, record);
   if (record.tag == tag::acTL) put_animation_control(entry, record);
   if (is_image_entry(window.document.kind, record.tag)) put_image(entry, record, window.document.kind);
   return entry;

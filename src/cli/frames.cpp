@@ -49,7 +49,7 @@ int run_frames(const FramesOptions& options, Host& host) {
 
 Run prepare_frames(CLI::App& app) {
   const auto options = std::make_shared<FramesOptions>();
-  app.add_option("FILE", options->file, "A PNG or animated PNG")->required();
+  app.add_option("FILE", options->file, "A PNG, animated PNG, MNG or WebP")->required();
   app.add_option("DIR", options->folder, "The folder for frame_00000.png and so on; it is made")->required();
   return [options](Host& host) { return run_frames(*options, host); };
 }

@@ -38,7 +38,7 @@ int run_list(const ListOptions& options, Host& host) {
 
 Run prepare_list(CLI::App& app) {
   const auto options = std::make_shared<ListOptions>();
-  app.add_option("FILE", options->file, "A PNG or animated PNG")->required();
+  app.add_option("FILE", options->file, "A PNG, animated PNG, MNG or WebP")->required();
   app.add_flag("--json", options->json, "All that is known of each entry, as JSON");
   return [options](Host& host) { return run_list(*options, host); };
 }

@@ -47,7 +47,60 @@ std::optional<Colour> stated_background(const ChunkList& list, DocumentKind kind
   return background_of_png(list);
 }
 
+std::uint32_t whole_milliseconds(std::uint64_t amount, std::uint64_t per_second) {
+  const std::uint64_t result = (amount * 1000 + per_second - 1) / per_second;
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(result, 0xFFFFFFFF));
+}
+
+/// A LOOP that is never left, as MNG writes it.
+constexpr std::uint32_t kForEver = 0x7FFFFFFF;
+
+/// MNG 1.0, "LOOP": nesting level, count; "TERM": action 3 repeats, then action after it, delay, count of
+/// repeats.
+std::uint32_t plays_of_mng(const ChunkList& list) {
+  const auto plays = [](std::uint32_t count) { return count >= kForEver ? 0 : count; };
+  const std::size_t image = chunk_find_first(list, tag::PNGI), loop = chunk_find_first(list, tag::LOOP);
+  if (loop < image) return plays(payload_be32(list.record(loop), 1));
+  const std::size_t end = chunk_find_first(list, tag::TERM);
+  if (end == kNoEntry || payload_byte(list.record(end), 0) != 3) return 1;
+  return plays(std::min(payload_be32(list.record(end), 6), kForEver - 1) + 1);
+}
+
 }  // namespace
+
+std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks) {
+  if (kind == DocumentKind::WEBP) return record.webpImage.delay;
+  if (kind == DocumentKind::APNG) {
+    const FrameControl& control = record.frameControl;
+    return whole_milliseconds(control.delayNum, control.delayDen == 0 ? 100 : control.delayDen);
+  }
+  if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return 0;
+  const auto delay = static_cast<std::uint32_t>(
+      from_file_order(static_cast<std::int32_t>(record.image->framBlock.interframeDelay)));
+  return whole_milliseconds(delay, std::max(ticks, 1u));
+}
+
+std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header) {
+  if (header.colorType == 3) return {payload.begin(), payload.end()};
+  const auto level = [&](std::size_t i) {
+    return header.bitDepth == 16 ? payload[2 * i] : payload[2 * i + 1];
+  };
+  if (header.colorType == 0 && payload.size() == 2) {
+    std::vector<std::uint8_t> table(std::size_t{level(0)} + 1, 255);
+    table.back() = 0;
+    return table;
+  }
+  if (header.colorType == 2 && payload.size() == 6) return {0, level(0), 0, level(1), 0, level(2)};
+  return {};
+}
+
+std::uint32_t document_plays(const ChunkList& list, const Document& document) {
+  if (document.kind == DocumentKind::MING) return plays_of_mng(list);
+  ChunkRecord header;
+  const bool webp = document.kind == DocumentKind::WEBP;
+  if (chunk_find_first(list, webp ? tag::WEBH : tag::acTL, &header) == kNoEntry) return 1;
+  return webp ? header.webpHeader.loopCount : header.numPlays;
+}
 
 FrameOffset frame_offset(const ChunkRecord& record, DocumentKind kind) {
   if (kind == DocumentKind::APNG)

@@ -1,7 +1,8 @@
-// Values of a frame that every kind of document keeps in another place, and the color behind the frames.
+// Values that every kind of document keeps in another place: of a frame, and of the animation as a whole.
 #pragma once
 
 #include "core/document.h"
+#include "image/png_header.h"
 
 namespace vellum {
 
@@ -13,6 +14,18 @@ struct FrameOffset {
 /// MING: the image's own DEFI when it has one with a location; APNG: its frame control; WEBP: its position;
 /// otherwise the origin.
 FrameOffset frame_offset(const ChunkRecord& record, DocumentKind kind);
+
+/// How long a frame is shown, in milliseconds, begun ones counted whole. APNG: its fraction of a second;
+/// MING: the delay of the FRAM in force, `ticks` of the MHDR to a second; WEBP: its delay.
+std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks);
+
+/// A tRNS payload for a header in the form that PictureWithTransparency takes: a table by index (of levels in
+/// grey pictures), or six bytes. Empty where nothing is transparent.
+std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header);
+
+/// How often the animation is played, 0 for ever. APNG: acTL; WEBP: its header; MING: the LOOP in front of
+/// the first image, else the TERM.
+std::uint32_t document_plays(const ChunkList& list, const Document& document);
 
 /// 0x00BBGGRR: BACK, bKGD (not of paletted images) or the WebP header's color; `DefaultBackgroundColour`
 /// where the document has none.

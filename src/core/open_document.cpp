@@ -8,12 +8,31 @@
 #include "base/text.h"
 #include "core/read_mng.h"
 #include "core/read_png.h"
+#include "core/read_webp.h"
 #include "core/settings.h"
 
 namespace vellum {
 namespace {
 
 using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&);
+
+/// Who reads files of an extension.
+struct ReaderRow {
+  std::string_view extension;  ///< with its dot, in any case
+  Reader reader;
+};
+
+constexpr ReaderRow kReaders[] = {
+    {".mng", read_mng},
+    {".webp", read_webp},
+};
+
+/// The extension alone picks the reader; every other one means PNG.
+Reader reader_for(const std::filesystem::path& path) {
+  for (const ReaderRow& row : kReaders)
+    if (equal_ignoring_case(path.extension().native(), row.extension)) return row.reader;
+  return read_png;
+}
 
 /// What the first bytes of a file tell: `size` bytes at `offset` are `bytes`.
 struct ContentRow {
@@ -24,21 +43,13 @@ struct ContentRow {
   Reader reader;          ///< who reads it; null: nobody
 };
 
-/// The extension alone picks the reader; every other one means PNG.
-Reader reader_for(const std::filesystem::path& path) {
-  static constexpr std::pair<std::string_view, Reader> readers[] = {{".mng", read_mng}};
-  for (const auto& [extension, reader] : readers)
-    if (equal_ignoring_case(path.extension().string(), extension)) return reader;
-  return read_png;
-}
-
 using namespace std::string_view_literals;
 
 constexpr ContentRow kContents[] = {
     {0, "\x89PNG\r\n\x1a\n"sv, "a PNG", false, read_png},
     {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false, read_mng},
     {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", false, nullptr},
-    {8, "WEBP"sv, "a WebP", false, nullptr},
+    {8, "WEBP"sv, "a WebP", false, read_webp},
     {0, "GIF8"sv, "a GIF", true, nullptr},
     {0, "\xFF\xD8\xFF"sv, "a JPEG", true, nullptr},
     {0, "BM"sv, "a BMP", true, nullptr},

@@ -7,6 +7,7 @@
 #include "core/settings.h"
 #include "core/write_mng.h"
 #include "core/write_png.h"
+#include "core/write_webp.h"
 
 namespace vellum {
 namespace {
@@ -43,6 +44,8 @@ void mark_saved(DocumentWindow& window, const fs::path& path) {
 }
 
 WriteResult write(DocumentWindow& window, const fs::path& path, Host& host) {
+  if (equal_ignoring_case(path.extension().native(), ".webp"))
+    return write_webp(window, path, std::clamp(settings::WEBPQualityFactor, 0, 100), host);
   const auto row = std::ranges::find(kWriters, window.document.kind, &WriterRow::kind);
   if (row == std::end(kWriters)) {
     host.fail({FaultKind::Misuse, 0, -1, -1, "documents of this kind can't be written under this name"});

@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/parallel.h"
+#include "core/frame_values.h"
 #include "core/png_reading.h"
 #include "core/png_writing.h"
 #include "core/settings.h"
@@ -44,20 +45,6 @@ struct Saving {
 std::span<const std::uint8_t> raw_of(const ChunkList& list, ChunkTag tag) {
   const std::size_t at = chunk_find_first(list, tag);
   return at == kNoEntry ? std::span<const std::uint8_t>() : raw_payload(list.record(at));
-}
-
-/// tRNS in the form that PictureWithTransparency takes: a table by index, or six bytes.
-std::vector<std::uint8_t> transparency_table(const ChunkList& list, const PngHeader& header) {
-  const auto raw = raw_of(list, tag::tRNS);
-  if (header.colorType == 3) return {raw.begin(), raw.end()};
-  const auto level = [&](std::size_t i) { return header.bitDepth == 16 ? raw[2 * i] : raw[2 * i + 1]; };
-  if (header.colorType == 0 && raw.size() == 2) {
-    std::vector<std::uint8_t> table(std::size_t{level(0)} + 1, 255);
-    table.back() = 0;
-    return table;
-  }
-  if (header.colorType == 2 && raw.size() == 6) return {0, level(0), 0, level(1), 0, level(2)};
-  return {};
 }
 
 // ---------------------------------------------------------------------------------------- which images, in
@@ -198,7 +185,7 @@ Picture in_true_color(const Saving& saving, const Picture& picture, bool alpha) 
 }
 
 bool true_color_form(Saving& saving) {
-  saving.table = transparency_table(saving.window.list, saving.from);
+  saving.table = transparency_table(raw_of(saving.window.list, tag::tRNS), saving.from);
   const bool indexed =
       std::ranges::any_of(saving.images, [](const FrameOut& i) { return i.picture.bits() <= 8; });
   const bool alpha = deepest(saving.images) == 32 || (indexed && !saving.table.empty());

@@ -1,5 +1,5 @@
-// Inside of the table of graphic files: one codec a format. Nobody but graphic_file.cpp and the codecs
-// includes this.
+// Inside of the table of graphic files: one codec a format. Nobody but graphic_file.cpp, the codecs and what
+// lies below them includes this.
 #pragma once
 
 #include <filesystem>

@@ -30,6 +30,11 @@ constexpr std::uint8_t red_of(Colour colour) { return static_cast<std::uint8_t>(
 constexpr std::uint8_t green_of(Colour colour) { return static_cast<std::uint8_t>(colour >> 8); }
 constexpr std::uint8_t blue_of(Colour colour) { return static_cast<std::uint8_t>(colour >> 16); }
 constexpr std::uint8_t alpha_of(Colour colour) { return static_cast<std::uint8_t>(colour >> 24); }
+/// A color (red lowest) as the number that four bytes of a row or of a WebP header are (blue lowest), and the
+/// reverse.
+constexpr std::uint32_t swap_red_and_blue(std::uint32_t value) {
+  return (value & 0xFF00FF00) | (value & 0xFF) << 16 | (value >> 16 & 0xFF);
+}
 
 /// A thin value over a block; null when default-made or when memory was exhausted. Copies share the block
 /// until one of them is written.

@@ -8,6 +8,7 @@ inline int FastRemap = 0;                       ///< flag: colors are matched by
 inline int ImageJpegExifOrientation = 1;        ///< flag: turn JPEG files by their EXIF orientation
 inline int WEBPQualityFactor = 75;              ///< 0 to 100
 inline int WEBPLossless = 0;                    ///< flag
+inline int WebPAllowMixed = 0;                  ///< flag: WebP frames with or without loss, the smaller
 inline int PngCompression = 9;                  ///< 0 (stored) to 9 (smallest)
 inline int DefaultBackgroundColour = 0xFFFFFF;  ///< color: 0xBBGGRR
 

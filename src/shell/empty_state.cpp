@@ -45,7 +45,7 @@ EmptyState::EmptyState(QWidget* parent) : QWidget(parent) {
   layout->setSpacing(style::kGap);
   auto* heading = centered_label(this, text_of(StringId::EmptyArea));
   heading->setFont(style::heading_font());
-  auto* formats = centered_label(this, tr("PNG and animated PNG"));
+  auto* formats = centered_label(this, tr("PNG, animated PNG, MNG and WebP"));
   formats->setForegroundRole(QPalette::PlaceholderText);
   auto* button = new QPushButton(tr("&Open..."), this);
   button->setMinimumWidth(120);

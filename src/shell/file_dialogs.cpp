@@ -17,8 +17,11 @@ struct Format {
 };
 
 constexpr DocumentKind kPngKinds[] = {DocumentKind::PING, DocumentKind::APNG};
+constexpr DocumentKind kMngKinds[] = {DocumentKind::MING};
+constexpr DocumentKind kWebpKinds[] = {DocumentKind::WEBP};
 
-constexpr Format kFormats[] = {{"PNG", "png", kPngKinds}};
+constexpr Format kFormats[] = {
+    {"PNG", "png", kPngKinds}, {"MNG", "mng", kMngKinds}, {"WebP", "webp", kWebpKinds}};
 
 QString patterns(const Format& format) {
   const QString extension = QString::fromLatin1(format.extension);

@@ -113,7 +113,8 @@ fs::path path_of_argument(const std::string& name) {
 }
 
 std::string usage_text() {
-  std::string text = "Usage: vellumcraft [OPTION]... [FILE]\n\nOpens a PNG or animated PNG file.\n\n";
+  std::string text =
+      "Usage: vellumcraft [OPTION]... [FILE]\n\nOpens a PNG, animated PNG, MNG or WebP file.\n\n";
   for (const OptionRow& row : kOptions) {
     std::string left(row.name);
     if (row.value) left.append(" ").append(row.value);

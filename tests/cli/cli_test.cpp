@@ -74,6 +74,23 @@ TEST_F(Tool, SaveAndFramesWriteFiles) {
   EXPECT_FALSE(fs::exists(folder_ / "frames/frame_00002.png"));
 }
 
+TEST_F(Tool, WebpIsListedSavedAndTakenApart) {
+  const fs::path out = folder_ / "a.webp";
+  ASSERT_EQ(vellum({"--set", "WEBPLossless=1", "save", animation(), out}).status, 0);
+  EXPECT_EQ(vellum({"list", out}).output,
+            "    1: HEADER  WEBH (4 x 3, 16,777,216 colors)\n    2: IMAGE   WEBI\n    3: IMAGE   WEBI\n");
+  const auto document = nlohmann::json::parse(vellum({"list", "--json", out}).output);
+  EXPECT_EQ(document["kind"], "WEBP");
+  EXPECT_EQ(document["entries"][0]["loopCount"], 0);
+  EXPECT_EQ(document["entries"][0]["background"], "#FFFFFF");
+  const auto expected =
+      nlohmann::json::parse(R"({"index": 3, "tag": "WEBI", "size": 88, "label": "IMAGE", "text": "WEBI",
+      "width": 4, "height": 3, "x": 0, "y": 0, "delay_ms": 10, "dispose": "none", "blend": "source", "bits": 32})");
+  EXPECT_EQ(document["entries"][2], expected);
+  ASSERT_EQ(vellum({"frames", out, folder_ / "frames"}).status, 0);
+  EXPECT_EQ(testing::rgba_by_libpng(folder_ / "frames/frame_00001.png").size(), 4u * 3 * 4);
+}
+
 TEST_F(Tool, SavesOverItsOwnInput) {
   const fs::path file = animation();
   const auto before = vellum({"list", "--json", file}).output;

@@ -60,6 +60,54 @@ TEST(FrameOffset, IsReadWhereTheKindKeepsIt) {
   EXPECT_EQ(frame_offset(record, DocumentKind::MING).x, 0) << "a DEFI without a location";
 }
 
+TEST(FrameDelay, CountsBegunMillisecondsWhole) {
+  ChunkRecord record;
+  const auto apng = [&](std::uint16_t amount, std::uint16_t per) {
+    record.frameControl.delayNum = amount;
+    record.frameControl.delayDen = per;
+    return frame_delay_ms(record, DocumentKind::APNG, 0);
+  };
+  EXPECT_EQ(apng(161, 5), 32'200u);
+  EXPECT_EQ(apng(1, 3), 334u);
+  EXPECT_EQ(apng(7, 0), 70u) << "a denominator of 0 means 100";
+  EXPECT_EQ(apng(0, 10), 0u);
+  record.image.edit().framBlock.interframeDelay = 201u << 24;  // the file's byte order
+  EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 25), 0u) << "no FRAM";
+  record.flags = CRF_FRAM;
+  EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 25), 8'040u);
+  EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 0), 201'000u);
+}
+
+TEST(DocumentPlays, AreReadWhereTheKindKeepsThem) {
+  struct Case {
+    const char* what;
+    DocumentKind kind;
+    std::vector<std::pair<ChunkTag, std::vector<std::uint8_t>>> chunks;
+    std::uint32_t plays;
+  };
+  const std::vector<std::uint8_t> five = {0, 0, 0, 0, 5}, for_ever = {0, 0x7F, 0xFF, 0xFF, 0xFF};
+  const Case cases[] = {
+      {"no acTL", DocumentKind::APNG, {{tag::IDAT, {}}}, 1},
+      {"a LOOP", DocumentKind::MING, {{tag::LOOP, five}, {tag::PNGI, {}}}, 5},
+      {"a LOOP for ever", DocumentKind::MING, {{tag::LOOP, for_ever}, {tag::PNGI, {}}}, 0},
+      {"a LOOP behind", DocumentKind::MING, {{tag::PNGI, {}}, {tag::LOOP, five}}, 1},
+      {"a TERM", DocumentKind::MING, {{tag::TERM, {3, 0, 0, 0, 0, 0, 0, 0, 0, 2}}, {tag::PNGI, {}}}, 3},
+      {"a TERM for ever", DocumentKind::MING, {{tag::TERM, {3, 0, 0, 0, 0, 0, 0x7F, 0xFF, 0xFF, 0xFF}}}, 0},
+      {"a TERM that ends", DocumentKind::MING, {{tag::TERM, {0}}, {tag::PNGI, {}}}, 1},
+  };
+  for (const Case& c : cases) {
+    DocumentWindow window;
+    window.document.kind = c.kind;
+    for (const auto& [tag, payload] : c.chunks) {
+      ChunkRecord record;
+      record.tag = tag;
+      record.data = ChunkHandle::copy_of(payload);
+      chunk_list_append(window.list, window.document, record);
+    }
+    EXPECT_EQ(document_plays(window.list, window.document), c.plays) << c.what;
+  }
+}
+
 TEST(ChunkList, CountsWhatIsSelectedThroughEveryChange) {
   DocumentWindow window;
   for (int i = 0; i < 6; ++i) chunk_list_append(window.list, window.document, {});

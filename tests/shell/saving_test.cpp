@@ -39,8 +39,8 @@ TEST(Saving, NamesGetTheExtensionOfTheirKind) {
 
 TEST(FileDialogs, OfferEachFormatInSmallAndCapitalLetters) {
   const QStringList filters = open_filters().split(QStringLiteral(";;"));
-  ASSERT_EQ(filters.size(), 2);
-  for (const char* extension : {"png", "PNG"})
+  ASSERT_EQ(filters.size(), 4);
+  for (const char* extension : {"png", "PNG", "mng", "MNG", "webp", "WEBP"})
     EXPECT_TRUE(filters.front().contains(QStringLiteral("*.%1").arg(QLatin1String(extension)))) << extension;
   EXPECT_EQ(filters[1].toStdString(), "PNG (*.png *.PNG)");
 }

@@ -24,21 +24,25 @@ std::vector<std::string> split(const std::string& line) {
   return cells;
 }
 
-const std::vector<TableRow>& all_rows() {
-  static const std::vector<TableRow> rows = [] {
-    std::vector<TableRow> result;
-    std::ifstream file(corpus_folder() / "INDEX.tsv");
-    std::string line;
-    if (!std::getline(file, line)) return result;
-    const auto names = split(line);
-    while (std::getline(file, line)) {
-      const auto cells = split(line);
-      TableRow row;
-      for (std::size_t i = 0; i < names.size(); ++i) row[names[i]] = i < cells.size() ? cells[i] : "";
-      result.push_back(std::move(row));
-    }
-    return result;
-  }();
+std::vector<TableRow> read_table(const char* name) {
+  std::vector<TableRow> result;
+  std::ifstream file(corpus_folder() / name);
+  std::string line;
+  if (!std::getline(file, line)) return result;
+  const auto names = split(line);
+  while (std::getline(file, line)) {
+    const auto cells = split(line);
+    TableRow row;
+    for (std::size_t i = 0; i < names.size(); ++i) row[names[i]] = i < cells.size() ? cells[i] : "";
+    result.push_back(std::move(row));
+  }
+  return result;
+}
+
+template <class Wanted>
+std::vector<TableRow> rows_where(const std::vector<TableRow>& table, const Wanted& wanted) {
+  std::vector<TableRow> rows;
+  std::ranges::copy_if(table, std::back_inserter(rows), wanted);
   return rows;
 }
 
@@ -58,10 +62,14 @@ ScratchFolder::~ScratchFolder() {
 }
 
 std::vector<TableRow> corpus_rows(const std::vector<std::string>& kinds) {
-  std::vector<TableRow> rows;
-  for (const TableRow& row : all_rows())
-    if (std::ranges::find(kinds, row.at("kind")) != kinds.end()) rows.push_back(row);
-  return rows;
+  static const std::vector<TableRow> index = read_table("INDEX.tsv");
+  return rows_where(
+      index, [&](const TableRow& row) { return std::ranges::find(kinds, row.at("kind")) != kinds.end(); });
+}
+
+std::vector<TableRow> corpus_frames(const std::string& path) {
+  static const std::vector<TableRow> frames = read_table("FRAMES.tsv");
+  return rows_where(frames, [&](const TableRow& row) { return row.at("path") == path; });
 }
 
 std::filesystem::path corpus_file(const TableRow& row) { return corpus_folder() / row.at("path"); }

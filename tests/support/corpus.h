@@ -32,6 +32,8 @@ class ScratchFolder {
 using TableRow = std::map<std::string, std::string>;
 /// The rows of the corpus index of these kinds ("png", "png-bad", ...); empty where there is no corpus.
 std::vector<TableRow> corpus_rows(const std::vector<std::string>& kinds);
+/// The rows of the frames of one file.
+std::vector<TableRow> corpus_frames(const std::string& path);
 std::filesystem::path corpus_file(const TableRow& row);
 /// md5 of bytes as 32 hexadecimal digits, as the corpus states it.
 std::string md5_of(const void* data, std::size_t size);

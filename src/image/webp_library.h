@@ -1,0 +1,58 @@
+// What the WebP functions share below their interface: a file taken apart, pixels decoded into a place, and
+// pixels encoded from a place. Nobody outside webp_*.cpp and the codec includes this.
+#pragma once
+
+#include <webp/demux.h>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "image/picture.h"
+
+namespace vellum {
+
+struct WebpDemuxerDelete {
+  void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
+};
+using WebpDemuxer = std::unique_ptr<WebPDemuxer, WebpDemuxerDelete>;
+
+/// The container taken apart and checked; null for a damaged or cut one. It refers to `file`.
+WebpDemuxer open_webp(std::span<const std::uint8_t> file);
+
+/// Where decoded pixels go: a rectangle of a picture.
+struct WebpPlace {
+  std::uint8_t* bottom = nullptr;  ///< the first byte of the bottom row, which comes first in memory
+  std::size_t stride = 0;          ///< bytes from one row to the one above it
+  std::uint32_t width = 0, height = 0;
+  std::size_t bytes = 4;  ///< a pixel
+};
+
+/// The rectangle of a picture of 24 or 32 bits, which is written from now on.
+WebpPlace place_in(Picture& picture, std::uint32_t x, std::uint32_t y, std::uint32_t width,
+                   std::uint32_t height);
+
+enum class WebpThreads { One, Two };
+
+/// Decodes one image stream. False when it is damaged or not of the place's size.
+bool decode_webp_into(std::span<const std::uint8_t> stream, const WebpPlace& place, WebpThreads threads);
+
+/// Pixels to be encoded: blue, green, red, and alpha where there are 4 bytes a pixel.
+struct WebpPixels {
+  const std::uint8_t* top = nullptr;
+  std::ptrdiff_t stride = 0;  ///< bytes from one row to the one below it; negative where rows lie bottom up
+  std::uint32_t width = 0, height = 0;
+  std::size_t bytes = 4;  ///< a pixel
+};
+
+struct WebpEncoding {
+  bool lossless = false;  ///< every color stays, those under alpha 0 too
+  int quality = 75;       ///< 0 to 100; of a lossless stream the effort
+  WebpThreads threads = WebpThreads::One;
+};
+
+/// A file of one image; empty when it can't be made.
+std::vector<std::uint8_t> encode_webp_pixels(const WebpPixels& pixels, const WebpEncoding& encoding);
+
+}  // namespace vellum

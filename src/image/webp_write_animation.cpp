@@ -1,0 +1,212 @@
+// Writing an animation. The library's own animation encoder merges frames that look the same and drops some;
+// here every frame is encoded by itself and the container is put together from them.
+#include <webp/mux.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <optional>
+
+#include "base/parallel.h"
+#include "image/picture_rows.h"
+#include "image/webp_library.h"
+#include "image/webp_service.h"
+
+namespace vellum {
+namespace {
+
+/// Bounds of the container's fields: 16 bits, 24 bits, 14 bits plus one.
+constexpr std::uint32_t kMostLoops = 65535;
+constexpr std::int64_t kMostMilliseconds = 16'777'215;
+constexpr std::uint32_t kMostPixels = 16383;
+/// Effort of lossless frames.
+constexpr int kLosslessQuality = 100;
+
+/// Left and top inclusive, right and bottom exclusive.
+struct Area {
+  std::uint32_t left = 0, top = 0, right = 0, bottom = 0;
+  bool has_row(std::uint32_t y) const { return y >= top && y < bottom; }
+};
+
+struct FrameOut {
+  Picture canvas;  ///< until it is encoded
+  Area area;
+  std::int64_t start = 0;
+  bool dispose = false;
+  std::vector<std::uint8_t> stream;
+};
+
+/// What is on the canvas in front of a frame: the frame before, without the place that it cleared.
+struct Ground {
+  Picture canvas;
+  std::optional<Area> cleared;
+};
+
+/// A row of the ground; `scratch` holds it where a part of it is cleared.
+const std::uint8_t* ground_row(const Ground& ground, std::uint32_t y, std::vector<std::uint8_t>& scratch) {
+  const std::uint8_t* row = ground.canvas.row(y);
+  if (!ground.cleared || !ground.cleared->has_row(y)) return row;
+  scratch.assign(row, row + ground.canvas.stride());
+  std::fill(scratch.begin() + 4 * std::ptrdiff_t{ground.cleared->left},
+            scratch.begin() + 4 * std::ptrdiff_t{ground.cleared->right}, std::uint8_t{0});
+  return scratch.data();
+}
+
+/// Widens `area` by the pixels of a row in which two rows differ.
+void add_difference(Area& area, std::uint32_t y, const std::uint8_t* a, const std::uint8_t* b,
+                    std::uint32_t width) {
+  if (std::memcmp(a, b, 4 * std::size_t{width}) == 0) return;
+  const auto differs = [&](std::uint32_t x) { return std::memcmp(a + 4 * x, b + 4 * x, 4) != 0; };
+  std::uint32_t left = 0, right = width;
+  while (left < area.left && !differs(left)) ++left;
+  while (right > area.right && !differs(right - 1)) --right;
+  area.left = std::min(area.left, left);
+  area.right = std::max(area.right, right);
+  area.top = std::min(area.top, y);
+  area.bottom = y + 1;
+}
+
+/// The smallest area with an even left and top (the container halves them) that holds every pixel that is
+/// another than on the ground; one pixel where there is none.
+Area changed_area(const Picture& canvas, const Ground& ground) {
+  if (canvas.handle().shares_with(ground.canvas.handle()) && !ground.cleared) return {0, 0, 1, 1};
+  Area area{canvas.width(), canvas.height(), 0, 0};
+  std::vector<std::uint8_t> scratch;
+  for (std::uint32_t y = 0; y < canvas.height(); ++y)
+    add_difference(area, y, canvas.row(y), ground_row(ground, y, scratch), canvas.width());
+  if (area.right == 0) return {0, 0, 1, 1};
+  return {area.left & ~1u, area.top & ~1u, area.right, area.bottom};
+}
+
+std::vector<std::uint8_t> encode_area(const FrameOut& frame, const WebpEncoding& encoding) {
+  const Area& area = frame.area;
+  return encode_webp_pixels({frame.canvas.row(area.top) + 4 * std::size_t{area.left},
+                             -static_cast<std::ptrdiff_t>(frame.canvas.stride()), area.right - area.left,
+                             area.bottom - area.top, 4},
+                            encoding);
+}
+
+/// `lossless` rules out loss, so it comes before `mixed`.
+std::vector<std::uint8_t> encode_frame(const FrameOut& frame, const WebpParameters& parameters) {
+  const WebpEncoding exact{true, kLosslessQuality, WebpThreads::One};
+  if (parameters.lossless) return encode_area(frame, exact);
+  auto stream = encode_area(frame, {false, parameters.quality, WebpThreads::One});
+  if (!parameters.mixed) return stream;
+  auto other = encode_area(frame, exact);
+  return other.empty() || (!stream.empty() && stream.size() <= other.size()) ? stream : other;
+}
+
+class AnimationWriter {
+ public:
+  AnimationWriter(const WebpParameters& parameters, const std::function<bool(WebpFrameRequest&)>& next)
+      : parameters_(parameters), next_(next) {}
+
+  bool encode() {
+    constexpr std::size_t kAtOnce = 16;  // canvases in memory
+    while (frames_.size() < parameters_.frameCount) {
+      const std::size_t first = frames_.size();
+      const std::size_t last = std::min<std::size_t>(parameters_.frameCount, first + kAtOnce);
+      while (frames_.size() < last)
+        if (!take_frame()) return false;
+      if (!encode_from(first)) return false;
+    }
+    WebpFrameRequest total;
+    total.last = true;
+    if (!next_(total)) return false;
+    end_ = total.timestamp;
+    return true;
+  }
+
+  std::vector<std::uint8_t> assemble() const;
+
+ private:
+  bool take_frame() {
+    WebpFrameRequest request;
+    if (!next_(request) || !has_rows(request.canvas) || request.canvas.bits() != 32 ||
+        request.canvas.width() != parameters_.canvasWidth ||
+        request.canvas.height() != parameters_.canvasHeight)
+      return false;
+    const bool first = frames_.empty();
+    const Area whole{0, 0, parameters_.canvasWidth, parameters_.canvasHeight};
+    frames_.push_back({request.canvas,
+                       first ? whole : changed_area(request.canvas, ground_),
+                       request.timestamp,
+                       request.dispose == 1,
+                       {}});
+    ground_.canvas = std::move(request.canvas);
+    ground_.cleared.reset();
+    if (frames_.back().dispose) ground_.cleared = frames_.back().area;
+    return true;
+  }
+
+  bool encode_from(std::size_t first) {
+    std::atomic<bool> failed = false;
+    parallel_for(frames_.size() - first, [&](std::size_t i) {
+      FrameOut& frame = frames_[first + i];
+      frame.stream = encode_frame(frame, parameters_);
+      frame.canvas = {};
+      if (frame.stream.empty()) failed = true;
+    });
+    return !failed;
+  }
+
+  int duration(std::size_t i) const {
+    const std::int64_t end = i + 1 < frames_.size() ? frames_[i + 1].start : end_;
+    return static_cast<int>(std::clamp<std::int64_t>(end - frames_[i].start, 0, kMostMilliseconds));
+  }
+  bool push_frames(WebPMux* mux) const;
+
+  const WebpParameters& parameters_;
+  const std::function<bool(WebpFrameRequest&)>& next_;
+  std::vector<FrameOut> frames_;
+  Ground ground_;
+  std::int64_t end_ = 0;  ///< when the last frame ends, in milliseconds
+};
+
+bool AnimationWriter::push_frames(WebPMux* mux) const {
+  for (std::size_t i = 0; i < frames_.size(); ++i) {
+    const FrameOut& frame = frames_[i];
+    WebPMuxFrameInfo info{};
+    info.bitstream = {frame.stream.data(), frame.stream.size()};
+    info.x_offset = static_cast<int>(frame.area.left);
+    info.y_offset = static_cast<int>(frame.area.top);
+    info.duration = duration(i);
+    info.id = WEBP_CHUNK_ANMF;
+    info.dispose_method = frame.dispose ? WEBP_MUX_DISPOSE_BACKGROUND : WEBP_MUX_DISPOSE_NONE;
+    info.blend_method = WEBP_MUX_NO_BLEND;
+    if (WebPMuxPushFrame(mux, &info, 0) != WEBP_MUX_OK) return false;
+  }
+  return true;
+}
+
+struct MuxDelete {
+  void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
+};
+
+std::vector<std::uint8_t> AnimationWriter::assemble() const {
+  const std::unique_ptr<WebPMux, MuxDelete> mux(WebPMuxNew());
+  const WebPMuxAnimParams animation{swap_red_and_blue(parameters_.backgroundColor),
+                                    static_cast<int>(std::min(parameters_.loopCount, kMostLoops))};
+  if (!mux ||
+      WebPMuxSetCanvasSize(mux.get(), static_cast<int>(parameters_.canvasWidth),
+                           static_cast<int>(parameters_.canvasHeight)) != WEBP_MUX_OK ||
+      WebPMuxSetAnimationParams(mux.get(), &animation) != WEBP_MUX_OK || !push_frames(mux.get()))
+    return {};
+  WebPData whole{};
+  std::vector<std::uint8_t> file;
+  if (WebPMuxAssemble(mux.get(), &whole) == WEBP_MUX_OK) file.assign(whole.bytes, whole.bytes + whole.size);
+  WebPDataClear(&whole);
+  return file;
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> WEBPWriteAnimation(const WebpParameters& parameters,
+                                             const std::function<bool(WebpFrameRequest&)>& next) {
+  if (std::max(parameters.canvasWidth, parameters.canvasHeight) > kMostPixels || parameters.frameCount == 0)
+    return {};
+  AnimationWriter writer(parameters, next);
+  return writer.encode() ? writer.assemble() : std::vector<std::uint8_t>();
+}
+
+}  // namespace vellum

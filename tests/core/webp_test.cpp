@@ -1,0 +1,576 @@
+// WebP documents: real files against the index, what a save keeps, and files that were made to harm.
+#include <fstream>
+
+#include "base/byte_order.h"
+#include "base/file.h"
+#include "core/convert_records.h"
+#include "core/frame_values.h"
+#include "core/new_chunk.h"
+#include "core/open_document.h"
+#include "core/read_png.h"
+#include "core/read_webp.h"
+#include "core/save_document.h"
+#include "core/settings.h"
+#include "image/picture_operations.h"
+#include "image/webp_service.h"
+#include "support/corpus.h"
+#include "support/documents.h"
+#include "support/judge.h"
+#include "support/libpng_oracle.h"
+
+namespace vellum {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::be32;
+using testing::frame_control;
+using testing::header_payload;
+using testing::images_of;
+using testing::png_file;
+using testing::Recorder;
+using testing::rgba_of;
+using testing::zero_image;
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes bytes_of(const fs::path& path) {
+  std::string reason;
+  const auto file = read_file(path, reason, 1 << 30);
+  const std::span<const std::uint8_t> bytes =
+      file ? std::span<const std::uint8_t>(*file) : std::span<const std::uint8_t>();
+  return {bytes.begin(), bytes.end()};
+}
+
+WebpHeaderFields header_of(const DocumentWindow& window) {
+  ChunkRecord header;
+  EXPECT_EQ(chunk_find_first(window.list, tag::WEBH, &header), 0u);
+  return header.webpHeader;
+}
+
+std::vector<WebpImageFields> frames_of(const DocumentWindow& window) {
+  std::vector<WebpImageFields> frames;
+  for (std::size_t i = 0; i < window.list.size(); ++i)
+    if (window.list.record(i).tag == tag::WEBI) frames.push_back(window.list.record(i).webpImage);
+  return frames;
+}
+
+std::vector<std::uint32_t> delays_of(const DocumentWindow& window) {
+  std::vector<std::uint32_t> delays;
+  for (const WebpImageFields& frame : frames_of(window)) delays.push_back(frame.delay);
+  return delays;
+}
+
+/// A frame of one color, of which nothing else is like the one before.
+struct Frame {
+  std::uint32_t width = 12, height = 10;
+  Colour colour = 0xFF0000FF;
+  std::uint32_t delay = 10, x = 0, y = 0, dispose = 0;
+  std::uint32_t bits = 32;
+};
+
+Picture picture_for(const Frame& frame) {
+  const Palette palette{0x10, 0x20, 0x30, 0x40, 0x50, 0x60};
+  Picture picture = PictureCreate(frame.width, frame.height, &palette, frame.bits);
+  PictureFillRect(picture, 0, 0, static_cast<std::int32_t>(frame.width),
+                  static_cast<std::int32_t>(frame.height), frame.colour);
+  PicturePutPixel(picture, 0, 0, 1);
+  return picture;
+}
+
+DocumentWindow document_of(const std::vector<Frame>& frames, std::uint32_t width = 12,
+                           std::uint32_t height = 10) {
+  DocumentWindow window;
+  window.document.kind = DocumentKind::WEBP;
+  ChunkRecord record;
+  new_chunk(window, record, tag::WEBH);
+  record.webpHeader.canvasWidth = width;
+  record.webpHeader.canvasHeight = height;
+  record.webpHeader.loopCount = 7;
+  record.webpHeader.backgroundColor = 0x80FF4020;
+  chunk_list_append(window.list, window.document, record);
+  for (const Frame& frame : frames) {
+    NewChunkArgument argument;
+    argument.picture = picture_for(frame).handle();
+    new_chunk(window, record, tag::WEBI, argument);
+    record.webpImage.delay = frame.delay;
+    record.webpImage.xOffset = frame.x;
+    record.webpImage.yOffset = frame.y;
+    record.webpImage.dispose = frame.dispose;
+    chunk_list_append(window.list, window.document, record);
+  }
+  return window;
+}
+
+class WebpDocument : public ::testing::Test {
+ protected:
+  WebpDocument() { settings::WEBPLossless = 1; }
+  ~WebpDocument() override {
+    settings::WEBPLossless = settings::WebPAllowMixed = 0;
+    settings::WEBPQualityFactor = 75;
+  }
+
+  DocumentWindow reopened(DocumentWindow& window) {
+    DocumentWindow again;
+    EXPECT_TRUE(save_document(window, file_, recorder_.host))
+        << (recorder_.messages.empty() ? "" : recorder_.messages.back());
+    EXPECT_TRUE(open_document(again, file_, recorder_.host));
+    return again;
+  }
+
+  testing::ScratchFolder folder_;
+  fs::path file_ = folder_ / "out.WebP";
+  Recorder recorder_;
+};
+
+class WebpCorpus : public WebpDocument {};
+
+TEST_F(WebpCorpus, FilesLoadOrAreRefusedAsTheIndexSays) {
+  VELLUM_NEEDS_CORPUS();
+  for (const auto& row : testing::corpus_rows({"webp", "webp-bad"})) {
+    Recorder recorder;
+    DocumentWindow window;
+    const bool opened = open_document(window, testing::corpus_file(row), recorder.host);
+    EXPECT_EQ(opened, row.at("verdict") == "loads") << row.at("path");
+    EXPECT_EQ(recorder.messages.size(), opened ? 0u : 1u) << row.at("path");
+    if (!opened) continue;
+    EXPECT_EQ(window.document.kind, DocumentKind::WEBP);
+    EXPECT_EQ(std::to_string(header_of(window).canvasWidth), row.at("width")) << row.at("path");
+    EXPECT_EQ(std::to_string(header_of(window).canvasHeight), row.at("height")) << row.at("path");
+    const Picture first = images_of(window).at(0);
+    const auto rgba = rgba_of(window, first);
+    EXPECT_EQ(testing::md5_of(rgba.data(), rgba.size()), row.at("pixel_md5")) << row.at("path");
+    EXPECT_TRUE(
+        std::ranges::all_of(first.handle().bytes().subspan(24, 8), [](auto byte) { return byte == 0; }))
+        << row.at("path") << ": pixels per metre";
+  }
+}
+
+/// "100,90x2" as 100, 90, 90.
+std::vector<std::uint32_t> stated_delays(const std::string& text) {
+  std::vector<std::uint32_t> delays;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, ',');) {
+    const auto times = part.find('x');
+    const std::size_t count = times == std::string::npos ? 1 : std::stoul(part.substr(times + 1));
+    delays.insert(delays.end(), count, static_cast<std::uint32_t>(std::stoul(part)));
+  }
+  return delays;
+}
+
+TEST_F(WebpCorpus, FramesDelaysAndLoopsAreThoseOfTheIndex) {
+  VELLUM_NEEDS_CORPUS();
+  std::size_t compared = 0;
+  for (const auto& row : testing::corpus_rows({"webp"})) {
+    if (row.at("frames").empty()) continue;
+    DocumentWindow window;
+    ASSERT_TRUE(open_document(window, testing::corpus_file(row), recorder_.host));
+    EXPECT_EQ(delays_of(window), stated_delays(row.at("delays_ms"))) << row.at("path");
+    const std::uint32_t loops = header_of(window).loopCount;
+    EXPECT_EQ(loops == 0 ? "infinite" : std::to_string(loops), row.at("loop")) << row.at("path");
+    const auto pictures = images_of(window);
+    const auto stated = testing::corpus_frames(row.at("path"));
+    ASSERT_EQ(pictures.size(), stated.size()) << row.at("path");
+    for (std::size_t i = 0; i < pictures.size(); ++i, ++compared) {
+      const auto rgba = rgba_of(window, pictures[i]);
+      EXPECT_EQ(testing::md5_of(rgba.data(), rgba.size()), stated[i].at("rgba_md5"))
+          << row.at("path") << " " << i;
+    }
+  }
+  EXPECT_GT(compared, 120u);
+}
+
+/// The count of frames by an outside program; `frames` where that is not there.
+std::size_t counted_by_imagemagick(const fs::path& file, std::size_t frames) {
+  const auto judged = testing::run_tool({"identify", "-format", "%n ", "webp:" + file.string()});
+  return judged.there && judged.status == 0 ? std::stoul(judged.output) : frames;
+}
+
+TEST_F(WebpCorpus, ALosslessSaveKeepsPixelsTimesAndLoops) {
+  VELLUM_NEEDS_CORPUS();
+  for (const auto& row : testing::corpus_rows({"webp"})) {
+    DocumentWindow window;
+    ASSERT_TRUE(open_document(window, testing::corpus_file(row), recorder_.host));
+    const DocumentWindow again = reopened(window);
+    const auto before = images_of(window), after = images_of(again);
+    ASSERT_EQ(before.size(), after.size()) << row.at("path");
+    for (std::size_t i = 0; i < before.size(); ++i)
+      EXPECT_TRUE(rgba_of(window, before[i]) == rgba_of(again, after[i])) << row.at("path") << " image " << i;
+    const auto judged = testing::run_tool({"webpinfo", "-quiet", file_});
+    if (judged.there) EXPECT_EQ(judged.status, 0) << row.at("path") << ": " << judged.output;
+    if (before.size() < 2) continue;
+    EXPECT_EQ(delays_of(window), delays_of(again)) << row.at("path");
+    EXPECT_EQ(header_of(window).loopCount, header_of(again).loopCount) << row.at("path");
+    EXPECT_EQ(header_of(window).backgroundColor, header_of(again).backgroundColor) << row.at("path");
+    EXPECT_EQ(counted_by_imagemagick(file_, before.size()), before.size()) << row.at("path");
+  }
+}
+
+TEST_F(WebpDocument, FramesThatLookTheSameAndEveryDelaySurvive) {
+  const std::vector<Frame> frames = {
+      {12, 10, 0xFF0000FF, 100, 0, 0, 0},    {12, 10, 0xFF0000FF, 150, 0, 0, 1},
+      {12, 10, 0xFF0000FF, 0, 0, 0, 1},      {12, 10, 0x00123456, 0, 0, 0, 0},
+      {12, 10, 0x80FF00FF, 70'000, 0, 0, 0}, {12, 10, 0x80FF00FF, 33, 0, 0, 1}};
+  for (const int mixed : {0, 1}) {
+    settings::WebPAllowMixed = mixed;
+    DocumentWindow window = document_of(frames);
+    const std::string records = testing::tags_of(window.list);
+    const DocumentWindow again = reopened(window);
+    EXPECT_EQ(testing::tags_of(window.list), records) << "a save changes nothing";
+    EXPECT_EQ(delays_of(again), (std::vector<std::uint32_t>{100, 150, 0, 0, 70'000, 33}));
+    const auto read = frames_of(again);
+    ASSERT_EQ(read.size(), frames.size());
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      EXPECT_EQ(read[i].dispose, frames[i].dispose) << i;
+      EXPECT_TRUE(read[i].bitsPerPixel == 32 && read[i].colorType == 6 && read[i].xOffset == 0) << i;
+      EXPECT_EQ(rgba_of(again, images_of(again)[i]), rgba_of(window, images_of(window)[i])) << i;
+    }
+    const WebpHeaderFields header = header_of(again);
+    EXPECT_TRUE(header.loopCount == 7 && header.frameCount == 6 && header.bitsPerPixel == 32);
+    EXPECT_EQ(header.backgroundColor, 0x80FF4020u);
+  }
+}
+
+TEST_F(WebpDocument, FramesAreKeptInsideTheCanvas) {
+  DocumentWindow window = document_of({{12, 10, 0xFF0000FF, 10},
+                                       {4, 4, 0xFF00FF00, 10, 200, 1},          // moved in from the right
+                                       {30, 2, 0xFF00FF00, 10, 5, 0xFFFFFFFF},  // cut
+                                       {12, 10, 0x00FF00, 10, 0, 0, 0, 24},
+                                       {3, 3, 0, 10, 2, 2, 0, 8}});
+  const DocumentWindow again = reopened(window);
+  const auto shown = images_of(again);
+  ASSERT_EQ(shown.size(), 5u);
+  const auto pixel = [&](std::size_t i, int x, int y) { return PictureGetPixel(shown[i], x, y); };
+  EXPECT_EQ(pixel(1, 11, 4), 0xFF00FF00u);
+  EXPECT_EQ(pixel(1, 7, 4), 0u) << "the rest of the canvas is transparent";
+  EXPECT_EQ(pixel(2, 0, 8), 1u);
+  EXPECT_EQ(pixel(2, 11, 9), 0xFF00FF00u);
+  EXPECT_EQ(pixel(2, 1, 7), 0u);
+  EXPECT_EQ(pixel(3, 5, 5), 0xFF00FF00u);
+  EXPECT_EQ(pixel(4, 2, 2), 0xFF605040u) << "index 1";
+  EXPECT_EQ(pixel(4, 3, 3), 0xFF302010u) << "index 0";
+}
+
+TEST_F(WebpDocument, OneImageIsAStill) {
+  for (const std::uint32_t bits : {32u, 24u, 8u}) {
+    DocumentWindow window = document_of({{9, 8, bits == 8 ? 0u : 0x40000080u, 500, 1, 1, 0, bits}});
+    const DocumentWindow again = reopened(window);
+    const WebpHeaderFields header = header_of(again);
+    EXPECT_EQ(header.canvasWidth, 9u) << "the size of the picture";
+    EXPECT_EQ(header.bitsPerPixel, bits == 32 ? 32u : 24u);
+    EXPECT_EQ(header.colorType, bits == 32 ? 6u : 2u);
+    EXPECT_TRUE(header.loopCount == 0 && header.frameCount == 1);
+    EXPECT_EQ(rgba_of(again, images_of(again).at(0)), rgba_of(window, images_of(window).at(0))) << bits;
+    EXPECT_EQ(delays_of(again), std::vector<std::uint32_t>{0});
+    const auto judged = testing::run_tool({"dwebp", file_, "-o", folder_ / "judge.png"});
+    if (judged.there)
+      EXPECT_EQ(testing::rgba_by_libpng(folder_ / "judge.png"), rgba_of(window, images_of(window).at(0)))
+          << bits;
+  }
+}
+
+TEST_F(WebpDocument, QualityCountsWithoutLossless) {
+  DocumentWindow window = document_of({{64, 64, 0x40000080}, {64, 64, 0xFF0040FF}}, 64, 64);
+  settings::WEBPLossless = 0;
+  const auto size_at = [&](int quality) {
+    settings::WEBPQualityFactor = quality;
+    EXPECT_EQ(images_of(reopened(window)).size(), 2u);
+    return fs::file_size(file_);
+  };
+  const auto low = size_at(0);
+  EXPECT_LT(low, size_at(100));
+  EXPECT_EQ(low, size_at(-5)) << "a setting out of range is brought into it";
+}
+
+TEST_F(WebpDocument, WhatCantBeWrittenLeavesTheOldFile) {
+  struct Case {
+    const char* what;
+    DocumentWindow window;
+    const char* name;
+    const char* reason;
+  };
+  DocumentWindow headless = document_of({{}});
+  headless.list.remove(0);
+  DocumentWindow headless_two = document_of({{}, {}});
+  headless_two.list.remove(0);
+  Case cases[] = {
+      {"no image", document_of({}), "a.webp", "no image"},
+      {"an image in front", headless, "a.webp", "no header in front"},
+      {"two without a header", headless_two, "a.webp", "no header"},
+      {"too wide", document_of({{}, {}}, 16384, 10), "a.webp", "16383"},
+      {"a still too high", document_of({{1, 16384}}), "a.webp", "16383"},
+      {"no canvas", document_of({{}, {}}, 0, 10), "a.webp", "no pixels"},
+      {"another extension", document_of({{}, {}}), "a.png", "under this name"},
+      {"no extension", document_of({{}, {}}), "a", "under this name"},
+  };
+  for (Case& c : cases) {
+    const testing::ScratchFolder folder;
+    std::ofstream(folder / c.name) << "old";
+    Recorder recorder;
+    EXPECT_FALSE(save_document(c.window, folder / c.name, recorder.host)) << c.what;
+    ASSERT_EQ(recorder.messages.size(), 1u) << c.what;
+    EXPECT_TRUE(recorder.messages[0].starts_with("There has been an error writing this file.\n")) << c.what;
+    EXPECT_NE(recorder.messages[0].find(c.reason), std::string::npos) << recorder.messages[0];
+    EXPECT_EQ(bytes_of(folder / c.name), (Bytes{'o', 'l', 'd'})) << c.what;
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1) << c.what;
+  }
+}
+
+TEST_F(WebpDocument, MetadataIsToldToBeLost) {
+  DocumentWindow window = document_of({{}, {}});
+  reopened(window);
+  Bytes file = bytes_of(file_);
+  file[20] |= 0x20;  // a color profile
+  const Bytes profile = {'I', 'C', 'C', 'P', 2, 0, 0, 0, 1, 2};
+  file.insert(file.begin() + 30, profile.begin(), profile.end());
+  write_le32(&file[4], static_cast<std::uint32_t>(file.size() - 8));
+  DocumentWindow again;
+  ASSERT_TRUE(read_webp(again, file, recorder_.host)) << recorder_.host.take_fault();
+  ASSERT_EQ(recorder_.status.size(), 1u);
+  EXPECT_EQ(recorder_.status[0], string_text(StringId::MetadataNotKept));
+}
+
+// ------------------------------------------------------------------------------------------- from other
+// kinds
+
+class WebpConversion : public WebpDocument {
+ protected:
+  DocumentWindow read(const std::vector<testing::ChunkText>& chunks) {
+    DocumentWindow window;
+    EXPECT_TRUE(read_png(window, png_file(chunks), recorder_.host)) << recorder_.host.take_fault();
+    return window;
+  }
+
+  /// Fills image `number` of the list with a color.
+  static void paint(DocumentWindow& window, std::size_t number, Colour colour) {
+    ChunkRecord record;
+    for (std::size_t i = 0; i < window.list.size(); ++i) {
+      if (!is_image_entry(window.document.kind, window.list.record(i).tag) || number-- != 0) continue;
+      chunk_list_get(window.list, i, record);
+      Picture picture = picture_of(record);
+      PictureFillRect(picture, 0, 0, 1000, 1000, colour);
+      record.data = picture.handle();
+      chunk_list_put(window.list, i, record);
+    }
+  }
+};
+
+TEST_F(WebpConversion, StillsGetTheirTransparencyApplied) {
+  const testing::ChunkText end{"IEND", ""};
+  struct Case {
+    const char* what;
+    std::vector<testing::ChunkText> chunks;
+    std::uint32_t bits;
+  };
+  const Case cases[] = {
+      {"palette",
+       {{"IHDR", header_payload(5, 4, 2, 3)},
+        {"PLTE", "abcdefghi"},
+        {"tRNS", "\x70"},
+        {"IDAT", zero_image(5, 4, 2, 3)},
+        end},
+       32},
+      {"grey",
+       {{"IHDR", header_payload(5, 4, 8, 0)},
+        {"tRNS", std::string(2, '\0')},
+        {"IDAT", zero_image(5, 4, 8, 0)},
+        end},
+       32},
+      {"grey of another key",
+       {{"IHDR", header_payload(5, 4, 8, 0)},
+        {"tRNS", std::string("\0\x09", 2)},
+        {"IDAT", zero_image(5, 4, 8, 0)},
+        end},
+       24},
+      {"true color",
+       {{"IHDR", header_payload(5, 4, 8, 2)},
+        {"tRNS", std::string(6, '\0')},
+        {"IDAT", zero_image(5, 4, 8, 2)},
+        end},
+       32},
+      {"without", {{"IHDR", header_payload(5, 4, 8, 2)}, {"IDAT", zero_image(5, 4, 8, 2)}, end}, 24},
+      {"one bit",
+       {{"IHDR", header_payload(5, 4, 1, 3)}, {"PLTE", "abcdef"}, {"IDAT", zero_image(5, 4, 1, 3)}, end},
+       24},
+  };
+  for (const Case& c : cases) {
+    DocumentWindow window = read(c.chunks);
+    const DocumentWindow again = reopened(window);
+    EXPECT_EQ(rgba_of(again, images_of(again).at(0)), rgba_of(window, images_of(window).at(0))) << c.what;
+    EXPECT_EQ(header_of(again).bitsPerPixel, c.bits) << c.what;
+    EXPECT_EQ(window.document.kind, DocumentKind::PING);
+  }
+}
+
+TEST_F(WebpConversion, FramesBecomeTheCanvasesThatTheyMake) {
+  // Red; half-transparent green over its left part, disposed to previous; blue in a corner, disposed to
+  // background; a clear frame over all.
+  DocumentWindow window = read({{"IHDR", header_payload(4, 4, 8, 6)},
+                                {"acTL", be32(4) + be32(3)},
+                                {"fcTL", frame_control(0, 4, 4, 0, 0, 1, 3)},
+                                {"IDAT", zero_image(4, 4, 8, 6)},
+                                {"fcTL", frame_control(1, 2, 4, 0, 0, 5, 1000, 2, 1)},
+                                {"fdAT", be32(2) + zero_image(2, 4, 8, 6)},
+                                {"fcTL", frame_control(3, 2, 2, 2, 2, 7, 0, 1, 0)},
+                                {"fdAT", be32(4) + zero_image(2, 2, 8, 6)},
+                                {"fcTL", frame_control(5, 4, 4, 0, 0, 0, 100, 0, 1)},
+                                {"fdAT", be32(6) + zero_image(4, 4, 8, 6)},
+                                {"IEND", ""}});
+  paint(window, 0, 0xFF0000FF);
+  paint(window, 1, 0x8000FF00);
+  paint(window, 2, 0x40FF0000);
+  const DocumentWindow again = reopened(window);
+  EXPECT_EQ(delays_of(again), (std::vector<std::uint32_t>{334, 5, 70, 0}));
+  EXPECT_EQ(header_of(again).loopCount, 3u);
+  const auto shown = images_of(again);
+  ASSERT_EQ(shown.size(), 4u);
+  const auto corners = [&](std::size_t i) {
+    return std::array{PictureGetPixel(shown[i], 0, 0), PictureGetPixel(shown[i], 3, 0),
+                      PictureGetPixel(shown[i], 3, 3)};
+  };
+  EXPECT_EQ(corners(0), (std::array<Colour, 3>{0xFF0000FF, 0xFF0000FF, 0xFF0000FF}));
+  EXPECT_EQ(corners(1), (std::array<Colour, 3>{0xFF00807F, 0xFF0000FF, 0xFF0000FF}));
+  EXPECT_EQ(corners(2), (std::array<Colour, 3>{0xFF0000FF, 0xFF0000FF, 0x40FF0000}));
+  EXPECT_EQ(corners(3), (std::array<Colour, 3>{0xFF0000FF, 0xFF0000FF, 0}));
+}
+
+TEST_F(WebpConversion, WholeFramesGoOverAsTheyAre) {
+  DocumentWindow window = read({{"IHDR", header_payload(4, 4, 8, 2)},
+                                {"acTL", be32(2) + be32(0)},
+                                {"fcTL", frame_control(0, 4, 4, 0, 0, 1, 10, 1)},
+                                {"IDAT", zero_image(4, 4, 8, 2)},
+                                {"fcTL", frame_control(1, 4, 4, 0, 0, 1, 10, 2, 1)},
+                                {"fdAT", be32(2) + zero_image(4, 4, 8, 2)},
+                                {"IEND", ""}});
+  DocumentWindow converted;
+  ASSERT_TRUE(convert_to_webp(window, converted, recorder_.host));
+  EXPECT_EQ(testing::tags_of(converted.list), "WEBH WEBI WEBI");
+  EXPECT_TRUE(images_of(converted)[0].handle().shares_with(images_of(window)[0].handle()));
+  EXPECT_EQ(frames_of(converted)[0].dispose, 1u);
+  EXPECT_EQ(frames_of(converted)[1].dispose, 0u);
+  const WebpHeaderFields header = header_of(converted);
+  EXPECT_TRUE(header.bitsPerPixel == 24 && header.colorType == 2 && header.frameCount == 2);
+}
+
+TEST_F(WebpConversion, ImagesOfAnMngPileUpUnlessTheirModeClears) {
+  DocumentWindow window;
+  window.document.kind = DocumentKind::MING;
+  ChunkRecord record;
+  new_chunk(window, record, tag::MHDR);
+  record.frameWidth = record.frameHeight = 4;
+  record.ticksPerSecond = 100;
+  chunk_list_append(window.list, window.document, record);
+  for (int i = 0; i < 3; ++i) {
+    NewChunkArgument argument;
+    argument.picture = picture_for({2, 2, 0xFF000000u >> 8 * i, 0, 0, 0, 0, i == 0 ? 24u : 32u}).handle();
+    new_chunk(window, record, tag::PNGI, argument);
+    record.flags |= CRF_FRAM | CRF_DEFI;
+    record.image.edit().defiBytes = 12;
+    record.image.edit().defiBlock.xLocation = i << 24;  // the file's byte order
+    record.image.edit().framBlock.interframeDelay = 5u << 24;
+    record.image.edit().framBlock.framingMode = i == 2 ? 4 : 1;
+    if (i == 0) {
+      record.flags |= CRF_TRNS;
+      record.image.edit().transBytes = 6;
+      record.image.edit().trans[1] = 1;  // the pixel at the origin
+    }
+    chunk_list_append(window.list, window.document, record);
+  }
+  new_chunk(window, record, tag::MEND);
+  chunk_list_append(window.list, window.document, record);
+  DocumentWindow converted;
+  ASSERT_TRUE(convert_to_webp(window, converted, recorder_.host)) << recorder_.host.take_fault();
+  EXPECT_EQ(delays_of(converted), (std::vector<std::uint32_t>{50, 50, 50}));
+  EXPECT_EQ(header_of(converted).loopCount, 1u) << "without LOOP or TERM it plays once";
+  const auto shown = images_of(converted);
+  EXPECT_EQ(PictureGetPixel(shown[0], 0, 0), 0u) << "its transparent color";
+  EXPECT_EQ(PictureGetPixel(shown[1], 0, 1), 0xFF000000u) << "what the first left";
+  EXPECT_EQ(PictureGetPixel(shown[2], 1, 1), 0u) << "cleared";
+}
+
+// -------------------------------------------------------------------------------------------------- hostile
+
+class WebpHostile : public WebpDocument {
+ protected:
+  Bytes saved(DocumentWindow window) {
+    EXPECT_TRUE(save_document(window, file_, recorder_.host));
+    return bytes_of(file_);
+  }
+
+  bool survives(const Bytes& bytes) {
+    Recorder recorder;
+    DocumentWindow window, again;
+    if (!read_webp(window, bytes, recorder.host)) {
+      EXPECT_TRUE(recorder.host.has_fault) << "a failure without a reason";
+      return false;
+    }
+    if (!save_document(window, file_, recorder.host)) return true;
+    EXPECT_TRUE(open_document(again, file_, recorder.host));
+    EXPECT_EQ(images_of(window).size(), images_of(again).size());
+    return true;
+  }
+
+  std::vector<Bytes> small_files() {
+    return {saved(document_of({{12, 10, 0x800000FF}, {3, 3, 0x80FF0000, 20, 3, 3}, {12, 10, 7, 0}})),
+            encode_webp_still(picture_for({}), true, 0), encode_webp_still(picture_for({}), false, 50)};
+  }
+};
+
+TEST_F(WebpHostile, CutAtEveryLength) {
+  for (const Bytes& whole : small_files()) {
+    ASSERT_TRUE(survives(whole));
+    std::size_t opened = 0;
+    for (std::size_t length = 0; length < whole.size(); ++length)
+      opened += survives(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+    EXPECT_LE(opened, 3u) << "the decoder may forgive padding at the end of a still";
+  }
+}
+
+TEST_F(WebpHostile, ChangedAtEveryByte) {
+  for (const Bytes& whole : small_files())
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+      // Sizes of a canvas stay small.
+      if (at >= 25 && at < 30) continue;
+      for (const int change : {0x01, 0x80, 0xFF}) {
+        Bytes damaged(whole);
+        damaged[at] = static_cast<std::uint8_t>(damaged[at] ^ change);
+        survives(damaged);
+      }
+    }
+}
+
+TEST_F(WebpHostile, FramesThatPassTheMemoryOfADocumentAreRefusedBeforeTheyAreDecoded) {
+  std::vector<Frame> frames(90, {1, 1});
+  Bytes bytes = saved(document_of(frames));
+  // 5,000 x 5,000 pixels: 100 MB a frame, 9 GB together.
+  const std::uint8_t size[] = {0x87, 0x13, 0, 0x87, 0x13, 0};
+  std::ranges::copy(size, bytes.begin() + 24);
+  DocumentWindow window;
+  EXPECT_FALSE(read_webp(window, bytes, recorder_.host));
+  EXPECT_TRUE(window.list.empty());
+  EXPECT_EQ(recorder_.host.fault.kind, FaultKind::Limit);
+}
+
+TEST_F(WebpHostile, OtherContentIsNamed) {
+  const struct {
+    Bytes bytes;
+    const char* told;
+  } cases[] = {
+      {{'R', 'I', 'F', 'F', 40, 0, 0, 0, 'A', 'C', 'O', 'N', 'a', 'n', 'i', 'h'},
+       "The content is an ANI file."},
+      {png_file({{"IHDR", header_payload(1, 1, 8, 2)}}), "The content is a PNG file."},
+      {{'R', 'I', 'F', 'F', 4, 0, 0, 0, 'W', 'E', 'B', 'P'}, "the header of a WebP file"},
+      {{}, "the header of a WebP file"},
+  };
+  for (const auto& c : cases) {
+    std::ofstream(file_, std::ios::binary)
+        .write(reinterpret_cast<const char*>(c.bytes.data()), static_cast<std::streamsize>(c.bytes.size()));
+    Recorder recorder;
+    DocumentWindow window;
+    EXPECT_FALSE(open_document(window, file_, recorder.host));
+    ASSERT_EQ(recorder.messages.size(), 1u);
+    EXPECT_NE(recorder.messages[0].find(c.told), std::string::npos) << recorder.messages[0];
+  }
+}
+
+}  // namespace
+}  // namespace vellum
