@@ -42,6 +42,28 @@ void put_animation_control(Json& entry, const ChunkRecord& record) {
   entry["numPlays"] = record.numPlays;
 }
 
+void put_mng_header(Json& entry, const ChunkRecord& record) {
+  entry["width"] = record.frameWidth;
+  entry["height"] = record.frameHeight;
+  entry["ticksPerSecond"] = record.ticksPerSecond;
+  entry["layerCount"] = record.layerCount;
+  entry["frameCount"] = record.frameCount;
+  entry["playTime"] = record.playTime;
+  entry["simplicityProfile"] = record.simplicityProfile;
+}
+
+/// How often a loop runs its body; 2147483647 means for ever (MNG 1.0, "LOOP").
+void put_loop(Json& entry, const ChunkRecord& record) {
+  entry["level"] = payload_byte(record, 0);
+  entry["loopCount"] = payload_be32(record, 1);
+}
+
+/// Ticks to a second of an MNG.
+std::uint32_t ticks_of(const ChunkList& list) {
+  const std::size_t header = chunk_find_first(list, tag::MHDR);
+  return header == kNoEntry ? 1000 : list.record(header).ticksPerSecond;
+}
+
 void put_webp_header(Json& entry, const ChunkRecord& record) {
   entry["width"] = record.webpHeader.canvasWidth;
   entry["height"] = record.webpHeader.canvasHeight;
@@ -60,19 +82,23 @@ struct FrameManner {
   bool over = false;
 };
 
-FrameManner manner_of(const ChunkRecord& record, DocumentKind kind) {
+FrameManner manner_of(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks) {
   const FrameControl& control = record.frameControl;
   if (kind == DocumentKind::APNG) return {delay_ms(control), control.dispose, control.blend == 1};
   if (kind == DocumentKind::WEBP)
     return {static_cast<double>(record.webpImage.delay), record.webpImage.dispose, false};
+  if (kind == DocumentKind::MING) {
+    const bool clears = (record.flags & CRF_FRAM) && record.image->framBlock.framingMode >= 3;
+    return {static_cast<double>(frame_delay_ms(record, kind, ticks)), clears ? 1u : 0u, true};
+  }
   return {};
 }
 
-void put_image(Json& entry, const ChunkRecord& record, DocumentKind kind) {
+void put_image(Json& entry, const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks) {
   const Picture picture = picture_of(record);
   if (!picture) return;
   const FrameOffset offset = frame_offset(record, kind);
-  const FrameManner manner = manner_of(record, kind);
+  const FrameManner manner = manner_of(record, kind, ticks);
   entry["width"] = picture.width();
   entry["height"] = picture.height();
   entry["x"] = offset.x;
@@ -89,7 +115,7 @@ std::string stripped(const std::string& text) {
   return first == std::string::npos ? std::string() : text.substr(first);
 }
 
-Json entry_json(const DocumentWindow& window, std::size_t index) {
+Json entry_json(const DocumentWindow& window, std::size_t index, std::uint32_t ticks) {
   const ChunkRecord& record = window.list.record(index);
   const auto parting = record.description.find('?');
   Json entry;
@@ -100,9 +126,11 @@ Json entry_json(const DocumentWindow& window, std::size_t index) {
   entry["text"] =
       parting == std::string::npos ? std::string() : stripped(record.description.substr(parting + 1));
   if (record.tag == tag::IHDR) put_header(entry, record);
+  if (record.tag == tag::MHDR) put_mng_header(entry, record);
+  if (record.tag == tag::LOOP) put_loop(entry, record);
   if (record.tag == tag::WEBH) put_webp_header(entry, record);
   if (record.tag == tag::acTL) put_animation_control(entry, record);
-  if (is_image_entry(window.document.kind, record.tag)) put_image(entry, record, window.document.kind);
+  if (is_image_entry(window.document.kind, record.tag)) put_image(entry, record, window.document.kind, ticks);
   return entry;
 }
 
@@ -117,7 +145,9 @@ std::string document_json(const DocumentWindow& window) {
   if (const Picture image(window.document.defaultImage); image)
     document["defaultImage"] = {{"width", image.width()}, {"height", image.height()}, {"bits", image.bits()}};
   document["entries"] = Json::array();
-  for (std::size_t i = 0; i < window.list.size(); ++i) document["entries"].push_back(entry_json(window, i));
+  const std::uint32_t ticks = ticks_of(window.list);
+  for (std::size_t i = 0; i < window.list.size(); ++i)
+    document["entries"].push_back(entry_json(window, i, ticks));
   return document.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 

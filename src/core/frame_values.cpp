@@ -75,9 +75,8 @@ std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::
     return whole_milliseconds(control.delayNum, control.delayDen == 0 ? 100 : control.delayDen);
   }
   if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return 0;
-  const auto delay = static_cast<std::uint32_t>(
-      from_file_order(static_cast<std::int32_t>(record.image->framBlock.interframeDelay)));
-  return whole_milliseconds(delay, std::max(ticks, 1u));
+  const std::uint64_t delay = from_file_order(record.image->framBlock.interframeDelay);
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(delay * 1000 / std::max(ticks, 1u), 0xFFFFFFFF));
 }
 
 std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header) {

@@ -15,8 +15,8 @@ struct FrameOffset {
 /// otherwise the origin.
 FrameOffset frame_offset(const ChunkRecord& record, DocumentKind kind);
 
-/// How long a frame is shown, in milliseconds, begun ones counted whole. APNG: its fraction of a second;
-/// MING: the delay of the FRAM in force, `ticks` of the MHDR to a second; WEBP: its delay.
+/// How long a frame is shown, in milliseconds. APNG: its fraction of a second, a begun one counted whole;
+/// MING: the delay of the FRAM in force, `ticks` of the MHDR to a second, truncated; WEBP: its delay.
 std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks);
 
 /// A tRNS payload for a header in the form that PictureWithTransparency takes: a table by index (of levels in
