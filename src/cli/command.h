@@ -26,6 +26,7 @@ std::span<const CommandRow> command_table();
 
 // One of these stands in each command's file.
 Run prepare_list(CLI::App& app);
+Run prepare_convert(CLI::App& app);
 Run prepare_save(CLI::App& app);
 Run prepare_frames(CLI::App& app);
 Run prepare_config(CLI::App& app);

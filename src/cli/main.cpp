@@ -43,7 +43,8 @@ bool apply_settings(const std::vector<std::string>& assignments) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Shows, checks and rewrites PNG, animated PNG, MNG and WebP files as lists of chunks.", "vellum");
+  CLI::App app("Shows, checks and rewrites PNG, animated PNG, MNG and WebP files as lists of chunks.",
+               "vellum");
   GlobalOptions options;
   add_global_options(app, options);
   Run chosen;

@@ -4,6 +4,7 @@
 
 #include "base/limits.h"
 #include "core/chunk_layout.h"
+#include "core/framing.h"
 #include "core/new_chunk.h"
 #include "core/png_reading.h"
 #include "core/whole_canvases.h"
@@ -48,6 +49,10 @@ void put_mng(const ChunkRecord& record, std::vector<FrameLayer>& frames) {
   if (clears && frames.size() > 1) frames[frames.size() - 2].dispose = 1;
 }
 
+void put_webp(const ChunkRecord& record, std::vector<FrameLayer>& frames) {
+  frames.back().dispose = record.webpImage.dispose == 1;
+}
+
 /// How images of a kind are shown.
 struct SourceRow {
   DocumentKind kind;
@@ -58,6 +63,7 @@ constexpr SourceRow kSources[] = {
     {DocumentKind::PING, put_still},
     {DocumentKind::APNG, put_apng},
     {DocumentKind::MING, put_mng},
+    {DocumentKind::WEBP, put_webp},
 };
 
 /// The picture in true color, its transparency as alpha: that of the image itself in an MNG, else the
@@ -99,44 +105,231 @@ bool compose(std::vector<FrameLayer>& frames, Extent canvas, Host& host) {
   return make_whole_canvases(frames, canvas) || fail(host, "memory is exhausted", FaultKind::Limit);
 }
 
-bool append_header(const DocumentWindow& from, DocumentWindow& to, Extent canvas, bool alpha) {
-  ChunkRecord record;
-  new_chunk(to, record, tag::WEBH);
-  WebpHeaderFields& header = record.webpHeader;
-  header.canvasWidth = canvas.width;
-  header.canvasHeight = canvas.height;
-  header.loopCount = document_plays(from.list, from.document);
-  header.colorType = alpha ? 6 : 2;
-  header.bitsPerPixel = alpha ? 32 : 24;
-  header.backgroundColor = document_background(from.list, from.document);
-  return chunk_list_append(to.list, to.document, record) != 0;
+// ----------------------------------------------------------------------------------------------------- the
+// other kinds
+
+/// A conversion under way.
+struct Conversion {
+  const DocumentWindow& from;
+  DocumentWindow& to;
+  std::vector<FrameLayer> frames{};
+  Extent canvas{};
+  bool alpha = false;     ///< a picture has 32 bits
+  bool composed = false;  ///< frames are whole canvases, each in place of the one before
+};
+
+bool append(Conversion& conversion, const ChunkRecord& record) {
+  return chunk_list_append(conversion.to.list, conversion.to.document, record) != 0;
 }
 
-bool append_image(DocumentWindow& to, const FrameLayer& frame) {
+bool append_default(Conversion& conversion, ChunkTag tag, std::uint32_t number = 0) {
   ChunkRecord record;
   NewChunkArgument argument;
+  argument.number = number;
+  return new_chunk(conversion.to, record, tag, argument) && append(conversion, record);
+}
+
+bool append_texts(Conversion& conversion) {
+  static constexpr ChunkTag carried[] = {tag::tEXt, tag::zTXt, tag::iTXt, tag::tIME};
+  for (std::size_t i = 0; i < conversion.from.list.size(); ++i) {
+    ChunkRecord record = conversion.from.list.record(i);
+    if (std::ranges::find(carried, record.tag) == std::end(carried)) continue;
+    record.owner = nullptr;
+    if (!append(conversion, record)) return false;
+  }
+  return true;
+}
+
+bool append_png_header(Conversion& conversion) {
+  ChunkRecord record;
+  new_chunk(conversion.to, record, tag::IHDR);
+  record.width = conversion.canvas.width;
+  record.height = conversion.canvas.height;
+  record.colorType = conversion.alpha ? 6 : 2;
+  return append(conversion, record);
+}
+
+/// The picture's record of this tag.
+bool image_record(const Conversion& conversion, const FrameLayer& frame, ChunkTag tag, ChunkRecord& record) {
+  NewChunkArgument argument;
   argument.picture = frame.picture.handle();
-  if (!new_chunk(to, record, tag::WEBI, argument)) return false;
+  return new_chunk(conversion.to, record, tag, argument);
+}
+
+// PING
+
+bool png_holds(const std::vector<FrameLayer>&, Extent) { return true; }
+
+bool png_front(Conversion& conversion) { return append_png_header(conversion) && append_texts(conversion); }
+
+bool png_image(Conversion& conversion, const FrameLayer& frame) {
+  ChunkRecord record;
+  return image_record(conversion, frame, tag::IDAT, record) && append(conversion, record);
+}
+
+bool png_back(Conversion& conversion) { return append_default(conversion, tag::IEND); }
+
+// APNG
+
+bool apng_holds(const std::vector<FrameLayer>& frames, Extent canvas) {
+  return std::ranges::all_of(frames, [canvas](const FrameLayer& frame) {
+    return frame.offset.x >= 0 && frame.offset.y >= 0 &&
+           std::int64_t{frame.offset.x} + frame.picture.width() <= canvas.width &&
+           std::int64_t{frame.offset.y} + frame.picture.height() <= canvas.height;
+  });
+}
+
+bool apng_front(Conversion& conversion) {
+  ChunkRecord control;
+  new_chunk(conversion.to, control, tag::acTL);
+  control.numPlays = document_plays(conversion.from.list, conversion.from.document);
+  return append_png_header(conversion) && append(conversion, control) && append_texts(conversion);
+}
+
+/// Milliseconds as a fraction whose terms have 16 bits; the longest delays lose their last digits.
+void put_delay(FrameControl& control, std::uint32_t milliseconds) {
+  std::uint32_t per = 1000;
+  for (; milliseconds > 0xFFFF && per > 1; per /= 10) milliseconds /= 10;
+  control.delayNum = static_cast<std::uint16_t>(std::min(milliseconds, 0xFFFFu));
+  control.delayDen = static_cast<std::uint16_t>(per);
+}
+
+bool apng_image(Conversion& conversion, const FrameLayer& frame) {
+  ChunkRecord record;
+  if (!image_record(conversion, frame, tag::IDAT, record)) return false;
+  FrameControl& control = record.frameControl;
+  control.xOffset = static_cast<std::uint32_t>(frame.offset.x);
+  control.yOffset = static_cast<std::uint32_t>(frame.offset.y);
+  control.dispose = static_cast<std::uint8_t>(frame.dispose);
+  control.blend = frame.over ? 1 : 0;
+  put_delay(control, frame.delay);
+  return append(conversion, record);
+}
+
+// MING
+
+/// An MNG lays every image over what is there, or over a cleared canvas.
+bool mng_holds(const std::vector<FrameLayer>& frames, Extent) {
+  return std::ranges::all_of(frames, [](const FrameLayer& frame) {
+    return frame.dispose == 0 && (frame.over || frame.picture.bits() == 24);
+  });
+}
+
+/// Plays of the animation as a LOOP around the images; none for one play.
+std::optional<std::uint32_t> loop_count(const Conversion& conversion) {
+  constexpr std::uint32_t for_ever = 0x7FFFFFFF;  // MNG 1.0, "LOOP"
+  const std::uint32_t plays = document_plays(conversion.from.list, conversion.from.document);
+  if (plays == 1 || conversion.frames.size() < 2) return std::nullopt;
+  return plays == 0 ? for_ever : plays;
+}
+
+bool mng_front(Conversion& conversion) {
+  ChunkRecord header;
+  new_chunk(conversion.to, header, tag::MHDR);
+  header.frameWidth = conversion.canvas.width;
+  header.frameHeight = conversion.canvas.height;
+  const auto loops = loop_count(conversion);
+  return append(conversion, header) && append_texts(conversion) &&
+         (!loops || append_default(conversion, tag::LOOP, *loops));
+}
+
+bool mng_image(Conversion& conversion, const FrameLayer& frame) {
+  ChunkRecord record;
+  if (!image_record(conversion, frame, tag::PNGI, record)) return false;
+  EmbeddedImage& image = record.image.edit();
+  record.flags |= CRF_FRAM;
+  image.framBlock.framingMode = conversion.composed && conversion.alpha ? 3 : 1;
+  image.framBlock.changeDelay = 1;
+  image.framBlock.interframeDelay = to_file_order(frame.delay);  // 1000 ticks to a second
+  if (frame.offset.x != 0 || frame.offset.y != 0) {
+    record.flags |= CRF_DEFI;
+    image.defiBytes = 12;
+    image.defiBlock.concreteFlag = 1;
+    image.defiBlock.xLocation = from_file_order(frame.offset.x);
+    image.defiBlock.yLocation = from_file_order(frame.offset.y);
+  }
+  return append(conversion, record);
+}
+
+bool mng_back(Conversion& conversion) {
+  return (!loop_count(conversion) || append_default(conversion, tag::ENDL)) &&
+         append_default(conversion, tag::MEND);
+}
+
+// WEBP
+
+bool webp_front(Conversion& conversion) {
+  const DocumentWindow& from = conversion.from;
+  ChunkRecord record;
+  new_chunk(conversion.to, record, tag::WEBH);
+  WebpHeaderFields& header = record.webpHeader;
+  header.canvasWidth = conversion.canvas.width;
+  header.canvasHeight = conversion.canvas.height;
+  header.loopCount = document_plays(from.list, from.document);
+  header.colorType = conversion.alpha ? 6 : 2;
+  header.bitsPerPixel = conversion.alpha ? 32 : 24;
+  header.backgroundColor = document_background(from.list, from.document);
+  return append(conversion, record);
+}
+
+bool webp_image(Conversion& conversion, const FrameLayer& frame) {
+  ChunkRecord record;
+  if (!image_record(conversion, frame, tag::WEBI, record)) return false;
   record.webpImage.delay = frame.delay;
   record.webpImage.dispose = frame.dispose == 1;
-  return chunk_list_append(to.list, to.document, record) != 0;
+  return append(conversion, record);
+}
+
+bool webp_back(Conversion&) { return true; }  // nothing stands behind the frames
+
+/// How a document of a kind is made from frames.
+struct TargetRow {
+  DocumentKind kind;
+  /// Whether the kind can express these frames as they are.
+  bool (*holds)(const std::vector<FrameLayer>& frames, Extent canvas);
+  bool (*front)(Conversion& conversion);
+  bool (*image)(Conversion& conversion, const FrameLayer& frame);
+  bool (*back)(Conversion& conversion);
+};
+
+constexpr TargetRow kTargets[] = {
+    {DocumentKind::PING, png_holds, png_front, png_image, png_back},
+    {DocumentKind::APNG, apng_holds, apng_front, apng_image, png_back},
+    {DocumentKind::MING, mng_holds, mng_front, mng_image, mng_back},
+    {DocumentKind::WEBP, are_whole_canvases, webp_front, webp_image, webp_back},
+};
+
+bool prepare(Conversion& conversion, const TargetRow& target, Host& host) {
+  const DocumentWindow& from = conversion.from;
+  if (!gather(from, conversion.frames, host)) return false;
+  if (target.kind == DocumentKind::PING && conversion.frames.size() > 1)
+    return fail(host, "the document has several images");
+  const Picture& first = conversion.frames[0].picture;
+  conversion.canvas = is_animation(from.document.kind) && target.kind != DocumentKind::PING
+                          ? document_size(from.list, from.document)
+                          : Extent{first.width(), first.height()};
+  if (!target.holds(conversion.frames, conversion.canvas)) {
+    if (!compose(conversion.frames, conversion.canvas, host)) return false;
+    conversion.composed = true;
+  }
+  conversion.alpha =
+      std::ranges::any_of(conversion.frames, [](const FrameLayer& f) { return f.picture.bits() == 32; });
+  return true;
 }
 
 }  // namespace
 
-bool convert_to_webp(const DocumentWindow& from, DocumentWindow& to, Host& host) {
-  std::vector<FrameLayer> frames;
-  if (!gather(from, frames, host)) return false;
-  const bool still = from.document.kind == DocumentKind::PING;
-  const Extent canvas = still ? Extent{frames[0].picture.width(), frames[0].picture.height()}
-                              : document_size(from.list, from.document);
-  if (!compose(frames, canvas, host)) return false;
-  to.document.kind = DocumentKind::WEBP;
+bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKind kind, Host& host) {
+  const auto target = std::ranges::find(kTargets, kind, &TargetRow::kind);
+  if (target == std::end(kTargets)) return fail(host, "there is no such kind of document");
+  Conversion conversion{from, to};
+  to.document.kind = kind;
   to.document.thumbScale = from.document.thumbScale;
-  const bool alpha = std::ranges::any_of(frames, [](const FrameLayer& f) { return f.picture.bits() == 32; });
-  bool good = append_header(from, to, canvas, alpha);
-  for (const FrameLayer& frame : frames) good = good && append_image(to, frame);
-  if (!good) return fail(host, "the document has too many frames", FaultKind::Limit);
+  if (!prepare(conversion, *target, host)) return false;
+  bool good = target->front(conversion);
+  for (const FrameLayer& frame : conversion.frames) good = good && target->image(conversion, frame);
+  if (!good || !target->back(conversion))
+    return fail(host, "the document has too many frames", FaultKind::Limit);
   chunk_list_close_change(to.list, to.document);
   return true;
 }

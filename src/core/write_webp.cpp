@@ -121,7 +121,7 @@ WriteResult write_webp(const DocumentWindow& window, const std::filesystem::path
                        Host& host) {
   if (window.document.kind == DocumentKind::WEBP) return write_file({window, host, quality}, path);
   DocumentWindow converted;
-  if (!convert_to_webp(window, converted, host)) return WriteResult::Failed;
+  if (!convert_document(window, converted, DocumentKind::WEBP, host)) return WriteResult::Failed;
   return write_file({converted, host, quality}, path);
 }
 

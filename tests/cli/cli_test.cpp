@@ -91,6 +91,19 @@ TEST_F(Tool, WebpIsListedSavedAndTakenApart) {
   EXPECT_EQ(testing::rgba_by_libpng(folder_ / "frames/frame_00001.png").size(), 4u * 3 * 4);
 }
 
+TEST_F(Tool, ConvertsToEveryKind) {
+  for (const auto& [kind, name] : {std::pair{"mng", "a.mng"}, {"webp", "a.webp"}, {"apng", "b.png"}}) {
+    ASSERT_EQ(vellum({"convert", "--kind", kind, animation(), folder_ / name}).status, 0) << kind;
+    const auto document = nlohmann::json::parse(vellum({"list", "--json", folder_ / name}).output);
+    std::size_t images = 0;
+    for (const auto& entry : document["entries"]) images += entry.contains("delay_ms");
+    EXPECT_EQ(images, 2u) << kind;
+  }
+  EXPECT_EQ(vellum({"convert", "--kind", "png", animation(), folder_ / "c.png"}).status, 1) << "two images";
+  EXPECT_EQ(vellum({"convert", "--kind", "mng", animation(), folder_ / "c.webp"}).status, 2);
+  EXPECT_EQ(vellum({"convert", "--kind", "fly", animation(), folder_ / "c.png"}).status, 2);
+}
+
 TEST_F(Tool, SavesOverItsOwnInput) {
   const fs::path file = animation();
   const auto before = vellum({"list", "--json", file}).output;

@@ -442,7 +442,7 @@ TEST_F(WebpConversion, WholeFramesGoOverAsTheyAre) {
                                 {"fdAT", be32(2) + zero_image(4, 4, 8, 2)},
                                 {"IEND", ""}});
   DocumentWindow converted;
-  ASSERT_TRUE(convert_to_webp(window, converted, recorder_.host));
+  ASSERT_TRUE(convert_document(window, converted, DocumentKind::WEBP, recorder_.host));
   EXPECT_EQ(testing::tags_of(converted.list), "WEBH WEBI WEBI");
   EXPECT_TRUE(images_of(converted)[0].handle().shares_with(images_of(window)[0].handle()));
   EXPECT_EQ(frames_of(converted)[0].dispose, 1u);
@@ -478,7 +478,7 @@ TEST_F(WebpConversion, ImagesOfAnMngPileUpUnlessTheirModeClears) {
   new_chunk(window, record, tag::MEND);
   chunk_list_append(window.list, window.document, record);
   DocumentWindow converted;
-  ASSERT_TRUE(convert_to_webp(window, converted, recorder_.host)) << recorder_.host.take_fault();
+  ASSERT_TRUE(convert_document(window, converted, DocumentKind::WEBP, recorder_.host)) << recorder_.host.take_fault();
   EXPECT_EQ(delays_of(converted), (std::vector<std::uint32_t>{50, 50, 50}));
   EXPECT_EQ(header_of(converted).loopCount, 1u) << "without LOOP or TERM it plays once";
   const auto shown = images_of(converted);
