@@ -256,6 +256,9 @@ constexpr HandlerRow kHandlers[] = {
 };
 
 bool take_chunk(MngReading& reading, const StreamChunk& chunk) {
+  // The tag of image records is this program's own: raw bytes under it would pass for a picture.
+  if (chunk.tag == tag::PNGI) return reading.fail(chunk, "the chunk has a reserved name");
+  if (chunk.tag == tag::MHDR) return reading.fail(chunk, "there is a second header");
   if (reading.opaque && chunk.tag != tag::MEND) {
     reading.opaque = chunk.tag != tag::IEND;
     return reading.add(raw_record(chunk), chunk);

@@ -195,6 +195,9 @@ TEST_F(Mng, IsRefusedWithItsReason) {
        "inside another"},
       {joined({{{"IHDR", header_payload(2, 2, 8, 2)}}}), "ends inside an image"},
       {joined({{{"PLTE", "ab"}}}), "length is not that of a palette"},
+      {joined({{{"PNGI", "ab"}}}), "reserved name"},
+      {joined({{{"DHDR", "x"}, {"PNGI", "ab"}, {"IEND", ""}}}), "reserved name"},
+      {joined({{kHead}}), "second header"},
   };
   for (const Case& c : cases) {
     DocumentWindow window;
