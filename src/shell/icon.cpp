@@ -16,7 +16,7 @@ static void initialise_icon_resource() { Q_INIT_RESOURCE(icons); }
 namespace vellum {
 namespace {
 
-constexpr const char* kInk = "#101010";  // the drawings' placeholder for the text color
+constexpr const char* kInk = "#101010";  // the drawings' stand-in for the text color
 constexpr double kDisabledShare = 0.62;  // how far a disabled icon fades into the window
 
 QColor ink_of(QIcon::Mode mode) {
