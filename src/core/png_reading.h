@@ -39,6 +39,11 @@ bool append_plain_chunk(PngReading& reading, const StreamChunk& chunk);
 /// The warning about a wrong CRC, tied to its option.
 void warn_of_crc(Host& host, const StreamChunk& chunk);
 
+/// All chunks behind the signature, up to and with the one tagged `end`. False, with the failure kept, when
+/// the signature is another or the file ends before.
+bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8_t, 8>& signature,
+                 ChunkTag end, GatheredChunks& gathered, Host& host);
+
 /// The chunks of an animated PNG, read as such. Called by read_png.
 bool read_apng(PngReading& reading);
 

@@ -18,7 +18,6 @@
 namespace vellum {
 namespace {
 
-constexpr std::array<std::uint8_t, 8> kMngSignature = {0x8A, 'M', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr std::size_t kHeaderBytes = 28;
 
 /// An embedded PNG between its IHDR and its IEND.
@@ -331,14 +330,8 @@ bool decode_images(MngReading& reading, const Progress& progress) {
 
 bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
   window.document.kind = DocumentKind::MING;
-  if (file.size() < kMngSignature.size() ||
-      !std::ranges::equal(file.first(kMngSignature.size()), kMngSignature))
-    return host.fail({FaultKind::Damaged, 0, -1, 0, "the signature of an MNG file is missing"});
-  const GatheredChunks gathered = gather_chunks(file, kMngSignature.size(), tag::MEND);
-  if (!gathered.complete)
-    return host.fail({FaultKind::Damaged, 0, static_cast<std::int64_t>(gathered.chunks.size()),
-                      static_cast<std::int64_t>(gathered.end),
-                      "the file ends inside a chunk or without its end chunk"});
+  GatheredChunks gathered;
+  if (!gather_file(file, kMngSignature, tag::MEND, gathered, host)) return false;
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
   MngReading reading{window, host, gathered.chunks};

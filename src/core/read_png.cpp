@@ -160,15 +160,20 @@ bool append_plain_chunk(PngReading& reading, const StreamChunk& chunk) {
   return reading.append(record, chunk);
 }
 
+bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8_t, 8>& signature,
+                 ChunkTag end, GatheredChunks& gathered, Host& host) {
+  if (file.size() < signature.size() || !std::ranges::equal(file.first(signature.size()), signature))
+    return host.fail({FaultKind::Damaged, 0, -1, 0, "the signature of the format is missing"});
+  gathered = gather_chunks(file, signature.size(), end);
+  return gathered.complete ||
+         host.fail({FaultKind::Damaged, 0, static_cast<std::int64_t>(gathered.chunks.size()),
+                    static_cast<std::int64_t>(gathered.end),
+                    "the file ends inside a chunk or without its end chunk"});
+}
+
 bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
-  if (file.size() < kPngSignature.size() ||
-      !std::ranges::equal(file.first(kPngSignature.size()), kPngSignature))
-    return host.fail({FaultKind::Damaged, 0, -1, 0, "the signature of a PNG file is missing"});
-  const GatheredChunks gathered = gather_chunks(file, kPngSignature.size(), tag::IEND);
-  if (!gathered.complete)
-    return host.fail({FaultKind::Damaged, 0, static_cast<std::int64_t>(gathered.chunks.size()),
-                      static_cast<std::int64_t>(gathered.end),
-                      "the file ends inside a chunk or without its end chunk"});
+  GatheredChunks gathered;
+  if (!gather_file(file, kPngSignature, tag::IEND, gathered, host)) return false;
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
   PngReading reading{window, host, progress, gathered.chunks, {}};

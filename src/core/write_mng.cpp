@@ -17,8 +17,6 @@
 namespace vellum {
 namespace {
 
-constexpr std::array<std::uint8_t, 8> kMngSignature = {0x8A, 'M', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-
 /// An image entry in the form in which it is written.
 struct ImageOut {
   std::size_t entry;

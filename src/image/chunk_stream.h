@@ -14,6 +14,9 @@ namespace vellum {
 /// PNG standard, "PNG signature".
 inline constexpr std::array<std::uint8_t, 8> kPngSignature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 
+/// MNG 1.0, "MNG signature".
+inline constexpr std::array<std::uint8_t, 8> kMngSignature = {0x8A, 'M', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+
 /// One chunk as it lies in the file.
 struct StreamChunk {
   std::uint32_t tag = 0;  ///< big-endian number of the type's four letters
