@@ -1,5 +1,6 @@
 #include "core/read_webp.h"
 
+#include "base/byte_order.h"
 #include "base/limits.h"
 #include "core/chunk_layout.h"
 #include "core/new_chunk.h"
@@ -91,6 +92,13 @@ bool read_animation(WebpReading& reading) {
   return true;
 }
 
+/// Whether something stands behind what the RIFF header counts (WebP container: size of what follows, and a
+/// byte of padding where that is odd).
+bool bytes_behind_end(std::span<const std::uint8_t> file) {
+  const std::uint64_t size = read_le32(&file[4]);
+  return file.size() > 8 + size + size % 2;
+}
+
 }  // namespace
 
 bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
@@ -102,7 +110,11 @@ bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host&
   WebpReading reading{window, host, progress, file, {}};
   if (!(info->isAnimation ? read_animation(reading) : read_still(reading, *info))) return false;
   chunk_list_close_change(window.list, window.document);
-  if (info->hasMetadata) host.set_status(string_text(StringId::MetadataNotKept));
+  std::string lost;
+  if (info->hasMetadata) lost = string_text(StringId::MetadataNotKept);
+  if (bytes_behind_end(file))
+    lost += (lost.empty() ? "" : " ") + std::string(string_text(StringId::BytesBehindEnd));
+  if (!lost.empty()) host.set_status(lost);
   return true;
 }
 

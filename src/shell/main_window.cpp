@@ -10,6 +10,7 @@
 
 #include "base/text.h"
 #include "configuration/config_file.h"
+#include "core/convert_records.h"
 #include "core/open_document.h"
 #include "core/settings.h"
 #include "shell/file_dialogs.h"
@@ -58,6 +59,22 @@ QString document_text(DocumentFrame& frame) {
       .arg(kind_text(frame.document().kind))
       .arg(size.width)
       .arg(size.height);
+}
+
+/// An MNG as an animated PNG that was never saved. Where that can't be, it stays as it is.
+void become_animated_png(DocumentWindow& content, Host& host) {
+  DocumentWindow converted;
+  if (!convert_document(content, converted, DocumentKind::APNG, host)) {
+    host.set_status(host.take_fault());
+    return;
+  }
+  Document& document = content.document;
+  document.kind = converted.document.kind;
+  document.defaultImage = converted.document.defaultImage;
+  document.fileName.replace_extension(".png");
+  document.HasFileName = false;
+  document.dirty = true;
+  content.list = converted.list;
 }
 
 }  // namespace
@@ -123,7 +140,10 @@ bool MainWindow::open(const std::filesystem::path& path) {
   bool opened = false;
   {
     const QuietList quiet(frame->entries());
-    opened = open_document(frame->content(), path, services_.host);
+    DocumentWindow& opening = frame->content();
+    opened = open_document(opening, path, services_.host);
+    if (opened && opening.document.kind == DocumentKind::MING && settings::AutomaticMngToPng != 0)
+      become_animated_png(opening, services_.host);
   }
   if (opened)
     frame->size_to_content();

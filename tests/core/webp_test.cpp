@@ -315,7 +315,7 @@ TEST_F(WebpDocument, WhatCantBeWrittenLeavesTheOldFile) {
   }
 }
 
-TEST_F(WebpDocument, MetadataIsToldToBeLost) {
+TEST_F(WebpDocument, WhatIsLostIsTold) {
   DocumentWindow window = document_of({{}, {}});
   reopened(window);
   Bytes file = bytes_of(file_);
@@ -327,6 +327,11 @@ TEST_F(WebpDocument, MetadataIsToldToBeLost) {
   ASSERT_TRUE(read_webp(again, file, recorder_.host)) << recorder_.host.take_fault();
   ASSERT_EQ(recorder_.status.size(), 1u);
   EXPECT_EQ(recorder_.status[0], string_text(StringId::MetadataNotKept));
+  file.push_back('x');
+  DocumentWindow longer;
+  ASSERT_TRUE(read_webp(longer, file, recorder_.host)) << recorder_.host.take_fault();
+  ASSERT_EQ(recorder_.status.size(), 2u);
+  EXPECT_TRUE(recorder_.status[1].ends_with(string_text(StringId::BytesBehindEnd))) << recorder_.status[1];
 }
 
 // ------------------------------------------------------------------------------------------- from other

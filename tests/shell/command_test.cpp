@@ -3,7 +3,11 @@
 #include <QMenu>
 
 #include "configuration/shell_settings.h"
+#include "core/convert_records.h"
+#include "core/save_document.h"
+#include "core/settings.h"
 #include "shell_fixture.h"
+#include "support/settings_guard.h"
 
 namespace vellum::testing {
 namespace {
@@ -170,6 +174,24 @@ TEST_F(CommandTest, DuplicateMakesACleanCopyThatHasNoFile) {
   EXPECT_EQ(copy.entries().topIndex, 7u);
   copy.entries().remove(0, 3);
   EXPECT_EQ(frame.entries().size(), 33u);
+}
+
+TEST_F(CommandTest, AnMngOpensAsAnUnsavedAnimatedPngWhereThatIsWished) {
+  const SettingsGuard guard;
+  DocumentWindow mng;
+  ASSERT_TRUE(convert_document(animated_document(3), mng, DocumentKind::MING, main_.services().host));
+  const auto path = folder_ / "walk.mng";
+  ASSERT_TRUE(save_document(mng, path, main_.services().host));
+  for (const bool wished : {false, true}) {
+    settings::AutomaticMngToPng = wished;
+    ASSERT_TRUE(main_.open(path));
+    DocumentFrame& frame = *main_.area().active();
+    EXPECT_EQ(frame.document().kind, wished ? DocumentKind::APNG : DocumentKind::MING);
+    EXPECT_EQ(frame.document().HasFileName, !wished);
+    EXPECT_EQ(frame.document().dirty, wished);
+    EXPECT_EQ(frame.document().fileName.filename(), wished ? "walk.png" : "walk.mng");
+    EXPECT_EQ(chunk_count_images(frame.entries(), frame.document().kind), 3u);
+  }
 }
 
 TEST_F(CommandTest, TitlesShowNamesAsTheyAre) {
