@@ -21,6 +21,8 @@ inline constexpr std::size_t kMaximumTextBytes = std::size_t{16} << 20;
 inline constexpr std::size_t kMaximumTextBytesOfFile = std::size_t{64} << 20;
 /// Largest file whose text goes into the identity comment, in bytes.
 inline constexpr std::uint64_t kMaximumIdentityFile = std::uint64_t{1} << 20;
+/// Most bytes of composed frames that a view keeps; beyond that frames are composed again when they are shown.
+inline constexpr std::uint64_t kMaximumComposedBytes = std::uint64_t{1} << 30;
 /// Most entries of a chunk list.
 inline constexpr std::size_t kMaximumEntries = 1'000'000;
 

@@ -29,6 +29,7 @@ Run prepare_list(CLI::App& app);
 Run prepare_convert(CLI::App& app);
 Run prepare_save(CLI::App& app);
 Run prepare_frames(CLI::App& app);
+Run prepare_play(CLI::App& app);
 Run prepare_config(CLI::App& app);
 
 }  // namespace vellum::cli

@@ -8,6 +8,7 @@ constexpr CommandRow kCommands[] = {
     {"save", "Read a file and write it again", prepare_save},
     {"convert", "To another kind of file: frames, delays, offsets and disposal go along", prepare_convert},
     {"frames", "Write each image entry's own picture as a PNG", prepare_frames},
+    {"play", "Walk an animation as the viewer does: a line for each shown frame", prepare_play},
     {"config", "Show and change settings", prepare_config},
 };
 

@@ -9,10 +9,10 @@
 #include "configuration/extension_settings.h"
 #include "configuration/generator_settings.h"
 #include "configuration/operation_settings.h"
-#include "configuration/playback_settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
+#include "playback/settings.h"
 
 namespace vellum {
 namespace {

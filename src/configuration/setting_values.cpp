@@ -14,6 +14,7 @@
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
+#include "playback/settings.h"
 
 namespace vellum {
 namespace {

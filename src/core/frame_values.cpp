@@ -52,6 +52,11 @@ std::uint32_t whole_milliseconds(std::uint64_t amount, std::uint64_t per_second)
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(result, 0xFFFFFFFF));
 }
 
+/// A denominator of 0 means hundredths (APNG extension, fcTL).
+std::uint32_t delay_of_fraction(std::uint32_t numerator, const FrameControl& control) {
+  return whole_milliseconds(numerator, control.delayDen == 0 ? 100 : control.delayDen);
+}
+
 /// A LOOP that is never left, as MNG writes it.
 constexpr std::uint32_t kForEver = 0x7FFFFFFF;
 
@@ -70,13 +75,28 @@ std::uint32_t plays_of_mng(const ChunkList& list) {
 
 std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks) {
   if (kind == DocumentKind::WEBP) return record.webpImage.delay;
-  if (kind == DocumentKind::APNG) {
-    const FrameControl& control = record.frameControl;
-    return whole_milliseconds(control.delayNum, control.delayDen == 0 ? 100 : control.delayDen);
-  }
+  if (kind == DocumentKind::APNG) return delay_of_fraction(record.frameControl.delayNum, record.frameControl);
   if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return 0;
   const std::uint64_t delay = from_file_order(record.image->framBlock.interframeDelay);
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(delay * 1000 / std::max(ticks, 1u), 0xFFFFFFFF));
+}
+
+std::uint32_t GetFrameDelay(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks) {
+  if (kind != DocumentKind::APNG) return frame_delay_ms(record, kind, ticks);
+  if (!is_image_entry(kind, record.tag)) return 1;
+  return delay_of_fraction(std::max<std::uint32_t>(record.frameControl.delayNum, 1), record.frameControl);
+}
+
+std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind) {
+  if (kind == DocumentKind::WEBP) return record.webpImage.dispose;
+  if (kind == DocumentKind::APNG) return record.tag == tag::IDAT ? record.frameControl.dispose : 0;
+  if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return 0;
+  const std::uint8_t mode = record.image->framBlock.framingMode;
+  return mode == 3 || mode == 4 ? 1 : 0;
+}
+
+std::uint32_t document_ticks(const ChunkList& list) {
+  return list.empty() ? 1000 : std::max(list.record(0).ticksPerSecond, 1u);
 }
 
 std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header) {

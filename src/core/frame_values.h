@@ -19,6 +19,18 @@ FrameOffset frame_offset(const ChunkRecord& record, DocumentKind kind);
 /// MING: the delay of the FRAM in force, `ticks` of the MHDR to a second, truncated; WEBP: its delay.
 std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks);
 
+/// The delay that playback works with, in milliseconds: as `frame_delay_ms`, but in an APNG a numerator of 0
+/// counts as 1, and a record that is no image gives 1.
+std::uint32_t GetFrameDelay(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks);
+
+/// What becomes of a frame before the next one is drawn: 0 None, 1 Background, 2 Previous. MING: 1 when the
+/// FRAM in force has framing mode 3 or 4; APNG: of IDAT records only.
+std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind);
+
+/// Ticks of a second that the delays of an MNG are counted in: of the MHDR at the head of the list, at least
+/// 1; 1000 where the list is empty.
+std::uint32_t document_ticks(const ChunkList& list);
+
 /// A tRNS payload for a header in the form that PictureWithTransparency takes: a table by index (of levels in
 /// grey pictures), or six bytes. Empty where nothing is transparent.
 std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header);

@@ -1,4 +1,4 @@
-// Settings of playback. They move to the wing `playback/` when it comes.
+// Settings of playback.
 #pragma once
 
 namespace vellum::settings {

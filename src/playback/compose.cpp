@@ -1,0 +1,111 @@
+#include "playback/compose.h"
+
+#include "core/frame_values.h"
+#include "image/picture_rows.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::uint32_t kDisposeBackground = 1, kDisposePrevious = 2, kBlendOver = 1;
+
+std::vector<std::uint8_t> transparency_of_document(const ChunkList& list) {
+  const std::size_t at = chunk_find_first(list, tag::tRNS, nullptr, 1);
+  const std::size_t header = chunk_find_first(list, tag::IHDR);
+  if (at == kNoEntry || header == kNoEntry) return {};
+  const ChunkRecord& record = list.record(header);
+  return transparency_table(raw_payload(list.record(at)),
+                            {record.width, record.height, record.bitDepth, record.colorType});
+}
+
+std::vector<std::uint8_t> transparency_of_image(const ChunkRecord& record) {
+  const std::span<const std::uint8_t> trans = record.image->trans;
+  return transparency_table(trans.first(record.image->transBytes),
+                            {record.width, record.height, record.bitDepth, record.colorType});
+}
+
+/// A picture below 32 bits with the transparency that its document or its own record has.
+Picture promoted(const Picture& picture, const ViewValues& values, const ChunkRecord& record) {
+  const auto table = values.kind == DocumentKind::MING ? transparency_of_image(record) : values.transparency;
+  if (!table.empty()) return PictureWithTransparency(picture, table);
+  // An opaque picture covers what it lies on: its alpha need not be written down.
+  return picture.bits() == 24 ? picture : PictureToTrueColorAlpha(picture);
+}
+
+/// The frame as it is laid on the canvas. What doesn't show the canvas through is composed over the solid
+/// background: 32-bit frames of MNG, those of APNG whose blending is Source, and all of WebP.
+Picture layer_of(const ViewValues& values, const ChunkRecord& record) {
+  const Picture picture = picture_of(record);
+  if (!has_rows(picture)) return {};
+  const bool webp = values.kind == DocumentKind::WEBP;
+  if (picture.bits() < 32 && !(webp && picture.bits() == 24)) return promoted(picture, values, record);
+  if (picture.bits() == 24) return picture;
+  const bool over = values.kind == DocumentKind::APNG && record.frameControl.blend == kBlendOver;
+  return over ? picture : PictureFlattenAlpha(picture, values.background);
+}
+
+std::int32_t width_of(const PictureRect& rect) { return rect.right - rect.left; }
+std::int32_t height_of(const PictureRect& rect) { return rect.bottom - rect.top; }
+
+void dispose_of_last(CanvasState& state, const ViewValues& values) {
+  const PictureRect& rect = state.lastRect;
+  if (width_of(rect) == 0) return;
+  if (state.lastDispose == kDisposeBackground)
+    PictureFillRect(state.canvas, rect.left, rect.top, width_of(rect), height_of(rect), values.background);
+  else if (state.lastDispose == kDisposePrevious && values.kind != DocumentKind::MING)
+    PictureBlit(state.canvas, rect.left, rect.top, state.previousRegion, 0, 0, width_of(rect),
+                height_of(rect));
+}
+
+/// Offsets of a file may lie anywhere; a frame that far out is never seen.
+std::int32_t near(std::int32_t offset) {
+  constexpr std::int32_t kFarthest = 1 << 30;
+  return std::clamp(offset, -kFarthest, kFarthest);
+}
+
+PictureRect rect_of(const Picture& picture, FrameOffset offset) {
+  const std::int32_t left = near(offset.x), top = near(offset.y);
+  return {left, top, left + static_cast<std::int32_t>(picture.width()),
+          top + static_cast<std::int32_t>(picture.height())};
+}
+
+bool covers(const PictureRect& rect, Extent canvas) {
+  return rect.left == 0 && rect.top == 0 && static_cast<std::uint32_t>(rect.right) == canvas.width &&
+         static_cast<std::uint32_t>(rect.bottom) == canvas.height;
+}
+
+}  // namespace
+
+ViewValues view_values(const ChunkList& list, const Document& document) {
+  ViewValues values{document.kind,
+                    document_size(list, document),
+                    document_ticks(list),
+                    document_background(list, document),
+                    {}};
+  if (document.kind != DocumentKind::MING) values.transparency = transparency_of_document(list);
+  return values;
+}
+
+Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record) {
+  const Picture layer = layer_of(values, record);
+  if (!layer) return {};
+  CanvasState next = state;
+  if (!next.canvas)
+    next.canvas = PictureCreateFilled(values.canvas.width, values.canvas.height, values.background);
+  if (!next.canvas) return {};
+  const std::uint32_t dispose = GetFrameDispose(record, values.kind);
+  const PictureRect rect = rect_of(layer, frame_offset(record, values.kind));
+  const bool hides_all = layer.bits() == 24 && covers(rect, values.canvas);
+  // What was under the frame is needed only by a disposal that brings it back.
+  if (!hides_all || dispose == kDisposePrevious) dispose_of_last(next, values);
+  next.previousRegion = dispose == kDisposePrevious ? PictureCrop(next.canvas, rect) : Picture();
+  if (hides_all)
+    next.canvas = layer;
+  else
+    PictureComposite(next.canvas, rect.left, rect.top, layer, width_of(rect), height_of(rect));
+  next.lastRect = rect;
+  next.lastDispose = dispose;
+  state = std::move(next);
+  return state.canvas;
+}
+
+}  // namespace vellum

@@ -1,0 +1,35 @@
+// Composing: one frame after another is drawn on a canvas, each kind of animation by its own rules.
+#pragma once
+
+#include <vector>
+
+#include "core/document.h"
+#include "image/picture_operations.h"
+
+namespace vellum {
+
+/// What a document says once for all its frames.
+struct ViewValues {
+  DocumentKind kind = DocumentKind::None;
+  Extent canvas;
+  std::uint32_t ticks = 1000;  ///< of a second, in MING
+  Colour background = 0xFFFFFF;
+  /// PING, APNG: the document's tRNS, in the form that PictureWithTransparency takes.
+  std::vector<std::uint8_t> transparency;
+};
+
+ViewValues view_values(const ChunkList& list, const Document& document);
+
+/// What one frame leaves for the next. Copies share their pictures until one of them is drawn on.
+struct CanvasState {
+  Picture canvas;  ///< 24 bits; null before the first frame
+  Picture previousRegion;
+  PictureRect lastRect;  ///< of the last frame, not clipped; empty at the start
+  std::uint32_t lastDispose = 0;
+};
+
+/// Disposes of the last frame and draws the image of `record` on the canvas, which is the result. Null when
+/// the picture is lost or memory is exhausted; the state is then as it was.
+Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record);
+
+}  // namespace vellum

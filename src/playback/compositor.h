@@ -1,0 +1,74 @@
+// The frames that a viewer shows, one after another, each as the whole canvas.
+#pragma once
+
+#include <map>
+#include <optional>
+
+#include "base/limits.h"
+#include "playback/compose.h"
+#include "playback/frame_walk.h"
+
+namespace vellum {
+
+/// A frame that is shown.
+struct ShownFrame {
+  std::size_t entry = 0;      ///< its index in the list
+  std::uint32_t ordinal = 0;  ///< among the images, from 0
+  std::uint64_t start = 0;    ///< milliseconds from the beginning of one pass that looks at no loops
+  std::uint32_t delay = 0;    ///< milliseconds
+  /// The canvas, 24 bits; the image's own picture where it could not be composed; null where that is lost.
+  Picture picture;
+};
+
+/// One view of a document, which must outlive it and stay as it is. A frame is composed at its first visit,
+/// on what the visits before it left; that result is shown at every later visit.
+class Compositor {
+ public:
+  /// Composed frames are kept up to `most_kept` bytes, and one more.
+  Compositor(const ChunkList& list, const Document& document,
+             std::uint64_t most_kept = kMaximumComposedBytes);
+
+  /// Empty when the animation is over.
+  std::optional<ShownFrame> next();
+  void rewind() { rewind_walk(walk_, list_, document_); }
+  void step_back() { step_walk_back(walk_, list_, document_.kind); }
+
+  const ViewValues& values() const { return values_; }
+  std::size_t frames() const { return frames_.size(); }
+  std::size_t position() const { return walk_.position; }
+  /// Whether a round began of something that has no end.
+  bool repeats() const { return walk_.repeats; }
+  /// Bytes of the composed frames that are kept now.
+  std::uint64_t kept_bytes() const { return kept_; }
+
+ private:
+  struct Frame {
+    std::size_t entry;
+    std::uint64_t start;
+    std::uint32_t delay;
+    Picture composed;
+    std::optional<std::size_t> visit;  ///< when it was composed first, counted in frames
+  };
+
+  Picture picture_of_frame(Frame& frame);
+  Picture compose_first(Frame& frame);
+  Picture compose_again(std::size_t visit);
+  void keep(Frame& frame, const Picture& composed);
+
+  const ChunkList& list_;
+  const Document& document_;
+  std::uint64_t mostKept_, kept_ = 0;
+  ViewValues values_;
+  FrameWalk walk_;
+  std::vector<Frame> frames_;
+  CanvasState state_;                ///< behind the last first visit
+  std::vector<std::size_t> visits_;  ///< frames in the order of their first visits
+
+  /// For composing again what was not kept: canvases at some visits (the state in front of each), and where
+  /// the last such run ended.
+  std::map<std::size_t, CanvasState> checkpoints_;
+  CanvasState replay_;
+  std::size_t replayAt_ = 0;
+};
+
+}  // namespace vellum

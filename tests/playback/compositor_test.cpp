@@ -1,0 +1,311 @@
+// Canvases: against a plain second implementation, pixel by pixel, on made-up animations of every kind; and
+// against outside players on real ones.
+#include "playback/compositor.h"
+
+#include <random>
+
+#include "base/byte_order.h"
+#include "core/frame_values.h"
+#include "core/framing.h"
+#include "core/open_document.h"
+#include "core/settings.h"
+#include "support/corpus.h"
+#include "support/documents.h"
+
+namespace vellum {
+namespace {
+
+using testing::record_of;
+using testing::Recorder;
+
+constexpr std::uint32_t kWide = 23, kHigh = 17;
+constexpr Colour kBackground = 0x3070C0;
+
+class Dice {
+ public:
+  explicit Dice(unsigned seed) : engine_(seed) {}
+  std::uint32_t operator()(std::uint32_t below) { return static_cast<std::uint32_t>(engine_()) % below; }
+
+ private:
+  std::minstd_rand engine_;
+};
+
+Picture random_picture(Dice& dice, std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
+  Palette palette;
+  for (auto& value : palette) value = static_cast<std::uint8_t>(dice(256));
+  Picture picture = PictureCreate(width, height, &palette, bits);
+  constexpr Colour kAlphas[] = {0, 0xFF000000, 0x80000000, 0x01000000};
+  for (std::uint32_t y = 0; y < height; ++y)
+    for (std::uint32_t x = 0; x < width; ++x)
+      PicturePutPixel(picture, x, y, bits == 32 ? dice(1 << 24) | kAlphas[dice(4)] : dice(1 << 24));
+  return picture;
+}
+
+ChunkRecord random_frame(Dice& dice, DocumentKind kind) {
+  constexpr std::uint32_t kBits[] = {1, 4, 8, 24, 32};
+  const std::uint32_t bits = kind == DocumentKind::WEBP ? 24 + 8 * dice(2) : kBits[dice(5)];
+  const bool whole = dice(3) == 0;
+  const std::uint32_t width = whole ? kWide : 1 + dice(kWide), height = whole ? kHigh : 1 + dice(kHigh);
+  const std::uint32_t x = whole ? 0 : dice(12), y = whole ? 0 : dice(12);
+  ChunkRecord record;
+  record.data = random_picture(dice, width, height, bits).handle();
+  record.width = width;
+  record.height = height;
+  record.bitDepth = static_cast<std::uint8_t>(std::min(bits, 8u));
+  record.colorType = bits == 32 ? 6 : bits == 24 ? 2 : 3;
+  if (kind == DocumentKind::APNG) {
+    record.tag = tag::IDAT;
+    record.frameControl = {0,
+                           width,
+                           height,
+                           x,
+                           y,
+                           1,
+                           10,
+                           static_cast<std::uint8_t>(dice(3)),
+                           static_cast<std::uint8_t>(dice(2))};
+  } else if (kind == DocumentKind::WEBP) {
+    record.tag = tag::WEBI;
+    record.webpImage = {width, height, x, y, 10, bits, dice(2), 6};
+  } else {
+    record.tag = tag::PNGI;
+    EmbeddedImage& image = record.image.edit();
+    record.flags = CRF_IHDR | CRF_IDAT | CRF_DEFI | (dice(2) ? CRF_FRAM : 0u);
+    image.defiBytes = 12;
+    image.defiBlock.xLocation = static_cast<std::int32_t>(to_file_order(x - 6));
+    image.defiBlock.yLocation = static_cast<std::int32_t>(to_file_order(y - 6));
+    image.framBlock.framingMode = static_cast<std::uint8_t>(dice(5));
+    if (record.colorType == 3 && dice(2)) {
+      image.transBytes = 2;
+      image.trans[0] = 0;
+      image.trans[1] = 100;
+    }
+  }
+  return record;
+}
+
+DocumentWindow random_animation(DocumentKind kind, unsigned seed, std::size_t frames) {
+  Dice dice(seed);
+  DocumentWindow window;
+  window.document.kind = kind;
+  ChunkRecord header;
+  header.tag = kind == DocumentKind::APNG ? tag::IHDR : kind == DocumentKind::MING ? tag::MHDR : tag::WEBH;
+  header.width = header.frameWidth = header.webpHeader.canvasWidth = kWide;
+  header.height = header.frameHeight = header.webpHeader.canvasHeight = kHigh;
+  header.bitDepth = 8;
+  header.colorType = 3;
+  header.webpHeader.backgroundColor = kBackground;
+  header.ticksPerSecond = 100;
+  header.webpHeader.loopCount = 1;
+  chunk_list_append(window.list, window.document, header);
+  if (kind == DocumentKind::APNG && seed % 2)
+    chunk_list_append(window.list, window.document, record_of(tag::tRNS, std::string("\0\x80", 2)));
+  for (std::size_t i = 0; i < frames; ++i)
+    chunk_list_append(window.list, window.document, random_frame(dice, kind));
+  return window;
+}
+
+// ------------------------------------------------------------------------------------- the plain
+// implementation
+
+using Canvas = std::vector<Colour>;
+
+/// Straight alpha over an opaque ground, each product divided by 255 and truncated.
+Colour blended(Colour source, Colour ground, std::uint32_t alpha) {
+  Colour result = 0;
+  for (int shift = 0; shift < 24; shift += 8)
+    result |= ((source >> shift & 255) * alpha / 255 + (ground >> shift & 255) * (255 - alpha) / 255)
+              << shift;
+  return result;
+}
+
+struct PlainFrame {
+  const ChunkRecord& record;
+  Picture picture;
+  std::int32_t x, y;
+  std::uint32_t dispose;
+
+  /// Color and alpha of a pixel, and whether it is laid on the canvas (else on the solid background).
+  std::pair<Colour, std::uint32_t> pixel(std::uint32_t px, std::uint32_t py,
+                                         std::span<const std::uint8_t> trans) const {
+    const Colour value = PictureGetPixel(picture, px, py);
+    if (picture.bits() == 32) return {value & 0xFFFFFF, value >> 24};
+    if (picture.bits() == 24) return {value, 255};
+    Palette palette;
+    PictureGetPalette(picture, palette);
+    const Colour colour = make_colour(palette[3 * value], palette[3 * value + 1], palette[3 * value + 2]);
+    return {colour, value < trans.size() ? trans[value] : 255u};
+  }
+  bool on_canvas(DocumentKind kind) const {
+    if (kind == DocumentKind::WEBP) return false;
+    return picture.bits() < 32 || (kind == DocumentKind::APNG && record.frameControl.blend == 1);
+  }
+};
+
+PlainFrame plain_frame(const ChunkRecord& record, DocumentKind kind) {
+  const Picture picture = picture_of(record);
+  if (kind == DocumentKind::APNG)
+    return {record, picture, static_cast<std::int32_t>(record.frameControl.xOffset),
+            static_cast<std::int32_t>(record.frameControl.yOffset), record.frameControl.dispose};
+  if (kind == DocumentKind::WEBP)
+    return {record, picture, static_cast<std::int32_t>(record.webpImage.xOffset),
+            static_cast<std::int32_t>(record.webpImage.yOffset), record.webpImage.dispose};
+  const std::uint8_t mode = record.image->framBlock.framingMode;
+  return {record, picture, from_file_order(record.image->defiBlock.xLocation),
+          from_file_order(record.image->defiBlock.yLocation),
+          (record.flags & CRF_FRAM) && mode >= 3 ? 1u : 0u};
+}
+
+std::vector<Canvas> plain_canvases(const DocumentWindow& window, Colour background) {
+  const DocumentKind kind = window.document.kind;
+  const std::size_t at = chunk_find_first(window.list, tag::tRNS);
+  Canvas canvas(kWide * kHigh, background), under;
+  std::vector<Canvas> canvases;
+  std::optional<PlainFrame> last;
+  const auto each = [&](const PlainFrame& frame, auto&& use) {
+    for (std::uint32_t y = 0; y < frame.picture.height(); ++y)
+      for (std::uint32_t x = 0; x < frame.picture.width(); ++x) {
+        const std::int64_t cx = std::int64_t{frame.x} + x, cy = std::int64_t{frame.y} + y;
+        if (cx >= 0 && cy >= 0 && cx < kWide && cy < kHigh)
+          use(static_cast<std::size_t>(cy * kWide + cx), x, y);
+      }
+  };
+  for (std::size_t i = 0; i < window.list.size(); ++i) {
+    if (!is_image_entry(kind, window.list.record(i).tag)) continue;
+    const PlainFrame frame = plain_frame(window.list.record(i), kind);
+    if (last && last->dispose == 1)
+      each(*last, [&](std::size_t c, std::uint32_t, std::uint32_t) { canvas[c] = background; });
+    if (last && last->dispose == 2)
+      each(*last, [&](std::size_t c, std::uint32_t, std::uint32_t) { canvas[c] = under[c]; });
+    under = canvas;
+    std::span<const std::uint8_t> trans;
+    if (kind == DocumentKind::MING)
+      trans = std::span(frame.record.image->trans).first(frame.record.image->transBytes);
+    else if (at != kNoEntry)
+      trans = raw_payload(window.list.record(at));
+    each(frame, [&](std::size_t c, std::uint32_t x, std::uint32_t y) {
+      const auto [colour, alpha] = frame.pixel(x, y, trans);
+      canvas[c] = blended(colour, frame.on_canvas(kind) ? canvas[c] : background, alpha);
+    });
+    canvases.push_back(canvas);
+    last.emplace(frame);
+  }
+  return canvases;
+}
+
+bool equal(const Picture& picture, const Canvas& canvas) {
+  if (!picture || picture.width() != kWide || picture.height() != kHigh || picture.bits() != 24) return false;
+  for (std::uint32_t y = 0; y < kHigh; ++y)
+    for (std::uint32_t x = 0; x < kWide; ++x)
+      if (PictureGetPixel(picture, x, y) != canvas[y * kWide + x]) return false;
+  return true;
+}
+
+constexpr DocumentKind kKinds[] = {DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP};
+
+TEST(Compositor, CanvasesAreThoseOfTheRulesWhateverIsKept) {
+  for (const DocumentKind kind : kKinds)
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+      const DocumentWindow window = random_animation(kind, seed, 80);
+      const Colour background = kind == DocumentKind::WEBP ? kBackground : 0xFFFFFF;
+      const auto expected = plain_canvases(window, background);
+      for (const std::uint64_t kept : {std::uint64_t{1} << 30, std::uint64_t{20'000}, std::uint64_t{0}}) {
+        Compositor compositor(window.list, window.document, kept);
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+          const auto frame = compositor.next();
+          ASSERT_TRUE(frame && equal(frame->picture, expected[i]))
+              << kind_letters(kind) << " seed " << seed << " frame " << i << " kept " << kept;
+        }
+        // Steps back, and a second round, show what was shown before.
+        for (std::size_t back = 1; back < 50; ++back) {
+          compositor.step_back();
+          const auto frame = compositor.next();
+          ASSERT_TRUE(frame && equal(frame->picture, expected[expected.size() - 1 - back])) << back;
+        }
+        compositor.rewind();
+        for (std::size_t i = 0; i < expected.size(); ++i)
+          ASSERT_TRUE(equal(compositor.next()->picture, expected[i])) << "again " << i;
+      }
+    }
+}
+
+TEST(Compositor, NumbersFramesAndTheirTimes) {
+  DocumentWindow window = random_animation(DocumentKind::APNG, 3, 3);
+  const std::uint16_t delays[][2] = {{0, 0}, {1, 3}, {161, 5}};
+  for (std::size_t i = 0; i < 3; ++i) {
+    ChunkRecord record;
+    chunk_list_get(window.list, i + 2, record);
+    record.frameControl.delayNum = delays[i][0];
+    record.frameControl.delayDen = delays[i][1];
+    chunk_list_put(window.list, i + 2, record);
+  }
+  Compositor compositor(window.list, window.document);
+  std::string text;
+  while (const auto frame = compositor.next())
+    text += std::to_string(frame->entry) + ' ' + std::to_string(frame->ordinal) + ' ' +
+            std::to_string(frame->start) + ' ' + std::to_string(frame->delay) + '\n';
+  EXPECT_EQ(text, "2 0 0 10\n3 1 10 334\n4 2 344 32200\n");
+}
+
+TEST(Compositor, AFrameWithoutAPictureKeepsNobodyWaiting) {
+  DocumentWindow window = random_animation(DocumentKind::WEBP, 5, 3);
+  ChunkRecord record;
+  chunk_list_get(window.list, 2, record);
+  record.data = {};
+  chunk_list_put(window.list, 2, record);
+  Compositor compositor(window.list, window.document);
+  EXPECT_TRUE(compositor.next()->picture);
+  EXPECT_FALSE(compositor.next()->picture);
+  EXPECT_TRUE(compositor.next()->picture);
+  EXPECT_FALSE(compositor.next());
+}
+
+// --------------------------------------------------------------------------------------------- outside
+// players
+
+/// Real files whose canvases differ on purpose, by the rule that makes the difference.
+const std::map<std::string, const char*> kOtherRules = {
+    {"apng/apngsuite-022.png", "half-transparent frames: products are truncated one by one"},
+    {"mng/klf-wait_anim.mng", "SHOW is passed over"},
+    {"mng/qt-dutch.mng", "MAGN and MOVE are passed over"},
+    {"mng/gen-im-page-offsets.mng", "a framing mode that clears is told in FRAM alone"},
+    {"mng/gen-im-16bit-gray.mng", "the other player applies gAMA"},
+    {"mng/gen-gm-varying-delays-loop1.mng", "the other player applies gAMA"},
+    {"mng/gen-gm-mixed-types-delay20-loop0.mng", "the other player applies gAMA"},
+    {"mng/gen-gm-interlaced.mng", "the other player applies gAMA"},
+    {"mng/gen-gm-dispose-previous.mng", "the other player applies gAMA"},
+    {"mng/gen-gm-dispose-background.mng", "the other player applies gAMA"},
+    {"mng/gen-gm-delay0.mng", "the other player applies gAMA"},
+    {"mng/gen-gm-2frames-delay10-loop3.mng", "the other player applies gAMA"},
+};
+
+bool is_opaque(const testing::TableRow& frame) {
+  return frame.at("mean_rgba_premultiplied").ends_with(",255.00");
+}
+
+TEST(Compositor, OpaqueCanvasesOfRealFilesAreThoseOfOtherPlayers) {
+  VELLUM_NEEDS_CORPUS();
+  std::size_t compared = 0;
+  for (const auto& row : testing::corpus_rows({"apng", "webp", "mng"})) {
+    const std::string& path = row.at("path");
+    const auto frames = testing::corpus_frames(path);
+    Recorder recorder;
+    DocumentWindow window;
+    if (frames.empty() || kOtherRules.contains(path) ||
+        !open_document(window, testing::corpus_file(row), recorder.host))
+      continue;
+    Compositor compositor(window.list, window.document);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      const auto frame = compositor.next();
+      ASSERT_TRUE(frame) << path << " frame " << i;
+      if (!is_opaque(frames[i])) continue;
+      const auto pixels = testing::rgba_of(window, frame->picture);
+      EXPECT_EQ(testing::md5_of(pixels.data(), pixels.size()), frames[i].at("rgba_md5")) << path << ' ' << i;
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 400u);
+}
+
+}  // namespace
+}  // namespace vellum

@@ -1,0 +1,98 @@
+// The player's states and its timing, with a clock of our own.
+#include "playback/player.h"
+
+#include "support/documents.h"
+
+namespace vellum {
+namespace {
+
+DocumentWindow webp_of(const std::vector<std::uint32_t>& delays, std::uint32_t plays = 1) {
+  DocumentWindow window;
+  window.document.kind = DocumentKind::WEBP;
+  window.document.fileName = "/somewhere/100% walk.webp";
+  ChunkRecord header;
+  header.tag = tag::WEBH;
+  header.webpHeader = {4, 3, plays, 0, 6, 32, 0};
+  chunk_list_append(window.list, window.document, header);
+  for (const std::uint32_t delay : delays) {
+    ChunkRecord record;
+    record.tag = tag::WEBI;
+    record.data = PictureCreate(4, 3, nullptr, 24).handle();
+    record.webpImage = {4, 3, 0, 0, delay, 24, 0, 2};
+    chunk_list_append(window.list, window.document, record);
+  }
+  return window;
+}
+
+TEST(Player, ChargesDrawingAgainstTheDelayUnlessItTookLonger) {
+  struct Case {
+    std::uint32_t delay;
+    std::int64_t drawing;
+    std::uint32_t wait;
+  };
+  const Case cases[] = {
+      {100, 0, 100}, {100, 30, 70}, {100, 99, 1}, {100, 100, 100}, {100, 250, 100},          {0, 0, 1},
+      {0, 40, 1},    {1, 0, 1},     {1, 1, 1},    {50, -20, 50},   {3'600'000, 1, 3'599'999}};
+  for (const Case& c : cases) {
+    const DocumentWindow window = webp_of({c.delay});
+    std::uint64_t now = 1000;
+    Player player(window.list, window.document, [&] { return now; });
+    player.play();
+    const auto wait = player.tick([&](const ShownFrame&) { now += static_cast<std::uint64_t>(c.drawing); });
+    EXPECT_EQ(wait, c.wait) << c.delay << " ms, drawn in " << c.drawing;
+  }
+}
+
+TEST(Player, GoesThroughItsStates) {
+  const DocumentWindow window = webp_of({10, 20, 30});
+  std::vector<std::uint32_t> shown;
+  const auto paint = [&](const ShownFrame& frame) { shown.push_back(frame.ordinal); };
+  Player player(window.list, window.document, [] { return 0; });
+  EXPECT_EQ(player.state(), PlayerState::Opening);
+  EXPECT_FALSE(player.tick(paint)) << "nothing moves before Play";
+  player.play();
+  EXPECT_FALSE(player.can_play());
+  EXPECT_TRUE(player.can_pause());
+  EXPECT_EQ(player.tick(paint), 10u);
+  EXPECT_EQ(player.title(100), "View 100% walk.webp [4 x 3]");
+  EXPECT_EQ(player.title(50), "View 100% walk.webp [4 x 3] - (resized to 50 %)");
+  EXPECT_EQ(player.progress_text(), "1 of 3 frames - 0 ms");
+  player.pause();
+  EXPECT_EQ(player.state(), PlayerState::Paused);
+  EXPECT_EQ(player.title(100), "Block 2");
+  EXPECT_FALSE(player.tick(paint)) << "a beat that was on its way";
+  player.step_forward(paint);
+  player.step_forward(paint);
+  EXPECT_EQ(player.progress_text(), "3 of 3 frames - 30 ms");
+  player.step_back(paint);
+  EXPECT_EQ(player.state(), PlayerState::Paused);
+  player.play();
+  EXPECT_EQ(player.tick(paint), 30u);
+  EXPECT_FALSE(player.tick(paint));
+  EXPECT_EQ(player.state(), PlayerState::Ended);
+  EXPECT_TRUE(player.can_play());
+  player.play();
+  EXPECT_FALSE(player.tick(paint)) << "Play does not rewind";
+  player.rewind(paint);
+  EXPECT_EQ(player.state(), PlayerState::Paused);
+  EXPECT_EQ(shown, (std::vector<std::uint32_t>{0, 1, 2, 1, 2, 0}));
+  player.close();
+  player.play();
+  player.step_forward(paint);
+  EXPECT_EQ(player.state(), PlayerState::Closed);
+  EXPECT_EQ(shown.size(), 6u);
+}
+
+TEST(Player, ADocumentWithoutImagesIsOverAtOnce) {
+  const DocumentWindow window = webp_of({}, 0);
+  Player player(window.list, window.document, [] { return 0; });
+  player.play();
+  EXPECT_FALSE(player.tick({}));
+  EXPECT_EQ(player.state(), PlayerState::Ended);
+  player.step_back({});
+  player.rewind({});
+  EXPECT_EQ(player.state(), PlayerState::Ended);
+}
+
+}  // namespace
+}  // namespace vellum
