@@ -1,0 +1,214 @@
+// Matching and dithering against plain loops over pixels.
+#include "image/remap.h"
+
+#include "base/string_table.h"
+#include "image/builtin_palette.h"
+#include "image/picture_operations.h"
+#include "image/settings.h"
+#include "random_pictures.h"
+
+namespace vellum {
+namespace {
+
+using testing::random_palette;
+using testing::random_picture;
+using testing::same_block;
+
+/// The stated loops, one pixel at a time, on RGB values.
+struct Plain {
+  Palette palette;
+  std::uint32_t count;
+
+  std::uint32_t nearest(int r, int g, int b) const {
+    std::uint32_t found = 0;
+    long best = 1'000'000;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const long dr = r - palette[3 * i], dg = g - palette[3 * i + 1], db = b - palette[3 * i + 2];
+      if (3 * dr * dr + 4 * dg * dg + 2 * db * db < best) {
+        best = 3 * dr * dr + 4 * dg * dg + 2 * db * db;
+        found = i;
+      }
+    }
+    return found;
+  }
+  std::optional<std::uint32_t> exact(int r, int g, int b) const {
+    for (std::uint32_t i = 0; i < count; ++i)
+      if (palette[3 * i] == r && palette[3 * i + 1] == g && palette[3 * i + 2] == b) return i;
+    return std::nullopt;
+  }
+  std::uint32_t fast(int r, int g, int b) const {
+    return exact(r, g, b).value_or(nearest(r & 248, g & 248, b & 248));
+  }
+  std::uint32_t pick(int r, int g, int b) const {
+    return settings::FastRemap ? fast(r, g, b) : nearest(r, g, b);
+  }
+};
+
+struct Rgb {
+  int r, g, b;
+};
+
+Rgb color_at(const Picture& picture, std::int64_t x, std::int64_t y) {
+  const Colour value = PictureGetPixel(picture, x, y);
+  if (picture.bits() > 8) return {red_of(value), green_of(value), blue_of(value)};
+  Palette own;
+  PictureGetPalette(picture, own);
+  return {own[3 * value], own[3 * value + 1], own[3 * value + 2]};
+}
+
+Picture plain_remap(const Picture& picture, const Plain& plain, std::uint32_t depth) {
+  Picture result = PictureCreate(picture.width(), picture.height(), &plain.palette, depth);
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    for (std::uint32_t x = 0; x < picture.width(); ++x) {
+      const Rgb c = color_at(picture, x, y);
+      const bool by_bit = picture.bits() == 1;
+      const bool lit = by_bit ? PictureGetPixel(picture, x, y) == 1
+                              : grey_of(static_cast<unsigned>(c.r), static_cast<unsigned>(c.g),
+                                        static_cast<unsigned>(c.b)) >= 129;
+      const std::uint32_t index = by_bit || depth == 1
+                                      ? (lit ? plain.pick(255, 255, 255) : plain.pick(0, 0, 0))
+                                  : picture.bits() <= 8 ? plain.nearest(c.r, c.g, c.b)
+                                                        : plain.pick(c.r, c.g, c.b);
+      PicturePutPixel(result, x, y, index);
+    }
+  return result;
+}
+
+Picture plain_dither(const Picture& picture, const Plain& plain, std::uint32_t depth) {
+  const auto width = static_cast<std::int64_t>(picture.width()),
+             height = static_cast<std::int64_t>(picture.height());
+  Picture result = PictureCreate(picture.width(), picture.height(), &plain.palette, depth);
+  // Row 0 of these is the bottom row of the picture.
+  std::vector<std::array<int, 3>> errors(static_cast<std::size_t>(width * height));
+  const auto spread = [&](std::int64_t x, std::int64_t y, const std::array<int, 3>& d, int part) {
+    if (x < 0 || x >= width || y >= height) return;
+    for (std::size_t c = 0; c < 3; ++c)
+      errors[static_cast<std::size_t>(y * width + x)][c] += d[c] * part / 16;
+  };
+  for (std::int64_t y = 0; y < height; ++y)
+    for (std::int64_t x = 0; x < width; ++x) {
+      const Rgb c = color_at(picture, x, height - 1 - y);
+      const auto& e = errors[static_cast<std::size_t>(y * width + x)];
+      const auto held = [](int v) { return std::clamp(v, 0, 255); };
+      const int r = held(c.r + e[0]), g = held(c.g + e[1]), b = held(c.b + e[2]);
+      const std::uint32_t i = plain.pick(r, g, b);
+      PicturePutPixel(result, x, height - 1 - y, i);
+      const std::array<int, 3> d = {r - plain.palette[3 * i], g - plain.palette[3 * i + 1],
+                                    b - plain.palette[3 * i + 2]};
+      spread(x + 1, y, d, 7);
+      if (x >= 2) spread(x - 1, y + 1, d, 3);
+      spread(x + 1, y + 1, d, 1);
+      spread(x, y + 1, d, 5);
+    }
+  return result;
+}
+
+Picture plain_dither_black_and_white(const Picture& picture, const Plain& plain) {
+  const auto width = static_cast<std::int64_t>(picture.width()),
+             height = static_cast<std::int64_t>(picture.height());
+  std::vector<int> greys;
+  for (std::int64_t y = height; y-- > 0;)
+    for (std::int64_t x = 0; x < width; ++x) {
+      const Rgb c = color_at(picture, x, y);
+      greys.push_back(
+          grey_of(static_cast<unsigned>(c.r), static_cast<unsigned>(c.g), static_cast<unsigned>(c.b)));
+    }
+  const auto [low, high] = std::ranges::minmax(greys);
+  const auto spread = [&](std::int64_t x, std::int64_t y, int amount) {
+    if (x < 0 || x >= width || y >= height) return;
+    int& grey = greys[static_cast<std::size_t>(y * width + x)];
+    grey = std::clamp(grey + amount, 0, 255);
+  };
+  Picture result = PictureCreate(picture.width(), picture.height(), &plain.palette, 1);
+  for (std::int64_t y = 0; y < height; ++y)
+    for (std::int64_t x = 0; x < width; ++x) {
+      const int value = std::clamp(greys[static_cast<std::size_t>(y * width + x)] * 32 / 27, 1, 254);
+      const bool white = value >= (low + high) / 2;
+      PicturePutPixel(result, x, height - 1 - y, white ? plain.pick(255, 255, 255) : plain.pick(0, 0, 0));
+      const int e = (value - (white ? high : low)) / 16;
+      spread(x + 1, y, 7 * e);
+      if (x >= 2) spread(x - 1, y + 1, 3 * e);
+      spread(x, y + 1, 5 * e);
+      spread(x + 1, y + 1, e);
+    }
+  return result;
+}
+
+TEST(Remap, NearestColorIsTheFirstExactOneElseTheLeastWeightedDistance) {
+  const Palette palette = {10, 10, 10, 200, 0, 0, 10, 10, 10, 0, 200, 0, 0, 0, 200};
+  struct Case {
+    std::uint32_t red, green, blue, count, index;
+  };
+  for (const Case& c : {Case{10, 10, 10, 5, 0},
+                        {200, 0, 0, 5, 1},
+                        {180, 20, 20, 5, 1},
+                        {9, 11, 10, 5, 0},
+                        {0, 0, 199, 5, 4},
+                        {0, 0, 199, 2, 0},
+                        {255, 255, 255, 0, 0},
+                        {0, 200, 0, 500, 3}})
+    EXPECT_EQ(NearestPaletteIndex(c.red, c.green, c.blue, palette, c.count), c.index)
+        << c.red << ' ' << c.count;
+}
+
+TEST(Remap, EveryDepthAndPaletteSizeAgreesWithThePixelLoops) {
+  std::mt19937 random(7);
+  for (const int fast : {0, 1}) {
+    settings::FastRemap = fast;
+    for (const std::uint32_t depth : testing::kDepths)
+      for (const std::uint32_t colors : {1u, 2u, 3u, 16u, 17u, 216u, 256u})
+        for (const auto& [width, height] : {testing::Shape{1, 1}, {2, 5}, {33, 9}}) {
+          const Plain plain{random_palette(random), colors};
+          const Picture picture = random_picture(random, width, height, depth);
+          const std::uint32_t result_depth = picture_bits(depth_of_colors(colors));
+          const auto where = ::testing::Message() << depth << " bits to " << colors << (fast ? " fast" : "");
+          EXPECT_TRUE(same_block(remap_to_colors(picture, plain.palette, colors),
+                                 plain_remap(picture, plain, result_depth)))
+              << where;
+          const Picture dithered = DitherPicture(picture, plain.palette, colors, kRemapColors);
+          if (depth == 1) {
+            EXPECT_FALSE(dithered) << where;
+            continue;
+          }
+          EXPECT_TRUE(same_block(dithered, result_depth == 1 ? plain_dither_black_and_white(picture, plain)
+                                                             : plain_dither(picture, plain, result_depth)))
+              << where;
+        }
+  }
+  settings::FastRemap = 0;
+}
+
+TEST(Remap, FlagsTellCountsFromDepthsAndStopWhenAsked) {
+  std::mt19937 random(8);
+  const Picture picture = random_picture(random, 20, 70, 24);
+  const Palette palette = random_palette(random);
+  EXPECT_EQ(RemapPicture(picture, palette, 4, 0).bits(), 4u);
+  EXPECT_EQ(RemapPicture(picture, palette, 5, kRemapColors).bits(), 4u);
+  EXPECT_EQ(RemapPicture(picture, palette, 4, 0).handle().bytes().size(),
+            remap_to_colors(picture, palette, 16).handle().bytes().size());
+  EXPECT_TRUE(same_block(RemapPicture(picture, palette, 4, 0), remap_to_colors(picture, palette, 16)));
+  EXPECT_EQ(RemapPicture(picture, palette, 257, kRemapColors).bits(), 24u);
+  Host host;
+  std::string told;
+  host.progress_begin = [&](std::string_view caption) { told += caption; };
+  host.stop_requested = [] { return true; };
+  EXPECT_FALSE(RemapPicture(picture, palette, 8, kRemapProgress | kRemapCancel, &host));
+  EXPECT_FALSE(DitherPicture(picture, palette, 8, kRemapProgress | kRemapCancel, &host));
+  EXPECT_TRUE(RemapPicture(picture, palette, 8, 0, &host)) << "it was not allowed to stop";
+  EXPECT_EQ(told, "RemappingDithering");
+}
+
+TEST(Remap, ColorsOfThePaletteComeThroughExactly) {
+  Palette palette;
+  BuiltInPalette(&palette, nullptr, 6);
+  Picture picture = PictureCreate(256, 2, nullptr, 24);
+  for (std::uint32_t x = 0; x < 256; ++x)
+    for (std::uint32_t y = 0; y < 2; ++y)
+      PicturePutPixel(picture, x, y, make_colour(palette[3 * x], palette[3 * x + 1], palette[3 * x + 2]));
+  for (const Picture& result :
+       {remap_to_colors(picture, palette, 256), dither_to_colors(picture, palette, 256)})
+    for (std::uint32_t x = 0; x < 256; ++x) EXPECT_EQ(PictureGetPixel(result, x, 1), x);
+}
+
+}  // namespace
+}  // namespace vellum
