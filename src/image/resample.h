@@ -1,0 +1,22 @@
+// Pictures of another size.
+#pragma once
+
+#include "image/picture.h"
+#include "image/resample_filter.h"
+
+namespace vellum {
+
+/// The picture scaled to `width` x `height` pixels, with its depth and palette. Two passes, the cheaper order
+/// first, each channel rounded to 8 bits in between; the colors of a 32-bit picture are weighted by their
+/// alpha. Indexed pictures: Point copies indexes, other filters work in true color and take the nearest color
+/// of the palette. Automatic is Mitchell where the area grows, otherwise Lanczos. The same size with a blur
+/// of 1 gives a copy. Null for a size of 0 or beyond the limits, for a null picture, or when memory is
+/// exhausted.
+Picture PictureResample(const Picture& picture, std::uint32_t width, std::uint32_t height,
+                        ResampleFilter filter, double blur = 1);
+
+/// Scaled by per cent of each side, rounded, at least 1 pixel.
+Picture PictureScalePercent(const Picture& picture, double x_percent, double y_percent,
+                            ResampleFilter filter);
+
+}  // namespace vellum

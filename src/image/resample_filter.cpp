@@ -1,0 +1,129 @@
+#include "image/resample_filter.h"
+
+#include <math.h>  // j1, which <cmath> does not name
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace vellum {
+namespace {
+
+using std::numbers::pi;
+
+constexpr double kLeastScale = 0.0001;
+constexpr double kBesselSupport = 3.238300085067749;  // the third zero of J1(pi * x)
+constexpr double kSincSupport = 4;
+
+double sinc(double x) { return x == 0 ? 1 : std::sin(pi * x) / (pi * x); }
+double blackman(double x) { return 0.42 + 0.5 * std::cos(pi * x) + 0.08 * std::cos(2 * pi * x); }
+
+double box(double x) { return x >= -0.5 && x < 0.5 ? 1 : 0; }
+double triangle(double x) { return 1 - std::abs(x); }
+double hermite(double x) { return (2 * std::abs(x) - 3) * x * x + 1; }
+double hanning(double x) { return 0.5 + 0.5 * std::cos(pi * x); }
+double hamming(double x) { return 0.54 + 0.46 * std::cos(pi * x); }
+double gaussian(double x) { return std::sqrt(2 / pi) * std::exp(-2 * x * x); }
+
+double quadratic(double x) {
+  const double a = std::abs(x);
+  return a <= 0.5 ? 0.75 - x * x : 0.5 * (a - 1.5) * (a - 1.5);
+}
+
+double cubic(double x) {
+  const double a = std::abs(x);
+  return a <= 1 ? (3 * a * a * a - 6 * a * a + 4) / 6 : (2 - a) * (2 - a) * (2 - a) / 6;
+}
+
+double catrom(double x) {
+  const double a = std::abs(x);
+  return a <= 1 ? (3 * a * a * a - 5 * a * a + 2) / 2 : (((5 - a) * a - 8) * a + 4) / 2;
+}
+
+/// Mitchell and Netravali 1988, B = C = 1/3.
+double mitchell(double x) {
+  const double a = std::abs(x);
+  return a <= 1 ? 7.0 / 6 * a * a * a - 2 * a * a + 8.0 / 9
+                : -7.0 / 18 * a * a * a + 2 * a * a - 10.0 / 3 * a + 16.0 / 9;
+}
+
+double lanczos(double x) { return sinc(x) * sinc(x / 3); }
+
+double bessel(double x) {
+  const double window = blackman(x / kBesselSupport);
+  return x == 0 ? pi / 4 * window : j1(pi * x) / (2 * x) * window;
+}
+
+double windowed_sinc(double x) { return sinc(x) * blackman(x / kSincSupport); }
+
+constexpr ResampleFilterRow kFilters[] = {
+    {"Automatic", 0, box},
+    {"Point", 0, box},
+    {"Box", 0.5, box},
+    {"Triangle", 1, triangle},
+    {"Hermite", 1, hermite},
+    {"Hanning", 1, hanning},
+    {"Hamming", 1, hamming},
+    {"Blackman", 1, blackman},
+    {"Gaussian", 1.25, gaussian},
+    {"Quadratic", 1.5, quadratic},
+    {"Cubic", 2, cubic},
+    {"Catrom", 2, catrom},
+    {"Mitchell", 2, mitchell},
+    {"Lanczos", 3, lanczos},
+    {"Bessel", kBesselSupport, bessel},
+    {"Sinc", kSincSupport, windowed_sinc},
+};
+
+/// Appends the weights of one target position.
+void add_position(ResampleAxis& axis, double center, double support, double stretch, std::uint32_t source,
+                  double (*kernel)(double)) {
+  const auto held = [source](double at) {
+    return static_cast<std::uint32_t>(std::clamp(at, 0.0, static_cast<double>(source)));
+  };
+  std::uint32_t first = held(center - support + 0.5);
+  const std::uint32_t end = held(center + support + 0.5);
+  const std::size_t begin = axis.weights.size();
+  double sum = 0;
+  for (std::uint32_t at = first; at < end; ++at) {
+    axis.weights.push_back(kernel((at + 0.5 - center) / stretch));
+    sum += axis.weights.back();
+  }
+  if (sum == 0) {
+    axis.weights.resize(begin);
+    first = std::min(held(center), source - 1);
+    axis.weights.push_back(sum = 1);
+  }
+  for (std::size_t i = begin; i < axis.weights.size(); ++i) axis.weights[i] /= sum;
+  axis.positions.push_back({first, static_cast<std::uint32_t>(axis.weights.size() - begin), begin});
+}
+
+}  // namespace
+
+std::span<const ResampleFilterRow> resample_filter_table() { return kFilters; }
+
+ResampleFilter resample_filter_of(int index) {
+  return static_cast<ResampleFilter>(std::clamp(index, 0, static_cast<int>(std::size(kFilters)) - 1));
+}
+
+ResampleAxis resample_axis(std::uint32_t source, std::uint32_t target, ResampleFilter filter, double blur) {
+  const ResampleFilterRow& row = kFilters[static_cast<std::size_t>(filter)];
+  const double scale = std::max(static_cast<double>(target) / source, kLeastScale);
+  const double stretch = std::max(1 / scale, 1.0) * blur;
+  const double support = stretch * row.support;
+  const bool nearest = !(support >= 0.5);
+  ResampleAxis axis;
+  axis.positions.reserve(target);
+  axis.weights.reserve(
+      static_cast<std::size_t>(target * std::min(2 * support + 3, static_cast<double>(source))));
+  for (std::uint32_t i = 0; i < target; ++i) {
+    const double center = (i + 0.5) / scale;
+    if (nearest)
+      add_position(axis, center, 0, 1, source, box);
+    else
+      add_position(axis, center, support, stretch, source, row.kernel);
+  }
+  return axis;
+}
+
+}  // namespace vellum

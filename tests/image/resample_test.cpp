@@ -1,0 +1,226 @@
+// Resampling against the definition: a plain weighted sum of doubles for each channel, two passes.
+#include "image/resample.h"
+
+#include <cmath>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "image/picture_operations.h"
+
+namespace vellum {
+namespace {
+
+Picture noise(std::uint32_t width, std::uint32_t height, std::uint32_t bits, unsigned seed) {
+  std::minstd_rand dice(seed);
+  Palette palette;
+  for (auto& value : palette) value = static_cast<std::uint8_t>(dice() >> 8);
+  Picture picture = PictureCreate(width, height, &palette, bits);
+  for (std::uint32_t y = 0; y < height; ++y)
+    for (std::uint32_t x = 0; x < width; ++x) {
+      const std::uint32_t alpha = dice() % 3 == 0 ? 0 : dice() % 2 ? 255 : dice() % 256;
+      const auto color = static_cast<std::uint32_t>(dice());
+      PicturePutPixel(picture, x, y, (color & 0xFFFFFF) | alpha << 24);
+    }
+  return picture;
+}
+
+// ------------------------------------------------------------------------------------ the plain
+// implementation
+
+const ResampleFilterRow& row_of(ResampleFilter filter) {
+  return resample_filter_table()[static_cast<std::size_t>(filter)];
+}
+
+struct Sum {
+  std::vector<std::pair<std::uint32_t, double>> parts;  ///< source position, weight
+};
+
+Sum plain_sum(std::uint32_t at, std::uint32_t source, std::uint32_t target, ResampleFilter filter,
+              double blur) {
+  const double scale = 1.0 * target / source, center = (at + 0.5) / scale;
+  const double stretch = std::max(1 / scale, 1.0) * blur, support = stretch * row_of(filter).support;
+  Sum sum;
+  double total = 0;
+  for (std::uint32_t j = 0; support >= 0.5 && j < source; ++j) {
+    if (j + 0.5 <= center - support || j + 0.5 > center + support) continue;
+    sum.parts.emplace_back(j, row_of(filter).kernel((j + 0.5 - center) / stretch));
+    total += sum.parts.back().second;
+  }
+  if (total == 0) return {{{std::min(static_cast<std::uint32_t>(center), source - 1), 1.0}}};
+  for (auto& part : sum.parts) part.second /= total;
+  return sum;
+}
+
+/// Channels of a pixel: color (red lowest) and, with 32 bits, alpha.
+Colour summed(const Sum& sum, bool has_alpha, const std::function<Colour(std::uint32_t)>& pixel) {
+  double channels[4] = {}, alpha = 0;
+  for (const auto& [position, weight] : sum.parts) {
+    const Colour value = pixel(position);
+    const double share = has_alpha ? weight * alpha_of(value) : weight;
+    alpha += share;
+    for (int c = 0; c < 3; ++c) channels[c] += share * (value >> 8 * c & 255);
+  }
+  const auto byte = [](double v) { return static_cast<Colour>(std::clamp(std::floor(v + 0.5), 0.0, 255.0)); };
+  const Colour a = has_alpha ? byte(alpha) : 0;
+  if (has_alpha && a == 0) return 0;
+  Colour result = a << 24;
+  for (int c = 0; c < 3; ++c) result |= byte(has_alpha ? channels[c] / alpha : channels[c]) << 8 * c;
+  return result;
+}
+
+Picture plain_pass(const Picture& source, std::uint32_t width, std::uint32_t height, ResampleFilter filter,
+                   double blur) {
+  Picture result = PictureCreate(width, height, nullptr, source.bits());
+  const bool down = width == source.width();
+  for (std::uint32_t i = 0; i < (down ? height : width); ++i) {
+    const Sum sum = down ? plain_sum(i, source.height(), height, filter, blur)
+                         : plain_sum(i, source.width(), width, filter, blur);
+    for (std::uint32_t j = 0; j < (down ? width : height); ++j) {
+      const Colour value = summed(sum, source.bits() == 32, [&](std::uint32_t at) {
+        return PictureGetPixel(source, down ? j : at, down ? at : j);
+      });
+      PicturePutPixel(result, down ? j : i, down ? i : j, value);
+    }
+  }
+  return result;
+}
+
+Picture plain(const Picture& source, std::uint32_t width, std::uint32_t height, ResampleFilter filter,
+              double blur) {
+  const bool down_first = (source.height() + height) * width <= (source.width() + width) * height;
+  const Picture between = plain_pass(source, down_first ? source.width() : width,
+                                     down_first ? height : source.height(), filter, blur);
+  // One of the two passes of a square change would be taken for the other.
+  return plain_pass(between, width, height, filter, blur);
+}
+
+std::size_t differences(const Picture& a, const Picture& b) {
+  std::size_t count = 0;
+  for (std::uint32_t y = 0; y < a.height(); ++y)
+    for (std::uint32_t x = 0; x < a.width(); ++x)
+      count += PictureGetPixel(a, x, y) != PictureGetPixel(b, x, y);
+  return count;
+}
+
+TEST(Resample, IsTheWeightedSumToTheLastBit) {
+  struct Size {
+    std::uint32_t fromWidth, fromHeight, width, height;
+  };
+  const Size sizes[] = {{37, 29, 18, 14}, {37, 29, 74, 58}, {40, 13, 7, 61}, {1, 9, 5, 4},
+                        {300, 3, 21, 9},  {17, 250, 40, 3}, {6, 6, 3, 12}};
+  const ResampleFilter filters[] = {ResampleFilter::Box, ResampleFilter::Triangle, ResampleFilter::Mitchell,
+                                    ResampleFilter::Lanczos};
+  unsigned seed = 0;
+  for (const std::uint32_t bits : {24u, 32u})
+    for (const Size& s : sizes)
+      for (const ResampleFilter filter : filters)
+        for (const double blur : {1.0, 1.5, 0.3}) {
+          const Picture source = noise(s.fromWidth, s.fromHeight, bits, ++seed);
+          const Picture result = PictureResample(source, s.width, s.height, filter, blur);
+          ASSERT_TRUE(result);
+          ASSERT_EQ(result.bits(), bits);
+          EXPECT_EQ(differences(result, plain(source, s.width, s.height, filter, blur)), 0u)
+              << s.fromWidth << 'x' << s.fromHeight << " to " << s.width << 'x' << s.height << ", filter "
+              << static_cast<int>(filter) << ", blur " << blur << ", bits " << bits;
+        }
+}
+
+TEST(Resample, HalvesAreRoundedUp) {
+  Picture source = PictureCreate(512, 2, nullptr, 24);
+  for (std::uint32_t x = 0; x < 512; ++x) PicturePutPixel(source, x, 0, (x / 2) * 0x010101 + x % 2);
+  for (std::uint32_t x = 0; x < 512; ++x) PicturePutPixel(source, x, 1, (x / 2) * 0x010101 + x % 2);
+  const Picture result = PictureResample(source, 256, 2, ResampleFilter::Box);
+  for (std::uint32_t x = 0; x < 255; ++x)
+    ASSERT_EQ(PictureGetPixel(result, x, 1), x * 0x010101 + 1) << "red lies between two levels";
+}
+
+TEST(Resample, KernelsAreThoseOfTheTable) {
+  struct Value {
+    ResampleFilter filter;
+    double x, value;
+  };
+  const Value values[] = {{ResampleFilter::Box, -0.5, 1},
+                          {ResampleFilter::Box, 0.5, 0},
+                          {ResampleFilter::Triangle, 0.25, 0.75},
+                          {ResampleFilter::Hermite, 0.5, 0.5},
+                          {ResampleFilter::Hanning, 0.5, 0.5},
+                          {ResampleFilter::Hamming, 1, 0.08},
+                          {ResampleFilter::Blackman, 0.5, 0.34},
+                          {ResampleFilter::Gaussian, 0, 0.797884561},
+                          {ResampleFilter::Quadratic, 0.5, 0.5},
+                          {ResampleFilter::Quadratic, 1, 0.125},
+                          {ResampleFilter::Cubic, 0, 2.0 / 3},
+                          {ResampleFilter::Cubic, -1.5, 1.0 / 48},
+                          {ResampleFilter::Catrom, 0.5, 0.5625},
+                          {ResampleFilter::Catrom, 1.5, -0.0625},
+                          {ResampleFilter::Mitchell, 0, 8.0 / 9},
+                          {ResampleFilter::Mitchell, 1, 1.0 / 18},
+                          {ResampleFilter::Mitchell, 2, 0},
+                          {ResampleFilter::Lanczos, 0, 1},
+                          {ResampleFilter::Lanczos, 1.5, -0.135095},
+                          {ResampleFilter::Bessel, 0, 0.785398163},
+                          {ResampleFilter::Bessel, 1.2196699, 0},
+                          {ResampleFilter::Sinc, 0.5, 0.597473},
+                          {ResampleFilter::Sinc, 4, 0}};
+  for (const Value& v : values)
+    EXPECT_NEAR(row_of(v.filter).kernel(v.x), v.value, 2e-6) << static_cast<int>(v.filter) << " at " << v.x;
+}
+
+TEST(Resample, SupportsBelowHalfAPixelTakeTheNearestOne) {
+  const Picture source = noise(7, 5, 24, 1);
+  for (const auto& [filter, blur] : {std::pair{ResampleFilter::Point, 1.0}, {ResampleFilter::Box, 0.4}}) {
+    const Picture result = PictureResample(source, 16, 11, filter, blur);
+    for (std::uint32_t y = 0; y < 11; ++y)
+      for (std::uint32_t x = 0; x < 16; ++x)
+        ASSERT_EQ(PictureGetPixel(result, x, y), PictureGetPixel(source, static_cast<int>((x + 0.5) * 7 / 16),
+                                                                 static_cast<int>((y + 0.5) * 5 / 11)))
+            << x << ',' << y;
+  }
+}
+
+TEST(Resample, AutomaticGoesByTheArea) {
+  const Picture source = noise(12, 12, 24, 5);
+  EXPECT_EQ(differences(PictureResample(source, 24, 13, ResampleFilter::Automatic),
+                        PictureResample(source, 24, 13, ResampleFilter::Mitchell)),
+            0u);
+  EXPECT_EQ(differences(PictureResample(source, 24, 6, ResampleFilter::Automatic),
+                        PictureResample(source, 24, 6, ResampleFilter::Lanczos)),
+            0u);
+}
+
+TEST(Resample, IndexedPicturesKeepDepthAndPalette) {
+  for (const std::uint32_t bits : {1u, 4u, 8u})
+    for (const ResampleFilter filter : {ResampleFilter::Point, ResampleFilter::Mitchell}) {
+      const Picture source = noise(21, 10, bits, 7);
+      const Picture result = PictureResample(source, 33, 30, filter);
+      ASSERT_TRUE(result);
+      EXPECT_EQ(result.bits(), bits);
+      Palette before, after;
+      PictureGetPalette(source, before);
+      PictureGetPalette(result, after);
+      EXPECT_EQ(before, after);
+      EXPECT_EQ(PictureGetPixel(result, 0, 0), PictureGetPixel(source, 0, 0)) << "a corner of one color";
+    }
+}
+
+TEST(Resample, TransparentPixelsLendNoColor) {
+  Picture source = PictureCreateAlpha(2, 1);
+  PicturePutPixel(source, 0, 0, 0xFF0000FF);
+  PicturePutPixel(source, 1, 0, 0x0000FF00);
+  const Picture result = PictureResample(source, 1, 1, ResampleFilter::Box);
+  EXPECT_EQ(PictureGetPixel(result, 0, 0), 0x800000FFu);
+}
+
+TEST(Resample, SizesOutOfRangeGiveNothing) {
+  const Picture source = noise(4, 4, 24, 1);
+  for (const auto& [width, height] :
+       {std::pair{0u, 5u}, {5u, 0u}, {1'000'001u, 1u}, {1'000'000u, 1'000'000u}, {0xFFFFFFFFu, 0xFFFFFFFFu}})
+    EXPECT_FALSE(PictureResample(source, width, height, ResampleFilter::Box)) << width << 'x' << height;
+  EXPECT_FALSE(PictureResample({}, 4, 4, ResampleFilter::Box));
+  EXPECT_EQ(PictureScalePercent(source, 0, 1, ResampleFilter::Box).width(), 1u);
+  EXPECT_EQ(PictureScalePercent(source, 112.5, 37.5, ResampleFilter::Point).width(), 5u);
+}
+
+}  // namespace
+}  // namespace vellum
