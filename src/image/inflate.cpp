@@ -52,7 +52,8 @@ libdeflate_decompressor* decompressor() {
 }
 
 /// The slow way, which also takes streams that hold more than `out`: rows that are complete count.
-std::optional<std::size_t> inflate_by_zlib(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out) {
+std::optional<std::size_t> inflate_by_zlib(std::span<const std::uint8_t> stream,
+                                           std::span<std::uint8_t> out) {
   ZlibInflate zlib;
   if (!zlib.ok()) return std::nullopt;
   std::size_t done = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "image/picture_rows.h"
 #include "image/remap.h"
 
 namespace vellum {
@@ -50,6 +51,22 @@ std::uint32_t PaletteMatch::index(std::uint32_t red, std::uint32_t green, std::u
   std::uint64_t& slot = known_[color * 2654435761u >> 16];  // Knuth's multiplicative hash
   if (slot >> 8 != color) slot = std::uint64_t{color} << 8 | find(red, green, blue);
   return slot & 0xFF;
+}
+
+Picture match_to_palette(const Picture& picture, const Palette& palette, std::uint32_t count,
+                         std::uint32_t bits) {
+  Picture result = create_rows(picture.width(), picture.height(), &palette, bits);
+  if (!result) return result;
+  PaletteMatch match(palette, count, false);
+  const EditRows rows(result);
+  std::vector<std::uint8_t> line(picture.width());
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* row = picture.row(y);
+    for (std::size_t x = 0; x < line.size(); ++x)
+      line[x] = static_cast<std::uint8_t>(match.index(row[3 * x + 2], row[3 * x + 1], row[3 * x]));
+    pack_indices(rows[y], 0, line.data(), line.size(), bits);
+  }
+  return result;
 }
 
 }  // namespace vellum

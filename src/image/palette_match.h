@@ -35,4 +35,9 @@ class PaletteMatch {
   std::vector<std::uint16_t> cells_;  ///< the table of 32768 cells: index, or kUnknownCell
 };
 
+/// A 24-bit picture as an indexed one of `bits` bits: each pixel the nearest of the first `count` colors.
+/// Null when memory is exhausted.
+Picture match_to_palette(const Picture& picture, const Palette& palette, std::uint32_t count,
+                         std::uint32_t bits);
+
 }  // namespace vellum

@@ -110,8 +110,8 @@ bool read_interlaced(const PngHeader& header, ScratchPages& filtered, Picture& p
                        });
 }
 
-/// Scratch memory up to this size is kept for the next image of the thread: an animation has many of the same size, and
-/// fresh pages cost more than the rows that are put on them.
+/// Scratch memory up to this size is kept for the next image of the thread: an animation has many of the same
+/// size, and fresh pages cost more than the rows that are put on them.
 constexpr std::size_t kKeptScratch = std::size_t{4} << 20;
 
 ScratchPages& scratch_for(std::size_t bytes, std::optional<ScratchPages>& own) {
@@ -130,7 +130,8 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
   if (const char* fault = png_header_fault(header)) return failure(fault);
   const std::uint64_t filtered_bytes = png_filtered_bytes(header);
   const std::uint32_t bits = png_picture_bits(header);
-  // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of two.
+  // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of
+  // two.
   if (filtered_bytes > 2 * kMaximumPictureBytes) return failure("the image is too large", true);
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);
@@ -138,10 +139,12 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
   std::optional<ScratchPages> own;
   ScratchPages& filtered = scratch_for(static_cast<std::size_t>(filtered_bytes) + kFilterSlack, own);
   if (!filtered) return failure("memory is exhausted", true);
-  const auto inflated = inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)));
+  const auto inflated =
+      inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)));
   if (!inflated) return failure("the image data is damaged");
   const bool is_short = *inflated < filtered_bytes;
-  if (is_short && (short_data == PngShortData::Fault || *inflated == 0)) return failure("there is not enough image data");
+  if (is_short && (short_data == PngShortData::Fault || *inflated == 0))
+    return failure("there is not enough image data");
   joined = {};
   if (is_short) std::ranges::fill(filtered.bytes().subspan(*inflated), std::uint8_t{0});
   Picture picture = header.interlace ? PictureCreate(header.width, header.height, &palette, bits)

@@ -313,30 +313,13 @@ Picture filtered(const Picture& source, std::uint32_t width, std::uint32_t heigh
   return first_down ? filter_along(between, width, across) : filter_down(between, height, down);
 }
 
-/// True color in the colors of an indexed picture, each pixel the nearest one.
-Picture matched(const Picture& scaled, const Picture& indexed) {
-  const Palette palette = palette_of(indexed);
-  Picture result = create_rows(scaled.width(), scaled.height(), &palette, indexed.bits());
-  if (!result) return result;
-  PaletteMatch match(palette, indexed.colours(), false);
-  const EditRows rows(result);
-  std::vector<std::uint8_t> line(scaled.width());
-  for (std::uint32_t y = 0; y < scaled.height(); ++y) {
-    const std::uint8_t* row = scaled.row(y);
-    for (std::size_t x = 0; x < line.size(); ++x)
-      line[x] = static_cast<std::uint8_t>(match.index(row[3 * x + 2], row[3 * x + 1], row[3 * x]));
-    pack_indices(rows[y], 0, line.data(), line.size(), indexed.bits());
-  }
-  return result;
-}
-
 Picture filtered_in_palette(const Picture& picture, std::uint32_t width, std::uint32_t height,
                             ResampleFilter filter, double blur) {
   // PictureToTrueColor knows black and white alone in a 1-bit picture.
   const Picture source = PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
   const Picture scaled = source ? filtered(source, width, height, filter, blur) : Picture();
   if (!scaled) return {};
-  return matched(scaled, picture);
+  return match_to_palette(scaled, palette_of(picture), picture.colours(), picture.bits());
 }
 
 bool size_allowed(std::uint32_t width, std::uint32_t height) {

@@ -1,0 +1,333 @@
+#include "image/quantize.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "image/picture_rows.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::uint32_t kMostColours = 256;
+
+/// The deepest tree that a target of 256 asks for: its leaves are the five high bits of each channel. So
+/// cells of those, with what a node needs of them, make the same tree as walking it with each pixel.
+constexpr unsigned kMostDepth = 5, kLeastDepth = 2;
+constexpr unsigned kLowBits = 8 - kMostDepth;
+constexpr std::size_t kCells = std::size_t{1} << (3 * kMostDepth);
+
+/// What is summed of the pixels of a cell: their number in the low half of the first value and the squares of
+/// their low bits in the high half; then the low bits of red, green and blue.
+using CellSums = std::array<std::uint64_t, 4>;
+
+/// Pixels that can be summed before a half of the first value could run over.
+constexpr std::size_t kMostPixels = std::size_t{1} << 24;
+
+/// What one pixel adds, by the low bits of its channels.
+using PixelTable = std::array<CellSums, std::size_t{1} << (3 * kLowBits)>;
+
+constexpr PixelTable make_pixel_table() {
+  PixelTable table{};
+  constexpr std::uint64_t kMask = (1u << kLowBits) - 1;
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const std::uint64_t r = i >> (2 * kLowBits), g = i >> kLowBits & kMask, b = i & kMask;
+    table[i] = {1 | (r * r + g * g + b * b) << 32, r, g, b};
+  }
+  return table;
+}
+
+constexpr PixelTable kPixelTable = make_pixel_table();
+
+constexpr std::size_t joined(std::size_t r, std::size_t g, std::size_t b, unsigned bits) {
+  return r << (2 * bits) | g << bits | b;
+}
+
+void count_row(std::vector<CellSums>& cells, const std::uint8_t* row, std::size_t width) {
+  constexpr unsigned kMask = (1u << kLowBits) - 1;
+  for (std::size_t x = 0; x < width; ++x, row += 3) {
+    const unsigned b = row[0], g = row[1], r = row[2];
+    CellSums& cell = cells[joined(r >> kLowBits, g >> kLowBits, b >> kLowBits, kMostDepth)];
+    const CellSums& pixel = kPixelTable[joined(r & kMask, g & kMask, b & kMask, kLowBits)];
+    for (std::size_t i = 0; i < cell.size(); ++i) cell[i] += pixel[i];
+  }
+}
+
+/// Count, sums and sum of squares of the pixels below a node.
+struct Totals {
+  std::uint64_t count = 0, squares = 0;
+  std::array<std::uint64_t, 3> sums{};
+
+  Totals& operator+=(const Totals& other) {
+    count += other.count;
+    squares += other.squares;
+    for (std::size_t c = 0; c < 3; ++c) sums[c] += other.sums[c];
+    return *this;
+  }
+};
+
+Totals totals_of(const CellSums& cell, std::size_t index) {
+  Totals totals{cell[0] & 0xFFFFFFFF, cell[0] >> 32, {}};
+  for (std::size_t c = 0; c < 3; ++c) {
+    const std::uint64_t base = (index >> ((2 - c) * kMostDepth) & ((1u << kMostDepth) - 1)) << kLowBits;
+    totals.sums[c] = totals.count * base + cell[c + 1];
+    totals.squares += totals.count * base * base + 2 * base * cell[c + 1];
+  }
+  return totals;
+}
+
+/// Twice the middle of a cube: it lies halfway between two levels.
+using Middle = std::array<std::int64_t, 3>;
+
+/// Four times the squared distances of the pixels to the middle: a whole number.
+std::int64_t error_of(const Totals& totals, const Middle& middle) {
+  auto error = static_cast<std::int64_t>(4 * totals.squares);
+  for (std::size_t c = 0; c < 3; ++c)
+    error += static_cast<std::int64_t>(totals.count) * middle[c] * middle[c] -
+             4 * middle[c] * static_cast<std::int64_t>(totals.sums[c]);
+  return error;
+}
+
+constexpr std::int64_t kErrorUnit = 4;
+
+/// Child `i` of a node: red, green, blue in the bits 2, 1, 0.
+struct Node {
+  std::array<std::int32_t, 8> children{-1, -1, -1, -1, -1, -1, -1, -1};
+  std::uint64_t count = 0;  ///< of the pixels that this node itself stands for
+  std::array<std::uint64_t, 3> sums{};
+  std::int64_t error = 0;
+};
+
+class Tree {
+ public:
+  Tree(const std::vector<Totals>& cells, unsigned depth) : depth_(depth) {
+    nodes_.emplace_back();
+    std::vector<Totals> leaves(std::size_t{1} << (3 * depth));
+    for (std::size_t i = 0; i < cells.size(); ++i) leaves[leaf_of(i)] += cells[i];
+    for (std::size_t i = 0; i < leaves.size(); ++i)
+      if (leaves[i].count != 0) add_leaf(leaves[i], i);
+  }
+
+  void reduce(std::uint32_t target) {
+    std::int64_t next = 0;
+    while (colours_ > target) {
+      threshold_ = next;
+      next_ = nodes_[0].error - kErrorUnit;
+      colours_ = 0;
+      visit(0);
+      next = next_;
+    }
+  }
+
+  std::uint32_t assign(Palette& palette) const {
+    palette.fill(0);
+    std::uint32_t count = 0;
+    assign(0, palette, count);
+    return count;
+  }
+
+ private:
+  std::size_t leaf_of(std::size_t cell) const {
+    const auto channel = [&](unsigned shift) {
+      return (cell >> shift & ((1u << kMostDepth) - 1)) >> (kMostDepth - depth_);
+    };
+    return joined(channel(2 * kMostDepth), channel(kMostDepth), channel(0), depth_);
+  }
+
+  /// Errors of the whole way down go to the nodes on it, and all of them to the root.
+  void add_leaf(const Totals& totals, std::size_t leaf) {
+    std::int32_t at = 0;
+    Middle middle{255, 255, 255};
+    for (unsigned level = 1; level <= depth_; ++level) {
+      const std::int64_t step = 256 >> level;  // twice the half step, as the middle is doubled
+      std::size_t child = 0;
+      for (std::size_t c = 0; c < 3; ++c) {
+        const std::size_t bit = leaf >> ((2 - c) * depth_ + depth_ - level) & 1;
+        child = child << 1 | bit;
+        middle[c] += bit ? step : -step;
+      }
+      at = child_of(at, child);
+      const std::int64_t error = error_of(totals, middle);
+      nodes_[static_cast<std::size_t>(at)].error += error;
+      nodes_[0].error += error;
+    }
+    Node& node = nodes_[static_cast<std::size_t>(at)];
+    node.count = totals.count;
+    node.sums = totals.sums;
+    ++colours_;
+  }
+
+  std::int32_t child_of(std::int32_t parent, std::size_t child) {
+    const std::int32_t known = nodes_[static_cast<std::size_t>(parent)].children[child];
+    if (known >= 0) return known;
+    const auto made = static_cast<std::int32_t>(nodes_.size());
+    nodes_.emplace_back();
+    return nodes_[static_cast<std::size_t>(parent)].children[child] = made;
+  }
+
+  /// Children before their parent, in their order.
+  void visit(std::size_t at) {
+    for (std::size_t child = 0; child < 8; ++child) {
+      const std::int32_t index = nodes_[at].children[child];
+      if (index < 0) continue;
+      visit(static_cast<std::size_t>(index));
+      if (nodes_[static_cast<std::size_t>(index)].error <= threshold_)
+        prune(at, child);
+      else
+        count(nodes_[static_cast<std::size_t>(index)]);
+    }
+    if (at == 0) count(nodes_[0]);
+  }
+
+  void count(const Node& node) {
+    if (node.count == 0) return;
+    ++colours_;
+    next_ = std::min(next_, node.error);
+  }
+
+  /// A child goes up into its parent, with all that is still below it: a small cube can have a larger error
+  /// than the cube around it.
+  void prune(std::size_t parent, std::size_t child) {
+    const auto index = static_cast<std::size_t>(std::exchange(nodes_[parent].children[child], -1));
+    for (std::size_t below = 0; below < 8; ++below)
+      if (nodes_[index].children[below] >= 0) prune(index, below);
+    nodes_[parent].count += nodes_[index].count;
+    for (std::size_t c = 0; c < 3; ++c) nodes_[parent].sums[c] += nodes_[index].sums[c];
+  }
+
+  void assign(std::size_t at, Palette& palette, std::uint32_t& count) const {
+    const Node& node = nodes_[at];
+    for (const std::int32_t child : node.children)
+      if (child >= 0) assign(static_cast<std::size_t>(child), palette, count);
+    if (node.count == 0 || count == kMostColours) return;
+    for (std::size_t c = 0; c < 3; ++c)
+      palette[3 * count + c] = static_cast<std::uint8_t>((node.count / 2 + node.sums[c]) / node.count);
+    ++count;
+  }
+
+  unsigned depth_;
+  std::vector<Node> nodes_;  ///< the root first
+  std::uint32_t colours_ = 0;
+  std::int64_t threshold_ = 0, next_ = 0;
+};
+
+std::uint32_t held_target(std::uint32_t target) {
+  return target == 0 || target > kMostColours ? kMostColours : target;
+}
+
+/// How often the target can be divided by 4 before nothing is left.
+unsigned depth_of(std::uint32_t target) {
+  const auto depth = (static_cast<unsigned>(std::bit_width(target)) + 1) / 2;
+  return std::clamp(depth, kLeastDepth, kMostDepth);
+}
+
+/// Stored row `y` as three bytes a pixel: what a picture of another depth has there, and zeros behind its
+/// end.
+class ThreeByteRows {
+ public:
+  explicit ThreeByteRows(const Picture& picture)
+      : picture_(picture), bytes_(3 * std::size_t{picture.width()}) {}
+
+  const std::uint8_t* row(std::uint32_t y, std::vector<std::uint8_t>& spare) const {
+    const std::uint8_t* row = picture_.stored_row(y);
+    if (picture_.stride() >= bytes_) return row;
+    const std::size_t left = picture_.stride() * (picture_.height() - y);
+    spare.assign(bytes_, 0);
+    std::memcpy(spare.data(), row, std::min(left, bytes_));
+    return spare.data();
+  }
+
+ private:
+  const Picture& picture_;
+  std::size_t bytes_;
+};
+
+/// The colors of a picture in the order of their appearance; nothing when there are more than `most`.
+std::optional<std::uint32_t> distinct_colours(const Picture& picture, std::uint32_t most, Palette& palette) {
+  palette.fill(0);
+  std::uint32_t count = 0;
+  std::vector<std::uint32_t> known(1024, 0xFFFFFFFF);  // by hash; four times as many as there can be
+  const ThreeByteRows rows(picture);
+  std::vector<std::uint8_t> spare;
+  std::uint32_t before = 0xFFFFFFFF;
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* row = rows.row(y, spare);
+    for (std::uint32_t x = 0; x < picture.width(); ++x, row += 3) {
+      const std::uint32_t colour = row[2] | row[1] << 8 | row[0] << 16;
+      if (colour == before) continue;
+      before = colour;
+      std::size_t at = colour * 0x9E3779B1u >> 22;
+      while (known[at] != colour && known[at] != 0xFFFFFFFF) at = (at + 1) % known.size();
+      if (known[at] == colour) continue;
+      if (count == most) return std::nullopt;
+      known[at] = colour;
+      palette[3 * count] = row[2];
+      palette[3 * count + 1] = row[1];
+      palette[3 * count + 2] = row[0];
+      ++count;
+    }
+  }
+  return count;
+}
+
+}  // namespace
+
+struct ColorOctree::Cells {
+  std::vector<Totals> totals = std::vector<Totals>(kCells);
+  std::mutex mutex;
+
+  void take(const std::vector<CellSums>& sums) {
+    const std::scoped_lock lock(mutex);
+    for (std::size_t i = 0; i < kCells; ++i)
+      if (sums[i][0] != 0) totals[i] += totals_of(sums[i], i);
+  }
+};
+
+ColorOctree::ColorOctree() : cells_(std::make_unique<Cells>()) {}
+ColorOctree::~ColorOctree() = default;
+ColorOctree::ColorOctree(ColorOctree&&) noexcept = default;
+ColorOctree& ColorOctree::operator=(ColorOctree&&) noexcept = default;
+
+void ColorOctree::add(const Picture& picture) {
+  if (!has_rows(picture)) return;
+  const ThreeByteRows rows(picture);
+  const std::uint64_t pixels = std::uint64_t{picture.width()} * picture.height();
+  const std::uint32_t most_rows = std::max<std::uint32_t>(1, kMostPixels / picture.width());
+  // A few large bands: each brings sums of its own.
+  const std::uint64_t bands = std::clamp<std::uint64_t>(pixels >> 20, 1, 2 * parallel_width());
+  const auto band_rows =
+      std::min<std::uint32_t>(most_rows, static_cast<std::uint32_t>((picture.height() + bands - 1) / bands));
+  parallel_for((picture.height() + band_rows - 1) / band_rows, [&](std::size_t band) {
+    std::vector<CellSums> sums(kCells);
+    std::vector<std::uint8_t> spare;
+    const auto first = static_cast<std::uint32_t>(band * band_rows);
+    for (std::uint32_t y = first; y < std::min(first + band_rows, picture.height()); ++y)
+      count_row(sums, rows.row(y, spare), picture.width());
+    cells_->take(sums);
+  });
+}
+
+std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out) const {
+  target = held_target(target);
+  Tree tree(cells_->totals, depth_of(target));
+  tree.reduce(target);
+  return tree.assign(out);
+}
+
+std::uint32_t QuantizePicture(const Picture& picture, std::uint32_t target, Palette& palette) try {
+  palette.fill(0);
+  if (!has_rows(picture)) return 0;
+  if (const auto count = distinct_colours(picture, held_target(target), palette)) return *count;
+  ColorOctree octree;
+  octree.add(picture);
+  return octree.palette(target, palette);
+} catch (const std::bad_alloc&) {
+  return 0;
+}
+
+}  // namespace vellum

@@ -1,0 +1,37 @@
+// Palettes computed from pictures: an octree whose nodes are merged by the error that they stand for.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "image/picture.h"
+
+namespace vellum {
+
+/// Gathers the colors of pictures and makes a palette of them. Alpha is not looked at.
+class ColorOctree {
+ public:
+  ColorOctree();
+  ~ColorOctree();
+  ColorOctree(ColorOctree&&) noexcept;
+  ColorOctree& operator=(ColorOctree&&) noexcept;
+
+  /// Counts every pixel of a picture of 24 bits. Of other depths the rows are read as three bytes a pixel, as
+  /// they fall. Throws std::bad_alloc.
+  void add(const Picture& picture);
+
+  /// The palette of at most `target` colors (0 and what is above 256 count as 256) in the order of the tree,
+  /// and how many there are. 0 where nothing was added.
+  std::uint32_t palette(std::uint32_t target, Palette& out) const;
+
+ private:
+  struct Cells;
+  std::unique_ptr<Cells> cells_;
+};
+
+/// The palette of a picture of 24 bits. One that has no more colors than the target keeps them, in the order
+/// of their first appearance from the bottom row up; otherwise the octree's. Returns the number of colors; 0
+/// for a null picture or when memory is exhausted.
+std::uint32_t QuantizePicture(const Picture& picture, std::uint32_t target, Palette& palette);
+
+}  // namespace vellum
