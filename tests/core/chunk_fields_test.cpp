@@ -10,6 +10,7 @@
 #include "core/chunk_tip.h"
 #include "core/framing.h"
 #include "core/mng_counts.h"
+#include "core/new_chunk.h"
 #include "core/open_document.h"
 #include "core/save_document.h"
 #include "core/settings.h"
@@ -466,6 +467,33 @@ TEST_F(ChunkFields, ALargerCanvasEnlargesTheFirstImage) {
   values.set("enlarge", std::int64_t{0});
   EXPECT_EQ(apply_chunk_fields(mng, 0, values, recorder_.host), Applied::Changed);
   EXPECT_EQ(mng.list.record(find(mng, tag::PNGI)).height, 7u);
+}
+
+TEST_F(ChunkFields, HeadersAndFramesOfAWebpHaveFields) {
+  DocumentWindow window;
+  window.document.kind = DocumentKind::WEBP;
+  for (const ChunkTag tag : {tag::WEBH, tag::WEBI, tag::WEBI}) {
+    ChunkRecord record;
+    ASSERT_TRUE(new_chunk(window, record, tag, {PictureCreate(4, 4, nullptr, 24).handle()}));
+    chunk_list_append(window.list, window.document, record);
+  }
+  chunk_list_close_change(window.list, window.document);
+  EXPECT_EQ(set(window, 0, "loopCount", "65535"), "");
+  EXPECT_EQ(set(window, 0, "backgroundColor", "#11223344"), "");
+  EXPECT_EQ(set(window, 0, "canvasWidth", "6"), "");
+  EXPECT_EQ(set(window, 0, "canvasWidth", "16384"), "Canvas width must be a whole number from 1 to 16383.");
+  EXPECT_EQ(set(window, 0, "alpha", "1"), "Alpha can't be changed.");
+  EXPECT_EQ(set(window, 2, "delay", "16777215"), "");
+  EXPECT_EQ(set(window, 2, "dispose", "Background"), "");
+  EXPECT_EQ(set(window, 2, "y", "2"), "");
+  chunk_list_close_change(window.list, window.document);
+  const auto path = folder_ / "out.webp";
+  ASSERT_TRUE(save_document(window, path, recorder_.host));
+  DocumentWindow again;
+  ASSERT_TRUE(open_document(again, path, recorder_.host));
+  EXPECT_EQ(chunk_tip(again, 0), "Canvas: 6 x 6\nLoops: 65535\nFrames: 2");
+  EXPECT_EQ(again.list.record(0).webpHeader.backgroundColor, 0x44332211u);
+  EXPECT_EQ(read_chunk_fields(again, 2).number("delay"), 16777215);
 }
 
 TEST_F(ChunkFields, AnotherClockKeepsTheRunningTime) {

@@ -64,7 +64,9 @@ bool open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t inde
   dialog.apply = [&](const FieldValues& typed) { return is_end || apply_values(editing, typed, changed); };
   if (decorate) decorate(editing);
   add_note(editing);
-  if (is_end) dialog.buttons().setStandardButtons(QDialogButtonBox::Ok | QDialogButtonBox::Help);
+  if (is_end)
+    for (const auto button : {QDialogButtonBox::Cancel, QDialogButtonBox::Reset})
+      dialog.buttons().removeButton(dialog.buttons().button(button));
   dialog.adjustSize();
   return dialog.exec() == QDialog::Accepted && changed;
 }

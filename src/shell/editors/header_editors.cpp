@@ -1,5 +1,6 @@
 // Headers and frame controls.
 #include <QPushButton>
+#include <algorithm>
 
 #include "core/mng_counts.h"
 #include "shell/editors/field_editor.h"
@@ -30,8 +31,11 @@ void decorate_header(Editing& editing) {
   const auto offer = [&form, kind] {
     form.set_choices("bitDepth", bit_depths(kind, form.values().number("colorType")));
   };
-  // A loaded animation may have a depth that isn't offered: it stays until the color type changes.
   link_fields(form, {"colorType"}, offer);
+  // A loaded animation may have a depth that isn't offered: it stays until the color type changes.
+  const FieldValues values = form.values();
+  const auto offered = bit_depths(kind, values.number("colorType"));
+  if (std::ranges::find(offered, values.number("bitDepth"), &FieldChoice::value) != offered.end()) offer();
 }
 
 void decorate_mng_header(Editing& editing) {

@@ -45,6 +45,7 @@ QPixmap swatch(const QColor& color, const QColor& edge, qreal ratio) {
 ColorButton::ColorButton(bool alpha, QWidget* parent) : QPushButton(parent), alpha_(alpha) {
   setIconSize(kSwatch);
   setAutoDefault(false);
+  setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
   connect(this, &QPushButton::clicked, this, &ColorButton::choose);
   show_color();
 }

@@ -15,6 +15,8 @@ namespace {
 
 constexpr const char* kDialogLetters = "OCRH";  // the buttons below: OK, Cancel, Reset, Help
 
+constexpr int kNoteLetters = 44;  // width that a note wraps at, at the least
+
 /// Marks the first letter of the label that no other one on its page has.
 QString marked(QString label, QString& used) {
   label.replace(u'&', QStringLiteral("&&"));
@@ -165,6 +167,7 @@ void Form::add_note(const QString& text) {
   auto* note = new QLabel(text, this);
   note->setTextFormat(Qt::PlainText);
   note->setWordWrap(true);
+  note->setMinimumWidth(note->fontMetrics().averageCharWidth() * kNoteLetters);
   static_cast<QFormLayout*>(pages_.front().second->layout())->addRow(note);
 }
 
