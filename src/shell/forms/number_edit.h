@@ -16,6 +16,8 @@ class NumberEdit : public QAbstractSpinBox {
 
   FieldValue value() const;
   void set_value(const FieldValue& value);
+  /// The same with the nearest value that the field can have.
+  void set_within_range(const FieldValue& value) { set_value(clamped(field_, value)); }
 
   void stepBy(int steps) override;
   QValidator::State validate(QString& input, int& position) const override;
