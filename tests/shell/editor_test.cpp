@@ -185,6 +185,17 @@ TEST_F(EditorTest, ABadValueIsToldAndFocusedAndTheDialogStays) {
   EXPECT_FALSE(window.document.dirty);
 }
 
+TEST_F(EditorTest, ReturnIsOkFromWithinANumber) {
+  DocumentWindow window = document_of(DocumentKind::MING, kMngTags);
+  EXPECT_TRUE(edit(window, tag::ENDL, [&] {
+    type("level", QStringLiteral("7"));
+    QTest::keyClick(dialog_->form().input("level"), Qt::Key_Up);
+    QTest::keyClick(dialog_->form().input("level"), Qt::Key_Return);
+    EXPECT_FALSE(dialog_->isVisible());
+  }));
+  EXPECT_EQ(read_chunk_fields(window, chunk_find_first(window.list, tag::ENDL)).number("level"), 8);
+}
+
 TEST_F(EditorTest, FieldsOutOfUseAreDisabled) {
   DocumentWindow window = document_of(DocumentKind::MING, kMngTags);
   edit(window, tag::TERM, [&] {

@@ -2,6 +2,7 @@
 #include <QCalendarWidget>
 #include <QComboBox>
 #include <QPushButton>
+#include <QTextCharFormat>
 
 #include "core/clock.h"
 #include "image/picture_operations.h"
@@ -26,6 +27,15 @@ QDate typed_date(const FieldValues& values) {
     return static_cast<int>(std::clamp<std::int64_t>(values.number(name), 0, kLastCalendarYear + 1));
   };
   return part("year") > kLastCalendarYear ? QDate() : QDate(part("year"), part("month"), part("day"));
+}
+
+/// All days look alike, on light grounds and dark ones.
+void settle_colors(QCalendarWidget& calendar) {
+  QTextCharFormat day;
+  day.setForeground(calendar.palette().text());
+  for (const Qt::DayOfWeek weekend : {Qt::Saturday, Qt::Sunday}) calendar.setWeekdayTextFormat(weekend, day);
+  day.setBackground(calendar.palette().base());
+  calendar.setHeaderTextFormat(day);
 }
 
 void link_calendar(Form& form, QCalendarWidget& calendar) {
@@ -94,6 +104,7 @@ void decorate_time(Editing& editing) {
   editing.form.add_row_behind("second", {}, now);
   QObject::connect(now, &QPushButton::clicked, &editing.form, [&form = editing.form] { put_now(form); });
   auto* calendar = new QCalendarWidget(&editing.form);
+  settle_colors(*calendar);
   calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
   editing.form.add_row_behind("day", {}, calendar);
   link_calendar(editing.form, *calendar);
