@@ -66,7 +66,7 @@ bool open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t inde
   add_note(editing);
   if (is_end)
     for (const auto button : {QDialogButtonBox::Cancel, QDialogButtonBox::Reset})
-      dialog.buttons().removeButton(dialog.buttons().button(button));
+      dialog.buttons().button(button)->hide();
   dialog.adjustSize();
   return dialog.exec() == QDialog::Accepted && changed;
 }
