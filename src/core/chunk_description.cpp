@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "core/clock.h"
 
 namespace vellum {
 namespace {
@@ -34,13 +35,9 @@ std::string palette_entries(const ChunkRecord& record) {
 }
 
 std::string time_text(const ChunkRecord& record) {
-  static constexpr const char* months[] = {"January",   "February", "March",    "April",
-                                           "May",       "June",     "July",     "August",
-                                           "September", "October",  "November", "December"};
-  const int month = std::clamp<int>(payload_byte(record, 2), 1, 12);
   const unsigned year = payload_byte(record, 0) * 256u + payload_byte(record, 1);
-  return format_text(" %s %u,%u %u:%.2u:%.2u", months[month - 1], payload_byte(record, 3), year,
-                     payload_byte(record, 4), payload_byte(record, 5), payload_byte(record, 6));
+  return format_text(" %s %u,%u %u:%.2u:%.2u", month_name(payload_byte(record, 2)), payload_byte(record, 3),
+                     year, payload_byte(record, 4), payload_byte(record, 5), payload_byte(record, 6));
 }
 
 /// The keyword alone: the payload up to its first control byte.

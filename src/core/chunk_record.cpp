@@ -19,4 +19,10 @@ std::uint32_t payload_be32(const ChunkRecord& record, std::size_t offset) {
   return value;
 }
 
+bool put_payload(ChunkRecord& record, std::span<const std::uint8_t> bytes, std::size_t spare) {
+  record.data = ChunkHandle::copy_of(bytes, spare);
+  record.size = static_cast<std::int32_t>(bytes.size());
+  return static_cast<bool>(record.data);
+}
+
 }  // namespace vellum

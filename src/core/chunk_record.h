@@ -117,6 +117,9 @@ std::span<const std::uint8_t> raw_payload(const ChunkRecord& record);
 std::uint8_t payload_byte(const ChunkRecord& record, std::size_t i);
 std::uint32_t payload_be32(const ChunkRecord& record, std::size_t offset);
 
+/// Makes these bytes the payload, with `spare` zero bytes behind them. False when memory is exhausted.
+bool put_payload(ChunkRecord& record, std::span<const std::uint8_t> bytes, std::size_t spare = 1);
+
 /// The picture that an image record holds; null where it holds none.
 inline Picture picture_of(const ChunkRecord& record) { return Picture(record.data); }
 

@@ -1,5 +1,6 @@
 #include "core/clock.h"
 
+#include <algorithm>
 #include <ctime>
 
 #include "base/byte_order.h"
@@ -18,6 +19,18 @@ std::array<std::uint8_t, 7> local_time_payload() {
   payload[5] = static_cast<std::uint8_t>(local.tm_min);
   payload[6] = static_cast<std::uint8_t>(local.tm_sec);
   return payload;
+}
+
+const char* month_name(int month) {
+  static constexpr const char* names[] = {"January",   "February", "March",    "April",
+                                          "May",       "June",     "July",     "August",
+                                          "September", "October",  "November", "December"};
+  return names[std::clamp(month, 1, 12) - 1];
+}
+
+unsigned days_of_month(unsigned year, unsigned month) {
+  if (month == 2) return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0 ? 29 : 28;
+  return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
 }
 
 }  // namespace vellum

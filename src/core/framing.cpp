@@ -40,7 +40,51 @@ void append_raw(std::vector<std::uint8_t>& out, std::uint32_t value) {
   out.insert(out.end(), bytes, bytes + 4);
 }
 
+/// Takes values off the front of a payload; once something is missing, nothing is taken any more.
+struct Front {
+  std::span<const std::uint8_t> rest;
+  bool whole = true;
+
+  bool has(std::size_t bytes) {
+    whole = whole && rest.size() >= bytes;
+    return whole;
+  }
+  void take(std::uint8_t& value) {
+    if (!has(1)) return;
+    value = rest[0];
+    rest = rest.subspan(1);
+  }
+  void take(std::uint32_t& value) {
+    if (!has(4)) return;
+    std::memcpy(&value, rest.data(), 4);
+    rest = rest.subspan(4);
+  }
+};
+
 }  // namespace
+
+bool parse_laid_out_framing(std::span<const std::uint8_t> payload, FramBlock& block) {
+  block = {};
+  if (payload.empty()) return false;
+  block.framingMode = payload[0];
+  parse_name(payload, block);
+  const std::size_t name = std::strlen(block.subframeName.data());
+  if (payload.size() <= name + 2) return payload.size() == name + 1 || payload[name + 1] == 0;
+  Front front{payload.subspan(name + 2)};
+  if (payload[name + 1] != 0) return false;  // longer than a name can be
+  for (std::uint8_t* flag :
+       {&block.changeDelay, &block.changeTimeout, &block.changeClipping, &block.changeSyncId})
+    front.take(*flag);
+  if (block.changeDelay != 0) front.take(block.interframeDelay);
+  if (block.changeTimeout != 0) front.take(block.timeout);
+  if (block.changeClipping != 0) {
+    front.take(block.clipType);
+    for (std::uint32_t* edge : {&block.clipLeft, &block.clipRight, &block.clipTop, &block.clipBottom})
+      front.take(*edge);
+  }
+  if (block.changeSyncId != 0) front.take(block.syncByte);
+  return front.whole && front.rest.empty();
+}
 
 void parse_framing(std::span<const std::uint8_t> payload, FramBlock& block) {
   const PaddedPayload p(payload);

@@ -16,6 +16,10 @@ void parse_framing(std::span<const std::uint8_t> payload, FramBlock& block);
 /// timeout, clip values and sync value, each only under the flag of its own and of all before it.
 std::vector<std::uint8_t> framing_payload(const FramBlock& block);
 
+/// Reads a FRAM payload as `framing_payload` lays it out: the fields behind the name, one after the other.
+/// False, with `block` undefined, when the payload ends inside a field or goes on behind the last one.
+bool parse_laid_out_framing(std::span<const std::uint8_t> payload, FramBlock& block);
+
 /// Reads at most 28 bytes of a DEFI payload; fields behind its end become 0. Returns the bytes taken.
 std::uint32_t parse_definition(std::span<const std::uint8_t> payload, DefiBlock& block);
 /// The payload of a DEFI of `bytes` bytes, cut down to a length that the format knows (3, 4, 12, 28); empty

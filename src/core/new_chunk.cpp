@@ -20,11 +20,7 @@ struct Making {
   const NewChunkArgument& argument;
   ChunkRecord& record;
 
-  bool payload(std::span<const std::uint8_t> bytes) const {
-    record.data = ChunkHandle::copy_of(bytes);
-    record.size = static_cast<std::int32_t>(bytes.size());
-    return static_cast<bool>(record.data);
-  }
+  bool payload(std::span<const std::uint8_t> bytes) const { return put_payload(record, bytes); }
 };
 
 std::uint32_t dimension(int setting) { return static_cast<std::uint32_t>(std::clamp(setting, 1, 1'000'000)); }
@@ -150,10 +146,8 @@ constexpr std::size_t kSpareTextBytes = 16;
 
 bool make_text(const Making& making) {
   std::string text = std::string("Comment") + '\0' + settings::ForRent;
-  making.record.size = static_cast<std::int32_t>(text.size());
-  making.record.data = ChunkHandle::copy_of({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
-                                            kSpareTextBytes);
-  return static_cast<bool>(making.record.data);
+  return put_payload(making.record, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+                     kSpareTextBytes);
 }
 
 bool make_time(const Making& making) { return making.payload(local_time_payload()); }

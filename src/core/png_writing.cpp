@@ -31,8 +31,7 @@ void take_over_written(DocumentWindow& window, std::span<const ChunkOut> chunks)
   ChunkRecord record;
   for (const ChunkOut& chunk : chunks) {
     if (chunk.tag != tag::tIME || !chunk_list_get(window.list, chunk.entry, record)) continue;
-    record.data = ChunkHandle::copy_of(chunk.payload);
-    record.size = static_cast<std::int32_t>(chunk.payload.size());
+    put_payload(record, chunk.payload);
     record.description = chunk_description(record);
     chunk_list_put(window.list, chunk.entry, record);
   }

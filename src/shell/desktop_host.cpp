@@ -1,5 +1,7 @@
 #include "shell/desktop_host.h"
 
+#include <QApplication>
+
 #include "shell/message_box.h"
 #include "shell/text.h"
 
@@ -17,9 +19,14 @@ Host DesktopHost::record() {
   return host;
 }
 
+QWidget* DesktopHost::box_parent() const {
+  QWidget* dialog = QApplication::activeModalWidget();
+  return dialog ? dialog : &window_;
+}
+
 void DesktopHost::show(const Message& message) {
   const LongOperation::Pause pause(operation_);
-  show_message_box(&window_, message, "warning", QMessageBox::Ok);
+  show_message_box(box_parent(), message, "warning", QMessageBox::Ok);
 }
 
 Answer DesktopHost::ask(const Message& message, bool cancel) {
@@ -27,7 +34,7 @@ Answer DesktopHost::ask(const Message& message, bool cancel) {
   const LongOperation::Pause pause(operation_);
   QMessageBox::StandardButtons buttons = QMessageBox::Yes | QMessageBox::No;
   if (cancel) buttons |= QMessageBox::Cancel;
-  switch (show_message_box(&window_, message, "question", buttons)) {
+  switch (show_message_box(box_parent(), message, "question", buttons)) {
     case QMessageBox::Yes:
       return Answer::Yes;
     case QMessageBox::Cancel:

@@ -12,7 +12,7 @@ namespace vellum {
 
 class DesktopHost {
  public:
-  /// Boxes belong to `window`.
+  /// Boxes belong to `window`, or to the dialog that is open over it.
   DesktopHost(QWidget& window, StatusLine& status) : window_(window), status_(status) {}
 
   /// The record that the rest of the program talks to. Must not outlive this object.
@@ -21,6 +21,7 @@ class DesktopHost {
   bool busy() const { return operation_.running(); }
 
  private:
+  QWidget* box_parent() const;
   void show(const Message& message);
   Answer ask(const Message& message, bool cancel);
   void begin(std::string_view caption);

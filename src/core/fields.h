@@ -1,0 +1,107 @@
+// Fields: what a form shows and a command line sets, as rows of a table; values by name; the checks that
+// rows ask for.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "base/string_table.h"
+
+namespace vellum {
+
+enum class FieldType { Whole, Real, Choice, Flag, Color, Text };
+
+/// Whole, Choice, Flag and Color are whole numbers, Real a number, Text is UTF-8. A text in a field of
+/// another type is one that nobody could read as its value; the check refuses it.
+using FieldValue = std::variant<std::int64_t, double, std::string>;
+
+/// Values by the names of their fields.
+class FieldValues {
+ public:
+  const FieldValue* find(std::string_view name) const;
+  void set(std::string_view name, FieldValue value);
+  /// 0 where there is no such number.
+  std::int64_t number(std::string_view name) const;
+  double real(std::string_view name) const;
+  /// Empty where there is no such text.
+  const std::string& text(std::string_view name) const;
+
+ private:
+  std::vector<std::pair<std::string, FieldValue>> items_;
+};
+
+struct FieldChoice {
+  std::int64_t value = 0;
+  const char* name = "";
+};
+
+/// How a form shows a field, where its type alone doesn't say.
+enum class FieldLook {
+  Plain,
+  Radio,  ///< Choice: one button each instead of a list
+  Bits,   ///< Whole: a number in hexadecimal and a box for each of the choices, whose values are its bits
+  Lines,  ///< Text of several lines
+  Suggestions,  ///< Text that may be picked from `choices`
+  Path,         ///< Text that names a file
+};
+
+/// One row. Texts and tables live as long as the program.
+struct Field {
+  const char* name = "";   ///< as on the command line
+  const char* label = "";  ///< as in messages, and with a colon behind it in forms
+  FieldType type = FieldType::Whole;
+  std::int64_t least = 0, most = 0;  ///< Whole; Text: `most` characters, 0 for no bound
+  double leastReal = 0, mostReal = 0;
+  int decimals = 0;                           ///< Real
+  std::span<const FieldChoice> choices = {};  ///< Choice, Bits, Suggestions
+  const char* special = nullptr;              ///< Whole: what `specialValue` means ("For ever")
+  std::int64_t specialValue = 0;
+  FieldLook look = FieldLook::Plain;
+  const char* page = nullptr;       ///< of the form; null: the first one
+  const char* enabledBy = nullptr;  ///< the field that must be in use for this one
+  std::int64_t enabledAt = -1;      ///< its value then; -1: any but 0
+  const char* tip = nullptr;
+  bool locked = false;  ///< shown only
+  bool option = false;  ///< steers how others are applied, and is no content itself
+};
+
+/// What is wrong with a field.
+struct FieldFault {
+  std::string field;
+  StringId id{};
+  std::string text;       ///< the message, filled in
+  bool question = false;  ///< Yes lets the values be repaired, see who made the fault
+  std::size_t at = 0;     ///< Text: characters in front of the first wrong one
+};
+
+const Field* find_field(std::span<const Field> fields, std::string_view name);
+
+/// Whether the field that switches this one is in use (and the one that switches that).
+bool field_enabled(std::span<const Field> fields, const Field& field, const FieldValues& values);
+/// Gives the switching fields, where this one is not enabled, values that enable it.
+void enable_field(std::span<const Field> fields, const Field& field, FieldValues& values);
+
+/// What was typed. Numbers are decimal, or hexadecimal behind "0x"; a color is six or eight hexadecimal
+/// digits behind "#" (red first, alpha last); a choice goes by name or number, a flag by 0, 1, yes, no, on,
+/// off; a special value also by its word. What can't be read stays a text.
+FieldValue parse_field_value(const Field& field, std::string_view text);
+/// The value as it can be typed.
+std::string field_value_text(const Field& field, const FieldValue& value);
+
+/// The value nearest to `value` that the field can have.
+FieldValue clamped(const Field& field, FieldValue value);
+
+/// "%s must be a whole number from %s to %s." and its like, where the value is none of the field's.
+std::optional<FieldFault> check_field(const Field& field, const FieldValue& value);
+/// The first fault among the fields that are enabled and not locked.
+std::optional<FieldFault> check_fields(std::span<const Field> fields, const FieldValues& values);
+
+/// A format of the string table with its "%s" filled in, in order.
+std::string filled(StringId format, std::initializer_list<std::string> values);
+
+}  // namespace vellum

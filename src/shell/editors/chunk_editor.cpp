@@ -1,0 +1,58 @@
+#include "shell/editors/chunk_editor.h"
+
+#include <algorithm>
+
+#include "shell/editors/field_editor.h"
+
+namespace vellum {
+namespace {
+
+struct EditorRow {
+  DocumentKind kind;  ///< None: every kind that has the tag
+  ChunkTag tag;
+  OpenEditor open;
+};
+
+constexpr DocumentKind kAny = DocumentKind::None;
+
+/// The first row that fits counts.
+constexpr EditorRow kEditors[] = {
+    // Opaque streams of an MNG bring chunks of a PNG along as raw bytes.
+    {DocumentKind::MING, tag::IHDR, nullptr},
+    {DocumentKind::MING, tag::IEND, nullptr},
+    {DocumentKind::MING, tag::bKGD, nullptr},
+    {DocumentKind::MING, tag::tRNS, nullptr},
+    {kAny, tag::IHDR, open_fields<decorate_header>},
+    {DocumentKind::MING, tag::MHDR, open_fields<decorate_mng_header>},
+    {DocumentKind::APNG, tag::acTL, open_fields<nullptr>},
+    {DocumentKind::APNG, tag::fcTL, open_fields<decorate_frame_control>},
+    {kAny, tag::tEXt, open_fields<decorate_text>},
+    {kAny, tag::zTXt, open_fields<decorate_text>},
+    {kAny, tag::iTXt, open_fields<decorate_text>},
+    {kAny, tag::tIME, open_fields<decorate_time>},
+    {kAny, tag::gAMA, open_fields<decorate_gamma>},
+    {kAny, tag::bKGD, open_fields<decorate_samples>},
+    {kAny, tag::tRNS, open_fields<decorate_samples>},
+    {DocumentKind::MING, tag::BACK, open_fields<decorate_samples>},
+    {DocumentKind::MING, tag::TERM, open_fields<nullptr>},
+    {DocumentKind::MING, tag::LOOP, open_fields<nullptr>},
+    {DocumentKind::MING, tag::ENDL, open_fields<nullptr>},
+    {DocumentKind::MING, tag::FRAM, open_fields<nullptr>},
+    {DocumentKind::MING, tag::DEFI, open_fields<nullptr>},
+    {DocumentKind::MING, tag::MOVE, open_fields<nullptr>},
+    {DocumentKind::MING, tag::SHOW, open_fields<nullptr>},
+    {DocumentKind::WEBP, tag::WEBH, open_fields<nullptr>},
+    {kAny, tag::IEND, open_fields<nullptr>},
+    {DocumentKind::MING, tag::MEND, open_fields<nullptr>},
+};
+
+}  // namespace
+
+OpenEditor find_editor(DocumentKind kind, ChunkTag tag) {
+  const auto row = std::ranges::find_if(kEditors, [=](const EditorRow& editor) {
+    return editor.tag == tag && (editor.kind == kAny || editor.kind == kind);
+  });
+  return row == std::end(kEditors) ? nullptr : row->open;
+}
+
+}  // namespace vellum

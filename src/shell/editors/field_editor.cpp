@@ -1,0 +1,85 @@
+#include "shell/editors/field_editor.h"
+
+#include <QPushButton>
+
+#include "base/text.h"
+#include "core/chunk_tip.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+QString title_of(ChunkTag tag) {
+  return to_qt(format_text(string_text(StringId::EditTitle).data(), tag_letters(tag).c_str()));
+}
+
+QString topic_of(ChunkTag tag) { return to_qt("CHUNK_" + tag_letters(tag)); }
+
+/// Whether the user wants what the values convert; the form goes back to the old color type where not.
+bool may_convert(Editing& editing, const FieldValues& values) {
+  if (!converts_images(editing.window, editing.index, values)) return true;
+  const auto id = StringId::ConvertImagesQuestion;
+  const Message message{id, {}, std::string(string_text(id)), {}, nullptr};
+  Host& host = editing.services.host;
+  if (!host.ask || host.ask(message, false) == Answer::Yes) return true;
+  const FieldValues before = read_chunk_fields(editing.window, editing.index);
+  for (const char* name : {"colorType", "bitDepth"}) editing.form.set_value(name, *before.find(name));
+  return false;
+}
+
+bool apply_values(Editing& editing, const FieldValues& values, bool& changed) {
+  if (!may_convert(editing, values)) return false;
+  Host& host = editing.services.host;
+  const Applied applied = apply_chunk_fields(editing.window, editing.index, values, host);
+  if (applied == Applied::Failed) host.show(StringId::ErrorAccessingChunk, {}, host.take_fault());
+  changed = applied == Applied::Changed;
+  return applied != Applied::Failed;
+}
+
+void add_note(Editing& editing) {
+  const std::string note = chunk_note(editing.window, editing.index);
+  if (!note.empty()) editing.form.add_note(to_qt(note));
+  if (!makeRawPage) return;
+  if (QWidget* page = makeRawPage(&editing.form, editing.window, editing.index))
+    editing.form.add_page(QObject::tr("Raw"), page);
+}
+
+}  // namespace
+
+bool open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services,
+                       Decorate decorate) {
+  const ChunkTag tag = window.list.record(index).tag;
+  std::vector<Field> fields = chunk_fields(window, index);
+  const bool is_end = tag == tag::IEND || tag == tag::MEND;
+  if (fields.empty() && !is_end) {
+    services.host.show(StringId::ErrorAccessingChunk);
+    return false;
+  }
+  const FieldValues values = read_chunk_fields(window, index);
+  FormDialog dialog(title_of(tag), topic_of(tag), std::move(fields), values, services.host, parent);
+  Editing editing{dialog, dialog.form(), window, index, services};
+  bool changed = false;
+  dialog.check = [&](const FieldValues& typed) { return check_chunk_fields(window, index, typed); };
+  dialog.repair = repair_chunk_fields;
+  dialog.apply = [&](const FieldValues& typed) { return is_end || apply_values(editing, typed, changed); };
+  if (decorate) decorate(editing);
+  add_note(editing);
+  if (is_end)
+    for (const auto button : {QDialogButtonBox::Cancel, QDialogButtonBox::Reset})
+      dialog.buttons().button(button)->hide();
+  dialog.adjustSize();
+  return dialog.exec() == QDialog::Accepted && changed;
+}
+
+void link_fields(Form& form, std::initializer_list<const char*> names, std::function<void()> follow) {
+  QStringList watched;
+  for (const char* name : names) watched << QLatin1String(name);
+  QObject::connect(&form, &Form::edited, &form, [&form, watched, follow](const QString& name) {
+    if (!watched.contains(name) || form.property("following").toBool()) return;
+    form.setProperty("following", true);
+    follow();
+    form.setProperty("following", false);
+  });
+}
+
+}  // namespace vellum

@@ -1,0 +1,111 @@
+// The editor of text chunks: counters, files, the date.
+#include <QDateTime>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QLocale>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTimer>
+
+#include "base/file.h"
+#include "base/limits.h"
+#include "base/text.h"
+#include "core/text_chunk.h"
+#include "shell/editors/field_editor.h"
+#include "shell/style.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+constexpr int kCountDelay = 200;  // ms of quiet before a text is deflated to tell its size
+
+QString counters(const FieldValues& values, bool latin1) {
+  TextChunk text;
+  text.text = values.text("text");
+  const auto characters = to_qt(text.text).size();
+  const std::size_t bytes = latin1 ? latin1_from_utf8(text.text).size() : text.text.size();
+  return QObject::tr("%1 characters, %2 bytes, %3 bytes deflated")
+      .arg(to_qt(grouped(static_cast<std::uint64_t>(characters))), to_qt(grouped(bytes)),
+           to_qt(grouped(deflated_text_bytes(text, latin1))));
+}
+
+/// A label that follows the text.
+QLabel* add_counters(Form& form, bool latin1) {
+  auto* label = new QLabel(&form);
+  label->setObjectName(QStringLiteral("counters"));
+  auto* timer = new QTimer(label);
+  timer->setSingleShot(true);
+  timer->setInterval(kCountDelay);
+  const auto show = [&form, label, latin1] { label->setText(counters(form.values(), latin1)); };
+  QObject::connect(timer, &QTimer::timeout, label, show);
+  QObject::connect(&form, &Form::edited, timer, [timer](const QString& name) {
+    if (name == QLatin1String("text")) timer->start();
+  });
+  show();
+  return label;
+}
+
+/// A file's text: UTF-8 where it is valid, otherwise Latin-1.
+std::string decoded(std::span<const std::uint8_t> bytes) {
+  const std::string text(bytes.begin(), bytes.end());
+  const QString utf8 = to_qt(text);
+  return utf8.contains(QChar::ReplacementCharacter) ? utf8_from_latin1(text) : text;
+}
+
+void load_text(Editing editing) {
+  const QString name = QFileDialog::getOpenFileName(&editing.dialog, QObject::tr("Load text"));
+  if (name.isEmpty()) return;
+  std::string reason;
+  const auto file = read_file(to_path(name), reason, kMaximumTextBytes);
+  if (!file) return editing.services.host.show(StringId::ErrorReadingFile, {}, reason);
+  editing.form.set_value("text", with_line_feeds(decoded(*file)));
+}
+
+void save_text(Editing editing) {
+  const QString name = QFileDialog::getSaveFileName(&editing.dialog, QObject::tr("Save text"));
+  if (name.isEmpty()) return;
+  const std::string text = editing.form.values().text("text");
+  SafeFile file(to_path(name));
+  if (file.ok() && file.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) &&
+      file.commit())
+    return;
+  editing.services.host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, file.reason());
+}
+
+void insert_date(Editing editing) {
+  if (auto* text = qobject_cast<QPlainTextEdit*>(editing.form.input("text"))) {
+    text->insertPlainText(
+        QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("MMMM d, yyyy h:mm")));
+    text->setFocus();
+  }
+}
+
+struct TextButton {
+  const char* label;
+  void (*press)(Editing);
+};
+constexpr TextButton kButtons[] = {
+    {"Load...", load_text}, {"Save...", save_text}, {"Insert date", insert_date}};
+
+}  // namespace
+
+void decorate_text(Editing& editing) {
+  const bool latin1 = editing.window.list.record(editing.index).tag != tag::iTXt;
+  auto* row = new QWidget(&editing.form);
+  auto* layout = new QHBoxLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(style::kGap);
+  for (const TextButton& button : kButtons) {
+    auto* widget = new QPushButton(QObject::tr(button.label), row);
+    widget->setAutoDefault(false);
+    layout->addWidget(widget);
+    QObject::connect(widget, &QPushButton::clicked, row, [editing, press = button.press] { press(editing); });
+  }
+  layout->addStretch(1);
+  editing.form.add_row_behind("text", {}, row);
+  editing.form.add_row_behind("compressed", {}, add_counters(editing.form, latin1));
+  editing.dialog.setSizeGripEnabled(true);
+}
+
+}  // namespace vellum

@@ -1,0 +1,25 @@
+// The widgets that fields become.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+#include "core/fields.h"
+
+namespace vellum {
+
+/// One field on the screen. What it holds is read and set as a value of the field.
+struct FormControl {
+  Field field;
+  QWidget* row = nullptr;    ///< what stands beside the label
+  QWidget* input = nullptr;  ///< what takes the keyboard; part of `row` or all of it
+  bool ownLabel = false;     ///< the control shows the label itself
+  bool tall = false;         ///< takes what height there is
+  std::function<FieldValue()> get;
+  std::function<void(const FieldValue&)> set;
+};
+
+/// Makes the control for a field; `edited` is called whenever its value changes.
+FormControl make_control(const Field& field, QWidget* parent, const std::function<void()>& edited);
+
+}  // namespace vellum

@@ -1,0 +1,58 @@
+#include "shell/forms/form_dialog.h"
+
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include "shell/style.h"
+
+namespace vellum {
+
+FormDialog::FormDialog(const QString& title, const QString& topic, std::vector<Field> fields,
+                       const FieldValues& values, Host& host, QWidget* parent)
+    : QDialog(parent), topic_(topic), host_(host) {
+  setWindowTitle(title);
+  form_ = new Form(std::move(fields), values, this);
+  buttons_ = new QDialogButtonBox(
+      QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Reset | QDialogButtonBox::Help,
+      this);
+  buttons_->button(QDialogButtonBox::Ok)->setDefault(true);
+  buttons_->button(QDialogButtonBox::Help)->setEnabled(static_cast<bool>(showHelp));
+  const auto help = [this] {
+    if (showHelp) showHelp(topic_);
+  };
+  connect(buttons_, &QDialogButtonBox::accepted, this, &FormDialog::accept);
+  connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  connect(buttons_->button(QDialogButtonBox::Reset), &QPushButton::clicked, form_, &Form::reset);
+  connect(buttons_, &QDialogButtonBox::helpRequested, this, help);
+  connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this, help);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
+  layout->setSpacing(style::kWideGap);
+  layout->addWidget(form_, 1);
+  layout->addWidget(buttons_);
+}
+
+bool FormDialog::settle_faults() {
+  FieldValues values = form_->values();
+  const auto fault = check ? check(values) : check_fields(form_->fields(), values);
+  if (!fault) return true;
+  const Message message{fault->id, {}, fault->text, {}, nullptr};
+  if (!fault->question) {
+    if (host_.message) host_.message(message);
+  } else if (repair && (!host_.ask || host_.ask(message, false) == Answer::Yes)) {
+    repair(values);
+    for (const Field& field : form_->fields())
+      if (field.type == FieldType::Text && !field.locked)
+        form_->set_value(field.name, *values.find(field.name));
+    return settle_faults();
+  }
+  form_->show_fault(*fault);
+  return false;
+}
+
+void FormDialog::accept() {
+  if (settle_faults() && (!apply || apply(form_->values()))) QDialog::accept();
+}
+
+}  // namespace vellum
