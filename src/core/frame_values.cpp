@@ -1,5 +1,7 @@
 #include "core/frame_values.h"
 
+#include <algorithm>
+
 #include "core/framing.h"
 #include "core/settings.h"
 
@@ -55,6 +57,8 @@ std::uint32_t whole_milliseconds(std::uint64_t amount, std::uint64_t per_second)
 /// A LOOP that is never left, as MNG writes it.
 constexpr std::uint32_t kForEver = 0x7FFFFFFF;
 
+constexpr std::uint32_t kLongestWebpDelay = 0xFFFFFF;  // WebP container, "ANMF"
+
 /// MNG 1.0, "LOOP": nesting level, count; "TERM": action 3 repeats, then action after it, delay, count of
 /// repeats.
 std::uint32_t plays_of_mng(const ChunkList& list) {
@@ -77,6 +81,48 @@ std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::
   if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return 0;
   const std::uint64_t delay = from_file_order(record.image->framBlock.interframeDelay);
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(delay * 1000 / std::max(ticks, 1u), 0xFFFFFFFF));
+}
+
+std::uint32_t ticks_per_second(const ChunkList& list) {
+  const std::size_t at = chunk_find_first(list, tag::MHDR);
+  return at == kNoEntry ? 1000 : std::max(list.record(at).ticksPerSecond, 1u);
+}
+
+void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks,
+                     std::uint32_t milliseconds) {
+  if (kind == DocumentKind::WEBP) record.webpImage.delay = std::min(milliseconds, kLongestWebpDelay);
+  if (kind == DocumentKind::APNG) {
+    std::uint32_t per = 1000;  // the longest delays lose their last digits
+    for (; milliseconds > 0xFFFF && per > 1; per /= 10) milliseconds /= 10;
+    record.frameControl.delayNum = static_cast<std::uint16_t>(std::min(milliseconds, 0xFFFFu));
+    record.frameControl.delayDen = static_cast<std::uint16_t>(per);
+  }
+  if (kind != DocumentKind::MING) return;
+  FramBlock& block = record.image.edit().framBlock;
+  if (!(record.flags & CRF_FRAM)) block.framingMode = 1;
+  record.flags |= CRF_FRAM;
+  block.changeDelay = std::max<std::uint8_t>(block.changeDelay, 1);
+  const std::uint64_t amount = (std::uint64_t{milliseconds} * ticks + 500) / 1000;
+  block.interframeDelay = to_file_order(
+      static_cast<std::uint32_t>(std::clamp<std::uint64_t>(amount, milliseconds > 0 ? 1 : 0, kForEver)));
+}
+
+void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset) {
+  const auto held = [](std::int32_t value) { return static_cast<std::uint32_t>(std::max(value, 0)); };
+  if (kind == DocumentKind::APNG) {
+    record.frameControl.xOffset = held(offset.x);
+    record.frameControl.yOffset = held(offset.y);
+  } else if (kind == DocumentKind::WEBP) {
+    record.webpImage.xOffset = held(offset.x);
+    record.webpImage.yOffset = held(offset.y);
+  } else if (kind == DocumentKind::MING && ((record.flags & CRF_DEFI) || offset.x != 0 || offset.y != 0)) {
+    EmbeddedImage& image = record.image.edit();
+    if (!(record.flags & CRF_DEFI)) image.defiBlock.concreteFlag = 1;
+    record.flags |= CRF_DEFI;
+    image.defiBytes = std::max(image.defiBytes, 12u);
+    image.defiBlock.xLocation = from_file_order(offset.x);
+    image.defiBlock.yLocation = from_file_order(offset.y);
+  }
 }
 
 std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header) {

@@ -19,6 +19,20 @@ FrameOffset frame_offset(const ChunkRecord& record, DocumentKind kind);
 /// MING: the delay of the FRAM in force, `ticks` of the MHDR to a second, truncated; WEBP: its delay.
 std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks);
 
+/// Ticks of the MHDR to a second, at least 1; 1000 without one.
+std::uint32_t ticks_per_second(const ChunkList& list);
+
+/// The setters of both. APNG: the delay as a fraction whose terms have 16 bits. MING: in `ticks` to a second,
+/// rounded, at least 1 for a delay above 0, in the image's FRAM, which is made where it had none; the offset
+/// in its DEFI, made only for one that is not the origin. WEBP: at most 24 bits.
+void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks, std::uint32_t milliseconds);
+void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset);
+
+/// Whether the image of an MNG begins on a cleared canvas: framing modes 3 and 4 (MNG 1.0, "FRAM").
+inline bool clears_canvas(const ChunkRecord& record) {
+  return (record.flags & CRF_FRAM) && record.image->framBlock.framingMode >= 3;
+}
+
 /// A tRNS payload for a header in the form that PictureWithTransparency takes: a table by index (of levels in
 /// grey pictures), or six bytes. Empty where nothing is transparent.
 std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header);
