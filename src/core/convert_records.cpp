@@ -5,6 +5,7 @@
 #include "base/limits.h"
 #include "core/chunk_layout.h"
 #include "core/frame_layer.h"
+#include "core/loops.h"
 #include "core/new_chunk.h"
 #include "image/picture_rows.h"
 
@@ -123,10 +124,9 @@ bool mng_holds(const std::vector<FrameLayer>& frames, Extent) {
 
 /// Plays of the animation as a LOOP around the images; none for one play.
 std::optional<std::uint32_t> loop_count(const Conversion& conversion) {
-  constexpr std::uint32_t for_ever = 0x7FFFFFFF;  // MNG 1.0, "LOOP"
   const std::uint32_t plays = document_plays(conversion.from.list, conversion.from.document);
   if (plays == 1 || conversion.frames.size() < 2) return std::nullopt;
-  return plays == 0 ? for_ever : plays;
+  return plays == 0 ? kLoopForEver : plays;
 }
 
 bool mng_front(Conversion& conversion) {

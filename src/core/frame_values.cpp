@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/framing.h"
+#include "core/loops.h"
 #include "core/settings.h"
 
 namespace vellum {
@@ -54,20 +55,17 @@ std::uint32_t whole_milliseconds(std::uint64_t amount, std::uint64_t per_second)
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(result, 0xFFFFFFFF));
 }
 
-/// A LOOP that is never left, as MNG writes it.
-constexpr std::uint32_t kForEver = 0x7FFFFFFF;
-
 constexpr std::uint32_t kLongestWebpDelay = 0xFFFFFF;  // WebP container, "ANMF"
 
 /// MNG 1.0, "LOOP": nesting level, count; "TERM": action 3 repeats, then action after it, delay, count of
 /// repeats.
 std::uint32_t plays_of_mng(const ChunkList& list) {
-  const auto plays = [](std::uint32_t count) { return count >= kForEver ? 0 : count; };
+  const auto plays = [](std::uint32_t count) { return count >= kLoopForEver ? 0 : count; };
   const std::size_t image = chunk_find_first(list, tag::PNGI), loop = chunk_find_first(list, tag::LOOP);
   if (loop < image) return plays(payload_be32(list.record(loop), 1));
   const std::size_t end = chunk_find_first(list, tag::TERM);
   if (end == kNoEntry || payload_byte(list.record(end), 0) != 3) return 1;
-  return plays(std::min(payload_be32(list.record(end), 6), kForEver - 1) + 1);
+  return plays(std::min(payload_be32(list.record(end), 6), kLoopForEver - 1) + 1);
 }
 
 }  // namespace
@@ -104,7 +102,7 @@ void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks
   block.changeDelay = std::max<std::uint8_t>(block.changeDelay, 1);
   const std::uint64_t amount = (std::uint64_t{milliseconds} * ticks + 500) / 1000;
   block.interframeDelay = to_file_order(
-      static_cast<std::uint32_t>(std::clamp<std::uint64_t>(amount, milliseconds > 0 ? 1 : 0, kForEver)));
+      static_cast<std::uint32_t>(std::clamp<std::uint64_t>(amount, milliseconds > 0 ? 1 : 0, kLoopForEver)));
 }
 
 void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset) {

@@ -240,7 +240,7 @@ bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag 
 /// The rank of a chunk in front of the first image.
 int front_rank(ChunkTag tag) {
   if (is_text(tag)) return 3;
-  switch (place_of(tag)) {
+  switch (place_of(tag, DocumentKind::APNG)) {
     case ChunkPlace::BeforePalette:
       return 0;
     case ChunkPlace::AtPalette:
@@ -258,7 +258,8 @@ ChunkGroups group_chunks(std::vector<ChunkOut> chunks, const std::vector<std::si
   for (ChunkOut& chunk : chunks) {
     const auto frame =
         static_cast<std::size_t>(std::ranges::lower_bound(frames, chunk.entry) - frames.begin());
-    if (frame == 0 || front_rank(chunk.tag) < 4 || place_of(chunk.tag) == ChunkPlace::BeforeImage)
+    if (frame == 0 || front_rank(chunk.tag) < 4 ||
+        place_of(chunk.tag, DocumentKind::APNG) == ChunkPlace::BeforeImage)
       groups.front.push_back(std::move(chunk));
     else if (frame < frames.size() && is_safe_to_copy(chunk.tag))
       groups.between[frame].push_back(std::move(chunk));

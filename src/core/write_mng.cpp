@@ -9,6 +9,7 @@
 #include "core/chunk_table.h"
 #include "core/framing.h"
 #include "core/identity_comment.h"
+#include "core/loops.h"
 #include "core/png_reading.h"
 #include "core/png_writing.h"
 #include "image/png_encode.h"
@@ -210,19 +211,6 @@ std::vector<ChunkOut> other_entries(const ChunkList& list, int compression) {
     others.push_back({record.tag, plain_payload(record, compression), i});
   }
   return others;
-}
-
-/// Loops that are not closed, or ends of loops that were not opened.
-bool loops_match(const ChunkList& list) {
-  std::vector<std::uint8_t> open;
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    const ChunkRecord& record = list.record(i);
-    if (record.tag == tag::LOOP) open.push_back(payload_byte(record, 0));
-    if (record.tag != tag::ENDL) continue;
-    if (open.empty() || open.back() != payload_byte(record, 0)) return false;
-    open.pop_back();
-  }
-  return open.empty();
 }
 
 }  // namespace
