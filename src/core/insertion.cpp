@@ -12,6 +12,13 @@ Insertion::Insertion(DocumentWindow& window, std::size_t wanted)
       shape_(shape_of(window.list, window.document.kind)),
       wanted_(outside_streams(window.list, window.document.kind, wanted)) {}
 
+void Insertion::restart() {
+  flush();
+  shape_ = shape_of(window_.list, window_.document.kind);
+  wanted_ = static_cast<std::size_t>(window_.document.caret) + 1;
+  tags_.clear();
+}
+
 const std::unordered_set<ChunkTag>& Insertion::tags() {
   if (tags_.empty())
     for (std::size_t i = 0; i < window_.list.size(); ++i) tags_.insert(window_.list.record(i).tag);

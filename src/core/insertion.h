@@ -28,7 +28,12 @@ class Insertion {
   /// Puts what was added into the list.
   void flush();
 
+  /// Begins anew behind the caret, after others changed the list.
+  void restart();
+
   std::size_t wanted() const { return wanted_; }
+  /// Whether there is an image already.
+  bool has_image() const { return shape_.firstImage != kNoEntry; }
   std::size_t count() const { return count_; }
   /// Whether an entry was added that the header counts.
   bool counted() const { return counted_; }
