@@ -63,14 +63,6 @@ bool report(Host& host, const Refusal& refusal) {
   return !refusal;
 }
 
-/// Levels follow from where the entry stands.
-void put_loop_level(ChunkRecord& record, const std::vector<std::uint8_t>& open) {
-  std::uint8_t* level = record.data.edit();
-  if (!level) return;
-  if (record.tag == tag::LOOP) *level = static_cast<std::uint8_t>(std::min<std::size_t>(open.size(), 255));
-  if (record.tag == tag::ENDL && !open.empty()) *level = open.back();
-}
-
 std::size_t wanted_place(const DocumentWindow& window, ChunkTag tag) {
   const std::size_t caret = caret_entry(window);
   return tag == tag::LOOP && window.document.kind == DocumentKind::MING ? caret : caret + 1;

@@ -18,6 +18,13 @@ std::vector<std::uint8_t> open_loops(const ChunkList& list, std::size_t index) {
   return open;
 }
 
+void put_loop_level(ChunkRecord& record, const std::vector<std::uint8_t>& open) {
+  std::uint8_t* level = record.data.size() > 0 ? record.data.edit() : nullptr;
+  if (!level) return;
+  if (record.tag == tag::LOOP) *level = static_cast<std::uint8_t>(std::min<std::size_t>(open.size(), 255));
+  if (record.tag == tag::ENDL && !open.empty()) *level = open.back();
+}
+
 bool loops_match(const ChunkList& list) {
   std::vector<std::uint8_t> open;
   for (std::size_t i = 0; i < list.size(); ++i) {

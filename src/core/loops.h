@@ -17,6 +17,10 @@ std::vector<std::uint8_t> open_loops(const ChunkList& list, std::size_t index);
 /// What one more entry changes in them.
 void follow_loops(std::vector<std::uint8_t>& open, const ChunkRecord& record);
 
+/// Gives a LOOP or an ENDL the level that follows from the loops that are open where it goes: one deeper than
+/// they are, or that of the innermost.
+void put_loop_level(ChunkRecord& record, const std::vector<std::uint8_t>& open);
+
 /// Whether every loop is closed by an end of its level, and no end stands alone.
 bool loops_match(const ChunkList& list);
 

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "base/byte_order.h"
+#include "base/text.h"
 #include "core/chunk_list.h"
 #include "core/clock.h"
 #include "core/record_picture.h"
@@ -121,13 +122,15 @@ bool make_gamma(const Making& making) {
 /// Spare bytes behind a new text, so that it can be typed on in place.
 constexpr std::size_t kSpareTextBytes = 16;
 
-bool make_text(const Making& making) {
-  std::string text = std::string("Comment") + '\0' + settings::ForRent;
-  making.record.size = static_cast<std::int32_t>(text.size());
-  making.record.data = ChunkHandle::copy_of({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
-                                            kSpareTextBytes);
-  return static_cast<bool>(making.record.data);
+bool put_text(ChunkRecord& record, std::string_view keyword, std::string_view latin1) {
+  const std::string text = std::string(keyword) + '\0' + std::string(latin1);
+  record.size = static_cast<std::int32_t>(text.size());
+  record.data = ChunkHandle::copy_of({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+                                     kSpareTextBytes);
+  return static_cast<bool>(record.data);
 }
+
+bool make_text(const Making& making) { return put_text(making.record, "Comment", settings::ForRent); }
 
 bool make_time(const Making& making) { return making.payload(local_time_payload()); }
 
@@ -255,6 +258,20 @@ constexpr DefaultRow kDefaults[] = {
 };
 
 }  // namespace
+
+ChunkRecord text_record(std::string_view keyword, std::string_view text) {
+  const std::string latin1 = latin1_from_utf8(text.substr(0, text.find('\0')));
+  std::string lines;
+  for (std::size_t i = 0; i < latin1.size(); ++i)
+    if (latin1[i] != '\r')
+      lines += latin1[i];
+    else if (i + 1 == latin1.size() || latin1[i + 1] != '\n')
+      lines += '\n';
+  ChunkRecord record;
+  record.tag = tag::tEXt;
+  put_text(record, keyword, lines);
+  return record;
+}
 
 bool new_chunk(const DocumentWindow& window, ChunkRecord& out, ChunkTag tag,
                const NewChunkArgument& argument) {
