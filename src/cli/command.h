@@ -30,6 +30,8 @@ Run prepare_convert(CLI::App& app);
 Run prepare_save(CLI::App& app);
 Run prepare_frames(CLI::App& app);
 Run prepare_play(CLI::App& app);
+Run prepare_edit(CLI::App& app);
+Run prepare_new(CLI::App& app);
 Run prepare_config(CLI::App& app);
 
 }  // namespace vellum::cli

@@ -7,6 +7,8 @@ constexpr CommandRow kCommands[] = {
     {"list", "Show the chunks of a file", prepare_list},
     {"save", "Read a file and write it again", prepare_save},
     {"convert", "To another kind of file: frames, delays, offsets and disposal go along", prepare_convert},
+    {"new", "Write a new document", prepare_new},
+    {"edit", "Delete, insert and move chunks, in the order of the options", prepare_edit},
     {"frames", "Write each image entry's own picture as a PNG", prepare_frames},
     {"play", "Walk an animation as the viewer does: a line for each shown frame", prepare_play},
     {"config", "Show and change settings", prepare_config},

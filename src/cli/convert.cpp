@@ -1,5 +1,5 @@
-#include "base/text.h"
 #include "cli/command.h"
+#include "cli/document_kinds.h"
 #include "core/convert_records.h"
 #include "core/open_document.h"
 #include "core/save_document.h"
@@ -12,22 +12,8 @@ struct ConvertOptions {
   DocumentKind kind = DocumentKind::None;
 };
 
-const std::map<std::string, DocumentKind> kKinds = {{"png", DocumentKind::PING},
-                                                    {"apng", DocumentKind::APNG},
-                                                    {"mng", DocumentKind::MING},
-                                                    {"webp", DocumentKind::WEBP}};
-
-/// ".webp" alone decides the writer: the name and the kind must agree about it.
-bool name_fits(const ConvertOptions& options) {
-  const std::string extension = std::filesystem::path(options.out).extension().string();
-  return equal_ignoring_case(extension, ".webp") == (options.kind == DocumentKind::WEBP);
-}
-
 int run_convert(const ConvertOptions& options, Host& host) {
-  if (!name_fits(options)) {
-    std::fprintf(stderr, "vellum: a WebP file, and no other, has a name that ends in .webp\n");
-    return kWrongUsage;
-  }
+  if (!name_fits_kind(options.out, options.kind)) return kWrongUsage;
   DocumentWindow window, converted;
   if (!open_document(window, options.in, host)) return kFailed;
   if (window.document.kind == options.kind) return save_document(window, options.out, host) ? kDone : kFailed;

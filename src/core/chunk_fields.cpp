@@ -113,9 +113,10 @@ std::optional<std::vector<std::uint8_t>> parse_data(std::string_view text, std::
 /// Chunks of unknown content; images, headers and ends are none.
 bool has_free_data(const EntryPlace& place) {
   const ChunkTag tag = place.record().tag;
-  const bool fixed = place_of(tag) == ChunkPlace::Fixed && place.window.document.kind != DocumentKind::MING;
-  return !fixed && !is_image_entry(place.window.document.kind, tag) && tag != tag::PLTE && tag != tag::MHDR &&
-         tag != tag::MEND && tag != tag::WEBH;
+  const DocumentKind kind = place.window.document.kind;
+  const ChunkPlace where = place_of(tag, kind);
+  return where != ChunkPlace::Fixed && where != ChunkPlace::Image && !is_image_entry(kind, tag) &&
+         tag != tag::PLTE;
 }
 
 bool set_data(DocumentWindow& window, std::size_t index, std::string_view text, std::string& reason) {

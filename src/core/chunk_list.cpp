@@ -30,6 +30,14 @@ void ChunkList::insert(std::size_t index, std::shared_ptr<const ChunkRecord> rec
   tell(ListChange::What::Inserted, index, 1);
 }
 
+void ChunkList::insert(std::size_t index, std::span<const std::shared_ptr<const ChunkRecord>> records) {
+  std::vector<Entry> entries;
+  entries.reserve(records.size());
+  for (const auto& record : records) entries.push_back(Entry{record});
+  entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(index), entries.begin(), entries.end());
+  tell(ListChange::What::Inserted, index, records.size());
+}
+
 void ChunkList::replace(std::size_t index, std::shared_ptr<const ChunkRecord> record) {
   entries_[index].record = std::move(record);
   tell(ListChange::What::Content, index, 1);
@@ -41,6 +49,26 @@ void ChunkList::remove(std::size_t first, std::size_t count) {
   selected_ -= static_cast<std::size_t>(std::count_if(begin, end, std::mem_fn(&Entry::selected)));
   entries_.erase(begin, end);
   tell(ListChange::What::Removed, first, count);
+}
+
+void ChunkList::remove_marked(const std::vector<bool>& marks) {
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
+    if (marks[i])
+      selected_ -= entries_[i].selected;
+    else if (kept++ != i)
+      entries_[kept - 1] = std::move(entries_[i]);
+  }
+  entries_.resize(kept);
+  tell(ListChange::What::Reset, 0, kept);
+}
+
+void ChunkList::reorder(const std::vector<std::size_t>& order) {
+  std::vector<Entry> entries;
+  entries.reserve(order.size());
+  for (const std::size_t i : order) entries.push_back(std::move(entries_[i]));
+  entries_ = std::move(entries);
+  tell(ListChange::What::Reset, 0, entries_.size());
 }
 
 void ChunkList::clear() {
@@ -72,13 +100,17 @@ void ChunkList::renumber() {
   for (std::size_t i = 0; i < entries_.size(); ++i) entries_[i].listIndex = static_cast<std::uint32_t>(i);
 }
 
-std::size_t chunk_list_insert(ChunkList& list, const Document& document, std::size_t index,
-                              const ChunkRecord& record) {
-  if (list.size() >= kMaximumEntries || index > list.size()) return 0;
+std::shared_ptr<const ChunkRecord> make_entry(const Document& document, const ChunkRecord& record) {
   auto copy = std::make_shared<ChunkRecord>(record);
   if (!copy->owner) copy->owner = &document;
   copy->description = chunk_description(*copy);
-  list.insert(index, std::move(copy));
+  return copy;
+}
+
+std::size_t chunk_list_insert(ChunkList& list, const Document& document, std::size_t index,
+                              const ChunkRecord& record) {
+  if (list.size() >= kMaximumEntries || index > list.size()) return 0;
+  list.insert(index, make_entry(document, record));
   return list.size();
 }
 

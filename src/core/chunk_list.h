@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "core/chunk_record.h"
@@ -50,8 +51,15 @@ class ChunkList {
   const ChunkRecord& record(std::size_t index) const { return *entries_[index].record; }
 
   void insert(std::size_t index, std::shared_ptr<const ChunkRecord> record);
+  /// Several at once, in one step whatever their number.
+  void insert(std::size_t index, std::span<const std::shared_ptr<const ChunkRecord>> records);
   void replace(std::size_t index, std::shared_ptr<const ChunkRecord> record);
   void remove(std::size_t first, std::size_t count = 1);
+  /// Removes the entries that are marked (one mark an entry), in one step whatever their number.
+  void remove_marked(const std::vector<bool>& marks);
+  /// Puts the entries into another order: entry i of the result is entry order[i], each of them once. They
+  /// take their selection along.
+  void reorder(const std::vector<std::size_t>& order);
   void clear();
 
   void select(std::size_t index, bool selected);
@@ -89,6 +97,8 @@ class QuietList {
 
 // The operations on the core. All report 0 or false for failure, without a message: the caller reports.
 
+/// A copy of the record as a list holds it: described, owned by this document where it had no owner.
+std::shared_ptr<const ChunkRecord> make_entry(const Document& document, const ChunkRecord& record);
 /// Adds a copy of the record at the end, with its description built. Returns the new count; 0 when the list
 /// is full.
 std::size_t chunk_list_append(ChunkList& list, const Document& document, const ChunkRecord& record);

@@ -151,47 +151,99 @@ bool check_application_extension(Payload p, const PngContext&) { return p.size()
 
 bool check_palette(Payload p, const PngContext&) { return p.size() % 3 == 0; }
 
+// Lengths that MNG 1.0 knows.
+bool check_termination(Payload p, const PngContext&) { return p.size() == 1 || p.size() == 10; }
+bool check_canvas(Payload p, const PngContext&) { return p.size() != 8; }
+bool check_definition(Payload p, const PngContext&) {
+  return p.size() <= 4 || p.size() == 12 || p.size() == 28;
+}
+bool check_show(Payload p, const PngContext&) { return p.size() != 1 && p.size() != 3; }
+
+// Chunks of a still picture's list that belong to an animation are raw, and as fixed as in the animation.
 constexpr ChunkRow kChunks[] = {
-    {tag::IHDR, ChunkPlace::Fixed, true, 13, 13, nullptr},
-    {tag::IDAT, ChunkPlace::Fixed, false, 0, kAnyLength, nullptr},
-    {tag::IEND, ChunkPlace::Fixed, true, 0, 0, nullptr},
-    {tag::acTL, ChunkPlace::Fixed, true, 8, 8, nullptr},
-    {tag::fcTL, ChunkPlace::Fixed, false, 26, 26, nullptr},
-    {tag::fdAT, ChunkPlace::Fixed, false, 4, kAnyLength, nullptr},
-    {tag::cHRM, ChunkPlace::BeforePalette, true, 32, 32, check_chromaticities},
-    {tag::gAMA, ChunkPlace::BeforePalette, true, 4, 4, check_gamma},
-    {tag::iCCP, ChunkPlace::BeforePalette, true, 3, kAnyLength, check_profile},
-    {tag::sBIT, ChunkPlace::BeforePalette, true, 1, 4, check_significant_bits},
-    {tag::sRGB, ChunkPlace::BeforePalette, true, 1, 1, check_rendering_intent},
-    {tag::cICP, ChunkPlace::BeforePalette, true, 4, 4, nullptr},
-    {tag::PLTE, ChunkPlace::AtPalette, true, 3, 768, check_palette},
-    {tag::bKGD, ChunkPlace::BehindPalette, true, 1, 6, check_background},
-    {tag::hIST, ChunkPlace::BehindPalette, true, 2, 512, check_histogram},
-    {tag::tRNS, ChunkPlace::BehindPalette, true, 1, 256, check_transparency},
-    {tag::pHYs, ChunkPlace::BeforeImage, true, 9, 9, check_unit},
-    {tag::oFFs, ChunkPlace::BeforeImage, true, 9, 9, check_unit},
-    {tag::pCAL, ChunkPlace::BeforeImage, true, 12, kAnyLength, check_calibration},
-    {tag::sCAL, ChunkPlace::BeforeImage, true, 4, kAnyLength, check_scale},
-    {tag::sPLT, ChunkPlace::BeforeImage, false, 3, kAnyLength, check_suggested_palette},
-    {tag::sTER, ChunkPlace::BeforeImage, true, 1, 1, check_stereo},
-    {tag::eXIf, ChunkPlace::Anywhere, true, 4, kAnyLength, check_exif},
-    {tag::tIME, ChunkPlace::Anywhere, true, 7, 7, check_time},
-    {tag::tEXt, ChunkPlace::Anywhere, false, 2, kAnyLength, check_text},
-    {tag::zTXt, ChunkPlace::Anywhere, false, 3, kAnyLength, has_keyword},
-    {tag::iTXt, ChunkPlace::Anywhere, false, 6, kAnyLength, check_international_text},
-    {tag::gIFg, ChunkPlace::Anywhere, false, 4, 4, nullptr},
-    {tag::gIFx, ChunkPlace::Anywhere, false, 11, kAnyLength, check_application_extension},
+    {tag::IHDR, kInPngs, kInPngs, ChunkPlace::Fixed, 13, 13, nullptr},
+    {tag::IDAT, kInPngs, kInPng, ChunkPlace::Image, 0, kAnyLength, nullptr},
+    {tag::IEND, kInPngs, kInPngs, ChunkPlace::Fixed, 0, 0, nullptr},
+    {tag::acTL, kInPngs, kInPngs, ChunkPlace::Fixed, 8, 8, nullptr},
+    {tag::fcTL, kInPngs, 0, ChunkPlace::Fixed, 26, 26, nullptr},
+    {tag::fdAT, kInPngs, 0, ChunkPlace::Fixed, 4, kAnyLength, nullptr},
+    {tag::cHRM, kInPngs, kInPngs, ChunkPlace::BeforePalette, 32, 32, check_chromaticities},
+    {tag::gAMA, kInPngs, kInPngs, ChunkPlace::BeforePalette, 4, 4, check_gamma},
+    {tag::iCCP, kInPngs, kInPngs, ChunkPlace::BeforePalette, 3, kAnyLength, check_profile},
+    {tag::sBIT, kInPngs, kInPngs, ChunkPlace::BeforePalette, 1, 4, check_significant_bits},
+    {tag::sRGB, kInPngs, kInPngs, ChunkPlace::BeforePalette, 1, 1, check_rendering_intent},
+    {tag::cICP, kInPngs, kInPngs, ChunkPlace::BeforePalette, 4, 4, nullptr},
+    {tag::PLTE, kInPngs, kInPngs, ChunkPlace::AtPalette, 3, 768, check_palette},
+    {tag::bKGD, kInPngs, kInPngs, ChunkPlace::BehindPalette, 1, 6, check_background},
+    {tag::hIST, kInPngs, kInPngs, ChunkPlace::BehindPalette, 2, 512, check_histogram},
+    {tag::tRNS, kInPngs, kInPngs, ChunkPlace::BehindPalette, 1, 256, check_transparency},
+    {tag::pHYs, kInPngs, kInPngs, ChunkPlace::BeforeImage, 9, 9, check_unit},
+    {tag::oFFs, kInPngs, kInPngs, ChunkPlace::BeforeImage, 9, 9, check_unit},
+    {tag::pCAL, kInPngs, kInPngs, ChunkPlace::BeforeImage, 12, kAnyLength, check_calibration},
+    {tag::sCAL, kInPngs, kInPngs, ChunkPlace::BeforeImage, 4, kAnyLength, check_scale},
+    {tag::sPLT, kInPngs, 0, ChunkPlace::BeforeImage, 3, kAnyLength, check_suggested_palette},
+    {tag::sTER, kInPngs, kInPngs, ChunkPlace::BeforeImage, 1, 1, check_stereo},
+    {tag::eXIf, kInPngs, kInPngs, ChunkPlace::Anywhere, 4, kAnyLength, check_exif},
+    {tag::tIME, kInText, kInText, ChunkPlace::Anywhere, 7, 7, check_time},
+    {tag::tEXt, kInText, 0, ChunkPlace::Anywhere, 2, kAnyLength, check_text},
+    {tag::zTXt, kInText, 0, ChunkPlace::Anywhere, 3, kAnyLength, has_keyword},
+    {tag::iTXt, kInText, 0, ChunkPlace::Anywhere, 6, kAnyLength, check_international_text},
+    {tag::gIFg, kInPngs, 0, ChunkPlace::Anywhere, 4, 4, nullptr},
+    {tag::gIFx, kInPngs, 0, ChunkPlace::Anywhere, 11, kAnyLength, check_application_extension},
+    {tag::MHDR, kInMng, kInMng, ChunkPlace::Fixed, 28, kAnyLength, nullptr},
+    {tag::MEND, kInMng, kInMng, ChunkPlace::Fixed, 0, 0, nullptr},
+    {tag::PNGI, kInMng, 0, ChunkPlace::Image, 0, kAnyLength, nullptr},
+    {tag::TERM, kInMng, kInMng, ChunkPlace::Termination, 1, 10, check_termination},
+    {tag::BACK, kInMng, kInMng, ChunkPlace::Canvas, 6, 10, check_canvas},
+    {tag::LOOP, kInMng, 0, ChunkPlace::Loop, 5, kAnyLength, nullptr},
+    {tag::ENDL, kInMng, 0, ChunkPlace::Loop, 1, 1, nullptr},
+    {tag::FRAM, kInMng, 0, ChunkPlace::Folded, 0, kAnyLength, nullptr},
+    {tag::DEFI, kInMng, 0, ChunkPlace::Folded, 2, 28, check_definition},
+    {tag::MOVE, kInMng, 0, ChunkPlace::Anywhere, 13, 13, nullptr},
+    {tag::SHOW, kInMng, 0, ChunkPlace::Anywhere, 0, 5, check_show},
+    {tag::WEBH, kInWebp, kInWebp, ChunkPlace::Fixed, 0, kAnyLength, nullptr},
+    {tag::WEBI, kInWebp, 0, ChunkPlace::Image, 0, kAnyLength, nullptr},
 };
+
+bool is_known_anywhere(ChunkTag tag) {
+  return std::ranges::find(kChunks, tag, &ChunkRow::tag) != std::end(kChunks);
+}
 
 }  // namespace
 
-const ChunkRow* chunk_row(ChunkTag tag) {
-  const auto row = std::ranges::find(kChunks, tag, &ChunkRow::tag);
+std::uint8_t kind_bit(DocumentKind kind) {
+  static constexpr std::pair<DocumentKind, KindSet> bits[] = {{DocumentKind::PING, kInPng},
+                                                              {DocumentKind::APNG, kInApng},
+                                                              {DocumentKind::MING, kInMng},
+                                                              {DocumentKind::WEBP, kInWebp}};
+  const auto row = std::ranges::find(bits, kind, &std::pair<DocumentKind, KindSet>::first);
+  return row == std::end(bits) ? std::uint8_t{0} : std::uint8_t{row->second};
+}
+
+const ChunkRow* chunk_row(ChunkTag tag, DocumentKind kind) {
+  const std::uint8_t bit = kind_bit(kind);
+  const auto row =
+      std::ranges::find_if(kChunks, [&](const ChunkRow& r) { return r.tag == tag && (r.kinds & bit); });
   return row == std::end(kChunks) ? nullptr : row;
 }
 
-bool is_valid_chunk(ChunkTag tag, Payload payload, const PngContext& context) {
-  const ChunkRow* row = chunk_row(tag);
+bool stands_once(ChunkTag tag, DocumentKind kind) {
+  const ChunkRow* row = chunk_row(tag, kind);
+  return row && (row->once & kind_bit(kind));
+}
+
+ChunkPlace place_of(ChunkTag tag, DocumentKind kind) {
+  const ChunkRow* row = chunk_row(tag, kind);
+  return row ? row->place : ChunkPlace::Anywhere;
+}
+
+bool may_be_put(ChunkTag tag, DocumentKind kind) {
+  if (const ChunkRow* row = chunk_row(tag, kind)) return row->place != ChunkPlace::Fixed;
+  return kind != DocumentKind::WEBP && is_valid_tag(tag) && is_ancillary(tag) && !is_known_anywhere(tag);
+}
+
+bool is_valid_chunk(ChunkTag tag, Payload payload, const PngContext& context, DocumentKind kind) {
+  const ChunkRow* row = chunk_row(tag, kind);
   if (!row) return is_valid_tag(tag);
   return payload.size() >= row->shortest && payload.size() <= row->longest &&
          (!row->check || row->check(payload, context));

@@ -89,8 +89,7 @@ std::string disposal_lines(const EntryPlace& place) {
     case DocumentKind::WEBP:
       return format_text("\nDispose: %s", dispose_name(r.webpImage.dispose));
     case DocumentKind::MING:
-      return format_text("\nDispose: %s",
-                         dispose_name(r.flags & CRF_FRAM && r.image->framBlock.framingMode >= 3 ? 1 : 0));
+      return format_text("\nDispose: %s", dispose_name(clears_canvas(r) ? 1 : 0));
     default:
       return {};
   }

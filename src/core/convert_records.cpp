@@ -4,11 +4,9 @@
 
 #include "base/limits.h"
 #include "core/chunk_layout.h"
-#include "core/framing.h"
+#include "core/frame_layer.h"
+#include "core/loops.h"
 #include "core/new_chunk.h"
-#include "core/png_reading.h"
-#include "core/whole_canvases.h"
-#include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
 namespace vellum {
@@ -18,81 +16,18 @@ bool fail(Host& host, const char* reason, FaultKind kind = FaultKind::Misuse) {
   return host.fail({kind, 0, -1, -1, reason});
 }
 
-/// What the frames of a document have in common.
-struct Source {
-  const DocumentWindow& window;
-  std::vector<std::uint8_t> table;  ///< transparency of the document's pictures
-  std::uint32_t ticks = 1000;       ///< of an MNG, to a second
-};
-
-Source source_of(const DocumentWindow& window) {
-  Source source{window, {}};
-  ChunkRecord header, transparency;
-  if (chunk_find_first(window.list, tag::IHDR, &header) != kNoEntry &&
-      chunk_find_first(window.list, tag::tRNS, &transparency) != kNoEntry)
-    source.table = transparency_table(raw_payload(transparency), png_header_of(header));
-  if (chunk_find_first(window.list, tag::MHDR, &header) != kNoEntry) source.ticks = header.ticksPerSecond;
-  return source;
-}
-
-void put_still(const ChunkRecord&, std::vector<FrameLayer>&) {}
-
-void put_apng(const ChunkRecord& record, std::vector<FrameLayer>& frames) {
-  frames.back().dispose = std::min<std::uint32_t>(record.frameControl.dispose, 2);
-  frames.back().over = record.frameControl.blend == 1;
-}
-
-/// Framing modes 3 and 4 clear the canvas in front of the image (MNG 1.0, "FRAM").
-void put_mng(const ChunkRecord& record, std::vector<FrameLayer>& frames) {
-  frames.back().over = true;
-  const bool clears = (record.flags & CRF_FRAM) && record.image->framBlock.framingMode >= 3;
-  if (clears && frames.size() > 1) frames[frames.size() - 2].dispose = 1;
-}
-
-void put_webp(const ChunkRecord& record, std::vector<FrameLayer>& frames) {
-  frames.back().dispose = record.webpImage.dispose == 1;
-}
-
-/// How images of a kind are shown.
-struct SourceRow {
-  DocumentKind kind;
-  void (*put)(const ChunkRecord& record, std::vector<FrameLayer>& frames);  ///< the last frame's manner
-};
-
-constexpr SourceRow kSources[] = {
-    {DocumentKind::PING, put_still},
-    {DocumentKind::APNG, put_apng},
-    {DocumentKind::MING, put_mng},
-    {DocumentKind::WEBP, put_webp},
-};
-
-/// The picture in true color, its transparency as alpha: that of the image itself in an MNG, else the
-/// document's.
-Picture shown_picture(const Source& source, const ChunkRecord& record) {
-  const Picture picture = picture_of(record);
-  if (!has_rows(picture) || picture.bits() == 32) return picture;
-  std::vector<std::uint8_t> own;
-  if (source.window.document.kind == DocumentKind::MING && (record.flags & CRF_TRNS))
-    own = transparency_table(
-        std::span(record.image->trans).first(std::min<std::size_t>(record.image->transBytes, 256)),
-        png_header_of(record));
-  const auto& table = source.window.document.kind == DocumentKind::MING ? own : source.table;
-  return picture.bits() == 24 && table.empty() ? picture : PictureWithTransparency(picture, table);
-}
-
 bool gather(const DocumentWindow& window, std::vector<FrameLayer>& frames, Host& host) {
   const DocumentKind kind = window.document.kind;
-  const auto row = std::ranges::find(kSources, kind, &SourceRow::kind);
-  if (row == std::end(kSources)) return fail(host, "documents of this kind can't be converted");
-  const Source source = source_of(window);
+  const FrameSource source = frame_source_of(window);
   for (std::size_t i = 0; i < window.list.size(); ++i) {
     const ChunkRecord& record = window.list.record(i);
     if (!is_image_entry(kind, record.tag)) continue;
-    FrameLayer frame{shown_picture(source, record), frame_offset(record, kind),
-                     frame_delay_ms(record, kind, source.ticks)};
+    FrameLayer frame = frame_layer_of(source, record);
     if (!has_rows(frame.picture)) return fail(host, "an image has lost its picture");
+    // An image of an MNG that clears the canvas ends the one before.
+    if (kind == DocumentKind::MING && std::exchange(frame.dispose, 0) == 1 && !frames.empty())
+      frames.back().dispose = 1;
     frames.push_back(std::move(frame));
-    row->put(record, frames);
   }
   return !frames.empty() || fail(host, "there is no image in this document");
 }
@@ -114,8 +49,7 @@ struct Conversion {
   DocumentWindow& to;
   std::vector<FrameLayer> frames{};
   Extent canvas{};
-  bool alpha = false;     ///< a picture has 32 bits
-  bool composed = false;  ///< frames are whole canvases, each in place of the one before
+  bool alpha = false;  ///< a picture has 32 bits
 };
 
 bool append(Conversion& conversion, const ChunkRecord& record) {
@@ -149,11 +83,9 @@ bool append_png_header(Conversion& conversion) {
   return append(conversion, record);
 }
 
-/// The picture's record of this tag.
-bool image_record(const Conversion& conversion, const FrameLayer& frame, ChunkTag tag, ChunkRecord& record) {
-  NewChunkArgument argument;
-  argument.picture = frame.picture.handle();
-  return new_chunk(conversion.to, record, tag, argument);
+bool append_image(Conversion& conversion, const FrameLayer& frame) {
+  ChunkRecord record;
+  return frame_record_of(conversion.to, frame, record) && append(conversion, record);
 }
 
 // PING
@@ -161,11 +93,6 @@ bool image_record(const Conversion& conversion, const FrameLayer& frame, ChunkTa
 bool png_holds(const std::vector<FrameLayer>&, Extent) { return true; }
 
 bool png_front(Conversion& conversion) { return append_png_header(conversion) && append_texts(conversion); }
-
-bool png_image(Conversion& conversion, const FrameLayer& frame) {
-  ChunkRecord record;
-  return image_record(conversion, frame, tag::IDAT, record) && append(conversion, record);
-}
 
 bool png_back(Conversion& conversion) { return append_default(conversion, tag::IEND); }
 
@@ -186,26 +113,6 @@ bool apng_front(Conversion& conversion) {
   return append_png_header(conversion) && append(conversion, control) && append_texts(conversion);
 }
 
-/// Milliseconds as a fraction whose terms have 16 bits; the longest delays lose their last digits.
-void put_delay(FrameControl& control, std::uint32_t milliseconds) {
-  std::uint32_t per = 1000;
-  for (; milliseconds > 0xFFFF && per > 1; per /= 10) milliseconds /= 10;
-  control.delayNum = static_cast<std::uint16_t>(std::min(milliseconds, 0xFFFFu));
-  control.delayDen = static_cast<std::uint16_t>(per);
-}
-
-bool apng_image(Conversion& conversion, const FrameLayer& frame) {
-  ChunkRecord record;
-  if (!image_record(conversion, frame, tag::IDAT, record)) return false;
-  FrameControl& control = record.frameControl;
-  control.xOffset = static_cast<std::uint32_t>(frame.offset.x);
-  control.yOffset = static_cast<std::uint32_t>(frame.offset.y);
-  control.dispose = static_cast<std::uint8_t>(frame.dispose);
-  control.blend = frame.over ? 1 : 0;
-  put_delay(control, frame.delay);
-  return append(conversion, record);
-}
-
 // MING
 
 /// An MNG lays every image over what is there, or over a cleared canvas.
@@ -217,10 +124,9 @@ bool mng_holds(const std::vector<FrameLayer>& frames, Extent) {
 
 /// Plays of the animation as a LOOP around the images; none for one play.
 std::optional<std::uint32_t> loop_count(const Conversion& conversion) {
-  constexpr std::uint32_t for_ever = 0x7FFFFFFF;  // MNG 1.0, "LOOP"
   const std::uint32_t plays = document_plays(conversion.from.list, conversion.from.document);
   if (plays == 1 || conversion.frames.size() < 2) return std::nullopt;
-  return plays == 0 ? for_ever : plays;
+  return plays == 0 ? kLoopForEver : plays;
 }
 
 bool mng_front(Conversion& conversion) {
@@ -231,24 +137,6 @@ bool mng_front(Conversion& conversion) {
   const auto loops = loop_count(conversion);
   return append(conversion, header) && append_texts(conversion) &&
          (!loops || append_default(conversion, tag::LOOP, *loops));
-}
-
-bool mng_image(Conversion& conversion, const FrameLayer& frame) {
-  ChunkRecord record;
-  if (!image_record(conversion, frame, tag::PNGI, record)) return false;
-  EmbeddedImage& image = record.image.edit();
-  record.flags |= CRF_FRAM;
-  image.framBlock.framingMode = conversion.composed && conversion.alpha ? 3 : 1;
-  image.framBlock.changeDelay = 1;
-  image.framBlock.interframeDelay = to_file_order(frame.delay);  // 1000 ticks to a second
-  if (frame.offset.x != 0 || frame.offset.y != 0) {
-    record.flags |= CRF_DEFI;
-    image.defiBytes = 12;
-    image.defiBlock.concreteFlag = 1;
-    image.defiBlock.xLocation = from_file_order(frame.offset.x);
-    image.defiBlock.yLocation = from_file_order(frame.offset.y);
-  }
-  return append(conversion, record);
 }
 
 bool mng_back(Conversion& conversion) {
@@ -272,14 +160,6 @@ bool webp_front(Conversion& conversion) {
   return append(conversion, record);
 }
 
-bool webp_image(Conversion& conversion, const FrameLayer& frame) {
-  ChunkRecord record;
-  if (!image_record(conversion, frame, tag::WEBI, record)) return false;
-  record.webpImage.delay = frame.delay;
-  record.webpImage.dispose = frame.dispose == 1;
-  return append(conversion, record);
-}
-
 bool webp_back(Conversion&) { return true; }  // nothing stands behind the frames
 
 /// How a document of a kind is made from frames.
@@ -288,15 +168,14 @@ struct TargetRow {
   /// Whether the kind can express these frames as they are.
   bool (*holds)(const std::vector<FrameLayer>& frames, Extent canvas);
   bool (*front)(Conversion& conversion);
-  bool (*image)(Conversion& conversion, const FrameLayer& frame);
   bool (*back)(Conversion& conversion);
 };
 
 constexpr TargetRow kTargets[] = {
-    {DocumentKind::PING, png_holds, png_front, png_image, png_back},
-    {DocumentKind::APNG, apng_holds, apng_front, apng_image, png_back},
-    {DocumentKind::MING, mng_holds, mng_front, mng_image, mng_back},
-    {DocumentKind::WEBP, are_whole_canvases, webp_front, webp_image, webp_back},
+    {DocumentKind::PING, png_holds, png_front, png_back},
+    {DocumentKind::APNG, apng_holds, apng_front, png_back},
+    {DocumentKind::MING, mng_holds, mng_front, mng_back},
+    {DocumentKind::WEBP, are_whole_canvases, webp_front, webp_back},
 };
 
 bool prepare(Conversion& conversion, const TargetRow& target, Host& host) {
@@ -308,10 +187,9 @@ bool prepare(Conversion& conversion, const TargetRow& target, Host& host) {
   conversion.canvas = is_animation(from.document.kind) && target.kind != DocumentKind::PING
                           ? document_size(from.list, from.document)
                           : Extent{first.width(), first.height()};
-  if (!target.holds(conversion.frames, conversion.canvas)) {
-    if (!compose(conversion.frames, conversion.canvas, host)) return false;
-    conversion.composed = true;
-  }
+  if (!target.holds(conversion.frames, conversion.canvas) &&
+      !compose(conversion.frames, conversion.canvas, host))
+    return false;
   conversion.alpha =
       std::ranges::any_of(conversion.frames, [](const FrameLayer& f) { return f.picture.bits() == 32; });
   return true;
@@ -327,7 +205,7 @@ bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKi
   to.document.thumbScale = from.document.thumbScale;
   if (!prepare(conversion, *target, host)) return false;
   bool good = target->front(conversion);
-  for (const FrameLayer& frame : conversion.frames) good = good && target->image(conversion, frame);
+  for (const FrameLayer& frame : conversion.frames) good = good && append_image(conversion, frame);
   if (!good || !target->back(conversion))
     return fail(host, "the document has too many frames", FaultKind::Limit);
   chunk_list_close_change(to.list, to.document);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -46,7 +47,7 @@ struct UndoLevel {
 struct DocumentWindow {
   Document document;
   ChunkList list;
-  std::vector<UndoLevel> undoLevels;
+  std::deque<UndoLevel> undoLevels;  ///< the oldest first; see undo.h
 };
 
 /// Recomputes the header's dimensions from the frames, and the counts of frames that headers carry.

@@ -1,6 +1,9 @@
 #include "core/frame_values.h"
 
+#include <algorithm>
+
 #include "core/framing.h"
+#include "core/loops.h"
 #include "core/settings.h"
 
 namespace vellum {
@@ -57,18 +60,17 @@ std::uint32_t delay_of_fraction(std::uint32_t numerator, const FrameControl& con
   return whole_milliseconds(numerator, control.delayDen == 0 ? 100 : control.delayDen);
 }
 
-/// A LOOP that is never left, as MNG writes it.
-constexpr std::uint32_t kForEver = 0x7FFFFFFF;
+constexpr std::uint32_t kLongestWebpDelay = 0xFFFFFF;  // WebP container, "ANMF"
 
 /// MNG 1.0, "LOOP": nesting level, count; "TERM": action 3 repeats, then action after it, delay, count of
 /// repeats.
 std::uint32_t plays_of_mng(const ChunkList& list) {
-  const auto plays = [](std::uint32_t count) { return count >= kForEver ? 0 : count; };
+  const auto plays = [](std::uint32_t count) { return count >= kLoopForEver ? 0 : count; };
   const std::size_t image = chunk_find_first(list, tag::PNGI), loop = chunk_find_first(list, tag::LOOP);
   if (loop < image) return plays(payload_be32(list.record(loop), 1));
   const std::size_t end = chunk_find_first(list, tag::TERM);
   if (end == kNoEntry || payload_byte(list.record(end), 0) != 3) return 1;
-  return plays(std::min(payload_be32(list.record(end), 6), kForEver - 1) + 1);
+  return plays(std::min(payload_be32(list.record(end), 6), kLoopForEver - 1) + 1);
 }
 
 }  // namespace
@@ -90,13 +92,49 @@ std::uint32_t GetFrameDelay(const ChunkRecord& record, DocumentKind kind, std::u
 std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind) {
   if (kind == DocumentKind::WEBP) return record.webpImage.dispose;
   if (kind == DocumentKind::APNG) return record.tag == tag::IDAT ? record.frameControl.dispose : 0;
-  if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return 0;
-  const std::uint8_t mode = record.image->framBlock.framingMode;
-  return mode == 3 || mode == 4 ? 1 : 0;
+  return kind == DocumentKind::MING && clears_canvas(record) ? 1 : 0;
 }
 
-std::uint32_t document_ticks(const ChunkList& list) {
-  return list.empty() ? 1000 : std::max(list.record(0).ticksPerSecond, 1u);
+std::uint32_t ticks_per_second(const ChunkList& list) {
+  const std::size_t at = chunk_find_first(list, tag::MHDR);
+  return at == kNoEntry ? 1000 : std::max(list.record(at).ticksPerSecond, 1u);
+}
+
+void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks,
+                     std::uint32_t milliseconds) {
+  if (kind == DocumentKind::WEBP) record.webpImage.delay = std::min(milliseconds, kLongestWebpDelay);
+  if (kind == DocumentKind::APNG) {
+    std::uint32_t per = 1000;  // the longest delays lose their last digits
+    for (; milliseconds > 0xFFFF && per > 1; per /= 10) milliseconds /= 10;
+    record.frameControl.delayNum = static_cast<std::uint16_t>(std::min(milliseconds, 0xFFFFu));
+    record.frameControl.delayDen = static_cast<std::uint16_t>(per);
+  }
+  if (kind != DocumentKind::MING) return;
+  FramBlock& block = record.image.edit().framBlock;
+  if (!(record.flags & CRF_FRAM)) block.framingMode = 1;
+  record.flags |= CRF_FRAM;
+  block.changeDelay = std::max<std::uint8_t>(block.changeDelay, 1);
+  const std::uint64_t amount = (std::uint64_t{milliseconds} * ticks + 500) / 1000;
+  block.interframeDelay = to_file_order(
+      static_cast<std::uint32_t>(std::clamp<std::uint64_t>(amount, milliseconds > 0 ? 1 : 0, kLoopForEver)));
+}
+
+void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset) {
+  const auto held = [](std::int32_t value) { return static_cast<std::uint32_t>(std::max(value, 0)); };
+  if (kind == DocumentKind::APNG) {
+    record.frameControl.xOffset = held(offset.x);
+    record.frameControl.yOffset = held(offset.y);
+  } else if (kind == DocumentKind::WEBP) {
+    record.webpImage.xOffset = held(offset.x);
+    record.webpImage.yOffset = held(offset.y);
+  } else if (kind == DocumentKind::MING && ((record.flags & CRF_DEFI) || offset.x != 0 || offset.y != 0)) {
+    EmbeddedImage& image = record.image.edit();
+    if (!(record.flags & CRF_DEFI)) image.defiBlock.concreteFlag = 1;
+    record.flags |= CRF_DEFI;
+    image.defiBytes = std::max(image.defiBytes, 12u);
+    image.defiBlock.xLocation = from_file_order(offset.x);
+    image.defiBlock.yLocation = from_file_order(offset.y);
+  }
 }
 
 std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header) {

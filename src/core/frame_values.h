@@ -27,9 +27,20 @@ std::uint32_t GetFrameDelay(const ChunkRecord& record, DocumentKind kind, std::u
 /// FRAM in force has framing mode 3 or 4; APNG: of IDAT records only.
 std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind);
 
-/// Ticks of a second that the delays of an MNG are counted in: of the MHDR at the head of the list, at least
-/// 1; 1000 where the list is empty.
-std::uint32_t document_ticks(const ChunkList& list);
+/// Ticks of the MHDR to a second, at least 1; 1000 without one.
+std::uint32_t ticks_per_second(const ChunkList& list);
+
+/// The setters of both. APNG: the delay as a fraction whose terms have 16 bits. MING: in `ticks` to a second,
+/// rounded, at least 1 for a delay above 0, in the image's FRAM, which is made where it had none; the offset
+/// in its DEFI, made only for one that is not the origin. WEBP: at most 24 bits.
+void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks, std::uint32_t milliseconds);
+void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset);
+
+/// Whether the image of an MNG begins on a cleared canvas: framing modes 3 and 4 (MNG 1.0, "FRAM").
+inline bool clears_canvas(const ChunkRecord& record) {
+  const std::uint8_t mode = record.image->framBlock.framingMode;
+  return (record.flags & CRF_FRAM) && (mode == 3 || mode == 4);
+}
 
 /// A tRNS payload for a header in the form that PictureWithTransparency takes: a table by index (of levels in
 /// grey pictures), or six bytes. Empty where nothing is transparent.

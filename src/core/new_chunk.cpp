@@ -4,8 +4,10 @@
 #include <ctime>
 
 #include "base/byte_order.h"
+#include "base/text.h"
 #include "core/chunk_list.h"
 #include "core/clock.h"
+#include "core/record_picture.h"
 #include "core/settings.h"
 #include "image/builtin_palette.h"
 #include "image/picture_operations.h"
@@ -72,63 +74,35 @@ bool make_palette(const Making& making) {
 
 bool make_end(const Making&) { return true; }
 
-/// Takes the picture of the argument over; `size` is its block's.
-bool take_picture(const Making& making, Picture& picture) {
-  picture = Picture(making.argument.picture);
-  if (!picture) return false;
-  making.record.data = picture.handle();
-  making.record.size = static_cast<std::int32_t>(picture.handle().size());
-  return true;
+/// Takes the picture of the argument over.
+bool take_picture(const Making& making, DocumentKind kind) {
+  const Picture picture(making.argument.picture);
+  if (picture) record_take_picture(making.record, kind, picture);
+  return static_cast<bool>(picture);
 }
 
-void fill_frame_control(ChunkRecord& record, const Picture& picture) {
-  record.frameControl = {};
-  record.frameControl.frameWidth = picture.width();
-  record.frameControl.frameHeight = picture.height();
-  record.frameControl.delayNum = 10;
-  record.frameControl.delayDen = 1000;
+/// Ten milliseconds.
+void put_first_delay(FrameControl& control) {
+  control.delayNum = 10;
+  control.delayDen = 1000;
 }
 
 bool make_image(const Making& making) {
-  Picture picture;
-  if (!take_picture(making, picture)) return false;
-  if (making.window.document.kind == DocumentKind::APNG) fill_frame_control(making.record, picture);
-  return true;
+  const DocumentKind kind = making.window.document.kind;
+  if (kind == DocumentKind::APNG) put_first_delay(making.record.frameControl);
+  return take_picture(making, kind);
 }
 
 bool make_frame_control(const Making& making) {
-  Picture picture;
-  if (!take_picture(making, picture)) return false;
-  fill_frame_control(making.record, picture);
-  return true;
+  put_first_delay(making.record.frameControl);
+  return take_picture(making, DocumentKind::APNG);
 }
 
-bool make_mng_image(const Making& making) {
-  Picture picture;
-  if (!take_picture(making, picture)) return false;
-  ChunkRecord& record = making.record;
-  record.flags = CRF_IHDR | CRF_IDAT;
-  record.width = picture.width();
-  record.height = picture.height();
-  record.bitDepth = static_cast<std::uint8_t>(std::min(picture.bits(), 8u));
-  record.colorType = picture.bits() > 24 ? 6 : picture.bits() > 8 ? 2 : 3;
-  if (record.colorType != 3) return true;
-  EmbeddedImage& image = record.image.edit();
-  image.paletteBytes = 3 * PictureGetPalette(picture, image.palette);
-  record.flags |= CRF_PLTE;
-  return true;
-}
+bool make_mng_image(const Making& making) { return take_picture(making, DocumentKind::MING); }
 
 bool make_webp_image(const Making& making) {
-  Picture picture;
-  if (!take_picture(making, picture)) return false;
-  WebpImageFields& image = making.record.webpImage;
-  image.width = picture.width();
-  image.height = picture.height();
-  image.bitsPerPixel = picture.bits();
-  image.delay = 10;
-  image.colorType = picture.bits() == 32 ? 6 : 2;
-  return true;
+  making.record.webpImage.delay = 10;
+  return take_picture(making, DocumentKind::WEBP);
 }
 
 bool make_animation_control(const Making& making) {
@@ -144,11 +118,13 @@ bool make_gamma(const Making& making) {
 /// Spare bytes behind a new text, so that it can be typed on in place.
 constexpr std::size_t kSpareTextBytes = 16;
 
-bool make_text(const Making& making) {
-  std::string text = std::string("Comment") + '\0' + settings::ForRent;
-  return put_payload(making.record, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+bool put_text(ChunkRecord& record, std::string_view keyword, std::string_view latin1) {
+  const std::string text = std::string(keyword) + '\0' + std::string(latin1);
+  return put_payload(record, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
                      kSpareTextBytes);
 }
+
+bool make_text(const Making& making) { return put_text(making.record, "Comment", settings::ForRent); }
 
 bool make_time(const Making& making) { return making.payload(local_time_payload()); }
 
@@ -276,6 +252,20 @@ constexpr DefaultRow kDefaults[] = {
 };
 
 }  // namespace
+
+ChunkRecord text_record(std::string_view keyword, std::string_view text) {
+  const std::string latin1 = latin1_from_utf8(text.substr(0, text.find('\0')));
+  std::string lines;
+  for (std::size_t i = 0; i < latin1.size(); ++i)
+    if (latin1[i] != '\r')
+      lines += latin1[i];
+    else if (i + 1 == latin1.size() || latin1[i + 1] != '\n')
+      lines += '\n';
+  ChunkRecord record;
+  record.tag = tag::tEXt;
+  put_text(record, keyword, lines);
+  return record;
+}
 
 bool new_chunk(const DocumentWindow& window, ChunkRecord& out, ChunkTag tag,
                const NewChunkArgument& argument) {

@@ -17,4 +17,8 @@ struct NewChunkArgument {
 bool new_chunk(const DocumentWindow& window, ChunkRecord& out, ChunkTag tag,
                const NewChunkArgument& argument = {});
 
+/// A tEXt record. The keyword is Latin-1, the text UTF-8; characters that Latin-1 does not have become "?",
+/// line ends LF, and a NUL ends it.
+ChunkRecord text_record(std::string_view keyword, std::string_view text);
+
 }  // namespace vellum

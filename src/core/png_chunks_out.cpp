@@ -127,8 +127,7 @@ bool goes_out(const ChunkOut& chunk, const ChunksOutRequest& request, std::set<C
   const PngContext context{request.written.bitDepth, request.written.colorType,
                            static_cast<std::uint32_t>(request.palette.size() / 3)};
   if (!is_valid_chunk(chunk.tag, chunk.payload, context)) return false;
-  const ChunkRow* row = chunk_row(chunk.tag);
-  return !row || !row->once || seen.insert(chunk.tag).second;
+  return !stands_once(chunk.tag, request.kind) || seen.insert(chunk.tag).second;
 }
 
 /// sRGB and iCCP tell the same thing and exclude each other (PNG standard, "sRGB"); the first one stays.
@@ -154,11 +153,6 @@ std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level) {
   return {raw.begin(), raw.end()};
 }
 
-ChunkPlace place_of(ChunkTag tag) {
-  const ChunkRow* row = chunk_row(tag);
-  return row ? row->place : ChunkPlace::Anywhere;
-}
-
 std::vector<ChunkOut> chunks_out(const ChunkList& list, const ChunksOutRequest& request,
                                  std::vector<std::string>& notes) {
   std::vector<ChunkOut> out;
@@ -167,7 +161,8 @@ std::vector<ChunkOut> chunks_out(const ChunkList& list, const ChunksOutRequest& 
     const ChunkRecord& record = list.record(i);
     // Header, end and images are the writer's own; a still picture holds animation chunks as raw bytes.
     const bool raw = request.kind == DocumentKind::PING && is_animation_chunk(record.tag);
-    if (place_of(record.tag) == ChunkPlace::Fixed && !raw) continue;
+    const ChunkPlace place = place_of(record.tag, request.kind);
+    if ((place == ChunkPlace::Fixed || place == ChunkPlace::Image) && !raw) continue;
     ChunkOut chunk{record.tag, payload_of(record, request), i};
     if (repeats_color_space(chunk.tag, seen) || !goes_out(chunk, request, seen)) {
       notes.push_back(tag_letters(record.tag) + " (entry " + std::to_string(i + 1) + ") was left out");

@@ -44,7 +44,4 @@ std::vector<ChunkOut> chunks_out(const ChunkList& list, const ChunksOutRequest& 
 /// `AutoUpdateTime` is on, acTL from its fields.
 std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level);
 
-/// Whether a chunk stands in front of the PLTE, between it and the image, or may stand behind the image.
-ChunkPlace place_of(ChunkTag tag);
-
 }  // namespace vellum

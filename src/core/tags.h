@@ -71,6 +71,11 @@ constexpr bool is_image_entry(DocumentKind kind, ChunkTag tag) {
   return false;
 }
 
+/// The tag of a new image entry of this kind.
+constexpr ChunkTag image_tag(DocumentKind kind) {
+  return kind == DocumentKind::MING ? tag::PNGI : kind == DocumentKind::WEBP ? tag::WEBI : tag::IDAT;
+}
+
 /// Whether documents of this kind hold several images over time.
 constexpr bool is_animation(DocumentKind kind) {
   return kind != DocumentKind::None && kind != DocumentKind::PING;

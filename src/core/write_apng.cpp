@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/parallel.h"
+#include "core/first_frame.h"
 #include "core/frame_values.h"
 #include "core/png_reading.h"
 #include "core/png_writing.h"
@@ -78,16 +79,6 @@ bool covers_canvas(const FrameOut& image, const PngHeader& header) {
          image.picture.width() == header.width && image.picture.height() == header.height;
 }
 
-/// What stands around a first frame that does not fill the canvas: transparency, or the background color or
-/// index.
-Colour surroundings(const Saving& saving, const Picture& frame) {
-  const auto raw = raw_of(saving.window.list, tag::bKGD);
-  if (frame.bits() <= 8) return raw.size() == 1 ? raw[0] : 0;
-  if (frame.bits() == 32 || raw.size() != 6) return 0;
-  const std::size_t byte = saving.from.bitDepth == 16 ? 0 : 1;
-  return make_colour(raw[byte], raw[byte + 2], raw[byte + 4]);
-}
-
 /// The IDAT must cover the canvas. It is the kept default image, or the first frame where that does;
 /// otherwise a default image outside the animation is made from the first frame.
 bool choose_default_image(Saving& saving) {
@@ -102,7 +93,7 @@ bool choose_default_image(Saving& saving) {
     image.picture = PictureExtendCanvas(first.picture, saving.written.width, saving.written.height,
                                         static_cast<std::int32_t>(first.control->xOffset),
                                         static_cast<std::int32_t>(first.control->yOffset),
-                                        surroundings(saving, first.picture));
+                                        frame_surroundings(saving.window.list, first.picture));
     if (!image.picture) return saving.fail("memory is exhausted", FaultKind::Limit);
   }
   saving.images.insert(saving.images.begin(), std::move(image));
@@ -240,7 +231,7 @@ bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag 
 /// The rank of a chunk in front of the first image.
 int front_rank(ChunkTag tag) {
   if (is_text(tag)) return 3;
-  switch (place_of(tag)) {
+  switch (place_of(tag, DocumentKind::APNG)) {
     case ChunkPlace::BeforePalette:
       return 0;
     case ChunkPlace::AtPalette:
@@ -258,7 +249,8 @@ ChunkGroups group_chunks(std::vector<ChunkOut> chunks, const std::vector<std::si
   for (ChunkOut& chunk : chunks) {
     const auto frame =
         static_cast<std::size_t>(std::ranges::lower_bound(frames, chunk.entry) - frames.begin());
-    if (frame == 0 || front_rank(chunk.tag) < 4 || place_of(chunk.tag) == ChunkPlace::BeforeImage)
+    if (frame == 0 || front_rank(chunk.tag) < 4 ||
+        place_of(chunk.tag, DocumentKind::APNG) == ChunkPlace::BeforeImage)
       groups.front.push_back(std::move(chunk));
     else if (frame < frames.size() && is_safe_to_copy(chunk.tag))
       groups.between[frame].push_back(std::move(chunk));

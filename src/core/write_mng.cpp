@@ -9,6 +9,7 @@
 #include "core/chunk_table.h"
 #include "core/framing.h"
 #include "core/identity_comment.h"
+#include "core/loops.h"
 #include "core/png_reading.h"
 #include "core/png_writing.h"
 #include "image/png_encode.h"
@@ -109,17 +110,44 @@ bool write_optional(SafeFile& file, ChunkTag tag, std::span<const std::uint8_t> 
   return payload.empty() || write_chunk(file, tag, payload);
 }
 
-bool write_image(SafeFile& file, const ChunkRecord& record, const ImageOut& image) {
-  const EmbeddedImage& carried = *record.image;
+/// Which of the two blocks are in force where the writer stands: they hold for every later image.
+struct InForce {
+  bool framing = false, definition = false;
+};
+
+/// The blocks in front of an image: its own, or, where one of an earlier image is in force, one that says
+/// nothing.
+std::vector<std::uint8_t> framing_out(const ChunkRecord& record, InForce& force) {
+  if (record.flags & CRF_FRAM) {
+    force.framing = true;
+    return framing_payload(record.image->framBlock);
+  }
+  if (!force.framing) return {};
+  FramBlock block;
+  block.framingMode = block.changeDelay = 1;
+  return framing_payload(block);
+}
+
+std::vector<std::uint8_t> definition_out(const ChunkRecord& record, InForce& force) {
+  if (record.flags & CRF_DEFI) {
+    force.definition = true;
+    return definition_payload(record.image->defiBlock, record.image->defiBytes);
+  }
+  if (!force.definition) return {};
+  DefiBlock block;
+  block.concreteFlag = 1;
+  return definition_payload(block, 12);
+}
+
+bool write_image(SafeFile& file, const ChunkRecord& record, const ImageOut& image, InForce& force) {
   const auto palette = palette_of(record, image.form);
   const PngHeader& header = image.form.header;
   const PngContext context{header.bitDepth, header.colorType, static_cast<std::uint32_t>(palette.size() / 3)};
   const auto flagged = [&](RecordFlag flag, std::vector<std::uint8_t> payload) {
     return record.flags & flag ? payload : std::vector<std::uint8_t>();
   };
-  return write_optional(file, tag::FRAM, flagged(CRF_FRAM, framing_payload(carried.framBlock))) &&
-         write_optional(file, tag::DEFI,
-                        flagged(CRF_DEFI, definition_payload(carried.defiBlock, carried.defiBytes))) &&
+  return write_optional(file, tag::FRAM, framing_out(record, force)) &&
+         write_optional(file, tag::DEFI, definition_out(record, force)) &&
          write_chunk(file, tag::IHDR, png_header_payload(header)) &&
          write_optional(file, tag::PLTE, palette) &&
          write_optional(file, tag::bKGD, flagged(CRF_BKGD, fitted(record, tag::bKGD, context))) &&
@@ -140,11 +168,14 @@ struct Saving {
 bool write_entries(SafeFile& file, const Saving& saving) {
   auto image = saving.images.begin();
   auto other = saving.others.begin();
+  InForce force;
   for (std::size_t i = 0; i < saving.list.size(); ++i) {
     bool good = true;
     if (image != saving.images.end() && image->entry == i)
-      good = write_image(file, saving.list.record(i), *image++);
+      good = write_image(file, saving.list.record(i), *image++, force);
     else if (other != saving.others.end() && other->entry == i) {
+      force.framing |= other->tag == tag::FRAM;
+      force.definition |= other->tag == tag::DEFI;
       good = write_chunk(file, other->tag, other->payload);
       ++other;
     }
@@ -171,19 +202,6 @@ std::vector<ChunkOut> other_entries(const ChunkList& list, int compression) {
     others.push_back({record.tag, plain_payload(record, compression), i});
   }
   return others;
-}
-
-/// Loops that are not closed, or ends of loops that were not opened.
-bool loops_match(const ChunkList& list) {
-  std::vector<std::uint8_t> open;
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    const ChunkRecord& record = list.record(i);
-    if (record.tag == tag::LOOP) open.push_back(payload_byte(record, 0));
-    if (record.tag != tag::ENDL) continue;
-    if (open.empty() || open.back() != payload_byte(record, 0)) return false;
-    open.pop_back();
-  }
-  return open.empty();
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ enum Zone { kBeforePalette, kPalette, kBehindPalette, kImage, kBehindImage };
 
 /// The zone in which an entry stands in the list, moved into the nearest one that its tag may stand in.
 Zone legal_zone(ChunkTag tag, Zone natural, bool has_palette) {
-  switch (place_of(tag)) {
+  switch (place_of(tag, DocumentKind::PING)) {
     case ChunkPlace::AtPalette:
       return kPalette;
     case ChunkPlace::BeforePalette:

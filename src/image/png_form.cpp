@@ -7,29 +7,6 @@
 namespace vellum {
 namespace {
 
-/// What the pixels of a true-color picture need.
-struct Content {
-  bool grey = true;    ///< red, green and blue are the same in every pixel
-  bool opaque = true;  ///< alpha is 255 in every pixel
-};
-
-Content content_of(const Picture& picture) {
-  Content content;
-  const std::size_t bytes = picture.bits() / 8;
-  for (std::uint32_t y = 0; y < picture.height() && (content.grey || content.opaque); ++y) {
-    const std::uint8_t* row = picture.row(y);
-    unsigned differences = 0, alpha = 255;
-    for (std::size_t x = 0; x < picture.width(); ++x) {
-      const std::uint8_t* pixel = row + bytes * x;
-      differences |= static_cast<unsigned>((pixel[0] ^ pixel[1]) | (pixel[1] ^ pixel[2]));
-      if (bytes == 4) alpha &= pixel[3];
-    }
-    content.grey = content.grey && differences == 0;
-    content.opaque = content.opaque && alpha == 255;
-  }
-  return content;
-}
-
 /// The smallest of the depths 1, 2, 4, 8 that is at least `wanted` and tells `values` values apart.
 std::uint8_t depth_for(std::uint32_t values, std::uint8_t wanted) {
   std::uint8_t depth = 1;
@@ -50,7 +27,7 @@ PngHeader color_form(const Picture& picture, PngHeader wanted) {
   // True color under a paletted header is the one case whose depth says nothing about samples.
   wanted.bitDepth = wanted.bitDepth == 16 && wanted.colorType != 3 ? 16 : 8;
   if (wanted.colorType == 6 || wanted.colorType == by_bits) return wanted;
-  const Content content = content_of(picture);
+  const PictureContent content = picture_content(picture);
   const bool fits = wanted.colorType == 0   ? content.grey && content.opaque
                     : wanted.colorType == 4 ? content.grey
                                             : wanted.colorType == 2 && content.opaque;
@@ -59,6 +36,23 @@ PngHeader color_form(const Picture& picture, PngHeader wanted) {
 }
 
 }  // namespace
+
+PictureContent picture_content(const Picture& picture) {
+  PictureContent content;
+  const std::size_t bytes = picture.bits() / 8;
+  for (std::uint32_t y = 0; y < picture.height() && (content.grey || content.opaque); ++y) {
+    const std::uint8_t* row = picture.row(y);
+    unsigned differences = 0, alpha = 255;
+    for (std::size_t x = 0; x < picture.width(); ++x) {
+      const std::uint8_t* pixel = row + bytes * x;
+      differences |= static_cast<unsigned>((pixel[0] ^ pixel[1]) | (pixel[1] ^ pixel[2]));
+      if (bytes == 4) alpha &= pixel[3];
+    }
+    content.grey = content.grey && differences == 0;
+    content.opaque = content.opaque && alpha == 255;
+  }
+  return content;
+}
 
 std::uint32_t largest_index(const Picture& picture) {
   if (picture.bits() > 8) return 0;

@@ -26,6 +26,13 @@ struct PngForm {
 /// picture of the result is null only when memory is exhausted.
 PngForm png_form(const Picture& picture, const PngHeader& wanted, std::uint32_t palette_entries);
 
+/// What the pixels of a true-color picture need.
+struct PictureContent {
+  bool grey = true;    ///< red, green and blue are the same in every pixel
+  bool opaque = true;  ///< alpha is 255 in every pixel (of 32 bits)
+};
+PictureContent picture_content(const Picture& picture);
+
 /// The largest index that an indexed picture uses; 0 above 8 bits.
 std::uint32_t largest_index(const Picture& picture);
 

@@ -78,7 +78,7 @@ bool covers(const PictureRect& rect, Extent canvas) {
 ViewValues view_values(const ChunkList& list, const Document& document) {
   ViewValues values{document.kind,
                     document_size(list, document),
-                    document_ticks(list),
+                    ticks_per_second(list),
                     document_background(list, document),
                     {}};
   if (document.kind != DocumentKind::MING) values.transparency = transparency_of_document(list);

@@ -18,7 +18,7 @@ QString topic_of(ChunkTag tag) { return to_qt("CHUNK_" + tag_letters(tag)); }
 /// Whether the user wants what the values convert; the form goes back to the old color type where not.
 bool may_convert(Editing& editing, const FieldValues& values) {
   if (!converts_images(editing.window, editing.index, values)) return true;
-  const auto id = StringId::ConvertImagesQuestion;
+  const auto id = StringId::ColorTypeQuestion;
   const Message message{id, {}, std::string(string_text(id)), {}, nullptr};
   Host& host = editing.services.host;
   if (!host.ask || host.ask(message, false) == Answer::Yes) return true;

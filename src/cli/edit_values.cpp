@@ -1,0 +1,123 @@
+#include "cli/edit_values.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+#include "base/byte_order.h"
+#include "base/file.h"
+#include "base/limits.h"
+#include "base/text.h"
+#include "core/insert_chunk.h"
+#include "image/graphic_file.h"
+
+namespace vellum::cli {
+namespace {
+
+bool fail(Host& host, const std::string& reason) {
+  host.show(StringId::InsertError, {}, reason);
+  return false;
+}
+
+std::optional<std::uint32_t> number_of(std::string_view text) {
+  std::uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+bool insert_bytes(DocumentWindow& window, ChunkTag tag, std::span<const std::uint8_t> bytes, Host& host) {
+  ChunkRecord record;
+  record.tag = tag;
+  record.data = ChunkHandle::copy_of(bytes);
+  record.size = static_cast<std::int32_t>(bytes.size());
+  return insert_record(window, record, host);
+}
+
+bool insert_hex(DocumentWindow& window, ChunkTag tag, std::string_view digits, Host& host) {
+  std::vector<std::uint8_t> bytes(digits.size() / 2);
+  bool good = digits.size() % 2 == 0;
+  for (std::size_t i = 0; good && i < bytes.size(); ++i) {
+    const char* at = digits.data() + 2 * i;
+    const auto [end, error] = std::from_chars(at, at + 2, bytes[i], 16);
+    good = error == std::errc() && end == at + 2;
+  }
+  return good ? insert_bytes(window, tag, bytes, host)
+              : fail(host, "the bytes are not pairs of hexadecimal digits");
+}
+
+bool insert_file(DocumentWindow& window, ChunkTag tag, const std::string& path, Host& host) {
+  std::string reason;
+  const auto file = read_file(path, reason, kMaximumTextBytes);
+  return file ? insert_bytes(window, tag, *file, host) : fail(host, path + ": " + reason);
+}
+
+bool insert_image(DocumentWindow& window, ChunkTag, const std::string& value, Host& host) {
+  const Picture picture = GraphicFileRead(value);
+  if (picture) return insert_pictures(window, {&picture, 1}, host);
+  host.show(StringId::ErrorReadingFile, {}, value);
+  return false;
+}
+
+bool insert_text(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
+  const auto parting = value.find('=');
+  if (parting == std::string::npos) return fail(host, "a text is given as Keyword=text");
+  const std::string keyword = latin1_from_utf8(value.substr(0, parting));
+  if (!is_valid_keyword(keyword)) return fail(host, "the keyword is not valid");
+  ChunkRecord record = text_record(keyword, value.substr(parting + 1));
+  record.tag = tag;
+  return insert_record(window, record, host);
+}
+
+bool insert_gamma(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
+  double gamma = 0;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), gamma);
+  if (error != std::errc() || end != value.data() + value.size() || !(gamma >= 0.01 && gamma <= 100))
+    return fail(host, "a gamma is a number from 0.01 to 100");
+  std::uint8_t bytes[4];
+  write_be32(bytes, static_cast<std::uint32_t>(std::lround(100'000 / gamma)));
+  return insert_bytes(window, tag, bytes, host);
+}
+
+bool insert_number(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
+  NewChunkArgument argument;
+  const auto number = number_of(value);
+  if (!number || *number > 0x7FFFFFFF) return fail(host, "the value is a whole number from 0 to 2147483647");
+  argument.number = *number;
+  return insert_chunk(window, tag, argument, host);
+}
+
+bool insert_position(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
+  const auto comma = value.find(',');
+  const auto x = number_of(value.substr(0, comma));
+  const auto y = comma == std::string::npos ? std::nullopt : number_of(value.substr(comma + 1));
+  if (!x || !y || std::max(*x, *y) > 0xFFFF) return fail(host, "a position is X,Y, each from 0 to 65535");
+  NewChunkArgument argument;
+  argument.number = *x | *y << 16;
+  return insert_chunk(window, tag, argument, host);
+}
+
+struct ValueRow {
+  ChunkTag tag;
+  bool (*insert)(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host);
+};
+
+constexpr ValueRow kValues[] = {
+    {tag::IDAT, insert_image},  {tag::PNGI, insert_image},  {tag::WEBI, insert_image},
+    {tag::tEXt, insert_text},   {tag::zTXt, insert_text},   {tag::gAMA, insert_gamma},
+    {tag::LOOP, insert_number}, {tag::FRAM, insert_number}, {tag::DEFI, insert_position},
+};
+
+}  // namespace
+
+bool insert_value(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
+  if (value.empty()) return insert_chunk(window, tag, {}, host);
+  if (value.starts_with("hex:")) return insert_hex(window, tag, std::string_view(value).substr(4), host);
+  if (value.starts_with("@")) return insert_file(window, tag, value.substr(1), host);
+  const auto row = std::ranges::find(kValues, tag, &ValueRow::tag);
+  return row == std::end(kValues) ? fail(host, "the bytes of this chunk are given as hex:... or @FILE")
+                                  : row->insert(window, tag, value, host);
+}
+
+}  // namespace vellum::cli

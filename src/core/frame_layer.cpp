@@ -1,0 +1,99 @@
+#include "core/frame_layer.h"
+
+#include <algorithm>
+
+#include "core/new_chunk.h"
+#include "core/png_reading.h"
+#include "image/picture_operations.h"
+#include "image/picture_rows.h"
+
+namespace vellum {
+namespace {
+
+/// The picture in true color, its transparency as alpha: that of the image itself in an MNG, else the
+/// document's.
+Picture shown_picture(const FrameSource& source, const ChunkRecord& record) {
+  const Picture picture = picture_of(record);
+  if (!has_rows(picture) || picture.bits() == 32) return picture;
+  std::vector<std::uint8_t> own;
+  if (source.kind == DocumentKind::MING && (record.flags & CRF_TRNS))
+    own = transparency_table(
+        std::span(record.image->trans).first(std::min<std::size_t>(record.image->transBytes, 256)),
+        png_header_of(record));
+  const auto& table = source.kind == DocumentKind::MING ? own : source.table;
+  return picture.bits() == 24 && table.empty() ? picture : PictureWithTransparency(picture, table);
+}
+
+/// How images of a kind are laid on the canvas.
+void put_manner(FrameLayer& frame, const ChunkRecord& record, DocumentKind kind) {
+  if (kind == DocumentKind::APNG) {
+    frame.dispose = std::min<std::uint32_t>(record.frameControl.dispose, 2);
+    frame.over = record.frameControl.blend == 1;
+  } else if (kind == DocumentKind::MING) {
+    frame.dispose = clears_canvas(record);
+    frame.over = true;
+  } else if (kind == DocumentKind::WEBP) {
+    frame.dispose = record.webpImage.dispose == 1;
+  }
+}
+
+/// The part of the frame at offsets from 0 on; a transparent pixel where there is none.
+FrameLayer cut_at_origin(const FrameLayer& frame) {
+  if (frame.offset.x >= 0 && frame.offset.y >= 0) return frame;
+  FrameLayer cut = frame;
+  const std::int64_t left = -std::min<std::int64_t>(frame.offset.x, 0),
+                     top = -std::min<std::int64_t>(frame.offset.y, 0);
+  cut.offset = {std::max(frame.offset.x, 0), std::max(frame.offset.y, 0)};
+  const std::int64_t right = frame.picture.width(), bottom = frame.picture.height();
+  cut.picture =
+      left >= right || top >= bottom
+          ? PictureCreateAlpha(1, 1)
+          : PictureCrop(frame.picture, {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top),
+                                        static_cast<std::int32_t>(right), static_cast<std::int32_t>(bottom)});
+  return cut;
+}
+
+void put_layer(ChunkRecord& record, DocumentKind kind, const FrameLayer& frame, std::uint32_t ticks) {
+  set_frame_delay(record, kind, ticks, frame.delay);
+  set_frame_offset(record, kind, frame.offset);
+  if (kind == DocumentKind::APNG) {
+    record.frameControl.dispose = static_cast<std::uint8_t>(frame.dispose);
+    record.frameControl.blend = frame.over ? 1 : 0;
+  } else if (kind == DocumentKind::MING) {
+    // What shows through a picture in place of another is a cleared canvas.
+    const bool clears = frame.dispose == 1 || (!frame.over && frame.picture.bits() == 32);
+    record.image.edit().framBlock.framingMode = clears ? 3 : 1;
+  } else if (kind == DocumentKind::WEBP) {
+    record.webpImage.dispose = frame.dispose == 1;
+  }
+}
+
+}  // namespace
+
+FrameSource frame_source_of(const DocumentWindow& window) {
+  FrameSource source{window.document.kind, {}, ticks_per_second(window.list)};
+  ChunkRecord header, transparency;
+  if (chunk_find_first(window.list, tag::IHDR, &header) != kNoEntry &&
+      chunk_find_first(window.list, tag::tRNS, &transparency) != kNoEntry)
+    source.table = transparency_table(raw_payload(transparency), png_header_of(header));
+  return source;
+}
+
+FrameLayer frame_layer_of(const FrameSource& source, const ChunkRecord& record) {
+  FrameLayer frame{shown_picture(source, record), frame_offset(record, source.kind),
+                   frame_delay_ms(record, source.kind, source.ticks)};
+  put_manner(frame, record, source.kind);
+  return frame;
+}
+
+bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRecord& record) {
+  const DocumentKind kind = to.document.kind;
+  const FrameLayer held = kind == DocumentKind::MING ? frame : cut_at_origin(frame);
+  NewChunkArgument argument;
+  argument.picture = held.picture.handle();
+  if (!new_chunk(to, record, image_tag(kind), argument)) return false;
+  put_layer(record, kind, held, kind == DocumentKind::MING ? ticks_per_second(to.list) : 1000);
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,56 @@
+#include "core/record_picture.h"
+
+#include <algorithm>
+
+namespace vellum {
+namespace {
+
+bool same_colors(const EmbeddedImage& image, const Palette& palette, std::uint32_t bytes) {
+  return image.paletteBytes <= bytes &&
+         std::equal(palette.begin(), palette.begin() + image.paletteBytes, image.palette.begin());
+}
+
+/// The image's own palette, transparency and background, where `kept` says that the color type is the old
+/// one.
+void take_embedded(ChunkRecord& record, const Picture& picture, bool kept) {
+  Palette palette;
+  const std::uint32_t bytes = 3 * PictureGetPalette(picture, palette);
+  if (bytes != 0) kept = kept && (record.flags & CRF_PLTE) && same_colors(*record.image, palette, bytes);
+  if (!kept) record.flags &= ~std::uint32_t{CRF_TRNS | CRF_BKGD | CRF_PLTE};
+  record.flags |= CRF_IHDR | CRF_IDAT;
+  if (bytes == 0) {
+    if (record.flags & CRF_PLTE) record.image.edit().paletteBytes = 0;
+    record.flags &= ~std::uint32_t{CRF_PLTE};
+    return;
+  }
+  record.flags |= CRF_PLTE;
+  EmbeddedImage& image = record.image.edit();
+  image.palette = palette;
+  image.paletteBytes = bytes;
+}
+
+}  // namespace
+
+void record_take_picture(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
+  const std::uint8_t type = color_type_of_bits(picture.bits());
+  const bool kept = record.colorType == type;
+  record.data = picture.handle();
+  record.size = static_cast<std::int32_t>(std::min<std::size_t>(picture.handle().size(), 0x7FFFFFFF));
+  record.width = picture.width();
+  record.height = picture.height();
+  record.bitDepth = static_cast<std::uint8_t>(std::min(picture.bits(), 8u));
+  record.colorType = type;
+  if (kind == DocumentKind::APNG) {
+    record.frameControl.frameWidth = picture.width();
+    record.frameControl.frameHeight = picture.height();
+  }
+  if (kind == DocumentKind::MING) take_embedded(record, picture, kept);
+  if (kind == DocumentKind::WEBP) {
+    record.webpImage.width = picture.width();
+    record.webpImage.height = picture.height();
+    record.webpImage.bitsPerPixel = picture.bits();
+    record.webpImage.colorType = picture.bits() == 32 ? 6 : 2;
+  }
+}
+
+}  // namespace vellum

@@ -1,0 +1,17 @@
+// The picture of an image record, with every field that follows from it.
+#pragma once
+
+#include "core/chunk_record.h"
+
+namespace vellum {
+
+/// Gives the record of an image another picture: data, `size`, width, height, bitDepth (at most 8), colorType
+/// (to 8 bits 3, 24 bits 2, 32 bits 6), the size in the frame control or the WebP fields. A PNGI takes the
+/// picture's colors as its palette, and keeps its transparency and background only where they still mean the
+/// same.
+void record_take_picture(ChunkRecord& record, DocumentKind kind, const Picture& picture);
+
+/// The color type that holds a picture: to 8 bits 3, 24 bits 2, 32 bits 6.
+constexpr std::uint8_t color_type_of_bits(std::uint32_t bits) { return bits > 24 ? 6 : bits > 8 ? 2 : 3; }
+
+}  // namespace vellum
