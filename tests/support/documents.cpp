@@ -140,8 +140,11 @@ DocumentWindow small_document(DocumentKind kind, std::size_t images, std::uint8_
   new_document(window, parameters);
   settings::AddInstructionsToNew = instructions;
   Host host;
-  for (std::size_t i = 0; i < images; ++i) {
-    const Picture picture = small_picture(6, 4, color_type == 3 ? 8 : 24, static_cast<unsigned>(i));
+  const std::uint32_t bits = color_type == 3 ? 8 : color_type > 3 ? 32 : 24;
+  // The header takes the form of the first image that is inserted: one of greys has to be there before.
+  if (color_type == 0 && images > 0) add_blank_image(window);
+  for (std::size_t i = chunk_count_images(window.list, kind); i < images; ++i) {
+    const Picture picture = small_picture(6, 4, bits, static_cast<unsigned>(i));
     insert_pictures(window, {&picture, 1}, host);
   }
   window.undoLevels.clear();
