@@ -68,16 +68,25 @@ void paste_loop(Pasting& pasting, ChunkRecord record) {
   paste_plain(pasting, record);
 }
 
-/// Whether the bytes are valid for the header of this document.
+/// Whether a chunk is judged by the header and the palette: it stands in front of the images of a PNG.
+bool depends_on_header(ChunkTag tag, DocumentKind kind) {
+  return (kind_bit(kind) & kInPngs) && place_of(tag, kind) != ChunkPlace::Anywhere;
+}
+
+PngContext context_of(const ChunkList& list) {
+  const std::size_t header = chunk_find_first(list, tag::IHDR);
+  Palette palette;
+  if (header == kNoEntry) return {};
+  return {list.record(header).bitDepth, list.record(header).colorType, chunk_find_palette(list, palette)};
+}
+
+/// Whether the bytes are valid for this document. What anybody pastes by the thousand needs no look at the
+/// list.
 bool is_valid_here(const DocumentWindow& window, const ChunkRecord& record) {
-  PngContext context;
-  ChunkRecord header;
-  if (chunk_find_first(window.list, tag::IHDR, &header) != kNoEntry) {
-    Palette palette;
-    context = {header.bitDepth, header.colorType, chunk_find_palette(window.list, palette)};
-  }
+  const DocumentKind kind = window.document.kind;
+  const PngContext context = depends_on_header(record.tag, kind) ? context_of(window.list) : PngContext{};
   const auto payload = record.tag == tag::zTXt ? record.data.bytes() : raw_payload(record);
-  return is_valid_chunk(record.tag, payload, context, window.document.kind);
+  return is_valid_chunk(record.tag, payload, context, kind);
 }
 
 void paste_record(Pasting& pasting, const ChunkRecord& record) {
@@ -88,7 +97,7 @@ void paste_record(Pasting& pasting, const ChunkRecord& record) {
     return pasting.adding.refuse(StringId::PasteRefused);
   if (stands_once(record.tag, kind) && pasting.adding.insertion.has(record.tag))
     return pasting.adding.refuse(StringId::AlreadyExists);
-  if (chunk_row(record.tag, kind) && (place_of(record.tag, kind) != ChunkPlace::Anywhere)) {
+  if (depends_on_header(record.tag, kind)) {
     pasting.adding.insertion.flush();  // the header and the palette that it is judged by are in the list
     if (const auto refusal = header_refusal(window, record.tag)) return pasting.adding.refuse(*refusal);
   }
