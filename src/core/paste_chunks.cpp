@@ -123,12 +123,17 @@ bool refused(Host& host, StringId message) {
   return false;
 }
 
+/// The row becomes the caret; returns what the caret was.
+std::int32_t begin_drop(DocumentWindow& to, std::size_t row) {
+  to.document.DropInsertMark = -1;
+  return std::exchange(to.document.caret, static_cast<std::int32_t>(row));
+}
+
 /// The images of a drop, in order, until one is refused.
 bool drop_records(DocumentWindow& to, const FrameSource& source, std::span<const ChunkRecord> records,
                   std::size_t row, Host& host) {
   Adding adding(to, row + 1, host);
-  const std::int32_t caret = to.document.caret;
-  to.document.caret = static_cast<std::int32_t>(row);
+  const std::int32_t caret = begin_drop(to, row);
   for (const ChunkRecord& record : records) {
     if (!is_image_entry(source.kind, record.tag)) continue;
     const Added added =
@@ -238,7 +243,7 @@ bool drop_block(DocumentWindow& to, std::span<const std::uint8_t> bytes, std::si
 
 bool drop_pictures(DocumentWindow& to, std::span<const Picture> pictures, std::size_t row, Host& host) {
   if (!undo_push(to, host)) return false;
-  const std::int32_t caret = std::exchange(to.document.caret, static_cast<std::int32_t>(row));
+  const std::int32_t caret = begin_drop(to, row);
   Adding adding(to, row + 1, host);
   for (const Picture& picture : pictures) {
     const Added added = add_picture(adding, picture);

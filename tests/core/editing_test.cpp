@@ -560,6 +560,7 @@ TEST(Move, RowsMoveByOneWhereTheirPlaceAllowsIt) {
     EXPECT_EQ(move_rows(window, c.down, recorder.host), legal) << c.list;
     EXPECT_EQ(tags_of(window.list), legal ? c.result : c.list);
     EXPECT_EQ(recorder.messages.size(), legal ? 0u : 1u);
+    EXPECT_EQ(window.document.undoAvailable, legal);
     EXPECT_EQ(window.list.selected_count(), c.entries.size()) << "selection travels";
     if (legal) EXPECT_EQ(window.document.caret, static_cast<std::int32_t>(c.entries[0]) + (c.down ? 1 : -1));
   }
