@@ -42,12 +42,14 @@ bool moves_counted(const ChunkList& list, const Order& order, DocumentKind kind)
   return false;
 }
 
-/// Gives the list this order where it is legal. The caret goes with its entry.
-bool apply_order(DocumentWindow& window, const Order& order, Host& host) {
+/// Gives the list this order where it is legal, with an undo level where `push` wants one. The caret goes
+/// with its entry.
+bool apply_order(DocumentWindow& window, const Order& order, bool push, Host& host) {
   const DocumentKind kind = window.document.kind;
   ChunkList after = window.list;
   after.reorder(order);
   if (!is_legal(window.list, after, order, kind)) return refuse(host);
+  if (push && !undo_push(window, host)) return false;
   const bool counted = moves_counted(window.list, order, kind);
   const std::size_t caret = caret_entry(window);
   window.document.caret = static_cast<std::int32_t>(std::ranges::find(order, caret) - order.begin());
@@ -128,7 +130,7 @@ bool move_rows(DocumentWindow& window, bool down, Host& host) {
   if (window.list.empty()) return false;
   Order order = present_order(window.list.size());
   if (!shift_runs(order, moving_entries(window), down)) return refuse(host);
-  return undo_push(window, host) && apply_order(window, order, host);
+  return apply_order(window, order, true, host);
 }
 
 bool move_entry(DocumentWindow& window, std::size_t from, std::size_t to, Host& host) {
@@ -141,7 +143,7 @@ bool move_entry(DocumentWindow& window, std::size_t from, std::size_t to, Host& 
   else
     std::rotate(at(to), at(from), at(from + 1));
   window.document.caret = static_cast<std::int32_t>(from);
-  return undo_push(window, host) && apply_order(window, order, host);
+  return apply_order(window, order, true, host);
 }
 
 bool move_images(DocumentWindow& window, const MoveImages& request, Host& host) {
@@ -159,7 +161,7 @@ bool move_images(DocumentWindow& window, const MoveImages& request, Host& host) 
   const std::size_t position = *anchor + (request.before ? 0 : 1);
   if (request.copy)
     return window.document.kind == DocumentKind::PING ? refuse(host) : copy_images(window, position, moving);
-  return apply_order(window, order_with_moved(moving, position), host);
+  return apply_order(window, order_with_moved(moving, position), false, host);
 }
 
 }  // namespace vellum

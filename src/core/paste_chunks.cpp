@@ -68,16 +68,25 @@ void paste_loop(Pasting& pasting, ChunkRecord record) {
   paste_plain(pasting, record);
 }
 
-/// Whether the bytes are valid for the header of this document.
+/// Whether a chunk is judged by the header and the palette: it stands in front of the images of a PNG.
+bool depends_on_header(ChunkTag tag, DocumentKind kind) {
+  return (kind_bit(kind) & kInPngs) && place_of(tag, kind) != ChunkPlace::Anywhere;
+}
+
+PngContext context_of(const ChunkList& list) {
+  const std::size_t header = chunk_find_first(list, tag::IHDR);
+  Palette palette;
+  if (header == kNoEntry) return {};
+  return {list.record(header).bitDepth, list.record(header).colorType, chunk_find_palette(list, palette)};
+}
+
+/// Whether the bytes are valid for this document. What anybody pastes by the thousand needs no look at the
+/// list.
 bool is_valid_here(const DocumentWindow& window, const ChunkRecord& record) {
-  PngContext context;
-  ChunkRecord header;
-  if (chunk_find_first(window.list, tag::IHDR, &header) != kNoEntry) {
-    Palette palette;
-    context = {header.bitDepth, header.colorType, chunk_find_palette(window.list, palette)};
-  }
+  const DocumentKind kind = window.document.kind;
+  const PngContext context = depends_on_header(record.tag, kind) ? context_of(window.list) : PngContext{};
   const auto payload = record.tag == tag::zTXt ? record.data.bytes() : raw_payload(record);
-  return is_valid_chunk(record.tag, payload, context, window.document.kind);
+  return is_valid_chunk(record.tag, payload, context, kind);
 }
 
 void paste_record(Pasting& pasting, const ChunkRecord& record) {
@@ -88,7 +97,7 @@ void paste_record(Pasting& pasting, const ChunkRecord& record) {
     return pasting.adding.refuse(StringId::PasteRefused);
   if (stands_once(record.tag, kind) && pasting.adding.insertion.has(record.tag))
     return pasting.adding.refuse(StringId::AlreadyExists);
-  if (chunk_row(record.tag, kind) && (place_of(record.tag, kind) != ChunkPlace::Anywhere)) {
+  if (depends_on_header(record.tag, kind)) {
     pasting.adding.insertion.flush();  // the header and the palette that it is judged by are in the list
     if (const auto refusal = header_refusal(window, record.tag)) return pasting.adding.refuse(*refusal);
   }
@@ -114,12 +123,17 @@ bool refused(Host& host, StringId message) {
   return false;
 }
 
+/// The row becomes the caret; returns what the caret was.
+std::int32_t begin_drop(DocumentWindow& to, std::size_t row) {
+  to.document.DropInsertMark = -1;
+  return std::exchange(to.document.caret, static_cast<std::int32_t>(row));
+}
+
 /// The images of a drop, in order, until one is refused.
 bool drop_records(DocumentWindow& to, const FrameSource& source, std::span<const ChunkRecord> records,
                   std::size_t row, Host& host) {
   Adding adding(to, row + 1, host);
-  const std::int32_t caret = to.document.caret;
-  to.document.caret = static_cast<std::int32_t>(row);
+  const std::int32_t caret = begin_drop(to, row);
   for (const ChunkRecord& record : records) {
     if (!is_image_entry(source.kind, record.tag)) continue;
     const Added added =
@@ -229,7 +243,7 @@ bool drop_block(DocumentWindow& to, std::span<const std::uint8_t> bytes, std::si
 
 bool drop_pictures(DocumentWindow& to, std::span<const Picture> pictures, std::size_t row, Host& host) {
   if (!undo_push(to, host)) return false;
-  const std::int32_t caret = std::exchange(to.document.caret, static_cast<std::int32_t>(row));
+  const std::int32_t caret = begin_drop(to, row);
   Adding adding(to, row + 1, host);
   for (const Picture& picture : pictures) {
     const Added added = add_picture(adding, picture);

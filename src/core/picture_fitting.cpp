@@ -85,15 +85,23 @@ void put_palette(DocumentWindow& window, const Picture& picture) {
   if (static_cast<std::int64_t>(*place) <= window.document.caret) ++window.document.caret;
 }
 
-/// Removes what was made for another header, or for other colors.
-void remove_unfit(DocumentWindow& window, const PngHeader& header, bool other_meaning) {
+/// Removes what was made for the header `before`, or for other colors, and means something else now.
+void remove_unfit(DocumentWindow& window, const PngHeader& before, const PngHeader& header,
+                  bool other_colors) {
   Palette palette;
   const PngContext context{header.bitDepth, header.colorType, chunk_find_palette(window.list, palette)};
-  for (const ChunkTag tag : {tag::tRNS, tag::bKGD, tag::hIST, tag::sBIT}) {
+  const bool other_depth = before.bitDepth != header.bitDepth;
+  const bool other_samples = other_depth || (before.colorType & 3) != (header.colorType & 3);
+  const std::pair<ChunkTag, bool> means_other[] = {
+      {tag::tRNS, other_colors || other_depth || before.colorType != header.colorType},
+      {tag::bKGD, other_colors || other_samples},
+      {tag::hIST, other_colors},
+      {tag::sBIT, false},
+  };
+  for (const auto& [tag, other] : means_other) {
     const std::size_t at = chunk_find_first(window.list, tag);
     if (at == kNoEntry) continue;
-    const bool valid = is_valid_chunk(tag, raw_payload(window.list.record(at)), context);
-    if (!valid || (other_meaning && tag != tag::sBIT)) remove_entry(window, at);
+    if (other || !is_valid_chunk(tag, raw_payload(window.list.record(at)), context)) remove_entry(window, at);
   }
 }
 
@@ -130,9 +138,7 @@ void header_take_picture(DocumentWindow& window, const Picture& picture) {
   else if (record.colorType == 3 && before.colorType == 3 && colors <= 1u << before.bitDepth)
     record.bitDepth = before.bitDepth;
   store(window, at, record);
-  const bool other_meaning =
-      other_colors || before.colorType != record.colorType || before.bitDepth != record.bitDepth;
-  remove_unfit(window, png_header_of(record), other_meaning);
+  remove_unfit(window, before, png_header_of(record), other_colors);
 }
 
 void header_take_size(DocumentWindow& window, const Picture& picture) {
@@ -154,6 +160,7 @@ void PictureFitting::look_up() {
   if (kind != DocumentKind::PING && kind != DocumentKind::APNG) return;
   ChunkRecord record;
   if (chunk_find_first(window_.list, tag::IHDR, &record) != kNoEntry) header_ = png_header_of(record);
+  palette_.fill(0);
   colors_ = chunk_find_palette(window_.list, palette_);
   table_ = frame_source_of(window_).table;
 }

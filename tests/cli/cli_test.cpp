@@ -224,5 +224,102 @@ TEST_F(Tool, CommandsUseTheFileAndTheRunOverrulesIt) {
   EXPECT_EQ(vellum({"config", "get", "APNGOpen"}).output, "0\n");
 }
 
+TEST_F(Tool, NewWritesEveryKind) {
+  struct Case {
+    std::vector<std::string> options;
+    const char* name;
+    const char* rows;
+  };
+  const Case cases[] = {
+      {{"--kind", "png", "--size", "7x5", "--color", "grey", "--bits", "16"},
+       "a.png",
+       "IHDR (7 x 5, 65,536 colors)"},
+      {{"--kind", "png", "--color", "palette", "--bits", "4"}, "b.png", "PLTE (16 entries)"},
+      {{"--kind", "apng", "--color", "color-alpha", "--plays", "3"}, "c.png", "acTL (3 loops)"},
+      {{"--kind", "mng", "--size", "8x9"}, "d.mng", "LOOP #0"},
+      {{"--kind", "webp", "--size", "8x9"}, "e.webp", "WEBI"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> words = {"new", folder_ / c.name};
+    words.insert(words.end(), c.options.begin(), c.options.end());
+    EXPECT_EQ(vellum(words).status, 0) << c.name;
+    EXPECT_NE(vellum({"list", folder_ / c.name}).output.find(c.rows), std::string::npos) << c.name;
+    EXPECT_EQ(testing::objections(folder_ / c.name), "");
+  }
+  for (const std::vector<std::string>& options : {std::vector<std::string>{"--kind", "png", "--bits", "4"},
+                                                  {"--kind", "png", "--size", "0x5"},
+                                                  {"--kind", "png", "--size", "5"},
+                                                  {"--kind", "webp"},
+                                                  {"--kind", "png", "--bits", "17"},
+                                                  {}}) {
+    std::vector<std::string> words = {"new", folder_ / "no.png"};
+    words.insert(words.end(), options.begin(), options.end());
+    EXPECT_EQ(vellum(words).status, 2) << (options.empty() ? "nothing" : options.back());
+  }
+  EXPECT_FALSE(fs::exists(folder_ / "no.png"));
+}
+
+TEST_F(Tool, EditAppliesItsOperationsInTheirOrder) {
+  const fs::path out = folder_ / "out.png";
+  const auto tags = [&](const fs::path& file) {
+    std::string text;
+    const auto document = nlohmann::json::parse(vellum({"list", "--json", file}).output);
+    for (const auto& entry : document["entries"])
+      text += (text.empty() ? "" : " ") + entry["tag"].get<std::string>();
+    return text;
+  };
+  ASSERT_EQ(tags(animation()), "IHDR acTL tEXt IDAT IDAT IEND");
+  struct Case {
+    std::vector<std::string> operations;
+    const char* tags;
+  };
+  const Case cases[] = {
+      {{"--insert", "gAMA@5:2.2", "--delete", "3"}, "IHDR acTL gAMA IDAT IDAT IEND"},
+      {{"--delete", "3", "--insert", "gAMA@4:1.8"}, "IHDR acTL gAMA IDAT IDAT IEND"},
+      {{"--insert", "abCd@1:hex:00FF", "--move", "3@5"}, "IHDR acTL tEXt IDAT abCd IDAT IEND"},
+      {{"--insert", "tEXt@3:Title=a:b@c", "--move", "4@3", "--delete", "4"}, "IHDR acTL tEXt IDAT IDAT IEND"},
+      {{"--insert", "IDAT@5:" + animation().string()}, "IHDR acTL tEXt IDAT IDAT IDAT IEND"},
+      {{"--insert", "abCd@1:hex:00FF"}, "IHDR acTL tEXt abCd IDAT IDAT IEND"},
+      {{"--insert", "pHYs@5:hex:000000010000000101"}, "IHDR acTL tEXt pHYs IDAT IDAT IEND"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> words = {"edit", animation(), out};
+    words.insert(words.end(), c.operations.begin(), c.operations.end());
+    const auto result = vellum(words);
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_EQ(tags(out), c.tags) << c.operations[1];
+    EXPECT_EQ(testing::objections(out), "");
+  }
+  EXPECT_NE(vellum({"list", out}).output.find("tEXt"), std::string::npos);
+}
+
+TEST_F(Tool, EditRefusesAndWritesNothing) {
+  struct Case {
+    std::vector<std::string> operation;
+    int status;
+    const char* output;
+  };
+  const Case cases[] = {
+      {{"--delete", "1"}, 1, "The selected chunk can't be deleted."},
+      {{"--delete", "99"}, 1, "there is no entry 99"},
+      {{"--delete", "0"}, 2, "is not N"},
+      {{"--insert", "gAMA"}, 2, "is not TAG@N[:VALUE]"},
+      {{"--insert", "LOOP@1"}, 1, "There has been an error inserting this chunk."},
+      {{"--insert", "acTL@1"}, 1, "There has been an error inserting this chunk."},
+      {{"--insert", "tEXt@1:no keyword"}, 1, "Keyword=text"},
+      {{"--insert", "gAMA@1:0"}, 1, "0.01 to 100"},
+      {{"--insert", "abCd@1:hex:0"}, 1, "hexadecimal"},
+      {{"--insert", "IDAT@4:none.png"}, 1, "Error reading file"},
+      {{"--move", "1@2"}, 1, "The selected chunk can't be dropped in this location."},
+      {{"--move", "1"}, 2, "is not N@M"},
+  };
+  for (const Case& c : cases) {
+    const auto result = vellum({"edit", animation(), folder_ / "out.png", c.operation[0], c.operation[1]});
+    EXPECT_EQ(result.status, c.status) << c.operation[1];
+    EXPECT_NE(result.output.find(c.output), std::string::npos) << c.operation[1] << ": " << result.output;
+    EXPECT_FALSE(fs::exists(folder_ / "out.png"));
+  }
+}
+
 }  // namespace
 }  // namespace vellum

@@ -1,10 +1,16 @@
 #include "support/documents.h"
 
+#include <utility>
+
 #include "base/byte_order.h"
+#include "core/insert_chunk.h"
+#include "core/new_document.h"
+#include "core/settings.h"
 #include "image/chunk_stream.h"
 #include "image/deflate.h"
 #include "image/picture_operations.h"
 #include "image/png_header.h"
+#include "support/judge.h"
 
 namespace vellum::testing {
 
@@ -111,6 +117,46 @@ std::vector<Picture> images_of(const DocumentWindow& window) {
     if (is_image_entry(window.document.kind, window.list.record(i).tag))
       pictures.push_back(picture_of(window.list.record(i)));
   return pictures;
+}
+
+Picture small_picture(std::uint32_t width, std::uint32_t height, std::uint32_t bits, unsigned seed) {
+  Palette palette;
+  for (std::size_t i = 0; i < palette.size(); ++i) palette[i] = static_cast<std::uint8_t>(i * 37 + seed * 11);
+  Picture picture = PictureCreate(width, height, &palette, bits);
+  for (std::uint32_t y = 0; y < height; ++y)
+    for (std::uint32_t x = 0; x < width; ++x)
+      PicturePutPixel(picture, x, y, (x * 7919 + y * 104729 + seed * 1299709) * 2654435761u);
+  return picture;
+}
+
+DocumentWindow small_document(DocumentKind kind, std::size_t images, std::uint8_t color_type) {
+  const int instructions = std::exchange(settings::AddInstructionsToNew, 0);
+  DocumentWindow window;
+  NewDocument parameters;
+  parameters.kind = kind;
+  parameters.width = 6;
+  parameters.height = 4;
+  parameters.colorType = color_type;
+  new_document(window, parameters);
+  settings::AddInstructionsToNew = instructions;
+  Host host;
+  const std::uint32_t bits = color_type == 3 ? 8 : color_type > 3 ? 32 : 24;
+  // The header takes the form of the first image that is inserted: one of greys has to be there before.
+  if (color_type == 0 && images > 0) add_blank_image(window);
+  for (std::size_t i = chunk_count_images(window.list, kind); i < images; ++i) {
+    const Picture picture = small_picture(6, 4, bits, static_cast<unsigned>(i));
+    insert_pictures(window, {&picture, 1}, host);
+  }
+  window.undoLevels.clear();
+  window.document.undoAvailable = window.document.dirty = false;
+  return window;
+}
+
+std::string objections(const std::filesystem::path& file) {
+  std::vector<std::string> command = {"pngcheck", "-q", file};
+  if (file.extension() == ".webp") command = {"webpinfo", "-quiet", file};
+  const ToolResult judged = run_tool(command);
+  return !judged.there || judged.status == 0 ? "" : judged.output + " ";
 }
 
 }  // namespace vellum::testing

@@ -1,6 +1,7 @@
 // Documents made in code, and what tests ask of them.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -46,5 +47,12 @@ std::vector<std::uint8_t> rgba_of(const DocumentWindow& window, const Picture& p
 Picture first_image(const DocumentWindow& window);
 /// The pictures of all image entries.
 std::vector<Picture> images_of(const DocumentWindow& window);
+
+/// A picture of this depth (1, 4, 8, 24, 32) whose pixels and colors follow from `seed`.
+Picture small_picture(std::uint32_t width, std::uint32_t height, std::uint32_t bits, unsigned seed = 1);
+/// A new document of 6 x 4 with images of that size in the form of the color type, and no comment.
+DocumentWindow small_document(DocumentKind kind, std::size_t images, std::uint8_t color_type = 2);
+/// What an outside program says against a saved file; empty when it has no objection or is not installed.
+std::string objections(const std::filesystem::path& file);
 
 }  // namespace vellum::testing
