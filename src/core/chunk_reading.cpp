@@ -60,10 +60,10 @@ struct PropertyRow {
 };
 
 constexpr PropertyRow kProperties[] = {
-    {"Ancillary", 0, "no: needed to show the image", "yes: may be passed over"},
-    {"Private", 1, "no: a registered chunk", "yes: of one program"},
-    {"Reserved", 2, "no: as the standard wants it", "yes: not valid today"},
-    {"Safe to copy", 3, "no: depends on the image data", "yes: whatever else changes"},
+    {"Ancillary", 0, "no, needed to show the image", "yes, may be passed over"},
+    {"Private", 1, "no, a registered chunk", "yes, of one program"},
+    {"Reserved", 2, "no, as the standard wants it", "yes, not valid today"},
+    {"Safe to copy", 3, "no, depends on the image data", "yes, whatever else changes"},
 };
 
 }  // namespace

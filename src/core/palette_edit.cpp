@@ -36,11 +36,8 @@ void sort_by(std::vector<PaletteEntry>& entries, const Key& key) {
   std::ranges::stable_sort(entries, {}, key);
 }
 
-/// A stated text with its "%u" filled in.
-std::string numbered(StringId id, std::uint64_t number) {
-  std::string text(string_text(id));
-  if (const auto at = text.find("%u"); at != std::string::npos) text.replace(at, 2, std::to_string(number));
-  return text;
+std::string numbered(StringId id, std::size_t number) {
+  return format_text(string_text(id).data(), static_cast<unsigned>(number));
 }
 
 std::string count_fault(const PaletteEdit& edit) { return numbered(StringId::PaletteCount, edit.most); }

@@ -24,15 +24,6 @@ struct ImageOut {
   std::vector<std::uint8_t> stream;
 };
 
-std::vector<std::uint8_t> header_payload(const ChunkRecord& record) {
-  std::vector<std::uint8_t> payload(28);
-  const std::uint32_t fields[] = {record.frameWidth,       record.frameHeight, record.ticksPerSecond,
-                                  record.layerCount,       record.frameCount,  record.playTime,
-                                  record.simplicityProfile};
-  for (std::size_t i = 0; i < std::size(fields); ++i) write_be32(&payload[4 * i], fields[i]);
-  return payload;
-}
-
 // ---------------------------------------------------------------------------------------------------------
 // the images
 
@@ -167,7 +158,7 @@ bool write_file(const std::filesystem::path& path, const Saving& saving, const C
   SafeFile file(path);
   const auto comment = identity_comment(saving.list);
   const bool written =
-      file.ok() && file.write(kMngSignature) && write_chunk(file, tag::MHDR, header_payload(header)) &&
+      file.ok() && file.write(kMngSignature) && write_chunk(file, tag::MHDR, mng_header_payload(header)) &&
       (!comment || write_chunk(file, tag::tEXt, *comment)) && write_entries(file, saving) && file.commit();
   return written || host.fail({FaultKind::Limit, 0, -1, -1, file.reason()});
 }
@@ -196,6 +187,15 @@ bool loops_match(const ChunkList& list) {
 }
 
 }  // namespace
+
+std::vector<std::uint8_t> mng_header_payload(const ChunkRecord& record) {
+  std::vector<std::uint8_t> payload(28);
+  const std::uint32_t fields[] = {record.frameWidth,       record.frameHeight, record.ticksPerSecond,
+                                  record.layerCount,       record.frameCount,  record.playTime,
+                                  record.simplicityProfile};
+  for (std::size_t i = 0; i < std::size(fields); ++i) write_be32(&payload[4 * i], fields[i]);
+  return payload;
+}
 
 WriteResult write_mng(DocumentWindow& window, const std::filesystem::path& path, int compression,
                       Host& host) {

@@ -10,4 +10,7 @@ namespace vellum {
 /// any failure.
 WriteResult write_mng(DocumentWindow& window, const std::filesystem::path& path, int compression, Host& host);
 
+/// The 28 bytes of an MHDR.
+std::vector<std::uint8_t> mng_header_payload(const ChunkRecord& record);
+
 }  // namespace vellum
