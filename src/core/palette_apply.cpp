@@ -23,26 +23,27 @@ std::optional<ChunkRecord> paletted_header(const DocumentWindow& window) {
 bool is_local(const DocumentWindow& window, std::size_t index) {
   const ChunkRecord& record = window.list.record(index);
   return window.document.kind == DocumentKind::MING && record.tag == tag::PNGI &&
-         has_indices(picture_of(record));
-}
-
-std::vector<PaletteEntry> entries_of(std::span<const std::uint8_t> colors,
-                                     std::span<const std::uint8_t> alphas) {
-  std::vector<PaletteEntry> entries;
-  for (std::size_t i = 0; 3 * i + 2 < colors.size() && i < 256; ++i)
-    entries.push_back({colors[3 * i], colors[3 * i + 1], colors[3 * i + 2],
-                       i < alphas.size() ? alphas[i] : std::uint8_t{255}, static_cast<int>(i)});
-  return entries;
+         record.image->paletteBytes >= 3 && has_indices(picture_of(record));
 }
 
 std::uint32_t most_of_depth(std::uint8_t depth) { return 1u << std::min<unsigned>(depth, 8); }
+
+/// Colors beyond what a pixel can reach are left out.
+PaletteEdit edit_with(std::span<const std::uint8_t> colors, std::span<const std::uint8_t> alphas,
+                      std::uint32_t most) {
+  PaletteEdit edit{{}, most};
+  for (std::size_t i = 0; 3 * i + 2 < colors.size() && i < most; ++i)
+    edit.entries.push_back({colors[3 * i], colors[3 * i + 1], colors[3 * i + 2],
+                            i < alphas.size() ? alphas[i] : std::uint8_t{255}, static_cast<int>(i)});
+  return edit;
+}
 
 PaletteEdit local_edit(const ChunkRecord& record) {
   const EmbeddedImage& image = *record.image;
   const std::size_t bytes = std::min<std::size_t>(image.paletteBytes, image.palette.size());
   const std::size_t alphas = std::min<std::size_t>(image.transBytes, image.trans.size());
-  return {entries_of(std::span(image.palette).first(bytes), std::span(image.trans).first(alphas)),
-          most_of_depth(record.bitDepth)};
+  return edit_with(std::span(image.palette).first(bytes), std::span(image.trans).first(alphas),
+                   most_of_depth(record.bitDepth));
 }
 
 PaletteEdit global_edit(const DocumentWindow& window, std::size_t index) {
@@ -50,8 +51,8 @@ PaletteEdit global_edit(const DocumentWindow& window, std::size_t index) {
   const std::size_t trans = header ? chunk_find_first(window.list, tag::tRNS) : kNoEntry;
   const auto alphas =
       trans == kNoEntry ? std::span<const std::uint8_t>() : raw_payload(window.list.record(trans));
-  return {entries_of(raw_payload(window.list.record(index)), alphas),
-          header ? most_of_depth(header->bitDepth) : 256};
+  return edit_with(raw_payload(window.list.record(index)), alphas,
+                   header ? most_of_depth(header->bitDepth) : 256);
 }
 
 void count_indices(const Picture& picture, PaletteUsage& usage) {

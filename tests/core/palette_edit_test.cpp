@@ -118,6 +118,7 @@ TEST(PaletteEdit, TakesColorsAlphasAndTheLimitFromTheDocument) {
   EXPECT_EQ(edit.most, 16u);
   EXPECT_EQ(edit.entries[2], (PaletteEntry{0, 0, 255, 0, 2}));
   EXPECT_EQ(edit.entries[4].alpha, 255);
+  EXPECT_EQ(edit_of(document(DocumentKind::PING, 1)).entries.size(), 2u) << "no pixel reaches the others";
   EXPECT_FALSE(palette_edit_of(window, 0));
   EXPECT_FALSE(palette_edit_of(window, 99));
 }
