@@ -25,6 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!has_chunk_reading(tag, DocumentKind::MING)) return -1;
   const auto lines = chunk_reading(tag, bytes.subspan(4), DocumentKind::MING);
   check(lines.size() < 100'000);
-  for (std::size_t i = 0; i + 1 < lines.size(); ++i) check(!lines[i].name.empty() || !lines[i].value.starts_with("a damaged "));
+  for (std::size_t i = 0; i + 1 < lines.size(); ++i)
+    check(!lines[i].name.empty() || !lines[i].value.starts_with("a damaged "));
   return 0;
 }
