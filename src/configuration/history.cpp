@@ -12,6 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t kMaximumHistoryBytes = std::uint64_t{1} << 20;
+constexpr std::size_t kRecentColors = 16;
 
 bool has_line_end(const std::string& text) { return text.find_first_of("\r\n") != std::string::npos; }
 
@@ -49,6 +50,7 @@ std::size_t file_limit() {
 }
 
 std::size_t text_limit(HistoryKind kind) {
+  if (kind == HistoryKind::Colors) return kRecentColors;
   return static_cast<std::size_t>(kind == HistoryKind::Texts
                                       ? std::clamp(settings::HistoryMaximumCount, 4, 64)
                                       : std::clamp(settings::EditListMaximum, 2, 128));

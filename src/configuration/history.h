@@ -27,7 +27,8 @@ void remember_file(std::vector<RecentFile>& history, RecentFile recent);
 void forget_file(std::vector<RecentFile>& history, const std::string& path);
 
 /// What the lines of a history are: single texts, or sets of values that belong together.
-enum class HistoryKind { Texts, Values };
+/// The colors that were chosen last are 16, whatever the settings say.
+enum class HistoryKind { Texts, Values, Colors };
 
 /// The remembered texts, at most `HistoryMaximumCount` (of values `EditListMaximum`); none while
 /// `HistoryEnable` is off.

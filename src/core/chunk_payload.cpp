@@ -9,9 +9,7 @@
 
 namespace vellum {
 
-std::optional<std::vector<std::uint8_t>> chunk_payload(const DocumentWindow& window, std::size_t index) {
-  const ChunkRecord& record = window.list.record(index);
-  const DocumentKind kind = window.document.kind;
+std::optional<std::vector<std::uint8_t>> chunk_payload(const ChunkRecord& record, DocumentKind kind) {
   const bool png = kind == DocumentKind::PING || kind == DocumentKind::APNG;
   if (is_image_entry(kind, record.tag) || record.tag == tag::WEBH ||
       (kind == DocumentKind::APNG && record.tag == tag::fcTL))

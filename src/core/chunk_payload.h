@@ -1,4 +1,4 @@
-// The bytes that an entry stands for in a file.
+// The payload of an entry, as it will be written.
 #pragma once
 
 #include <optional>
@@ -8,8 +8,8 @@
 
 namespace vellum {
 
-/// The payload of an entry as it is written, texts deflated as the settings say. Empty for images and frame
-/// controls, whose data the writers make, and for the header of a WebP.
-std::optional<std::vector<std::uint8_t>> chunk_payload(const DocumentWindow& window, std::size_t index);
+/// Texts are deflated as the settings say. Nothing for images and frame controls, whose data the writers make, and
+/// for the header of a WebP.
+std::optional<std::vector<std::uint8_t>> chunk_payload(const ChunkRecord& record, DocumentKind kind);
 
 }  // namespace vellum

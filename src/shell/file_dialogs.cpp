@@ -1,5 +1,6 @@
 #include "shell/file_dialogs.h"
 
+#include <QApplication>
 #include <QFileDialog>
 #include <QStandardPaths>
 
@@ -82,6 +83,17 @@ std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveCho
     // The dialog has asked about another name than the one that would be written over.
     offered = path_text(forced);
   }
+}
+
+std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileChoice& choice) {
+  // A dialog that asks is in front of the window.
+  if (QWidget* dialog = QApplication::activeModalWidget()) parent = dialog;
+  const QString title = to_qt(choice.title), offered = path_text(choice.name),
+                filters = to_qt(choice.filters);
+  const QString name = choice.saving ? QFileDialog::getSaveFileName(parent, title, offered, filters)
+                                     : QFileDialog::getOpenFileName(parent, title, offered, filters);
+  if (name.isEmpty()) return std::nullopt;
+  return to_path(name);
 }
 
 }  // namespace vellum

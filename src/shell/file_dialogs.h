@@ -12,5 +12,6 @@ QString open_filters();
 
 std::optional<std::filesystem::path> ask_for_open(QWidget* parent);
 std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveChoice& choice);
+std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileChoice& choice);
 
 }  // namespace vellum

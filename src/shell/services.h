@@ -16,6 +16,14 @@ struct SaveChoice {
   std::filesystem::path name;  ///< offered to the user
 };
 
+/// A file that a dialog loads or writes.
+struct FileChoice {
+  std::string title;
+  std::string filters;         ///< "Text (*.txt);;All files (*)"
+  std::filesystem::path name;  ///< offered to the user; or a folder
+  bool saving = false;
+};
+
 struct Services {
   Host host;
   /// A file to open; empty when the user cancelled.
@@ -26,6 +34,8 @@ struct Services {
   std::function<bool()> shift_held;
   /// Whether an operation runs, so that no command may start.
   std::function<bool()> busy;
+  /// Empty when the user cancelled.
+  std::function<std::optional<std::filesystem::path>(const FileChoice&)> choose_file = {};
 };
 
 }  // namespace vellum

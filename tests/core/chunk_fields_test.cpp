@@ -88,7 +88,7 @@ class ChunkFields : public ::testing::Test {
   }
   std::size_t find(const DocumentWindow& window, ChunkTag tag) { return chunk_find_first(window.list, tag); }
   std::string payload(const DocumentWindow& window, ChunkTag tag) {
-    const auto bytes = chunk_payload(window, find(window, tag));
+    const auto bytes = chunk_payload(window.list.record(find(window, tag)), window.document.kind);
     return std::string(bytes->begin(), bytes->end());
   }
 

@@ -16,7 +16,7 @@ namespace vellum::testing {
 struct Answers {
   std::vector<Message> messages, questions;
   std::deque<Answer> answers;  ///< for the questions in their order; Yes when there are no more
-  std::optional<std::filesystem::path> open, save;
+  std::optional<std::filesystem::path> open, save, file;
   std::vector<SaveChoice> saveChoices;
   bool shift = false;
   bool busy = false;

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#include "core/chunk_fields.h"
+#include "shell/editors/edit_palette.h"
+#include "shell/editors/edit_transparency.h"
+#include "shell/editors/edit_unknown.h"
 #include "shell/editors/field_editor.h"
 
 namespace vellum {
@@ -18,10 +22,11 @@ constexpr DocumentKind kAny = DocumentKind::None;
 /// The first row that fits counts.
 constexpr EditorRow kEditors[] = {
     // Opaque streams of an MNG bring chunks of a PNG along as raw bytes.
-    {DocumentKind::MING, tag::IHDR, nullptr},
-    {DocumentKind::MING, tag::IEND, nullptr},
-    {DocumentKind::MING, tag::bKGD, nullptr},
-    {DocumentKind::MING, tag::tRNS, nullptr},
+    {DocumentKind::MING, tag::IHDR, edit_unknown},
+    {DocumentKind::MING, tag::IEND, edit_unknown},
+    {DocumentKind::MING, tag::PLTE, edit_unknown},
+    {DocumentKind::MING, tag::bKGD, edit_unknown},
+    {DocumentKind::MING, tag::tRNS, edit_unknown},
     {kAny, tag::IHDR, open_fields<decorate_header>},
     {DocumentKind::MING, tag::MHDR, open_fields<decorate_mng_header>},
     {DocumentKind::APNG, tag::acTL, open_fields<nullptr>},
@@ -32,7 +37,8 @@ constexpr EditorRow kEditors[] = {
     {kAny, tag::tIME, open_fields<decorate_time>},
     {kAny, tag::gAMA, open_fields<decorate_gamma>},
     {kAny, tag::bKGD, open_fields<decorate_samples>},
-    {kAny, tag::tRNS, open_fields<decorate_samples>},
+    {kAny, tag::tRNS, edit_transparency},
+    {kAny, tag::PLTE, edit_palette},
     {DocumentKind::MING, tag::BACK, open_fields<decorate_samples>},
     {DocumentKind::MING, tag::TERM, open_fields<nullptr>},
     {DocumentKind::MING, tag::LOOP, open_fields<nullptr>},
@@ -52,7 +58,15 @@ OpenEditor find_editor(DocumentKind kind, ChunkTag tag) {
   const auto row = std::ranges::find_if(kEditors, [=](const EditorRow& editor) {
     return editor.tag == tag && (editor.kind == kAny || editor.kind == kind);
   });
-  return row == std::end(kEditors) ? nullptr : row->open;
+  return row == std::end(kEditors) ? edit_unknown : row->open;
+}
+
+OpenEditor find_editor(const DocumentWindow& window, std::size_t index) {
+  const ChunkTag tag = window.list.record(index).tag;
+  const OpenEditor open = find_editor(window.document.kind, tag);
+  const bool has_values = tag == tag::IEND || tag == tag::MEND || tag == tag::PLTE || tag == tag::tRNS ||
+                          !chunk_fields(window, index).empty();
+  return has_values ? open : edit_unknown;
 }
 
 }  // namespace vellum

@@ -2,16 +2,12 @@
 
 #include <QPushButton>
 
-#include "base/text.h"
 #include "core/chunk_tip.h"
+#include "shell/editors/editor_pages.h"
 #include "shell/text.h"
 
 namespace vellum {
 namespace {
-
-QString title_of(ChunkTag tag) {
-  return to_qt(format_text(string_text(StringId::EditTitle).data(), tag_letters(tag).c_str()));
-}
 
 QString topic_of(ChunkTag tag) { return to_qt("CHUNK_" + tag_letters(tag)); }
 
@@ -39,9 +35,7 @@ bool apply_values(Editing& editing, const FieldValues& values, bool& changed) {
 void add_note(Editing& editing) {
   const std::string note = chunk_note(editing.window, editing.index);
   if (!note.empty()) editing.form.add_note(to_qt(note));
-  if (!makeRawPage) return;
-  if (QWidget* page = makeRawPage(&editing.form, editing.window, editing.index))
-    editing.form.add_page(QObject::tr("Raw"), page);
+  editing.form.add_page(QObject::tr("Raw"), make_raw_page(&editing.form, editing.window, editing.index));
 }
 
 }  // namespace
@@ -56,7 +50,7 @@ bool open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t inde
     return false;
   }
   const FieldValues values = read_chunk_fields(window, index);
-  FormDialog dialog(title_of(tag), topic_of(tag), std::move(fields), values, services.host, parent);
+  FormDialog dialog(editor_title(tag), topic_of(tag), std::move(fields), values, services.host, parent);
   Editing editing{dialog, dialog.form(), window, index, services};
   bool changed = false;
   dialog.check = [&](const FieldValues& typed) { return check_chunk_fields(window, index, typed); };

@@ -6,6 +6,7 @@
 
 #include "core/fields.h"
 #include "shell/text.h"
+#include "shell/widgets/color_dialog.h"
 
 namespace vellum {
 namespace {
@@ -17,13 +18,13 @@ QColor qt_of(Colour color, bool alpha) {
   return QColor(red_of(color), green_of(color), blue_of(color), alpha ? alpha_of(color) : 255);
 }
 
-std::optional<Colour> ask_desktop(QWidget* parent, Colour color, bool alpha) {
-  const auto options = alpha ? QColorDialog::ShowAlphaChannel : QColorDialog::ColorDialogOptions();
-  const QColor chosen = QColorDialog::getColor(qt_of(color, alpha), parent, {}, options);
+/// The program's own dialog knows no alpha; the desktop's takes its place then.
+std::optional<Colour> ask_user(QWidget* parent, Colour color, bool alpha) {
+  if (!alpha) return ask_for_color(parent, {.color = color, .picture = {}, .palette = {}, .title = {}});
+  const QColor chosen = QColorDialog::getColor(qt_of(color, alpha), parent, {}, QColorDialog::ShowAlphaChannel);
   if (!chosen.isValid()) return std::nullopt;
   const auto part = [](int value) { return static_cast<std::uint32_t>(value); };
-  return make_colour(part(chosen.red()), part(chosen.green()), part(chosen.blue()),
-                     alpha ? part(chosen.alpha()) : 0);
+  return make_colour(part(chosen.red()), part(chosen.green()), part(chosen.blue()), part(chosen.alpha()));
 }
 
 QPixmap swatch(const QColor& color, const QColor& edge, qreal ratio) {
@@ -61,7 +62,7 @@ void ColorButton::changeEvent(QEvent* event) {
 }
 
 void ColorButton::choose() {
-  const auto chosen = (chooseColor ? chooseColor : ChooseColor(ask_desktop))(this, color_, alpha_);
+  const auto chosen = (chooseColor ? chooseColor : ChooseColor(ask_user))(this, color_, alpha_);
   if (!chosen) return;
   set_color(*chosen);
   emit this->chosen();

@@ -9,8 +9,8 @@
 
 namespace vellum {
 
-/// Asks for a color, 0xAABBGGRR; alpha only where it is wanted. Nothing when the user cancelled. The program
-/// may put its own dialog here; the desktop's is used while this is empty.
+/// Asks for a color, 0xAABBGGRR; alpha only where it is wanted. Nothing when the user cancelled. A test
+/// puts its answer here; a dialog is shown while this is empty.
 using ChooseColor = std::function<std::optional<Colour>(QWidget* parent, Colour color, bool alpha)>;
 inline ChooseColor chooseColor;
 

@@ -1,0 +1,40 @@
+#include "image/palette_from_pictures.h"
+
+#include "image/picture_operations.h"
+#include "image/quantize.h"
+
+namespace vellum {
+namespace {
+
+/// A picture's colors in 24 bits, through its color table in every depth.
+Picture true_colors(const Picture& picture) {
+  return picture.bits() == 24 ? picture
+                              : PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
+}
+
+}  // namespace
+
+PaletteColors palette_from_pictures(std::span<const Picture> pictures, std::uint32_t most) {
+  PaletteColors result;
+  const std::uint32_t target = std::clamp(most, 2u, 256u);
+  if (pictures.size() == 1) {
+    // One picture with few colors keeps them as they are.
+    const Picture colors = pictures[0] ? true_colors(pictures[0]) : Picture();
+    result.count = QuantizePicture(colors, target, result.palette);
+    return result;
+  }
+  ColorOctree octree;
+  for (const Picture& picture : pictures)
+    if (picture) octree.add(true_colors(picture));
+  result.count = octree.palette(target, result.palette);
+  return result;
+}
+
+PaletteColors palette_of_picture(const Picture& picture) {
+  if (!picture || picture.bits() > 8) return palette_from_pictures({&picture, picture ? 1u : 0u}, 256);
+  PaletteColors colors;
+  colors.count = PictureGetPalette(picture, colors.palette);
+  return colors;
+}
+
+}  // namespace vellum

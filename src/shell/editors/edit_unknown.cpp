@@ -1,0 +1,187 @@
+#include "shell/editors/edit_unknown.h"
+
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSplitter>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "core/chunk_description.h"
+#include "core/chunk_reading.h"
+#include "shell/editors/editor_pages.h"
+#include "shell/style.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+constexpr ChunkTag kOwnEditors[] = {
+    tag::IHDR, tag::MHDR, tag::PLTE, tag::IDAT, tag::fdAT, tag::PNGI, tag::WEBI, tag::acTL, tag::fcTL,
+    tag::tEXt, tag::zTXt, tag::tIME, tag::gAMA, tag::tRNS, tag::bKGD, tag::BACK, tag::TERM, tag::LOOP,
+    tag::ENDL, tag::FRAM, tag::DEFI, tag::MOVE, tag::SHOW, tag::WEBH, tag::IEND, tag::MEND};
+
+constexpr int kReadingDelay = 150;  // ms behind the last key until a long payload is read again
+constexpr std::size_t kMostRead = std::size_t{4} << 20;  // bytes that are decoded while one types
+constexpr int kReadingRows = 6;
+
+/// 0 for a text that is no tag.
+ChunkTag tag_of(const QString& text) {
+  const QByteArray letters = text.toLatin1();
+  if (letters.size() != 4) return 0;
+  ChunkTag tag = 0;
+  for (const char letter : letters) tag = tag << 8 | static_cast<unsigned char>(letter);
+  return is_valid_tag(tag) ? tag : 0;
+}
+
+struct UnknownEditor {
+  UnknownEditor(QWidget* parent, DocumentKind kind, const ChunkRecord& edited, Services& using_services);
+
+  QWidget* make_page();
+  QWidget* make_head();
+  QLayout* make_files();
+  void show_reading();
+  void append();
+  void load();
+  std::string check() const;
+
+  const ChunkRecord& record;
+  DocumentKind kind;
+  Services& services;
+  QDialog dialog;
+  QLineEdit* name;
+  QLabel* properties;
+  QPlainTextEdit* reading;
+  HexPanel* bytes;
+  QTimer later;
+};
+
+UnknownEditor::UnknownEditor(QWidget* parent, DocumentKind of, const ChunkRecord& edited,
+                             Services& using_services)
+    : record(edited), kind(of), services(using_services), dialog(parent) {
+  auto* pages = new QTabWidget(&dialog);
+  pages->addTab(make_page(), QObject::tr("&Content"));
+  const auto payload = [this] {
+    const auto now = bytes->view().bytes();
+    return std::optional(std::vector<std::uint8_t>(now.begin(), now.end()));
+  };
+  pages->addTab(new RawPage(record.tag, payload), QObject::tr("&Raw"));
+  finish_editor(dialog, pages, record.tag, services, [this] { return check(); });
+  const auto content = raw_payload(record);
+  bytes->view().set_bytes({content.begin(), content.end()});
+  later.setSingleShot(true);
+  later.setInterval(kReadingDelay);
+  QObject::connect(&later, &QTimer::timeout, &dialog, [this] { show_reading(); });
+  QObject::connect(name, &QLineEdit::textChanged, &dialog, [this] { show_reading(); });
+  QObject::connect(&bytes->view(), &HexView::changed, &dialog, [this] { later.start(); });
+  show_reading();
+  bytes->view().setFocus();
+}
+
+QWidget* UnknownEditor::make_head() {
+  auto* head = new QWidget(&dialog);
+  auto* form = new QFormLayout(head);
+  form->setContentsMargins(0, 0, 0, 0);
+  name = new QLineEdit(to_qt(tag_letters(record.tag)), head);
+  name->setObjectName(QStringLiteral("tag"));
+  name->setMaxLength(4);
+  name->setFixedWidth(name->fontMetrics().horizontalAdvance(QStringLiteral("WWWWWW")));
+  properties = new QLabel(head);
+  properties->setTextFormat(Qt::PlainText);
+  form->addRow(QObject::tr("&Name"), name);
+  form->addRow(QString(), properties);
+  return head;
+}
+
+QWidget* UnknownEditor::make_page() {
+  auto* page = new QWidget(&dialog);
+  reading = new QPlainTextEdit(page);
+  reading->setReadOnly(true);
+  reading->setAccessibleName(QObject::tr("Decoded content"));
+  reading->setTabChangesFocus(true);
+  reading->setMinimumHeight(kReadingRows * reading->fontMetrics().height());
+  bytes = new HexPanel(page);
+  bytes->setObjectName(QStringLiteral("content"));
+  auto* parts = new QSplitter(Qt::Vertical, page);
+  parts->setChildrenCollapsible(false);
+  parts->addWidget(reading);
+  parts->addWidget(bytes);
+  parts->setStretchFactor(1, 1);
+  parts->setSizes({reading->minimumHeight(), bytes->sizeHint().height()});
+  auto* layout = new QVBoxLayout(page);
+  layout->setSpacing(style::kGap);
+  layout->addWidget(make_head());
+  layout->addWidget(parts, 1);
+  layout->addLayout(make_files());
+  return page;
+}
+
+QLayout* UnknownEditor::make_files() {
+  auto* row = new QHBoxLayout;
+  const auto add = [&](const QString& text, auto work) {
+    auto* button = new QPushButton(text, &dialog);
+    button->setAutoDefault(false);
+    QObject::connect(button, &QPushButton::clicked, &dialog, work);
+    row->addWidget(button);
+  };
+  add(QObject::tr("&Load..."), [this] { load(); });
+  add(QObject::tr("&Append..."), [this] { append(); });
+  add(QObject::tr("&Save..."), [this] { save_bytes(services, QObject::tr("Save"), bytes->view().bytes()); });
+  row->addStretch(1);
+  return row;
+}
+
+void UnknownEditor::load() {
+  const auto content = load_bytes(services, QObject::tr("Load"));
+  if (content && !bytes->view().replace(0, bytes->view().bytes().size(), *content))
+    services.host.show(StringId::ChunkTooLong);
+}
+
+void UnknownEditor::append() {
+  const auto content = load_bytes(services, QObject::tr("Append"));
+  if (content && !bytes->view().replace(bytes->view().bytes().size(), 0, *content))
+    services.host.show(StringId::ChunkTooLong);
+}
+
+void UnknownEditor::show_reading() {
+  const ChunkTag tag = tag_of(name->text());
+  properties->setText(tag == 0 ? text_of(StringId::ChunkNameRule) : to_qt(reading_text(tag_properties(tag))));
+  const auto content = bytes->view().bytes();
+  const bool short_enough = content.size() <= kMostRead;
+  const auto lines =
+      tag != 0 && short_enough ? chunk_reading(tag, content, kind) : std::vector<ReadingLine>();
+  reading->setVisible(tag != 0 && has_chunk_reading(tag, kind) && short_enough);
+  reading->setPlainText(to_qt(reading_text(lines)));
+}
+
+std::string UnknownEditor::check() const {
+  const ChunkTag tag = tag_of(name->text());
+  const bool allowed = tag != 0 && (tag == record.tag || !has_own_editor(tag));
+  return allowed ? std::string() : std::string(string_text(StringId::ChunkNameRule));
+}
+
+}  // namespace
+
+bool has_own_editor(ChunkTag tag) { return std::ranges::find(kOwnEditors, tag) != std::end(kOwnEditors); }
+
+bool edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
+  ChunkRecord record;
+  if (!chunk_list_get(window.list, index, record)) return false;
+  UnknownEditor editor(parent, window.document.kind, record, services);
+  if (editor.dialog.exec() != QDialog::Accepted) return false;
+  const auto content = editor.bytes->view().bytes();
+  const ChunkTag tag = tag_of(editor.name->text());
+  if (tag == record.tag && std::ranges::equal(content, raw_payload(record))) return false;
+  record.data = ChunkHandle::copy_of(content);
+  if (!record.data) {
+    services.host.show(StringId::AllocationError);
+    return false;
+  }
+  record.tag = tag;
+  record.size = static_cast<std::int32_t>(content.size());
+  record.description = chunk_description(record);
+  return chunk_list_put(window.list, index, record);
+}
+
+}  // namespace vellum

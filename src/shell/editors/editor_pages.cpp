@@ -1,0 +1,79 @@
+#include "shell/editors/editor_pages.h"
+
+#include <QDialogButtonBox>
+#include <QVBoxLayout>
+
+#include "base/file.h"
+#include "base/limits.h"
+#include "base/text.h"
+#include "core/chunk_payload.h"
+#include "shell/style.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+constexpr const char* kAnyFile = "All files (*)";
+
+std::optional<std::filesystem::path> choose(Services& services, FileChoice choice) {
+  return services.choose_file ? services.choose_file(choice) : std::nullopt;
+}
+
+}  // namespace
+
+QString editor_title(ChunkTag tag) {
+  return to_qt(format_text(string_text(StringId::EditTitle).data(), tag_letters(tag).c_str()));
+}
+
+void tell(Services& services, StringId id, std::string text, std::string more) {
+  if (services.host.message) services.host.message({id, {}, std::move(text), std::move(more), nullptr});
+}
+
+void finish_editor(QDialog& dialog, QTabWidget* pages, ChunkTag tag, Services& services,
+                   std::function<std::string()> check) {
+  dialog.setWindowTitle(editor_title(tag));
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog,
+                   [&dialog, &services, check = std::move(check)] {
+                     const std::string fault = check ? check() : std::string();
+                     fault.empty() ? dialog.accept() : tell(services, {}, fault);
+                   });
+  auto* layout = new QVBoxLayout(&dialog);
+  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
+  layout->setSpacing(style::kWideGap);
+  layout->addWidget(pages, 1);
+  layout->addWidget(buttons);
+}
+
+std::optional<std::vector<std::uint8_t>> load_bytes(Services& services, const QString& title) {
+  const auto path = choose(services, {title.toStdString(), kAnyFile, {}, false});
+  if (!path) return std::nullopt;
+  std::string reason;
+  const auto file = read_file(*path, reason, HexBuffer::kMostBytes);
+  if (!file) {
+    services.host.show(StringId::ErrorReadingFile, {}, reason);
+    return std::nullopt;
+  }
+  const std::span<const std::uint8_t> bytes = *file;
+  return std::vector<std::uint8_t>(bytes.begin(), bytes.end());
+}
+
+bool save_bytes(Services& services, const QString& title, std::span<const std::uint8_t> bytes) {
+  const auto path = choose(services, {title.toStdString(), kAnyFile, {}, true});
+  if (!path) return false;
+  SafeFile file(*path);
+  if (file.write(bytes) && file.commit()) return true;
+  services.host.show(StringId::ErrorWritingFile, {}, file.reason());
+  return false;
+}
+
+bool export_raw(const ChunkRecord& record, DocumentKind kind, Services& services) {
+  const auto payload = chunk_payload(record, kind);
+  if (payload)
+    return save_bytes(services, QObject::tr("Export %1").arg(to_qt(tag_letters(record.tag))), *payload);
+  services.host.show(StringId::RawOfImage);
+  return false;
+}
+
+}  // namespace vellum

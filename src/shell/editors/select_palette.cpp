@@ -1,0 +1,285 @@
+#include "shell/editors/select_palette.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QVBoxLayout>
+#include <unordered_map>
+
+#include "base/text.h"
+#include "configuration/operation_settings.h"
+#include "core/palette_edit.h"
+#include "core/settings.h"
+#include "image/builtin_palette.h"
+#include "image/graphic_file.h"
+#include "image/palette_from_pictures.h"
+#include "image/remap.h"
+#include "shell/picture_image.h"
+#include "shell/style.h"
+#include "shell/text.h"
+#include "shell/widgets/color_dialog.h"
+
+namespace vellum {
+namespace {
+
+enum Source { kQuantize = -1, kPaletteFile = -2, kImageFile = -3 };
+
+/// The choices in their order; `id`: a built-in palette, or a Source.
+constexpr struct {
+  StringId text;
+  int id;
+} kChoices[] = {{StringId::BuiltInPalette2, 0},
+                {StringId::BuiltInPalette16, 1},
+                {StringId::BuiltInPalette32, 2},
+                {StringId::BuiltInPalette64, 3},
+                {StringId::BuiltInPalette128, 4},
+                {StringId::BuiltInPalette256, 6},
+                {StringId::BuiltInPalette216, 5},
+                {StringId::BuiltInPalette256Grey, 7},
+                {StringId::QuantizeFromImage, kQuantize},
+                {StringId::LoadFromCmpFile, kPaletteFile},
+                {StringId::SelectFromImageFile, kImageFile}};
+
+constexpr QSize kPreview(288, 200);
+constexpr PaletteGridForm kGrid{.columns = 16, .rows = 16, .cell = 18, .frames = false};
+
+int row_of(int id) {
+  const auto row = std::ranges::find(kChoices, id, [](const auto& choice) { return choice.id; });
+  return row == std::end(kChoices) ? row_of(5) : static_cast<int>(row - std::begin(kChoices));
+}
+
+PaletteColors built_in(int id) {
+  PaletteColors colors;
+  colors.count = std::min(BuiltInPalette(&colors.palette, nullptr, id), 256u);
+  return colors;
+}
+
+PaletteColors computed(std::span<const Picture> pictures, std::uint32_t most) {
+  PaletteEdit edit;
+  palette_load(edit, palette_from_pictures(pictures, most));
+  if (settings::WidePaletteSorted != 0) palette_sort(edit, PaletteSort::Luminance, {});
+  return palette_colors(edit);
+}
+
+/// The palette's extensions with small and capital letters, as a file dialog takes them.
+QString palette_filters(bool saving) {
+  QStringList filters;
+  for (const PaletteForm& form : palette_forms()) {
+    const QString extension = to_qt(form.extension);
+    filters << QStringLiteral("%1 (*.%2 *.%3)").arg(to_qt(form.name), extension, extension.toUpper());
+  }
+  if (!saving) filters.prepend(QObject::tr("Palettes (*.cmp *.CMP *.gpl *.GPL *.pal *.PAL *.act *.ACT)"));
+  if (!saving) filters << QObject::tr("All files (*)");
+  return filters.join(QStringLiteral(";;"));
+}
+
+QString picture_filters() {
+  QStringList patterns;
+  for (const GraphicFileModule& module : graphic_file_modules())
+    patterns << QStringLiteral("*.%1 *.%2").arg(to_qt(module.extension), to_qt(module.extension).toUpper());
+  return QObject::tr("Pictures (%1)").arg(patterns.join(u' '));
+}
+
+std::optional<std::filesystem::path> choose(Services& services, FileChoice choice) {
+  return services.choose_file ? services.choose_file(choice) : std::nullopt;
+}
+
+/// Each pixel in the nearest color of the palette.
+QImage matched(QImage image, const PaletteColors& colors) {
+  image = image.convertToFormat(QImage::Format_RGB32);
+  std::unordered_map<QRgb, QRgb> known;
+  for (int y = 0; y < image.height(); ++y)
+    for (QRgb *pixel = reinterpret_cast<QRgb*>(image.scanLine(y)), *end = pixel + image.width(); pixel < end;
+         ++pixel) {
+      const auto [at, fresh] = known.try_emplace(*pixel, 0);
+      if (fresh) {
+        const std::uint32_t i = NearestPaletteIndex(
+            static_cast<std::uint32_t>(qRed(*pixel)), static_cast<std::uint32_t>(qGreen(*pixel)),
+            static_cast<std::uint32_t>(qBlue(*pixel)), colors.palette, colors.count);
+        at->second = qRgb(colors.palette[3 * i], colors.palette[3 * i + 1], colors.palette[3 * i + 2]);
+      }
+      *pixel = at->second;
+    }
+  return image;
+}
+
+struct PaletteChooser {
+  PaletteChooser(QWidget* parent, const SelectPaletteRequest& asked, Services& using_services);
+  QWidget* make_choices();
+  QWidget* make_preview();
+  void choose_row(int row);
+  void show();
+  void browse();
+  int id() const { return kChoices[std::max(list->currentRow(), 0)].id; }
+
+  const SelectPaletteRequest& request;
+  Services& services;
+  QDialog dialog;
+  QListWidget* list;
+  QSpinBox* size;
+  QPushButton* file;
+  QPushButton* ok;
+  PaletteGrid* grid;
+  QLabel* count;
+  QLabel* picture;
+  QImage source;  ///< of the preview
+  PaletteColors colors;
+};
+
+PaletteChooser::PaletteChooser(QWidget* parent, const SelectPaletteRequest& asked, Services& using_services)
+    : request(asked), services(using_services), dialog(parent) {
+  dialog.setWindowTitle(QObject::tr("Select Palette"));
+  if (request.preview) {
+    const QSize whole(static_cast<int>(request.preview.width()), static_cast<int>(request.preview.height()));
+    const bool fits = whole.width() <= kPreview.width() && whole.height() <= kPreview.height();
+    source = scaled_image(request.preview,
+                          fits ? whole : whole.scaled(kPreview, Qt::KeepAspectRatio).expandedTo({1, 1}));
+  }
+  auto* row = new QHBoxLayout;
+  row->setSpacing(style::kWideGap);
+  row->addWidget(make_choices());
+  row->addWidget(make_preview());
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+  ok = buttons->button(QDialogButtonBox::Ok);
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  auto* layout = new QVBoxLayout(&dialog);
+  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
+  layout->setSpacing(style::kWideGap);
+  layout->addLayout(row, 1);
+  layout->addWidget(buttons);
+  QObject::connect(list, &QListWidget::currentRowChanged, &dialog, [this](int now) { choose_row(now); });
+  QObject::connect(size, &QSpinBox::valueChanged, &dialog, [this] { choose_row(list->currentRow()); });
+  QObject::connect(file, &QPushButton::clicked, &dialog, [this] { browse(); });
+  list->setCurrentRow(row_of(settings::DefaultPalette));
+}
+
+QWidget* PaletteChooser::make_choices() {
+  auto* side = new QWidget(&dialog);
+  list = new QListWidget(side);
+  list->setAccessibleName(QObject::tr("Palettes"));
+  for (const auto& choice : kChoices) list->addItem(text_of(choice.text));
+  if (request.pictures.empty()) list->item(row_of(kQuantize))->setFlags(Qt::NoItemFlags);
+  list->setMinimumSize(list->sizeHintForColumn(0) + 2 * style::kWideGap,
+                       static_cast<int>(std::size(kChoices)) * list->sizeHintForRow(0) + style::kGap);
+  size = new QSpinBox(side);
+  size->setRange(2, 256);
+  size->setValue(std::clamp(settings::WidePaletteSize, 2, 256));
+  file = new QPushButton(QObject::tr("Choose &file..."), side);
+  file->setAutoDefault(false);
+  auto* form = new QFormLayout;
+  form->addRow(QObject::tr("&Colors to compute"), size);
+  auto* layout = new QVBoxLayout(side);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(style::kGap);
+  layout->addWidget(list, 1);
+  layout->addLayout(form);
+  layout->addWidget(file);
+  return side;
+}
+
+QWidget* PaletteChooser::make_preview() {
+  auto* side = new QWidget(&dialog);
+  count = new QLabel(side);
+  grid = new PaletteGrid(kGrid, side);
+  picture = new QLabel(side);
+  picture->setAlignment(Qt::AlignCenter);
+  picture->setMinimumSize(source.isNull() ? QSize() : kPreview);
+  picture->setAccessibleName(QObject::tr("Preview"));
+  auto* layout = new QVBoxLayout(side);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(style::kGap);
+  layout->addWidget(count);
+  layout->addWidget(grid);
+  layout->addWidget(picture, 1);
+  return side;
+}
+
+void PaletteChooser::choose_row(int) {
+  size->setEnabled(id() == kQuantize);
+  file->setEnabled(id() == kPaletteFile || id() == kImageFile);
+  colors = {};
+  if (id() >= 0) colors = built_in(id());
+  if (id() == kQuantize) colors = computed(request.pictures, static_cast<std::uint32_t>(size->value()));
+  const std::filesystem::path kept(settings::ColourTableFile);
+  std::string reason;
+  if (id() == kPaletteFile && !kept.empty())
+    if (const auto read = read_palette_file(kept, reason)) colors = *read;
+  show();
+}
+
+void PaletteChooser::browse() {
+  const bool picture_file = id() == kImageFile;
+  const QString filters = picture_file ? picture_filters() : palette_filters(false);
+  const auto path = choose(services, {QObject::tr("Select Palette").toStdString(), filters.toStdString(),
+                                      settings::ColourTableFile, false});
+  if (!path) return;
+  const auto read = load_palette(*path, services);
+  if (!read) return;
+  colors = *read;
+  if (!picture_file) settings::ColourTableFile = path->string();
+  show();
+}
+
+void PaletteChooser::show() {
+  grid->set_cells(palette_cells(colors));
+  QString text = QObject::tr("%1 colors").arg(colors.count);
+  if (colors.count > request.most) text += QObject::tr(", of which the first %1 fit").arg(request.most);
+  count->setText(colors.count == 0 ? QObject::tr("Choose a file") : text);
+  ok->setEnabled(colors.count > 0);
+  if (source.isNull()) return;
+  picture->setPixmap(QPixmap::fromImage(colors.count == 0 ? source : matched(source, colors)));
+}
+
+}  // namespace
+
+std::optional<PaletteColors> load_palette(const std::filesystem::path& path, Services& services) {
+  std::string reason;
+  auto colors = read_palette_file(path, reason);
+  if (!colors && GraphicFileType(path.string()) != kNoGraphicFile) {
+    const Picture picture = GraphicFileRead(path.string());
+    if (!picture) {
+      services.host.show(StringId::ErrorReadingFile);
+      return std::nullopt;
+    }
+    colors = palette_of_picture(picture);
+  }
+  if (!reason.empty() && !colors)
+    services.host.show(StringId::ErrorReadingFile, {}, reason);
+  else if (!colors || colors->count == 0)
+    services.host.show(StringId::NoPaletteInFile);
+  if (colors && colors->count == 0) colors.reset();
+  return colors;
+}
+
+std::optional<PaletteColors> choose_palette_file(Services& services) {
+  const auto path =
+      choose(services, {QObject::tr("Load palette").toStdString(), palette_filters(false).toStdString(),
+                        settings::ColourTableFile, false});
+  if (!path) return std::nullopt;
+  auto colors = load_palette(*path, services);
+  if (colors) settings::ColourTableFile = path->string();
+  return colors;
+}
+
+void save_palette_file(Services& services, const PaletteColors& colors) {
+  const auto path = choose(services, {QObject::tr("Save palette").toStdString(),
+                                      palette_filters(true).toStdString(), settings::ColourTableFile, true});
+  std::string reason;
+  if (!path || write_palette_file(*path, colors, reason)) return;
+  services.host.show(StringId::ErrorWritingFile, {}, reason);
+}
+
+std::optional<PaletteColors> select_palette(QWidget* parent, const SelectPaletteRequest& request,
+                                            Services& services) {
+  PaletteChooser chooser(parent, request, services);
+  if (chooser.dialog.exec() != QDialog::Accepted || chooser.colors.count == 0) return std::nullopt;
+  if (chooser.id() == kQuantize) settings::WidePaletteSize = chooser.size->value();
+  return chooser.colors;
+}
+
+}  // namespace vellum

@@ -1,0 +1,30 @@
+// The Select Palette dialog: built-in palettes, one computed from images, one from a file.
+#pragma once
+
+#include <QWidget>
+
+#include "image/palette_file.h"
+#include "shell/services.h"
+
+namespace vellum {
+
+struct SelectPaletteRequest {
+  std::vector<Picture> pictures;  ///< that a palette is computed from; may be empty
+  Picture preview;                ///< shown with the chosen colors; may be null
+  std::uint32_t most = 256;       ///< colors that can be used
+};
+
+/// Nothing when the user cancelled.
+std::optional<PaletteColors> select_palette(QWidget* parent, const SelectPaletteRequest& request,
+                                            Services& services);
+
+/// The colors of a file of palettes or, failing that, of a picture. Nothing, after the user was told, when
+/// there are none.
+std::optional<PaletteColors> load_palette(const std::filesystem::path& path, Services& services);
+
+/// Asks for a palette file and reads it. Nothing when the user cancelled or was told why there is none.
+std::optional<PaletteColors> choose_palette_file(Services& services);
+/// Asks for a name and writes the colors.
+void save_palette_file(Services& services, const PaletteColors& colors);
+
+}  // namespace vellum
