@@ -272,5 +272,26 @@ TEST_F(Mng, AnImageGoesOutInTheFormOfItsHeader) {
       << tags << ": a grey image has no palette";
 }
 
+TEST_F(Mng, AnImageDoesNotInheritTheBlocksOfAnother) {
+  DocumentWindow window = testing::small_document(DocumentKind::MING, 2), again;
+  const std::size_t first = chunk_find_first(window.list, tag::PNGI);
+  ChunkRecord record;
+  chunk_list_get(window.list, first, record);
+  set_frame_offset(record, DocumentKind::MING, {5, 3});
+  chunk_list_put(window.list, first, record);
+  chunk_list_get(window.list, first + 1, record);
+  record.flags &= ~std::uint32_t{CRF_FRAM};
+  chunk_list_put(window.list, first + 1, record);
+  saved(window);
+  ASSERT_TRUE(open_document(again, file_, recorder_.host));
+  std::vector<std::uint32_t> values;
+  for (std::size_t i = 0; i < again.list.size(); ++i)
+    if (again.list.record(i).tag == tag::PNGI) {
+      values.push_back(frame_delay_ms(again.list.record(i), DocumentKind::MING, 1000));
+      values.push_back(static_cast<std::uint32_t>(frame_offset(again.list.record(i), DocumentKind::MING).x));
+    }
+  EXPECT_EQ(values, (std::vector<std::uint32_t>{100, 5, 0, 0}));
+}
+
 }  // namespace
 }  // namespace vellum
