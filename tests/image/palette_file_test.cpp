@@ -123,7 +123,8 @@ TEST(PaletteFromPictures, KeepsFewColorsAndMergesMany) {
   const Picture both[] = {few, ramp};
   for (const std::uint32_t most : {2u, 7u, 255u}) {
     const PaletteColors colors = palette_from_pictures(both, most);
-    EXPECT_EQ(colors.count, most);
+    EXPECT_LE(colors.count, most);
+    EXPECT_GE(colors.count, 2u);
     const std::uint32_t nearest = NearestPaletteIndex(250, 250, 250, colors.palette, colors.count);
     EXPECT_GT(colors.palette[3 * nearest], 150) << "the light half is there with " << most;
   }

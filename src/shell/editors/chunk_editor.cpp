@@ -58,13 +58,15 @@ OpenEditor find_editor(DocumentKind kind, ChunkTag tag) {
   const auto row = std::ranges::find_if(kEditors, [=](const EditorRow& editor) {
     return editor.tag == tag && (editor.kind == kAny || editor.kind == kind);
   });
-  return row == std::end(kEditors) ? edit_unknown : row->open;
+  if (row != std::end(kEditors)) return row->open;
+  return is_image_entry(kind, tag) ? nullptr : edit_unknown;
 }
 
 OpenEditor find_editor(const DocumentWindow& window, std::size_t index) {
   const ChunkTag tag = window.list.record(index).tag;
   const OpenEditor open = find_editor(window.document.kind, tag);
-  const bool has_values = tag == tag::IEND || tag == tag::MEND || tag == tag::PLTE || tag == tag::tRNS ||
+  const bool image = is_image_entry(window.document.kind, tag);
+  const bool has_values = image || tag == tag::IEND || tag == tag::MEND || tag == tag::PLTE || tag == tag::tRNS ||
                           !chunk_fields(window, index).empty();
   return has_values ? open : edit_unknown;
 }

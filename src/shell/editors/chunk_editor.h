@@ -12,7 +12,8 @@ namespace vellum {
 /// taken the undo level before, and makes the calls that close a change after.
 using OpenEditor = bool (*)(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services);
 
-/// The editor of a tag in a kind of document; its bytes are edited where it has none of its own.
+/// The editor of a tag in a kind of document; its bytes are edited where it has none of its own. Null
+/// for images.
 OpenEditor find_editor(DocumentKind kind, ChunkTag tag);
 /// The editor of an entry: of its tag, or of its bytes where the content is laid out as its tag does not know.
 OpenEditor find_editor(const DocumentWindow& window, std::size_t index);

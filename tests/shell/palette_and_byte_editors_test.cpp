@@ -67,9 +67,9 @@ std::string payload_of(const DocumentWindow& window, std::size_t index) {
   return {bytes.begin(), bytes.end()};
 }
 
-class EditorTest : public ::testing::Test {
+class PaletteAndByteEditors : public ::testing::Test {
  protected:
-  EditorTest() : services_(answers_.services()) {}
+  PaletteAndByteEditors() : services_(answers_.services()) {}
 
   /// Does something in the next dialog that opens, and then presses one of its buttons.
   static void in_dialog(std::function<void(QDialog&)> work,
@@ -95,7 +95,7 @@ class EditorTest : public ::testing::Test {
   SettingsGuard guard_;
 };
 
-TEST_F(EditorTest, ThePaletteEditorReversesSortsAndRefuses) {
+TEST_F(PaletteAndByteEditors, ThePaletteEditorReversesSortsAndRefuses) {
   DocumentWindow window = paletted_document();
   in_dialog([](QDialog& d) { EXPECT_EQ(d.windowTitle(), "Edit PLTE"); });
   EXPECT_FALSE(edit_palette(nullptr, window, 1, services_)) << "nothing was changed";
@@ -123,7 +123,7 @@ TEST_F(EditorTest, ThePaletteEditorReversesSortsAndRefuses) {
   EXPECT_EQ(answers_.messages.back().id, StringId::ErrorAccessingChunk);
 }
 
-TEST_F(EditorTest, ThePaletteEditorLoadsSavesAndDrags) {
+TEST_F(PaletteAndByteEditors, ThePaletteEditorLoadsSavesAndDrags) {
   DocumentWindow window = paletted_document();
   const auto file = folder_ / "colors.gpl";
   answers_.file = file;
@@ -147,7 +147,7 @@ TEST_F(EditorTest, ThePaletteEditorLoadsSavesAndDrags) {
   EXPECT_EQ(answers_.messages.back().text, "This file holds no palette.");
 }
 
-TEST_F(EditorTest, SelectPaletteGivesWhatItShows) {
+TEST_F(PaletteAndByteEditors, SelectPaletteGivesWhatItShows) {
   Picture picture = sample_picture(8, 8, 24);
   const auto select = [&](std::function<void(QDialog&)> work) {
     in_dialog(std::move(work));
@@ -182,7 +182,7 @@ TEST_F(EditorTest, SelectPaletteGivesWhatItShows) {
   EXPECT_EQ(from_picture->palette[4], 5);
 }
 
-TEST_F(EditorTest, TheTransparencyEditorSetsAlphas) {
+TEST_F(PaletteAndByteEditors, TheTransparencyEditorSetsAlphas) {
   DocumentWindow window = paletted_document();
   in_dialog([](QDialog& d) {
     auto* grid = d.findChild<PaletteGrid*>();
@@ -201,7 +201,7 @@ TEST_F(EditorTest, TheTransparencyEditorSetsAlphas) {
   EXPECT_EQ(payload_of(window, 2), "\xFF") << "one entry stays";
 }
 
-TEST_F(EditorTest, TheTransparentColorIsPickedAtTheHeadersDepth) {
+TEST_F(PaletteAndByteEditors, TheTransparentColorIsPickedAtTheHeadersDepth) {
   for (const auto& [depth, type, expected] : {std::tuple{8, 2, std::string("\0\x0A\0\x14\0\x1E", 6)},
                                               {16, 2, std::string("\x0A\x0A\x14\x14\x1E\x1E", 6)}}) {
     DocumentWindow window;
@@ -223,7 +223,7 @@ TEST_F(EditorTest, TheTransparentColorIsPickedAtTheHeadersDepth) {
   }
 }
 
-TEST_F(EditorTest, TransparencyIsRefusedWhereItCanNotBe) {
+TEST_F(PaletteAndByteEditors, TransparencyIsRefusedWhereItCanNotBe) {
   DocumentWindow window = paletted_document();
   chunk_list_put(window.list, 0, header(8, 6));
   EXPECT_FALSE(edit_transparency(nullptr, window, 2, services_));
@@ -234,7 +234,7 @@ TEST_F(EditorTest, TransparencyIsRefusedWhereItCanNotBe) {
   EXPECT_EQ(answers_.messages.back().text, "There is no palette in this document.");
 }
 
-TEST_F(EditorTest, UnknownChunksAreReadRenamedAndFilled) {
+TEST_F(PaletteAndByteEditors, UnknownChunksAreReadRenamedAndFilled) {
   DocumentWindow window = paletted_document();
   in_dialog([](QDialog& d) {
     EXPECT_TRUE(d.findChild<QPlainTextEdit*>()->toPlainText().startsWith("Horizontal: 2835 per meter"));
@@ -266,7 +266,7 @@ TEST_F(EditorTest, UnknownChunksAreReadRenamedAndFilled) {
   EXPECT_EQ(window.list.record(4).description, "UNKNOWN? prVt");
 }
 
-TEST_F(EditorTest, RawPayloadsAreShownAndExportedAsTheyAreWritten) {
+TEST_F(PaletteAndByteEditors, RawPayloadsAreShownAndExportedAsTheyAreWritten) {
   DocumentWindow window = paletted_document();
   RawPage page(tag::PLTE, [&] { return std::optional(std::vector<std::uint8_t>{1, 2, 3}); });
   page.show();
