@@ -17,6 +17,7 @@
 #include "core/chunk_layout.h"
 #include "core/new_chunk.h"
 #include "core/new_document.h"
+#include "core/save_document.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "shell/clipboard.h"
@@ -631,6 +632,11 @@ TEST_F(DropTest, FilesBecomeFramesOfAnAnimationAndAreOpenedElsewhere) {
   DocumentFrame& frame = add_with_images(DocumentKind::WEBP, 1);
   EXPECT_TRUE(drop(frame, files, 0));
   EXPECT_EQ(tags(frame), "WEBH WEBI WEBI WEBI");
+  DocumentFrame& mng = add_with_images(DocumentKind::MING, 3);
+  ASSERT_TRUE(save_document(mng.content(), folder_ / "walk.mng", main_.services().host));
+  files.setUrls({url(folder_ / "walk.mng")});
+  EXPECT_TRUE(drop(frame, files, 3));
+  EXPECT_EQ(tags(frame), "WEBH WEBI WEBI WEBI WEBI") << "an animation brings its first frame";
   EXPECT_TRUE(answers_.questions.empty());
   files.setUrls({url(bad)});
   frame.document().dirty = false;
