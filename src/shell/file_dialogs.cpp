@@ -1,6 +1,8 @@
 #include "shell/file_dialogs.h"
 
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 #include "configuration/shell_settings.h"
@@ -39,9 +41,12 @@ QString start_folder() {
   return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
 
+/// A folder that is there: the dialog takes another one's name for a file.
 QString pictures_folder() {
-  if (!settings::OpenImportPath.empty()) return to_qt(settings::OpenImportPath);
-  return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  const QString last = to_qt(settings::OpenImportPath);
+  if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
+  const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
 }
 
 std::filesystem::path remember_folder(const QString& name) {

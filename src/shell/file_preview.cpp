@@ -15,6 +15,7 @@
 namespace vellum {
 namespace {
 
+constexpr QSize kDialogSize(860, 480);
 constexpr int kPictureSize = 180;                  // device-independent pixels
 constexpr int kDelay = 80;                         // ms: arrow keys run past files
 constexpr std::uint64_t kMostPixels = 50'000'000;  // larger pictures are told about and not shown
@@ -82,6 +83,7 @@ void add_file_preview(QFileDialog& dialog) {
   if (!layout) return;
   auto* preview = new FilePreview(&dialog);
   layout->addWidget(preview, 0, layout->columnCount(), layout->rowCount(), 1);
+  dialog.resize(dialog.sizeHint().expandedTo(kDialogSize));
   QObject::connect(&dialog, &QFileDialog::currentChanged, preview,
                    [preview](const QString& name) { preview->show_later(name); });
 }

@@ -1,5 +1,6 @@
 #include "shell/main_window.h"
 
+#include <QApplication>
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
@@ -126,7 +127,7 @@ void MainWindow::connect_list(DocumentFrame& frame) {
     if (!services_.busy()) drag_rows(frame);
   });
   list.may_drop = [this, &frame](const QMimeData& dragged) {
-    return !services_.busy() && may_drop_on(frame, dragged);
+    return !services_.busy() && !QApplication::activeModalWidget() && may_drop_on(frame, dragged);
   };
   list.drop = [this, &frame](const QMimeData& dropped, std::size_t row) {
     drop_on(*this, frame, dropped, row);
@@ -279,7 +280,8 @@ void MainWindow::fill_window_list() {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (services_.busy() || dragged_files(*event->mimeData()).empty()) return;
+  if (services_.busy() || QApplication::activeModalWidget() || dragged_files(*event->mimeData()).empty())
+    return;
   area_.empty_state().set_inviting(true);
   event->setDropAction(Qt::CopyAction);
   event->accept();
