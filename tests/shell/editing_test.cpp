@@ -654,7 +654,6 @@ TEST_F(DropTest, PressingASelectedRowAndMovingBeginsADrag) {
   DocumentFrame& frame = add(animated_document(3));
   int wanted = 0;
   // Tells of the drag in place of doing it, which would wait for a drop.
-  frame.list().disconnect(&frame);
   QObject::disconnect(&frame.list(), &ChunkListView::drag_wanted, nullptr, nullptr);
   QObject::connect(&frame.list(), &ChunkListView::drag_wanted, [&wanted] { ++wanted; });
   frame.entries().select(2, true);
