@@ -53,6 +53,8 @@ inline ConvertImages convertImages = nullptr;
 /// Whether these values of an IHDR convert images, which the user is asked about first.
 bool converts_images(const DocumentWindow& window, std::size_t index, const FieldValues& values);
 
+/// The color types of a PNG header.
+std::span<const FieldChoice> color_types();
 /// The bit depths that go with a color type in this document.
 std::span<const FieldChoice> bit_depths(DocumentKind kind, std::int64_t colorType);
 

@@ -329,6 +329,8 @@ constexpr ChunkFieldSet kSets[] = {
 
 std::span<const ChunkFieldSet> png_field_sets() { return kSets; }
 
+std::span<const FieldChoice> color_types() { return kColorTypes; }
+
 std::span<const FieldChoice> bit_depths(DocumentKind kind, std::int64_t colorType) {
   const std::span all(kDepths);
   const std::size_t deep = kind == DocumentKind::PING ? 1 : 0;  // 16 bits are offered in still images alone

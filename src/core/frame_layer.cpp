@@ -16,10 +16,7 @@ Picture shown_picture(const FrameSource& source, const ChunkRecord& record) {
   const Picture picture = picture_of(record);
   if (!has_rows(picture) || picture.bits() == 32) return picture;
   std::vector<std::uint8_t> own;
-  if (source.kind == DocumentKind::MING && (record.flags & CRF_TRNS))
-    own = transparency_table(
-        std::span(record.image->trans).first(std::min<std::size_t>(record.image->transBytes, 256)),
-        png_header_of(record));
+  if (source.kind == DocumentKind::MING) own = image_transparency(record);
   const auto& table = source.kind == DocumentKind::MING ? own : source.table;
   return picture.bits() == 24 && table.empty() ? picture : PictureWithTransparency(picture, table);
 }

@@ -55,6 +55,10 @@ std::uint32_t whole_milliseconds(std::uint64_t amount, std::uint64_t per_second)
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(result, 0xFFFFFFFF));
 }
 
+PngHeader header_of(const ChunkRecord& record) {
+  return {record.width, record.height, record.bitDepth, record.colorType};
+}
+
 /// A denominator of 0 means hundredths (APNG extension, fcTL).
 std::uint32_t delay_of_fraction(std::uint32_t numerator, const FrameControl& control) {
   return whole_milliseconds(numerator, control.delayDen == 0 ? 100 : control.delayDen);
@@ -149,6 +153,19 @@ std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> paylo
   }
   if (header.colorType == 2 && payload.size() == 6) return {0, level(0), 0, level(1), 0, level(2)};
   return {};
+}
+
+std::vector<std::uint8_t> document_transparency(const ChunkList& list) {
+  const std::size_t at = chunk_find_first(list, tag::tRNS, nullptr, 1);
+  const std::size_t header = chunk_find_first(list, tag::IHDR);
+  if (at == kNoEntry || header == kNoEntry) return {};
+  return transparency_table(raw_payload(list.record(at)), header_of(list.record(header)));
+}
+
+std::vector<std::uint8_t> image_transparency(const ChunkRecord& record) {
+  const std::span<const std::uint8_t> trans = record.image->trans;
+  return transparency_table(trans.first(std::min<std::size_t>(record.image->transBytes, trans.size())),
+                            header_of(record));
 }
 
 std::uint32_t document_plays(const ChunkList& list, const Document& document) {

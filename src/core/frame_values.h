@@ -46,6 +46,11 @@ inline bool clears_canvas(const ChunkRecord& record) {
 /// grey pictures), or six bytes. Empty where nothing is transparent.
 std::vector<std::uint8_t> transparency_table(std::span<const std::uint8_t> payload, const PngHeader& header);
 
+/// The same for what rules a picture: the document's own tRNS (PNG, animated PNG; none in front of index 1),
+/// and that of an image of an MNG.
+std::vector<std::uint8_t> document_transparency(const ChunkList& list);
+std::vector<std::uint8_t> image_transparency(const ChunkRecord& record);
+
 /// How often the animation is played, 0 for ever. APNG: acTL; WEBP: its header; MING: the LOOP in front of
 /// the first image, else the TERM.
 std::uint32_t document_plays(const ChunkList& list, const Document& document);

@@ -74,6 +74,14 @@ void make_mng(const Making& making) {
   making.append_default(tag::MEND);
 }
 
+/// Behind it the first image goes: into the loop, where there is one.
+std::int32_t first_caret(const ChunkList& list) {
+  const std::size_t loop = chunk_find_first(list, tag::LOOP);
+  std::size_t caret = loop != kNoEntry ? loop : list.size() - 1;
+  if (list.record(caret).tag == tag::IEND || list.record(caret).tag == tag::MEND) --caret;
+  return static_cast<std::int32_t>(caret);
+}
+
 void make_webp(const Making& making) {
   const NewDocument& parameters = making.parameters;
   ChunkRecord header;
@@ -181,6 +189,7 @@ bool new_document(DocumentWindow& window, const NewDocument& given) {
   window.document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
   const QuietList quiet(window.list);
   std::ranges::find(kKinds, parameters.kind, &KindRow::kind)->make({window, parameters});
+  window.document.caret = first_caret(window.list);
   chunk_list_close_change(window.list, window.document);
   return true;
 }

@@ -8,8 +8,47 @@
 
 namespace vellum {
 
+namespace {
+
+bool is_mng_image(const DocumentWindow& window, std::size_t index) {
+  return window.document.kind == DocumentKind::MING && index < window.list.size() &&
+         window.list.record(index).tag == tag::PNGI;
+}
+
+/// The alphas of an indexed image of an MNG; nothing for any other entry.
+std::optional<TransparencyEdit> edit_of_image(const DocumentWindow& window, std::size_t index) {
+  if (!is_mng_image(window, index)) return std::nullopt;
+  const ChunkRecord& record = window.list.record(index);
+  const std::uint32_t colors = std::min(record.image->paletteBytes / 3, 256u);
+  if (record.colorType != 3 || colors == 0) return std::nullopt;
+  TransparencyEdit edit;
+  edit.header.bitDepth = record.bitDepth;
+  edit.header.colorType = record.colorType;
+  edit.palette = record.image->palette;
+  edit.alphas.assign(colors, 255);
+  std::copy_n(record.image->trans.begin(), std::min(record.image->transBytes, colors), edit.alphas.begin());
+  return edit;
+}
+
+bool apply_to_image(DocumentWindow& window, std::size_t index, const TransparencyEdit& edit) {
+  ChunkRecord record;
+  if (!chunk_list_get(window.list, index, record)) return false;
+  auto bytes = transparency_payload(edit);
+  if (std::ranges::all_of(bytes, [](std::uint8_t alpha) { return alpha == 255; })) bytes.clear();
+  EmbeddedImage& image = record.image.edit();
+  if (std::ranges::equal(bytes, std::span(image.trans).first(image.transBytes))) return false;
+  image.trans.fill(0);
+  std::ranges::copy(bytes, image.trans.begin());
+  image.transBytes = static_cast<std::uint32_t>(bytes.size());
+  record.flags = bytes.empty() ? record.flags & ~std::uint32_t{CRF_TRNS} : record.flags | CRF_TRNS;
+  return chunk_list_put(window.list, index, record);
+}
+
+}  // namespace
+
 std::optional<TransparencyEdit> transparency_edit_of(const DocumentWindow& window, std::size_t index,
                                                      std::string& fault) {
+  if (auto own = edit_of_image(window, index)) return own;
   TransparencyEdit edit;
   ChunkRecord header, record;
   if (!chunk_list_get(window.list, index, record) || record.tag != tag::tRNS ||
@@ -58,6 +97,7 @@ std::array<std::uint16_t, 3> transparency_samples(const TransparencyEdit& edit, 
 }
 
 bool apply_transparency(DocumentWindow& window, std::size_t index, const TransparencyEdit& edit) {
+  if (is_mng_image(window, index)) return apply_to_image(window, index, edit);
   ChunkRecord record;
   if (!chunk_list_get(window.list, index, record)) return false;
   const auto bytes = transparency_payload(edit);

@@ -19,8 +19,8 @@ struct TransparencyEdit {
   std::uint32_t most() const { return (1u << header.bitDepth) - 1; }  ///< the largest sample
 };
 
-/// The tRNS in entry `index`. Empty, with `fault` set to a text for the user, when this document can have
-/// none.
+/// The tRNS in entry `index`, or the transparency of an indexed image of an MNG. Empty, with `fault` set to a
+/// text for the user, when this document can have none.
 std::optional<TransparencyEdit> transparency_edit_of(const DocumentWindow& window, std::size_t index,
                                                      std::string& fault);
 

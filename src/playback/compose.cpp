@@ -8,24 +8,9 @@ namespace {
 
 constexpr std::uint32_t kDisposeBackground = 1, kDisposePrevious = 2, kBlendOver = 1;
 
-std::vector<std::uint8_t> transparency_of_document(const ChunkList& list) {
-  const std::size_t at = chunk_find_first(list, tag::tRNS, nullptr, 1);
-  const std::size_t header = chunk_find_first(list, tag::IHDR);
-  if (at == kNoEntry || header == kNoEntry) return {};
-  const ChunkRecord& record = list.record(header);
-  return transparency_table(raw_payload(list.record(at)),
-                            {record.width, record.height, record.bitDepth, record.colorType});
-}
-
-std::vector<std::uint8_t> transparency_of_image(const ChunkRecord& record) {
-  const std::span<const std::uint8_t> trans = record.image->trans;
-  return transparency_table(trans.first(record.image->transBytes),
-                            {record.width, record.height, record.bitDepth, record.colorType});
-}
-
 /// A picture below 32 bits with the transparency that its document or its own record has.
 Picture promoted(const Picture& picture, const ViewValues& values, const ChunkRecord& record) {
-  const auto table = values.kind == DocumentKind::MING ? transparency_of_image(record) : values.transparency;
+  const auto table = values.kind == DocumentKind::MING ? image_transparency(record) : values.transparency;
   if (!table.empty()) return PictureWithTransparency(picture, table);
   // An opaque picture covers what it lies on: its alpha need not be written down.
   return picture.bits() == 24 ? picture : PictureToTrueColorAlpha(picture);
@@ -81,7 +66,7 @@ ViewValues view_values(const ChunkList& list, const Document& document) {
                     ticks_per_second(list),
                     document_background(list, document),
                     {}};
-  if (document.kind != DocumentKind::MING) values.transparency = transparency_of_document(list);
+  if (document.kind != DocumentKind::MING) values.transparency = document_transparency(list);
   return values;
 }
 

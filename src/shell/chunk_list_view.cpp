@@ -1,5 +1,6 @@
 #include "shell/chunk_list_view.h"
 
+#include <QApplication>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -13,8 +14,10 @@
 namespace vellum {
 namespace {
 
-constexpr int kScrollStep = 24;          // pixels, one row of text
-constexpr int kDragScrollInterval = 30;  // milliseconds
+constexpr int kScrollStep = 24;               // pixels, one row of text
+constexpr int kDragScrollInterval = 30;       // milliseconds
+constexpr int kDropMark = 3, kDropArrow = 6;  // pixels
+constexpr int kDropEdge = 20;                 // pixels from an edge within which a drag scrolls
 
 SelectMode mode_of_key(Qt::KeyboardModifiers modifiers) {
   if (modifiers & Qt::ShiftModifier) return SelectMode::Extend;
@@ -24,7 +27,11 @@ SelectMode mode_of_key(Qt::KeyboardModifiers modifiers) {
 }  // namespace
 
 ChunkListView::ChunkListView(DocumentWindow& window, ThumbnailCache& thumbnails, QWidget* parent)
-    : QAbstractScrollArea(parent), window_(window), thumbnails_(thumbnails), selection_(window) {
+    : QAbstractScrollArea(parent),
+      window_(window),
+      thumbnails_(thumbnails),
+      selection_(window),
+      tip_(*viewport(), window) {
   setFrameShape(QFrame::NoFrame);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -32,6 +39,8 @@ ChunkListView::ChunkListView(DocumentWindow& window, ThumbnailCache& thumbnails,
   setAccessibleName(tr("Chunk list"));
   setFont(style::list_font());
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+  viewport()->setMouseTracking(true);
+  viewport()->setAcceptDrops(true);
   window_.list.changed = [this](const ListChange& change) { list_changed(change); };
   lay_out();
 }
@@ -67,6 +76,7 @@ void ChunkListView::show_top_row() {
 }
 
 void ChunkListView::list_changed(const ListChange& change) {
+  tip_.dismiss();
   switch (change.what) {
     case ListChange::What::Selection:
       update_rows(change.first, change.count);
@@ -128,6 +138,7 @@ void ChunkListView::changeEvent(QEvent* event) {
 }
 
 void ChunkListView::scrollContentsBy(int, int dy) {
+  tip_.dismiss();
   const std::size_t top = geometry_.nearest_row(scrolled());
   if (top != kNoEntry) window_.list.topIndex = top;
   // A part of a device pixel can't be moved, it has to be drawn.
@@ -140,6 +151,22 @@ void ChunkListView::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
   painter.setFont(font());
   for (const QRect& area : event->region()) paint_rows(painter, area);
+  if (window_.document.DropInsertMark >= 0) paint_drop_mark(painter);
+}
+
+/// Where what is dragged will stand: a line between two rows.
+void ChunkListView::paint_drop_mark(QPainter& painter) {
+  const auto position =
+      std::min<std::size_t>(static_cast<std::size_t>(window_.document.DropInsertMark), geometry_.rows());
+  const auto y = std::max(static_cast<int>(geometry_.top(position) - scrolled()), kDropMark / 2 + 1);
+  const int right = viewport()->width();
+  painter.setClipRect(viewport()->rect());
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QColor::fromRgb(style::kAccent));
+  painter.drawRect(QRect(0, y - kDropMark / 2 - 1, right, kDropMark));
+  painter.drawPolygon(QPolygon({{0, y - kDropArrow}, {kDropArrow, y}, {0, y + kDropArrow}}));
+  painter.drawPolygon(QPolygon({{right, y - kDropArrow}, {right - kDropArrow, y}, {right, y + kDropArrow}}));
 }
 
 void ChunkListView::paint_rows(QPainter& painter, const QRect& area) {
@@ -176,12 +203,14 @@ void ChunkListView::apply(std::size_t row, SelectMode mode) {
 }
 
 void ChunkListView::mousePressEvent(QMouseEvent* event) {
+  tip_.dismiss();
   const std::size_t row = row_at(event->position().toPoint());
   if (event->button() != Qt::LeftButton || row == kNoEntry) return;
   const bool shift = event->modifiers() & Qt::ShiftModifier;
   const bool control = event->modifiers() & Qt::ControlModifier;
   if (!shift && !control && window_.list.entry(row).selected) {
     pressedRow_ = row;
+    pressedPlace_ = event->position().toPoint();
     return;
   }
   apply(row, shift ? SelectMode::Extend : control ? SelectMode::Toggle : SelectMode::Only);
@@ -189,6 +218,14 @@ void ChunkListView::mousePressEvent(QMouseEvent* event) {
 }
 
 void ChunkListView::mouseMoveEvent(QMouseEvent* event) {
+  const QPoint moved = event->position().toPoint() - pressedPlace_;
+  if (event->buttons() == Qt::NoButton) hover(event->position().toPoint());
+  if (pressedRow_ != kNoEntry && (event->buttons() & Qt::LeftButton) &&
+      moved.manhattanLength() >= QApplication::startDragDistance()) {
+    pressedRow_ = kNoEntry;
+    emit drag_wanted();
+    return;
+  }
   if (!dragging_ || !(event->buttons() & Qt::LeftButton)) return;
   dragPlace_ = event->position().toPoint();
   const bool outside = !viewport()->rect().contains(dragPlace_);
@@ -206,9 +243,105 @@ void ChunkListView::mouseReleaseEvent(QMouseEvent* event) {
   if (row < window_.list.size() && row == row_at(event->position().toPoint())) apply(row, SelectMode::Only);
 }
 
+void ChunkListView::mouseDoubleClickEvent(QMouseEvent* event) {
+  tip_.dismiss();
+  dragging_ = false;
+  pressedRow_ = kNoEntry;
+  const std::size_t row = row_at(event->position().toPoint());
+  if (event->button() != Qt::LeftButton || row == kNoEntry) return;
+  window_.document.caret = static_cast<std::int32_t>(row);
+  emit edit_wanted();
+}
+
+/// The row's menu leaves caret and selection where they are.
+void ChunkListView::contextMenuEvent(QContextMenuEvent* event) {
+  tip_.dismiss();
+  settle();
+  if (geometry_.rows() == 0) return;
+  const std::size_t last = geometry_.rows() - 1;
+  const bool by_mouse = event->reason() == QContextMenuEvent::Mouse;
+  const auto caret = static_cast<std::size_t>(std::max(window_.document.caret, 0));
+  const std::size_t row = std::min(by_mouse ? row_at(event->pos()) : caret, last);
+  if (!by_mouse) show_row(row);
+  emit menu_wanted(row, by_mouse ? event->globalPos() : viewport()->mapToGlobal(row_rect(row).center()));
+}
+
+void ChunkListView::wheelEvent(QWheelEvent* event) {
+  tip_.dismiss();
+  QAbstractScrollArea::wheelEvent(event);
+}
+
+bool ChunkListView::viewportEvent(QEvent* event) {
+  const auto type = event->type();
+  if (type == QEvent::Leave || type == QEvent::Hide) tip_.dismiss();
+  return QAbstractScrollArea::viewportEvent(event);
+}
+
+void ChunkListView::hover(QPoint place) {
+  const std::size_t row = row_at(place);
+  if (row >= window_.list.size())
+    tip_.dismiss();
+  else
+    tip_.hover(row, place);
+}
+
+// -------------------------------------------------------------------------------------------------------
+// drops
+
+std::size_t ChunkListView::drop_row(QPoint place) {
+  settle();
+  return geometry_.nearest_row(place.y() + scrolled());
+}
+
+void ChunkListView::mark_drop(std::int32_t position) {
+  if (std::exchange(window_.document.DropInsertMark, position) != position) viewport()->update();
+}
+
+/// While something is held close to an edge, the list goes on moving.
+void ChunkListView::scroll_beside(QPoint place) {
+  const int below = place.y() - (viewport()->height() - kDropEdge);
+  dropScroll_ = place.y() < kDropEdge ? -kScrollStep / 2 : below > 0 ? kScrollStep / 2 : 0;
+  if (dropScroll_ == 0)
+    dropTimer_.stop();
+  else if (!dropTimer_.isActive())
+    dropTimer_.start(kDragScrollInterval, this);
+}
+
+void ChunkListView::dragEnterEvent(QDragEnterEvent* event) {
+  tip_.dismiss();
+  dropShape_ = shape_of(window_.list, window_.document.kind);
+  dragMoveEvent(event);
+}
+
+void ChunkListView::dragMoveEvent(QDragMoveEvent* event) {
+  if (window_.list.empty() || !may_drop || !may_drop(*event->mimeData())) return event->ignore();
+  const QPoint place = event->position().toPoint();
+  const auto position = place_for(dropShape_, image_tag(window_.document.kind), drop_row(place) + 1);
+  scroll_beside(place);
+  mark_drop(position ? static_cast<std::int32_t>(*position) : -1);
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+}
+
+void ChunkListView::dragLeaveEvent(QDragLeaveEvent*) {
+  dropTimer_.stop();
+  mark_drop(-1);
+}
+
+void ChunkListView::dropEvent(QDropEvent* event) {
+  dropTimer_.stop();
+  mark_drop(-1);
+  if (window_.list.empty() || !may_drop || !may_drop(*event->mimeData())) return event->ignore();
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+  if (drop) drop(*event->mimeData(), drop_row(event->position().toPoint()));
+}
+
 void ChunkListView::timerEvent(QTimerEvent* event) {
   if (event->timerId() == dragTimer_.timerId())
     follow_drag();
+  else if (event->timerId() == dropTimer_.timerId())
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + dropScroll_);
   else
     QAbstractScrollArea::timerEvent(event);
 }
@@ -244,10 +377,13 @@ std::size_t ChunkListView::row_for_key(int key) const {
 }
 
 void ChunkListView::keyPressEvent(QKeyEvent* event) {
+  tip_.dismiss();
   settle();
   if (geometry_.rows() == 0 || geometry_.rows() != window_.list.size())
     return QAbstractScrollArea::keyPressEvent(event);
   const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+  if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && modifiers == Qt::NoModifier)
+    return emit edit_wanted();
   if (event->key() == Qt::Key_Space) {
     const auto caret = static_cast<std::size_t>(std::max(window_.document.caret, 0));
     if (caret < window_.list.size())

@@ -3,7 +3,8 @@
 #include <QLayout>
 #include <QMenuBar>
 #include <QShortcut>
-#include <QToolBar>
+#include <QToolButton>
+#include <algorithm>
 
 #include "core/chunk_layout.h"
 #include "shell/icon.h"
@@ -58,42 +59,70 @@ void CommandBar::add_action(const CommandRow& row) {
 }
 
 void CommandBar::fill_menus(QMainWindow& window) {
-  for (const MenuRow& row : menu_table())
-    menus_[row.menu] = window.menuBar()->addMenu(QString::fromUtf8(row.label));
-  std::map<Menu, int> group;
-  for (const CommandRow& row : command_table()) {
-    if (row.menu == Menu::None) continue;
-    QMenu* menu = menus_.at(row.menu);
-    int& last = group[row.menu];
-    if (last != 0 && last != row.menuGroup) menu->addSeparator();
-    last = row.menuGroup;
-    menu->addAction(action(row.number));
+  for (const MenuRow& row : menu_table()) {
+    const QString label = QString::fromUtf8(row.label);
+    menus_[row.menu] =
+        row.parent == Menu::None ? window.menuBar()->addMenu(label) : new QMenu(label, window.menuBar());
   }
+  for (const CommandRow& row : command_table())
+    if (row.menu != Menu::None) add_to_menu(row.menu, row.menuGroup, action(row.number));
+}
+
+void CommandBar::add_to_menu(Menu menu, int group, QAction* action) {
+  const auto row = std::ranges::find(menu_table(), menu, &MenuRow::menu);
+  int& last = lastGroup_[menu];
+  if (last == 0 && row->parent != Menu::None)
+    add_to_menu(row->parent, row->group, menus_.at(menu)->menuAction());
+  if (last != 0 && last != group) menus_.at(menu)->addSeparator();
+  last = group;
+  menus_.at(menu)->addAction(action);
 }
 
 void CommandBar::fill_toolbar(QMainWindow& window) {
-  QToolBar* bar = make_toolbar(window);
+  bar_ = make_toolbar(window);
+  add_menu_tools();
+  std::vector<const CommandRow*> tools;
+  for (const CommandRow& row : command_table())
+    if (row.tool != ToolPlace::None) tools.push_back(&row);
+  std::ranges::stable_sort(tools, {}, [](const CommandRow* row) { return row->toolGroup; });
   int last = 0;
-  for (const CommandRow& row : command_table()) {
-    if (row.tool == ToolPlace::None) continue;
-    if (last != 0 && last != row.toolGroup) bar->addSeparator();
-    last = row.toolGroup;
-    add_tool(*bar, row);
+  for (const CommandRow* row : tools) {
+    if (last != 0 && last != row->toolGroup) bar_->addSeparator();
+    last = row->toolGroup;
+    add_tool(*row);
   }
 }
 
-void CommandBar::add_tool(QToolBar& bar, const CommandRow& row) {
+void CommandBar::add_menu_tools() {
+  for (const MenuRow& row : menu_table()) {
+    if (!row.icon) continue;
+    auto* button = new QToolButton(bar_);
+    button->setIcon(program_icon(row.icon));
+    button->setText(plain_label(row.label));
+    button->setToolTip(plain_label(row.label));
+    button->setMenu(menus_.at(row.menu));
+    button->setPopupMode(QToolButton::InstantPopup);
+    bar_->addWidget(button);
+  }
+}
+
+QWidget* CommandBar::tool_button(int number) const {
+  QWidget* button = bar_->widgetForAction(action(number));
+  return button && button->isVisible() ? button : nullptr;
+}
+
+void CommandBar::add_tool(const CommandRow& row) {
   if (row.tool == ToolPlace::Button) {
-    bar.addAction(action(row.number));
+    bar_->addAction(action(row.number));
     return;
   }
-  scale_ = new QComboBox(&bar);
+  scale_ = new QComboBox(bar_);
   scale_->addItems(scale_names());
   scale_->setAccessibleName(plain_label(row.label));
   scale_->setToolTip(plain_label(row.label));
   scale_->setFocusPolicy(Qt::TabFocus);
   connect(scale_, &QComboBox::activated, action(row.number), &QAction::trigger);
-  bar.addWidget(scale_);
+  bar_->addWidget(scale_);
 }
 
 void CommandBar::bind_keys(QMainWindow& window) {
@@ -111,6 +140,11 @@ void CommandBar::enable(const CommandState& state) {
     const bool enabled = command_enabled(row, state);
     action(row.number)->setEnabled(enabled);
     if (row.tool == ToolPlace::DropDown) scale_->setEnabled(enabled);
+  }
+  for (const MenuRow& row : menu_table()) {
+    if (row.parent == Menu::None) continue;
+    QMenu* menu = menus_.at(row.menu);
+    menu->menuAction()->setEnabled(std::ranges::any_of(menu->actions(), &QAction::isEnabled));
   }
 }
 

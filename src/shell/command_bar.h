@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QMainWindow>
+#include <QToolBar>
 #include <map>
 
 #include "shell/command_table.h"
@@ -23,6 +24,8 @@ class CommandBar : public QObject {
   void enable(const CommandState& state);
   void show_scale(int index);
   int scale() const { return scale_->currentIndex(); }
+  /// The toolbar button of a command; null without one, or while there is no room for it.
+  QWidget* tool_button(int number) const;
 
  signals:
   /// Menu, toolbar or key: the number of a command.
@@ -32,11 +35,15 @@ class CommandBar : public QObject {
   void add_action(const CommandRow& row);
   void fill_menus(QMainWindow& window);
   void fill_toolbar(QMainWindow& window);
-  void add_tool(QToolBar& bar, const CommandRow& row);
+  void add_to_menu(Menu menu, int group, QAction* action);
+  void add_menu_tools();
+  void add_tool(const CommandRow& row);
   void bind_keys(QMainWindow& window);
 
   std::map<int, QAction*> actions_;
   std::map<Menu, QMenu*> menus_;
+  std::map<Menu, int> lastGroup_;  ///< of the commands that a menu has so far
+  QToolBar* bar_ = nullptr;
   QComboBox* scale_ = nullptr;
 };
 

@@ -10,10 +10,10 @@ namespace vellum {
 class MainWindow;
 class DocumentFrame;
 
-enum class Menu { None, File, Edit, Window, Help };
+enum class Menu { None, File, New, Edit, InsertMng, InsertPng, InsertWebp, Window, Help };
 
 /// What a command needs before it can run.
-enum class Need { Nothing, Entries, Selection };
+enum class Need { Nothing, Entries, Selection, Undo, Clipboard };
 
 enum class ToolPlace { None, Button, DropDown };
 
@@ -36,9 +36,13 @@ std::span<const CommandRow> command_table();
 /// Null for a number that no command has.
 const CommandRow* find_command(int number);
 
+/// A submenu stands where the first command of it stands in the table.
 struct MenuRow {
   Menu menu;
   const char* label;
+  Menu parent = Menu::None;    ///< None: in the menu bar
+  int group = 0;               ///< in its parent
+  const char* icon = nullptr;  ///< of the toolbar button, in the first group, that drops the menu down
 };
 std::span<const MenuRow> menu_table();
 
@@ -54,6 +58,8 @@ struct CommandState {
   bool document = false;  ///< a document is active
   DocumentKind kind = DocumentKind::None;
   std::size_t entries = 0, selected = 0;
+  bool undo = false;   ///< the document has a level to go back to
+  bool paste = false;  ///< the clipboard holds something that can be pasted
 };
 
 bool command_enabled(const CommandRow& row, const CommandState& state);

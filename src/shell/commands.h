@@ -1,11 +1,19 @@
 // What the commands do. Each is a row of the command table.
 #pragma once
 
+#include "core/document.h"
+
 namespace vellum {
 
 class MainWindow;
 class DocumentFrame;
 
+/// Asks for the first parameters of the kind.
+void new_document_command(MainWindow& main, DocumentKind kind);
+template <DocumentKind Kind>
+void new_command(MainWindow& main) {
+  new_document_command(main, Kind);
+}
 void open_command(MainWindow& main);
 void save_command(MainWindow& main, DocumentFrame& frame);
 void save_as_command(MainWindow& main, DocumentFrame& frame);
@@ -14,9 +22,29 @@ void close_command(MainWindow& main, DocumentFrame& frame);
 void close_all_command(MainWindow& main);
 void exit_command(MainWindow& main);
 
+void undo_command(MainWindow& main, DocumentFrame& frame);
+void cut_command(MainWindow& main, DocumentFrame& frame);
+void copy_command(MainWindow& main, DocumentFrame& frame);
+void paste_command(MainWindow& main, DocumentFrame& frame);
+void delete_command(MainWindow& main, DocumentFrame& frame);
+/// Opens the editor of the caret's entry.
+void edit_command(MainWindow& main, DocumentFrame& frame);
+void move_up_command(MainWindow& main, DocumentFrame& frame);
+void move_down_command(MainWindow& main, DocumentFrame& frame);
 /// With Shift held, the image entries only.
 void select_all_command(MainWindow& main, DocumentFrame& frame);
 void select_none_command(MainWindow& main, DocumentFrame& frame);
+
+/// Inserts a chunk with its default content and opens its editor; Cancel there takes the chunk away again.
+void insert_chunk_command(MainWindow& main, DocumentFrame& frame, ChunkTag tag);
+template <ChunkTag Tag>
+void insert_command(MainWindow& main, DocumentFrame& frame) {
+  insert_chunk_command(main, frame, Tag);
+}
+/// Asks for pictures; each becomes an image behind the caret.
+void insert_images_command(MainWindow& main, DocumentFrame& frame);
+/// Drops the list of what the document takes down from the toolbar.
+void insert_popup_command(MainWindow& main, DocumentFrame& frame);
 
 void cascade_command(MainWindow& main);
 void tile_command(MainWindow& main);

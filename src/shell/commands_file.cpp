@@ -1,9 +1,19 @@
 // The commands of the File menu.
 #include "shell/commands.h"
 #include "shell/main_window.h"
+#include "shell/new_dialog.h"
 #include "shell/saving.h"
 
 namespace vellum {
+
+void new_document_command(MainWindow& main, DocumentKind kind) {
+  Host& host = main.services().host;
+  const auto parameters = ask_for_new_document(&main, kind, host);
+  if (!parameters) return;
+  DocumentWindow content;
+  if (!new_document(content, *parameters)) return host.show(StringId::ErrorAccessingChunk);
+  if (DocumentFrame* frame = main.add_document(std::move(content))) frame->size_to_content();
+}
 
 void open_command(MainWindow& main) {
   if (const auto path = main.services().choose_open()) main.open(*path);

@@ -10,6 +10,7 @@
 
 #include "configuration/shell_settings.h"
 #include "core/chunk_layout.h"
+#include "core/insert_chunk.h"
 #include "shell/icon.h"
 #include "shell/text.h"
 
@@ -24,12 +25,19 @@ void remove_own_keys(const QMdiSubWindow& frame) {
   for (QAction* action : frame.systemMenu()->actions()) action->setShortcuts(QList<QKeySequence>());
 }
 
+std::uint64_t next_number() {
+  static std::uint64_t last = 0;
+  return ++last;
+}
+
 }  // namespace
 
 QString plain_title(QString text) { return text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); }
 
 DocumentFrame::DocumentFrame(DocumentWindow content, ThumbnailCache& thumbnails)
-    : content_(std::move(content)), list_(new ChunkListView(content_, thumbnails, this)) {
+    : content_(std::move(content)),
+      list_(new ChunkListView(content_, thumbnails, this)),
+      number_(next_number()) {
   setObjectName(QStringLiteral("VellumcraftTask"));
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowIcon(program_icon("vellumcraft"));
@@ -82,6 +90,10 @@ void DocumentFrame::size_to_content() {
   const int border = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
   const int wanted = std::max(drawn + bar + 2 * border, settings::FileWindowX);
   resize(std::min(wanted, client.width()), std::min(height(), client.height()));
+}
+
+void DocumentFrame::show_caret() {
+  if (!entries().empty()) list_->show_row(caret_entry(content_));
 }
 
 void DocumentFrame::set_scale(int index) {

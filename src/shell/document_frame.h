@@ -19,6 +19,8 @@ class DocumentFrame : public QMdiSubWindow {
   Document& document() { return content_.document; }
   ChunkList& entries() { return content_.list; }
   ChunkListView& list() { return *list_; }
+  /// Of this window alone, as long as the program runs.
+  std::uint64_t number() const { return number_; }
 
   /// Asked before the window closes; false keeps it open.
   std::function<bool(DocumentFrame&)> may_close;
@@ -28,6 +30,8 @@ class DocumentFrame : public QMdiSubWindow {
   void update_title();
   /// Takes the width that the thumbnails want, but not less than a line of text does.
   void size_to_content();
+  /// Scrolls to the caret's entry.
+  void show_caret();
   /// Sets the thumbnail scale as far as the pictures fit, and keeps the top entry.
   void set_scale(int index);
 
@@ -44,6 +48,7 @@ class DocumentFrame : public QMdiSubWindow {
 
   DocumentWindow content_;
   ChunkListView* list_;
+  std::uint64_t number_;
   bool settled_ = false;
 };
 

@@ -1,10 +1,14 @@
 #include "shell/file_dialogs.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 #include "configuration/shell_settings.h"
+#include "image/graphic_file.h"
+#include "shell/file_preview.h"
 #include "shell/saving.h"
 #include "shell/text.h"
 
@@ -24,18 +28,26 @@ constexpr DocumentKind kWebpKinds[] = {DocumentKind::WEBP};
 constexpr Format kFormats[] = {
     {"PNG", "png", kPngKinds}, {"MNG", "mng", kMngKinds}, {"WebP", "webp", kWebpKinds}};
 
-QString patterns(const Format& format) {
-  const QString extension = QString::fromLatin1(format.extension);
+QString patterns(std::string_view name) {
+  const QString extension = to_qt(name);
   return QStringLiteral("*.%1 *.%2").arg(extension, extension.toUpper());
 }
 
 QString filter_of(const Format& format) {
-  return QStringLiteral("%1 (%2)").arg(QString::fromLatin1(format.name), patterns(format));
+  return QStringLiteral("%1 (%2)").arg(QString::fromLatin1(format.name), patterns(format.extension));
 }
 
 QString start_folder() {
   if (!settings::OpenPath.empty()) return to_qt(settings::OpenPath);
   return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+
+/// A folder that is there: the dialog takes another one's name for a file.
+QString pictures_folder() {
+  const QString last = to_qt(settings::OpenImportPath);
+  if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
+  const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
 }
 
 std::filesystem::path remember_folder(const QString& name) {
@@ -55,7 +67,7 @@ QString save_filter(DocumentKind kind) {
 QString open_filters() {
   QStringList all, single;
   for (const Format& format : kFormats) {
-    all << patterns(format);
+    all << patterns(format.extension);
     single << filter_of(format);
   }
   single.prepend(QObject::tr("All formats (%1)").arg(all.join(u' ')));
@@ -94,6 +106,35 @@ std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileCho
                                      : QFileDialog::getOpenFileName(parent, title, offered, filters);
   if (name.isEmpty()) return std::nullopt;
   return to_path(name);
+}
+
+QString picture_filters() {
+  QStringList all, single;
+  for (const GraphicFileModule& module : graphic_file_modules()) {
+    all << patterns(module.extension);
+    single << QStringLiteral("%1 (%2)").arg(to_qt(module.name), patterns(module.extension));
+  }
+  single.prepend(QObject::tr("All pictures (%1)").arg(all.join(u' ')));
+  return single.join(QStringLiteral(";;"));
+}
+
+std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool several) {
+  const QStringList filters = picture_filters().split(QStringLiteral(";;"));
+  QFileDialog dialog(parent, several ? QObject::tr("Insert images") : QObject::tr("Insert image"),
+                     pictures_folder());
+  dialog.setFileMode(several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+  dialog.setNameFilters(filters);
+  dialog.selectNameFilter(filters.value(settings::ImageFileOpenIndex, filters.front()));
+  add_file_preview(dialog);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  settings::ImageFileOpenIndex =
+      static_cast<int>(std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0));
+  QStringList names = dialog.selectedFiles();
+  names.sort();
+  std::vector<std::filesystem::path> files;
+  for (const QString& name : names) files.push_back(to_path(name));
+  if (!files.empty()) settings::OpenImportPath = files.front().parent_path().string();
+  return files;
 }
 
 }  // namespace vellum

@@ -14,4 +14,9 @@ std::optional<std::filesystem::path> ask_for_open(QWidget* parent);
 std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveChoice& choice);
 std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileChoice& choice);
 
+/// "All pictures", then one entry a graphic-file module.
+QString picture_filters();
+/// Pictures to insert, in the order of their names; none when the user cancelled.
+std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool several);
+
 }  // namespace vellum

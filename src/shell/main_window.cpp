@@ -1,5 +1,7 @@
 #include "shell/main_window.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QGuiApplication>
@@ -13,8 +15,11 @@
 #include "core/convert_records.h"
 #include "core/open_document.h"
 #include "core/settings.h"
+#include "shell/clipboard.h"
+#include "shell/context_menu.h"
 #include "shell/file_dialogs.h"
 #include "shell/icon.h"
+#include "shell/row_drag.h"
 #include "shell/saving.h"
 #include "shell/start_up.h"
 #include "shell/text.h"
@@ -22,21 +27,17 @@
 namespace vellum {
 namespace {
 
+constexpr int kEditCommand = 205;
 constexpr int kRetryInterval = 50;  // milliseconds until a queued file is tried again
 
 Services desktop_services(MainWindow& window, DesktopHost& desktop) {
-  return {desktop.record(), [&window] { return ask_for_open(&window); },
+  return {desktop.record(),
+          [&window] { return ask_for_open(&window); },
           [&window](const SaveChoice& choice) { return ask_for_save(&window, choice); },
+          [&window](bool several) { return ask_for_pictures(&window, several); },
           [] { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier); },
           [&desktop] { return desktop.busy(); },
           [&window](const FileChoice& choice) { return ask_for_file(&window, choice); }};
-}
-
-std::vector<std::filesystem::path> files_of(const QMimeData& data) {
-  std::vector<std::filesystem::path> files;
-  for (const QUrl& url : data.urls())
-    if (url.isLocalFile()) files.push_back(to_path(url.toLocalFile()));
-  return files;
 }
 
 QString selection_text(std::size_t selected) {
@@ -92,6 +93,7 @@ MainWindow::MainWindow()
   setStatusBar(&status_);
   setAcceptDrops(true);
   connect_parts();
+  look_at_clipboard();
   refresh();
 }
 
@@ -105,9 +107,37 @@ void MainWindow::connect_parts() {
     refresh();
   });
   connect(&area_.empty_state(), &EmptyState::open_wanted, this, [this] { run(58); });
+  connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this] {
+    look_at_clipboard();
+    refresh_later();
+  });
   QMenu* windows = commands_.menu(Menu::Window);
   connect(windows, &QMenu::aboutToShow, this, &MainWindow::fill_window_list);
 }
+
+void MainWindow::connect_list(DocumentFrame& frame) {
+  ChunkListView& list = frame.list();
+  connect(&list, &ChunkListView::edit_wanted, this, [this] { run(kEditCommand); });
+  connect(&list, &ChunkListView::menu_wanted, &frame, [this, &frame](std::size_t row, QPoint place) {
+    if (services_.busy() || area_.active() != &frame) return;
+    frame.document().RightClickChunk = static_cast<std::int32_t>(row);
+    refresh();
+    make_context_menu(*this, frame, row)->popup(place);
+  });
+  connect(&list, &ChunkListView::drag_wanted, &frame, [this, &frame] {
+    if (!services_.busy()) drag_rows(frame);
+  });
+  list.may_drop = [this, &frame](const QMimeData& dragged) {
+    return !services_.busy() && !QApplication::activeModalWidget() && may_drop_on(frame, dragged);
+  };
+  list.drop = [this, &frame](const QMimeData& dropped, std::size_t row) {
+    drop_on(*this, frame, dropped, row);
+  };
+}
+
+/// Asking the clipboard may mean asking another program, so it is done when it has changed and not each time
+/// that the menus are worked out.
+void MainWindow::look_at_clipboard() { pasteable_ = clipboard_can_be_pasted(); }
 
 void MainWindow::run(int number) {
   const CommandRow* row = find_command(number);
@@ -124,6 +154,7 @@ DocumentFrame* MainWindow::add_document(DocumentWindow content) try {
   auto* frame = new DocumentFrame(std::move(content), thumbnails_);
   frame->may_close = [this](DocumentFrame& closing) { return may_close(closing); };
   connect(frame, &DocumentFrame::changed, this, &MainWindow::refresh_later);
+  connect_list(*frame);
   area_.add(frame);
   return frame;
 } catch (const std::bad_alloc&) {
@@ -166,7 +197,12 @@ void MainWindow::open_later(const std::filesystem::path& path) {
 CommandState MainWindow::state() const {
   DocumentFrame* frame = area_.active();
   if (!frame) return {};
-  return {true, frame->document().kind, frame->entries().size(), frame->entries().selected_count()};
+  return {true,
+          frame->document().kind,
+          frame->entries().size(),
+          frame->entries().selected_count(),
+          frame->document().undoAvailable,
+          pasteable_};
 }
 
 void MainWindow::refresh_later() {
@@ -245,7 +281,8 @@ void MainWindow::fill_window_list() {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (services_.busy() || files_of(*event->mimeData()).empty()) return;
+  if (services_.busy() || QApplication::activeModalWidget() || dragged_files(*event->mimeData()).empty())
+    return;
   area_.empty_state().set_inviting(true);
   event->setDropAction(Qt::CopyAction);
   event->accept();
@@ -260,7 +297,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
   raise();
   activateWindow();
   // The other program waits for the end of the drop, so files are opened behind it.
-  for (const auto& file : files_of(*event->mimeData())) open_later(file);
+  for (const auto& file : dragged_files(*event->mimeData())) open_later(file);
 }
 
 }  // namespace vellum

@@ -44,6 +44,8 @@ class MainWindow : public QMainWindow {
 
  private:
   void connect_parts();
+  void connect_list(DocumentFrame& frame);
+  void look_at_clipboard();
   void refresh_later();
   void refresh_status(const CommandState& state, DocumentFrame* frame);
   void refresh_title(DocumentFrame* frame);
@@ -58,6 +60,7 @@ class MainWindow : public QMainWindow {
   Services services_;
   QString title_;
   bool refreshPending_ = false;
+  bool pasteable_ = false;  ///< what the clipboard was found to hold when it last changed
 };
 
 }  // namespace vellum

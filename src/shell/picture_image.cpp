@@ -1,5 +1,11 @@
 #include "shell/picture_image.h"
 
+#include <cstring>
+
+#include "core/picture_fitting.h"
+#include "image/picture_rows.h"
+#include "image/png_form.h"
+
 namespace vellum {
 namespace {
 
@@ -50,6 +56,37 @@ bool is_whole_enlargement(const Picture& picture, QSize size) {
          size.width() / width == size.height() / height;
 }
 
+bool has_opaque_table(const QImage& image) {
+  const QList<QRgb> table = image.colorTable();
+  return std::ranges::all_of(table, [](QRgb colour) { return qAlpha(colour) == 255; });
+}
+
+Palette palette_of_table(const QList<QRgb>& table) {
+  Palette palette{};
+  const auto colours = std::min<std::size_t>(static_cast<std::size_t>(table.size()), 256);
+  for (std::size_t i = 0; i < colours; ++i) {
+    const QRgb colour = table[static_cast<qsizetype>(i)];
+    palette[i * 3] = static_cast<std::uint8_t>(qRed(colour));
+    palette[i * 3 + 1] = static_cast<std::uint8_t>(qGreen(colour));
+    palette[i * 3 + 2] = static_cast<std::uint8_t>(qBlue(colour));
+  }
+  return palette;
+}
+
+/// The rows as they are, in one of the formats that pictures share with images.
+Picture with_rows_of(const QImage& image, const Palette* palette, std::uint32_t bits) {
+  if (image.isNull()) return {};
+  const auto width = static_cast<std::uint32_t>(image.width());
+  Picture picture = create_rows(width, static_cast<std::uint32_t>(image.height()), palette, bits);
+  if (!picture) return {};
+  const EditRows rows(picture);
+  if (!rows) return {};
+  const std::size_t bytes = (std::size_t{width} * bits + 7) / 8;
+  for (int y = 0; y < image.height(); ++y)
+    std::memcpy(rows[static_cast<std::size_t>(y)], image.constScanLine(y), bytes);
+  return picture;
+}
+
 }  // namespace
 
 QImage upside_down_image(const Picture& picture) {
@@ -63,6 +100,23 @@ QImage scaled_image(const Picture& picture, QSize size) {
   if (!picture || size.isEmpty()) return {};
   const auto mode = is_whole_enlargement(picture, size) ? Qt::FastTransformation : Qt::SmoothTransformation;
   return upside_down_image(picture).scaled(size, Qt::IgnoreAspectRatio, mode).mirrored();
+}
+
+QImage image_of_picture(const Picture& picture) { return upside_down_image(picture).mirrored(); }
+
+Picture picture_of_image(const QImage& image) {
+  if (image.isNull()) return {};
+  if (image.format() == QImage::Format_Grayscale8) return with_rows_of(image, &grey_ramp(), 8);
+  const bool mono = image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB;
+  if ((mono || image.format() == QImage::Format_Indexed8) && has_opaque_table(image)) {
+    const Palette palette = palette_of_table(image.colorTable());
+    return mono ? with_rows_of(image.convertToFormat(QImage::Format_Mono), &palette, 1)
+                : with_rows_of(image, &palette, 8);
+  }
+  if (!image.hasAlphaChannel())
+    return with_rows_of(image.convertToFormat(QImage::Format_BGR888), nullptr, 24);
+  const Picture picture = with_rows_of(image.convertToFormat(QImage::Format_ARGB32), nullptr, 32);
+  return picture && picture_content(picture).opaque ? opaque_true_color(picture) : picture;
 }
 
 }  // namespace vellum

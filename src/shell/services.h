@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "base/host.h"
 #include "core/document.h"
@@ -30,6 +31,8 @@ struct Services {
   std::function<std::optional<std::filesystem::path>()> choose_open;
   /// A file to write, about whose overwriting the user was asked; empty when the user cancelled.
   std::function<std::optional<std::filesystem::path>(const SaveChoice&)> choose_save;
+  /// Pictures to insert, in the order in which they go in; empty when the user cancelled.
+  std::function<std::vector<std::filesystem::path>(bool several)> choose_pictures;
   /// Whether the Shift key is down at this moment.
   std::function<bool()> shift_held;
   /// Whether an operation runs, so that no command may start.

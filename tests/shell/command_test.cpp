@@ -1,3 +1,4 @@
+#include <QClipboard>
 #include <QComboBox>
 #include <QFile>
 #include <QMenu>
@@ -21,6 +22,10 @@ struct EnabledCase {
 };
 
 constexpr EnabledCase kCases[] = {
+    {101, "&PNG (still image)", true, true, true, true},
+    {102, "&Animated PNG (animation)", true, true, true, true},
+    {114, "&MNG (animaton)", true, true, true, true},
+    {105, "&WebP (animaton)", true, true, true, true},
     {58, "&Open\tCtrl+0", true, true, true, true},
     {57, "&Save\tCtrl+S", false, false, true, true},
     {104, "Save &as...", false, false, true, true},
@@ -28,8 +33,31 @@ constexpr EnabledCase kCases[] = {
     {109, "Close a&ll", false, false, true, true},
     {55, "E&xit", true, true, true, true},
     {123, "E&xit", true, true, true, true},
+    {204, "&Undo\tCtrl+Z (Alt+Backspace)", false, false, false, false},
+    {201, "Cu&t\tCtrl+X (Shift+Del)", false, false, false, true},
+    {202, "&Copy\tCtrl+C (Ctrl+Ins)", false, false, false, true},
+    {203, "&Paste\tCtrl+V (Shift+Ins)", false, false, false, false},
     {50, "&Select all\tCtrl+A", false, false, true, true},
     {51, "&Select none", false, false, false, true},
+    {1050, "&Background (BACK)", false, false, false, false},
+    {1055, "&Image", false, false, false, false},
+    {1053, "&Loop (LOOP)", false, false, false, false},
+    {1054, "Loop &end (ENDL)", false, false, false, false},
+    {1056, "&Termination (TERM)", false, false, false, false},
+    {1022, "&Background (BKGD)", false, false, true, true},
+    {1025, "&Compressed text (ZTXT)", false, false, true, true},
+    {1027, "&Gamma (GAMA)", false, false, true, true},
+    {1020, "I&mage (IDAT)", false, false, true, true},
+    {1021, "&Palette (PLTE)", false, false, true, true},
+    {1024, "T&ext (TEXT)", false, false, true, true},
+    {1023, "&Time (TIME)", false, false, true, true},
+    {1026, "T&ransparency (TRNS)", false, false, true, true},
+    {1060, "Image (&WEBP IDAT)", false, false, false, false},
+    {60, "Insert", false, false, true, true},
+    {61, "&Delete chunk", false, false, false, true},
+    {205, "&Edit chunk...\tEnter", false, false, true, true},
+    {206, "M&ove up\tAlt+Up", false, false, true, true},
+    {207, "Mo&ve down\tAlt+Down", false, false, true, true},
     {801, "&Cascade\tShift+F5", false, false, true, true},
     {802, "&Tile\tShift+F4", false, false, true, true},
     {803, "&Arrange Icons", false, false, true, true},
@@ -40,6 +68,7 @@ constexpr EnabledCase kCases[] = {
 
 class CommandTest : public WindowTest {
  protected:
+  CommandTest() { QGuiApplication::clipboard()->clear(); }
   void expect_enabled(const char* state, bool EnabledCase::*expected) {
     settle();
     for (const EnabledCase& c : kCases)
@@ -75,6 +104,14 @@ TEST(CommandTable, KindsNarrowACommand) {
   row.need = Need::Nothing;
   EXPECT_FALSE(command_enabled(row, {true, DocumentKind::MING, 0, 0}));
   EXPECT_FALSE(command_enabled(row, {false, DocumentKind::MING, 3, 0}));
+}
+
+TEST(CommandTable, UndoAndPasteNeedSomethingToGoBackToAndToPaste) {
+  for (const bool there : {false, true}) {
+    EXPECT_EQ(command_enabled(*find_command(204), {true, DocumentKind::PING, 3, 0, there, false}), there);
+    EXPECT_EQ(command_enabled(*find_command(203), {true, DocumentKind::PING, 3, 0, false, there}), there);
+  }
+  EXPECT_FALSE(command_enabled(*find_command(203), {true, DocumentKind::PING, 0, 0, false, true}));
 }
 
 TEST_F(CommandTest, AreEnabledByTheActiveDocument) {

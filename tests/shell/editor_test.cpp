@@ -59,7 +59,7 @@ class EditorTest : public ::testing::Test {
       work();
       if (QApplication::activeModalWidget() == dialog_) dialog_->reject();
     });
-    return open && open(nullptr, window, chunk_find_first(window.list, tag), services_);
+    return open && open(nullptr, window, chunk_find_first(window.list, tag), services_) == Edited::Changed;
   }
   void type(const char* field, const QString& text) {
     QWidget* input = dialog_->form().input(field);

@@ -98,11 +98,11 @@ class PaletteAndByteEditors : public ::testing::Test {
 TEST_F(PaletteAndByteEditors, ThePaletteEditorReversesSortsAndRefuses) {
   DocumentWindow window = paletted_document();
   in_dialog([](QDialog& d) { EXPECT_EQ(d.windowTitle(), "Edit PLTE"); });
-  EXPECT_FALSE(edit_palette(nullptr, window, 1, services_)) << "nothing was changed";
+  EXPECT_NE(edit_palette(nullptr, window, 1, services_), Edited::Changed) << "nothing was changed";
   in_dialog([](QDialog& d) { press(d, "Reverse"); }, QDialogButtonBox::Cancel);
-  EXPECT_FALSE(edit_palette(nullptr, window, 1, services_));
+  EXPECT_NE(edit_palette(nullptr, window, 1, services_), Edited::Changed);
   in_dialog([](QDialog& d) { press(d, "Reverse"); });
-  EXPECT_TRUE(edit_palette(nullptr, window, 1, services_));
+  EXPECT_EQ(edit_palette(nullptr, window, 1, services_), Edited::Changed);
   EXPECT_EQ(PictureGetPixel(picture_of(window.list.record(3)), 0, 0), 4u);
   EXPECT_EQ(payload_of(window, 2), std::string("\xFF\xFF\xFF\x80", 4));
   in_dialog([this](QDialog& d) {
@@ -117,9 +117,9 @@ TEST_F(PaletteAndByteEditors, ThePaletteEditorReversesSortsAndRefuses) {
     press(d, "Remove unused");
     EXPECT_EQ(grid->cells().size(), 4u);
   });
-  EXPECT_TRUE(edit_palette(nullptr, window, 1, services_));
+  EXPECT_EQ(edit_palette(nullptr, window, 1, services_), Edited::Changed);
   EXPECT_EQ(payload_of(window, 1).size(), 12u);
-  EXPECT_FALSE(edit_palette(nullptr, window, 0, services_)) << "not a palette";
+  EXPECT_NE(edit_palette(nullptr, window, 0, services_), Edited::Changed) << "not a palette";
   EXPECT_EQ(answers_.messages.back().id, StringId::ErrorAccessingChunk);
 }
 
@@ -131,11 +131,11 @@ TEST_F(PaletteAndByteEditors, ThePaletteEditorLoadsSavesAndDrags) {
     press(d, "Save...");
     emit d.findChild<PaletteGrid*>()->swap_wanted(0, 1);
   });
-  EXPECT_TRUE(edit_palette(nullptr, window, 1, services_));
+  EXPECT_EQ(edit_palette(nullptr, window, 1, services_), Edited::Changed);
   EXPECT_EQ(payload_of(window, 1).substr(0, 6), std::string("\0\xFF\0\xFF\0\0", 6));
   EXPECT_EQ(PictureGetPixel(picture_of(window.list.record(3)), 0, 0), 1u);
   in_dialog([](QDialog& d) { press(d, "Load..."); });
-  EXPECT_TRUE(edit_palette(nullptr, window, 1, services_));
+  EXPECT_EQ(edit_palette(nullptr, window, 1, services_), Edited::Changed);
   EXPECT_EQ(payload_of(window, 1).substr(0, 6), std::string("\xFF\0\0\0\xFF\0", 6));
   SafeFile bad(folder_ / "bad.gpl");
   const std::uint8_t text[] = "nothing";
@@ -143,7 +143,7 @@ TEST_F(PaletteAndByteEditors, ThePaletteEditorLoadsSavesAndDrags) {
   bad.commit();
   answers_.file = folder_ / "bad.gpl";
   in_dialog([](QDialog& d) { press(d, "Load..."); });
-  EXPECT_FALSE(edit_palette(nullptr, window, 1, services_));
+  EXPECT_NE(edit_palette(nullptr, window, 1, services_), Edited::Changed);
   EXPECT_EQ(answers_.messages.back().text, "This file holds no palette.");
 }
 
@@ -194,10 +194,10 @@ TEST_F(PaletteAndByteEditors, TheTransparencyEditorSetsAlphas) {
     grid->set_current(0);
     press(d, "Make this color transparent");
   });
-  EXPECT_TRUE(edit_transparency(nullptr, window, 2, services_));
+  EXPECT_EQ(edit_transparency(nullptr, window, 2, services_), Edited::Changed);
   EXPECT_EQ(payload_of(window, 2), std::string("\0\x80\x28\x28", 4));
   in_dialog([](QDialog& d) { press(d, "All opaque"); });
-  EXPECT_TRUE(edit_transparency(nullptr, window, 2, services_));
+  EXPECT_EQ(edit_transparency(nullptr, window, 2, services_), Edited::Changed);
   EXPECT_EQ(payload_of(window, 2), "\xFF") << "one entry stays";
 }
 
@@ -218,7 +218,7 @@ TEST_F(PaletteAndByteEditors, TheTransparentColorIsPickedAtTheHeadersDepth) {
       emit view->picked({3, 3});
       EXPECT_EQ(view->pixel_color({3, 3}).alpha(), 0) << "the preview shows it";
     });
-    EXPECT_TRUE(edit_transparency(nullptr, window, 1, services_));
+    EXPECT_EQ(edit_transparency(nullptr, window, 1, services_), Edited::Changed);
     EXPECT_EQ(payload_of(window, 1), expected) << depth;
   }
 }
@@ -226,11 +226,11 @@ TEST_F(PaletteAndByteEditors, TheTransparentColorIsPickedAtTheHeadersDepth) {
 TEST_F(PaletteAndByteEditors, TransparencyIsRefusedWhereItCanNotBe) {
   DocumentWindow window = paletted_document();
   chunk_list_put(window.list, 0, header(8, 6));
-  EXPECT_FALSE(edit_transparency(nullptr, window, 2, services_));
+  EXPECT_NE(edit_transparency(nullptr, window, 2, services_), Edited::Changed);
   EXPECT_EQ(answers_.messages.back().text, "Images with an alpha channel have no transparency chunk.");
   chunk_list_put(window.list, 0, header(8, 3));
   window.list.remove(1);
-  EXPECT_FALSE(edit_transparency(nullptr, window, 1, services_));
+  EXPECT_NE(edit_transparency(nullptr, window, 1, services_), Edited::Changed);
   EXPECT_EQ(answers_.messages.back().text, "There is no palette in this document.");
 }
 
@@ -239,7 +239,7 @@ TEST_F(PaletteAndByteEditors, UnknownChunksAreReadRenamedAndFilled) {
   in_dialog([](QDialog& d) {
     EXPECT_TRUE(d.findChild<QPlainTextEdit*>()->toPlainText().startsWith("Horizontal: 2835 per meter"));
   });
-  EXPECT_FALSE(edit_unknown(nullptr, window, 4, services_));
+  EXPECT_NE(edit_unknown(nullptr, window, 4, services_), Edited::Changed);
   const auto file = folder_ / "bytes";
   answers_.file = file;
   in_dialog([this](QDialog& d) {
@@ -259,7 +259,7 @@ TEST_F(PaletteAndByteEditors, UnknownChunksAreReadRenamedAndFilled) {
     bytes->go_to(0);
     QTest::keyClicks(bytes, "7f");
   });
-  EXPECT_TRUE(edit_unknown(nullptr, window, 4, services_));
+  EXPECT_EQ(edit_unknown(nullptr, window, 4, services_), Edited::Changed);
   EXPECT_EQ(window.list.record(4).tag, make_tag("prVt"));
   EXPECT_EQ(window.list.record(4).size, 18);
   EXPECT_EQ(payload_of(window, 4).substr(0, 4), std::string("\x7F\0\x0B\x13", 4));

@@ -69,6 +69,10 @@ Services Answers::services() {
     saveChoices.push_back(choice);
     return save;
   };
+  services.choose_pictures = [this](bool several) {
+    severalPictures = several;
+    return pictures;
+  };
   services.shift_held = [this] { return shift; };
   services.busy = [this] { return busy; };
   services.choose_file = [this](const FileChoice&) { return file; };

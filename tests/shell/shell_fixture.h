@@ -18,6 +18,8 @@ struct Answers {
   std::deque<Answer> answers;  ///< for the questions in their order; Yes when there are no more
   std::optional<std::filesystem::path> open, save, file;
   std::vector<SaveChoice> saveChoices;
+  std::vector<std::filesystem::path> pictures;
+  std::optional<bool> severalPictures;  ///< as it was asked for
   bool shift = false;
   bool busy = false;
 

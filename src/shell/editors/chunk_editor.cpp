@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/chunk_fields.h"
+#include "shell/editors/edit_image.h"
 #include "shell/editors/edit_palette.h"
 #include "shell/editors/edit_transparency.h"
 #include "shell/editors/edit_unknown.h"
@@ -59,15 +60,15 @@ OpenEditor find_editor(DocumentKind kind, ChunkTag tag) {
     return editor.tag == tag && (editor.kind == kAny || editor.kind == kind);
   });
   if (row != std::end(kEditors)) return row->open;
-  return is_image_entry(kind, tag) ? nullptr : edit_unknown;
+  return is_image_entry(kind, tag) ? edit_image : edit_unknown;
 }
 
 OpenEditor find_editor(const DocumentWindow& window, std::size_t index) {
   const ChunkTag tag = window.list.record(index).tag;
   const OpenEditor open = find_editor(window.document.kind, tag);
   const bool image = is_image_entry(window.document.kind, tag);
-  const bool has_values = image || tag == tag::IEND || tag == tag::MEND || tag == tag::PLTE || tag == tag::tRNS ||
-                          !chunk_fields(window, index).empty();
+  const bool has_values = image || tag == tag::IEND || tag == tag::MEND || tag == tag::PLTE ||
+                          tag == tag::tRNS || !chunk_fields(window, index).empty();
   return has_values ? open : edit_unknown;
 }
 

@@ -8,14 +8,20 @@
 
 namespace vellum {
 
-/// Opens the editor of an entry and waits. True: the entry changed (others may have, too). The caller has
-/// taken the undo level before, and makes the calls that close a change after.
-using OpenEditor = bool (*)(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services);
+enum class Edited {
+  Cancelled,  ///< nothing was touched; it also failed to open, after a message
+  Same,       ///< OK, with nothing to change
+  Changed,    ///< the entry changed (others may have, too)
+};
 
-/// The editor of a tag in a kind of document; its bytes are edited where it has none of its own. Null
-/// for images.
+/// Opens the editor of an entry and waits. The caller has taken the undo level before, and makes the calls
+/// that close a change after.
+using OpenEditor = Edited (*)(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services);
+
+/// The editor of a tag in a kind of document; its bytes are edited where it has none of its own.
 OpenEditor find_editor(DocumentKind kind, ChunkTag tag);
-/// The editor of an entry: of its tag, or of its bytes where the content is laid out as its tag does not know.
+/// The editor of an entry: of its tag, or of its bytes where the content is laid out as its tag does not
+/// know.
 OpenEditor find_editor(const DocumentWindow& window, std::size_t index);
 
 }  // namespace vellum

@@ -239,14 +239,15 @@ void PaletteEditor::reverse() {
 
 }  // namespace
 
-bool edit_palette(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
+Edited edit_palette(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
   if (!palette_edit_of(window, index)) {
     services.host.show(StringId::ErrorAccessingChunk);
-    return false;
+    return Edited::Cancelled;
   }
   PaletteEditor editor(parent, window, index, services);
-  if (editor.dialog.exec() != QDialog::Accepted) return false;
-  return apply_palette(window, index, editor.edit, editor.change->isChecked());
+  if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
+  return apply_palette(window, index, editor.edit, editor.change->isChecked()) ? Edited::Changed
+                                                                               : Edited::Same;
 }
 
 }  // namespace vellum

@@ -237,15 +237,16 @@ void TransparencyEditor::show_picture() {
 
 }  // namespace
 
-bool edit_transparency(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
+Edited edit_transparency(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
   std::string fault;
   auto edit = transparency_edit_of(window, index, fault);
   if (!edit) {
     tell(services, {}, fault);
-    return false;
+    return Edited::Cancelled;
   }
   TransparencyEditor editor(parent, std::move(*edit), shown_picture(window), services);
-  return editor.dialog.exec() == QDialog::Accepted && apply_transparency(window, index, editor.edit);
+  if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
+  return apply_transparency(window, index, editor.edit) ? Edited::Changed : Edited::Same;
 }
 
 }  // namespace vellum

@@ -165,23 +165,23 @@ std::string UnknownEditor::check() const {
 
 bool has_own_editor(ChunkTag tag) { return std::ranges::find(kOwnEditors, tag) != std::end(kOwnEditors); }
 
-bool edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
+Edited edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
   ChunkRecord record;
-  if (!chunk_list_get(window.list, index, record)) return false;
+  if (!chunk_list_get(window.list, index, record)) return Edited::Cancelled;
   UnknownEditor editor(parent, window.document.kind, record, services);
-  if (editor.dialog.exec() != QDialog::Accepted) return false;
+  if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
   const auto content = editor.bytes->view().bytes();
   const ChunkTag tag = tag_of(editor.name->text());
-  if (tag == record.tag && std::ranges::equal(content, raw_payload(record))) return false;
+  if (tag == record.tag && std::ranges::equal(content, raw_payload(record))) return Edited::Same;
   record.data = ChunkHandle::copy_of(content);
   if (!record.data) {
     services.host.show(StringId::AllocationError);
-    return false;
+    return Edited::Cancelled;
   }
   record.tag = tag;
   record.size = static_cast<std::int32_t>(content.size());
   record.description = chunk_description(record);
-  return chunk_list_put(window.list, index, record);
+  return chunk_list_put(window.list, index, record) ? Edited::Changed : Edited::Cancelled;
 }
 
 }  // namespace vellum

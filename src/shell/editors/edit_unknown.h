@@ -1,14 +1,11 @@
 // The editor of chunks that have none of their own: bytes, tag, and what both say.
 #pragma once
 
-#include "shell/services.h"
-
-class QWidget;
+#include "shell/editors/chunk_editor.h"
 
 namespace vellum {
 
-/// True: the entry changed.
-bool edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services);
+Edited edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services);
 
 /// Whether a tag has an editor of its own, so that no other chunk may take its name.
 bool has_own_editor(ChunkTag tag);

@@ -40,14 +40,14 @@ void add_note(Editing& editing) {
 
 }  // namespace
 
-bool open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services,
-                       Decorate decorate) {
+Edited open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services,
+                         Decorate decorate) {
   const ChunkTag tag = window.list.record(index).tag;
   std::vector<Field> fields = chunk_fields(window, index);
   const bool is_end = tag == tag::IEND || tag == tag::MEND;
   if (fields.empty() && !is_end) {
     services.host.show(StringId::ErrorAccessingChunk);
-    return false;
+    return Edited::Cancelled;
   }
   const FieldValues values = read_chunk_fields(window, index);
   FormDialog dialog(editor_title(tag), topic_of(tag), std::move(fields), values, services.host, parent);
@@ -62,7 +62,8 @@ bool open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t inde
     for (const auto button : {QDialogButtonBox::Cancel, QDialogButtonBox::Reset})
       dialog.buttons().button(button)->hide();
   dialog.adjustSize();
-  return dialog.exec() == QDialog::Accepted && changed;
+  if (dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
+  return changed ? Edited::Changed : Edited::Same;
 }
 
 void link_fields(Form& form, std::initializer_list<const char*> names, std::function<void()> follow) {

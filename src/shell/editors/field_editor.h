@@ -19,12 +19,12 @@ struct Editing {
 /// What a tag adds to its form; null: nothing.
 using Decorate = void (*)(Editing& editing);
 
-/// False, after a message, where the payload is not laid out as fields.
-bool open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services,
-                       Decorate decorate);
+/// Cancelled, after a message, where the payload is not laid out as fields.
+Edited open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services,
+                         Decorate decorate);
 
 template <Decorate Add>
-bool open_fields(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
+Edited open_fields(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
   return open_field_editor(parent, window, index, services, Add);
 }
 
@@ -39,6 +39,10 @@ void decorate_samples(Editing& editing);        // bKGD, tRNS, BACK
 /// Two fields (or groups of them) that tell the same thing: `follow` runs when the user edits one of `names`,
 /// and what it sets makes nothing else follow.
 void link_fields(Form& form, std::initializer_list<const char*> names, std::function<void()> follow);
+
+/// "bitDepth" offers what the chosen "colorType" allows. A depth that isn't offered stays until the color
+/// type changes.
+void offer_depths_of_color_type(Form& form, DocumentKind kind);
 
 /// Keeps "rate" and "delayNum", "delayDen" of a frame's form telling the same delay.
 void link_frame_rate(Form& form);

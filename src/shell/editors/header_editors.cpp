@@ -25,17 +25,19 @@ FrameDelay typed_delay(const FieldValues& values) {
 
 }  // namespace
 
-void decorate_header(Editing& editing) {
-  Form& form = editing.form;
-  const DocumentKind kind = editing.window.document.kind;
+void offer_depths_of_color_type(Form& form, DocumentKind kind) {
   const auto offer = [&form, kind] {
     form.set_choices("bitDepth", bit_depths(kind, form.values().number("colorType")));
   };
   link_fields(form, {"colorType"}, offer);
-  // A loaded animation may have a depth that isn't offered: it stays until the color type changes.
   const FieldValues values = form.values();
   const auto offered = bit_depths(kind, values.number("colorType"));
   if (std::ranges::find(offered, values.number("bitDepth"), &FieldChoice::value) != offered.end()) offer();
+}
+
+// A loaded animation may have a depth that isn't offered.
+void decorate_header(Editing& editing) {
+  offer_depths_of_color_type(editing.form, editing.window.document.kind);
 }
 
 void decorate_mng_header(Editing& editing) {

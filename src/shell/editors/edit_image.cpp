@@ -1,0 +1,299 @@
+#include "shell/editors/edit_image.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QGridLayout>
+#include <QInputDialog>
+#include <QMenu>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "configuration/shell_settings.h"
+#include "core/frame_values.h"
+#include "core/image_edit.h"
+#include "core/settings.h"
+#include "image/graphic_file.h"
+#include "image/picture_operations.h"
+#include "image/resample.h"
+#include "shell/editors/edit_palette.h"
+#include "shell/editors/edit_transparency.h"
+#include "shell/editors/editor_pages.h"
+#include "shell/editors/field_editor.h"
+#include "shell/file_dialogs.h"
+#include "shell/paint.h"
+#include "shell/picture_image.h"
+#include "shell/style.h"
+#include "shell/text.h"
+#include "shell/widgets/color_dialog.h"
+#include "shell/widgets/picture_panel.h"
+
+namespace vellum {
+namespace {
+
+constexpr QSize kViewSize(460, 380);
+
+/// Everything is done to a copy of the document, which costs a list; OK makes it the document.
+struct ImageEditor {
+  ImageEditor(QWidget* parent, DocumentWindow& window, std::size_t edited, Services& answers);
+
+  QWidget* make_picture_part();
+  void add_buttons(QGridLayout* grid);
+  void lay_out();
+  void show_picture();
+  void show_state();
+
+  const ChunkRecord& record() const { return scratch.list.record(index); }
+  Picture picture() const { return picture_of(record()); }
+  DocumentKind kind() const { return scratch.document.kind; }
+  /// The entry that holds the image's colors or transparency; kNoEntry for none.
+  std::size_t palette_entry() const;
+  std::size_t transparency_entry() const;
+
+  void take(const Picture& other);
+  void replace();
+  void export_picture();
+  void copy();
+  void paste();
+  void paint();
+  void edit_colors();
+  void edit_alphas();
+  void alpha_from_color();
+  void remove_alpha();
+  void set_alpha();
+  void resize_to_canvas();
+  void pad_to_canvas();
+
+  Services& services;
+  DocumentWindow scratch;
+  std::size_t index;
+  FormDialog dialog;
+  PicturePanel* panel = nullptr;
+  QPushButton *paletteButton = nullptr, *transparencyButton = nullptr, *alphaButton = nullptr,
+              *fitButton = nullptr, *pasteButton = nullptr;
+  bool changed = false;
+};
+
+DocumentWindow copy_of(const DocumentWindow& window, std::size_t index) {
+  DocumentWindow copy{window.document, window.list, {}};
+  copy.document.caret = static_cast<std::int32_t>(index);
+  return copy;
+}
+
+ImageEditor::ImageEditor(QWidget* parent, DocumentWindow& window, std::size_t edited, Services& answers)
+    : services(answers),
+      scratch(copy_of(window, edited)),
+      index(edited),
+      dialog(editor_title(window.list.record(edited).tag),
+             to_qt("CHUNK_" + tag_letters(window.list.record(edited).tag)), chunk_fields(scratch, edited),
+             read_chunk_fields(scratch, edited), answers.host, parent) {
+  lay_out();
+  if (dialog.form().has("rate")) link_frame_rate(dialog.form());
+  dialog.form().setVisible(!dialog.form().fields().empty());
+  dialog.check = [this](const FieldValues& typed) { return check_chunk_fields(scratch, index, typed); };
+  dialog.repair = repair_chunk_fields;
+  dialog.apply = [this](const FieldValues& typed) {
+    const Applied applied = apply_chunk_fields(scratch, index, typed, services.host);
+    if (applied == Applied::Failed)
+      services.host.show(StringId::ErrorAccessingChunk, {}, services.host.take_fault());
+    changed = changed || applied == Applied::Changed;
+    return applied != Applied::Failed;
+  };
+  show_picture();
+}
+
+void ImageEditor::lay_out() {
+  auto* outer = static_cast<QVBoxLayout*>(dialog.layout());
+  outer->removeWidget(&dialog.form());
+  auto* row = new QHBoxLayout;
+  row->setSpacing(style::kWideGap);
+  row->addWidget(make_picture_part(), 1);
+  row->addWidget(&dialog.form());
+  outer->insertLayout(0, row, 1);
+}
+
+QWidget* ImageEditor::make_picture_part() {
+  auto* part = new QWidget(&dialog);
+  panel = new PicturePanel(part);
+  panel->setMinimumSize(kViewSize);
+  auto* grid = new QGridLayout;
+  grid->setSpacing(style::kGap);
+  add_buttons(grid);
+  auto* layout = new QVBoxLayout(part);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(style::kGap);
+  layout->addWidget(panel, 1);
+  layout->addLayout(grid);
+  return part;
+}
+
+void ImageEditor::add_buttons(QGridLayout* grid) {
+  int place = 0;
+  const auto add = [&](const char* text, const char* name) {
+    auto* button = new QPushButton(QObject::tr(text), &dialog);
+    button->setAutoDefault(false);
+    button->setObjectName(QLatin1String(name));
+    grid->addWidget(button, place / 4, place % 4);
+    ++place;
+    return button;
+  };
+  const auto does = [&](QPushButton* button, void (ImageEditor::*work)()) {
+    QObject::connect(button, &QPushButton::clicked, &dialog, [this, work] { (this->*work)(); });
+    return button;
+  };
+  const auto offers = [&](QPushButton* button,
+                          std::initializer_list<std::pair<const char*, void (ImageEditor::*)()>> items) {
+    auto* menu = new QMenu(button);
+    for (const auto& [text, work] : items)
+      QObject::connect(menu->addAction(QObject::tr(text)), &QAction::triggered, &dialog,
+                       [this, w = work] { (this->*w)(); });
+    button->setMenu(menu);
+    return button;
+  };
+  does(add("&Replace...", "replace"), &ImageEditor::replace);
+  does(add("E&xport...", "export"), &ImageEditor::export_picture);
+  does(add("&Copy", "copy"), &ImageEditor::copy);
+  pasteButton = does(add("P&aste", "paste"), &ImageEditor::paste);
+  does(add("Pai&nt...", "paint"), &ImageEditor::paint);
+  paletteButton = does(add("Pa&lette...", "palette"), &ImageEditor::edit_colors);
+  transparencyButton = does(add("&Transparency...", "transparency"), &ImageEditor::edit_alphas);
+  alphaButton = offers(add("Alp&ha", "alpha"), {{"From a &color...", &ImageEditor::alpha_from_color},
+                                                {"&Remove...", &ImageEditor::remove_alpha},
+                                                {"&Set...", &ImageEditor::set_alpha}});
+  fitButton = offers(add("&Fit", "fit"), {{"&Resize to the canvas", &ImageEditor::resize_to_canvas},
+                                          {"&Pad to the canvas", &ImageEditor::pad_to_canvas}});
+}
+
+std::size_t ImageEditor::palette_entry() const {
+  if (!picture() || picture().bits() > 8) return kNoEntry;
+  return kind() == DocumentKind::MING ? index : chunk_find_first(scratch.list, tag::PLTE);
+}
+
+std::size_t ImageEditor::transparency_entry() const {
+  if (!picture() || picture().bits() > 8) return kNoEntry;
+  return kind() == DocumentKind::MING ? index : chunk_find_first(scratch.list, tag::tRNS);
+}
+
+void ImageEditor::show_picture() {
+  const Picture own = picture();
+  const auto table =
+      kind() == DocumentKind::MING ? image_transparency(record()) : document_transparency(scratch.list);
+  panel->set_picture(own && !table.empty() ? PictureWithTransparency(own, table) : own, own);
+  show_state();
+}
+
+void ImageEditor::show_state() {
+  const bool indexed = picture() && picture().bits() <= 8;
+  paletteButton->setEnabled(palette_entry() != kNoEntry);
+  transparencyButton->setEnabled(transparency_entry() != kNoEntry);
+  alphaButton->setEnabled(picture() && !indexed);
+  const Extent canvas = document_size(scratch.list, scratch.document);
+  fitButton->setEnabled(picture() &&
+                        (canvas.width != picture().width() || canvas.height != picture().height()));
+  pasteButton->setEnabled(!QApplication::clipboard()->image().isNull());
+}
+
+/// The image becomes this picture, fitted to the document.
+void ImageEditor::take(const Picture& other) {
+  if (!other) return services.host.show(StringId::AllocationError);
+  if (!replace_image(scratch, index, other, services.host))
+    return services.host.show(StringId::AllocationError);
+  changed = true;
+  show_picture();
+}
+
+void ImageEditor::replace() {
+  if (!services.choose_file) return;
+  const auto path = services.choose_file({QObject::tr("Replace image").toStdString(),
+                                          picture_filters().toStdString(), settings::OpenImportPath, false});
+  if (!path) return;
+  if (const Picture other = GraphicFileRead(path->string()))
+    take(other);
+  else
+    services.host.show(StringId::ErrorReadingFile, {}, path->string());
+}
+
+void ImageEditor::export_picture() {
+  if (!services.choose_file) return;
+  const auto path = services.choose_file({QObject::tr("Export image").toStdString(),
+                                          picture_filters().toStdString(), settings::OpenExportPath, true});
+  if (path && !GraphicFileWrite(path->string(), picture()))
+    services.host.show(StringId::ErrorWritingFile, {}, path->string());
+}
+
+void ImageEditor::copy() {
+  QApplication::clipboard()->setImage(image_of_picture(panel->view().picture()));
+  show_state();
+}
+
+void ImageEditor::paste() {
+  if (const Picture other = picture_of_image(QApplication::clipboard()->image())) take(other);
+}
+
+void ImageEditor::paint() {
+  if (const auto painted = paint_elsewhere(&dialog, picture(), services)) take(*painted);
+}
+
+void ImageEditor::edit_colors() {
+  if (edit_palette(&dialog, scratch, palette_entry(), services) != Edited::Changed) return;
+  changed = true;
+  show_picture();
+}
+
+void ImageEditor::edit_alphas() {
+  if (edit_transparency(&dialog, scratch, transparency_entry(), services) != Edited::Changed) return;
+  changed = true;
+  show_picture();
+}
+
+void ImageEditor::alpha_from_color() {
+  const auto color = ask_for_color(&dialog, {.color = static_cast<Colour>(settings::BackColour) & 0xFFFFFF,
+                                             .picture = picture(),
+                                             .palette = {},
+                                             .title = QObject::tr("The color that becomes transparent")});
+  if (color) take(with_color_transparent(picture(), *color));
+}
+
+void ImageEditor::remove_alpha() {
+  const auto ground = ask_for_color(&dialog, {.color = document_background(scratch.list, scratch.document),
+                                              .picture = {},
+                                              .palette = {},
+                                              .title = QObject::tr("The color behind the image")});
+  if (ground) take(PictureFlatten(picture(), *ground));
+}
+
+void ImageEditor::set_alpha() {
+  bool accepted = false;
+  const int level =
+      QInputDialog::getInt(&dialog, QObject::tr("Set alpha"), QObject::tr("Alpha (0 to 255):"),
+                           std::clamp(settings::InitialAlphaLevel, 0, 255), 0, 255, 1, &accepted);
+  if (accepted) take(with_alpha_level(picture(), static_cast<std::uint8_t>(level)));
+}
+
+void ImageEditor::resize_to_canvas() {
+  const Extent canvas = document_size(scratch.list, scratch.document);
+  take(PictureResample(picture(), canvas.width, canvas.height, ResampleFilter::Automatic));
+}
+
+void ImageEditor::pad_to_canvas() {
+  const Colour ground =
+      picture().bits() > 8 ? document_background(scratch.list, scratch.document) : Colour{0};
+  take(padded_to(picture(), document_size(scratch.list, scratch.document), ground));
+}
+
+}  // namespace
+
+Edited edit_image(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
+  ImageEditor editor(parent, window, index, services);
+  editor.dialog.adjustSize();
+  if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
+  if (!editor.changed) return Edited::Same;
+  const std::int32_t caret = window.document.caret;
+  const auto moved = static_cast<std::int32_t>(editor.index) - static_cast<std::int32_t>(index);
+  window.document.caret = caret >= static_cast<std::int32_t>(index) ? caret + moved : caret;
+  window.document.defaultImage = editor.scratch.document.defaultImage;
+  window.document.PartialRedraw = true;
+  window.list = editor.scratch.list;
+  return Edited::Changed;
+}
+
+}  // namespace vellum

@@ -1,0 +1,121 @@
+#include "shell/paint.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileSystemWatcher>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "configuration/shell_settings.h"
+#include "image/graphic_file.h"
+#include "image/picture_operations.h"
+#include "image/settings.h"
+#include "image/temporary_names.h"
+#include "shell/style.h"
+#include "shell/text.h"
+#include "shell/widgets/picture_panel.h"
+
+namespace vellum {
+namespace {
+
+constexpr int kFirstNumber = 1;    // of the names that are tried
+constexpr int kSettleDelay = 200;  // ms from the last change of the file until it is read
+
+/// Well-known programs, looked for in the search path when none is chosen.
+constexpr const char* kKnownPrograms[] = {"krita",   "gimp",    "kolourpaint", "pinta",
+                                          "mtpaint", "drawing", "grafx2"};
+
+/// A file that is gone when the object is.
+struct TemporaryFile {
+  explicit TemporaryFile(std::filesystem::path name) : path(std::move(name)) {}
+  ~TemporaryFile() {
+    std::error_code error;
+    std::filesystem::remove(path, error);
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  std::filesystem::path path;
+};
+
+QString program_to_start() {
+  if (settings::UseWindowsPaintbrush != 0) return QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+  if (!settings::PaintbrushPath.empty()) return to_qt(settings::PaintbrushPath);
+  if (settings::SearchForPaintbrush == 0) return {};
+  for (const char* name : kKnownPrograms)
+    if (const QString found = QStandardPaths::findExecutable(QLatin1String(name)); !found.isEmpty())
+      return found;
+  return {};
+}
+
+/// What is handed over: alpha is laid on the background where the program knows none.
+Picture picture_to_paint(const Picture& picture) {
+  if (picture.bits() != 32 || settings::PaintbrushSupportsAlpha != 0) return picture;
+  return PictureFlattenAlpha(picture, static_cast<Colour>(settings::DefaultBackgroundColour) & 0xFFFFFF);
+}
+
+/// Shows the file as it is now and asks whether it is done.
+class WaitingBox : public QDialog {
+ public:
+  WaitingBox(const std::filesystem::path& path, QWidget* parent) : QDialog(parent), path_(path) {
+    setWindowTitle(QObject::tr("Paint"));
+    auto* text = new QLabel(text_of(StringId::EditThenDone), this);
+    panel_ = new PicturePanel(this);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+    buttons->addButton(QObject::tr("&Done"), QDialogButtonBox::AcceptRole)->setDefault(true);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
+    layout->setSpacing(style::kWideGap);
+    layout->addWidget(text);
+    layout->addWidget(panel_, 1);
+    layout->addWidget(buttons);
+    // Programs write a new file and rename it over the old one: the watch has to be set anew.
+    settle_.setSingleShot(true);
+    settle_.setInterval(kSettleDelay);
+    connect(&settle_, &QTimer::timeout, this, [this] { refresh(); });
+    connect(&watcher_, &QFileSystemWatcher::fileChanged, &settle_, qOverload<>(&QTimer::start));
+    connect(&watcher_, &QFileSystemWatcher::directoryChanged, &settle_, qOverload<>(&QTimer::start));
+    watcher_.addPath(path_text(path_.parent_path()));
+    refresh();
+  }
+
+ private:
+  void refresh() {
+    watcher_.addPath(path_text(path_));
+    if (const Picture picture = GraphicFileRead(path_.string())) panel_->set_picture(picture);
+  }
+
+  std::filesystem::path path_;
+  PicturePanel* panel_;
+  QFileSystemWatcher watcher_;
+  QTimer settle_;
+};
+
+}  // namespace
+
+std::optional<Picture> paint_elsewhere(QWidget* parent, const Picture& picture, Services& services) {
+  const bool alpha = picture.bits() == 32 && settings::PaintbrushSupportsAlpha != 0;
+  const TemporaryFile file(NextTempName("Paint", alpha ? ".png" : ".bmp", kFirstNumber));
+  if (!GraphicFileWrite(file.path.string(), picture_to_paint(picture))) {
+    services.host.show(StringId::ErrorWritingFile);
+    return std::nullopt;
+  }
+  const QString program = program_to_start();
+  if (program.isEmpty() || !QProcess::startDetached(program, {path_text(file.path)})) {
+    services.host.show(StringId::PaintNotStarted);
+    return std::nullopt;
+  }
+  if (WaitingBox(file.path, parent).exec() != QDialog::Accepted) return std::nullopt;
+  Picture painted = GraphicFileRead(file.path.string());
+  if (painted) return painted;
+  services.host.show(StringId::ErrorReadingFile);
+  return std::nullopt;
+}
+
+}  // namespace vellum

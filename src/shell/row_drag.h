@@ -1,0 +1,29 @@
+// Rows that are dragged inside a list, to another window and to another program; files dropped on a list.
+#pragma once
+
+#include <QMimeData>
+#include <QPixmap>
+
+namespace vellum {
+
+class MainWindow;
+class DocumentFrame;
+
+/// What the drag of the selected rows carries: where they come from, and for other programs their block,
+/// which is made when it is asked for.
+QMimeData* dragged_rows(DocumentFrame& frame);
+/// The first image of the selection with the number of images beside it.
+QPixmap drag_pixmap(DocumentFrame& frame);
+/// Drags the selected images until they are dropped or Escape is pressed; nothing without any.
+void drag_rows(DocumentFrame& frame);
+
+/// Whether the list of this window takes what is dragged: rows, chunks of another program, and on an
+/// animation files.
+bool may_drop_on(DocumentFrame& frame, const QMimeData& data);
+/// Copies it behind `row`, as soon as the drag is over.
+void drop_on(MainWindow& main, DocumentFrame& frame, const QMimeData& data, std::size_t row);
+
+/// The files of this machine that are dragged.
+std::vector<std::filesystem::path> dragged_files(const QMimeData& data);
+
+}  // namespace vellum
