@@ -1,9 +1,8 @@
 #include <cstdio>
 
 #include "cli/command.h"
-#include "configuration/shell_settings.h"
+#include "configuration/property_limits.h"
 #include "core/open_document.h"
-#include "operations/animation_properties.h"
 
 namespace vellum::cli {
 namespace {
@@ -13,12 +12,6 @@ struct PropertiesOptions {
   bool json = false;
 };
 
-PropertyLimits limits_of_settings() {
-  using namespace settings;
-  return {PropertiesDimensionYellow, PropertiesDimensionRed, PropertiesFileYellow,
-          PropertiesFileRed,         PropertiesMemYellow,    PropertiesMemRed};
-}
-
 int run_properties(const PropertiesOptions& options, Host& host) {
   DocumentWindow window;
   if (!open_document(window, options.file, host)) return kFailed;
@@ -26,8 +19,8 @@ int run_properties(const PropertiesOptions& options, Host& host) {
   properties.fileSize = settings::PropertiesFileSizeEnable != 0 ? size_when_written(window, host)
                                                                 : size_on_disk(window.document);
   sort_frames(properties.frames, frame_column(settings::PropertiesSort));
-  const std::string text = options.json ? properties_json(properties, limits_of_settings())
-                                        : properties_text(properties, limits_of_settings());
+  const std::string text = options.json ? properties_json(properties, property_limits())
+                                        : properties_text(properties, property_limits());
   std::fputs(text.c_str(), stdout);
   return std::fflush(stdout) == 0 ? kDone : kFailed;
 }

@@ -28,12 +28,6 @@ bool same_frame(const ChunkRecord& a, const ChunkRecord& b, DocumentKind kind, s
          a.webpImage.dispose == b.webpImage.dispose && clears_canvas(a) == clears_canvas(b);
 }
 
-/// The calls that close a change; the first frame of an animated PNG fills the canvas afterwards.
-void close(DocumentWindow& window, bool counted) {
-  finish_edit(window, counted);
-  pad_first_frame(window);
-}
-
 enum class Closes { Times, Places };
 
 Managed change_frames(DocumentWindow& window, const FrameList& frames, Closes closes, const Change& change) {
@@ -54,7 +48,7 @@ Managed change_frames(DocumentWindow& window, const FrameList& frames, Closes cl
       ++managed.changed;
     }
   }
-  if (managed.changed > 0) close(window, closes == Closes::Times);
+  if (managed.changed > 0) finish_frames(window, closes == Closes::Times);
   return managed;
 }
 
@@ -128,6 +122,11 @@ std::size_t delete_entries(DocumentWindow& window, const std::function<bool(std:
 }
 
 }  // namespace
+
+void finish_frames(DocumentWindow& window, bool counted) {
+  finish_edit(window, counted);
+  pad_first_frame(window);
+}
 
 std::uint64_t total_time_ms(const DocumentWindow& window, const FrameList& frames) {
   const std::uint32_t ticks = ticks_per_second(window.list);
@@ -272,7 +271,7 @@ Managed duplicate_frames(DocumentWindow& window, const FrameList& frames) {
   const QuietList quiet(window.list);
   window.list.insert(window.list.size(), copies);
   window.list.reorder(order);
-  close(window, true);
+  finish_frames(window, true);
   return {copies.size(), 0};
 }
 
@@ -303,7 +302,7 @@ Managed shift_frames(DocumentWindow& window, FrameList& frames, bool down) {
   frames.clear();
   for (std::size_t i = 0; i < count; ++i)
     if (moving[i]) frames.push_back(i);
-  close(window, true);
+  finish_frames(window, true);
   return {swaps, 0};
 }
 
@@ -332,6 +331,21 @@ std::size_t delete_all_but_images(DocumentWindow& window) {
     const ChunkTag tag = window.list.record(i).tag;
     return !is_image_entry(kind, tag) && !serves_images(tag) && !stream_of(streams, i);
   });
+}
+
+bool take_draft(DocumentWindow& window, const DocumentWindow& draft) {
+  bool same = window.list.size() == draft.list.size();
+  for (std::size_t i = 0; same && i < window.list.size(); ++i)
+    same = window.list.entry(i).record == draft.list.entry(i).record;
+  if (same) return false;
+  window.document.caret = draft.document.caret;
+  window.document.defaultImage = draft.document.defaultImage;
+  window.document.PartialRedraw = true;
+  const QuietList quiet(window.list);
+  window.list = draft.list;
+  // The draft has made the closing calls that forget counts.
+  finish_edit(window, false);
+  return true;
 }
 
 }  // namespace vellum

@@ -38,6 +38,10 @@ Managed set_total_time(DocumentWindow& window, const FrameList& frames, std::uin
 /// carried along, so that the animation keeps the pace.
 Managed set_frame_rate(DocumentWindow& window, const FrameList& frames, FrameDelay delay);
 
+/// The closing calls of a change of frames, for who changes one by its fields. Afterwards the first frame of
+/// an animated PNG fills the canvas. `counted`: a time, the order or the number changed.
+void finish_frames(DocumentWindow& window, bool counted);
+
 /// The first frame of an animated PNG fills the canvas and stays where it is; it grows when another frame
 /// comes to lie beyond it.
 Managed set_positions(DocumentWindow& window, const FrameList& frames, FrameOffset place);
@@ -65,6 +69,10 @@ Managed delete_frames(DocumentWindow& window, const FrameList& frames, Host& hos
 std::size_t delete_texts(DocumentWindow& window);
 /// All chunks that neither the images nor the order in which they play need.
 std::size_t delete_all_but_images(DocumentWindow& window);
+
+/// Makes a changed copy of a document's list its list, in one step; nothing happens, and `dirty` stays, where
+/// no entry differs. True when something did.
+bool take_draft(DocumentWindow& window, const DocumentWindow& draft);
 
 /// How often the animation is played, 0 for ever. An MNG: its LOOP in front of the first image, else its
 /// TERM, which is made where there is none. False when the number is too large for the kind.

@@ -10,6 +10,8 @@ namespace {
 using enum Need;
 using enum ToolPlace;
 
+constexpr DocumentKind kAnimations[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
+
 // clang-format off
 const CommandRow kCommands[] = {
     // number, label, menu and group, need, kinds, toolbar place and group, icon, function
@@ -18,11 +20,15 @@ const CommandRow kCommands[] = {
     {104, "Save &as...", Menu::File, 2, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, save_as_command},
     {106, "&Close", Menu::File, 3, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, close_command},
     {109, "Close a&ll", Menu::File, 3, Entries, {}, ToolPlace::None, 0, nullptr, close_all_command, nullptr},
+    {118, "P&roperties", Menu::File, 3, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, properties_command},
     {55, "E&xit", Menu::File, 4, Nothing, {}, ToolPlace::None, 0, nullptr, exit_command, nullptr},
     {123, "E&xit", Menu::None, 0, Nothing, {}, ToolPlace::None, 0, nullptr, exit_command, nullptr},
 
     {50, "&Select all\tCtrl+A", Menu::Edit, 1, Entries, {}, Button, 2, "select_all", nullptr, select_all_command},
     {51, "&Select none", Menu::Edit, 1, Selection, {}, Button, 2, "select_none", nullptr, select_none_command},
+
+    {62, "M&anage", Menu::Edit, 8, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, manage_command},
+    {307, "Image &Strip", Menu::Edit, 8, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, image_strip_command},
 
     {801, "&Cascade\tShift+F5", Menu::Window, 1, Entries, {}, Button, 3, "cascade", cascade_command, nullptr},
     {802, "&Tile\tShift+F4", Menu::Window, 1, Entries, {}, Button, 3, "tile", tile_command, nullptr},

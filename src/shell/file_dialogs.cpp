@@ -4,6 +4,7 @@
 #include <QStandardPaths>
 
 #include "configuration/shell_settings.h"
+#include "image/graphic_file.h"
 #include "shell/saving.h"
 #include "shell/text.h"
 
@@ -32,10 +33,12 @@ QString filter_of(const Format& format) {
   return QStringLiteral("%1 (%2)").arg(QString::fromLatin1(format.name), patterns(format));
 }
 
-QString start_folder() {
-  if (!settings::OpenPath.empty()) return to_qt(settings::OpenPath);
+QString folder_or_documents(const std::string& folder) {
+  if (!folder.empty()) return to_qt(folder);
   return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
+
+QString start_folder() { return folder_or_documents(settings::OpenPath); }
 
 std::filesystem::path remember_folder(const QString& name) {
   std::filesystem::path path = to_path(name);
@@ -82,6 +85,35 @@ std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveCho
     // The dialog has asked about another name than the one that would be written over.
     offered = path_text(forced);
   }
+}
+
+std::optional<std::filesystem::path> ask_for_output(QWidget* parent, const FileChoice& choice) {
+  const QString folder = folder_or_documents(settings::OpenExportPath);
+  const QString name = QFileDialog::getSaveFileName(parent, choice.title, folder + u'/' + path_text(choice.name),
+                                                    choice.filter);
+  if (name.isEmpty()) return std::nullopt;
+  settings::OpenExportPath = to_path(name).parent_path().string();
+  return to_path(name);
+}
+
+std::optional<std::filesystem::path> ask_for_input(QWidget* parent, const FileChoice& choice) {
+  const QString folder = folder_or_documents(settings::OpenImportPath);
+  const QString name = QFileDialog::getOpenFileName(parent, choice.title, folder, choice.filter);
+  if (name.isEmpty()) return std::nullopt;
+  settings::OpenImportPath = to_path(name).parent_path().string();
+  return to_path(name);
+}
+
+QString picture_filters(bool all) {
+  QStringList patterns, rows;
+  for (const GraphicFileModule& module : graphic_file_modules()) {
+    const QString pattern = QStringLiteral("*.") + to_qt(module.extension);
+    patterns << pattern;
+    rows << QStringLiteral("%1 (%2)").arg(to_qt(module.name), pattern);
+    if (module.extension == "png") rows.move(rows.size() - 1, 0);
+  }
+  if (all) rows.prepend(QObject::tr("All formats (%1)").arg(patterns.join(u' ')));
+  return rows.join(QStringLiteral(";;"));
 }
 
 }  // namespace vellum

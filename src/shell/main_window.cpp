@@ -28,7 +28,9 @@ Services desktop_services(MainWindow& window, DesktopHost& desktop) {
   return {desktop.record(), [&window] { return ask_for_open(&window); },
           [&window](const SaveChoice& choice) { return ask_for_save(&window, choice); },
           [] { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier); },
-          [&desktop] { return desktop.busy(); }};
+          [&desktop] { return desktop.busy(); },
+          [&window](const FileChoice& choice) { return ask_for_output(&window, choice); },
+          [&window](const FileChoice& choice) { return ask_for_input(&window, choice); }};
 }
 
 std::vector<std::filesystem::path> files_of(const QMimeData& data) {

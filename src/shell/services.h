@@ -2,6 +2,7 @@
 // a test with answers.
 #pragma once
 
+#include <QString>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -16,6 +17,12 @@ struct SaveChoice {
   std::filesystem::path name;  ///< offered to the user
 };
 
+/// A file beside documents: a picture, a text. The filter is one of the desktop's file dialogs.
+struct FileChoice {
+  QString title, filter;
+  std::filesystem::path name;  ///< offered to the user, where one is written
+};
+
 struct Services {
   Host host;
   /// A file to open; empty when the user cancelled.
@@ -26,6 +33,8 @@ struct Services {
   std::function<bool()> shift_held;
   /// Whether an operation runs, so that no command may start.
   std::function<bool()> busy;
+  /// A file to write beside documents, and one to read; empty when the user cancelled.
+  std::function<std::optional<std::filesystem::path>(const FileChoice&)> choose_output, choose_input;
 };
 
 }  // namespace vellum
