@@ -252,7 +252,8 @@ Run prepare_manage(CLI::App& app) {
              row.help)
           ->type_name(row.form);
     else
-      app.add_flag_callback(row.option, [options, i] { options->given[i] = true; }, row.help);
+      app.add_flag_callback(
+          row.option, [options, i] { options->given[i] = true; }, row.help);
   }
   return [options](Host& host) { return run_manage(*options, host); };
 }

@@ -78,10 +78,11 @@ int run_unstrip(const StripOptions& options, Host& host) {
     return kFailed;
   }
   DocumentWindow window;
-  if (!build_document(window, options, cut, host) || !save_document(window, options.out, host)) return kFailed;
+  if (!build_document(window, options, cut, host) || !save_document(window, options.out, host))
+    return kFailed;
   if (cut.incomplete > 0)
-    host.set_status(filled(StringId::CellsLeftOut,
-                           {std::to_string(cut.cells.size()), std::to_string(cut.incomplete)}));
+    host.set_status(
+        filled(StringId::CellsLeftOut, {std::to_string(cut.cells.size()), std::to_string(cut.incomplete)}));
   return kDone;
 }
 

@@ -89,8 +89,8 @@ CutStrip cut_strip(const Picture& picture, std::uint32_t width, std::uint32_t he
   const auto begun = [](std::uint32_t length, std::uint32_t cell) {
     return std::uint64_t{length / cell} + (length % cell != 0);
   };
-  cut.incomplete = begun(picture.width(), width) * begun(picture.height(), height) -
-                   std::uint64_t{columns} * rows;
+  cut.incomplete =
+      begun(picture.width(), width) * begun(picture.height(), height) - std::uint64_t{columns} * rows;
   for (std::uint32_t row = 0; row < rows; ++row)
     for (std::uint32_t column = 0; column < columns; ++column) {
       const auto left = static_cast<std::int32_t>(column * width);

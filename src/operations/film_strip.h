@@ -7,7 +7,7 @@
 namespace vellum {
 
 struct FilmStrip {
-  std::uint32_t columns = 0;                  ///< cells of a row; 0: all frames in one
+  std::uint32_t columns = 0;                    ///< cells of a row; 0: all frames in one
   std::uint32_t cellWidth = 0, cellHeight = 0;  ///< pixels, 0: as the canvas
 };
 

@@ -9,8 +9,8 @@
 namespace vellum {
 namespace {
 
-constexpr std::uint64_t kMost16 = 0xFFFF;           // APNG, "fcTL"
-constexpr std::uint64_t kLongestWebp = 0xFFFFFF;    // ms; WebP container, "ANMF"
+constexpr std::uint64_t kMost16 = 0xFFFF;          // APNG, "fcTL"
+constexpr std::uint64_t kLongestWebp = 0xFFFFFF;   // ms; WebP container, "ANMF"
 constexpr std::uint64_t kLongestMng = 0x7FFFFFFF;  // ticks; MNG 1.0, "FRAM"
 
 std::uint64_t rounded(FrameTime time, std::uint64_t unit) {

@@ -153,7 +153,8 @@ std::string properties_json(const AnimationProperties& p, const PropertyLimits& 
   json["palette_colors"] = p.paletteColors;
   json["memory"] = p.memory;
   json["file_size"] = p.fileSize ? Json(*p.fileSize) : Json();
-  json["lights"] = {{"canvas", name_of(canvas_light(p, limits))}, {"memory", name_of(memory_light(p, limits))}};
+  json["lights"] = {{"canvas", name_of(canvas_light(p, limits))},
+                    {"memory", name_of(memory_light(p, limits))}};
   if (p.fileSize) json["lights"]["file"] = name_of(file_light(p, limits));
   json["frames"] = Json::array();
   for (const FrameProperties& f : p.frames)

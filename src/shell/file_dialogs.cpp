@@ -89,8 +89,8 @@ std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveCho
 
 std::optional<std::filesystem::path> ask_for_output(QWidget* parent, const FileChoice& choice) {
   const QString folder = folder_or_documents(settings::OpenExportPath);
-  const QString name = QFileDialog::getSaveFileName(parent, choice.title, folder + u'/' + path_text(choice.name),
-                                                    choice.filter);
+  const QString name = QFileDialog::getSaveFileName(parent, choice.title,
+                                                    folder + u'/' + path_text(choice.name), choice.filter);
   if (name.isEmpty()) return std::nullopt;
   settings::OpenExportPath = to_path(name).parent_path().string();
   return to_path(name);

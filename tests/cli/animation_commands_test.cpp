@@ -49,7 +49,8 @@ class AnimationTool : public ::testing::Test {
   }
   std::vector<int> column(const fs::path& file, const char* name) {
     std::vector<int> values;
-    for (const auto& frame : properties(file)["frames"]) values.push_back(frame[name]);
+    const json all = properties(file);
+    for (const auto& frame : all["frames"]) values.push_back(frame[name]);
     return values;
   }
 
@@ -65,8 +66,8 @@ TEST_F(AnimationTool, PropertiesTellTheFileAndItsLights) {
   EXPECT_EQ(p["file_size"], fs::file_size(file)) << "what it would be written as is what it is";
   EXPECT_EQ(p["lights"], json::parse(R"({"canvas": "green", "memory": "green", "file": "green"})"));
   EXPECT_EQ(p["frames"][2]["x"], 2);
-  const auto tight =
-      vellum({"--set", "PropertiesDimensionYellow=2", "--set", "PropertiesDimensionRed=3", "properties", file});
+  const auto tight = vellum(
+      {"--set", "PropertiesDimensionYellow=2", "--set", "PropertiesDimensionRed=3", "properties", file});
   EXPECT_NE(tight.output.find("Canvas:       4 x 3  [red]\n"), std::string::npos) << tight.output;
   const auto sorted = vellum({"--set", "PropertiesSort=4", "properties", file, "--json"});
   EXPECT_EQ(json::parse(sorted.output)["frames"][0]["number"], 3);

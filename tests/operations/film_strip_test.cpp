@@ -70,8 +70,8 @@ TEST(CutStrip, IncompleteCellsAreCounted) {
     std::uint32_t width, height, wide, deep;
     std::size_t cells, incomplete;
   };
-  const Case cases[] = {{10, 10, 5, 5, 4, 0},   {11, 10, 5, 5, 4, 2}, {11, 11, 5, 5, 4, 5},
-                        {4, 10, 5, 5, 0, 2},    {5, 5, 5, 5, 1, 0},   {10, 10, 0, 5, 0, 0}};
+  const Case cases[] = {{10, 10, 5, 5, 4, 0}, {11, 10, 5, 5, 4, 2}, {11, 11, 5, 5, 4, 5},
+                        {4, 10, 5, 5, 0, 2},  {5, 5, 5, 5, 1, 0},   {10, 10, 0, 5, 0, 0}};
   for (const Case& c : cases) {
     const CutStrip cut = cut_strip(PictureCreateFilled(c.width, c.height, 3), c.wide, c.deep);
     EXPECT_EQ(cut.cells.size(), c.cells) << c.width << " " << c.height;

@@ -26,8 +26,7 @@ DocumentWindow animation(DocumentKind kind, const std::vector<Extent>& sizes) {
   if (kind != DocumentKind::WEBP) append(tag::tEXt);
   for (std::size_t i = 0; i < sizes.size(); ++i) {
     NewChunkArgument argument;
-    argument.picture =
-        PictureCreateFilled(sizes[i].width, sizes[i].height, static_cast<Colour>(i)).handle();
+    argument.picture = PictureCreateFilled(sizes[i].width, sizes[i].height, static_cast<Colour>(i)).handle();
     append(image_tag(kind), argument);
   }
   if (kind != DocumentKind::WEBP) append(apng ? tag::IEND : tag::MEND);
@@ -108,9 +107,11 @@ TEST(ManageFrames, FractionsStayExact) {
   DocumentWindow window = animation(DocumentKind::APNG, 1);
   const auto control = [&] { return window.list.record(frame_entries(window)[0]).frameControl; };
   set_frame_rate(window, {0}, *parse_frame_delay("24000/1001"));
-  EXPECT_EQ(std::pair(control().delayNum, control().delayDen), std::pair(std::uint16_t{1001}, std::uint16_t{24000}));
+  EXPECT_EQ(std::pair(control().delayNum, control().delayDen),
+            std::pair(std::uint16_t{1001}, std::uint16_t{24000}));
   scale_delays(window, {0}, 200);
-  EXPECT_EQ(std::pair(control().delayNum, control().delayDen), std::pair(std::uint16_t{2002}, std::uint16_t{24000}));
+  EXPECT_EQ(std::pair(control().delayNum, control().delayDen),
+            std::pair(std::uint16_t{2002}, std::uint16_t{24000}));
   const auto record = window.list.entry(frame_entries(window)[0]).record;
   EXPECT_EQ(scale_delays(window, {0}, 100).changed, 0u);
   EXPECT_EQ(window.list.entry(frame_entries(window)[0]).record, record) << "nothing was to be changed";
@@ -269,10 +270,18 @@ TEST(Frames, ListsAreReadAndInverted) {
     std::optional<FrameList> frames;
   };
   const Case cases[] = {
-      {"1", FrameList{0}},           {"3,1-2", FrameList{0, 1, 2}}, {"2-2, 5", FrameList{1, 4}},
-      {"0", std::nullopt},           {"6", std::nullopt},           {"3-2", std::nullopt},
-      {"", std::nullopt},            {"1,", std::nullopt},          {"1-", std::nullopt},
-      {"1-2-3", std::nullopt},       {"a", std::nullopt},           {"-1", std::nullopt},
+      {"1", FrameList{0}},
+      {"3,1-2", FrameList{0, 1, 2}},
+      {"2-2, 5", FrameList{1, 4}},
+      {"0", std::nullopt},
+      {"6", std::nullopt},
+      {"3-2", std::nullopt},
+      {"", std::nullopt},
+      {"1,", std::nullopt},
+      {"1-", std::nullopt},
+      {"1-2-3", std::nullopt},
+      {"a", std::nullopt},
+      {"-1", std::nullopt},
       {"99999999999999999999999", std::nullopt},
   };
   for (const Case& c : cases) EXPECT_EQ(parse_frame_list(c.text, 5), c.frames) << c.text;

@@ -1,5 +1,6 @@
 // Properties, Manage and the film strip, worked by keys and clicks.
 #include <QClipboard>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QTabWidget>
@@ -142,7 +143,8 @@ TEST_F(AnimationDialogTest, ManageKeepsOneFrame) {
 TEST_F(AnimationDialogTest, TheStripFollowsTheListAndChangesIt) {
   DocumentFrame& frame = add(animated_document(4));
   const auto entries = frame_entries(frame.content());
-  for (std::size_t i = 0; i < 4; ++i) set_delays(frame.content(), {i}, static_cast<std::uint32_t>(10 * i + 10));
+  for (std::size_t i = 0; i < 4; ++i)
+    set_delays(frame.content(), {i}, static_cast<std::uint32_t>(10 * i + 10));
   main_.run(307);
   auto* strip = main_.findChild<StripWindow*>();
   ASSERT_NE(strip, nullptr);

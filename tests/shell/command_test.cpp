@@ -30,6 +30,10 @@ constexpr EnabledCase kCases[] = {
     {123, "E&xit", true, true, true, true},
     {50, "&Select all\tCtrl+A", false, false, true, true},
     {51, "&Select none", false, false, false, true},
+    // of animations alone
+    {118, "P&roperties", false, false, false, false},
+    {62, "M&anage", false, false, false, false},
+    {307, "Image &Strip", false, false, false, false},
     {801, "&Cascade\tShift+F5", false, false, true, true},
     {802, "&Tile\tShift+F4", false, false, true, true},
     {803, "&Arrange Icons", false, false, true, true},

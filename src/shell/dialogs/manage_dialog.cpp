@@ -37,7 +37,8 @@ std::optional<FrameOffset> parse_place(std::string_view text) {
     const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), out);
     return error == std::errc() && end == part.data() + part.size();
   };
-  if (!number(text.substr(0, comma), place.x) || !number(text.substr(comma + 1), place.y)) return std::nullopt;
+  if (!number(text.substr(0, comma), place.x) || !number(text.substr(comma + 1), place.y))
+    return std::nullopt;
   return place;
 }
 
@@ -61,7 +62,7 @@ struct ActionRow {
   Field field;
   const char* shipped;  ///< what stands there at first
   Action action;
-  StringId rule{};         ///< told when a text can't be read
+  StringId rule{};  ///< told when a text can't be read
   bool onlyApng = false;
 };
 
@@ -157,9 +158,9 @@ ManageDialog::ManageDialog(DocumentWindow& window, ThumbnailCache& thumbnails, S
   top->addWidget(make_side());
   auto* layout = dialog_layout(*this);
   layout->addLayout(top, 1);
-  auto* buttons = add_buttons(
-      *this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Reset,
-      QStringLiteral("MANAGE"));
+  auto* buttons =
+      add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Reset,
+                  QStringLiteral("MANAGE"));
   connect(buttons->button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] {
     draft_.document = window_.document;
     draft_.list = window_.list;
@@ -331,7 +332,9 @@ void ManageDialog::refresh(const FrameList& frames, std::size_t held) {
   if (at.isValid() && at.row() < model_->rowCount())
     table_->setCurrentIndex(model_->index(at.row(), at.column()));
   preview_->play(draft_);
-  if (held > 0) counts_->setText(counts_->text() + u' ' + to_qt(filled(StringId::ValuesHeld, {std::to_string(held)})) + u'.');
+  if (held > 0)
+    counts_->setText(counts_->text() + u' ' + to_qt(filled(StringId::ValuesHeld, {std::to_string(held)})) +
+                     u'.');
 }
 
 void ManageDialog::show_counts() {

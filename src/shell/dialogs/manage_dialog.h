@@ -33,8 +33,7 @@ class ManageDialog : public QDialog {
   QWidget* make_table();
   QWidget* make_actions();
   QWidget* make_side();
-  void add_button(QGridLayout& grid, const char* name, const QString& label,
-                  std::function<void()> action);
+  void add_button(QGridLayout& grid, const char* name, const QString& label, std::function<void()> action);
   void take_header();
   /// Shows the draft again after an action: `frames` stay checked.
   void refresh(const FrameList& frames, std::size_t held = 0);

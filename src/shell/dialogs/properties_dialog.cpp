@@ -22,7 +22,7 @@ constexpr QRgb kLamps[] = {0xFF2E9E4F, 0xFFE0A800, 0xFFD23B3B};  // in the order
 constexpr int kSortedColumns[] = {0, 1, 3, 6, 7};                // in the order of FrameColumn
 
 struct LimitRow {
-  const char *name, *label;
+  const char* name;
   std::int64_t most;
   int& yellow;
   int& red;
@@ -30,9 +30,9 @@ struct LimitRow {
 
 std::array<LimitRow, 3> limit_rows() {
   using namespace settings;
-  return {{{"dimension", "Canvas in pixels", 65535, PropertiesDimensionYellow, PropertiesDimensionRed},
-           {"file", "File in KB", 1'048'576, PropertiesFileYellow, PropertiesFileRed},
-           {"memory", "Memory in KB", 1'048'576, PropertiesMemYellow, PropertiesMemRed}}};
+  return {{{"dimension", 65535, PropertiesDimensionYellow, PropertiesDimensionRed},
+           {"file", 1'048'576, PropertiesFileYellow, PropertiesFileRed},
+           {"memory", 1'048'576, PropertiesMemYellow, PropertiesMemRed}}};
 }
 
 constexpr Field limit_field(const char* name, const char* label, std::int64_t most) {
@@ -109,7 +109,8 @@ QVariant FramesModel::data(const QModelIndex& index, int role) const {
   if (role == Qt::DisplayRole)
     return to_qt(frame_cells(frames_[static_cast<std::size_t>(index.row())])[column]);
   const bool words = column == 4 || column == 5;
-  if (role == Qt::TextAlignmentRole) return QVariant(Qt::AlignVCenter | (words ? Qt::AlignLeft : Qt::AlignRight));
+  if (role == Qt::TextAlignmentRole)
+    return QVariant(Qt::AlignVCenter | (words ? Qt::AlignLeft : Qt::AlignRight));
   return {};
 }
 
@@ -132,20 +133,22 @@ PropertiesDialog::PropertiesDialog(DocumentWindow& window, Services& services, Q
   tabs_->addTab(make_limits(), tr("&Limits"));
   auto* layout = dialog_layout(*this);
   layout->addWidget(tabs_, 1);
-  auto* buttons = add_buttons(
-      *this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Reset,
-      QStringLiteral("PROPERTIES"));
+  auto* buttons =
+      add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Reset,
+                  QStringLiteral("PROPERTIES"));
   auto* copy_button = buttons->addButton(tr("&Copy"), QDialogButtonBox::ActionRole);
   auto* save_button = buttons->addButton(tr("&Save..."), QDialogButtonBox::ActionRole);
   connect(copy_button, &QPushButton::clicked, this, &PropertiesDialog::copy);
   connect(save_button, &QPushButton::clicked, this, &PropertiesDialog::save);
   connect(buttons->button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] {
     const PropertyLimits limits;
-    const std::pair<const char*, int> shipped[] = {
-        {"dimensionYellow", limits.dimensionYellow}, {"dimensionRed", limits.dimensionRed},
-        {"fileYellow", limits.fileYellow},           {"fileRed", limits.fileRed},
-        {"memoryYellow", limits.memoryYellow},       {"memoryRed", limits.memoryRed},
-        {"measure", 1}};
+    const std::pair<const char*, int> shipped[] = {{"dimensionYellow", limits.dimensionYellow},
+                                                   {"dimensionRed", limits.dimensionRed},
+                                                   {"fileYellow", limits.fileYellow},
+                                                   {"fileRed", limits.fileRed},
+                                                   {"memoryYellow", limits.memoryYellow},
+                                                   {"memoryRed", limits.memoryRed},
+                                                   {"measure", 1}};
     for (const auto& [name, value] : shipped) limits_->set_value(name, std::int64_t{value});
   });
   layout->addWidget(buttons);
@@ -204,6 +207,7 @@ void PropertiesDialog::fill_values() {
       light->setToolTip(name);
       light->setObjectName(QStringLiteral("light_") + to_qt(line.name));
       values_->addWidget(light, row, 1);
+      value->setText(value->text() + QStringLiteral("  (%1)").arg(name));
     }
     ++row;
   }
@@ -233,8 +237,9 @@ QWidget* PropertiesDialog::make_frames() {
 /// A click on a heading that nothing is sorted by changes nothing.
 void PropertiesDialog::sort_by(int column) {
   const auto at = std::ranges::find(kSortedColumns, column);
-  const auto shown = at == std::end(kSortedColumns) ? frame_column(settings::PropertiesSort)
-                                                    : static_cast<FrameColumn>(at - std::begin(kSortedColumns));
+  const auto shown = at == std::end(kSortedColumns)
+                         ? frame_column(settings::PropertiesSort)
+                         : static_cast<FrameColumn>(at - std::begin(kSortedColumns));
   if (at != std::end(kSortedColumns)) {
     settings::PropertiesSort = static_cast<int>(shown);
     model_->order_by(shown);
@@ -313,9 +318,9 @@ void PropertiesDialog::copy() { QApplication::clipboard()->setText(text()); }
 
 void PropertiesDialog::save() {
   if (!services_.choose_output) return;
-  const auto path = services_.choose_output(
-      {tr("Save properties"), tr("Text (*.txt)") + QStringLiteral(";;JSON (*.json)"),
-       std::filesystem::path(properties_.name).stem().string() + "-properties.txt"});
+  const auto path =
+      services_.choose_output({tr("Save properties"), tr("Text (*.txt)") + QStringLiteral(";;JSON (*.json)"),
+                               std::filesystem::path(properties_.name).stem().string() + "-properties.txt"});
   if (!path) return;
   const bool json = equal_ignoring_case(path->extension().string(), ".json");
   const std::string written = json ? properties_json(properties_, typed_limits()) : text().toStdString();

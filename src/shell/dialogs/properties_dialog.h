@@ -6,8 +6,8 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QTableView>
 #include <QTabWidget>
+#include <QTableView>
 #include <atomic>
 #include <memory>
 

@@ -25,7 +25,8 @@ void paint_ground(QPainter& painter, const QRect& rect, Colour background) {
   painter.fillRect(rect, Qt::white);
   for (int y = 0; y < rect.height(); y += kChecker)
     for (int x = y / kChecker % 2 * kChecker; x < rect.width(); x += 2 * kChecker)
-      painter.fillRect(QRect(rect.topLeft() + QPoint(x, y), QSize(kChecker, kChecker)) & rect, QColor(0xCCCCCC));
+      painter.fillRect(QRect(rect.topLeft() + QPoint(x, y), QSize(kChecker, kChecker)) & rect,
+                       QColor(0xCCCCCC));
 }
 
 }  // namespace
@@ -53,7 +54,8 @@ int StripView::pitch() const {
 QSize StripView::sizeHint() const {
   const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
   const QSize cell = cell_size();
-  return vertical() ? QSize(cell.width() + bar + 4, pitch() * 5) : QSize(pitch() * 6, cell.height() + bar + 4);
+  return vertical() ? QSize(cell.width() + bar + 4, pitch() * 5)
+                    : QSize(pitch() * 6, cell.height() + bar + 4);
 }
 
 void StripView::reload() {
@@ -68,8 +70,7 @@ void StripView::reload() {
   values_ = view_values(window_.list, window_.document);
   resizeEvent(nullptr);
   const std::size_t at = current();
-  if (at < entries_.size())
-    setAccessibleDescription(tr("Frame %1 of %2").arg(at + 1).arg(entries_.size()));
+  if (at < entries_.size()) setAccessibleDescription(tr("Frame %1 of %2").arg(at + 1).arg(entries_.size()));
   viewport()->update();
 }
 
@@ -93,8 +94,8 @@ QRect StripView::cell_rect(std::size_t frame) const {
 }
 
 std::optional<std::size_t> StripView::frame_at(QPoint place) const {
-  const int along = vertical() ? place.y() + verticalScrollBar()->value()
-                               : place.x() + horizontalScrollBar()->value();
+  const int along =
+      vertical() ? place.y() + verticalScrollBar()->value() : place.x() + horizontalScrollBar()->value();
   const auto frame = static_cast<std::size_t>(std::max(along, 0) / pitch());
   if (frame >= entries_.size() || !cell_rect(frame).contains(place)) return std::nullopt;
   return frame;
@@ -102,8 +103,8 @@ std::optional<std::size_t> StripView::frame_at(QPoint place) const {
 
 /// The frame of the caret, or the last one in front of it.
 std::size_t StripView::current() const {
-  const auto behind = std::ranges::upper_bound(
-      entries_, static_cast<std::size_t>(std::max(window_.document.caret, 0)));
+  const auto behind =
+      std::ranges::upper_bound(entries_, static_cast<std::size_t>(std::max(window_.document.caret, 0)));
   return behind == entries_.begin() ? 0 : static_cast<std::size_t>(behind - entries_.begin() - 1);
 }
 
@@ -155,8 +156,8 @@ void StripView::mousePressEvent(QMouseEvent* event) {
 }
 
 std::size_t StripView::drop_position(QPoint place) const {
-  const int along = vertical() ? place.y() + verticalScrollBar()->value()
-                               : place.x() + horizontalScrollBar()->value();
+  const int along =
+      vertical() ? place.y() + verticalScrollBar()->value() : place.x() + horizontalScrollBar()->value();
   return std::min(static_cast<std::size_t>(std::max(along + pitch() / 2, 0) / pitch()), entries_.size());
 }
 
@@ -238,7 +239,8 @@ void StripView::paint_cell(QPainter& painter, std::size_t frame) {
   QPixmap pixmap = picture_of_frame(frame, room.size() * ratio);
   pixmap.setDevicePixelRatio(ratio);
   const QSize size = pixmap.deviceIndependentSize().toSize();
-  const QPoint corner = room.topLeft() + QPoint((room.width() - size.width()) / 2, (room.height() - size.height()) / 2);
+  const QPoint corner =
+      room.topLeft() + QPoint((room.width() - size.width()) / 2, (room.height() - size.height()) / 2);
   paint_ground(painter, QRect(corner, size), values_.background);
   painter.drawPixmap(corner, pixmap);
   painter.setPen(palette().color(selected ? QPalette::HighlightedText : QPalette::Text));

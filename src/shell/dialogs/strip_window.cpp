@@ -73,8 +73,10 @@ StripWindow::StripWindow(DocumentFrame& frame, ThumbnailCache& thumbnails, Servi
     if (!services_.busy()) delete_selected(frame_.content(), services_.host);
   };
   view_->move_selected = [this](std::size_t to) { move_selected(to); };
-  for (const auto& [keys, command] : {std::pair(QKeySequence::Cut, 201), {QKeySequence::Copy, 202},
-                                      {QKeySequence::Paste, 203}, {QKeySequence::Undo, 204}})
+  for (const auto& [keys, command] : {std::pair(QKeySequence::Cut, 201),
+                                      {QKeySequence::Copy, 202},
+                                      {QKeySequence::Paste, 203},
+                                      {QKeySequence::Undo, 204}})
     connect(new QShortcut(QKeySequence(keys), this), &QShortcut::activated, this,
             [run, number = command] { run(number); });
   connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this, [] {
@@ -138,7 +140,8 @@ bool StripWindow::save_strip() {
   FilmStrip strip;
   if (services_.busy() || !services_.choose_output || !ask_for_cells(tr("Save strip"), true, strip))
     return false;
-  auto path = services_.choose_output({tr("Save strip"), picture_filters(false), strip_name(frame_.document())});
+  auto path =
+      services_.choose_output({tr("Save strip"), picture_filters(false), strip_name(frame_.document())});
   if (!path) return false;
   if (GraphicFileType(path->string()) == kNoGraphicFile) *path += ".png";
   const Picture picture = film_strip(frame_.content(), strip, services_.host);
@@ -171,8 +174,8 @@ bool StripWindow::insert_cells(const FilmStrip& strip, const std::filesystem::pa
   }
   if (!insert_pictures(frame_.content(), cut.cells, services_.host)) return false;
   if (cut.incomplete > 0)
-    services_.host.set_status(filled(StringId::CellsLeftOut,
-                                     {std::to_string(cut.cells.size()), std::to_string(cut.incomplete)}));
+    services_.host.set_status(
+        filled(StringId::CellsLeftOut, {std::to_string(cut.cells.size()), std::to_string(cut.incomplete)}));
   return true;
 }
 
