@@ -1,7 +1,8 @@
 // Properties, Manage and the film strip, worked by keys and clicks.
-#include <QClipboard>
+#include <QAbstractSpinBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -133,11 +134,14 @@ TEST_F(AnimationDialogTest, ManageKeepsOneFrame) {
     press(dialog, "delete");
     ASSERT_EQ(answers_.messages.size(), 1u);
     EXPECT_EQ(answers_.messages[0].text, "An animation must keep at least one image.");
+    auto* plays = dialog.findChild<QAbstractSpinBox*>();
+    plays->findChild<QLineEdit*>()->setText(QStringLiteral("3"));
     press(dialog, "duplicate");
     EXPECT_EQ(dialog.model().rowCount(), 4);
     dialog.accept();
   });
   EXPECT_EQ(frame_entries(frame.content()).size(), 4u);
+  EXPECT_EQ(document_plays(frame.entries(), frame.document()), 3u) << "typed in front of the last action";
 }
 
 TEST_F(AnimationDialogTest, TheStripFollowsTheListAndChangesIt) {

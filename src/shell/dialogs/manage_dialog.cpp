@@ -164,11 +164,15 @@ ManageDialog::ManageDialog(DocumentWindow& window, ThumbnailCache& thumbnails, S
   connect(buttons->button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] {
     draft_.document = window_.document;
     draft_.list = window_.list;
+    take_header();
     refresh({});
   });
   layout->addWidget(buttons);
-  connect(model_, &ManageModel::edited, this, [this] { refresh(model_->checked()); });
+  // Queued: the cell's editor is still open while its value goes into the draft.
+  connect(
+      model_, &ManageModel::edited, this, [this] { refresh(model_->checked()); }, Qt::QueuedConnection);
   connect(model_, &ManageModel::checks_changed, this, &ManageDialog::show_counts);
+  take_header();
   refresh(selected_frames(draft_));
   resize(940, 620);
   table_->setFocus();
@@ -327,7 +331,6 @@ void ManageDialog::take_header() {
 
 void ManageDialog::refresh(const FrameList& frames, std::size_t held) {
   const QModelIndex at = table_->currentIndex();
-  if (!plays_->input->hasFocus()) take_header();
   model_->reload(frames);
   if (at.isValid() && at.row() < model_->rowCount())
     table_->setCurrentIndex(model_->index(at.row(), at.column()));

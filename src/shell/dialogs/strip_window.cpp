@@ -86,7 +86,11 @@ StripWindow::StripWindow(DocumentFrame& frame, ThumbnailCache& thumbnails, Servi
     setWindowTitle(window_title(frame_));
     view_->reload();
   });
-  connect(&frame, &QObject::destroyed, this, &QObject::deleteLater);
+  // Nothing may be drawn any more once the document is gone.
+  connect(&frame, &QObject::destroyed, this, [this] {
+    hide();
+    deleteLater();
+  });
   adjustSize();
   view_->setFocus();
 }
