@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/string_table.h"
 #include "base/text.h"
@@ -17,6 +18,9 @@ namespace {
 /// Longest name of a backup, in bytes.
 constexpr std::size_t kMaximumFileName = 259;
 constexpr std::size_t kWriteBuffer = std::size_t{256} << 10;
+
+/// The measuring that this thread's files belong to, the innermost one.
+thread_local MeasuredWriting* measuring = nullptr;
 
 class Descriptor {
  public:
@@ -103,7 +107,19 @@ bool replace_by_copy(const std::filesystem::path& source, const std::filesystem:
   return std::filesystem::copy_file(source, target, error);
 }
 
-SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(target)) {
+MeasuredWriting::MeasuredWriting(std::function<bool()> stop)
+    : stop_(std::move(stop)), outer_(std::exchange(measuring, this)) {}
+
+MeasuredWriting::~MeasuredWriting() { measuring = outer_; }
+
+bool MeasuredWriting::take(std::size_t bytes) {
+  bytes_ += bytes;
+  return !stop_ || !stop_();
+}
+
+SafeFile::SafeFile(const std::filesystem::path& target)
+    : target_(without_links(target)), measured_(measuring) {
+  if (measured_) return;
   std::error_code error;
   if (std::filesystem::is_directory(target_, error)) {
     fail("open", EISDIR);
@@ -158,6 +174,7 @@ bool SafeFile::flush() {
 
 bool SafeFile::write(std::span<const std::uint8_t> bytes) {
   if (!ok()) return false;
+  if (measured_) return measured_->take(bytes.size()) || fail("write", ECANCELED);
   if (buffer_.size() + bytes.size() > kWriteBuffer && !flush()) return false;
   if (bytes.size() > kWriteBuffer) return write_all(descriptor_, bytes) || fail("write", errno);
   buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
@@ -165,6 +182,7 @@ bool SafeFile::write(std::span<const std::uint8_t> bytes) {
 }
 
 bool SafeFile::commit() {
+  if (measured_) return ok();
   if (!ok() || !flush()) return false;
   if (fsync(descriptor_) != 0) return fail("write", errno);
   if (close(descriptor_) != 0) {

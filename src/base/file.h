@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -36,6 +37,26 @@ std::filesystem::path backup_path(const std::filesystem::path& path);
 bool replace_by_copy(const std::filesystem::path& source, const std::filesystem::path& target,
                      std::error_code& error);
 
+/// While one lives, the files that its thread writes (SafeFile) go nowhere, and their bytes are counted: to
+/// find how long a file will be. `stop`, where it is given, is asked with every write; true fails it.
+class MeasuredWriting {
+ public:
+  explicit MeasuredWriting(std::function<bool()> stop = {});
+  ~MeasuredWriting();
+  MeasuredWriting(const MeasuredWriting&) = delete;
+  MeasuredWriting& operator=(const MeasuredWriting&) = delete;
+
+  std::uint64_t bytes() const { return bytes_; }
+
+ private:
+  friend class SafeFile;
+  bool take(std::size_t bytes);
+
+  std::function<bool()> stop_;
+  MeasuredWriting* outer_;
+  std::uint64_t bytes_ = 0;
+};
+
 /// A file that comes into being at `commit()`: bytes go to a temporary sibling of the target, which is synced
 /// and renamed over it. Without a commit nothing is left and the target is untouched. A link at the path is
 /// followed; the permissions of an existing target are kept.
@@ -66,6 +87,7 @@ class SafeFile {
   int descriptor_ = -1;
   std::vector<std::uint8_t> buffer_;
   std::string reason_;
+  MeasuredWriting* measured_;  ///< null for a file that is really written
 };
 
 }  // namespace vellum

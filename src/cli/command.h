@@ -32,6 +32,10 @@ Run prepare_frames(CLI::App& app);
 Run prepare_play(CLI::App& app);
 Run prepare_edit(CLI::App& app);
 Run prepare_new(CLI::App& app);
+Run prepare_properties(CLI::App& app);
+Run prepare_manage(CLI::App& app);
+Run prepare_strip(CLI::App& app);
+Run prepare_unstrip(CLI::App& app);
 Run prepare_config(CLI::App& app);
 
 }  // namespace vellum::cli

@@ -11,6 +11,10 @@ constexpr CommandRow kCommands[] = {
     {"edit", "Delete, insert and move chunks, in the order of the options", prepare_edit},
     {"frames", "Write each image entry's own picture as a PNG", prepare_frames},
     {"play", "Walk an animation as the viewer does: a line for each shown frame", prepare_play},
+    {"properties", "Say what an animation is and what it takes", prepare_properties},
+    {"manage", "Change many frames at a time, in the order of the options below", prepare_manage},
+    {"strip", "All frames of an animation as cells of one picture", prepare_strip},
+    {"unstrip", "An animation from the cells of a picture", prepare_unstrip},
     {"config", "Show and change settings", prepare_config},
 };
 

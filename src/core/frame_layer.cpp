@@ -21,19 +21,6 @@ Picture shown_picture(const FrameSource& source, const ChunkRecord& record) {
   return picture.bits() == 24 && table.empty() ? picture : PictureWithTransparency(picture, table);
 }
 
-/// How images of a kind are laid on the canvas.
-void put_manner(FrameLayer& frame, const ChunkRecord& record, DocumentKind kind) {
-  if (kind == DocumentKind::APNG) {
-    frame.dispose = std::min<std::uint32_t>(record.frameControl.dispose, 2);
-    frame.over = record.frameControl.blend == 1;
-  } else if (kind == DocumentKind::MING) {
-    frame.dispose = clears_canvas(record);
-    frame.over = true;
-  } else if (kind == DocumentKind::WEBP) {
-    frame.dispose = record.webpImage.dispose == 1;
-  }
-}
-
 /// The part of the frame at offsets from 0 on; a transparent pixel where there is none.
 FrameLayer cut_at_origin(const FrameLayer& frame) {
   if (frame.offset.x >= 0 && frame.offset.y >= 0) return frame;
@@ -77,10 +64,9 @@ FrameSource frame_source_of(const DocumentWindow& window) {
 }
 
 FrameLayer frame_layer_of(const FrameSource& source, const ChunkRecord& record) {
-  FrameLayer frame{shown_picture(source, record), frame_offset(record, source.kind),
-                   frame_delay_ms(record, source.kind, source.ticks)};
-  put_manner(frame, record, source.kind);
-  return frame;
+  const FrameManner manner = frame_manner(record, source.kind);
+  return {shown_picture(source, record), frame_offset(record, source.kind),
+          frame_delay_ms(record, source.kind, source.ticks), manner.dispose, manner.over};
 }
 
 bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRecord& record) {

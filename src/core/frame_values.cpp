@@ -64,6 +64,14 @@ std::uint32_t delay_of_fraction(std::uint32_t numerator, const FrameControl& con
   return whole_milliseconds(numerator, control.delayDen == 0 ? 100 : control.delayDen);
 }
 
+/// The FRAM of an image; one that changes nothing where it had none.
+FramBlock& framing_of(ChunkRecord& record) {
+  FramBlock& block = record.image.edit().framBlock;
+  if (!(record.flags & CRF_FRAM)) block.framingMode = 1;
+  record.flags |= CRF_FRAM;
+  return block;
+}
+
 constexpr std::uint32_t kLongestWebpDelay = 0xFFFFFF;  // WebP container, "ANMF"
 
 /// MNG 1.0, "LOOP": nesting level, count; "TERM": action 3 repeats, then action after it, delay, count of
@@ -99,6 +107,13 @@ std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind) {
   return kind == DocumentKind::MING && clears_canvas(record) ? 1 : 0;
 }
 
+FrameManner frame_manner(const ChunkRecord& record, DocumentKind kind) {
+  if (kind == DocumentKind::APNG)
+    return {std::min<std::uint32_t>(record.frameControl.dispose, 2), record.frameControl.blend == 1};
+  if (kind == DocumentKind::MING) return {clears_canvas(record) ? 1u : 0u, true};
+  return {kind == DocumentKind::WEBP && record.webpImage.dispose == 1 ? 1u : 0u, false};
+}
+
 std::uint32_t ticks_per_second(const ChunkList& list) {
   const std::size_t at = chunk_find_first(list, tag::MHDR);
   return at == kNoEntry ? 1000 : std::max(list.record(at).ticksPerSecond, 1u);
@@ -114,13 +129,26 @@ void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks
     record.frameControl.delayDen = static_cast<std::uint16_t>(per);
   }
   if (kind != DocumentKind::MING) return;
-  FramBlock& block = record.image.edit().framBlock;
-  if (!(record.flags & CRF_FRAM)) block.framingMode = 1;
-  record.flags |= CRF_FRAM;
-  block.changeDelay = std::max<std::uint8_t>(block.changeDelay, 1);
   const std::uint64_t amount = (std::uint64_t{milliseconds} * ticks + 500) / 1000;
-  block.interframeDelay = to_file_order(
-      static_cast<std::uint32_t>(std::clamp<std::uint64_t>(amount, milliseconds > 0 ? 1 : 0, kLoopForEver)));
+  set_frame_ticks(record, static_cast<std::uint32_t>(
+                              std::clamp<std::uint64_t>(amount, milliseconds > 0 ? 1 : 0, kLoopForEver)));
+}
+
+void set_frame_ticks(ChunkRecord& record, std::uint32_t amount) {
+  FramBlock& block = framing_of(record);
+  // Under mode 0 no delay is written (MNG 1.0, "FRAM").
+  if (block.framingMode == 0) block.framingMode = 1;
+  block.changeDelay = std::max<std::uint8_t>(block.changeDelay, 1);
+  block.interframeDelay = to_file_order(amount);
+}
+
+void set_frame_dispose(ChunkRecord& record, DocumentKind kind, std::uint32_t dispose) {
+  if (kind == DocumentKind::APNG) record.frameControl.dispose = static_cast<std::uint8_t>(dispose);
+  if (kind == DocumentKind::WEBP) record.webpImage.dispose = dispose == 1;
+  if (kind != DocumentKind::MING || clears_canvas(record) == (dispose == 1)) return;
+  std::uint8_t& mode = framing_of(record).framingMode;
+  const bool together = mode == 2 || mode == 4;
+  mode = static_cast<std::uint8_t>((dispose == 1 ? 3 : 1) + (together ? 1 : 0));
 }
 
 void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset) {

@@ -27,6 +27,14 @@ std::uint32_t GetFrameDelay(const ChunkRecord& record, DocumentKind kind, std::u
 /// FRAM in force has framing mode 3 or 4; APNG: of IDAT records only.
 std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind);
 
+/// How an image is laid on the canvas: dispose as above, of every image of its kind; and whether it lies over
+/// what is there or replaces it.
+struct FrameManner {
+  std::uint32_t dispose = 0;
+  bool over = false;
+};
+FrameManner frame_manner(const ChunkRecord& record, DocumentKind kind);
+
 /// Ticks of the MHDR to a second, at least 1; 1000 without one.
 std::uint32_t ticks_per_second(const ChunkList& list);
 
@@ -35,6 +43,12 @@ std::uint32_t ticks_per_second(const ChunkList& list);
 /// in its DEFI, made only for one that is not the origin. WEBP: at most 24 bits.
 void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks, std::uint32_t milliseconds);
 void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset);
+/// 0 None, 1 Background, 2 Previous, as far as the kind has it. MING: framing mode 3 or, for None, 1 (4 and
+/// 2 of a subframe whose images stay together).
+void set_frame_dispose(ChunkRecord& record, DocumentKind kind, std::uint32_t dispose);
+
+/// Gives an image of an MNG this delay in ticks, in its FRAM, which is made where it had none.
+void set_frame_ticks(ChunkRecord& record, std::uint32_t amount);
 
 /// Whether the image of an MNG begins on a cleared canvas: framing modes 3 and 4 (MNG 1.0, "FRAM").
 inline bool clears_canvas(const ChunkRecord& record) {

@@ -28,8 +28,9 @@ QLayout* texts(QWidget* box) {
   column->addWidget(name);
   column->addWidget(text_label(box, QObject::tr("Version %1").arg(QStringLiteral(VELLUM_VERSION))));
   column->addSpacing(style::kGap);
-  column->addWidget(text_label(box, QObject::tr("Opens PNG, animated PNG, MNG and WebP files\nas what they are: "
-                                                "ordered lists of chunks.")));
+  column->addWidget(
+      text_label(box, QObject::tr("Opens PNG, animated PNG, MNG and WebP files\nas what they are: "
+                                  "ordered lists of chunks.")));
   column->addStretch(1);
   return column;
 }

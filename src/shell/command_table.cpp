@@ -16,6 +16,7 @@ constexpr DocumentKind kMng[] = {DocumentKind::MING};
 constexpr DocumentKind kWebp[] = {DocumentKind::WEBP};
 constexpr DocumentKind kPngs[] = {DocumentKind::PING, DocumentKind::APNG};
 constexpr DocumentKind kPngsAndMng[] = {DocumentKind::PING, DocumentKind::APNG, DocumentKind::MING};
+constexpr DocumentKind kAnimations[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
 
 // clang-format off
 const CommandRow kCommands[] = {
@@ -29,6 +30,7 @@ const CommandRow kCommands[] = {
     {104, "Save &as...", Menu::File, 2, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, save_as_command},
     {106, "&Close", Menu::File, 3, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, close_command},
     {109, "Close a&ll", Menu::File, 3, Entries, {}, ToolPlace::None, 0, nullptr, close_all_command, nullptr},
+    {118, "P&roperties", Menu::File, 3, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, properties_command},
     {55, "E&xit", Menu::File, 4, Nothing, {}, ToolPlace::None, 0, nullptr, exit_command, nullptr},
     {123, "E&xit", Menu::None, 0, Nothing, {}, ToolPlace::None, 0, nullptr, exit_command, nullptr},
 
@@ -58,6 +60,9 @@ const CommandRow kCommands[] = {
     {205, "&Edit chunk...\tEnter", Menu::Edit, 6, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, edit_command},
     {206, "M&ove up\tAlt+Up", Menu::Edit, 6, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, move_up_command},
     {207, "Mo&ve down\tAlt+Down", Menu::Edit, 6, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, move_down_command},
+
+    {62, "M&anage", Menu::Edit, 8, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, manage_command},
+    {307, "Image &Strip", Menu::Edit, 8, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, image_strip_command},
 
     {801, "&Cascade\tShift+F5", Menu::Window, 1, Entries, {}, Button, 5, "cascade", cascade_command, nullptr},
     {802, "&Tile\tShift+F4", Menu::Window, 1, Entries, {}, Button, 5, "tile", tile_command, nullptr},

@@ -53,6 +53,10 @@ void duplicate_command(MainWindow& main, DocumentFrame& frame);
 /// Takes the thumbnail scale that the toolbar shows.
 void scale_command(MainWindow& main, DocumentFrame& frame);
 
+void properties_command(MainWindow& main, DocumentFrame& frame);
+void manage_command(MainWindow& main, DocumentFrame& frame);
+void image_strip_command(MainWindow& main, DocumentFrame& frame);
+
 void about_command(MainWindow& main);
 
 }  // namespace vellum

@@ -37,8 +37,8 @@ QString filter_of(const Format& format) {
   return QStringLiteral("%1 (%2)").arg(QString::fromLatin1(format.name), patterns(format.extension));
 }
 
-QString start_folder() {
-  if (!settings::OpenPath.empty()) return to_qt(settings::OpenPath);
+QString folder_or_documents(const std::string& folder) {
+  if (!folder.empty()) return to_qt(folder);
   return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
 
@@ -49,6 +49,7 @@ QString pictures_folder() {
   const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
   return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
 }
+QString start_folder() { return folder_or_documents(settings::OpenPath); }
 
 std::filesystem::path remember_folder(const QString& name) {
   std::filesystem::path path = to_path(name);
@@ -100,26 +101,29 @@ std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveCho
 std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileChoice& choice) {
   // A dialog that asks is in front of the window.
   if (QWidget* dialog = QApplication::activeModalWidget()) parent = dialog;
-  const QString title = to_qt(choice.title), offered = path_text(choice.name),
-                filters = to_qt(choice.filters);
+  std::string& folder = choice.saving ? settings::OpenExportPath : settings::OpenImportPath;
+  const std::filesystem::path start = to_path(folder_or_documents(folder)) / choice.name;
+  const QString title = to_qt(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
   const QString name = choice.saving ? QFileDialog::getSaveFileName(parent, title, offered, filters)
                                      : QFileDialog::getOpenFileName(parent, title, offered, filters);
   if (name.isEmpty()) return std::nullopt;
+  folder = to_path(name).parent_path().string();
   return to_path(name);
 }
 
-QString picture_filters() {
+QString picture_filters(bool reading) {
   QStringList all, single;
   for (const GraphicFileModule& module : graphic_file_modules()) {
     all << patterns(module.extension);
     single << QStringLiteral("%1 (%2)").arg(to_qt(module.name), patterns(module.extension));
   }
+  if (!reading) return single.join(QStringLiteral(";;"));
   single.prepend(QObject::tr("All pictures (%1)").arg(all.join(u' ')));
   return single.join(QStringLiteral(";;"));
 }
 
 std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool several) {
-  const QStringList filters = picture_filters().split(QStringLiteral(";;"));
+  const QStringList filters = picture_filters(true).split(QStringLiteral(";;"));
   QFileDialog dialog(parent, several ? QObject::tr("Insert images") : QObject::tr("Insert image"),
                      pictures_folder());
   dialog.setFileMode(several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);

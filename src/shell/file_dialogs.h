@@ -12,10 +12,11 @@ QString open_filters();
 
 std::optional<std::filesystem::path> ask_for_open(QWidget* parent);
 std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveChoice& choice);
+/// A file beside documents; begins in the folder of the last import, or export, unless the name has one.
 std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileChoice& choice);
 
-/// "All pictures", then one entry a graphic-file module.
-QString picture_filters();
+/// One entry a graphic-file module; "All pictures" in front for reading.
+QString picture_filters(bool reading);
 /// Pictures to insert, in the order of their names; none when the user cancelled.
 std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool several);
 

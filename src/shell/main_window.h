@@ -21,6 +21,7 @@ class MainWindow : public QMainWindow {
   Services& services() { return services_; }
   CommandBar& commands() { return commands_; }
   WorkArea& area() { return area_; }
+  ThumbnailCache& thumbnails() { return thumbnails_; }
 
   /// Runs the command with this number if it may run now.
   void run(int number);

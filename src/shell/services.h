@@ -2,6 +2,7 @@
 // a test with answers.
 #pragma once
 
+#include <QString>
 #include <filesystem>
 #include <functional>
 #include <optional>

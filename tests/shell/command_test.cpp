@@ -58,6 +58,10 @@ constexpr EnabledCase kCases[] = {
     {205, "&Edit chunk...\tEnter", false, false, true, true},
     {206, "M&ove up\tAlt+Up", false, false, true, true},
     {207, "Mo&ve down\tAlt+Down", false, false, true, true},
+    // of animations alone
+    {118, "P&roperties", false, false, false, false},
+    {62, "M&anage", false, false, false, false},
+    {307, "Image &Strip", false, false, false, false},
     {801, "&Cascade\tShift+F5", false, false, true, true},
     {802, "&Tile\tShift+F4", false, false, true, true},
     {803, "&Arrange Icons", false, false, true, true},

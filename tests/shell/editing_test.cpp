@@ -745,7 +745,7 @@ TEST(FilePreview, TellsSizeAndColors) {
             "Width: 30\nDepth: 20\nColors: 256\nAlpha:  no");
   std::ofstream(path).put('x');
   EXPECT_EQ(picture_file_text(QString::fromStdString(path.string())), QString());
-  EXPECT_TRUE(picture_filters().startsWith(QStringLiteral("All pictures (*.jpg *.JPG")));
+  EXPECT_TRUE(picture_filters(true).startsWith(QStringLiteral("All pictures (*.jpg *.JPG")));
 }
 
 }  // namespace

@@ -203,8 +203,8 @@ void ImageEditor::take(const Picture& other) {
 
 void ImageEditor::replace() {
   if (!services.choose_file) return;
-  const auto path = services.choose_file({QObject::tr("Replace image").toStdString(),
-                                          picture_filters().toStdString(), settings::OpenImportPath, false});
+  const auto path = services.choose_file(
+      {QObject::tr("Replace image").toStdString(), picture_filters(true).toStdString(), {}, false});
   if (!path) return;
   if (const Picture other = GraphicFileRead(path->string()))
     take(other);
@@ -214,8 +214,8 @@ void ImageEditor::replace() {
 
 void ImageEditor::export_picture() {
   if (!services.choose_file) return;
-  const auto path = services.choose_file({QObject::tr("Export image").toStdString(),
-                                          picture_filters().toStdString(), settings::OpenExportPath, true});
+  const auto path = services.choose_file(
+      {QObject::tr("Export image").toStdString(), picture_filters(false).toStdString(), {}, true});
   if (path && !GraphicFileWrite(path->string(), picture()))
     services.host.show(StringId::ErrorWritingFile, {}, path->string());
 }

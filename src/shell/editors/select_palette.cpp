@@ -18,6 +18,7 @@
 #include "image/graphic_file.h"
 #include "image/palette_from_pictures.h"
 #include "image/remap.h"
+#include "shell/file_dialogs.h"
 #include "shell/picture_image.h"
 #include "shell/style.h"
 #include "shell/text.h"
@@ -75,13 +76,6 @@ QString palette_filters(bool saving) {
   if (!saving) filters.prepend(QObject::tr("Palettes (*.cmp *.CMP *.gpl *.GPL *.pal *.PAL *.act *.ACT)"));
   if (!saving) filters << QObject::tr("All files (*)");
   return filters.join(QStringLiteral(";;"));
-}
-
-QString picture_filters() {
-  QStringList patterns;
-  for (const GraphicFileModule& module : graphic_file_modules())
-    patterns << QStringLiteral("*.%1 *.%2").arg(to_qt(module.extension), to_qt(module.extension).toUpper());
-  return QObject::tr("Pictures (%1)").arg(patterns.join(u' '));
 }
 
 std::optional<std::filesystem::path> choose(Services& services, FileChoice choice) {
@@ -214,7 +208,7 @@ void PaletteChooser::choose_row(int) {
 
 void PaletteChooser::browse() {
   const bool picture_file = id() == kImageFile;
-  const QString filters = picture_file ? picture_filters() : palette_filters(false);
+  const QString filters = picture_file ? picture_filters(true) : palette_filters(false);
   const auto path = choose(services, {QObject::tr("Select Palette").toStdString(), filters.toStdString(),
                                       settings::ColourTableFile, false});
   if (!path) return;

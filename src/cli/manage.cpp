@@ -1,0 +1,261 @@
+#include <algorithm>
+
+#include "cli/command.h"
+#include "cli/frame_options.h"
+#include "core/open_document.h"
+#include "core/save_document.h"
+#include "operations/manage_frames.h"
+
+namespace vellum::cli {
+namespace {
+
+/// What a row works on.
+struct Managing {
+  DocumentWindow& window;
+  FrameList frames;
+  Host& host;
+  Managed done;
+
+  void add(const Managed& managed) {
+    done.changed += managed.changed;
+    done.held += managed.held;
+  }
+};
+
+enum class Outcome { Done, Failed, WrongUsage };
+
+/// The value of a choice: its place among the names, or nothing.
+std::optional<std::size_t> choice_of(std::string_view text, std::span<const char* const> names) {
+  const auto at = std::ranges::find(names, text, [](const char* name) { return std::string_view(name); });
+  return at == names.end() ? std::nullopt : std::optional<std::size_t>(at - names.begin());
+}
+
+Outcome apply_every(Managing& m, const std::string& value) {
+  const auto n = whole_number(value, 1, 1'000'000);
+  if (!n) return Outcome::WrongUsage;
+  const FrameList every = every_nth(frame_entries(m.window).size(), static_cast<std::size_t>(*n));
+  FrameList both;
+  std::ranges::set_intersection(m.frames, every, std::back_inserter(both));
+  m.frames = both;
+  return Outcome::Done;
+}
+
+Outcome apply_invert(Managing& m, const std::string&) {
+  m.frames = inverted(m.frames, frame_entries(m.window).size());
+  return Outcome::Done;
+}
+
+Outcome apply_delay(Managing& m, const std::string& value) {
+  if (const auto ms = whole_number(value, 0, kMostDelayMs)) {
+    m.add(set_delays(m.window, m.frames, static_cast<std::uint32_t>(*ms)));
+    return Outcome::Done;
+  }
+  const auto fraction = number_pair(value, '/', 0, 65535);
+  if (!fraction || fraction->second == 0) return Outcome::WrongUsage;
+  m.add(set_frame_rate(
+      m.window, m.frames,
+      {static_cast<std::uint16_t>(fraction->first), static_cast<std::uint16_t>(fraction->second)}));
+  return Outcome::Done;
+}
+
+Outcome apply_rate(Managing& m, const std::string& value) {
+  const auto delay = parse_frame_delay(value);
+  if (!delay) return Outcome::WrongUsage;
+  m.add(set_frame_rate(m.window, m.frames, *delay));
+  return Outcome::Done;
+}
+
+Outcome apply_scale(Managing& m, const std::string& value) {
+  const auto percent = whole_number(value, 1, kMostScale);
+  if (!percent) return Outcome::WrongUsage;
+  m.add(scale_delays(m.window, m.frames, static_cast<std::uint32_t>(*percent)));
+  return Outcome::Done;
+}
+
+Outcome apply_add(Managing& m, const std::string& value) {
+  const auto ms = whole_number(value, -kMostAdded, kMostAdded);
+  if (!ms) return Outcome::WrongUsage;
+  m.add(add_to_delays(m.window, m.frames, static_cast<std::int32_t>(*ms)));
+  return Outcome::Done;
+}
+
+Outcome apply_total(Managing& m, const std::string& value) {
+  const auto ms = whole_number(value, 0, kMostTotalMs);
+  if (!ms) return Outcome::WrongUsage;
+  m.add(set_total_time(m.window, m.frames, static_cast<std::uint64_t>(*ms)));
+  return Outcome::Done;
+}
+
+template <Managed (*Change)(DocumentWindow&, const FrameList&, FrameOffset)>
+Outcome apply_place(Managing& m, const std::string& value) {
+  const auto place = number_pair(value, ',', INT32_MIN, INT32_MAX);
+  if (!place) return Outcome::WrongUsage;
+  m.add(Change(m.window, m.frames,
+               {static_cast<std::int32_t>(place->first), static_cast<std::int32_t>(place->second)}));
+  return Outcome::Done;
+}
+
+Outcome apply_align(Managing& m, const std::string& value) {
+  const auto place = choice_of(value, kAlignments);
+  if (!place) return Outcome::WrongUsage;
+  m.add(align_frames(m.window, m.frames, *place));
+  return Outcome::Done;
+}
+
+constexpr const char* kDisposals[] = {"none", "background", "previous"};
+constexpr const char* kBlends[] = {"source", "over"};
+
+Outcome apply_dispose(Managing& m, const std::string& value) {
+  const auto dispose = choice_of(value, kDisposals);
+  if (!dispose || !has_disposal(m.window.document.kind, static_cast<std::uint32_t>(*dispose)))
+    return Outcome::WrongUsage;
+  m.add(set_disposal(m.window, m.frames, static_cast<std::uint32_t>(*dispose)));
+  return Outcome::Done;
+}
+
+Outcome apply_blend(Managing& m, const std::string& value) {
+  const auto blend = choice_of(value, kBlends);
+  if (!blend || m.window.document.kind != DocumentKind::APNG) return Outcome::WrongUsage;
+  m.add(set_blending(m.window, m.frames, static_cast<std::uint32_t>(*blend)));
+  return Outcome::Done;
+}
+
+Outcome apply_duplicate(Managing& m, const std::string&) {
+  m.add(duplicate_frames(m.window, m.frames));
+  return Outcome::Done;
+}
+
+template <bool Down>
+Outcome apply_shift(Managing& m, const std::string&) {
+  m.add(shift_frames(m.window, m.frames, Down));
+  return Outcome::Done;
+}
+
+Outcome apply_delete(Managing& m, const std::string&) {
+  const Managed deleted = delete_frames(m.window, m.frames, m.host);
+  m.add(deleted);
+  return deleted.changed > 0 || m.frames.empty() ? Outcome::Done : Outcome::Failed;
+}
+
+template <std::size_t (*Delete)(DocumentWindow&)>
+Outcome apply_delete_chunks(Managing& m, const std::string&) {
+  Delete(m.window);
+  return Outcome::Done;
+}
+
+Outcome apply_plays(Managing& m, const std::string& value) {
+  const auto plays = whole_number(value, 0, most_plays(m.window.document.kind));
+  if (!plays) return Outcome::WrongUsage;
+  return set_document_plays(m.window, static_cast<std::uint32_t>(*plays)) ? Outcome::Done : Outcome::Failed;
+}
+
+Outcome apply_ticks(Managing& m, const std::string& value) {
+  const auto ticks = whole_number(value, 1, INT32_MAX);
+  if (!ticks || m.window.document.kind != DocumentKind::MING) return Outcome::WrongUsage;
+  std::string reason;
+  if (set_ticks(m.window, static_cast<std::uint32_t>(*ticks), m.host, reason)) return Outcome::Done;
+  wrong_usage(reason);
+  return Outcome::Failed;
+}
+
+struct ActionRow {
+  const char* option;
+  const char* form;  ///< of the value; null: the option has none
+  const char* help;
+  Outcome (*apply)(Managing& managing, const std::string& value);
+};
+
+/// In the order in which they are done. What renumbers the frames comes last.
+constexpr ActionRow kActions[] = {
+    {"--every", "N", "Of these frames only every Nth: frame N, 2N, ...", apply_every},
+    {"--invert", nullptr, "All other frames instead", apply_invert},
+    {"--ticks", "N", "Ticks per second of an MNG; the delays keep their time", apply_ticks},
+    {"--delay", "MS|N/D", "The delay, in milliseconds or as a fraction of a second", apply_delay},
+    {"--rate", "R", "Frames a second, as 25 or 24000/1001", apply_rate},
+    {"--scale-delay", "P", "Scale the delays, per cent, 1 to 10000", apply_scale},
+    {"--add-delay", "MS", "Add to the delays, -60000 to 60000 ms; none falls below 0", apply_add},
+    {"--total", "MS", "Scale the delays so that their sum is this", apply_total},
+    {"--position", "X,Y", "Put the frames there", apply_place<set_positions>},
+    {"--move", "DX,DY", "Move the frames by so many pixels", apply_place<move_frames_by>},
+    {"--align", "PLACE",
+     "top-left, top, top-right, left, center, right, bottom-left, bottom or bottom-right of the canvas",
+     apply_align},
+    {"--dispose", "D", "none, background, or (animated PNG) previous", apply_dispose},
+    {"--blend", "B", "source or over, of an animated PNG", apply_blend},
+    {"--plays", "N", "How often the animation plays, 0 for ever", apply_plays},
+    {"--delete-text", nullptr, "Delete all text chunks", apply_delete_chunks<delete_texts>},
+    {"--only-images", nullptr, "Delete all chunks that images don't need",
+     apply_delete_chunks<delete_all_but_images>},
+    {"--move-up", nullptr, "Move the frames in front of their neighbour", apply_shift<false>},
+    {"--move-down", nullptr, "Move the frames behind their neighbour", apply_shift<true>},
+    {"--delete", nullptr, "Delete the frames", apply_delete},
+    {"--duplicate", nullptr, "Put a copy behind each of the frames", apply_duplicate},
+};
+
+struct ManageOptions {
+  std::string in, out, frames;
+  std::array<std::string, std::size(kActions)> values;
+  std::array<bool, std::size(kActions)> given{};
+};
+
+int apply_actions(const ManageOptions& options, Managing& managing) {
+  for (std::size_t i = 0; i < std::size(kActions); ++i) {
+    if (!options.given[i]) continue;
+    const Outcome outcome = kActions[i].apply(managing, options.values[i]);
+    if (outcome == Outcome::Done) continue;
+    if (outcome == Outcome::Failed) return kFailed;
+    wrong_usage(std::string(kActions[i].option) + ": \"" + options.values[i] +
+                "\" is out of range, or no value for a file of this kind");
+    return kWrongUsage;
+  }
+  return kDone;
+}
+
+int run_manage(const ManageOptions& options, Host& host) {
+  DocumentWindow window;
+  if (!open_document(window, options.in, host)) return kFailed;
+  const std::size_t count = frame_entries(window).size();
+  if (count == 0 || !is_animation(window.document.kind)) {
+    host.show(StringId::NoImagesHere, {}, options.in + " is no animation");
+    return kFailed;
+  }
+  const auto frames = options.frames.empty() ? all_frames(count) : parse_frame_list(options.frames, count);
+  if (!frames) {
+    wrong_usage("--frames: \"" + options.frames + "\" is no list of frames from 1 to " +
+                std::to_string(count));
+    return kWrongUsage;
+  }
+  Managing managing{window, *frames, host, {}};
+  if (const int status = apply_actions(options, managing); status != kDone) return status;
+  if (managing.done.held > 0)
+    host.set_status(filled(StringId::ValuesHeld, {std::to_string(managing.done.held)}));
+  return save_document(window, options.out, host) ? kDone : kFailed;
+}
+
+}  // namespace
+
+Run prepare_manage(CLI::App& app) {
+  const auto options = std::make_shared<ManageOptions>();
+  app.add_option("IN", options->in, "The animation to read")->required();
+  app.add_option("OUT", options->out, "The file to write; may be the same")->required();
+  app.add_option("--frames", options->frames, "The frames, counted from 1, as 1,3-5; all of them otherwise")
+      ->type_name("LIST");
+  for (std::size_t i = 0; i < std::size(kActions); ++i) {
+    const ActionRow& row = kActions[i];
+    if (row.form)
+      app.add_option_function<std::string>(
+             row.option,
+             [options, i](const std::string& value) {
+               options->values[i] = value;
+               options->given[i] = true;
+             },
+             row.help)
+          ->type_name(row.form);
+    else
+      app.add_flag_callback(
+          row.option, [options, i] { options->given[i] = true; }, row.help);
+  }
+  return [options](Host& host) { return run_manage(*options, host); };
+}
+
+}  // namespace vellum::cli

@@ -1,0 +1,32 @@
+#include "shell/dialogs/dialog_frame.h"
+
+#include <QPushButton>
+#include <QShortcut>
+
+#include "shell/forms/form_dialog.h"
+#include "shell/style.h"
+
+namespace vellum {
+
+QVBoxLayout* dialog_layout(QDialog& dialog) {
+  auto* layout = new QVBoxLayout(&dialog);
+  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
+  layout->setSpacing(style::kWideGap);
+  return layout;
+}
+
+QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
+                              const QString& topic) {
+  auto* box = new QDialogButtonBox(buttons | QDialogButtonBox::Help, &dialog);
+  box->button(QDialogButtonBox::Help)->setEnabled(static_cast<bool>(showHelp));
+  const auto help = [topic] {
+    if (showHelp) showHelp(topic);
+  };
+  QObject::connect(box, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  QObject::connect(box, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  QObject::connect(box, &QDialogButtonBox::helpRequested, &dialog, help);
+  QObject::connect(new QShortcut(QKeySequence::HelpContents, &dialog), &QShortcut::activated, &dialog, help);
+  return box;
+}
+
+}  // namespace vellum

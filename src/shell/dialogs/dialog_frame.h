@@ -1,0 +1,17 @@
+// What dialogs that are no plain forms share: margins, Help, a tab order from top to bottom.
+#pragma once
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QVBoxLayout>
+
+namespace vellum {
+
+/// An upright layout with the program's margins for the dialog.
+QVBoxLayout* dialog_layout(QDialog& dialog);
+
+/// A row of buttons that accepts and rejects the dialog; Help, also by F1, shows the topic of the guide.
+QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
+                              const QString& topic);
+
+}  // namespace vellum

@@ -1,0 +1,187 @@
+#include "shell/dialogs/strip_window.h"
+
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include "base/text.h"
+#include "configuration/operation_settings.h"
+#include "configuration/shell_settings.h"
+#include "core/delete_chunks.h"
+#include "core/insert_chunk.h"
+#include "core/move_chunks.h"
+#include "image/graphic_file.h"
+#include "shell/file_dialogs.h"
+#include "shell/forms/form_dialog.h"
+#include "shell/style.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+Field cell_field(const char* name, const char* label) {
+  return {.name = name, .label = label, .most = kMostCell, .special = "As the canvas"};
+}
+
+QString window_title(DocumentFrame& frame) {
+  const std::filesystem::path name = document_title(frame.document());
+  return plain_title(path_text(name.filename())) + QObject::tr(" - Image Strip");
+}
+
+/// A picture with this many frames: "name-strip.png".
+std::filesystem::path strip_name(const Document& document) {
+  return std::filesystem::path(document_title(document)).stem().string() + "-strip.png";
+}
+
+}  // namespace
+
+StripWindow::StripWindow(DocumentFrame& frame, ThumbnailCache& thumbnails, Services& services,
+                         std::function<void(int)> run, QWidget* parent)
+    : QWidget(parent, Qt::Tool),
+      frame_(frame),
+      services_(services),
+      view_(new StripView(frame.content(), thumbnails, this)) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setObjectName(QStringLiteral("StripWindow"));
+  setWindowTitle(window_title(frame));
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(style::kGap, style::kGap, style::kGap, style::kGap);
+  layout->addWidget(view_, 1);
+  auto* line = new QHBoxLayout;
+  auto* options = new QPushButton(tr("&Options"));
+  auto* menu = new QMenu(options);
+  add_option(*menu, tr("&Numbers"), kStripNumbers);
+  add_option(*menu, tr("&Delays"), kStripDelays);
+  add_option(*menu, tr("&Checkered background"), kStripCheckers);
+  add_option(*menu, tr("Composed c&anvases"), kStripCanvases);
+  add_option(*menu, tr("&Vertical"), kStripVertical);
+  add_option(*menu, tr("&Gaps between frames"), kStripGaps);
+  options->setMenu(menu);
+  auto* save = new QPushButton(tr("&Save strip..."));
+  auto* insert = new QPushButton(tr("&Insert from strip..."));
+  connect(save, &QPushButton::clicked, this, &StripWindow::save_strip);
+  connect(insert, &QPushButton::clicked, this, &StripWindow::insert_from_strip);
+  line->addWidget(options);
+  line->addStretch(1);
+  line->addWidget(save);
+  line->addWidget(insert);
+  layout->addLayout(line);
+  view_->open_entry = [this](std::size_t entry) {
+    if (openEntryEditor) openEntryEditor(frame_, entry);
+  };
+  view_->delete_selected = [this] {
+    if (!services_.busy()) delete_selected(frame_.content(), services_.host);
+  };
+  view_->move_selected = [this](std::size_t to) { move_selected(to); };
+  for (const auto& [keys, command] : {std::pair(QKeySequence::Cut, 201),
+                                      {QKeySequence::Copy, 202},
+                                      {QKeySequence::Paste, 203},
+                                      {QKeySequence::Undo, 204}})
+    connect(new QShortcut(QKeySequence(keys), this), &QShortcut::activated, this,
+            [run, number = command] { run(number); });
+  connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this, [] {
+    if (showHelp) showHelp(QStringLiteral("IMAGESTRIP"));
+  });
+  connect(&frame, &DocumentFrame::changed, this, [this] {
+    setWindowTitle(window_title(frame_));
+    view_->reload();
+  });
+  // Nothing may be drawn any more once the document is gone.
+  connect(&frame, &QObject::destroyed, this, [this] {
+    hide();
+    deleteLater();
+  });
+  adjustSize();
+  view_->setFocus();
+}
+
+void StripWindow::add_option(QMenu& menu, const QString& label, StripOption bit) {
+  QAction* action = menu.addAction(label);
+  action->setCheckable(true);
+  action->setChecked((settings::StripOptions & bit) != 0);
+  connect(action, &QAction::toggled, this, [this, bit](bool on) {
+    settings::StripOptions = on ? settings::StripOptions | bit : settings::StripOptions & ~bit;
+    view_->reload();
+    view_->updateGeometry();
+    adjustSize();
+  });
+}
+
+/// The selected frames go in front of frame `to`, or behind the last one.
+void StripWindow::move_selected(std::size_t to) {
+  if (services_.busy()) return;
+  const FrameList frames = selected_frames(frame_.content());
+  // Nothing moves where the frames stand there already.
+  const bool run = !frames.empty() && frames.back() - frames.front() + 1 == frames.size();
+  if (frames.empty() || (run && to >= frames.front() && to <= frames.back() + 1)) return;
+  const bool at_end = to >= view_->frames();
+  move_images(frame_.content(), {at_end ? view_->frames() : to + 1, !at_end, false}, services_.host);
+}
+
+bool StripWindow::ask_for_cells(const QString& title, bool columns, FilmStrip& strip) {
+  const auto count = static_cast<std::int64_t>(std::max<std::size_t>(view_->frames(), 1));
+  std::vector<Field> fields;
+  if (columns) fields.push_back({.name = "columns", .label = "Frames in a row", .least = 1, .most = count});
+  fields.push_back(cell_field("wide", "Cell width"));
+  fields.push_back(cell_field("deep", "Cell height"));
+  FieldValues values;
+  values.set("columns", count);
+  values.set("wide", std::clamp<std::int64_t>(settings::CellWide, 0, kMostCell));
+  values.set("deep", std::clamp<std::int64_t>(settings::CellDeep, 0, kMostCell));
+  FormDialog dialog(title, QStringLiteral("IMAGESTRIP"), fields, values, services_.host, this);
+  dialog.apply = [&](const FieldValues& typed) {
+    settings::CellWide = static_cast<int>(typed.number("wide"));
+    settings::CellDeep = static_cast<int>(typed.number("deep"));
+    strip = {static_cast<std::uint32_t>(typed.number("columns")),
+             static_cast<std::uint32_t>(typed.number("wide")),
+             static_cast<std::uint32_t>(typed.number("deep"))};
+    return true;
+  };
+  return dialog.exec() == QDialog::Accepted;
+}
+
+bool StripWindow::save_strip() {
+  FilmStrip strip;
+  if (services_.busy() || !services_.choose_file || !ask_for_cells(tr("Save strip"), true, strip))
+    return false;
+  auto path = services_.choose_file({tr("Save strip").toStdString(), picture_filters(false).toStdString(),
+                                     strip_name(frame_.document()), true});
+  if (!path) return false;
+  if (GraphicFileType(path->string()) == kNoGraphicFile) *path += ".png";
+  const Picture picture = film_strip(frame_.content(), strip, services_.host);
+  if (!picture) return false;
+  if (GraphicFileWrite(path->string(), picture)) return true;
+  services_.host.show(StringId::FileNotWritten, StringId::ErrorWritingFile);
+  return false;
+}
+
+bool StripWindow::insert_from_strip() {
+  FilmStrip strip;
+  if (services_.busy() || !services_.choose_file || !ask_for_cells(tr("Insert from strip"), false, strip))
+    return false;
+  const auto path = services_.choose_file(
+      {tr("Insert from strip").toStdString(), picture_filters(true).toStdString(), {}, false});
+  return path && insert_cells(strip, *path);
+}
+
+bool StripWindow::insert_cells(const FilmStrip& strip, const std::filesystem::path& path) {
+  const Picture picture = GraphicFileRead(path.string());
+  if (!picture) {
+    services_.host.show(StringId::ErrorReadingFile);
+    return false;
+  }
+  const Extent canvas = document_size(frame_.entries(), frame_.document());
+  const CutStrip cut = cut_strip(picture, strip.cellWidth == 0 ? canvas.width : strip.cellWidth,
+                                 strip.cellHeight == 0 ? canvas.height : strip.cellHeight);
+  if (cut.cells.empty()) {
+    services_.host.show(StringId::SmallerThanCell);
+    return false;
+  }
+  if (!insert_pictures(frame_.content(), cut.cells, services_.host)) return false;
+  if (cut.incomplete > 0)
+    services_.host.set_status(
+        filled(StringId::CellsLeftOut, {std::to_string(cut.cells.size()), std::to_string(cut.incomplete)}));
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,172 @@
+// The commands about whole animations, over the built tool.
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "support/corpus.h"
+#include "support/documents.h"
+#include "support/judge.h"
+#include "support/libpng_oracle.h"
+
+namespace vellum {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testing::be32;
+
+class AnimationTool : public ::testing::Test {
+ protected:
+  AnimationTool() { setenv("XDG_CONFIG_HOME", folder_.path().c_str(), 1); }
+
+  testing::ToolResult vellum(std::vector<std::string> words) {
+    words.insert(words.begin(), testing::program_folder() / "vellum");
+    return testing::run_tool(words);
+  }
+
+  /// Three frames of 4 x 3 pixels and 100 ms, the last of them 2 x 1 at (2, 1).
+  fs::path animation() {
+    const auto bytes = testing::png_file({{"IHDR", testing::header_payload(4, 3, 8, 2)},
+                                          {"acTL", be32(3) + be32(0)},
+                                          {"tEXt", std::string("Title\0x", 7)},
+                                          {"fcTL", testing::frame_control(0, 4, 3)},
+                                          {"IDAT", testing::zero_image(4, 3, 8, 2)},
+                                          {"fcTL", testing::frame_control(1, 4, 3)},
+                                          {"fdAT", be32(2) + testing::zero_image(4, 3, 8, 2)},
+                                          {"fcTL", testing::frame_control(3, 2, 1, 2, 1)},
+                                          {"fdAT", be32(4) + testing::zero_image(2, 1, 8, 2)},
+                                          {"IEND", ""}});
+    const fs::path path = folder_ / "a.png";
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return path;
+  }
+
+  json properties(const fs::path& file) {
+    const auto result = vellum({"properties", file, "--json"});
+    EXPECT_EQ(result.status, 0) << result.output;
+    return json::parse(result.output);
+  }
+  std::vector<int> column(const fs::path& file, const char* name) {
+    std::vector<int> values;
+    const json all = properties(file);
+    for (const auto& frame : all["frames"]) values.push_back(frame[name]);
+    return values;
+  }
+
+  testing::ScratchFolder folder_;
+};
+
+TEST_F(AnimationTool, PropertiesTellTheFileAndItsLights) {
+  const fs::path file = folder_ / "b.png";
+  ASSERT_EQ(vellum({"save", animation(), file}).status, 0);
+  const json p = properties(file);
+  EXPECT_EQ(p["kind"], "APNG");
+  EXPECT_EQ(p["running_time_ms"], 300);
+  EXPECT_EQ(p["file_size"], fs::file_size(file)) << "what it would be written as is what it is";
+  EXPECT_EQ(p["lights"], json::parse(R"({"canvas": "green", "memory": "green", "file": "green"})"));
+  EXPECT_EQ(p["frames"][2]["x"], 2);
+  const auto tight = vellum(
+      {"--set", "PropertiesDimensionYellow=2", "--set", "PropertiesDimensionRed=3", "properties", file});
+  EXPECT_NE(tight.output.find("Canvas:       4 x 3  [red]\n"), std::string::npos) << tight.output;
+  const auto sorted = vellum({"--set", "PropertiesSort=4", "properties", file, "--json"});
+  EXPECT_EQ(json::parse(sorted.output)["frames"][0]["number"], 3);
+}
+
+TEST_F(AnimationTool, ManageDoesWhatItsOptionsSay) {
+  struct Case {
+    std::vector<std::string> options;
+    const char* column;
+    std::vector<int> values;
+  };
+  const Case cases[] = {
+      {{"--delay", "40"}, "delay_ms", {40, 40, 40}},
+      {{"--delay", "1/8", "--frames", "2-3"}, "delay_ms", {100, 125, 125}},
+      {{"--rate", "50"}, "delay_ms", {20, 20, 20}},
+      {{"--scale-delay", "150", "--frames", "1,3"}, "delay_ms", {150, 100, 150}},
+      {{"--add-delay", "-130", "--frames", "2"}, "delay_ms", {100, 0, 100}},
+      {{"--total", "1000"}, "delay_ms", {333, 334, 333}},
+      {{"--delay", "7", "--every", "2"}, "delay_ms", {100, 7, 100}},
+      {{"--delay", "7", "--frames", "2", "--invert"}, "delay_ms", {7, 100, 7}},
+      {{"--align", "bottom", "--frames", "3"}, "y", {0, 0, 2}},
+      {{"--move", "-1,1", "--frames", "3"}, "x", {0, 0, 1}},
+      {{"--position", "0,2", "--frames", "3"}, "y", {0, 0, 2}},
+      {{"--delete", "--frames", "2"}, "width", {4, 2}},
+      {{"--duplicate", "--frames", "3"}, "width", {4, 4, 2, 2}},
+      {{"--move-up", "--frames", "3"}, "width", {4, 2, 4}},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> words = {"manage", animation(), folder_ / "out.png"};
+    words.insert(words.end(), c.options.begin(), c.options.end());
+    const auto result = vellum(words);
+    ASSERT_EQ(result.status, 0) << result.output;
+    EXPECT_EQ(column(folder_ / "out.png", c.column), c.values) << c.options[0];
+  }
+}
+
+TEST_F(AnimationTool, ManageSetsPlaysDisposalAndChunks) {
+  const fs::path out = folder_ / "out.png";
+  ASSERT_EQ(vellum({"manage", animation(), out, "--plays", "4", "--dispose", "previous", "--blend", "over",
+                    "--frames", "2", "--only-images"})
+                .status,
+            0);
+  const json p = properties(out);
+  EXPECT_EQ(p["plays"], 4);
+  EXPECT_EQ(p["frames"][1]["dispose"], "previous");
+  EXPECT_EQ(p["frames"][1]["blend"], "over");
+  EXPECT_EQ(p["frames"][0]["dispose"], "none");
+  EXPECT_EQ(vellum({"list", out}).output.find("TEXT"), std::string::npos);
+}
+
+TEST_F(AnimationTool, StripAndUnstripAreTheReverseOfEachOther) {
+  const fs::path strip = folder_ / "strip.png", again = folder_ / "again.png";
+  ASSERT_EQ(vellum({"strip", animation(), strip, "--columns", "2"}).status, 0);
+  EXPECT_EQ(testing::rgba_by_libpng(strip).size(), 8u * 6 * 4);
+  const auto result = vellum({"unstrip", strip, again, "--cell", "4x3", "--kind", "apng", "--delay", "30"});
+  ASSERT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(column(again, "delay_ms"), (std::vector<int>{30, 30, 30, 30}));
+  EXPECT_EQ(vellum({"list", again}).output.find("TEXT"), std::string::npos);
+  const auto cut = vellum({"unstrip", strip, again, "--cell", "5x3", "--kind", "apng"});
+  EXPECT_EQ(cut.status, 0);
+  EXPECT_NE(cut.output.find("2 images were inserted; 2 incomplete cells were left out"), std::string::npos)
+      << cut.output;
+  for (const auto& [kind, name] : {std::pair("mng", "s.mng"), {"webp", "s.webp"}}) {
+    ASSERT_EQ(vellum({"unstrip", strip, folder_ / name, "--cell", "4x3", "--kind", kind}).status, 0) << kind;
+    EXPECT_EQ(column(folder_ / name, "delay_ms"), (std::vector<int>{100, 100, 100, 100})) << kind;
+  }
+}
+
+TEST_F(AnimationTool, RefusalsSayWhyAndWriteNothing) {
+  const fs::path out = folder_ / "out.png";
+  struct Case {
+    std::vector<std::string> words;
+    int status;
+    const char* output;
+  };
+  const fs::path in = animation();
+  const Case cases[] = {
+      {{"manage", in, out, "--frames", "4"}, 2, "no list of frames from 1 to 3"},
+      {{"manage", in, out, "--scale-delay", "0"}, 2, "--scale-delay: \"0\" is out of range"},
+      {{"manage", in, out, "--add-delay", "60001"}, 2, "out of range"},
+      {{"manage", in, out, "--align", "middle"}, 2, "--align"},
+      {{"manage", in, out, "--ticks", "100"}, 2, "--ticks"},
+      {{"manage", in, out, "--delay", "1/0"}, 2, "--delay"},
+      {{"manage", in, out, "--delete"}, 1, "An animation must keep at least one image."},
+      {{"strip", in, folder_ / "out.xyz"}, 2, "no extension of a picture"},
+      {{"strip", in, out, "--cell", "5000x2"}, 2, "--cell"},
+      {{"unstrip", in, out, "--cell", "5x5", "--kind", "apng"}, 1, "The picture is smaller than one cell."},
+      {{"unstrip", in, out, "--cell", "5x5", "--kind", "png"}, 2, ""},
+      {{"unstrip", folder_ / "no.png", out, "--cell", "5x5", "--kind", "apng"}, 1, "Error reading file"},
+      {{"properties", folder_ / "no.png"}, 1, "Error reading file"},
+  };
+  for (const Case& c : cases) {
+    const auto result = vellum(c.words);
+    EXPECT_EQ(result.status, c.status) << c.output << " | " << result.output;
+    EXPECT_NE(result.output.find(c.output), std::string::npos) << result.output;
+  }
+  EXPECT_FALSE(fs::exists(out));
+  EXPECT_FALSE(fs::exists(folder_ / "out.xyz"));
+}
+
+}  // namespace
+}  // namespace vellum

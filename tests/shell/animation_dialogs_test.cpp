@@ -1,0 +1,200 @@
+// Properties, Manage and the film strip, worked by keys and clicks.
+#include <QAbstractSpinBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTimer>
+
+#include "base/text.h"
+#include "configuration/shell_settings.h"
+#include "core/undo.h"
+#include "shell/dialogs/manage_dialog.h"
+#include "shell/dialogs/properties_dialog.h"
+#include "shell/dialogs/strip_window.h"
+#include "shell_fixture.h"
+#include "support/settings_guard.h"
+
+namespace vellum::testing {
+namespace {
+
+class AnimationDialogTest : public WindowTest {
+ protected:
+  ~AnimationDialogTest() override { openEntryEditor = nullptr; }
+
+  /// Runs a command that opens a dialog, and does `work` in it.
+  template <class Dialog>
+  void in_dialog(int command, const std::function<void(Dialog&)>& work) {
+    bool seen = false;
+    QTimer::singleShot(0, qApp, [&] {
+      auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      seen = true;
+      work(*dialog);
+      if (dialog->isVisible()) dialog->reject();
+    });
+    main_.run(command);
+    EXPECT_TRUE(seen) << command;
+  }
+  static void press(QWidget& dialog, const char* name) {
+    auto* button = dialog.findChild<QPushButton*>(QLatin1String(name));
+    ASSERT_NE(button, nullptr) << name;
+    button->click();
+  }
+  /// For people who want to see the windows: set VELLUM_PICTURES to a folder.
+  static void take_picture(QWidget& widget, const char* name) {
+    const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
+    if (folder.isEmpty()) return;
+    QTest::qWait(100);
+    widget.grab().save(folder + u'/' + QLatin1String(name) + QStringLiteral(".png"));
+  }
+  static std::vector<std::uint32_t> delays(const DocumentWindow& window) {
+    std::vector<std::uint32_t> result;
+    for (const std::size_t entry : frame_entries(window))
+      result.push_back(frame_delay_ms(window.list.record(entry), window.document.kind, 1000));
+    return result;
+  }
+
+  SettingsGuard guard_;
+};
+
+TEST_F(AnimationDialogTest, PropertiesFindTheSizeSortAndSelect) {
+  DocumentFrame& frame = add(animated_document(3));
+  set_delays(frame.content(), {0}, 900);
+  in_dialog<PropertiesDialog>(118, [&](PropertiesDialog& dialog) {
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !dialog.measuring(); }, 20000));
+    Host silent;
+    EXPECT_EQ(dialog.properties().fileSize, size_when_written(frame.content(), silent));
+    EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("light_File size")));
+    take_picture(dialog, "properties");
+    auto* table = dialog.findChild<QTableView*>(QStringLiteral("frames"));
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
+    emit table->horizontalHeader()->sectionClicked(3);
+    EXPECT_EQ(settings::PropertiesSort, 2);
+    EXPECT_EQ(table->model()->index(2, 0).data().toString(), QStringLiteral("1"));
+    table->selectRow(2);
+    EXPECT_EQ(selected_rows(frame.entries()), std::set<std::size_t>{frame_entries(frame.content())[0]});
+    take_picture(dialog, "properties-frames");
+    EXPECT_TRUE(dialog.text().contains(QStringLiteral("Running time:")));
+  });
+}
+
+TEST_F(AnimationDialogTest, LimitsAreCheckedAndStored) {
+  add(animated_document(1));
+  settings::PropertiesFileSizeEnable = 0;
+  in_dialog<PropertiesDialog>(118, [&](PropertiesDialog& dialog) {
+    Form* form = dialog.findChild<Form*>();
+    form->set_value("fileYellow", std::int64_t{3000});
+    dialog.accept();
+    EXPECT_TRUE(dialog.isVisible());
+    ASSERT_EQ(answers_.messages.size(), 1u);
+    EXPECT_EQ(answers_.messages[0].text, "The red limit must be above the yellow limit.");
+    take_picture(dialog, "properties-limits");
+    form->set_value("fileRed", std::int64_t{3001});
+    dialog.accept();
+  });
+  EXPECT_EQ(settings::PropertiesFileYellow, 3000);
+  EXPECT_EQ(settings::PropertiesFileRed, 3001);
+}
+
+TEST_F(AnimationDialogTest, ManageWritesOnceOrNothing) {
+  DocumentFrame& frame = add(animated_document(3));
+  const auto work = [&](ManageDialog& dialog, bool ok) {
+    dialog.model().check({0, 2});
+    dialog.apply_action();  // "Set delay", 100
+    auto* table = dialog.findChild<QTableView*>(QStringLiteral("frames"));
+    EXPECT_TRUE(table->model()->setData(table->model()->index(1, ManageModel::Delay), QStringLiteral("1/8")));
+    EXPECT_FALSE(table->model()->setData(table->model()->index(1, ManageModel::X), QStringLiteral("-1")));
+    EXPECT_EQ(answers_.messages.back().text, "X must be a whole number from 0 to 999960.");
+    press(dialog, "down");
+    EXPECT_EQ(dialog.model().checked(), (FrameList{1, 2}));
+    take_picture(dialog, "manage");
+    ok ? dialog.accept() : dialog.reject();
+  };
+  in_dialog<ManageDialog>(62, [&](ManageDialog& dialog) { work(dialog, false); });
+  EXPECT_EQ(delays(frame.content()), (std::vector<std::uint32_t>{0, 0, 0}));
+  EXPECT_FALSE(frame.document().dirty);
+  EXPECT_EQ(frame.content().undoLevels.size(), 1u) << "the level stays";
+  in_dialog<ManageDialog>(62, [&](ManageDialog& dialog) { dialog.accept(); });
+  EXPECT_FALSE(frame.document().dirty) << "nothing was changed";
+  in_dialog<ManageDialog>(62, [&](ManageDialog& dialog) { work(dialog, true); });
+  EXPECT_EQ(delays(frame.content()), (std::vector<std::uint32_t>{125, 100, 100}));
+  EXPECT_TRUE(frame.document().dirty);
+  EXPECT_TRUE(undo_pop(frame.content()));
+  EXPECT_EQ(delays(frame.content()), (std::vector<std::uint32_t>{0, 0, 0}));
+  EXPECT_FALSE(frame.document().dirty);
+}
+
+TEST_F(AnimationDialogTest, ManageKeepsOneFrame) {
+  DocumentFrame& frame = add(animated_document(2));
+  in_dialog<ManageDialog>(62, [&](ManageDialog& dialog) {
+    press(dialog, "all");
+    press(dialog, "delete");
+    ASSERT_EQ(answers_.messages.size(), 1u);
+    EXPECT_EQ(answers_.messages[0].text, "An animation must keep at least one image.");
+    auto* plays = dialog.findChild<QAbstractSpinBox*>();
+    plays->findChild<QLineEdit*>()->setText(QStringLiteral("3"));
+    press(dialog, "duplicate");
+    EXPECT_EQ(dialog.model().rowCount(), 4);
+    dialog.accept();
+  });
+  EXPECT_EQ(frame_entries(frame.content()).size(), 4u);
+  EXPECT_EQ(document_plays(frame.entries(), frame.document()), 3u) << "typed in front of the last action";
+}
+
+TEST_F(AnimationDialogTest, TheStripFollowsTheListAndChangesIt) {
+  DocumentFrame& frame = add(animated_document(4));
+  const auto entries = frame_entries(frame.content());
+  for (std::size_t i = 0; i < 4; ++i)
+    set_delays(frame.content(), {i}, static_cast<std::uint32_t>(10 * i + 10));
+  main_.run(307);
+  auto* strip = main_.findChild<StripWindow*>();
+  ASSERT_NE(strip, nullptr);
+  main_.run(307);
+  EXPECT_EQ(main_.findChildren<StripWindow*>().size(), 1) << "one strip a document";
+  StripView& view = strip->view();
+  view.resize(view.sizeHint());
+  settle();
+  const auto click = [&](std::size_t i, Qt::KeyboardModifiers held = {}) {
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, held, view.cell_rect(i).center());
+  };
+  click(1);
+  EXPECT_EQ(selected_rows(frame.entries()), std::set<std::size_t>{entries[1]});
+  click(3, Qt::ShiftModifier);
+  EXPECT_EQ(selected_rows(frame.entries()).size(), 3u);
+  click(2, Qt::ControlModifier);
+  EXPECT_EQ(selected_rows(frame.entries()), (std::set<std::size_t>{entries[1], entries[3]}));
+  take_picture(*strip, "strip");
+  click(0);
+  QTest::keyClick(&view, Qt::Key_Right, Qt::AltModifier);
+  EXPECT_EQ(delays(frame.content()), (std::vector<std::uint32_t>{20, 10, 30, 40}));
+  settle();
+  // Frame 2 is dragged behind the last one.
+  const QPoint from = view.cell_rect(1).center(), to = view.cell_rect(3).center() + QPoint(50, 0);
+  QTest::mousePress(view.viewport(), Qt::LeftButton, {}, from);
+  QMouseEvent move(QEvent::MouseMove, QPointF(to), view.viewport()->mapToGlobal(QPointF(to)), Qt::NoButton,
+                   Qt::LeftButton, {});
+  QApplication::sendEvent(view.viewport(), &move);
+  QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, to);
+  EXPECT_EQ(delays(frame.content()), (std::vector<std::uint32_t>{20, 30, 40, 10}));
+  settle();
+  QTest::keyClick(&view, Qt::Key_Home);
+  QTest::keyClick(&view, Qt::Key_Delete);
+  EXPECT_EQ(delays(frame.content()), (std::vector<std::uint32_t>{30, 40, 10}));
+  settle();
+  EXPECT_EQ(view.frames(), 3u);
+  std::size_t opened = 0;
+  openEntryEditor = [&](DocumentFrame&, std::size_t entry) { opened = entry; };
+  QTest::keyClick(&view, Qt::Key_End);
+  QTest::keyClick(&view, Qt::Key_Return);
+  EXPECT_EQ(opened, frame_entries(frame.content()).back());
+  frame.close_without_question();
+  settle();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(main_.findChildren<StripWindow*>().size(), 0);
+}
+
+}  // namespace
+}  // namespace vellum::testing
