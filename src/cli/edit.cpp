@@ -3,9 +3,13 @@
 #include <optional>
 
 #include "base/byte_order.h"
+#include "base/file.h"
 #include "cli/command.h"
 #include "cli/edit_values.h"
+#include "core/chunk_fields.h"
+#include "core/chunk_payload.h"
 #include "core/delete_chunks.h"
+#include "core/edit_closing.h"
 #include "core/move_chunks.h"
 #include "core/open_document.h"
 #include "core/save_document.h"
@@ -32,12 +36,14 @@ std::optional<std::size_t> entry_index(const DocumentWindow& window, std::size_t
 
 bool is_delete(const std::string& value) { return entry_number(value).has_value(); }
 
-bool apply_delete(DocumentWindow& window, const std::string& value, Host& host) {
+int status(bool done) { return done ? kDone : kFailed; }
+
+int apply_delete(DocumentWindow& window, const std::string& value, Host& host) {
   const auto at = entry_index(window, *entry_number(value), host);
-  if (!at) return false;
+  if (!at) return kFailed;
   std::vector<bool> marks(window.list.size());
   marks[*at] = true;
-  return delete_marked(window, std::move(marks), host);
+  return status(delete_marked(window, std::move(marks), host));
 }
 
 // --insert TAG@N[:VALUE]
@@ -60,12 +66,12 @@ std::optional<InsertValue> parse_insert(const std::string& text) {
 
 bool is_insert(const std::string& value) { return parse_insert(value).has_value(); }
 
-bool apply_insert(DocumentWindow& window, const std::string& text, Host& host) {
+int apply_insert(DocumentWindow& window, const std::string& text, Host& host) {
   const auto insert = parse_insert(text);
   const auto at = entry_index(window, insert->entry, host);
-  if (!at) return false;
+  if (!at) return kFailed;
   window.document.caret = static_cast<std::int32_t>(*at);
-  return insert_value(window, insert->tag, insert->value, host);
+  return status(insert_value(window, insert->tag, insert->value, host));
 }
 
 // --move N@M
@@ -85,10 +91,58 @@ std::optional<MoveValue> parse_move(const std::string& text) {
 
 bool is_move(const std::string& value) { return parse_move(value).has_value(); }
 
-bool apply_move(DocumentWindow& window, const std::string& text, Host& host) {
+int apply_move(DocumentWindow& window, const std::string& text, Host& host) {
   const auto move = parse_move(text);
   const auto from = entry_index(window, move->from, host), to = entry_index(window, move->to, host);
-  return from && to && move_entry(window, *from, *to, host);
+  return status(from && to && move_entry(window, *from, *to, host));
+}
+
+// --set-field N.FIELD=VALUE
+
+bool is_assignment(const std::string& value) { return parse_field_assignment(value).has_value(); }
+
+int apply_assignment(DocumentWindow& window, const std::string& text, Host& host) {
+  const auto assignment = parse_field_assignment(text);
+  const auto at = entry_index(window, assignment->index + 1, host);
+  if (!at) return kFailed;
+  std::string reason;
+  if (set_chunk_field(window, *at, assignment->field, assignment->value, host, reason)) {
+    finish_edit(window, false);
+    return kDone;
+  }
+  std::fprintf(stderr, "vellum: %s\n", reason.c_str());
+  return kWrongUsage;
+}
+
+// --dump N=FILE
+
+struct DumpValue {
+  std::size_t entry = 0;
+  std::string file;
+};
+
+std::optional<DumpValue> parse_dump(const std::string& text) {
+  const auto parting = text.find('=');
+  const auto entry = entry_number(std::string_view(text).substr(0, parting));
+  if (!entry || parting == std::string::npos || parting + 1 == text.size()) return std::nullopt;
+  return DumpValue{*entry, text.substr(parting + 1)};
+}
+
+bool is_dump(const std::string& value) { return parse_dump(value).has_value(); }
+
+int apply_dump(DocumentWindow& window, const std::string& text, Host& host) {
+  const auto dump = parse_dump(text);
+  const auto at = entry_index(window, dump->entry, host);
+  if (!at) return kFailed;
+  const auto payload = chunk_payload(window.list.record(*at), window.document.kind);
+  if (!payload) {
+    std::fprintf(stderr, "vellum: the data of an image is made when the file is saved\n");
+    return kWrongUsage;
+  }
+  SafeFile file(dump->file);
+  if (file.write(*payload) && file.commit()) return kDone;
+  host.show(StringId::ErrorWritingFile, {}, file.reason());
+  return kFailed;
 }
 
 /// One kind of edit: an option that may stand any number of times.
@@ -97,7 +151,8 @@ struct OperationRow {
   const char* form;
   const char* help;
   bool (*is_form)(const std::string& value);
-  bool (*apply)(DocumentWindow& window, const std::string& value, Host& host);
+  /// The exit status of the program.
+  int (*apply)(DocumentWindow& window, const std::string& value, Host& host);
 };
 
 constexpr OperationRow kOperations[] = {
@@ -105,6 +160,9 @@ constexpr OperationRow kOperations[] = {
     {"--insert", "TAG@N[:VALUE]", "Insert a chunk behind entry N, or at the nearest place where it may stand",
      is_insert, apply_insert},
     {"--move", "N@M", "Move entry N to position M", is_move, apply_move},
+    {"--set-field", "N.FIELD=VALUE", "Set a field of entry N; `data` takes hex:... or @FILE", is_assignment,
+     apply_assignment},
+    {"--dump", "N=FILE", "Write the payload of entry N to a file", is_dump, apply_dump},
 };
 
 struct EditOptions {
@@ -127,22 +185,31 @@ std::vector<Edit> edits_in_order(const CLI::App& app, const EditOptions& options
   return edits;
 }
 
-bool apply_edits(DocumentWindow& window, const std::vector<Edit>& edits, Host& host) {
-  return std::ranges::all_of(edits, [&](const Edit& edit) {
+int apply_edits(DocumentWindow& window, const std::vector<Edit>& edits, Host& host) {
+  for (const Edit& edit : edits) {
     window.undoLevels.clear();  // nothing is undone here
-    if (edit.row->apply(window, edit.value, host)) return true;
+    const int result = edit.row->apply(window, edit.value, host);
+    if (result == kDone) continue;
     std::fprintf(stderr, "vellum: nothing was written, since this was refused: %s %s\n", edit.row->option,
                  edit.value.c_str());
-    return false;
-  });
+    return result;
+  }
+  return kDone;
 }
 
 int run_edit(const CLI::App& app, const EditOptions& options, Host& host) {
   const std::vector<Edit> edits = edits_in_order(app, options);
+  const bool only_dumps =
+      std::ranges::all_of(edits, [](const Edit& e) { return e.row->apply == apply_dump; });
+  if (options.out.empty() && (edits.empty() || !only_dumps)) {
+    std::fprintf(stderr, "vellum: the file to write is missing\n");
+    return kWrongUsage;
+  }
   DocumentWindow window;
-  const bool done = open_document(window, options.in, host) && apply_edits(window, edits, host) &&
-                    save_document(window, options.out, host);
-  return done ? kDone : kFailed;
+  if (!open_document(window, options.in, host)) return kFailed;
+  const int result = apply_edits(window, edits, host);
+  if (result != kDone || options.out.empty()) return result;
+  return status(save_document(window, options.out, host));
 }
 
 }  // namespace
@@ -150,7 +217,7 @@ int run_edit(const CLI::App& app, const EditOptions& options, Host& host) {
 Run prepare_edit(CLI::App& app) {
   const auto options = std::make_shared<EditOptions>();
   app.add_option("IN", options->in, "The file to read")->required();
-  app.add_option("OUT", options->out, "The file to write; may be the same")->required();
+  app.add_option("OUT", options->out, "The file to write; may be the same. Not needed for --dump alone");
   for (const OperationRow& row : kOperations) {
     CLI::Option* option = app.add_option(row.option, row.help)->type_name(row.form)->take_all()->expected(1);
     option->check(CLI::Validator(

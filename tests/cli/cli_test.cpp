@@ -281,6 +281,7 @@ TEST_F(Tool, EditAppliesItsOperationsInTheirOrder) {
       {{"--insert", "IDAT@5:" + animation().string()}, "IHDR acTL tEXt IDAT IDAT IDAT IEND"},
       {{"--insert", "abCd@1:hex:00FF"}, "IHDR acTL tEXt abCd IDAT IDAT IEND"},
       {{"--insert", "pHYs@5:hex:000000010000000101"}, "IHDR acTL tEXt pHYs IDAT IDAT IEND"},
+      {{"--set-field", "4.delayNum=7", "--set-field", "2.numPlays=3"}, "IHDR acTL tEXt IDAT IDAT IEND"},
   };
   for (const Case& c : cases) {
     std::vector<std::string> words = {"edit", animation(), out};
@@ -312,6 +313,11 @@ TEST_F(Tool, EditRefusesAndWritesNothing) {
       {{"--insert", "IDAT@4:none.png"}, 1, "Error reading file"},
       {{"--move", "1@2"}, 1, "The selected chunk can't be dropped in this location."},
       {{"--move", "1"}, 2, "is not N@M"},
+      {{"--set-field", "2.numPlays=-1"}, 2, "must be a whole number from 0 to 2147483647."},
+      {{"--set-field", "2.nothing=1"}, 2, "nothing"},
+      {{"--set-field", "99.numPlays=1"}, 1, "there is no entry 99"},
+      {{"--set-field", "numPlays=1"}, 2, "is not N.FIELD=VALUE"},
+      {{"--dump", "4=" + (folder_ / "image").string()}, 2, "the data of an image"},
   };
   for (const Case& c : cases) {
     const auto result = vellum({"edit", animation(), folder_ / "out.png", c.operation[0], c.operation[1]});
@@ -319,6 +325,30 @@ TEST_F(Tool, EditRefusesAndWritesNothing) {
     EXPECT_NE(result.output.find(c.output), std::string::npos) << c.operation[1] << ": " << result.output;
     EXPECT_FALSE(fs::exists(folder_ / "out.png"));
   }
+}
+
+TEST_F(Tool, EditSetsFieldsAndDumpsPayloads) {
+  const fs::path out = folder_ / "out.png", bytes = folder_ / "bytes";
+  const auto result = vellum({"edit", animation(), out, "--set-field", "4.delayNum=7", "--set-field",
+                              "2.numPlays=3", "--dump", "2=" + bytes.string()});
+  ASSERT_EQ(result.status, 0) << result.output;
+  std::ifstream dumped(bytes, std::ios::binary);
+  const std::string payload{std::istreambuf_iterator<char>(dumped), {}};
+  EXPECT_EQ(payload, std::string("\0\0\0\2\0\0\0\3", 8)) << "frames and plays, as they are now";
+  const auto listed = vellum({"list", "--json", out});
+  EXPECT_NE(listed.output.find("\"numPlays\": 3"), std::string::npos) << listed.output;
+  fs::remove(bytes);
+  EXPECT_EQ(vellum({"edit", out, "--dump", "2=" + bytes.string()}).status, 0) << "needs no file to write";
+  EXPECT_TRUE(fs::exists(bytes));
+  EXPECT_EQ(vellum({"edit", out}).status, 2);
+}
+
+TEST_F(Tool, PlayWalksTheFramesAndWritesTheirCanvases) {
+  const auto result = vellum({"play", animation(), "--steps", "3", "--png", folder_ / "canvases"});
+  ASSERT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(std::ranges::count(result.output, '\n'), 3) << "it plays for ever";
+  EXPECT_TRUE(fs::exists(folder_ / "canvases/frame_00002.png"));
+  EXPECT_EQ(std::ranges::count(vellum({"play", animation()}).output, '\n'), 2) << "one round";
 }
 
 }  // namespace

@@ -22,8 +22,6 @@ namespace {
 
 class AnimationDialogTest : public WindowTest {
  protected:
-  ~AnimationDialogTest() override { openEntryEditor = nullptr; }
-
   /// Runs a command that opens a dialog, and does `work` in it.
   template <class Dialog>
   void in_dialog(int command, const std::function<void(Dialog&)>& work) {
@@ -185,11 +183,17 @@ TEST_F(AnimationDialogTest, TheStripFollowsTheListAndChangesIt) {
   EXPECT_EQ(delays(frame.content()), (std::vector<std::uint32_t>{30, 40, 10}));
   settle();
   EXPECT_EQ(view.frames(), 3u);
-  std::size_t opened = 0;
-  openEntryEditor = [&](DocumentFrame&, std::size_t entry) { opened = entry; };
+  QString opened;
+  QTimer::singleShot(0, qApp, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    opened = dialog->windowTitle();
+    dialog->reject();
+  });
   QTest::keyClick(&view, Qt::Key_End);
   QTest::keyClick(&view, Qt::Key_Return);
-  EXPECT_EQ(opened, frame_entries(frame.content()).back());
+  EXPECT_EQ(opened, QStringLiteral("Edit IDAT"));
+  EXPECT_EQ(static_cast<std::size_t>(frame.document().caret), frame_entries(frame.content()).back());
   frame.close_without_question();
   settle();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

@@ -80,8 +80,14 @@ class EditingTest : public WindowTest {
   }
   void press_in_dialog(Button button) {
     title_.clear();
-    in_dialog(
-        [button](FormDialog& dialog) { QTest::mouseClick(dialog.buttons().button(button), Qt::LeftButton); });
+    QTimer::singleShot(0, qApp, [this, button] {
+      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      if (!dialog) return;
+      title_ = dialog->windowTitle().toStdString();
+      auto* buttons = dialog->findChild<QDialogButtonBox*>();
+      if (buttons) QTest::mouseClick(buttons->button(button), Qt::LeftButton);
+      if (QApplication::activeModalWidget() == dialog) dialog->reject();
+    });
   }
   static void type(FormDialog& dialog, const char* field, const QString& text) {
     QWidget* input = dialog.form().input(field);
@@ -115,7 +121,7 @@ const InsertCase kInserts[] = {
     {DocumentKind::PING, 2, 1025, "Edit zTXt", "IHDR zTXt IEND"},
     {DocumentKind::PING, 2, 1027, "Edit gAMA", "IHDR gAMA IEND"},
     {DocumentKind::PING, 2, 1020, "", "IHDR IDAT IEND"},
-    {DocumentKind::PING, 2, 1021, "*", "IHDR PLTE IEND"},
+    {DocumentKind::PING, 2, 1021, "Edit PLTE", "IHDR PLTE IEND"},
     {DocumentKind::PING, 2, 1024, "Edit tEXt", "IHDR tEXt IEND"},
     {DocumentKind::PING, 2, 1023, "Edit tIME", "IHDR tIME IEND"},
     {DocumentKind::PING, 2, 1026, "Edit tRNS", "IHDR tRNS IEND"},
@@ -143,7 +149,7 @@ TEST_F(EditingTest, EachInsertCommandInsertsAndOpensTheEditorAndUndoTakesItBack)
     press_in_dialog(QDialogButtonBox::Ok);
     main_.run(c.number);
     settle();
-    if (*c.title != '*') EXPECT_EQ(title_, c.title);
+    EXPECT_EQ(title_, c.title);
     EXPECT_EQ(tags(frame), c.tags);
     EXPECT_TRUE(frame.document().dirty);
     const ChunkTag at_caret = frame.entries().record(static_cast<std::size_t>(frame.document().caret)).tag;

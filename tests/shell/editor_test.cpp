@@ -226,7 +226,8 @@ TEST_F(EditorTest, LatinOneIsAskedForAndRepaired) {
         EXPECT_EQ(text->textCursor().selectedText(), QString::fromUtf8("\xE2\x82\xAC"));
     });
     EXPECT_EQ(changed, answer == Answer::Yes);
-    const auto payload = chunk_payload(window.list.record(chunk_find_first(window.list, tag::tEXt)), window.document.kind);
+    const auto payload =
+        chunk_payload(window.list.record(chunk_find_first(window.list, tag::tEXt)), window.document.kind);
     const std::string text(payload->begin(), payload->end());
     EXPECT_EQ(text.substr(8), changed ? "a?b" : "This space for rent...");
   }

@@ -19,6 +19,8 @@
 namespace vellum {
 namespace {
 
+constexpr int kEditCommand = 205;
+
 Field cell_field(const char* name, const char* label) {
   return {.name = name, .label = label, .most = kMostCell, .special = "As the canvas"};
 }
@@ -66,8 +68,9 @@ StripWindow::StripWindow(DocumentFrame& frame, ThumbnailCache& thumbnails, Servi
   line->addWidget(save);
   line->addWidget(insert);
   layout->addLayout(line);
-  view_->open_entry = [this](std::size_t entry) {
-    if (openEntryEditor) openEntryEditor(frame_, entry);
+  view_->open_entry = [this, run](std::size_t entry) {
+    frame_.document().caret = static_cast<std::int32_t>(entry);
+    run(kEditCommand);
   };
   view_->delete_selected = [this] {
     if (!services_.busy()) delete_selected(frame_.content(), services_.host);

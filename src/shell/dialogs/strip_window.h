@@ -36,7 +36,4 @@ class StripWindow : public QWidget {
   StripView* view_;
 };
 
-/// What a double click on a frame opens: the editor of an entry. Nothing while it is empty.
-inline std::function<void(DocumentFrame& frame, std::size_t entry)> openEntryEditor;
-
 }  // namespace vellum

@@ -88,16 +88,20 @@ ImageEditor::ImageEditor(QWidget* parent, DocumentWindow& window, std::size_t ed
              read_chunk_fields(scratch, edited), answers.host, parent) {
   lay_out();
   if (dialog.form().has("rate")) link_frame_rate(dialog.form());
-  dialog.form().setVisible(!dialog.form().fields().empty());
+  const bool has_fields = !dialog.form().fields().empty();
+  dialog.form().setVisible(has_fields);
+  dialog.buttons().button(QDialogButtonBox::Reset)->setVisible(has_fields);
   dialog.check = [this](const FieldValues& typed) { return check_chunk_fields(scratch, index, typed); };
   dialog.repair = repair_chunk_fields;
-  dialog.apply = [this](const FieldValues& typed) {
+  dialog.apply = [this, has_fields](const FieldValues& typed) {
+    if (!has_fields) return true;
     const Applied applied = apply_chunk_fields(scratch, index, typed, services.host);
     if (applied == Applied::Failed)
       services.host.show(StringId::ErrorAccessingChunk, {}, services.host.take_fault());
     changed = changed || applied == Applied::Changed;
     return applied != Applied::Failed;
   };
+  QObject::connect(QApplication::clipboard(), &QClipboard::dataChanged, &dialog, [this] { show_state(); });
   show_picture();
 }
 
