@@ -41,13 +41,6 @@ class AnimationDialogTest : public WindowTest {
     ASSERT_NE(button, nullptr) << name;
     button->click();
   }
-  /// For people who want to see the windows: set VELLUM_PICTURES to a folder.
-  static void take_picture(QWidget& widget, const char* name) {
-    const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
-    if (folder.isEmpty()) return;
-    QTest::qWait(100);
-    widget.grab().save(folder + u'/' + QLatin1String(name) + QStringLiteral(".png"));
-  }
   static std::vector<std::uint32_t> delays(const DocumentWindow& window) {
     std::vector<std::uint32_t> result;
     for (const std::size_t entry : frame_entries(window))

@@ -55,7 +55,7 @@ class EditorTest : public ::testing::Test {
     QTimer::singleShot(0, qApp, [&] {
       dialog_ = qobject_cast<FormDialog*>(QApplication::activeModalWidget());
       ASSERT_NE(dialog_, nullptr) << tag_letters(tag);
-      take_picture(window.document.kind, tag);
+      take_picture(*dialog_, kind_letters(window.document.kind) + "_" + tag_letters(tag));
       work();
       if (QApplication::activeModalWidget() == dialog_) dialog_->reject();
     });
@@ -84,15 +84,6 @@ class EditorTest : public ::testing::Test {
   void press(QDialogButtonBox::StandardButton button) {
     QTest::mouseClick(dialog_->buttons().button(button), Qt::LeftButton);
   }
-  /// For people who want to see the dialogs: set VELLUM_PICTURES to a folder.
-  void take_picture(DocumentKind kind, ChunkTag tag) {
-    const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
-    if (folder.isEmpty()) return;
-    QTest::qWait(50);
-    const auto name = "/" + kind_letters(kind) + "_" + tag_letters(tag) + ".png";
-    dialog_->grab().save(folder + QString::fromStdString(name));
-  }
-
   Answers answers_;
   Services services_;
   FormDialog* dialog_ = nullptr;

@@ -29,11 +29,8 @@ class ImageEditorTest : public ::testing::Test {
     QTimer::singleShot(0, qApp, [&] {
       auto* dialog = qobject_cast<FormDialog*>(QApplication::activeModalWidget());
       ASSERT_NE(dialog, nullptr);
-      const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
-      if (!folder.isEmpty())
-        dialog->grab().save(folder + QStringLiteral("/image-") +
-                            QString::fromStdString(kind_letters(window.document.kind)) +
-                            QStringLiteral(".png"));
+      take_picture(*dialog,
+                   kind_letters(window.document.kind) + "_" + tag_letters(window.list.record(index).tag));
       work(*dialog);
       if (QApplication::activeModalWidget() == dialog) dialog->reject();
     });

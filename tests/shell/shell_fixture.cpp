@@ -108,6 +108,13 @@ DocumentWindow long_document(std::size_t rows) {
   return document_of(DocumentKind::PING, records);
 }
 
+void take_picture(QWidget& widget, const std::string& name) {
+  const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
+  if (folder.isEmpty()) return;
+  QTest::qWait(100);
+  widget.grab().save(folder + u'/' + QString::fromStdString(name) + QStringLiteral(".png"));
+}
+
 std::set<std::size_t> selected_rows(const ChunkList& list) {
   std::set<std::size_t> rows;
   for (std::size_t i = 0; i < list.size(); ++i)

@@ -30,7 +30,8 @@
 namespace vellum {
 namespace {
 
-constexpr QSize kViewSize(460, 380);
+constexpr QSize kViewSize(520, 380);
+constexpr int kButtonsInRow = 5;
 
 /// Everything is done to a copy of the document, which costs a list; OK makes it the document.
 struct ImageEditor {
@@ -136,7 +137,7 @@ void ImageEditor::add_buttons(QGridLayout* grid) {
     auto* button = new QPushButton(QObject::tr(text), &dialog);
     button->setAutoDefault(false);
     button->setObjectName(QLatin1String(name));
-    grid->addWidget(button, place / 4, place % 4);
+    grid->addWidget(button, place / kButtonsInRow, place % kButtonsInRow);
     ++place;
     return button;
   };
