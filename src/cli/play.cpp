@@ -9,6 +9,9 @@
 namespace vellum::cli {
 namespace {
 
+/// Most animations are walked once here: frames need not be kept for a second round.
+constexpr std::uint64_t kMostKept = std::uint64_t{32} << 20;
+
 struct PlayOptions {
   std::string file, folder;
   std::uint64_t steps = 0;  ///< 0: to the end, or one round of what has none
@@ -44,7 +47,7 @@ int run_play(const PlayOptions& options, Host& host) {
   if (!open_document(window, options.file, host)) return kFailed;
   std::error_code error;
   if (!options.folder.empty()) std::filesystem::create_directories(options.folder, error);
-  Compositor compositor(window.list, window.document);
+  Compositor compositor(window.list, window.document, kMostKept);
   const bool played = play(compositor, options, host);
   return std::fflush(stdout) == 0 && played ? kDone : kFailed;
 }

@@ -45,6 +45,17 @@ struct SourceRun {
   }
 };
 
+bool is_opaque(const std::uint8_t* pixels, std::size_t count) {
+  std::uint32_t all = 0xFF000000;
+  for (std::size_t x = 0; x < count; ++x) all &= read_le32(pixels + 4 * x);
+  return all == 0xFF000000;
+}
+
+/// Opaque pixels come through as they are.
+void take_colors(std::uint8_t* __restrict out, const std::uint8_t* __restrict pixels, std::size_t count) {
+  for (std::size_t x = 0; x < count; ++x) std::memcpy(out + 3 * x, pixels + 4 * x, 3);
+}
+
 /// 32-bit pixels over pixels of 24 or 32 bits.
 void composite_row(std::uint8_t* dst, std::size_t dst_size, const std::uint8_t* src, std::size_t width) {
   SourceRun run;
@@ -87,6 +98,10 @@ Picture PictureFlattenAlpha(const Picture& picture, Colour colour) {
     SourceRun run;
     for (std::size_t x = 0; x < width; x += kPixelRun) {
       const std::size_t count = std::min(kPixelRun, width - x);
+      if (is_opaque(picture.row(y) + 4 * x, count)) {
+        take_colors(rows[y] + 3 * x, picture.row(y) + 4 * x, count);
+        continue;
+      }
       run.load_for_24(picture.row(y) + 4 * x, count);
       blend_bytes(rows[y] + 3 * x, run.channels.data(), ground.data(), run.alphas.data(), 3 * count);
     }

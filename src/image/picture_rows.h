@@ -41,7 +41,7 @@ struct EditRows {
 /// Calls work(y) for every row below `height`, in bands on all cores when the rows are many bytes.
 template <class Work>
 void for_each_row(std::uint32_t height, std::size_t row_bytes, const Work& work) {
-  constexpr std::size_t kBandBytes = std::size_t{1} << 20;
+  constexpr std::size_t kBandBytes = std::size_t{256} << 10;
   const std::size_t bands =
       std::clamp<std::size_t>(height * row_bytes / kBandBytes, 1, std::min<std::size_t>(64, height));
   const auto band = [&](std::size_t i) {
