@@ -97,7 +97,7 @@ FrameManner manner_of(const ChunkRecord& record, DocumentKind kind, std::uint32_
 void put_image(Json& entry, const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks) {
   const Picture picture = picture_of(record);
   if (!picture) return;
-  const FrameOffset offset = frame_offset(record, kind);
+  const FrameOffset offset = GetFrameOffset(record, kind);
   const FrameManner manner = manner_of(record, kind, ticks);
   entry["width"] = picture.width();
   entry["height"] = picture.height();

@@ -86,7 +86,7 @@ bool enlarge_first_image(DocumentWindow& window, Extent size) {
   ChunkRecord record;
   if (!chunk_list_get(window.list, at, record)) return false;
   const DocumentKind kind = window.document.kind;
-  const FrameOffset offset = frame_offset(record, kind);
+  const FrameOffset offset = GetFrameOffset(record, kind);
   const std::int64_t width = std::int64_t{size.width} - offset.x;
   const std::int64_t height = std::int64_t{size.height} - offset.y;
   const Picture picture = picture_of(record);

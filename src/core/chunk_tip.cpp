@@ -69,7 +69,7 @@ std::string frame_lines(const EntryPlace& place, std::uint32_t width, std::uint3
                          : format_text("Image %zu of %zu\n", ordinal, chunk_count_images(window.list, kind));
   text += format_text("Size: %u x %u", width, height);
   if (!is_animation(kind)) return text;
-  const FrameOffset offset = frame_offset(place.record(), kind);
+  const FrameOffset offset = GetFrameOffset(place.record(), kind);
   return text + format_text("\nPosition: %d, %d\nDelay: %u ms", offset.x, offset.y,
                             frame_delay_ms(place.record(), kind, ticks_of(window)));
 }

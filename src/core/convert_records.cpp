@@ -109,7 +109,7 @@ bool apng_holds(const std::vector<FrameLayer>& frames, Extent canvas) {
 bool apng_front(Conversion& conversion) {
   ChunkRecord control;
   new_chunk(conversion.to, control, tag::acTL);
-  control.numPlays = document_plays(conversion.from.list, conversion.from.document);
+  control.numPlays = GetIterations(conversion.from.list, conversion.from.document);
   return append_png_header(conversion) && append(conversion, control) && append_texts(conversion);
 }
 
@@ -124,7 +124,7 @@ bool mng_holds(const std::vector<FrameLayer>& frames, Extent) {
 
 /// Plays of the animation as a LOOP around the images; none for one play.
 std::optional<std::uint32_t> loop_count(const Conversion& conversion) {
-  const std::uint32_t plays = document_plays(conversion.from.list, conversion.from.document);
+  const std::uint32_t plays = GetIterations(conversion.from.list, conversion.from.document);
   if (plays == 1 || conversion.frames.size() < 2) return std::nullopt;
   return plays == 0 ? kLoopForEver : plays;
 }
@@ -153,7 +153,7 @@ bool webp_front(Conversion& conversion) {
   WebpHeaderFields& header = record.webpHeader;
   header.canvasWidth = conversion.canvas.width;
   header.canvasHeight = conversion.canvas.height;
-  header.loopCount = document_plays(from.list, from.document);
+  header.loopCount = GetIterations(from.list, from.document);
   header.colorType = conversion.alpha ? 6 : 2;
   header.bitsPerPixel = conversion.alpha ? 32 : 24;
   header.backgroundColor = document_background(from.list, from.document);

@@ -47,7 +47,7 @@ Reach reach_of_mng(const ChunkList& list, const Document&) {
     }
     if (record.tag != tag::PNGI || !(record.flags & CRF_IHDR)) continue;
     const bool own = (record.flags & CRF_DEFI) && record.image->defiBytes >= 5;
-    const FrameOffset folded = frame_offset(record, DocumentKind::MING);
+    const FrameOffset folded = GetFrameOffset(record, DocumentKind::MING);
     reach.add(own ? folded.x : x, own ? folded.y : y, record.width, record.height);
   }
   return reach;

@@ -228,14 +228,17 @@ std::optional<FieldFault> check_fields(std::span<const Field> fields, const Fiel
   return std::nullopt;
 }
 
-std::string filled(StringId format, std::initializer_list<std::string> values) {
-  std::string text(string_text(format));
-  std::size_t from = 0;
-  for (const std::string& value : values) {
-    const std::size_t at = text.find("%s", from);
-    if (at == std::string::npos) break;
-    text.replace(at, 2, value);
-    from = at + value.size();
+std::string filled(StringId id, std::initializer_list<std::string> values) {
+  const std::string_view format = string_text(id);
+  std::string text;
+  auto value = values.begin();
+  for (std::size_t i = 0; i < format.size(); ++i) {
+    if (format[i] != '%' || i + 1 == format.size())
+      text += format[i];
+    else if (format[++i] == '%')
+      text += '%';
+    else if (value != values.end())
+      text += *value++;
   }
   return text;
 }

@@ -101,7 +101,8 @@ std::optional<FieldFault> check_field(const Field& field, const FieldValue& valu
 /// The first fault among the fields that are enabled and not locked.
 std::optional<FieldFault> check_fields(std::span<const Field> fields, const FieldValues& values);
 
-/// A format of the string table with its "%s" filled in, in order.
-std::string filled(StringId format, std::initializer_list<std::string> values);
+/// A format of the string table with its values ("%s", "%u", "%d") filled in, in order; "%%" is one percent
+/// sign.
+std::string filled(StringId id, std::initializer_list<std::string> values);
 
 }  // namespace vellum

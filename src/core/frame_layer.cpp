@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "core/new_chunk.h"
-#include "core/png_reading.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
@@ -39,7 +38,7 @@ FrameLayer cut_at_origin(const FrameLayer& frame) {
 
 void put_layer(ChunkRecord& record, DocumentKind kind, const FrameLayer& frame, std::uint32_t ticks) {
   set_frame_delay(record, kind, ticks, frame.delay);
-  set_frame_offset(record, kind, frame.offset);
+  SetFrameOffset(record, kind, frame.offset);
   if (kind == DocumentKind::APNG) {
     record.frameControl.dispose = static_cast<std::uint8_t>(frame.dispose);
     record.frameControl.blend = frame.over ? 1 : 0;
@@ -55,17 +54,12 @@ void put_layer(ChunkRecord& record, DocumentKind kind, const FrameLayer& frame, 
 }  // namespace
 
 FrameSource frame_source_of(const DocumentWindow& window) {
-  FrameSource source{window.document.kind, {}, ticks_per_second(window.list)};
-  ChunkRecord header, transparency;
-  if (chunk_find_first(window.list, tag::IHDR, &header) != kNoEntry &&
-      chunk_find_first(window.list, tag::tRNS, &transparency) != kNoEntry)
-    source.table = transparency_table(raw_payload(transparency), png_header_of(header));
-  return source;
+  return {window.document.kind, document_transparency(window.list), ticks_per_second(window.list)};
 }
 
 FrameLayer frame_layer_of(const FrameSource& source, const ChunkRecord& record) {
   const FrameManner manner = frame_manner(record, source.kind);
-  return {shown_picture(source, record), frame_offset(record, source.kind),
+  return {shown_picture(source, record), GetFrameOffset(record, source.kind),
           frame_delay_ms(record, source.kind, source.ticks), manner.dispose, manner.over};
 }
 

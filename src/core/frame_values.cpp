@@ -151,7 +151,7 @@ void set_frame_dispose(ChunkRecord& record, DocumentKind kind, std::uint32_t dis
   mode = static_cast<std::uint8_t>((dispose == 1 ? 3 : 1) + (together ? 1 : 0));
 }
 
-void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset) {
+void SetFrameOffset(ChunkRecord& record, DocumentKind kind, FrameOffset offset) {
   const auto held = [](std::int32_t value) { return static_cast<std::uint32_t>(std::max(value, 0)); };
   if (kind == DocumentKind::APNG) {
     record.frameControl.xOffset = held(offset.x);
@@ -196,7 +196,7 @@ std::vector<std::uint8_t> image_transparency(const ChunkRecord& record) {
                             header_of(record));
 }
 
-std::uint32_t document_plays(const ChunkList& list, const Document& document) {
+std::uint32_t GetIterations(const ChunkList& list, const Document& document) {
   if (document.kind == DocumentKind::MING) return plays_of_mng(list);
   ChunkRecord header;
   const bool webp = document.kind == DocumentKind::WEBP;
@@ -204,7 +204,7 @@ std::uint32_t document_plays(const ChunkList& list, const Document& document) {
   return webp ? header.webpHeader.loopCount : header.numPlays;
 }
 
-FrameOffset frame_offset(const ChunkRecord& record, DocumentKind kind) {
+FrameOffset GetFrameOffset(const ChunkRecord& record, DocumentKind kind) {
   if (kind == DocumentKind::APNG)
     return {static_cast<std::int32_t>(record.frameControl.xOffset),
             static_cast<std::int32_t>(record.frameControl.yOffset)};

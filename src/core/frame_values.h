@@ -13,7 +13,7 @@ struct FrameOffset {
 
 /// MING: the image's own DEFI when it has one with a location; APNG: its frame control; WEBP: its position;
 /// otherwise the origin.
-FrameOffset frame_offset(const ChunkRecord& record, DocumentKind kind);
+FrameOffset GetFrameOffset(const ChunkRecord& record, DocumentKind kind);
 
 /// How long a frame is shown, in milliseconds. APNG: its fraction of a second, a begun one counted whole;
 /// MING: the delay of the FRAM in force, `ticks` of the MHDR to a second, truncated; WEBP: its delay.
@@ -42,7 +42,7 @@ std::uint32_t ticks_per_second(const ChunkList& list);
 /// rounded, at least 1 for a delay above 0, in the image's FRAM, which is made where it had none; the offset
 /// in its DEFI, made only for one that is not the origin. WEBP: at most 24 bits.
 void set_frame_delay(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks, std::uint32_t milliseconds);
-void set_frame_offset(ChunkRecord& record, DocumentKind kind, FrameOffset offset);
+void SetFrameOffset(ChunkRecord& record, DocumentKind kind, FrameOffset offset);
 /// 0 None, 1 Background, 2 Previous, as far as the kind has it. MING: framing mode 3 or, for None, 1 (4 and
 /// 2 of a subframe whose images stay together).
 void set_frame_dispose(ChunkRecord& record, DocumentKind kind, std::uint32_t dispose);
@@ -67,7 +67,7 @@ std::vector<std::uint8_t> image_transparency(const ChunkRecord& record);
 
 /// How often the animation is played, 0 for ever. APNG: acTL; WEBP: its header; MING: the LOOP in front of
 /// the first image, else the TERM.
-std::uint32_t document_plays(const ChunkList& list, const Document& document);
+std::uint32_t GetIterations(const ChunkList& list, const Document& document);
 
 /// 0x00BBGGRR: BACK, bKGD (not of paletted images) or the WebP header's color; `DefaultBackgroundColour`
 /// where the document has none.

@@ -17,7 +17,7 @@ FrameProperties frame_properties(const DocumentWindow& window, std::size_t entry
   const ChunkRecord& record = window.list.record(entry);
   FrameProperties frame;
   frame.entry = entry;
-  frame.offset = frame_offset(record, kind);
+  frame.offset = GetFrameOffset(record, kind);
   frame.delay = frame_delay_ms(record, kind, ticks);
   const FrameManner manner = frame_manner(record, kind);
   frame.dispose = manner.dispose;
@@ -80,7 +80,7 @@ AnimationProperties animation_properties(const DocumentWindow& window) {
   properties.name = document_title(window.document);
   properties.kind = window.document.kind;
   properties.canvas = document_size(window.list, window.document);
-  properties.plays = document_plays(window.list, window.document);
+  properties.plays = GetIterations(window.list, window.document);
   const std::uint32_t ticks = ticks_per_second(window.list);
   if (properties.kind == DocumentKind::MING) properties.ticks = ticks;
   for (const std::size_t entry : frame_entries(window)) {

@@ -22,7 +22,7 @@ using Change = std::function<bool(ChunkRecord& record, std::size_t turn)>;
 /// All of a frame that these actions change.
 bool same_frame(const ChunkRecord& a, const ChunkRecord& b, DocumentKind kind, std::uint32_t ticks) {
   const FrameTime first = frame_time(a, kind, ticks), second = frame_time(b, kind, ticks);
-  const FrameOffset here = frame_offset(a, kind), there = frame_offset(b, kind);
+  const FrameOffset here = GetFrameOffset(a, kind), there = GetFrameOffset(b, kind);
   return first.num == second.num && first.den == second.den && here.x == there.x && here.y == there.y &&
          a.frameControl.dispose == b.frameControl.dispose && a.frameControl.blend == b.frameControl.blend &&
          a.webpImage.dispose == b.webpImage.dispose && clears_canvas(a) == clears_canvas(b);
@@ -81,7 +81,7 @@ bool put_offset(ChunkRecord& record, DocumentKind kind, std::int64_t x, std::int
     return std::clamp<std::int64_t>(value, below ? INT32_MIN : 0, most);
   };
   const std::int64_t left = hold(x, size.width), top = hold(y, size.height);
-  set_frame_offset(record, kind, {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top)});
+  SetFrameOffset(record, kind, {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top)});
   return left != x || top != y;
 }
 
@@ -92,7 +92,7 @@ Managed change_places(DocumentWindow& window, const FrameList& frames, const Pla
   const bool locked = kind == DocumentKind::APNG && !window.document.defaultImage;
   return change_frames(window, frames, Closes::Places, [&](ChunkRecord& record, std::size_t turn) {
     const auto [x, y] = place(record);
-    const FrameOffset now = frame_offset(record, kind);
+    const FrameOffset now = GetFrameOffset(record, kind);
     if (now.x == x && now.y == y) return false;
     return (locked && frames[turn] == 0) || put_offset(record, kind, x, y);
   });
@@ -216,7 +216,7 @@ Managed set_positions(DocumentWindow& window, const FrameList& frames, FrameOffs
 
 Managed move_frames_by(DocumentWindow& window, const FrameList& frames, FrameOffset distance) {
   return change_places(window, frames, [&, kind = window.document.kind](const ChunkRecord& record) {
-    const FrameOffset now = frame_offset(record, kind);
+    const FrameOffset now = GetFrameOffset(record, kind);
     return std::pair<std::int64_t, std::int64_t>(std::int64_t{now.x} + distance.x,
                                                  std::int64_t{now.y} + distance.y);
   });

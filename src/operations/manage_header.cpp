@@ -69,7 +69,7 @@ std::uint32_t most_plays(DocumentKind kind) {
 bool set_document_plays(DocumentWindow& window, std::uint32_t plays) {
   const DocumentKind kind = window.document.kind;
   if (plays > most_plays(kind)) return false;
-  if (document_plays(window.list, window.document) == plays) return true;
+  if (GetIterations(window.list, window.document) == plays) return true;
   if (kind == DocumentKind::MING) return set_mng_plays(window, plays);
   const bool webp = kind == DocumentKind::WEBP;
   ChunkRecord header;

@@ -78,7 +78,7 @@ Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkR
     next.canvas = PictureCreateFilled(values.canvas.width, values.canvas.height, values.background);
   if (!next.canvas) return {};
   const std::uint32_t dispose = GetFrameDispose(record, values.kind);
-  const PictureRect rect = rect_of(layer, frame_offset(record, values.kind));
+  const PictureRect rect = rect_of(layer, GetFrameOffset(record, values.kind));
   const bool hides_all = layer.bits() == 24 && covers(rect, values.canvas);
   // What was under the frame is needed only by a disposal that brings it back.
   if (!hides_all || dispose == kDisposePrevious) dispose_of_last(next, values);

@@ -26,7 +26,7 @@ void push_passes(FrameWalk& walk, const ChunkList& list, const Document& documen
       push(walk, {WalkMark::Kind::Pass, payload_be32(list.record(at), 6), 0, at + 1, false, 0});
     return;
   }
-  const std::uint32_t plays = document_plays(list, document);
+  const std::uint32_t plays = GetIterations(list, document);
   push(walk, {WalkMark::Kind::Pass, plays - 1, 0, 1, plays == 0, 0});
 }
 

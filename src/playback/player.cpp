@@ -1,29 +1,8 @@
 #include "playback/player.h"
 
-#include "base/string_table.h"
-#include "base/text.h"
+#include "core/fields.h"
 
 namespace vellum {
-namespace {
-
-/// The text with its values filled in, in their order; "%%" is one percent sign.
-std::string filled(StringId id, std::initializer_list<std::string> values) {
-  const std::string_view format = string_text(id);
-  std::string text;
-  auto value = values.begin();
-  for (std::size_t i = 0; i < format.size(); ++i) {
-    if (format[i] != '%' || i + 1 == format.size())
-      text += format[i];
-    else if (format[++i] == '%')
-      text += '%';
-    else if (value != values.end())
-      text += *value++;
-  }
-  return text;
-}
-
-}  // namespace
-
 Player::Player(const ChunkList& list, const Document& document, Clock clock)
     : list_(list), document_(document), compositor_(list, document), clock_(std::move(clock)) {}
 

@@ -3,7 +3,6 @@
 #include "core/edit_closing.h"
 #include "core/insert_chunk.h"
 #include "core/undo.h"
-#include "shell/editors/field_editor.h"
 #include "shell/main_window.h"
 
 namespace vellum {
@@ -31,16 +30,13 @@ void edit_entry(MainWindow& main, DocumentFrame& frame, std::size_t index) {
   DocumentWindow& window = frame.content();
   Host& host = main.services().host;
   if (index >= window.list.size()) return host.show(StringId::ErrorAccessingChunk);
-  const OpenEditor open = find_editor(window, index);
-  if (!open) return host.show(StringId::NoEditor);
-  if (undo_push(window, host)) edit_in_dialog(main, frame, index, open);
+  if (undo_push(window, host)) edit_in_dialog(main, frame, index, find_editor(window, index));
 }
 
 void edit_new_entry(MainWindow& main, DocumentFrame& frame) {
   DocumentWindow& window = frame.content();
   const std::size_t index = caret_entry(window);
-  const OpenEditor open = find_editor(window, index);
-  if (!open || edit_in_dialog(main, frame, index, open) != Edited::Cancelled) return;
+  if (edit_in_dialog(main, frame, index, find_editor(window, index)) != Edited::Cancelled) return;
   undo_pop(window);
   undo_push(window, main.services().host);
 }

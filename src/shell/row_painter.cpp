@@ -49,7 +49,7 @@ void paint_thumbnail(const RowPainting& p, std::size_t index, const QRect& row, 
   if (!picture) return;
   const int percent = kThumbnailScales[static_cast<std::size_t>(document.thumbScale)];
   const ThumbnailPlace place = thumbnail_place(row, p.canvas, {picture.width(), picture.height()},
-                                               frame_offset(*record, document.kind), percent);
+                                               GetFrameOffset(*record, document.kind), percent);
   paint_picture(p, record, place, ground);
 }
 

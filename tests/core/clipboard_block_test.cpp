@@ -66,7 +66,7 @@ TEST(ClipboardBlock, EveryFieldComesBack) {
       EXPECT_EQ(framing_payload(a.image->framBlock), framing_payload(b.image->framBlock));
       EXPECT_EQ(a.image->framBlock.clipTop, b.image->framBlock.clipTop);
       EXPECT_EQ(definition_payload(a.image->defiBlock, 28), definition_payload(b.image->defiBlock, 28));
-      EXPECT_EQ(frame_offset(a, block.source.kind).x, frame_offset(b, block.source.kind).x);
+      EXPECT_EQ(GetFrameOffset(a, block.source.kind).x, GetFrameOffset(b, block.source.kind).x);
     }
   }
 }

@@ -62,7 +62,7 @@ TEST(Convert, CorpusAnimationsKeepTheirFramesDelaysAndPlaysInEveryKind) {
       if (judged.there) EXPECT_EQ(judged.status, 0) << row.at("path") << " as " << to.name << judged.output;
       ASSERT_TRUE(open_document(again, file, recorder.host)) << row.at("path") << to.name;
       EXPECT_EQ(delays_of(again), delays_of(window)) << row.at("path") << " as " << to.name;
-      EXPECT_EQ(document_plays(again.list, again.document), document_plays(window.list, window.document))
+      EXPECT_EQ(GetIterations(again.list, again.document), GetIterations(window.list, window.document))
           << row.at("path") << " as " << to.name;
       ++converted_files;
     }
@@ -103,7 +103,7 @@ TEST(Convert, OffsetsStayWhereTheKindHasThemAndCanvasesAreMadeWhereNot) {
   DocumentWindow mng, back, webp, png;
   ASSERT_TRUE(convert_document(window, mng, DocumentKind::MING, host));
   EXPECT_EQ(testing::tags_of(mng.list), "MHDR tEXt LOOP PNGI PNGI ENDL MEND");
-  EXPECT_EQ(frame_offset(mng.list.record(4), DocumentKind::MING).y, 2);
+  EXPECT_EQ(GetFrameOffset(mng.list.record(4), DocumentKind::MING).y, 2);
   EXPECT_EQ(testing::images_of(mng)[1].width(), 2u);
   ASSERT_TRUE(convert_document(mng, back, DocumentKind::APNG, host));
   EXPECT_EQ(testing::tags_of(back.list), testing::tags_of(window.list));

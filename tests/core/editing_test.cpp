@@ -218,8 +218,8 @@ TEST(Insert, FramingBecomesAPartOfTheImageAndLoopsGetTheirLevel) {
   EXPECT_EQ(recorder.messages.back(), "A FRAM chunk currently exists for the selected Image chunk.");
   argument.number = 7 | 9u << 16;
   ASSERT_TRUE(insert_chunk(window, tag::DEFI, argument, recorder.host));
-  EXPECT_EQ(frame_offset(window.list.record(3), M).x, 7);
-  EXPECT_EQ(frame_offset(window.list.record(3), M).y, 9);
+  EXPECT_EQ(GetFrameOffset(window.list.record(3), M).x, 7);
+  EXPECT_EQ(GetFrameOffset(window.list.record(3), M).y, 9);
   EXPECT_EQ(document_size(window.list, window.document).width, 13u) << "the header follows the frames";
   ASSERT_TRUE(insert_chunk(window, tag::LOOP, {}, recorder.host));
   EXPECT_EQ(window.list.record(3).tag, tag::LOOP);
@@ -423,7 +423,7 @@ TEST(Paste, AFrameKeepsDelayOffsetDisposalAndPixelsInEveryKind) {
       ChunkRecord record;
       chunk_list_get(from.list, at_image, record);
       set_frame_delay(record, from_kind, 1000, 330);
-      set_frame_offset(record, from_kind, {2, 1});
+      SetFrameOffset(record, from_kind, {2, 1});
       record.frameControl.dispose = 1;
       record.webpImage.dispose = 1;
       if (from_kind == M) record.image.edit().framBlock.framingMode = 3;
@@ -440,8 +440,8 @@ TEST(Paste, AFrameKeepsDelayOffsetDisposalAndPixelsInEveryKind) {
       const ChunkRecord& pasted = window.list.record(caret_entry(window));
       const auto what = kind_letters(from_kind) + " to " + kind_letters(kind);
       EXPECT_EQ(frame_delay_ms(pasted, kind, 100), 330u) << what;
-      EXPECT_EQ(frame_offset(pasted, kind).x, 2) << what;
-      EXPECT_EQ(frame_offset(pasted, kind).y, 1) << what;
+      EXPECT_EQ(GetFrameOffset(pasted, kind).x, 2) << what;
+      EXPECT_EQ(GetFrameOffset(pasted, kind).y, 1) << what;
       EXPECT_TRUE(kind == A   ? pasted.frameControl.dispose == 1
                   : kind == W ? pasted.webpImage.dispose == 1
                               : clears_canvas(pasted))

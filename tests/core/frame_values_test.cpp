@@ -51,13 +51,13 @@ TEST(FrameOffset, IsReadWhereTheKindKeepsIt) {
   record.webpImage.yOffset = 4;
   record.image.edit().defiBlock.xLocation = static_cast<std::int32_t>(0xFEFFFFFF);  // -2 in file order
   record.image.edit().defiBytes = 12;
-  EXPECT_EQ(frame_offset(record, DocumentKind::APNG).x, 3);
-  EXPECT_EQ(frame_offset(record, DocumentKind::WEBP).y, 4);
-  EXPECT_EQ(frame_offset(record, DocumentKind::MING).x, 0) << "the image has no DEFI of its own";
+  EXPECT_EQ(GetFrameOffset(record, DocumentKind::APNG).x, 3);
+  EXPECT_EQ(GetFrameOffset(record, DocumentKind::WEBP).y, 4);
+  EXPECT_EQ(GetFrameOffset(record, DocumentKind::MING).x, 0) << "the image has no DEFI of its own";
   record.flags = CRF_DEFI;
-  EXPECT_EQ(frame_offset(record, DocumentKind::MING).x, -2);
+  EXPECT_EQ(GetFrameOffset(record, DocumentKind::MING).x, -2);
   record.image.edit().defiBytes = 4;
-  EXPECT_EQ(frame_offset(record, DocumentKind::MING).x, 0) << "a DEFI without a location";
+  EXPECT_EQ(GetFrameOffset(record, DocumentKind::MING).x, 0) << "a DEFI without a location";
 }
 
 TEST(FrameDelay, CountsBegunMillisecondsWhole) {
@@ -104,7 +104,7 @@ TEST(DocumentPlays, AreReadWhereTheKindKeepsThem) {
       record.data = ChunkHandle::copy_of(payload);
       chunk_list_append(window.list, window.document, record);
     }
-    EXPECT_EQ(document_plays(window.list, window.document), c.plays) << c.what;
+    EXPECT_EQ(GetIterations(window.list, window.document), c.plays) << c.what;
   }
 }
 

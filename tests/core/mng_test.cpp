@@ -145,7 +145,7 @@ TEST_F(Mng, BlocksStayInForceUntilOthersReplaceThem) {
     EXPECT_EQ(from_file_order(record.image->framBlock.interframeDelay), 50u);
     EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 1000), 50u);
   }
-  EXPECT_EQ(frame_offset(window.list.record(2), DocumentKind::MING).y, -1);
+  EXPECT_EQ(GetFrameOffset(window.list.record(2), DocumentKind::MING).y, -1);
   EXPECT_EQ(window.list.record(3).image->defiBytes, 4u) << "no position";
   EXPECT_EQ(document_size(window.list, window.document).width, 3u);
 }
@@ -277,7 +277,7 @@ TEST_F(Mng, AnImageDoesNotInheritTheBlocksOfAnother) {
   const std::size_t first = chunk_find_first(window.list, tag::PNGI);
   ChunkRecord record;
   chunk_list_get(window.list, first, record);
-  set_frame_offset(record, DocumentKind::MING, {5, 3});
+  SetFrameOffset(record, DocumentKind::MING, {5, 3});
   chunk_list_put(window.list, first, record);
   chunk_list_get(window.list, first + 1, record);
   record.flags &= ~std::uint32_t{CRF_FRAM};
@@ -288,7 +288,7 @@ TEST_F(Mng, AnImageDoesNotInheritTheBlocksOfAnother) {
   for (std::size_t i = 0; i < again.list.size(); ++i)
     if (again.list.record(i).tag == tag::PNGI) {
       values.push_back(frame_delay_ms(again.list.record(i), DocumentKind::MING, 1000));
-      values.push_back(static_cast<std::uint32_t>(frame_offset(again.list.record(i), DocumentKind::MING).x));
+      values.push_back(static_cast<std::uint32_t>(GetFrameOffset(again.list.record(i), DocumentKind::MING).x));
     }
   EXPECT_EQ(values, (std::vector<std::uint32_t>{100, 5, 0, 0}));
 }

@@ -140,7 +140,7 @@ TEST(ManageFrames, FramesAlignInNinePlaces) {
     for (std::size_t place = 0; place < std::size(kAlignments); ++place) {
       DocumentWindow window = animation(kind, {{21, 11}, {4, 3}});
       align_frames(window, {0, 1}, place);
-      const FrameOffset at = frame_offset(window.list.record(frame_entries(window)[1]), kind);
+      const FrameOffset at = GetFrameOffset(window.list.record(frame_entries(window)[1]), kind);
       EXPECT_EQ(at.x, lefts[place % 3]) << kind_letters(kind) << kAlignments[place];
       EXPECT_EQ(at.y, tops[place / 3]) << kind_letters(kind) << kAlignments[place];
       EXPECT_EQ(document_size(window.list, window.document).width, 21u);
@@ -151,9 +151,9 @@ TEST(ManageFrames, PlacesAreHeldAndTheFirstFrameOfAnAnimatedPngFillsTheCanvas) {
   DocumentWindow window = animation(DocumentKind::APNG, {{20, 10}, {4, 3}});
   EXPECT_EQ(move_frames_by(window, {0, 1}, {-5, 30}).held, 2u) << "both, for one reason or the other";
   const auto entries = frame_entries(window);
-  EXPECT_EQ(frame_offset(window.list.record(entries[0]), DocumentKind::APNG).y, 0);
-  EXPECT_EQ(frame_offset(window.list.record(entries[1]), DocumentKind::APNG).x, 0);
-  EXPECT_EQ(frame_offset(window.list.record(entries[1]), DocumentKind::APNG).y, 30);
+  EXPECT_EQ(GetFrameOffset(window.list.record(entries[0]), DocumentKind::APNG).y, 0);
+  EXPECT_EQ(GetFrameOffset(window.list.record(entries[1]), DocumentKind::APNG).x, 0);
+  EXPECT_EQ(GetFrameOffset(window.list.record(entries[1]), DocumentKind::APNG).y, 30);
   const Picture first = picture_of(window.list.record(entries[0]));
   EXPECT_EQ(std::pair(first.width(), first.height()), std::pair(20u, 33u));
   EXPECT_EQ(document_size(window.list, window.document).height, 33u);
@@ -161,7 +161,7 @@ TEST(ManageFrames, PlacesAreHeldAndTheFirstFrameOfAnAnimatedPngFillsTheCanvas) {
   DocumentWindow mng = animation(DocumentKind::MING, 1);
   EXPECT_EQ(move_frames_by(mng, {0}, {-5, INT32_MIN}).held, 0u);
   EXPECT_EQ(move_frames_by(mng, {0}, {-5, INT32_MIN}).held, 1u);
-  EXPECT_EQ(frame_offset(mng.list.record(frame_entries(mng)[0]), DocumentKind::MING).x, -10);
+  EXPECT_EQ(GetFrameOffset(mng.list.record(frame_entries(mng)[0]), DocumentKind::MING).x, -10);
 }
 
 TEST(ManageFrames, ASmallFrameThatComesFirstIsPadded) {
@@ -232,7 +232,7 @@ TEST(ManageFrames, PlaysAreToldWhereTheKindTellsThem) {
     for (const std::uint32_t plays : {0u, 1u, 7u, most_plays(kind)}) {
       DocumentWindow window = animation(kind, 2);
       for (const std::uint32_t before : {5u, plays}) ASSERT_TRUE(set_document_plays(window, before));
-      EXPECT_EQ(document_plays(window.list, window.document), plays) << kind_letters(kind);
+      EXPECT_EQ(GetIterations(window.list, window.document), plays) << kind_letters(kind);
     }
   DocumentWindow webp = animation(DocumentKind::WEBP, 1);
   EXPECT_FALSE(set_document_plays(webp, 65536));

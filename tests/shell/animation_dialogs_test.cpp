@@ -132,7 +132,7 @@ TEST_F(AnimationDialogTest, ManageKeepsOneFrame) {
     dialog.accept();
   });
   EXPECT_EQ(frame_entries(frame.content()).size(), 4u);
-  EXPECT_EQ(document_plays(frame.entries(), frame.document()), 3u) << "typed in front of the last action";
+  EXPECT_EQ(GetIterations(frame.entries(), frame.document()), 3u) << "typed in front of the last action";
 }
 
 TEST_F(AnimationDialogTest, TheStripFollowsTheListAndChangesIt) {

@@ -325,7 +325,7 @@ QWidget* ManageDialog::make_side() {
 }
 
 void ManageDialog::take_header() {
-  plays_->set(std::int64_t{document_plays(draft_.list, draft_.document)});
+  plays_->set(std::int64_t{GetIterations(draft_.list, draft_.document)});
   if (ticks_) ticks_->set(std::int64_t{ticks_per_second(draft_.list)});
 }
 

@@ -96,9 +96,9 @@ QString ManageModel::cell(int row, int column) const {
       return kind == DocumentKind::MING ? QString::number(time.num) : time_text(time);
     }
     case X:
-      return QString::number(frame_offset(image, kind).x);
+      return QString::number(GetFrameOffset(image, kind).x);
     case Y:
-      return QString::number(frame_offset(image, kind).y);
+      return QString::number(GetFrameOffset(image, kind).y);
     case Dispose:
       return QString::fromLatin1(kDisposals[manner.dispose]);
     default:

@@ -63,6 +63,12 @@ OpenEditor find_editor(DocumentKind kind, ChunkTag tag) {
   return is_image_entry(kind, tag) ? edit_image : edit_unknown;
 }
 
+bool has_own_editor(ChunkTag tag) {
+  static constexpr ChunkTag images[] = {tag::IDAT, tag::fdAT, tag::PNGI, tag::WEBI};
+  const auto knows = [tag](const EditorRow& row) { return row.tag == tag && row.open != edit_unknown; };
+  return std::ranges::find(images, tag) != std::end(images) || std::ranges::any_of(kEditors, knows);
+}
+
 OpenEditor find_editor(const DocumentWindow& window, std::size_t index) {
   const ChunkTag tag = window.list.record(index).tag;
   const OpenEditor open = find_editor(window.document.kind, tag);

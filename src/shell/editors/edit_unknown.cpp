@@ -17,11 +17,6 @@
 namespace vellum {
 namespace {
 
-constexpr ChunkTag kOwnEditors[] = {
-    tag::IHDR, tag::MHDR, tag::PLTE, tag::IDAT, tag::fdAT, tag::PNGI, tag::WEBI, tag::acTL, tag::fcTL,
-    tag::tEXt, tag::zTXt, tag::tIME, tag::gAMA, tag::tRNS, tag::bKGD, tag::BACK, tag::TERM, tag::LOOP,
-    tag::ENDL, tag::FRAM, tag::DEFI, tag::MOVE, tag::SHOW, tag::WEBH, tag::IEND, tag::MEND};
-
 constexpr int kReadingDelay = 150;  // ms behind the last key until a long payload is read again
 constexpr std::size_t kMostRead = std::size_t{4} << 20;  // bytes that are decoded while one types
 constexpr int kReadingRows = 6;
@@ -162,8 +157,6 @@ std::string UnknownEditor::check() const {
 }
 
 }  // namespace
-
-bool has_own_editor(ChunkTag tag) { return std::ranges::find(kOwnEditors, tag) != std::end(kOwnEditors); }
 
 Edited edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
   ChunkRecord record;

@@ -7,7 +7,4 @@ namespace vellum {
 
 Edited edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services);
 
-/// Whether a tag has an editor of its own, so that no other chunk may take its name.
-bool has_own_editor(ChunkTag tag);
-
 }  // namespace vellum
