@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/string_table.h"
 
@@ -43,10 +44,21 @@ struct Message {
   int* option = nullptr;
 };
 
+/// A question that has answers of its own.
+struct Choice {
+  StringId title{}, text{};
+  std::vector<StringId> answers;
+  std::size_t chosen = 0;  ///< offered; then what the user took
+  StringId keepLabel{};    ///< of a box below the answers; 0: there is none
+  bool keep = false;       ///< whether it was checked
+};
+
 struct Host {
   std::function<void(const Message&)> message;
   /// Yes and No, and Cancel where `cancel` is set.
   std::function<Answer(const Message&, bool cancel)> ask;
+  /// False: cancelled. Empty: the offered answer is taken.
+  std::function<bool(Choice&)> choose;
   std::function<void(std::string_view)> status;
   /// Progress of a long operation: a caption, then steps with count and total, then the end.
   std::function<void(std::string_view caption)> progress_begin;

@@ -6,6 +6,8 @@
 #include "cli/terminal_host.h"
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
+#include "core/chunk_fields.h"
+#include "operations/convert_colors.h"
 
 #ifndef VELLUM_VERSION
 #error "the build gives the version"
@@ -60,6 +62,7 @@ int run(int argc, char** argv) {
   }
   config_open(options.config);
   if (!apply_settings(options.settings)) return kWrongUsage;
+  convertImages = convert_to_header;
   Host host = terminal_host(options.quiet);
   return chosen(host);
 }

@@ -17,8 +17,6 @@ inline int WidePaletteSize = 256;         ///< colors, 2 to 256
 inline int WidePaletteSorted = 1;         ///< flag: by luminance
 inline int WidePaletteQ15 = 0;            ///< flag: colors are counted at 15 bits
 inline int WidePaletteSketch = 0;         ///< flag: for drawings, rare colors are merged
-inline int WidePaletteDither = 1;         ///< flag
-inline int WidePaletteInterlace = 0;      ///< flag
 inline int SupercompressionOptions = 58;  ///< bits: 2 text, 8 palette, 16 prune, 32 redundancy, 128 close
 
 // Frames taken out, put together, cut apart

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/document_colors.h"
 #include "core/edit_closing.h"
 #include "core/new_chunk.h"
 #include "core/record_picture.h"
@@ -33,12 +34,22 @@ Picture fitted(Adding& adding, const Picture& picture) {
   return result;
 }
 
+/// Why there is no fitted picture.
+Added failure(const Adding& adding) {
+  return adding.fitting.cancelled() ? Added::Cancelled : Added::NoMemory;
+}
+
 /// The picture of a frame for another palette or kind: with its transparency as alpha, if it has any.
 Picture shown(const FrameLayer& frame, const Picture& own) {
   return own.bits() <= 24 && picture_content(frame.picture).opaque ? own : frame.picture;
 }
 
 }  // namespace
+
+void refuse(Adding& adding, Added added, StringId refused) {
+  if (added == Added::NoMemory) refused = StringId::MemoryError;
+  if (added != Added::Done && added != Added::Cancelled) adding.refuse(refused);
+}
 
 Adding::Adding(DocumentWindow& to, std::size_t wanted, Host& listener, std::optional<PaletteChoice> choice)
     : window(to), host(listener), insertion(to, wanted), fitting(to, listener, choice) {}
@@ -63,7 +74,7 @@ Added add_picture(Adding& adding, const Picture& picture) {
   argument.picture = fitted(adding, picture).handle();
   ChunkRecord record;
   if (!argument.picture || !new_chunk(adding.window, record, image_tag(kind), argument))
-    return Added::NoMemory;
+    return failure(adding);
   const auto delay = static_cast<std::uint32_t>(std::clamp(settings::DefaultDelay, 0, 60'000));
   set_frame_delay(record, kind, kind == DocumentKind::MING ? ticks_per_second(adding.window.list) : 1000,
                   delay);
@@ -88,7 +99,7 @@ Added add_frame(Adding& adding, const FrameSource& source, const ChunkRecord& re
   if (!frame.picture) return Added::NoMemory;
   frame.picture = fitted(adding, shown(frame, own));
   ChunkRecord converted;
-  if (!frame.picture || !frame_record_of(adding.window, frame, converted)) return Added::NoMemory;
+  if (!frame.picture || !frame_record_of(adding.window, frame, converted)) return failure(adding);
   return added(adding.insertion.add(converted));
 }
 

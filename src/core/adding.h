@@ -30,7 +30,10 @@ struct Adding {
   bool finished = false;
 };
 
-enum class Added { Done, Exists, NoPlace, NoMemory };
+enum class Added { Done, Exists, NoPlace, NoMemory, Cancelled };
+
+/// Keeps the message of an addition that failed; `refused` stands for those that have none of their own.
+void refuse(Adding& adding, Added added, StringId refused);
 
 /// A new image entry of this picture: fitted, at the origin, shown for `DefaultDelay`.
 Added add_picture(Adding& adding, const Picture& picture);

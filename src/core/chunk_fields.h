@@ -47,7 +47,8 @@ struct FieldAssignment {
 std::optional<FieldAssignment> parse_field_assignment(std::string_view text);
 
 /// Converts all images of a document, with its PLTE, tRNS and bKGD, to another color type or depth. False
-/// when it can't. Null while nobody can: color type and depth of a document with images are then fixed.
+/// when it can't. The programs put operations/convert_colors in; while it is null, color type and depth of a
+/// document with images are fixed.
 using ConvertImages = bool (*)(DocumentWindow& window, const PngHeader& wanted, Host& host);
 inline ConvertImages convertImages = nullptr;
 /// Whether these values of an IHDR convert images, which the user is asked about first.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/new_chunk.h"
+#include "core/record_picture.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
@@ -71,6 +72,15 @@ bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRec
   if (!new_chunk(to, record, image_tag(kind), argument)) return false;
   put_layer(record, kind, held, kind == DocumentKind::MING ? ticks_per_second(to.list) : 1000);
   return true;
+}
+
+void put_whole_canvas(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
+  record_take_picture(record, kind, picture);
+  SetFrameOffset(record, kind, {});
+  // The canvas of an MNG is cleared where the image in front would show through.
+  const bool clears = kind == DocumentKind::MING && (picture.bits() == 32 || (record.flags & CRF_TRNS));
+  set_frame_dispose(record, kind, clears ? 1 : 0);
+  record.frameControl.blend = 0;
 }
 
 }  // namespace vellum

@@ -22,4 +22,8 @@ FrameLayer frame_layer_of(const FrameSource& source, const ChunkRecord& record);
 /// MNG. False when memory is exhausted.
 bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRecord& record);
 
+/// Gives an image record a picture that is the whole canvas while it is shown: at the origin, in place of
+/// what was there, with nothing done to it afterwards. The delay stays.
+void put_whole_canvas(ChunkRecord& record, DocumentKind kind, const Picture& picture);
+
 }  // namespace vellum

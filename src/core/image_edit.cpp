@@ -33,17 +33,19 @@ Picture with_alpha(const Picture& picture) {
 
 }  // namespace
 
-bool replace_image(DocumentWindow& window, std::size_t& index, const Picture& picture, Host& host) {
-  if (!has_rows(picture)) return false;
+Replaced replace_image(DocumentWindow& window, std::size_t& index, const Picture& picture, Host& host,
+                       std::optional<PaletteChoice> choice) {
+  if (!has_rows(picture)) return Replaced::Failed;
   const std::int32_t caret = std::exchange(window.document.caret, static_cast<std::int32_t>(index));
-  PictureFitting fitting(window, host);
+  PictureFitting fitting(window, host, choice);
   const Picture fitted = fitting.fit(picture, is_first_image(window, index));
   index = static_cast<std::size_t>(window.document.caret);
   window.document.caret = caret;
   ChunkRecord record;
-  if (!fitted || !chunk_list_get(window.list, index, record)) return false;
+  if (fitting.cancelled()) return Replaced::Cancelled;
+  if (!fitted || !chunk_list_get(window.list, index, record)) return Replaced::Failed;
   record_take_picture(record, window.document.kind, fitted);
-  return chunk_list_put(window.list, index, record);
+  return chunk_list_put(window.list, index, record) ? Replaced::Done : Replaced::Failed;
 }
 
 Picture with_color_transparent(const Picture& picture, Colour color) {

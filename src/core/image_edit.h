@@ -3,13 +3,17 @@
 
 #include "base/host.h"
 #include "core/document.h"
+#include "core/picture_fitting.h"
 
 namespace vellum {
 
+enum class Replaced { Done, Cancelled, Failed };
+
 /// Gives an image entry another picture, as this document holds it: matched to its palette, promoted, or with
 /// the header following (see core/picture_fitting.h). Entries may come or go; `index` follows its entry.
-/// False when the picture is null or memory is exhausted.
-bool replace_image(DocumentWindow& window, std::size_t& index, const Picture& picture, Host& host);
+/// Cancelled where the user was asked about colors. Failed when the picture is null or memory is exhausted.
+Replaced replace_image(DocumentWindow& window, std::size_t& index, const Picture& picture, Host& host,
+                       std::optional<PaletteChoice> choice = std::nullopt);
 
 // Pictures of 24 or 32 bits; null when memory is exhausted.
 

@@ -21,14 +21,8 @@ struct Pasting {
   std::vector<std::uint8_t> loops;  ///< that are open where the next record goes
 };
 
-StringId message_of(Added added) {
-  return added == Added::Exists     ? StringId::AlreadyExists
-         : added == Added::NoMemory ? StringId::MemoryError
-                                    : StringId::PasteRefused;
-}
-
 void tell(Pasting& pasting, Added added) {
-  if (added != Added::Done) pasting.adding.refuse(message_of(added));
+  refuse(pasting.adding, added, added == Added::Exists ? StringId::AlreadyExists : StringId::PasteRefused);
 }
 
 void paste_image(Pasting& pasting, const ChunkRecord& record) {
@@ -139,7 +133,7 @@ bool drop_records(DocumentWindow& to, const FrameSource& source, std::span<const
     const Added added =
         is_image_entry(to.document.kind, record.tag) ? add_frame(adding, source, record) : Added::NoPlace;
     if (added == Added::Done) continue;
-    adding.refuse(added == Added::NoMemory ? StringId::MemoryError : StringId::DropRefused);
+    refuse(adding, added, StringId::DropRefused);
     break;
   }
   const bool changed = adding.finish();
@@ -213,8 +207,7 @@ bool paste_picture(DocumentWindow& window, const Picture& picture, Host& host) {
   if (caret_is_at_end(window)) return refused(host, StringId::PasteRefused);
   Adding adding(window, caret_entry(window) + 1, host);
   const Added added = add_picture(adding, picture);
-  if (added != Added::Done)
-    adding.refuse(added == Added::NoMemory ? StringId::MemoryError : StringId::PasteRefused);
+  refuse(adding, added, StringId::PasteRefused);
   return adding.finish();
 }
 
@@ -248,7 +241,7 @@ bool drop_pictures(DocumentWindow& to, std::span<const Picture> pictures, std::s
   for (const Picture& picture : pictures) {
     const Added added = add_picture(adding, picture);
     if (added == Added::Done) continue;
-    adding.refuse(added == Added::NoMemory ? StringId::MemoryError : StringId::DropRefused);
+    refuse(adding, added, StringId::DropRefused);
     break;
   }
   const bool changed = adding.finish();
@@ -270,7 +263,7 @@ bool merge_document(DocumentWindow& to, const DocumentWindow& from, const MergeR
     else if (request.texts && goes_along(record.tag) && may_be_put(record.tag, to.document.kind))
       adding.insertion.add(record);
     if (added == Added::Done) continue;
-    adding.refuse(added == Added::NoMemory ? StringId::MemoryError : StringId::DropRefused);
+    refuse(adding, added, StringId::DropRefused);
     break;
   }
   const bool changed = adding.finish();

@@ -3,27 +3,19 @@
 #include <algorithm>
 
 #include "core/chunk_description.h"
+#include "core/document_colors.h"
 #include "core/frame_layer.h"
-#include "core/placement.h"
 #include "core/png_reading.h"
 #include "core/record_picture.h"
 #include "core/settings.h"
+#include "image/palette_from_pictures.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/png_form.h"
-#include "image/reduce_to_palette.h"
 #include "image/remap.h"
 
 namespace vellum {
 namespace {
-
-/// Whether indexes of the picture mean these colors.
-bool has_colors(const Picture& picture, const Palette& palette, std::uint32_t colors) {
-  if (picture.bits() > 8 || largest_index(picture) >= colors) return false;
-  Palette own;
-  const std::uint32_t common = std::min(PictureGetPalette(picture, own), colors);
-  return std::equal(own.begin(), own.begin() + 3 * common, palette.begin());
-}
 
 /// The entries of a palette that colors may be matched to: those that tRNS leaves opaque.
 struct OpaqueEntries {
@@ -59,105 +51,67 @@ Picture in_whole_palette(const Picture& matched, const Picture& source, const Op
   return result;
 }
 
-void remove_entry(DocumentWindow& window, std::size_t index) {
-  window.list.remove(index);
-  if (static_cast<std::int64_t>(index) < window.document.caret) --window.document.caret;
+/// A picture in colors of its own: as it is up to 8 bits, else with all of them, or 256 that stand for them.
+Picture with_own_palette(const Picture& picture) {
+  if (picture.bits() <= 8) return picture;
+  const Picture opaque = PictureToTrueColor(picture);
+  const PaletteColors colors = palette_of_picture(opaque);
+  if (colors.count == 0) return {};
+  return settings::WidePaletteDither != 0 ? dither_to_colors(opaque, colors.palette, colors.count)
+                                          : remap_to_colors(opaque, colors.palette, colors.count);
 }
 
-void remove_tag(DocumentWindow& window, ChunkTag tag) {
-  if (const std::size_t at = chunk_find_first(window.list, tag); at != kNoEntry) remove_entry(window, at);
-}
-
-/// The first PLTE gets the picture's colors.
-void put_palette(DocumentWindow& window, const Picture& picture) {
-  Palette palette;
-  const std::size_t bytes = 3 * std::size_t{PictureGetPalette(picture, palette)};
+void interlace_header(DocumentWindow& window) {
   ChunkRecord record;
-  record.tag = tag::PLTE;
-  record.data = ChunkHandle::copy_of(std::span(palette).first(bytes));
-  record.size = static_cast<std::int32_t>(bytes);
-  const auto entry = make_entry(window.document, record);
-  if (const std::size_t at = chunk_find_first(window.list, tag::PLTE); at != kNoEntry)
-    return window.list.replace(at, entry);
-  const auto place = place_for(shape_of(window.list, window.document.kind), tag::PLTE, 0);
-  if (!place) return;
-  window.list.insert(*place, entry);
-  if (static_cast<std::int64_t>(*place) <= window.document.caret) ++window.document.caret;
-}
-
-/// Removes what was made for the header `before`, or for other colors, and means something else now.
-void remove_unfit(DocumentWindow& window, const PngHeader& before, const PngHeader& header,
-                  bool other_colors) {
-  Palette palette;
-  const PngContext context{header.bitDepth, header.colorType, chunk_find_palette(window.list, palette)};
-  const bool other_depth = before.bitDepth != header.bitDepth;
-  const bool other_samples = other_depth || (before.colorType & 3) != (header.colorType & 3);
-  const std::pair<ChunkTag, bool> means_other[] = {
-      {tag::tRNS, other_colors || other_depth || before.colorType != header.colorType},
-      {tag::bKGD, other_colors || other_samples},
-      {tag::hIST, other_colors},
-      {tag::sBIT, false},
-  };
-  for (const auto& [tag, other] : means_other) {
-    const std::size_t at = chunk_find_first(window.list, tag);
-    if (at == kNoEntry) continue;
-    if (other || !is_valid_chunk(tag, raw_payload(window.list.record(at)), context)) remove_entry(window, at);
-  }
-}
-
-void store(DocumentWindow& window, std::size_t index, ChunkRecord& record) {
+  const std::size_t at = chunk_find_first(window.list, tag::IHDR, &record);
+  if (at == kNoEntry) return;
+  record.interlace = 1;
   record.description = chunk_description(record);
-  chunk_list_put(window.list, index, record);
+  chunk_list_put(window.list, at, record);
+}
+
+struct Answering {
+  StringId text;
+  PaletteChoice choice;
+};
+
+/// What can be done with other colors in a kind of document, and what is done where nobody is asked.
+struct ChoiceRow {
+  DocumentKind kind;
+  std::span<const Answering> answers;
+  PaletteChoice silent;
+};
+
+constexpr Answering kStillAnswers[] = {{StringId::ReplacePalette, PaletteChoice::Replace},
+                                       {StringId::DitherToPalette, PaletteChoice::Dither},
+                                       {StringId::RemapToPalette, PaletteChoice::Remap}};
+constexpr Answering kFrameAnswers[] = {{StringId::UseLocalPalette, PaletteChoice::Local},
+                                       {StringId::RemapToGlobal, PaletteChoice::Remap},
+                                       {StringId::DitherToGlobal, PaletteChoice::Dither}};
+constexpr ChoiceRow kChoices[] = {
+    {DocumentKind::PING, kStillAnswers, PaletteChoice::Remap},
+    {DocumentKind::APNG, std::span(kFrameAnswers).subspan(1), PaletteChoice::Remap},
+    {DocumentKind::MING, kFrameAnswers, PaletteChoice::Local},
+};
+
+const ChoiceRow& choice_row(DocumentKind kind) {
+  return *std::ranges::find(kChoices, kind, &ChoiceRow::kind);
 }
 
 }  // namespace
-
-PaletteChoice default_palette_choice() {
-  if (settings::AllowAdvancedPalettes == 0) return PaletteChoice::Remap;
-  return static_cast<PaletteChoice>(std::clamp(settings::PngPaletteOption, 0, 2));
-}
 
 Picture opaque_true_color(const Picture& picture) {
   return PictureToTrueColor(picture && picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
 }
 
-void header_take_picture(DocumentWindow& window, const Picture& picture) {
-  ChunkRecord record;
-  const std::size_t at = chunk_find_first(window.list, tag::IHDR, &record);
-  if (at == kNoEntry) return;
-  const PngHeader before = png_header_of(record);
-  record.width = picture.width();
-  record.height = picture.height();
-  record.bitDepth = static_cast<std::uint8_t>(std::min(picture.bits(), 8u));
-  record.colorType = color_type_of_bits(picture.bits());
-  Palette palette;
-  const std::uint32_t colors = chunk_find_palette(window.list, palette);
-  const bool other_colors = picture.bits() <= 8 && !has_colors(picture, palette, colors);
-  if (other_colors)
-    put_palette(window, picture);
-  else if (record.colorType == 3 && before.colorType == 3 && colors <= 1u << before.bitDepth)
-    record.bitDepth = before.bitDepth;
-  store(window, at, record);
-  remove_unfit(window, before, png_header_of(record), other_colors);
-}
-
-void header_take_size(DocumentWindow& window, const Picture& picture) {
-  ChunkRecord record;
-  const std::size_t at = chunk_find_first(window.list, tag::IHDR, &record);
-  if (at == kNoEntry) return;
-  record.width = picture.width();
-  record.height = picture.height();
-  store(window, at, record);
-}
-
 PictureFitting::PictureFitting(DocumentWindow& window, Host& host, std::optional<PaletteChoice> choice)
-    : window_(window), host_(host), choice_(choice.value_or(default_palette_choice())) {
+    : window_(window), host_(host), choice_(choice) {
   look_up();
 }
 
 void PictureFitting::look_up() {
   const DocumentKind kind = window_.document.kind;
-  if (kind != DocumentKind::PING && kind != DocumentKind::APNG) return;
+  if (kind == DocumentKind::WEBP) return;
   ChunkRecord record;
   if (chunk_find_first(window_.list, tag::IHDR, &record) != kNoEntry) header_ = png_header_of(record);
   palette_.fill(0);
@@ -165,11 +119,40 @@ void PictureFitting::look_up() {
   table_ = frame_source_of(window_).table;
 }
 
-Picture PictureFitting::matched(const Picture& picture) const {
+/// The choice for a picture with other colors; nothing when the user cancelled.
+std::optional<PaletteChoice> PictureFitting::choose() {
+  const ChoiceRow& row = choice_row(window_.document.kind);
+  if (choice_) return choice_;
+  if (settings::AllowAdvancedPalettes == 0) return row.silent;
+  const bool still = window_.document.kind == DocumentKind::PING;
+  Choice question{StringId::PaletteOptionsTitle, StringId::OtherColors, {}, 0, {}, false};
+  for (const Answering& answer : row.answers) question.answers.push_back(answer.text);
+  const auto last = static_cast<int>(row.answers.size()) - 1;
+  if (still) question.chosen = static_cast<std::size_t>(std::clamp(settings::PngPaletteOption, 0, last));
+  if (!still) question.keepLabel = StringId::UseForSubsequent;
+  if (host_.choose && !host_.choose(question)) return std::nullopt;
+  if (still) settings::PngPaletteOption = static_cast<int>(question.chosen);
+  const PaletteChoice chosen = row.answers[question.chosen].choice;
+  if (question.keep) choice_ = chosen;
+  return chosen;
+}
+
+/// A picture that meets a palette: its indexes, what its colors are matched to, or a palette of its own.
+Picture PictureFitting::in_existing_palette(const Picture& picture) {
   if (has_colors(picture, palette_, colors_)) return picture;
-  const bool dither = choice_ == PaletteChoice::Dither;
-  const auto match = [dither](const Picture& source, const Palette& palette, std::uint32_t colors) {
-    return dither ? dither_to_colors(source, palette, colors) : remap_to_colors(source, palette, colors);
+  const auto choice = choose();
+  cancelled_ = !choice;
+  if (!choice) return {};
+  if (*choice == PaletteChoice::Local) return picture;
+  if (*choice != PaletteChoice::Replace) return matched(picture, *choice);
+  if (settings::WidePaletteInterlace != 0) interlace_header(window_);
+  return with_own_palette(picture);
+}
+
+Picture PictureFitting::matched(const Picture& picture, PaletteChoice choice) const {
+  const auto match = [choice](const Picture& source, const Palette& palette, std::uint32_t colors) {
+    return choice == PaletteChoice::Dither ? dither_to_colors(source, palette, colors)
+                                           : remap_to_colors(source, palette, colors);
   };
   // A 1-bit picture would be matched by its bits alone.
   const Picture source = picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture;
@@ -178,10 +161,6 @@ Picture PictureFitting::matched(const Picture& picture) const {
   if (entries.index.empty() || entries.index.size() == colors_) return match(source, palette_, colors_);
   return in_whole_palette(match(source, entries.palette, static_cast<std::uint32_t>(entries.index.size())),
                           source, entries, palette_, colors_);
-}
-
-Picture PictureFitting::reduced(const Picture& picture) const {
-  return picture.bits() <= 8 ? picture : reduce_to_palette(PictureToTrueColor(picture));
 }
 
 bool PictureFitting::agree_to_alpha() {
@@ -206,13 +185,13 @@ bool PictureFitting::promote() {
     record_take_picture(record, window_.document.kind, picture);
     changed.emplace_back(i, record);
   }
-  for (auto& [index, promoted] : changed) store(window_, index, promoted);
+  for (auto& [index, promoted] : changed) {
+    promoted.description = chunk_description(promoted);
+    chunk_list_put(window_.list, index, promoted);
+  }
   if (const Picture kept(window_.document.defaultImage); kept)
     window_.document.defaultImage = PictureWithTransparency(kept, source.table).handle();
-  const std::size_t at = chunk_find_first(window_.list, tag::IHDR, &record);
-  record.colorType = 6;
-  store(window_, at, record);
-  remove_tag(window_, tag::tRNS);
+  put_document_colors(window_, {.colorType = 6});
   look_up();
   return true;
 }
@@ -221,7 +200,7 @@ Picture PictureFitting::fit_to_header(const Picture& picture) {
   Palette greys;
   switch (header_.colorType) {
     case 3:
-      return colors_ == 0 ? reduced(picture) : matched(picture);
+      return colors_ == 0 ? with_own_palette(picture) : in_existing_palette(picture);
     case 0:
       if (header_.bitDepth >= 8) return PictureToGrey(opaque_true_color(picture));
       greys = png_grey_palette(header_.bitDepth);
@@ -242,13 +221,12 @@ Picture PictureFitting::fit(const Picture& picture, bool first) {
     case DocumentKind::APNG:
       break;
     default:
-      return picture;
+      return colors_ == 0 ? picture : in_existing_palette(picture);
   }
   const bool still = window_.document.kind == DocumentKind::PING;
   if (!still && !first) return fit_to_header(picture);
   Picture fitted = picture;
-  if (still && header_.colorType == 3 && colors_ != 0)
-    fitted = choice_ == PaletteChoice::Replace ? reduced(picture) : matched(picture);
+  if (still && header_.colorType == 3 && colors_ != 0) fitted = in_existing_palette(picture);
   if (!fitted) return fitted;
   header_take_picture(window_, fitted);
   look_up();

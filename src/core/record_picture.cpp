@@ -16,7 +16,10 @@ void take_embedded(ChunkRecord& record, const Picture& picture, bool kept) {
   Palette palette;
   const std::uint32_t bytes = 3 * PictureGetPalette(picture, palette);
   if (bytes != 0) kept = kept && (record.flags & CRF_PLTE) && same_colors(*record.image, palette, bytes);
-  if (!kept) record.flags &= ~std::uint32_t{CRF_TRNS | CRF_BKGD | CRF_PLTE};
+  if (!kept) {
+    record.flags &= ~std::uint32_t{CRF_BKGD | CRF_PLTE};
+    put_image_transparency(record, {});
+  }
   record.flags |= CRF_IHDR | CRF_IDAT;
   if (bytes == 0) {
     if (record.flags & CRF_PLTE) record.image.edit().paletteBytes = 0;
@@ -30,6 +33,15 @@ void take_embedded(ChunkRecord& record, const Picture& picture, bool kept) {
 }
 
 }  // namespace
+
+void put_image_transparency(ChunkRecord& record, std::span<const std::uint8_t> bytes) {
+  record.flags = bytes.empty() ? record.flags & ~std::uint32_t{CRF_TRNS} : record.flags | CRF_TRNS;
+  if (bytes.empty() && record.image->transBytes == 0) return;
+  EmbeddedImage& image = record.image.edit();
+  image.trans.fill(0);
+  image.transBytes = static_cast<std::uint32_t>(std::min(bytes.size(), image.trans.size()));
+  std::copy_n(bytes.begin(), image.transBytes, image.trans.begin());
+}
 
 void record_take_picture(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
   const std::uint8_t type = color_type_of_bits(picture.bits());

@@ -33,6 +33,8 @@ inline std::string ForRent = "This space for rent...";  ///< comment of new text
 
 // Pictures that come into a document
 inline int AllowAdvancedPalettes = 0;  ///< flag: ask what happens to colors that the palette lacks
+inline int WidePaletteDither = 1;      ///< flag: a picture that brings its own palette is dithered to it
+inline int WidePaletteInterlace = 0;   ///< flag: ... and makes the header interlaced
 inline int PngPaletteOption = 2;       ///< 0 replace the palette, 1 dither to it, 2 remap to it
 inline int InitialAlphaLevel = 255;    ///< 0 to 255: alpha of pixels that had none
 

@@ -1,5 +1,7 @@
 #include "core/transparency_edit.h"
 
+#include "core/record_picture.h"
+
 #include <algorithm>
 
 #include "base/byte_order.h"
@@ -35,12 +37,9 @@ bool apply_to_image(DocumentWindow& window, std::size_t index, const Transparenc
   if (!chunk_list_get(window.list, index, record)) return false;
   auto bytes = transparency_payload(edit);
   if (std::ranges::all_of(bytes, [](std::uint8_t alpha) { return alpha == 255; })) bytes.clear();
-  EmbeddedImage& image = record.image.edit();
+  const EmbeddedImage& image = *record.image;
   if (std::ranges::equal(bytes, std::span(image.trans).first(image.transBytes))) return false;
-  image.trans.fill(0);
-  std::ranges::copy(bytes, image.trans.begin());
-  image.transBytes = static_cast<std::uint32_t>(bytes.size());
-  record.flags = bytes.empty() ? record.flags & ~std::uint32_t{CRF_TRNS} : record.flags | CRF_TRNS;
+  put_image_transparency(record, bytes);
   return chunk_list_put(window.list, index, record);
 }
 

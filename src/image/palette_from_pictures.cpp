@@ -8,25 +8,24 @@ namespace {
 
 /// A picture's colors in 24 bits, through its color table in every depth.
 Picture true_colors(const Picture& picture) {
-  return picture.bits() == 24 ? picture
-                              : PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
+  return picture.bits() == 24
+             ? picture
+             : PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
 }
 
 }  // namespace
 
-PaletteColors palette_from_pictures(std::span<const Picture> pictures, std::uint32_t most) {
+PaletteColors palette_from_pictures(std::span<const Picture> pictures, std::uint32_t most, Host* host) {
   PaletteColors result;
   const std::uint32_t target = std::clamp(most, 2u, 256u);
-  if (pictures.size() == 1) {
-    // One picture with few colors keeps them as they are.
-    const Picture colors = pictures[0] ? true_colors(pictures[0]) : Picture();
-    result.count = QuantizePicture(colors, target, result.palette);
-    return result;
-  }
-  ColorOctree octree;
+  std::vector<Picture> frames;
   for (const Picture& picture : pictures)
-    if (picture) octree.add(true_colors(picture));
-  result.count = octree.palette(target, result.palette);
+    if (picture) frames.push_back(true_colors(picture));
+  // Few colors stay as they are, which the octree alone doesn't promise.
+  if (const auto count = few_colours(frames, target, result.palette))
+    result.count = *count;
+  else
+    result.count = QuantizeFrames(frames, target, result.palette, host);
   return result;
 }
 

@@ -247,33 +247,47 @@ class ThreeByteRows {
   std::size_t bytes_;
 };
 
-/// The colors of a picture in the order of their appearance; nothing when there are more than `most`.
-std::optional<std::uint32_t> distinct_colours(const Picture& picture, std::uint32_t most, Palette& palette) {
-  palette.fill(0);
-  std::uint32_t count = 0;
-  std::vector<std::uint32_t> known(1024, 0xFFFFFFFF);  // by hash; four times as many as there can be
-  const ThreeByteRows rows(picture);
-  std::vector<std::uint8_t> spare;
-  std::uint32_t before = 0xFFFFFFFF;
-  for (std::uint32_t y = 0; y < picture.height(); ++y) {
-    const std::uint8_t* row = rows.row(y, spare);
-    for (std::uint32_t x = 0; x < picture.width(); ++x, row += 3) {
-      const std::uint32_t colour = row[2] | row[1] << 8 | row[0] << 16;
-      if (colour == before) continue;
-      before = colour;
-      std::size_t at = colour * 0x9E3779B1u >> 22;
-      while (known[at] != colour && known[at] != 0xFFFFFFFF) at = (at + 1) % known.size();
-      if (known[at] == colour) continue;
-      if (count == most) return std::nullopt;
-      known[at] = colour;
-      palette[3 * count] = row[2];
-      palette[3 * count + 1] = row[1];
-      palette[3 * count + 2] = row[0];
-      ++count;
+/// Colors in the order of their appearance.
+class DistinctColours {
+ public:
+  DistinctColours(std::uint32_t most, Palette& palette) : most_(most), palette_(palette) { palette.fill(0); }
+
+  std::uint32_t count() const { return count_; }
+
+  /// False once there are more than `most`.
+  bool add(const Picture& picture) {
+    const ThreeByteRows rows(picture);
+    std::vector<std::uint8_t> spare;
+    std::uint32_t before = kNone;
+    for (std::uint32_t y = 0; y < picture.height(); ++y) {
+      const std::uint8_t* row = rows.row(y, spare);
+      for (std::uint32_t x = 0; x < picture.width(); ++x, row += 3) {
+        const std::uint32_t colour = row[2] | row[1] << 8 | row[0] << 16;
+        if (std::exchange(before, colour) != colour && !note(colour)) return false;
+      }
     }
+    return true;
   }
-  return count;
-}
+
+ private:
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
+  bool note(std::uint32_t colour) {
+    std::size_t at = colour * 0x9E3779B1u >> 22;
+    while (known_[at] != colour && known_[at] != kNone) at = (at + 1) % known_.size();
+    if (known_[at] == colour) return true;
+    if (count_ == most_) return false;
+    known_[at] = colour;
+    for (unsigned shift = 0; shift < 24; shift += 8)
+      palette_[3 * count_ + shift / 8] = static_cast<std::uint8_t>(colour >> shift);
+    ++count_;
+    return true;
+  }
+
+  std::uint32_t most_, count_ = 0;
+  Palette& palette_;
+  std::vector<std::uint32_t> known_ = std::vector<std::uint32_t>(1024, kNone);  ///< by hash; 4 for each color
+};
 
 }  // namespace
 
@@ -319,10 +333,34 @@ std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out) const {
   return tree.assign(out);
 }
 
+std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,
+                                         Palette& palette) {
+  DistinctColours colours(most, palette);
+  for (const Picture& picture : pictures)
+    if (has_rows(picture) && !colours.add(picture)) return std::nullopt;
+  return colours.count();
+}
+
+std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
+                             Host* host) try {
+  palette.fill(0);
+  std::optional<Progress> progress;
+  if (host) progress.emplace(*host, "Quantizing");
+  ColorOctree octree;
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    if (host && host->stopped()) return 0;
+    octree.add(frames[i]);
+    if (progress) progress->step(i + 1, frames.size());
+  }
+  return octree.palette(target, palette);
+} catch (const std::bad_alloc&) {
+  return 0;
+}
+
 std::uint32_t QuantizePicture(const Picture& picture, std::uint32_t target, Palette& palette) try {
   palette.fill(0);
   if (!has_rows(picture)) return 0;
-  if (const auto count = distinct_colours(picture, held_target(target), palette)) return *count;
+  if (const auto count = few_colours({&picture, 1}, held_target(target), palette)) return *count;
   ColorOctree octree;
   octree.add(picture);
   return octree.palette(target, palette);

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <vector>
 
+#include "base/host.h"
 #include "image/picture.h"
 
 namespace vellum {
@@ -28,6 +31,16 @@ class ColorOctree {
   struct Cells;
   std::unique_ptr<Cells> cells_;
 };
+
+/// The colors of pictures of 24 bits in the order of their first appearance, each from the bottom row up;
+/// nothing when there are more than `most` (at most 256).
+std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,
+                                         Palette& palette);
+
+/// The octree's palette of all frames, pictures of 24 bits, and the number of its colors. 0 when nothing was
+/// counted, the user stopped it or memory is exhausted.
+std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
+                             Host* host = nullptr);
 
 /// The palette of a picture of 24 bits. One that has no more colors than the target keeps them, in the order
 /// of their first appearance from the bottom row up; otherwise the octree's. Returns the number of colors; 0

@@ -16,16 +16,14 @@ Picture promoted(const Picture& picture, const ViewValues& values, const ChunkRe
   return picture.bits() == 24 ? picture : PictureToTrueColorAlpha(picture);
 }
 
-/// The frame as it is laid on the canvas. What doesn't show the canvas through is composed over the solid
-/// background: 32-bit frames of MNG, those of APNG whose blending is Source, and all of WebP.
+/// The frame as it is laid on the canvas. What replaces the canvas is composed over the solid background.
 Picture layer_of(const ViewValues& values, const ChunkRecord& record) {
   const Picture picture = picture_of(record);
   if (!has_rows(picture)) return {};
   const bool webp = values.kind == DocumentKind::WEBP;
   if (picture.bits() < 32 && !(webp && picture.bits() == 24)) return promoted(picture, values, record);
-  if (picture.bits() == 24) return picture;
-  const bool over = values.kind == DocumentKind::APNG && record.frameControl.blend == kBlendOver;
-  return over ? picture : PictureFlattenAlpha(picture, values.background);
+  if (picture.bits() == 24 || lies_over(values.kind, record)) return picture;
+  return PictureFlattenAlpha(picture, values.background);
 }
 
 std::int32_t width_of(const PictureRect& rect) { return rect.right - rect.left; }
@@ -68,6 +66,12 @@ ViewValues view_values(const ChunkList& list, const Document& document) {
                     {}};
   if (document.kind != DocumentKind::MING) values.transparency = document_transparency(list);
   return values;
+}
+
+bool lies_over(DocumentKind kind, const ChunkRecord& record) {
+  const Picture picture = picture_of(record);
+  if (!picture || picture.bits() < 32) return true;
+  return kind == DocumentKind::APNG && record.frameControl.blend == kBlendOver;
 }
 
 Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record) {

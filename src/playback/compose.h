@@ -20,6 +20,10 @@ struct ViewValues {
 
 ViewValues view_values(const ChunkList& list, const Document& document);
 
+/// Whether the canvas shows through where a frame is transparent. Frames of 32 bits replace what is there but
+/// in an animated PNG whose blending is Over.
+bool lies_over(DocumentKind kind, const ChunkRecord& record);
+
 /// What one frame leaves for the next. Copies share their pictures until one of them is drawn on.
 struct CanvasState {
   Picture canvas;  ///< 24 bits; null before the first frame

@@ -11,6 +11,10 @@ Host DesktopHost::record() {
   Host host;
   host.message = [this](const Message& message) { show(message); };
   host.ask = [this](const Message& message, bool cancel) { return ask(message, cancel); };
+  host.choose = [this](Choice& choice) {
+    const LongOperation::Pause pause(operation_);
+    return show_choice_box(box_parent(), choice);
+  };
   host.status = [this](std::string_view text) { status_.set_caption(to_qt(text)); };
   host.progress_begin = [this](std::string_view caption) { begin(caption); };
   host.progress_step = [this](std::uint64_t done, std::uint64_t total) { step(done, total); };

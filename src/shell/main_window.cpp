@@ -12,9 +12,11 @@
 
 #include "base/text.h"
 #include "configuration/config_file.h"
+#include "core/chunk_fields.h"
 #include "core/convert_records.h"
 #include "core/open_document.h"
 #include "core/settings.h"
+#include "operations/convert_colors.h"
 #include "shell/clipboard.h"
 #include "shell/context_menu.h"
 #include "shell/file_dialogs.h"
@@ -87,6 +89,7 @@ MainWindow::MainWindow()
       commands_(*new CommandBar(*this)),
       desktop_(*this, status_),
       services_(desktop_services(*this, desktop_)) {
+  convertImages = convert_to_header;
   setObjectName(QStringLiteral("Vellumcraft"));
   setWindowIcon(program_icon("vellumcraft"));
   setCentralWidget(&area_);

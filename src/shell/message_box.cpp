@@ -1,7 +1,11 @@
 #include "shell/message_box.h"
 
+#include <QButtonGroup>
 #include <QCheckBox>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QRadioButton>
+#include <QVBoxLayout>
 
 #include "shell/icon.h"
 #include "shell/style.h"
@@ -37,6 +41,31 @@ QMessageBox::StandardButton show_message_box(QWidget* parent, const Message& mes
   if (message.option) add_option(box, message.option);
   keep_plain(box);
   return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+bool show_choice_box(QWidget* parent, Choice& choice) {
+  QDialog box(parent);
+  box.setWindowTitle(text_of(choice.title));
+  auto* rows = new QVBoxLayout(&box);
+  rows->setSpacing(style::kGap);
+  rows->addWidget(new QLabel(text_of(choice.text), &box));
+  QButtonGroup answers;
+  for (std::size_t i = 0; i < choice.answers.size(); ++i) {
+    auto* button = new QRadioButton(text_of(choice.answers[i]), &box);
+    button->setChecked(i == choice.chosen);
+    answers.addButton(button, static_cast<int>(i));
+    rows->addWidget(button);
+  }
+  auto* keep = choice.keepLabel == StringId{} ? nullptr : new QCheckBox(text_of(choice.keepLabel), &box);
+  if (keep) rows->addWidget(keep);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &box);
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &box, &QDialog::accept);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
+  rows->addWidget(buttons);
+  if (box.exec() != QDialog::Accepted) return false;
+  choice.chosen = static_cast<std::size_t>(std::max(answers.checkedId(), 0));
+  choice.keep = keep && keep->isChecked();
+  return true;
 }
 
 }  // namespace vellum

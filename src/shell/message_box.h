@@ -13,4 +13,7 @@ namespace vellum {
 QMessageBox::StandardButton show_message_box(QWidget* parent, const Message& message, const char* icon,
                                              QMessageBox::StandardButtons buttons);
 
+/// A question with answers of its own, one of which is marked. False when the user cancelled.
+bool show_choice_box(QWidget* parent, Choice& choice);
+
 }  // namespace vellum

@@ -104,6 +104,29 @@ TEST_F(Tool, ConvertsToEveryKind) {
   EXPECT_EQ(vellum({"convert", "--kind", "fly", animation(), folder_ / "c.png"}).status, 2);
 }
 
+TEST_F(Tool, ConvertsColors) {
+  struct Case {
+    std::vector<std::string> options;
+    char depth, type;
+  };
+  for (const Case& c :
+       {Case{{"--color", "mono", "--threshold", "77"}, 1, 3}, Case{{"--color", "mono", "--dither"}, 1, 3},
+        Case{{"--color", "grey"}, 8, 0}, Case{{"--color", "palette", "--colors", "3"}, 1, 3},
+        Case{{"--color", "true"}, 8, 2}, Case{{"--color", "alpha"}, 8, 6}}) {
+    std::vector<std::string> command = {"convert", animation(), folder_ / "a.png"};
+    command.insert(command.end(), c.options.begin(), c.options.end());
+    ASSERT_EQ(vellum(command).status, 0) << c.options[1];
+    EXPECT_EQ(testing::objections(folder_ / "a.png"), "") << c.options[1];
+    std::ifstream file(folder_ / "a.png", std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(file), {});
+    ASSERT_GT(bytes.size(), 25u);
+    EXPECT_EQ(bytes[24], c.depth) << c.options[1];
+    EXPECT_EQ(bytes[25], c.type) << c.options[1];
+  }
+  EXPECT_EQ(vellum({"convert", animation(), folder_ / "b.png", "--color", "mono", "--threshold", "0"}).status,
+            2);
+}
+
 TEST_F(Tool, SavesOverItsOwnInput) {
   const fs::path file = animation();
   const auto before = vellum({"list", "--json", file}).output;

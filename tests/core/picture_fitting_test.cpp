@@ -206,5 +206,67 @@ TEST(NewDocuments, HoldWhatTheirKindNeeds) {
   EXPECT_TRUE(new_document_fault(wrong)) << "true color has 8 or 16 bits";
 }
 
+TEST(Fitting, OtherColorsAreAskedAboutWhereTheUserWantsThat) {
+  struct Case {
+    DocumentKind kind;
+    std::size_t answer;
+    const char* question;
+    bool same, kept;  ///< the picture stays as it is; so does the palette
+  };
+  const char* const still =
+      "Replace the existing palette|Dither the image to the existing palette|Remap the image to the existing "
+      "palette|";
+  const char* const global =
+      "Remap this image to the global palette|Dither this image to the global palette|";
+  const std::string local = std::string("Use a local palette for this image|") + global;
+  const testing::SettingsGuard guard;
+  settings::AllowAdvancedPalettes = 1;
+  for (const Case& c :
+       {Case{P, 0, still, true, false}, Case{P, 1, still, false, true}, Case{P, 2, still, false, true},
+        Case{A, 0, global, false, true}, Case{A, 1, global, false, true},
+        Case{M, 0, local.c_str(), true, true}, Case{M, 1, local.c_str(), false, true}}) {
+    DocumentWindow window = small_document(c.kind, c.kind == P ? 0 : 1, 3);
+    if (c.kind == M)
+      chunk_list_insert(window.list, window.document, 1,
+                        testing::record_of(tag::PLTE, std::string(6, '\x70')));
+    Palette before{}, after{};
+    const std::uint32_t colors = chunk_find_palette(window.list, before);
+    std::string asked;
+    Recorder recorder;
+    recorder.host.choose = [&](Choice& choice) {
+      for (const StringId id : choice.answers) asked += std::string(string_text(id)) + "|";
+      choice.chosen = c.answer;
+      return true;
+    };
+    PictureFitting fitting(window, recorder.host);
+    const Picture picture = small_picture(5, 5, 8, 77);
+    const Picture fitted = fitting.fit(picture, false);
+    EXPECT_EQ(asked, c.question) << kind_letters(c.kind) << c.answer;
+    EXPECT_EQ(fitted.handle().data() == picture.handle().data(), c.same) << kind_letters(c.kind) << c.answer;
+    EXPECT_EQ(chunk_find_palette(window.list, after) == colors && before == after, c.kept)
+        << kind_letters(c.kind) << c.answer;
+  }
+}
+
+TEST(Fitting, ACancelledQuestionInsertsNothingAndAKeptAnswerIsNotAskedForAgain) {
+  const testing::SettingsGuard guard;
+  settings::AllowAdvancedPalettes = 1;
+  const std::vector<Picture> pictures = {small_picture(6, 4, 8, 77), small_picture(6, 4, 8, 78)};
+  for (const bool cancel : {true, false}) {
+    DocumentWindow window = small_document(A, 1, 3);
+    Recorder recorder;
+    int asked = 0;
+    recorder.host.choose = [&](Choice& choice) {
+      ++asked;
+      choice.keep = true;
+      return !cancel;
+    };
+    EXPECT_EQ(insert_pictures(window, pictures, recorder.host), !cancel);
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(testing::images_of(window).size(), cancel ? 1u : 3u);
+    EXPECT_TRUE(recorder.messages.empty());
+  }
+}
+
 }  // namespace
 }  // namespace vellum

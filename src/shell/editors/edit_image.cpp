@@ -50,7 +50,7 @@ struct ImageEditor {
   std::size_t palette_entry() const;
   std::size_t transparency_entry() const;
 
-  void take(const Picture& other);
+  void take(const Picture& other, std::optional<PaletteChoice> choice = std::nullopt);
   void replace();
   void export_picture();
   void copy();
@@ -73,6 +73,15 @@ struct ImageEditor {
               *fitButton = nullptr, *pasteButton = nullptr;
   bool changed = false;
 };
+
+/// What becomes of colors that a picture brings back and the palette lacks. The frames of an animated PNG
+/// share theirs, so there they can't stay as they are.
+std::optional<PaletteChoice> painted_colors(DocumentKind kind) {
+  if (settings::PaintColorManagement == 1) return PaletteChoice::Remap;
+  if (settings::PaintColorManagement == 2) return PaletteChoice::Dither;
+  if (kind == DocumentKind::APNG) return std::nullopt;
+  return kind == DocumentKind::MING ? PaletteChoice::Local : PaletteChoice::Replace;
+}
 
 DocumentWindow copy_of(const DocumentWindow& window, std::size_t index) {
   DocumentWindow copy{window.document, window.list, {}};
@@ -198,11 +207,10 @@ void ImageEditor::show_state() {
 }
 
 /// The image becomes this picture, fitted to the document.
-void ImageEditor::take(const Picture& other) {
-  if (!other) return services.host.show(StringId::AllocationError);
-  if (!replace_image(scratch, index, other, services.host))
-    return services.host.show(StringId::AllocationError);
-  changed = true;
+void ImageEditor::take(const Picture& other, std::optional<PaletteChoice> choice) {
+  const Replaced replaced = replace_image(scratch, index, other, services.host, choice);
+  if (replaced == Replaced::Failed) return services.host.show(StringId::AllocationError);
+  changed = changed || replaced == Replaced::Done;
   show_picture();
 }
 
@@ -235,7 +243,8 @@ void ImageEditor::paste() {
 }
 
 void ImageEditor::paint() {
-  if (const auto painted = paint_elsewhere(&dialog, picture(), services)) take(*painted);
+  if (const auto painted = paint_elsewhere(&dialog, picture(), services))
+    take(*painted, painted_colors(kind()));
 }
 
 void ImageEditor::edit_colors() {

@@ -3,7 +3,11 @@
 #include <QPushButton>
 
 #include "core/chunk_tip.h"
+#include "core/png_reading.h"
+#include "operations/convert_colors.h"
+#include "operations/frames.h"
 #include "shell/editors/editor_pages.h"
+#include "shell/editors/select_palette.h"
 #include "shell/text.h"
 
 namespace vellum {
@@ -23,12 +27,42 @@ bool may_convert(Editing& editing, const FieldValues& values) {
   return false;
 }
 
+/// The palette of images that get one, by the user's choice; empty when the user cancelled.
+std::optional<PaletteColors> palette_for(Editing& editing, std::uint32_t most) {
+  SelectPaletteRequest request{.pictures = {}, .preview = {}, .most = most};
+  for (const std::size_t entry : frame_entries(editing.window))
+    request.pictures.push_back(picture_of(editing.window.list.record(entry)));
+  if (!request.pictures.empty()) request.preview = request.pictures.front();
+  return select_palette(&editing.dialog, request, editing.services);
+}
+
+/// Converts the images first, so that only the other fields are left to be applied. Nothing when the user
+/// cancelled.
+std::optional<Applied> convert_first(Editing& editing, const FieldValues& values) {
+  if (!converts_images(editing.window, editing.index, values)) return Applied::Same;
+  PngHeader wanted = png_header_of(editing.window.list.record(editing.index));
+  wanted.colorType = static_cast<std::uint8_t>(values.number("colorType"));
+  wanted.bitDepth = static_cast<std::uint8_t>(values.number("bitDepth"));
+  ColorConversion conversion = header_conversion(wanted);
+  if (wanted.colorType == 3) {
+    const auto palette = palette_for(editing, conversion.most);
+    if (!palette) return std::nullopt;
+    conversion.palette = *palette;
+  }
+  const bool good = convert_colors(editing.window, conversion, editing.services.host);
+  return good ? Applied::Changed : Applied::Failed;
+}
+
 bool apply_values(Editing& editing, const FieldValues& values, bool& changed) {
   if (!may_convert(editing, values)) return false;
   Host& host = editing.services.host;
-  const Applied applied = apply_chunk_fields(editing.window, editing.index, values, host);
+  const auto converted = convert_first(editing, values);
+  if (!converted) return false;
+  const Applied applied = *converted == Applied::Failed
+                              ? Applied::Failed
+                              : apply_chunk_fields(editing.window, editing.index, values, host);
   if (applied == Applied::Failed) host.show(StringId::ErrorAccessingChunk, {}, host.take_fault());
-  changed = applied == Applied::Changed;
+  changed = applied == Applied::Changed || converted == Applied::Changed;
   return applied != Applied::Failed;
 }
 

@@ -1,0 +1,266 @@
+#include "operations/convert_colors.h"
+
+#include <algorithm>
+
+#include "base/parallel.h"
+#include "core/chunk_description.h"
+#include "core/document_colors.h"
+#include "core/frame_layer.h"
+#include "core/image_edit.h"
+#include "core/picture_fitting.h"
+#include "core/record_picture.h"
+#include "core/settings.h"
+#include "image/palette_from_pictures.h"
+#include "image/picture_operations.h"
+#include "image/picture_rows.h"
+#include "image/png_form.h"
+#include "image/remap.h"
+#include "operations/frames.h"
+#include "operations/manage_frames.h"
+#include "operations/reconstruct.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::uint8_t kLeastOpaque = 128;  ///< alpha from here on is opaque in a palette
+
+/// A conversion with all that one image needs of the others.
+struct Target {
+  const ColorConversion& conversion;
+  DocumentKind kind;
+  std::optional<std::uint8_t> transparent;  ///< entry of the palette that stands for transparency
+  PaletteColors palette{};
+};
+
+bool is_two_levels(const ColorConversion& conversion) {
+  return conversion.colorType == 3 && conversion.bitDepth == 1 && conversion.threshold > 0;
+}
+
+bool holds_alpha(const ColorConversion& conversion) {
+  return conversion.colorType == 4 || conversion.colorType == 6 ||
+         (conversion.colorType == 3 && !is_two_levels(conversion));
+}
+
+/// White where the grey reaches the threshold.
+Picture at_threshold(const Picture& picture, const Palette& palette, unsigned threshold) {
+  const Picture grey = PictureToGrey(picture);
+  Picture result = create_rows(picture.width(), picture.height(), &palette, 1);
+  const EditRows rows(result);
+  if (!grey || !rows) return {};
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    for (std::uint32_t x = 0; x < picture.width(); ++x) put_index(rows[y], x, 1, grey.row(y)[x] >= threshold);
+  return result;
+}
+
+/// 32 bits: greys with the picture's alpha.
+Picture grey_with_alpha(const Picture& picture) {
+  Picture result = picture.bits() == 32 ? PictureDuplicate(picture) : PictureToTrueColorAlpha(picture);
+  const EditRows rows(result);
+  if (!rows) return {};
+  for (std::uint32_t y = 0; y < result.height(); ++y)
+    for (std::uint8_t *pixel = rows[y], *end = pixel + 4 * std::size_t{result.width()}; pixel < end;
+         pixel += 4)
+      std::fill_n(pixel, 3, grey_of(pixel[2], pixel[1], pixel[0]));
+  return result;
+}
+
+Picture in_greys(const Picture& picture, const ColorConversion& conversion) {
+  const Picture opaque = opaque_true_color(picture);
+  if (conversion.bitDepth == 0 || conversion.bitDepth >= 8) return PictureToGrey(opaque);
+  const Palette greys = png_grey_palette(conversion.bitDepth);
+  const std::uint32_t levels = 1u << conversion.bitDepth;
+  return conversion.dither ? dither_to_colors(opaque, greys, levels) : remap_to_colors(opaque, greys, levels);
+}
+
+/// Pixels without much opacity get the transparent entry. `picture` has 32 bits.
+void put_transparent(Picture& indexed, const Picture& picture, std::uint8_t index) {
+  const EditRows rows(indexed);
+  for (std::uint32_t y = 0; rows && y < indexed.height(); ++y)
+    for (std::uint32_t x = 0; x < indexed.width(); ++x)
+      if (picture.row(y)[4 * std::size_t{x} + 3] < kLeastOpaque) put_index(rows[y], x, indexed.bits(), index);
+}
+
+/// The indexes of a picture in one of more bits, so that there is room for one more entry.
+Picture widened(const Picture& picture, const Palette& palette, std::uint32_t bits) {
+  if (picture && picture.bits() == bits) {
+    Picture same = picture;
+    PictureSetPalette(same, palette);
+    return same;
+  }
+  Picture result = picture ? create_rows(picture.width(), picture.height(), &palette, bits) : Picture();
+  const EditRows rows(result);
+  if (!rows) return {};
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    for (std::uint32_t x = 0; x < picture.width(); ++x)
+      put_index(rows[y], x, result.bits(), get_index(picture.row(y), x, picture.bits()));
+  return result;
+}
+
+Picture in_palette(const Picture& picture, const Target& target) {
+  const ColorConversion& conversion = target.conversion;
+  const Picture opaque = opaque_true_color(picture);
+  const PaletteColors& palette = target.palette;
+  if (is_two_levels(conversion) && !conversion.dither)
+    return at_threshold(opaque, palette.palette, static_cast<unsigned>(conversion.threshold));
+  const std::uint32_t colors = palette.count - (target.transparent ? 1 : 0);
+  const Picture indexed = conversion.dither ? dither_to_colors(opaque, palette.palette, colors)
+                                            : remap_to_colors(opaque, palette.palette, colors);
+  if (!target.transparent || !indexed) return indexed;
+  Picture result = widened(indexed, palette.palette, picture_bits(depth_of_colors(palette.count)));
+  if (result && picture.bits() == 32) put_transparent(result, picture, *target.transparent);
+  return result;
+}
+
+Picture in_color_type(const Picture& picture, const Target& target) {
+  switch (target.conversion.colorType) {
+    case 0:
+      return in_greys(picture, target.conversion);
+    case 2:
+      return opaque_true_color(picture);
+    case 3:
+      return in_palette(picture, target);
+    case 4:
+      return grey_with_alpha(picture);
+    default:
+      if (picture.bits() == 32) return picture;
+      return with_alpha_level(picture, static_cast<std::uint8_t>(target.conversion.alphaLevel));
+  }
+}
+
+Picture converted(const Picture& picture, const Target& target) {
+  const Picture result = in_color_type(picture, target);
+  return target.kind == DocumentKind::WEBP && result && result.bits() <= 8 ? opaque_true_color(result)
+                                                                           : result;
+}
+
+/// The palette of the conversion, with an entry for transparency at its end where one is needed.
+bool choose_palette(Target& target, std::span<const Picture> pictures, bool transparency, Host& host) {
+  const ColorConversion& conversion = target.conversion;
+  if (conversion.colorType != 3) return true;
+  const std::uint32_t depth = conversion.bitDepth == 0 ? 8 : conversion.bitDepth;
+  const std::uint32_t most = std::min(conversion.most, 1u << depth) - (transparency ? 1 : 0);
+  target.palette = conversion.palette;
+  if (target.palette.count == 0) target.palette = palette_from_pictures(pictures, most, &host);
+  if (target.palette.count == 0) return false;
+  target.palette.count = std::min(target.palette.count, (1u << depth) - (transparency ? 1 : 0));
+  if (transparency) target.transparent = static_cast<std::uint8_t>(target.palette.count++);
+  std::fill(target.palette.palette.begin() + 3 * target.palette.count, target.palette.palette.end(), 0);
+  if (target.transparent) std::fill_n(&target.palette.palette[3u * *target.transparent], 3, 0);
+  return true;
+}
+
+std::vector<std::uint8_t> transparency_of(const Target& target) {
+  if (!target.transparent) return {};
+  std::vector<std::uint8_t> table(target.palette.count, 255);
+  table[*target.transparent] = 0;
+  return table;
+}
+
+/// All pictures converted, some at a time; nothing when one fails or the user stops it.
+std::vector<Picture> convert_all(std::span<const Picture> pictures, const Target& target, Host& host) {
+  const Progress progress(host, "Remapping");
+  const std::size_t step = 4 * parallel_width();
+  std::vector<Picture> results(pictures.size());
+  for (std::size_t first = 0; first < pictures.size(); first += step) {
+    if (host.stopped()) return {};
+    const std::size_t count = std::min(step, pictures.size() - first);
+    parallel_for(count, [&](std::size_t i) { results[first + i] = converted(pictures[first + i], target); });
+    progress.step(first + count, pictures.size());
+  }
+  const bool whole = std::ranges::all_of(results, [](const Picture& picture) { return bool(picture); });
+  return whole ? results : std::vector<Picture>();
+}
+
+DocumentColors colors_of(const Target& target) {
+  DocumentColors colors{.colorType = target.conversion.colorType,
+                        .bitDepth = std::max<std::uint8_t>(target.conversion.bitDepth, 8)};
+  if (target.conversion.bitDepth != 0 && target.conversion.bitDepth < 8)
+    colors.bitDepth = target.conversion.bitDepth;
+  if (colors.colorType != 3) return colors;
+  if (target.conversion.bitDepth == 0)
+    colors.bitDepth = static_cast<std::uint8_t>(picture_bits(depth_of_colors(target.palette.count)));
+  colors.palette = target.palette.palette;
+  colors.colors = target.palette.count;
+  colors.transparency = transparency_of(target);
+  return colors;
+}
+
+void put_pictures(DocumentWindow& window, std::span<const Picture> pictures, const Target& target) {
+  const DocumentKind kind = window.document.kind;
+  const bool png = kind == DocumentKind::PING || kind == DocumentKind::APNG;
+  std::size_t next = 0;
+  ChunkRecord record;
+  for (const std::size_t entry : frame_entries(window)) {
+    chunk_list_get(window.list, entry, record);
+    record_take_picture(record, kind, pictures[next++]);
+    if (kind == DocumentKind::MING) put_image_transparency(record, transparency_of(target));
+    record.description = chunk_description(record);
+    chunk_list_put(window.list, entry, record);
+  }
+  if (next < pictures.size()) window.document.defaultImage = pictures[next].handle();
+  if (png) put_document_colors(window, colors_of(target));
+}
+
+/// The pictures of all frames in true color with their transparency, and the default image behind them.
+std::vector<Picture> pictures_of(const DocumentWindow& window) {
+  const FrameSource source = frame_source_of(window);
+  std::vector<Picture> pictures;
+  for (const std::size_t entry : frame_entries(window))
+    pictures.push_back(frame_layer_of(source, window.list.record(entry)).picture);
+  if (const Picture kept(window.document.defaultImage); kept)
+    pictures.push_back(PictureWithTransparency(kept, source.table));
+  return pictures;
+}
+
+/// What can't be transparent lies over the background.
+bool flatten(DocumentWindow& draft, std::vector<Picture>& pictures, Host& host) {
+  if (is_animation(draft.document.kind)) {
+    if (!reconstruct_frames(draft, CanvasDepth::TrueColor, host)) return false;
+    pictures = pictures_of(draft);
+  }
+  const Colour background = document_background(draft.list, draft.document);
+  for (Picture& picture : pictures)
+    if (picture && picture.bits() == 32) picture = PictureFlattenAlpha(picture, background);
+  return true;
+}
+
+}  // namespace
+
+ColorConversion black_and_white(int threshold, bool dither) {
+  ColorConversion conversion{.colorType = 3, .bitDepth = 1, .dither = dither, .threshold = threshold};
+  conversion.palette.count = 2;
+  std::fill_n(&conversion.palette.palette[3], 3, 255);
+  return conversion;
+}
+
+ColorConversion grey_scale(const DocumentWindow& window) {
+  return {.colorType = has_transparency(window) ? std::uint8_t{4} : std::uint8_t{0}};
+}
+
+bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, Host& host) {
+  DocumentWindow draft{window.document, window.list, {}};
+  std::vector<Picture> pictures = pictures_of(draft);
+  const bool transparency = has_transparency(draft);
+  if (transparency && !holds_alpha(conversion) && !flatten(draft, pictures, host)) return false;
+  if (pictures.empty() || std::ranges::any_of(pictures, [](const Picture& p) { return !p; })) return false;
+  Target target{conversion, draft.document.kind, {}};
+  if (!choose_palette(target, pictures, transparency && holds_alpha(conversion), host)) return false;
+  const std::vector<Picture> results = convert_all(pictures, target, host);
+  if (results.empty()) return false;
+  put_pictures(draft, results, target);
+  take_draft(window, draft);
+  return true;
+}
+
+ColorConversion header_conversion(const PngHeader& wanted) {
+  return {.colorType = wanted.colorType,
+          .bitDepth = wanted.bitDepth,
+          .most = 1u << std::min<unsigned>(wanted.bitDepth, 8),
+          .alphaLevel = std::clamp(settings::InitialAlphaLevel, 0, 255)};
+}
+
+bool convert_to_header(DocumentWindow& window, const PngHeader& wanted, Host& host) {
+  return convert_colors(window, header_conversion(wanted), host);
+}
+
+}  // namespace vellum
