@@ -111,7 +111,7 @@ TEST_F(Tool, ConvertsColors) {
   };
   for (const Case& c :
        {Case{{"--color", "mono", "--threshold", "77"}, 1, 3}, Case{{"--color", "mono", "--dither"}, 1, 3},
-        Case{{"--color", "grey"}, 8, 0}, Case{{"--color", "palette", "--colors", "3"}, 1, 3},
+        Case{{"--color", "grey"}, 8, 3}, Case{{"--color", "palette", "--colors", "3"}, 1, 3},
         Case{{"--color", "true"}, 8, 2}, Case{{"--color", "alpha"}, 8, 6}}) {
     std::vector<std::string> command = {"convert", animation(), folder_ / "a.png"};
     command.insert(command.end(), c.options.begin(), c.options.end());
