@@ -1,5 +1,7 @@
 #include "shell/recent_files.h"
 
+#include <QPainter>
+
 #include "configuration/config_file.h"
 #include "shell/file_thumbnail.h"
 #include "shell/icon.h"
@@ -8,7 +10,21 @@
 namespace vellum {
 namespace {
 
-constexpr int kThumbnailSize = 192;  // device pixels: the largest wish at twice the usual density
+// Device pixels: the largest wish at twice the usual density. All have one shape, so that rows and tiles that
+// show them stand in line.
+constexpr QSize kThumbnail(192, 144);
+
+QIcon framed(const QImage& image) {
+  QPixmap ground(kThumbnail);
+  ground.fill(Qt::transparent);
+  const QSize size = image.size().boundedTo(image.size().scaled(kThumbnail, Qt::KeepAspectRatio));
+  QRect place(QPoint(), size);
+  place.moveCenter(ground.rect().center());
+  QPainter painter(&ground);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  painter.drawImage(place, image);
+  return QIcon(ground);
+}
 
 std::filesystem::path history_file() {
   return config_file().empty() ? std::filesystem::path() : config_file().parent_path() / kFileHistoryName;
@@ -61,9 +77,9 @@ void RecentFiles::make_next() {
   if (wanted_.empty()) return idle_.stop();
   const std::string path = std::move(wanted_.front());
   wanted_.pop_front();
-  const QImage image = file_thumbnail(path, kThumbnailSize);
+  const QImage image = file_thumbnail(path, kThumbnail.width());
   if (image.isNull()) return;
-  thumbnails_.insert(path_text(path), QIcon(QPixmap::fromImage(image)));
+  thumbnails_.insert(path_text(path), framed(image));
   emit thumbnail_made(path_text(path));
 }
 
