@@ -10,14 +10,15 @@
 namespace vellum {
 namespace {
 
-// Device pixels: the largest wish at twice the usual density. All have one shape, so that rows and tiles that
-// show them stand in line.
+// Device pixels: twice as many as are usually shown. All have one shape, so that rows and tiles that show
+// them stand in line.
 constexpr QSize kThumbnail(192, 144);
 
 QIcon framed(const QImage& image) {
   QPixmap ground(kThumbnail);
   ground.fill(Qt::transparent);
-  const QSize size = image.size().boundedTo(image.size().scaled(kThumbnail, Qt::KeepAspectRatio));
+  const QSize fitting = image.size().scaled(kThumbnail, Qt::KeepAspectRatio).expandedTo({1, 1});
+  const QSize size = fitting.boundedTo(image.size() * 2);
   QRect place(QPoint(), size);
   place.moveCenter(ground.rect().center());
   QPainter painter(&ground);
