@@ -45,11 +45,6 @@ void put_on_clipboard(const CopiedChunks& copied) {
   QGuiApplication::clipboard()->setMimeData(mime_of(copied));
 }
 
-bool clipboard_can_be_pasted() {
-  const QMimeData* data = clipboard_data();
-  return data && (data->hasFormat(kChunkMime) || data->hasImage() || data->hasText());
-}
-
 bool paste_from_clipboard(DocumentWindow& window, Host& host) {
   const QMimeData* data = clipboard_data();
   if (!data) return refuse(host, StringId::NothingToPaste);

@@ -16,8 +16,6 @@ QByteArray bytes_of(const std::vector<std::uint8_t>& block);
 std::span<const std::uint8_t> span_of(const QByteArray& bytes);
 
 void put_on_clipboard(const CopiedChunks& copied);
-/// Whether the clipboard holds chunks, a picture or text.
-bool clipboard_can_be_pasted();
 
 /// Pastes what the clipboard holds behind the caret: chunks before a picture before text. False, after a
 /// message, when nothing was pasted.

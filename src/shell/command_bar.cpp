@@ -1,14 +1,18 @@
 #include "shell/command_bar.h"
 
+#include <QHelpEvent>
 #include <QLayout>
 #include <QMenuBar>
 #include <QShortcut>
 #include <QToolButton>
+#include <QToolTip>
 #include <algorithm>
 
 #include "core/chunk_layout.h"
 #include "shell/icon.h"
 #include "shell/style.h"
+#include "shell/text.h"
+#include "shell/tool_style.h"
 
 namespace vellum {
 namespace {
@@ -18,6 +22,14 @@ QStringList scale_names() {
   for (const int percent : kThumbnailScales)
     names << (percent == 0 ? QObject::tr("Text only") : QStringLiteral("%1%").arg(percent));
   return names;
+}
+
+/// What stands below a command's name in its tip; empty for one that works.
+QString reason_of(const CommandRow& row) { return row.run ? QString() : text_of(StringId::LaterCommand); }
+
+QString tip_of(const CommandRow& row) {
+  const QString reason = reason_of(row);
+  return reason.isEmpty() ? plain_label(row.label) : plain_label(row.label) + u'\n' + reason;
 }
 
 QToolBar* make_toolbar(QMainWindow& window) {
@@ -50,7 +62,8 @@ QAction* CommandBar::action(int number) const {
 
 void CommandBar::add_action(const CommandRow& row) {
   auto* action = new QAction(QString::fromUtf8(row.label), this);
-  action->setToolTip(plain_label(row.label));
+  action->setToolTip(tip_of(row));
+  action->setStatusTip(reason_of(row));
   action->setMenuRole(QAction::NoRole);
   if (row.icon) action->setIcon(program_icon(row.icon));
   const int number = row.number;
@@ -58,14 +71,34 @@ void CommandBar::add_action(const CommandRow& row) {
   actions_[number] = action;
 }
 
+QMenu* CommandBar::add_menu(const MenuRow& row, QMainWindow& window) {
+  const QString label = QString::fromUtf8(row.label);
+  QMenu* menu =
+      row.parent == Menu::None ? window.menuBar()->addMenu(label) : new QMenu(label, window.menuBar());
+  if (row.icon) menu->setIcon(program_icon(row.icon));
+  menu->installEventFilter(this);
+  return menu;
+}
+
 void CommandBar::fill_menus(QMainWindow& window) {
-  for (const MenuRow& row : menu_table()) {
-    const QString label = QString::fromUtf8(row.label);
-    menus_[row.menu] =
-        row.parent == Menu::None ? window.menuBar()->addMenu(label) : new QMenu(label, window.menuBar());
-  }
-  for (const CommandRow& row : command_table())
+  for (const MenuRow& row : menu_table()) menus_[row.menu] = add_menu(row, window);
+  for (const CommandRow& row : command_table()) {
     if (row.menu != Menu::None) add_to_menu(row.menu, row.menuGroup, action(row.number));
+    add_run_time_menus(row.number);
+  }
+}
+
+void CommandBar::add_run_time_menus(int behind) {
+  for (const MenuRow& row : menu_table())
+    if (row.behind == behind) add_to_menu(row.parent, row.group, menus_.at(row.menu)->menuAction());
+}
+
+bool CommandBar::eventFilter(QObject* menu, QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QObject::eventFilter(menu, event);
+  const auto* help = static_cast<QHelpEvent*>(event);
+  const QAction* pointed = static_cast<QMenu*>(menu)->actionAt(help->pos());
+  QToolTip::showText(help->globalPos(), pointed ? pointed->statusTip() : QString());
+  return true;
 }
 
 void CommandBar::add_to_menu(Menu menu, int group, QAction* action) {
@@ -81,21 +114,21 @@ void CommandBar::add_to_menu(Menu menu, int group, QAction* action) {
 void CommandBar::fill_toolbar(QMainWindow& window) {
   bar_ = make_toolbar(window);
   add_menu_tools();
-  std::vector<const CommandRow*> tools;
-  for (const CommandRow& row : command_table())
-    if (row.tool != ToolPlace::None) tools.push_back(&row);
-  std::ranges::stable_sort(tools, {}, [](const CommandRow* row) { return row->toolGroup; });
   int last = 0;
-  for (const CommandRow* row : tools) {
-    if (last != 0 && last != row->toolGroup) bar_->addSeparator();
-    last = row->toolGroup;
-    add_tool(*row);
+  for (const ToolRow& tool : tool_table()) {
+    if (last != 0 && last != tool.group) bar_->addSeparator();
+    last = tool.group;
+    add_tool(tool.command);
   }
+  auto* look = new ToolStyle(bar_);
+  for (QToolButton* button : bar_->findChildren<QToolButton*>()) button->setStyle(look);
 }
+
+void CommandBar::refresh_look() { bar_->update(); }
 
 void CommandBar::add_menu_tools() {
   for (const MenuRow& row : menu_table()) {
-    if (!row.icon) continue;
+    if (!row.icon || row.behind != 0) continue;
     auto* button = new QToolButton(bar_);
     button->setIcon(program_icon(row.icon));
     button->setText(plain_label(row.label));
@@ -111,17 +144,22 @@ QWidget* CommandBar::tool_button(int number) const {
   return button && button->isVisible() ? button : nullptr;
 }
 
-void CommandBar::add_tool(const CommandRow& row) {
-  if (row.tool == ToolPlace::Button) {
-    bar_->addAction(action(row.number));
-    return;
-  }
+void CommandBar::add_tool(int command) {
+  if (command == kScaleCommand) return add_scale(command);
+  bar_->addAction(action(command));
+  QWidget* button = bar_->widgetForAction(action(command));
+  button->setFocusPolicy(Qt::TabFocus);
+  button->setAccessibleName(plain_label(find_command(command)->label));
+}
+
+void CommandBar::add_scale(int command) {
+  const QString name = plain_label(find_command(command)->label);
   scale_ = new QComboBox(bar_);
   scale_->addItems(scale_names());
-  scale_->setAccessibleName(plain_label(row.label));
-  scale_->setToolTip(plain_label(row.label));
+  scale_->setAccessibleName(name);
+  scale_->setToolTip(name);
   scale_->setFocusPolicy(Qt::TabFocus);
-  connect(scale_, &QComboBox::activated, action(row.number), &QAction::trigger);
+  connect(scale_, &QComboBox::activated, action(command), &QAction::trigger);
   bar_->addWidget(scale_);
 }
 
@@ -136,11 +174,8 @@ void CommandBar::bind_keys(QMainWindow& window) {
 }
 
 void CommandBar::enable(const CommandState& state) {
-  for (const CommandRow& row : command_table()) {
-    const bool enabled = command_enabled(row, state);
-    action(row.number)->setEnabled(enabled);
-    if (row.tool == ToolPlace::DropDown) scale_->setEnabled(enabled);
-  }
+  for (const CommandRow& row : command_table()) action(row.number)->setEnabled(command_enabled(row, state));
+  scale_->setEnabled(action(kScaleCommand)->isEnabled());
   for (const MenuRow& row : menu_table()) {
     if (row.parent == Menu::None) continue;
     QMenu* menu = menus_.at(row.menu);

@@ -22,6 +22,8 @@ class CommandBar : public QObject {
   QMenu* menu(Menu menu) const { return menus_.at(menu); }
 
   void enable(const CommandState& state);
+  /// Draws the toolbar anew after its settings have changed.
+  void refresh_look();
   void show_scale(int index);
   int scale() const { return scale_->currentIndex(); }
   /// The toolbar button of a command; null without one, or while there is no room for it.
@@ -31,13 +33,20 @@ class CommandBar : public QObject {
   /// Menu, toolbar or key: the number of a command.
   void triggered(int number);
 
+ protected:
+  /// Menus tell why a command can't be chosen.
+  bool eventFilter(QObject* menu, QEvent* event) override;
+
  private:
   void add_action(const CommandRow& row);
   void fill_menus(QMainWindow& window);
   void fill_toolbar(QMainWindow& window);
   void add_to_menu(Menu menu, int group, QAction* action);
+  QMenu* add_menu(const MenuRow& row, QMainWindow& window);
+  void add_run_time_menus(int behind);
   void add_menu_tools();
-  void add_tool(const CommandRow& row);
+  void add_tool(int command);
+  void add_scale(int command);
   void bind_keys(QMainWindow& window);
 
   std::map<int, QAction*> actions_;

@@ -10,12 +10,36 @@ namespace vellum {
 class MainWindow;
 class DocumentFrame;
 
-enum class Menu { None, File, New, Edit, InsertMng, InsertPng, InsertWebp, Window, Help };
+enum class Menu {
+  None,
+  File,
+  New,
+  Recent,
+  Edit,
+  InsertMng,
+  InsertPng,
+  InsertWebp,
+  Animation,
+  Create,
+  Convert,
+  Window,
+  Help
+};
 
 /// What a command needs before it can run.
-enum class Need { Nothing, Entries, Selection, Undo, Clipboard };
+enum class Need { Nothing, Entries, Selection, Undo };
 
-enum class ToolPlace { None, Button, DropDown };
+/// What a command does: to the program, with or without a document, or to the active document. A command
+/// without a function is shown and can't be chosen.
+struct CommandFunction {
+  void (*on_program)(MainWindow&) = nullptr;
+  void (*on_document)(MainWindow&, DocumentFrame&) = nullptr;
+
+  constexpr CommandFunction() = default;
+  constexpr CommandFunction(void (*function)(MainWindow&)) : on_program(function) {}
+  constexpr CommandFunction(void (*function)(MainWindow&, DocumentFrame&)) : on_document(function) {}
+  constexpr explicit operator bool() const { return on_program || on_document; }
+};
 
 struct CommandRow {
   int number;
@@ -24,12 +48,8 @@ struct CommandRow {
   int menuGroup;  ///< a line parts groups of the same menu
   Need need;
   std::span<const DocumentKind> kinds;  ///< empty: every kind
-  ToolPlace tool;
-  int toolGroup;
-  const char* icon;  ///< file in data/icons; null without one
-  /// One of the two: on the program, with or without a document, or on the active document.
-  void (*run)(MainWindow&);
-  void (*run_on_document)(MainWindow&, DocumentFrame&);
+  const char* icon;                     ///< file in data/icons; null without one
+  CommandFunction run;
 };
 
 std::span<const CommandRow> command_table();
@@ -40,11 +60,23 @@ const CommandRow* find_command(int number);
 struct MenuRow {
   Menu menu;
   const char* label;
-  Menu parent = Menu::None;    ///< None: in the menu bar
-  int group = 0;               ///< in its parent
-  const char* icon = nullptr;  ///< of the toolbar button, in the first group, that drops the menu down
+  Menu parent = Menu::None;  ///< None: in the menu bar
+  int group = 0;             ///< in its parent
+  const char* icon =
+      nullptr;     ///< of the submenu; one that holds commands is in the toolbar's first group too
+  int behind = 0;  ///< a submenu without commands of its own stands behind this one
 };
 std::span<const MenuRow> menu_table();
+
+/// The command of the thumbnail scale, which is a list in the toolbar and not a button.
+inline constexpr int kScaleCommand = 701;
+
+/// The toolbar from left to right; a line parts groups.
+struct ToolRow {
+  int group;
+  int command;
+};
+std::span<const ToolRow> tool_table();
 
 /// Keys apart from the labels: a label may name a key that isn't one.
 struct KeyRow {
@@ -58,8 +90,7 @@ struct CommandState {
   bool document = false;  ///< a document is active
   DocumentKind kind = DocumentKind::None;
   std::size_t entries = 0, selected = 0;
-  bool undo = false;   ///< the document has a level to go back to
-  bool paste = false;  ///< the clipboard holds something that can be pasted
+  bool undo = false;  ///< the document has a level to go back to
 };
 
 bool command_enabled(const CommandRow& row, const CommandState& state);

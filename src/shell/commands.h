@@ -58,5 +58,14 @@ void manage_command(MainWindow& main, DocumentFrame& frame);
 void image_strip_command(MainWindow& main, DocumentFrame& frame);
 
 void about_command(MainWindow& main);
+/// Opens a page of the maker in the browser; a command without a page says so.
+void open_web_page(MainWindow& main, int number);
+template <int Number>
+void web_page_command(MainWindow& main) {
+  open_web_page(main, Number);
+}
+
+/// Tells that there is nothing behind this command.
+void not_implemented_command(MainWindow& main, DocumentFrame& frame);
 
 }  // namespace vellum

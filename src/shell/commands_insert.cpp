@@ -10,38 +10,37 @@
 namespace vellum {
 namespace {
 
-/// One item of the toolbar's list. Its labels are not those of the menus.
+/// One item of the toolbar's list. Neither its labels nor what it offers are those of the menus.
 struct PopupRow {
   DocumentKind kind;
   const char* label;
   int number;
-  void (*run)(MainWindow&, DocumentFrame&);
 };
 
 constexpr PopupRow kPopup[] = {
-    {DocumentKind::PING, "&Background (BKGD)", 1022, insert_command<tag::bKGD>},
-    {DocumentKind::PING, "&Compressed text (ZTXT)", 1025, insert_command<tag::zTXt>},
-    {DocumentKind::PING, "Gamma (GAMA)", 1027, insert_command<tag::gAMA>},
-    {DocumentKind::PING, "&Image (IDAT)", 1020, insert_images_command},
-    {DocumentKind::PING, "&Palette (PLTE)", 1021, insert_command<tag::PLTE>},
-    {DocumentKind::PING, "T&ext (TEXT)", 1024, insert_command<tag::tEXt>},
-    {DocumentKind::PING, "&Time (TIME)", 1023, insert_command<tag::tIME>},
-    {DocumentKind::PING, "T&ransparency (TRNS)", 1026, insert_command<tag::tRNS>},
-    {DocumentKind::APNG, "&Background (BKGD)", 1022, insert_command<tag::bKGD>},
-    {DocumentKind::APNG, "&Compressed text (ZTXT)", 1025, insert_command<tag::zTXt>},
-    {DocumentKind::APNG, "&Image (IDAT)", 1020, insert_images_command},
-    {DocumentKind::APNG, "&Palette (PLTE)", 1021, insert_command<tag::PLTE>},
-    {DocumentKind::APNG, "T&ext (TEXT)", 1024, insert_command<tag::tEXt>},
-    {DocumentKind::APNG, "T&ransparency (TRNS)", 1026, insert_command<tag::tRNS>},
-    {DocumentKind::MING, "&Background (BACK)", 1050, insert_command<tag::BACK>},
-    {DocumentKind::MING, "&Compressed text (ZTXT)", 1025, insert_command<tag::zTXt>},
-    {DocumentKind::MING, "&Image", 1055, insert_images_command},
-    {DocumentKind::MING, "&Loop (LOOP)", 1053, insert_command<tag::LOOP>},
-    {DocumentKind::MING, "Loop &end (ENDL)", 1054, insert_command<tag::ENDL>},
-    {DocumentKind::MING, "Te&rmination (TERM)", 1056, insert_command<tag::TERM>},
-    {DocumentKind::MING, "T&ext (TEXT)", 1024, insert_command<tag::tEXt>},
-    {DocumentKind::MING, "&Time (TIME)", 1023, insert_command<tag::tIME>},
-    {DocumentKind::WEBP, "&Image (WEBP IDAT)", 1060, insert_images_command},
+    {DocumentKind::PING, "&Background (BKGD)", 1022},
+    {DocumentKind::PING, "&Compressed text (ZTXT)", 1025},
+    {DocumentKind::PING, "Gamma (GAMA)", 1027},
+    {DocumentKind::PING, "&Image (IDAT)", 1020},
+    {DocumentKind::PING, "&Palette (PLTE)", 1021},
+    {DocumentKind::PING, "T&ext (TEXT)", 1024},
+    {DocumentKind::PING, "&Time (TIME)", 1023},
+    {DocumentKind::PING, "T&ransparency (TRNS)", 1026},
+    {DocumentKind::APNG, "&Background (BKGD)", 1022},
+    {DocumentKind::APNG, "&Compressed text (ZTXT)", 1025},
+    {DocumentKind::APNG, "&Image (IDAT)", 1020},
+    {DocumentKind::APNG, "&Palette (PLTE)", 1021},
+    {DocumentKind::APNG, "T&ext (TEXT)", 1024},
+    {DocumentKind::APNG, "T&ransparency (TRNS)", 1026},
+    {DocumentKind::MING, "&Background (BACK)", 1050},
+    {DocumentKind::MING, "&Compressed text (ZTXT)", 1025},
+    {DocumentKind::MING, "&Image", 1055},
+    {DocumentKind::MING, "&Loop (LOOP)", 1053},
+    {DocumentKind::MING, "Loop &end (ENDL)", 1054},
+    {DocumentKind::MING, "Te&rmination (TERM)", 1056},
+    {DocumentKind::MING, "T&ext (TEXT)", 1024},
+    {DocumentKind::MING, "&Time (TIME)", 1023},
+    {DocumentKind::WEBP, "&Image (WEBP IDAT)", 1060},
 };
 
 }  // namespace
@@ -71,7 +70,8 @@ void insert_popup_command(MainWindow& main, DocumentFrame& frame) {
     if (row.kind != frame.document().kind) continue;
     QAction* action = menu->addAction(QString::fromUtf8(row.label));
     action->setData(row.number);
-    QObject::connect(action, &QAction::triggered, &frame, [&main, &frame, run = row.run] {
+    const auto run = find_command(row.number)->run.on_document;
+    QObject::connect(action, &QAction::triggered, &frame, [&main, &frame, run] {
       if (main.services().busy()) return;
       run(main, frame);
       main.refresh();

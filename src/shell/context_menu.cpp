@@ -5,9 +5,9 @@
 namespace vellum {
 namespace {
 
-enum class Shown { Always, SomeUnselected, SomeSelected, FrameOfAnimation, Animation };
+enum class Shown { Always, SomeUnselected, SomeSelected, FrameOfAnimation, Pinned, NotPinned, Animation };
 
-/// In the order of the menu; 0 is a line. Commands that the program lacks are left out.
+/// In the order of the menu; 0 is a line.
 struct MenuEntry {
   int number;
   Shown when = Shown::Always;
@@ -24,6 +24,8 @@ constexpr MenuEntry kEntries[] = {
     {50, Shown::SomeUnselected, "Select all"},
     {51, Shown::SomeSelected, "Select none"},
     {124, Shown::FrameOfAnimation, "Export image"},
+    {401, Shown::NotPinned, "Pin to favorites"},
+    {402, Shown::Pinned, "Unpin from favorites"},
     {0},
     {330},
     {311},
@@ -52,7 +54,12 @@ constexpr MenuEntry kEntries[] = {
     {321, Shown::Animation, "Copy to"},
 };
 
-bool is_shown(Shown when, DocumentFrame& frame, std::size_t row) {
+bool is_pinned(MainWindow& main, DocumentFrame& frame) {
+  const auto& is_favorite = main.services().is_favorite;
+  return is_favorite && is_favorite(frame.document());
+}
+
+bool is_shown(Shown when, MainWindow& main, DocumentFrame& frame, std::size_t row) {
   const ChunkList& list = frame.entries();
   const DocumentKind kind = frame.document().kind;
   switch (when) {
@@ -62,6 +69,9 @@ bool is_shown(Shown when, DocumentFrame& frame, std::size_t row) {
       return list.selected_count() > 0;
     case Shown::FrameOfAnimation:
       return is_animation(kind) && row < list.size() && is_image_entry(kind, list.record(row).tag);
+    case Shown::Pinned:
+    case Shown::NotPinned:
+      return is_pinned(main, frame) == (when == Shown::Pinned);
     case Shown::Animation:
       return is_animation(kind);
     default:
@@ -73,6 +83,7 @@ void add_entry(QMenu& menu, const MenuEntry& entry, QAction& command) {
   if (!entry.label) return menu.addAction(&command);
   QAction* action = menu.addAction(QString::fromUtf8(entry.label));
   action->setEnabled(command.isEnabled());
+  action->setStatusTip(command.statusTip());
   QObject::connect(action, &QAction::triggered, &command, &QAction::trigger);
 }
 
@@ -86,7 +97,7 @@ QMenu* make_context_menu(MainWindow& main, DocumentFrame& frame, std::size_t row
   for (const MenuEntry& entry : kEntries) {
     line = line || entry.number == 0;
     QAction* command = main.commands().action(entry.number);
-    if (!command || !is_shown(entry.when, frame, row)) continue;
+    if (!command || !is_shown(entry.when, main, frame, row)) continue;
     if (std::exchange(line, false) && !menu->isEmpty()) menu->addSeparator();
     add_entry(*menu, entry, *command);
   }

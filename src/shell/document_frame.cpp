@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QStyle>
 #include <QStyleOptionTitleBar>
+#include <QTimer>
 
 #include "configuration/shell_settings.h"
 #include "core/chunk_layout.h"
@@ -81,7 +82,9 @@ void DocumentFrame::resizeEvent(QResizeEvent* event) {
 }
 
 void DocumentFrame::size_to_content() {
-  if (!mdiArea() || isMaximized() || isMinimized()) return;
+  if (!mdiArea()) return;
+  sizePending_ = isMaximized() || isMinimized();
+  if (sizePending_) return;
   const QSize client = mdiArea()->viewport()->size();
   const int percent = kThumbnailScales[static_cast<std::size_t>(document().thumbScale)];
   const auto drawn =
@@ -102,6 +105,15 @@ void DocumentFrame::set_scale(int index) {
   chunk_list_layout(entries(), document());
   entries().topIndex = top;
   list_->show_top_row();
+}
+
+void DocumentFrame::changeEvent(QEvent* event) {
+  QMdiSubWindow::changeEvent(event);
+  // The window gets the place that it is restored to behind this event.
+  if (event->type() == QEvent::WindowStateChange && sizePending_)
+    QTimer::singleShot(0, this, [this] {
+      if (sizePending_) size_to_content();
+    });
 }
 
 void DocumentFrame::closeEvent(QCloseEvent* event) {

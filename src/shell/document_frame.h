@@ -28,7 +28,8 @@ class DocumentFrame : public QMdiSubWindow {
 
   /// Makes the title tell path and state of the document; where it is too long its beginning goes.
   void update_title();
-  /// Takes the width that the thumbnails want, but not less than a line of text does.
+  /// Takes the width that the thumbnails want, but not less than a line of text does. A maximized window does
+  /// so when it is restored.
   void size_to_content();
   /// Scrolls to the caret's entry.
   void show_caret();
@@ -40,6 +41,7 @@ class DocumentFrame : public QMdiSubWindow {
   void changed();
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
 
@@ -50,6 +52,7 @@ class DocumentFrame : public QMdiSubWindow {
   ChunkListView* list_;
   std::uint64_t number_;
   bool settled_ = false;
+  bool sizePending_ = false;  ///< the width follows the content once the window is neither full nor an icon
 };
 
 /// `text` as a window title, in which "[*]" stands for itself.

@@ -11,7 +11,7 @@
 namespace vellum {
 namespace {
 
-constexpr QSize kCard(460, 288);
+constexpr int kNarrow = 460, kWide = 700;  // pixels of the card, without and with recent files
 constexpr int kPictureSize = 72;
 
 /// The drawing at the top of the card, at the resolution of the screen that it is shown on.
@@ -40,25 +40,34 @@ QLabel* centered_label(QWidget* parent, const QString& text) {
 
 }  // namespace
 
-EmptyState::EmptyState(QWidget* parent) : QWidget(parent) {
-  auto* layout = new QVBoxLayout(this);
-  layout->setSpacing(style::kGap);
-  auto* heading = centered_label(this, text_of(StringId::EmptyArea));
+EmptyState::EmptyState(RecentFiles& recent, QWidget* parent)
+    : QWidget(parent),
+      card_(new QWidget(this)),
+      heading_(new QLabel(tr("Recent files"), card_)),
+      tiles_(new RecentTiles(recent, card_)) {
+  auto* heading = centered_label(card_, text_of(StringId::EmptyArea));
   heading->setFont(style::heading_font());
-  auto* formats = centered_label(this, tr("PNG, animated PNG, MNG and WebP"));
+  auto* formats = centered_label(card_, tr("PNG, animated PNG, MNG and WebP"));
   formats->setForegroundRole(QPalette::PlaceholderText);
-  auto* button = new QPushButton(tr("&Open..."), this);
+  auto* button = new QPushButton(tr("&Open..."), card_);
   button->setMinimumWidth(120);
-  connect(button, &QPushButton::clicked, this, &EmptyState::open_wanted);
-  layout->addStretch(1);
-  layout->addWidget(new CardPicture(this), 0, Qt::AlignHCenter);
+  heading_->setForegroundRole(QPalette::PlaceholderText);
+  auto* layout = new QVBoxLayout(card_);
+  layout->setContentsMargins(style::kMargin, style::kMargin, style::kMargin, style::kMargin);
+  layout->setSpacing(style::kGap);
+  layout->addWidget(new CardPicture(card_), 0, Qt::AlignHCenter);
   layout->addSpacing(style::kGap);
   layout->addWidget(heading);
   layout->addWidget(formats);
-  layout->addSpacing(style::kWideGap);
+  layout->addSpacing(style::kGap);
   layout->addWidget(button, 0, Qt::AlignHCenter);
-  layout->addStretch(1);
+  layout->addSpacing(style::kGap);
+  layout->addWidget(heading_);
+  layout->addWidget(tiles_, 1);
   setFocusProxy(button);
+  connect(button, &QPushButton::clicked, this, &EmptyState::open_wanted);
+  connect(tiles_, &RecentTiles::chosen, this, &EmptyState::recent_wanted);
+  connect(&recent, &RecentFiles::changed, this, &EmptyState::lay_out);
 }
 
 void EmptyState::set_inviting(bool inviting) {
@@ -66,11 +75,23 @@ void EmptyState::set_inviting(bool inviting) {
   update();
 }
 
-QRect EmptyState::card() const {
-  QRect card(QPoint(), kCard.boundedTo(size() - QSize(style::kGap, style::kGap)));
-  card.moveCenter(rect().center());
-  return card;
+/// The card is as high as its tiles want, and the tiles scroll where there is no room for that.
+void EmptyState::lay_out() {
+  const bool recent = tiles_->count() > 0;
+  const QSize room = size() - QSize(style::kWideGap, style::kWideGap);
+  const int width = std::min(recent ? kWide : kNarrow, room.width());
+  heading_->setVisible(recent);
+  tiles_->setVisible(recent);
+  tiles_->setMinimumHeight(1);  // otherwise it is a high one that lists have by themselves
+  const int wanted = recent ? tiles_->height_for(width - 2 * style::kMargin) : 0;
+  const int others = card_->layout()->minimumSize().height();
+  QRect place(0, 0, width, std::min(others + wanted, room.height()));
+  place.moveCenter(rect().center());
+  card_->setGeometry(place);
+  update();
 }
+
+void EmptyState::resizeEvent(QResizeEvent*) { lay_out(); }
 
 void EmptyState::paintEvent(QPaintEvent*) {
   QPainter painter(this);
@@ -78,12 +99,15 @@ void EmptyState::paintEvent(QPaintEvent*) {
   const QColor window = palette().color(QPalette::Window);
   const QColor text = palette().color(QPalette::WindowText);
   const QColor accent = QColor::fromRgb(style::kAccent);
-  painter.fillRect(rect(), style::work_area_colour(palette()));
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(inviting_ ? style::between(window, accent, 0.12) : window);
+  const QRectF card(card_->geometry());
+  painter.drawRoundedRect(card, style::kCornerRadius, style::kCornerRadius);
   QPen pen(inviting_ ? accent : style::between(window, text, 0.35), inviting_ ? 2 : 1.2, Qt::CustomDashLine);
   pen.setDashPattern({5, 4});
   painter.setPen(pen);
-  painter.setBrush(inviting_ ? style::between(window, accent, 0.12) : window);
-  painter.drawRoundedRect(card(), style::kCornerRadius, style::kCornerRadius);
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRoundedRect(card.adjusted(8, 8, -8, -8), style::kCornerRadius - 4, style::kCornerRadius - 4);
 }
 
 }  // namespace vellum

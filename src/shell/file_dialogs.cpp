@@ -42,12 +42,15 @@ QString folder_or_documents(const std::string& folder) {
   return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
 
-/// A folder that is there: the dialog takes another one's name for a file.
+/// The dialog takes the name of a folder that isn't there for a file.
+QString folder_that_exists(const QString& folder) {
+  return QFileInfo(folder).isDir() ? folder : QDir::homePath();
+}
+
 QString pictures_folder() {
   const QString last = to_qt(settings::OpenImportPath);
   if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
-  const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
-  return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
+  return folder_that_exists(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation));
 }
 QString start_folder() { return folder_or_documents(settings::OpenPath); }
 
@@ -55,6 +58,16 @@ std::filesystem::path remember_folder(const QString& name) {
   std::filesystem::path path = to_path(name);
   settings::OpenPath = path.parent_path().string();
   return path;
+}
+
+/// Shows the dialog with the filter of this number; the chosen files, none when the user cancelled.
+QStringList ask_with_preview(QFileDialog& dialog, const QStringList& filters, int& filter) {
+  dialog.setNameFilters(filters);
+  dialog.selectNameFilter(filters.value(filter, filters.front()));
+  add_file_preview(dialog);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  filter = static_cast<int>(std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0));
+  return dialog.selectedFiles();
 }
 
 QString save_filter(DocumentKind kind) {
@@ -76,10 +89,12 @@ QString open_filters() {
 }
 
 std::optional<std::filesystem::path> ask_for_open(QWidget* parent) {
-  const QString name =
-      QFileDialog::getOpenFileName(parent, QObject::tr("Open"), start_folder(), open_filters());
-  if (name.isEmpty()) return std::nullopt;
-  return remember_folder(name);
+  const QStringList filters = open_filters().split(QStringLiteral(";;"));
+  QFileDialog dialog(parent, QObject::tr("Open"), folder_that_exists(start_folder()));
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  const QStringList names = ask_with_preview(dialog, filters, settings::OpenFilterIndex);
+  if (names.isEmpty()) return std::nullopt;
+  return remember_folder(names.front());
 }
 
 std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveChoice& choice) {
@@ -127,13 +142,7 @@ std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool severa
   QFileDialog dialog(parent, several ? QObject::tr("Insert images") : QObject::tr("Insert image"),
                      pictures_folder());
   dialog.setFileMode(several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
-  dialog.setNameFilters(filters);
-  dialog.selectNameFilter(filters.value(settings::ImageFileOpenIndex, filters.front()));
-  add_file_preview(dialog);
-  if (dialog.exec() != QDialog::Accepted) return {};
-  settings::ImageFileOpenIndex =
-      static_cast<int>(std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0));
-  QStringList names = dialog.selectedFiles();
+  QStringList names = ask_with_preview(dialog, filters, settings::ImageFileOpenIndex);
   names.sort();
   std::vector<std::filesystem::path> files;
   for (const QString& name : names) files.push_back(to_path(name));

@@ -45,7 +45,9 @@ std::optional<int> answer_at_once(const StartOptions& options) {
 /// Opens the file, if one is named, writes the picture and ends the program.
 void take_screenshot(MainWindow& window, const StartOptions& options) {
   const bool opened = options.file.empty() || window.open(options.file);
-  QCoreApplication::processEvents();  // layouts that the file has changed
+  // Layouts that the file has changed, and thumbnails.
+  do QCoreApplication::processEvents();
+  while (window.recent().at_work());
   const bool written = opened && window.grab().save(path_text(options.screenshot), "PNG");
   if (opened && !written) std::fprintf(stderr, "vellumcraft: the picture can't be written\n");
   QCoreApplication::exit(written ? 0 : 1);

@@ -1,7 +1,6 @@
 #include "shell/main_window.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QGuiApplication>
@@ -17,10 +16,10 @@
 #include "core/open_document.h"
 #include "core/settings.h"
 #include "operations/convert_colors.h"
-#include "shell/clipboard.h"
 #include "shell/context_menu.h"
 #include "shell/file_dialogs.h"
 #include "shell/icon.h"
+#include "shell/recent_menu.h"
 #include "shell/row_drag.h"
 #include "shell/saving.h"
 #include "shell/start_up.h"
@@ -39,7 +38,8 @@ Services desktop_services(MainWindow& window, DesktopHost& desktop) {
           [&window](bool several) { return ask_for_pictures(&window, several); },
           [] { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier); },
           [&desktop] { return desktop.busy(); },
-          [&window](const FileChoice& choice) { return ask_for_file(&window, choice); }};
+          [&window](const FileChoice& choice) { return ask_for_file(&window, choice); },
+          [&window](const std::filesystem::path& path) { window.recent().remember(path); }};
 }
 
 QString selection_text(std::size_t selected) {
@@ -84,7 +84,7 @@ void become_animated_png(DocumentWindow& content, Host& host) {
 }  // namespace
 
 MainWindow::MainWindow()
-    : area_(*new WorkArea(this)),
+    : area_(*new WorkArea(recent_, this)),
       status_(*new StatusLine(this)),
       commands_(*new CommandBar(*this)),
       desktop_(*this, status_),
@@ -96,7 +96,6 @@ MainWindow::MainWindow()
   setStatusBar(&status_);
   setAcceptDrops(true);
   connect_parts();
-  look_at_clipboard();
   refresh();
 }
 
@@ -110,12 +109,11 @@ void MainWindow::connect_parts() {
     refresh();
   });
   connect(&area_.empty_state(), &EmptyState::open_wanted, this, [this] { run(58); });
-  connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this] {
-    look_at_clipboard();
-    refresh_later();
-  });
+  connect(&area_.empty_state(), &EmptyState::recent_wanted, this, &MainWindow::run);
   QMenu* windows = commands_.menu(Menu::Window);
   connect(windows, &QMenu::aboutToShow, this, &MainWindow::fill_window_list);
+  show_in_menu(recent_, *commands_.menu(Menu::Recent), [this](int command) { run(command); });
+  connect(&recent_, &RecentFiles::changed, this, &MainWindow::refresh_later);
 }
 
 void MainWindow::connect_list(DocumentFrame& frame) {
@@ -138,19 +136,20 @@ void MainWindow::connect_list(DocumentFrame& frame) {
   };
 }
 
-/// Asking the clipboard may mean asking another program, so it is done when it has changed and not each time
-/// that the menus are worked out.
-void MainWindow::look_at_clipboard() { pasteable_ = clipboard_can_be_pasted(); }
-
 void MainWindow::run(int number) {
+  if (const std::string* path = recent_.file_of(number)) return run_recent(std::filesystem::path(*path));
   const CommandRow* row = find_command(number);
   if (!row || services_.busy() || !command_enabled(*row, state())) return;
   DocumentFrame* frame = area_.active();
-  if (row->run)
-    row->run(*this);
+  if (row->run.on_program)
+    row->run.on_program(*this);
   else if (frame)
-    row->run_on_document(*this, *frame);
+    row->run.on_document(*this, *frame);
   refresh();
+}
+
+void MainWindow::run_recent(const std::filesystem::path& path) {
+  if (!services_.busy() && !open(path)) recent_.forget(path);
 }
 
 DocumentFrame* MainWindow::add_document(DocumentWindow content) try {
@@ -180,10 +179,12 @@ bool MainWindow::open(const std::filesystem::path& path) {
     if (opened && opening.document.kind == DocumentKind::MING && settings::AutomaticMngToPng != 0)
       become_animated_png(opening, services_.host);
   }
-  if (opened)
+  if (opened) {
+    recent_.remember(std::filesystem::absolute(path).lexically_normal());
     frame->size_to_content();
-  else
+  } else {
     frame->close_without_question();
+  }
   refresh();
   return opened;
 }
@@ -200,12 +201,8 @@ void MainWindow::open_later(const std::filesystem::path& path) {
 CommandState MainWindow::state() const {
   DocumentFrame* frame = area_.active();
   if (!frame) return {};
-  return {true,
-          frame->document().kind,
-          frame->entries().size(),
-          frame->entries().selected_count(),
-          frame->document().undoAvailable,
-          pasteable_};
+  return {true, frame->document().kind, frame->entries().size(), frame->entries().selected_count(),
+          frame->document().undoAvailable};
 }
 
 void MainWindow::refresh_later() {
@@ -221,6 +218,13 @@ void MainWindow::refresh() {
   commands_.show_scale(frame ? frame->document().thumbScale : std::clamp(settings::DefaultViewMode, 0, 7));
   refresh_status(now, frame);
   refresh_title(frame);
+}
+
+void MainWindow::settings_changed() {
+  commands_.refresh_look();
+  area_.viewport()->update();
+  recent_.reload();
+  refresh();
 }
 
 void MainWindow::refresh_status(const CommandState& now, DocumentFrame* frame) {

@@ -22,6 +22,7 @@ class MainWindow : public QMainWindow {
   CommandBar& commands() { return commands_; }
   WorkArea& area() { return area_; }
   ThumbnailCache& thumbnails() { return thumbnails_; }
+  RecentFiles& recent() { return recent_; }
 
   /// Runs the command with this number if it may run now.
   void run(int number);
@@ -33,6 +34,8 @@ class MainWindow : public QMainWindow {
   DocumentFrame* add_document(DocumentWindow content);
 
   CommandState state() const;
+  /// Shows what settings have changed: toolbar, ground, menus, titles.
+  void settings_changed();
   /// Works out titles, enabled states and the status line from the active document.
   void refresh();
 
@@ -46,7 +49,7 @@ class MainWindow : public QMainWindow {
  private:
   void connect_parts();
   void connect_list(DocumentFrame& frame);
-  void look_at_clipboard();
+  void run_recent(const std::filesystem::path& path);
   void refresh_later();
   void refresh_status(const CommandState& state, DocumentFrame* frame);
   void refresh_title(DocumentFrame* frame);
@@ -54,6 +57,7 @@ class MainWindow : public QMainWindow {
   void fill_window_list();
 
   ThumbnailCache thumbnails_;
+  RecentFiles recent_;
   WorkArea& area_;
   StatusLine& status_;
   CommandBar& commands_;
@@ -61,7 +65,6 @@ class MainWindow : public QMainWindow {
   Services services_;
   QString title_;
   bool refreshPending_ = false;
-  bool pasteable_ = false;  ///< what the clipboard was found to hold when it last changed
 };
 
 }  // namespace vellum

@@ -25,19 +25,19 @@ Picture first_image_of_document(const std::filesystem::path& file) {
   return {};
 }
 
-Picture read_first_picture(const std::filesystem::path& file) {
+}  // namespace
+
+Picture first_picture(const std::filesystem::path& file) {
   return equal_ignoring_case(file.extension().string(), ".mng") ? first_image_of_document(file)
                                                                 : GraphicFileRead(file.string());
 }
-
-}  // namespace
 
 std::vector<Picture> read_picture_files(const std::vector<std::filesystem::path>& files, Host& host) {
   std::vector<Picture> pictures;
   const Progress progress(host, string_text(StringId::Loading));
   for (std::size_t i = 0; i < files.size() && !host.stopped(); ++i) {
     progress.step(i, files.size());
-    const Picture picture = read_first_picture(files[i]);
+    const Picture picture = first_picture(files[i]);
     if (picture)
       pictures.push_back(picture);
     else if (!passes_over(files[i], host))

@@ -13,4 +13,7 @@ namespace vellum {
 /// asked about: Yes passes it over, No ends the reading there.
 std::vector<Picture> read_picture_files(const std::vector<std::filesystem::path>& files, Host& host);
 
+/// The picture of a file, of an animation or an MNG its first; null where it can't be read.
+Picture first_picture(const std::filesystem::path& file);
+
 }  // namespace vellum

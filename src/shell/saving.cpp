@@ -66,7 +66,10 @@ bool save_as(DocumentWindow& window, Services& services) {
   if (!chosen) return false;
   const fs::path old_name = std::exchange(document.fileName, with_kind_extension(*chosen, document.kind));
   const bool had_name = std::exchange(document.HasFileName, true);
-  if (save_document(window, document.fileName, services.host)) return true;
+  if (save_document(window, document.fileName, services.host)) {
+    if (services.remember_file) services.remember_file(document.fileName);
+    return true;
+  }
   document.fileName = old_name;
   document.HasFileName = had_name;
   return false;

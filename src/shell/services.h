@@ -40,6 +40,10 @@ struct Services {
   std::function<bool()> busy;
   /// Empty when the user cancelled.
   std::function<std::optional<std::filesystem::path>(const FileChoice&)> choose_file = {};
+  /// A document has got this file for its own.
+  std::function<void(const std::filesystem::path&)> remember_file = {};
+  /// Whether the document is among the favorites.
+  std::function<bool(const Document&)> is_favorite = {};
 };
 
 }  // namespace vellum

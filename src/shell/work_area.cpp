@@ -1,9 +1,8 @@
 #include "shell/work_area.h"
 
-#include <QEvent>
+#include <QPaintEvent>
 
 #include "configuration/shell_settings.h"
-#include "shell/style.h"
 
 namespace vellum {
 namespace {
@@ -17,8 +16,8 @@ int new_height(int client) {
 
 }  // namespace
 
-WorkArea::WorkArea(QWidget* parent) : QMdiArea(parent), empty_(new EmptyState(viewport())) {
-  setBackground(style::work_area_colour(palette()));
+WorkArea::WorkArea(RecentFiles& recent, QWidget* parent)
+    : QMdiArea(parent), empty_(new EmptyState(recent, viewport())) {
   setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setAccessibleName(tr("Documents"));
@@ -64,9 +63,10 @@ void WorkArea::update_empty_state() {
   empty_->setVisible(empty);
 }
 
-void WorkArea::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) setBackground(style::work_area_colour(palette()));
-  QMdiArea::changeEvent(event);
+void WorkArea::paintEvent(QPaintEvent* event) {
+  QPainter painter(viewport());
+  painter.setClipRegion(event->region());
+  background_.paint(painter, viewport()->rect(), palette());
 }
 
 bool WorkArea::viewportEvent(QEvent* event) {

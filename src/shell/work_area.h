@@ -5,13 +5,14 @@
 
 #include "shell/document_frame.h"
 #include "shell/empty_state.h"
+#include "shell/work_background.h"
 
 namespace vellum {
 
 class WorkArea : public QMdiArea {
   Q_OBJECT
  public:
-  explicit WorkArea(QWidget* parent = nullptr);
+  explicit WorkArea(RecentFiles& recent, QWidget* parent = nullptr);
 
   EmptyState& empty_state() { return *empty_; }
   /// The document windows in the order in which they were made.
@@ -22,7 +23,7 @@ class WorkArea : public QMdiArea {
   void add(DocumentFrame* frame);
 
  protected:
-  void changeEvent(QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
   bool viewportEvent(QEvent* event) override;
 
  private:
@@ -30,6 +31,7 @@ class WorkArea : public QMdiArea {
   void update_empty_state();
 
   EmptyState* empty_;
+  WorkBackground background_;
 };
 
 }  // namespace vellum

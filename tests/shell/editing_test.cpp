@@ -422,11 +422,9 @@ TEST_F(EditingTest, AChangeInTheEditorClosesTheEdit) {
 
 TEST_F(EditingTest, CopyInOneWindowPastesInAnother) {
   DocumentFrame& from = add_with_images(DocumentKind::WEBP, 3);
-  EXPECT_FALSE(main_.commands().action(203)->isEnabled());
   for (const std::size_t row : {1u, 3u}) from.entries().select(row, true);
   main_.run(202);
   settle();
-  EXPECT_TRUE(main_.commands().action(203)->isEnabled());
   from.close_without_question();
   settle();
   MainWindow other;
@@ -701,8 +699,7 @@ TEST_F(EditingTest, ARightClickOpensTheRowsMenuAndLeavesTheSelection) {
   auto* menu = main_.findChild<QMenu*>(QStringLiteral("row"));
   ASSERT_NE(menu, nullptr);
   const auto numbers = numbers_of(*menu, main_.commands());
-  ASSERT_GE(numbers.size(), 7u);
-  EXPECT_EQ(std::vector(numbers.begin(), numbers.begin() + 4), (std::vector{204, 201, 202, 203}));
+  EXPECT_EQ(std::vector(numbers.begin(), numbers.begin() + 5), (std::vector{204, 201, 202, 203, 56}));
   std::vector<std::string> labels;
   for (const QAction* action : menu->actions()) labels.push_back(action->text().toStdString());
   EXPECT_EQ(std::ranges::count(labels, "Select all"), 1);

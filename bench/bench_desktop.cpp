@@ -1,0 +1,88 @@
+// Painting the rows of a chunk list with thumbnails: what one screen costs while a list is scrolled.
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QScrollBar>
+
+#include "core/chunk_layout.h"
+#include "core/tags.h"
+#include "shell/chunk_list_view.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::uint32_t kWidth = 640, kHeight = 480;
+constexpr std::size_t kFrames = 1000;
+constexpr int kScreenWidth = 420, kScreenHeight = 900, kScrollStep = 48;
+
+Picture noisy_picture(std::uint32_t seed) {
+  Picture picture = PictureCreate(kWidth, kHeight, nullptr, 24);
+  for (std::uint32_t y = 0; y < kHeight; ++y)
+    for (std::uint32_t x = 0; x < kWidth; ++x)
+      PicturePutPixel(picture, x, y, make_colour(x + seed, y * 3, x * y + seed, 255));
+  return picture;
+}
+
+ChunkRecord image(const Picture& picture) {
+  ChunkRecord record;
+  record.tag = tag::IDAT;
+  record.data = picture.handle();
+  record.frameControl.frameWidth = kWidth;
+  record.frameControl.frameHeight = kHeight;
+  return record;
+}
+
+/// A thousand frames, a few pictures: what a record holds is shared, what is drawn is not.
+DocumentWindow long_animation() {
+  std::vector<Picture> pictures;
+  for (std::uint32_t i = 0; i < 8; ++i) pictures.push_back(noisy_picture(i));
+  DocumentWindow window;
+  window.document.kind = DocumentKind::APNG;
+  window.document.thumbScale = 5;
+  ChunkRecord header;
+  header.tag = tag::IHDR;
+  header.width = kWidth, header.height = kHeight, header.bitDepth = 8, header.colorType = 2;
+  chunk_list_append(window.list, window.document, header);
+  for (std::size_t i = 0; i < kFrames; ++i)
+    chunk_list_append(window.list, window.document, image(pictures[i % pictures.size()]));
+  chunk_list_close_change(window.list, window.document);
+  return window;
+}
+
+/// One screen after the other, down the list; `seen` begins with thumbnails that were made before.
+void scroll(benchmark::State& state, bool seen) {
+  DocumentWindow window = long_animation();
+  ThumbnailCache cache(qsizetype{1} << 30);
+  ChunkListView view(window, cache);
+  view.resize(kScreenWidth, kScreenHeight);
+  view.show();
+  QImage screen(view.size(), QImage::Format_RGB32);
+  QScrollBar* bar = view.verticalScrollBar();
+  const auto draw = [&] {
+    bar->setValue(bar->value() >= bar->maximum() ? 0 : bar->value() + kScrollStep);
+    view.viewport()->render(&screen);
+  };
+  if (seen) do
+      draw();
+    while (bar->value() != 0);
+  for (auto _ : state) draw();
+  state.counters["frames/s"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+void scroll_new_rows(benchmark::State& state) { scroll(state, false); }
+void scroll_seen_rows(benchmark::State& state) { scroll(state, true); }
+
+BENCHMARK(scroll_new_rows)->Unit(benchmark::kMillisecond);
+BENCHMARK(scroll_seen_rows)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace vellum
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+}
