@@ -31,6 +31,7 @@ const CommandRow kCommands[] = {
     {106, "&Close", Menu::File, 3, Entries, {}, ToolPlace::None, 0, nullptr, nullptr, close_command},
     {109, "Close a&ll", Menu::File, 3, Entries, {}, ToolPlace::None, 0, nullptr, close_all_command, nullptr},
     {118, "P&roperties", Menu::File, 3, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, properties_command},
+    {54, "Set&up", Menu::File, 3, Nothing, {}, ToolPlace::None, 0, nullptr, setup_command, nullptr},
     {55, "E&xit", Menu::File, 4, Nothing, {}, ToolPlace::None, 0, nullptr, exit_command, nullptr},
     {123, "E&xit", Menu::None, 0, Nothing, {}, ToolPlace::None, 0, nullptr, exit_command, nullptr},
 
@@ -69,7 +70,11 @@ const CommandRow kCommands[] = {
     {803, "&Arrange Icons", Menu::Window, 1, Entries, {}, ToolPlace::None, 0, nullptr, arrange_icons_command, nullptr},
     {804, "&Duplicate\tCtrl+D", Menu::Window, 2, Entries, {}, Button, 5, "duplicate", nullptr, duplicate_command},
 
-    {902, "&About...", Menu::Help, 1, Nothing, {}, ToolPlace::None, 0, nullptr, about_command, nullptr},
+    {52, "&Contents", Menu::Help, 1, Nothing, {}, ToolPlace::None, 0, nullptr, contents_command, nullptr},
+    {136, "&Tip of the day", Menu::Help, 1, Nothing, {}, ToolPlace::None, 0, nullptr, tip_command, nullptr},
+    {2907, "Welcome wi&zard", Menu::Help, 1, Nothing, {}, ToolPlace::None, 0, nullptr, welcome_command, nullptr},
+    {903, "&System information", Menu::Help, 2, Nothing, {}, ToolPlace::None, 0, nullptr, system_information_command, nullptr},
+    {902, "&About...", Menu::Help, 2, Nothing, {}, ToolPlace::None, 0, nullptr, about_command, nullptr},
 
     {701, "Thumbnail size", Menu::None, 0, Entries, {}, DropDown, 6, nullptr, nullptr, scale_command},
 };
@@ -86,10 +91,10 @@ constexpr MenuRow kMenus[] = {{Menu::File, "&File"},
 
 // Ctrl+P, Ctrl+I and Ctrl+E stay without an effect.
 constexpr KeyRow kKeys[] = {
-    {"Ctrl+O", 58},     {"Ctrl+S", 57},    {"Ctrl+Z", 204},   {"Ctrl+X", 201},
-    {"Shift+Del", 201}, {"Ctrl+C", 202},   {"Ctrl+Ins", 202}, {"Ctrl+V", 203},
-    {"Shift+Ins", 203}, {"Ctrl+A", 50},    {"Del", 61},       {"Alt+Up", 206},
-    {"Alt+Down", 207},  {"Shift+F5", 801}, {"Shift+F4", 802}, {"Ctrl+F4", 106},
+    {"Ctrl+O", 58},   {"Ctrl+S", 57},    {"Ctrl+Z", 204},   {"Ctrl+X", 201},    {"Shift+Del", 201},
+    {"Ctrl+C", 202},  {"Ctrl+Ins", 202}, {"Ctrl+V", 203},   {"Shift+Ins", 203}, {"Ctrl+A", 50},
+    {"Del", 61},      {"Alt+Up", 206},   {"Alt+Down", 207}, {"Shift+F5", 801},  {"Shift+F4", 802},
+    {"Ctrl+F4", 106}, {"F1", 52},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {

@@ -57,6 +57,14 @@ void properties_command(MainWindow& main, DocumentFrame& frame);
 void manage_command(MainWindow& main, DocumentFrame& frame);
 void image_strip_command(MainWindow& main, DocumentFrame& frame);
 
+/// The settings of the program; with Shift held, with the defaults put in.
+void setup_command(MainWindow& main);
+
+/// The guide's first page; with Shift held, the list of its pages.
+void contents_command(MainWindow& main);
 void about_command(MainWindow& main);
+void system_information_command(MainWindow& main);
+void tip_command(MainWindow& main);
+void welcome_command(MainWindow& main);
 
 }  // namespace vellum

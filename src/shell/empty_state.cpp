@@ -7,6 +7,7 @@
 #include "shell/icon.h"
 #include "shell/style.h"
 #include "shell/text.h"
+#include "shell/work_area_ground.h"
 
 namespace vellum {
 namespace {
@@ -78,7 +79,7 @@ void EmptyState::paintEvent(QPaintEvent*) {
   const QColor window = palette().color(QPalette::Window);
   const QColor text = palette().color(QPalette::WindowText);
   const QColor accent = QColor::fromRgb(style::kAccent);
-  painter.fillRect(rect(), style::work_area_colour(palette()));
+  paint_ground(painter, rect(), palette());
   QPen pen(inviting_ ? accent : style::between(window, text, 0.35), inviting_ ? 2 : 1.2, Qt::CustomDashLine);
   pen.setDashPattern({5, 4});
   painter.setPen(pen);

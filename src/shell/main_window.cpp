@@ -23,6 +23,7 @@
 #include "shell/saving.h"
 #include "shell/start_up.h"
 #include "shell/text.h"
+#include "shell/toolbar_look.h"
 
 namespace vellum {
 namespace {
@@ -92,6 +93,7 @@ MainWindow::MainWindow()
   setCentralWidget(&area_);
   setStatusBar(&status_);
   setAcceptDrops(true);
+  apply_toolbar_look(*this);
   connect_parts();
   look_at_clipboard();
   refresh();
@@ -238,6 +240,7 @@ void MainWindow::refresh_title(DocumentFrame* frame) {
 
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) apply_toolbar_look(*this);
   // A maximized document window appends its own title.
   if (event->type() == QEvent::WindowTitleChange && windowTitle() != title_) setWindowTitle(title_);
 }

@@ -3,7 +3,7 @@
 #include <QEvent>
 
 #include "configuration/shell_settings.h"
-#include "shell/style.h"
+#include "shell/work_area_ground.h"
 
 namespace vellum {
 namespace {
@@ -18,7 +18,6 @@ int new_height(int client) {
 }  // namespace
 
 WorkArea::WorkArea(QWidget* parent) : QMdiArea(parent), empty_(new EmptyState(viewport())) {
-  setBackground(style::work_area_colour(palette()));
   setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setAccessibleName(tr("Documents"));
@@ -65,8 +64,13 @@ void WorkArea::update_empty_state() {
 }
 
 void WorkArea::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::PaletteChange) setBackground(style::work_area_colour(palette()));
+  if (event->type() == QEvent::PaletteChange) viewport()->update();
   QMdiArea::changeEvent(event);
+}
+
+void WorkArea::paintEvent(QPaintEvent*) {
+  QPainter painter(viewport());
+  paint_ground(painter, viewport()->rect(), palette());
 }
 
 bool WorkArea::viewportEvent(QEvent* event) {

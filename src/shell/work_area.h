@@ -24,6 +24,7 @@ class WorkArea : public QMdiArea {
  protected:
   void changeEvent(QEvent* event) override;
   bool viewportEvent(QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
 
  private:
   QPoint next_place(QSize size) const;

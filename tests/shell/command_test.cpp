@@ -66,6 +66,11 @@ constexpr EnabledCase kCases[] = {
     {802, "&Tile\tShift+F4", false, false, true, true},
     {803, "&Arrange Icons", false, false, true, true},
     {804, "&Duplicate\tCtrl+D", false, false, true, true},
+    {54, "Set&up", true, true, true, true},
+    {52, "&Contents", true, true, true, true},
+    {136, "&Tip of the day", true, true, true, true},
+    {2907, "Welcome wi&zard", true, true, true, true},
+    {903, "&System information", true, true, true, true},
     {902, "&About...", true, true, true, true},
     {701, "Thumbnail size", false, false, true, true},
 };
