@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QRegularExpression>
+#include <QTextBlock>
 #include <QTimer>
 #include <QToolButton>
 
@@ -12,8 +13,10 @@
 #include "shell/forms/form_dialog.h"
 #include "shell/help/help_window.h"
 #include "shell/help/page_style.h"
+#include "shell/setup/setup_dialog.h"
 #include "shell/setup/setup_fields.h"
 #include "shell/start/tips.h"
+#include "shell/style.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 
@@ -116,7 +119,8 @@ TEST(Guide, IsFoundFromTheBuildAndBesideTheProgram) {
 class HelpTest : public ::testing::Test {
  protected:
   HelpTest() { qputenv("XDG_CONFIG_HOME", (folder_ / "config").string().c_str()); }
-  ~HelpTest() override { qunsetenv("XDG_CONFIG_HOME"); }
+  ~HelpTest() override { qputenv("XDG_CONFIG_HOME", before_); }
+  const QByteArray before_ = qgetenv("XDG_CONFIG_HOME");
   ScratchFolder folder_;
   const SettingsGuard guard_;
 };
@@ -173,6 +177,49 @@ TEST_F(HelpTest, GoesBackSearchesAndRemembersItsSize) {
   }
   const HelpWindow again(guide_folder());
   EXPECT_EQ(again.size(), QSize(700, 500));
+}
+
+QPalette dark_palette() {
+  QPalette dark(QColor(45, 45, 48), QColor(45, 45, 48));
+  dark.setColor(QPalette::Base, QColor(30, 30, 32));
+  dark.setColor(QPalette::Text, QColor(225, 225, 225));
+  dark.setColor(QPalette::WindowText, QColor(225, 225, 225));
+  dark.setColor(QPalette::ButtonText, QColor(225, 225, 225));
+  dark.setColor(QPalette::Link, QColor(110, 170, 255));
+  return dark;
+}
+
+TEST_F(HelpTest, CanBeReadOnADarkDesktopAndAfterItChanges) {
+  const QPalette before = QApplication::palette();
+  HelpWindow help(guide_folder());
+  help.show();
+  help.show_page(QStringLiteral("setup_display.md"));
+  for (const QPalette& palette : {dark_palette(), before}) {
+    QApplication::setPalette(palette);
+    QTest::qWait(5);
+    const QTextDocument& page = *help.view().document();
+    const QColor text = help.view().palette().color(QPalette::Text);
+    std::size_t shaded = 0;
+    for (QTextBlock block = page.begin(); block.isValid(); block = block.next())
+      for (auto at = block.begin(); !at.atEnd(); ++at) {
+        const QBrush ground = at.fragment().charFormat().background();
+        if (ground.style() == Qt::NoBrush) continue;
+        ++shaded;
+        EXPECT_GE(style::contrast(ground.color(), text), 4.5);
+      }
+    EXPECT_GT(shaded, 20u);
+    take_picture(help, palette == before ? "help-light" : "help-dark");
+    SetupDialog setup;
+    setup.show();
+    take_picture(setup, palette == before ? "setup-light" : "setup-dark");
+    show_tips(nullptr);
+    for (QWidget* widget : QApplication::topLevelWidgets())
+      if (widget->objectName() == QStringLiteral("TipOfTheDay")) {
+        take_picture(*widget, palette == before ? "tip-light" : "tip-dark");
+        widget->close();
+      }
+  }
+  QApplication::setPalette(before);
 }
 
 TEST_F(HelpTest, SaysSoWhereThereIsNoGuide) {

@@ -19,6 +19,8 @@ GuideView::GuideView(QWidget* parent) : QTextBrowser(parent) {
   setOpenExternalLinks(false);
   setUndoRedoEnabled(false);
   setFrameShape(QFrame::NoFrame);
+  // Names of settings stay whole, so that tables make room for them.
+  setWordWrapMode(QTextOption::WordWrap);
   QFont letters = font();
   letters.setPointSize(std::max(letters.pointSize(), kReadingPoints));
   document()->setDefaultFont(letters);

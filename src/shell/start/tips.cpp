@@ -39,6 +39,7 @@ QTextEdit* tip_text(QWidget* parent) {
   text->setFrameShape(QFrame::NoFrame);
   text->viewport()->setAutoFillBackground(false);
   text->setMinimumSize(kText);
+  text->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
   text->setAccessibleName(QObject::tr("Tip"));
   QFont font = text->font();
   font.setPointSize(std::max(font.pointSize(), 11));
