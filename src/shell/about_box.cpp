@@ -1,13 +1,12 @@
 #include "shell/about_box.h"
 
-#include <QDialog>
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
+#include "shell/dialogs/dialog_frame.h"
 #include "shell/icon.h"
 #include "shell/style.h"
+#include "shell/system_information.h"
 
 namespace vellum {
 namespace {
@@ -43,16 +42,15 @@ void show_about_box(QWidget* parent) {
   auto* picture = new QLabel(&box);
   picture->setPixmap(
       program_icon("vellumcraft").pixmap(QSize(kIconSize, kIconSize), box.devicePixelRatioF()));
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &box);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
+  QDialogButtonBox* buttons = add_buttons(box, QDialogButtonBox::Close, QStringLiteral("ABOUT"));
   buttons->button(QDialogButtonBox::Close)->setDefault(true);
+  auto* system = buttons->addButton(QObject::tr("&System information..."), QDialogButtonBox::ActionRole);
+  QObject::connect(system, &QPushButton::clicked, &box, [&box] { show_system_information(&box); });
   auto* row = new QHBoxLayout;
   row->setSpacing(style::kWideGap);
   row->addWidget(picture);
   row->addLayout(texts(&box), 1);
-  auto* layout = new QVBoxLayout(&box);
-  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
-  layout->setSpacing(style::kWideGap);
+  QVBoxLayout* layout = dialog_layout(box);
   layout->addLayout(row);
   layout->addWidget(buttons);
   layout->setSizeConstraint(QLayout::SetFixedSize);

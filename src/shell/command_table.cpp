@@ -40,7 +40,7 @@ const CommandRow kCommands[] = {
     {403, "Fa&vorites", Menu::File, 4, Nothing, {}, "favorites", kLater},
     {119, "Pr&int", Menu::File, 5, Entries, kAnimations, "print", kLater},
     {118, "P&roperties", Menu::File, 5, Entries, kAnimations, "properties", properties_command},
-    {54, "Set&up", Menu::File, 5, Nothing, {}, "setup", kLater},
+    {54, "Set&up", Menu::File, 5, Nothing, {}, "setup", setup_command},
     {111, "Su&percompress", Menu::File, 6, Entries, kApngAndMng, "supercompress", kLater},
     {121, "Export to &ANI", Menu::File, 7, Entries, kAnimations, "export", kLater},
     {122, "Export to &GIF", Menu::File, 7, Entries, kAnimations, "export", kLater},
@@ -137,14 +137,14 @@ const CommandRow kCommands[] = {
     {803, "&Arrange Icons", Menu::Window, 1, Entries, {}, nullptr, arrange_icons_command},
     {804, "&Duplicate\tCtrl+D", Menu::Window, 2, Entries, {}, "duplicate", duplicate_command},
 
-    {52, "&Contents", Menu::Help, 1, Nothing, {}, "help", kLater},
+    {52, "&Contents", Menu::Help, 1, Nothing, {}, "help", contents_command},
     {902, "&About...", Menu::Help, 1, Nothing, {}, "about", about_command},
-    {903, "&System information", Menu::Help, 1, Nothing, {}, nullptr, kLater},
-    {136, "&Tip of the day", Menu::Help, 2, Nothing, {}, "tip", kLater},
+    {903, "&System information", Menu::Help, 1, Nothing, {}, nullptr, system_information_command},
+    {136, "&Tip of the day", Menu::Help, 2, Nothing, {}, "tip", tip_command},
     {2903, "Tarnwick on the &Web", Menu::Help, 3, Nothing, {}, "web", web_page_command<2903>},
     {2904, "Tarnwick &Blog", Menu::Help, 3, Nothing, {}, "web", web_page_command<2904>},
     {2905, "Tarnwick Supp&ort", Menu::Help, 3, Nothing, {}, "web", web_page_command<2905>},
-    {2907, "Welcome wi&zard", Menu::Help, 4, Nothing, {}, nullptr, kLater},
+    {2907, "Welcome wi&zard", Menu::Help, 4, Nothing, {}, nullptr, welcome_command},
 
     {701, "Thumbnail size", Menu::None, 0, Entries, {}, nullptr, scale_command},
 };
@@ -172,7 +172,7 @@ constexpr KeyRow kKeys[] = {
     {"Ctrl+O", 58},    {"Ctrl+S", 57},     {"Ctrl+W", 56},     {"Ctrl+T", 59},   {"Ctrl+M", 304},
     {"Ctrl+Z", 204},   {"Ctrl+X", 201},    {"Shift+Del", 201}, {"Ctrl+C", 202},  {"Ctrl+Ins", 202},
     {"Ctrl+V", 203},   {"Shift+Ins", 203}, {"Ctrl+A", 50},     {"Del", 61},      {"Alt+Up", 206},
-    {"Alt+Down", 207}, {"Shift+F5", 801},  {"Shift+F4", 802},  {"Ctrl+F4", 106},
+    {"Alt+Down", 207}, {"Shift+F5", 801},  {"Shift+F4", 802},  {"Ctrl+F4", 106}, {"F1", 52},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {

@@ -57,6 +57,11 @@ void properties_command(MainWindow& main, DocumentFrame& frame);
 void manage_command(MainWindow& main, DocumentFrame& frame);
 void image_strip_command(MainWindow& main, DocumentFrame& frame);
 
+/// The settings of the program; with Shift held, with the defaults put in.
+void setup_command(MainWindow& main);
+
+/// The guide's first page; with Shift held, the list of its pages.
+void contents_command(MainWindow& main);
 void about_command(MainWindow& main);
 /// Opens a page of the maker in the browser; a command without a page says so.
 void open_web_page(MainWindow& main, int number);
@@ -67,5 +72,8 @@ void web_page_command(MainWindow& main) {
 
 /// Tells that there is nothing behind this command.
 void not_implemented_command(MainWindow& main, DocumentFrame& frame);
+void system_information_command(MainWindow& main);
+void tip_command(MainWindow& main);
+void welcome_command(MainWindow& main);
 
 }  // namespace vellum

@@ -2,9 +2,14 @@
 #include <QDesktopServices>
 #include <QUrl>
 
+#include "configuration/shell_settings.h"
 #include "shell/about_box.h"
 #include "shell/commands.h"
+#include "shell/help/help_window.h"
 #include "shell/main_window.h"
+#include "shell/start/start_screens.h"
+#include "shell/start/tips.h"
+#include "shell/system_information.h"
 #include "shell/text.h"
 
 namespace vellum {
@@ -19,6 +24,14 @@ constexpr WebPage kWebPages[] = {{2903, ""}, {2904, ""}, {2905, ""}};
 
 }  // namespace
 
+void contents_command(MainWindow& main) {
+  Host& host = main.services().host;
+  const std::string text(string_text(StringId::ShowGuideQuestion));
+  const Message question{StringId::ShowGuideQuestion, {}, text, {}, &settings::WarnShowManual};
+  if (settings::WarnShowManual != 0 && host.ask && host.ask(question, false) != Answer::Yes) return;
+  show_guide_page(QLatin1String(main.services().shift_held() ? kGuideIndex : kGuideStart));
+}
+
 void about_command(MainWindow& main) { show_about_box(&main); }
 
 void open_web_page(MainWindow& main, int number) {
@@ -30,5 +43,10 @@ void open_web_page(MainWindow& main, int number) {
 void not_implemented_command(MainWindow& main, DocumentFrame&) {
   main.services().host.show(StringId::NotImplemented);
 }
+void system_information_command(MainWindow& main) { show_system_information(&main); }
+
+void tip_command(MainWindow& main) { show_tips(&main); }
+
+void welcome_command(MainWindow& main) { welcome(main); }
 
 }  // namespace vellum

@@ -8,6 +8,7 @@
 
 #include "configuration/shell_settings.h"
 #include "image/graphic_file.h"
+#include "shell/default_folders.h"
 #include "shell/file_preview.h"
 #include "shell/saving.h"
 #include "shell/text.h"
@@ -37,22 +38,13 @@ QString filter_of(const Format& format) {
   return QStringLiteral("%1 (%2)").arg(QString::fromLatin1(format.name), patterns(format.extension));
 }
 
-QString folder_or_documents(const std::string& folder) {
-  if (!folder.empty()) return to_qt(folder);
-  return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-}
-
-/// The dialog takes the name of a folder that isn't there for a file.
-QString folder_that_exists(const QString& folder) {
-  return QFileInfo(folder).isDir() ? folder : QDir::homePath();
-}
-
+/// A folder that is there: the dialog takes another one's name for a file.
 QString pictures_folder() {
   const QString last = to_qt(settings::OpenImportPath);
   if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
   return folder_that_exists(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation));
 }
-QString start_folder() { return folder_or_documents(settings::OpenPath); }
+QString start_folder() { return usable_folder(settings::OpenPath); }
 
 std::filesystem::path remember_folder(const QString& name) {
   std::filesystem::path path = to_path(name);
@@ -117,7 +109,7 @@ std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileCho
   // A dialog that asks is in front of the window.
   if (QWidget* dialog = QApplication::activeModalWidget()) parent = dialog;
   std::string& folder = choice.saving ? settings::OpenExportPath : settings::OpenImportPath;
-  const std::filesystem::path start = to_path(folder_or_documents(folder)) / choice.name;
+  const std::filesystem::path start = to_path(usable_folder(folder)) / choice.name;
   const QString title = to_qt(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
   const QString name = choice.saving ? QFileDialog::getSaveFileName(parent, title, offered, filters)
                                      : QFileDialog::getOpenFileName(parent, title, offered, filters);

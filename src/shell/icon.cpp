@@ -10,8 +10,11 @@
 
 #include "shell/style.h"
 
-// The macro declares a function and so can't stand in a namespace.
-static void initialise_icon_resource() { Q_INIT_RESOURCE(icons); }
+// The macros declare functions and so can't stand in a namespace.
+static void initialise_resources() {
+  Q_INIT_RESOURCE(icons);
+  Q_INIT_RESOURCE(start);
+}
 
 namespace vellum {
 namespace {
@@ -73,6 +76,6 @@ QIcon program_icon(const char* name) {
   return QIcon(new SvgEngine(file.readAll()));
 }
 
-void register_icons() { initialise_icon_resource(); }
+void register_icons() { initialise_resources(); }
 
 }  // namespace vellum

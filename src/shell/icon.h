@@ -9,7 +9,7 @@ namespace vellum {
 /// dark.
 QIcon program_icon(const char* name);
 
-/// Makes the compiled-in icons known; called once at start.
+/// Makes the compiled-in icons, and what the start shows, known; called once at start.
 void register_icons();
 
 }  // namespace vellum

@@ -5,8 +5,11 @@
 #include <clocale>
 #include <cstdio>
 
+#include "shell/default_folders.h"
+#include "shell/help/help_window.h"
 #include "shell/icon.h"
 #include "shell/main_window.h"
+#include "shell/start/start_screens.h"
 #include "shell/start_up.h"
 #include "shell/text.h"
 
@@ -56,7 +59,10 @@ void take_screenshot(MainWindow& window, const StartOptions& options) {
 void start(MainWindow& window, const StartOptions& options) {
   if (options.screenshot.empty()) {
     show_main_window(window);
-    if (!options.file.empty()) window.open_later(std::filesystem::absolute(options.file));
+    if (options.file.empty())
+      show_start_screens(window);
+    else
+      window.open_later(std::filesystem::absolute(options.file));
     return;
   }
   // Nobody is there to answer: what would be asked or told goes to standard error.
@@ -94,7 +100,9 @@ int main(int argc, char** argv) {
   options = parse_arguments(behind_name(argc, argv));
   if (const auto status = answer_at_once(options)) return *status;
   if (!load_settings(options)) return 2;
+  fill_default_folders();
   register_icons();
+  install_help();
   MainWindow window;
   start(window, options);
   return QApplication::exec();

@@ -2,12 +2,10 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFileSystemWatcher>
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
-#include <QStandardPaths>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -16,6 +14,7 @@
 #include "image/picture_operations.h"
 #include "image/settings.h"
 #include "image/temporary_names.h"
+#include "shell/paint_programs.h"
 #include "shell/style.h"
 #include "shell/text.h"
 #include "shell/widgets/picture_panel.h"
@@ -25,10 +24,6 @@ namespace {
 
 constexpr int kFirstNumber = 1;    // of the names that are tried
 constexpr int kSettleDelay = 200;  // ms from the last change of the file until it is read
-
-/// Well-known programs, looked for in the search path when none is chosen.
-constexpr const char* kKnownPrograms[] = {"krita",   "gimp",    "kolourpaint", "pinta",
-                                          "mtpaint", "drawing", "grafx2"};
 
 /// A file that is gone when the object is.
 struct TemporaryFile {
@@ -41,16 +36,6 @@ struct TemporaryFile {
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   std::filesystem::path path;
 };
-
-QString program_to_start() {
-  if (settings::UseWindowsPaintbrush != 0) return QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
-  if (!settings::PaintbrushPath.empty()) return to_qt(settings::PaintbrushPath);
-  if (settings::SearchForPaintbrush == 0) return {};
-  for (const char* name : kKnownPrograms)
-    if (const QString found = QStandardPaths::findExecutable(QLatin1String(name)); !found.isEmpty())
-      return found;
-  return {};
-}
 
 /// What is handed over: alpha is laid on the background where the program knows none.
 Picture picture_to_paint(const Picture& picture) {
@@ -106,7 +91,7 @@ std::optional<Picture> paint_elsewhere(QWidget* parent, const Picture& picture, 
     services.host.show(StringId::ErrorWritingFile);
     return std::nullopt;
   }
-  const QString program = program_to_start();
+  const QString program = paint_program_to_start();
   if (program.isEmpty() || !QProcess::startDetached(program, {path_text(file.path)})) {
     services.host.show(StringId::PaintNotStarted);
     return std::nullopt;

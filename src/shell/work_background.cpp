@@ -36,21 +36,11 @@ constexpr std::array<Pattern, 12> kPatterns = {{{{0, 0}, {0, 1}},
                                                 {{}, {}, Qt::Dense6Pattern},
                                                 {{}, {}, Qt::Dense4Pattern}}};
 
-constexpr std::array<const char*, kPicture + 1> kNames = {"Desktop color",
-                                                          "Lighter above",
-                                                          "Darker above",
-                                                          "Lighter at the left",
-                                                          "Lighter in the corner",
-                                                          "Lines across",
-                                                          "Upright lines",
-                                                          "Squares",
-                                                          "Rising lines",
-                                                          "Falling lines",
-                                                          "Diamonds",
-                                                          "Dots",
-                                                          "Fine grain",
-                                                          "Color",
-                                                          "Image"};
+constexpr FieldChoice kChoices[] = {
+    {0, "Desktop color"},         {1, "Lighter above"}, {2, "Darker above"},  {3, "Lighter at the left"},
+    {4, "Lighter in the corner"}, {5, "Lines across"},  {6, "Upright lines"}, {7, "Squares"},
+    {8, "Rising lines"},          {9, "Falling lines"}, {10, "Diamonds"},     {11, "Dots"},
+    {12, "Fine grain"},           {13, "Color"},        {14, "Image"}};
 
 /// A color of the settings has red in its lowest byte.
 QColor chosen_color() {
@@ -83,7 +73,7 @@ QString picture_path() {
 
 }  // namespace
 
-std::span<const char* const> background_names() { return kNames; }
+std::span<const FieldChoice> background_choices() { return kChoices; }
 
 const QPixmap& WorkBackground::picture(QSize size) {
   const QString path = picture_path();

@@ -5,11 +5,13 @@
 #include <QPalette>
 #include <span>
 
+#include "core/fields.h"
+
 namespace vellum {
 
 /// The choices of `MDIClientBackground`, in its order: the desktop's color, gradients and patterns in
 /// `MDIClientColor`, that color by itself, and a picture.
-std::span<const char* const> background_names();
+std::span<const FieldChoice> background_choices();
 
 class WorkBackground {
  public:

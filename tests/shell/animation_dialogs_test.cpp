@@ -90,6 +90,20 @@ TEST_F(AnimationDialogTest, LimitsAreCheckedAndStored) {
   EXPECT_EQ(settings::PropertiesFileRed, 3001);
 }
 
+TEST_F(AnimationDialogTest, ManageRemembersItsActionByName) {
+  add(animated_document(2));
+  QString chosen;
+  for (const int row : {2, 0}) {  // the first one again for the tests behind this
+    in_dialog<ManageDialog>(62, [&](ManageDialog& dialog) {
+      auto* actions = dialog.findChild<QComboBox*>(QStringLiteral("action"));
+      EXPECT_TRUE(chosen.isEmpty() || actions->currentText() == chosen);
+      actions->setCurrentIndex(row);
+      chosen = actions->currentText();
+      dialog.accept();
+    });
+  }
+}
+
 TEST_F(AnimationDialogTest, ManageWritesOnceOrNothing) {
   DocumentFrame& frame = add(animated_document(3));
   const auto work = [&](ManageDialog& dialog, bool ok) {

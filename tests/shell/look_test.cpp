@@ -39,11 +39,11 @@ TEST_F(LookTest, EachGroundIsAnotherAndFillsTheArea) {
   settings::MDIClientColor = 0x4080C0;  // blue, green, red
   WorkBackground background;
   std::vector<QImage> seen;
-  for (int choice = 0; choice < static_cast<int>(background_names().size()) - 1; ++choice) {
+  for (int choice = 0; choice < static_cast<int>(background_choices().size()) - 1; ++choice) {
     settings::MDIClientBackground = choice;
     const QImage image = ground(background);
     for (const QImage& other : seen)
-      EXPECT_NE(image, other) << background_names()[static_cast<std::size_t>(choice)];
+      EXPECT_NE(image, other) << background_choices()[static_cast<std::size_t>(choice)].label;
     for (const QPoint corner : {QPoint(0, 0), QPoint(63, 47)})
       EXPECT_NE(image.pixelColor(corner), QColor(Qt::magenta)) << choice;
     seen.push_back(image);

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "configuration/config_file.h"
+#include "configuration/setting_table.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
 #include "shell_fixture.h"
@@ -145,6 +146,55 @@ TEST(StartUp, NeedsADesktopToWorkButNotToAnswer) {
   EXPECT_EQ(run.status, 0);
   EXPECT_TRUE(run.output.starts_with("vellumcraft ")) << run.output;
   EXPECT_NE(run_without_desktop("--help").output.find("--screenshot"), std::string::npos);
+}
+
+/// Starts the program on a desktop without a screen; it opens a file, draws itself and ends.
+int run_once(const std::string& environment, const std::string& arguments, const fs::path& picture) {
+  const std::string command = "env " + environment + " QT_QPA_PLATFORM=offscreen '" +
+                              (program_folder() / "vellumcraft").string() + "' --screenshot '" +
+                              picture.string() + "' " + arguments + " >/dev/null 2>&1";
+  return WEXITSTATUS(std::system(command.c_str()));
+}
+
+TEST(StartUp, WorksWithNonsenseInItsFileAndWithoutAHome) {
+  if (!fs::exists(program_folder() / "vellumcraft")) GTEST_SKIP() << "the program is not built";
+  const ScratchFolder folder;
+  std::string every_key;
+  for (const SettingRow& row : setting_table())
+    every_key += std::string(row.name) + (row.text ? " = /no/such \xff\xfe%s%n\n" : " = 4294967295\n");
+  std::string negative;
+  for (const SettingRow& row : setting_table()) negative += std::string(row.name) + " = -2147483648\n";
+  const std::string contents[] = {"", std::string(5000, 'x'), std::string("\0\1\2\xff = \n[[[\n", 12),
+                                  every_key, negative};
+  const fs::path sample = source_folder() / "data/samples/welcome.png";
+  for (const std::string& content : contents) {
+    const fs::path file = folder / "nonsense.ini", picture = folder / "picture.png";
+    std::ofstream(file, std::ios::binary) << content;
+    fs::remove(picture);
+    EXPECT_EQ(run_once("", "--config '" + file.string() + "' '" + sample.string() + "'", picture), 0)
+        << "case " << &content - contents;
+    EXPECT_TRUE(fs::exists(picture)) << "case " << &content - contents;
+  }
+  // Nobody can write below /proc, not even the superuser.
+  for (const char* home : {"HOME=/proc XDG_CONFIG_HOME=/proc/none XDG_DOCUMENTS_DIR=/proc/none",
+                           "HOME=/no/such/home", "-u HOME -u XDG_CONFIG_HOME"}) {
+    const fs::path picture = folder / "picture.png";
+    fs::remove(picture);
+    EXPECT_EQ(run_once(home, "", picture), 0) << home;
+    EXPECT_TRUE(fs::exists(picture)) << home;
+  }
+}
+
+TEST(StartUp, EndsWithoutAWordWhereItsFileCantBeWritten) {
+  const SettingsGuard guard;
+  StartOptions options;
+  options.config = "/proc/none/Vellumcraft 15.ini";
+  ASSERT_TRUE(load_settings(options));
+  MainWindow window;
+  show_main_window(window);
+  settings::UndoLevels = 7;
+  EXPECT_TRUE(window.close());
+  config_open("/proc/none/other.ini");
 }
 
 }  // namespace

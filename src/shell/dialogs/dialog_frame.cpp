@@ -17,10 +17,15 @@ QVBoxLayout* dialog_layout(QDialog& dialog) {
 
 QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
                               const QString& topic) {
+  return add_buttons(dialog, buttons, [topic] { return topic; });
+}
+
+QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
+                              std::function<QString()> topic) {
   auto* box = new QDialogButtonBox(buttons | QDialogButtonBox::Help, &dialog);
   box->button(QDialogButtonBox::Help)->setEnabled(static_cast<bool>(showHelp));
-  const auto help = [topic] {
-    if (showHelp) showHelp(topic);
+  const auto help = [topic = std::move(topic)] {
+    if (showHelp) showHelp(topic());
   };
   QObject::connect(box, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   QObject::connect(box, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);

@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace vellum {
 
@@ -13,5 +14,8 @@ QVBoxLayout* dialog_layout(QDialog& dialog);
 /// A row of buttons that accepts and rejects the dialog; Help, also by F1, shows the topic of the guide.
 QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
                               const QString& topic);
+/// The same where the topic depends on what the dialog shows at that moment.
+QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
+                              std::function<QString()> topic);
 
 }  // namespace vellum

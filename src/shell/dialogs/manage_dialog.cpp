@@ -8,7 +8,9 @@
 #include <charconv>
 
 #include "base/text.h"
+#include "configuration/config_file.h"
 #include "shell/dialogs/dialog_frame.h"
+#include "shell/forms/dialog_state.h"
 #include "shell/style.h"
 #include "shell/text.h"
 
@@ -20,6 +22,10 @@ constexpr FieldChoice kPlaces[] = {{0, "Top left"},    {1, "Top"},    {2, "Top r
                                    {6, "Bottom left"}, {7, "Bottom"}, {8, "Bottom right"}};
 constexpr FieldChoice kDisposals[] = {{0, "None"}, {1, "Background"}, {2, "Previous"}};
 constexpr FieldChoice kBlends[] = {{0, "Source"}, {1, "Over"}};
+
+constexpr const char* kStateFile = "ManageState.txt";
+// Actions go by name: which ones there are depends on the kind of the document.
+constexpr DialogStateRow kState[] = {{.id = 1, .tag = "CBSL", .control = "action"}};
 
 /// What an action got typed: a number, or a text that is taken apart.
 struct Typed {
@@ -174,6 +180,7 @@ ManageDialog::ManageDialog(DocumentWindow& window, ThumbnailCache& thumbnails, S
   connect(model_, &ManageModel::checks_changed, this, &ManageDialog::show_counts);
   take_header();
   refresh(selected_frames(draft_));
+  restore_dialog_state(*this, kState, config_path(kStateFile));
   resize(940, 620);
   table_->setFocus();
 }
@@ -379,6 +386,7 @@ void ManageDialog::accept() {
   }
   set_document_plays(draft_, static_cast<std::uint32_t>(*plays));
   take_draft(window_, draft_);
+  store_dialog_state(*this, kState, config_path(kStateFile));
   QDialog::accept();
 }
 

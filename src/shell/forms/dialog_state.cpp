@@ -231,6 +231,8 @@ void store_dialog_state(const QDialog& dialog, std::span<const DialogStateRow> r
   for (const DialogStateRow& row : rows)
     for (int member = 0; member < std::max(row.members, 1); ++member)
       text += line_of({find_widget(dialog, row, member), row}, member);
+  std::error_code error;
+  if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path(), error);
   SafeFile out(file);
   if (out.ok() && out.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()})) out.commit();
 }

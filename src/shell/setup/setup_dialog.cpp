@@ -1,0 +1,113 @@
+#include "shell/setup/setup_dialog.h"
+
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "configuration/exchange_settings.h"
+#include "configuration/setting_values.h"
+#include "configuration/shell_settings.h"
+#include "shell/dialogs/dialog_frame.h"
+#include "shell/setup/setup_fields.h"
+#include "shell/setup/video_encoders.h"
+#include "shell/style.h"
+#include "shell/text.h"
+
+namespace vellum {
+namespace {
+
+enum PageNumber { kFilesPage, kDisplayPage };
+
+constexpr double kMostOfScreen = 0.75;  // of its height
+
+QPushButton* page_button(const QString& text) {
+  auto* button = new QPushButton(text);
+  button->setAutoDefault(false);
+  return button;
+}
+
+/// A page that is higher than the screen can be scrolled.
+QScrollArea* scrolled(SettingPage* page, const QSize& screen) {
+  auto* area = new QScrollArea;
+  area->setWidgetResizable(true);
+  area->setFrameShape(QFrame::NoFrame);
+  area->setWidget(page);
+  // The page of a tab has the tab's ground, not that of a list.
+  area->viewport()->setAutoFillBackground(false);
+  page->setAutoFillBackground(false);
+  const QSize wanted = page->sizeHint();
+  const int most = static_cast<int>(screen.height() * kMostOfScreen);
+  const int bar = wanted.height() > most ? area->verticalScrollBar()->sizeHint().width() : 0;
+  area->setMinimumSize(std::min(wanted.width() + bar, screen.width() - 2 * style::kMargin),
+                       std::min(wanted.height(), most));
+  return area;
+}
+
+}  // namespace
+
+SetupDialog::SetupDialog(QWidget* parent)
+    : QDialog(parent), paint_(stored_paint_choice()), codec_(settings::VideoCompressionCodec) {
+  setWindowTitle(tr("Setup"));
+  tabs_ = new QTabWidget(this);
+  for (const SetupPageRow& row : setup_pages()) pages_.push_back(new SettingPage(row.fields, row.columns));
+  add_files_buttons(*pages_[kFilesPage]);
+  add_display_buttons(*pages_[kDisplayPage]);
+  for (std::size_t i = 0; i < pages_.size(); ++i)
+    tabs_->addTab(scrolled(pages_[i], screen()->availableSize()), to_qt(setup_pages()[i].name));
+  tabs_->setCurrentIndex(std::clamp(settings::SetupPageIndex, 0, tabs_->count() - 1));
+  const auto topic = [this] { return QStringLiteral("SETUP_%1").arg(tabs_->tabText(tabs_->currentIndex())); };
+  QDialogButtonBox* buttons = add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, topic);
+  auto* defaults = buttons->addButton(tr("&Defaults"), QDialogButtonBox::ResetRole);
+  defaults->setToolTip(tr("Puts the values that the program came with into the fields of this page"));
+  connect(defaults, &QPushButton::clicked, this,
+          [this] { pages_[static_cast<std::size_t>(tabs_->currentIndex())]->set_defaults(); });
+  QVBoxLayout* layout = dialog_layout(*this);
+  layout->addWidget(tabs_, 1);
+  layout->addWidget(buttons);
+}
+
+void SetupDialog::add_files_buttons(SettingPage& page) {
+  QPushButton* codec = page_button(tr("Select video compression codec"));
+  connect(codec, &QPushButton::clicked, this, [this] {
+    if (const auto chosen = ask_for_video_encoder(this, codec_, find_video_encoders())) codec_ = *chosen;
+  });
+  page.add_buttons({codec});
+}
+
+void SetupDialog::add_display_buttons(SettingPage& page) {
+  QPushButton* theme = page_button(tr("Select theme..."));
+  theme->setEnabled(false);
+  theme->setToolTip(text_of(StringId::NoThemes));
+  QPushButton* paint = page_button(tr("Select paint..."));
+  connect(paint, &QPushButton::clicked, this, [this] {
+    if (const auto chosen = ask_for_paint_program(this, paint_)) paint_ = *chosen;
+  });
+  page.add_buttons({theme, paint});
+}
+
+void SetupDialog::set_all_defaults() {
+  for (SettingPage* page : pages_) page->set_defaults();
+}
+
+void SetupDialog::done(int result) {
+  settings::SetupPageIndex = tabs_->currentIndex();
+  if (result == Accepted) {
+    for (SettingPage* page : pages_) restart_ |= page->store();
+    store_paint_choice(paint_);
+    const SettingRow& codec = *find_setting("VideoCompressionCodec");
+    if (codec_ != *codec.text) change_setting(codec, {0, codec_});
+  }
+  QDialog::done(result);
+}
+
+bool edit_settings(QWidget* parent, bool defaults, Host& host) {
+  SetupDialog dialog(parent);
+  if (defaults) dialog.set_all_defaults();
+  if (dialog.exec() != QDialog::Accepted || !dialog.needs_restart()) return false;
+  host.show(StringId::SetupRestart);
+  return true;
+}
+
+}  // namespace vellum

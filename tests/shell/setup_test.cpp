@@ -1,0 +1,223 @@
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTimer>
+
+#include "base/text.h"
+#include "configuration/exchange_settings.h"
+#include "configuration/settings.h"
+#include "configuration/shell_settings.h"
+#include "core/settings.h"
+#include "shell/forms/number_edit.h"
+#include "shell/setup/setup_dialog.h"
+#include "shell/setup/setup_fields.h"
+#include "shell/setup/video_encoders.h"
+#include "shell_fixture.h"
+#include "support/settings_guard.h"
+
+namespace vellum::testing {
+namespace {
+
+template <typename Widget>
+Widget& input(SetupDialog& dialog, const char* key) {
+  auto* widget = dialog.findChild<Widget*>(QLatin1String(key));
+  EXPECT_TRUE(widget) << key;
+  return *widget;
+}
+
+void type(SetupDialog& dialog, const char* key, const char* text) {
+  auto& number = input<NumberEdit>(dialog, key);
+  number.findChild<QLineEdit*>()->setText(QLatin1String(text));
+}
+
+TEST(Setup, EveryFieldHasItsSettingAndItsRangeHoldsTheDefaults) {
+  std::set<std::string_view> keys;
+  for (const SetupPageRow& page : setup_pages())
+    for (const SettingField& row : page.fields) {
+      const SettingRow* setting = find_setting(row.field.name);
+      ASSERT_TRUE(setting) << row.field.name;
+      EXPECT_TRUE(keys.insert(row.field.name).second) << row.field.name << " twice";
+      EXPECT_EQ(setting->text != nullptr, row.field.type == FieldType::Text) << row.field.name;
+      if (setting->text) continue;
+      const std::int64_t shipped = default_value(*setting).number,
+                         page_value = row.pageDefault.value_or(shipped);
+      for (const std::int64_t value : {shipped, page_value})
+        EXPECT_EQ(std::get<std::int64_t>(clamped(row.field, value)), value) << row.field.name;
+    }
+}
+
+TEST(Setup, OkStoresEveryPageAndCancelNone) {
+  const SettingsGuard guard;
+  for (const bool ok : {false, true}) {
+    SetupDialog dialog;
+    input<QCheckBox>(dialog, "CreateBackups").setChecked(true);
+    type(dialog, "UndoLevels", "21");
+    input<QComboBox>(dialog, "SoftButtons").setCurrentIndex(2);
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(2);
+    ok ? dialog.accept() : dialog.reject();
+    EXPECT_EQ(settings::CreateBackups, ok);
+    EXPECT_EQ(settings::UndoLevels, ok ? 21 : 10);
+    EXPECT_EQ(settings::SoftButtons, ok ? 2 : 1);
+    EXPECT_FALSE(dialog.needs_restart());
+    EXPECT_EQ(settings::SetupPageIndex, 2) << "the page comes back either way";
+  }
+}
+
+TEST(Setup, AValueOutOfItsRangeStaysUntilItsFieldIsChanged) {
+  const SettingsGuard guard;
+  settings::PngCompression = 0;
+  settings::UndoLevels = 1000;
+  settings::SetupPageIndex = 77;
+  settings::DefaultViewMode = -5;
+  settings::SoftButtons = 40;
+  settings::CreateBackups = 5;
+  {
+    SetupDialog dialog;
+    EXPECT_EQ(std::get<std::int64_t>(input<NumberEdit>(dialog, "PngCompression").value()), 1);
+    EXPECT_EQ(std::get<std::int64_t>(input<NumberEdit>(dialog, "UndoLevels").value()), 32);
+    dialog.accept();
+  }
+  EXPECT_EQ(settings::PngCompression, 0);
+  EXPECT_EQ(settings::UndoLevels, 1000);
+  EXPECT_EQ(settings::DefaultViewMode, -5);
+  EXPECT_EQ(settings::SoftButtons, 40);
+  EXPECT_EQ(settings::CreateBackups, 5);
+  const struct {
+    const char* typed;
+    int stored;
+  } cases[] = {{"7", 7}, {"99", 9}, {"-3", 1}, {"nonsense", 1}};
+  for (const auto& [typed, stored] : cases) {
+    SetupDialog dialog;
+    type(dialog, "PngCompression", typed);
+    dialog.accept();
+    EXPECT_EQ(settings::PngCompression, stored) << typed;
+  }
+}
+
+TEST(Setup, DefaultsAreThePagesOwn) {
+  const SettingsGuard guard;
+  settings::WEBPQualityFactor = 5;
+  settings::HistoryMaximumCount = 50;
+  settings::MDIClientColor = 0x123456;
+  const struct {
+    const char* key;
+    int value, page_value;
+  } cases[] = {{"InterlaceDelay", 4, 5},
+               {"HistoryMaximumCount", 50, 20},
+               {"EditListMaximum", 10, 16},
+               {"MaximumPreviewDimension", 800, 1024},
+               {"AVIQualityFactor", 8500, 6500},
+               {"WEBPQualityFactor", 5, 75},
+               {"MDIClientColor", 0x123456, 0x808080}};
+  for (const auto& c : cases) EXPECT_EQ(*find_setting(c.key)->number, c.value) << c.key;
+  {
+    SetupDialog dialog;
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
+    for (QPushButton* button : dialog.findChildren<QPushButton*>())
+      if (button->text() == QStringLiteral("&Defaults")) button->click();
+    dialog.accept();
+    EXPECT_EQ(settings::HistoryMaximumCount, 20);
+    EXPECT_EQ(settings::WEBPQualityFactor, 5) << "another page";
+  }
+  SetupDialog dialog;
+  dialog.set_all_defaults();
+  dialog.accept();
+  EXPECT_TRUE(dialog.needs_restart() || settings::MaximumPreviewDimension == 1024);
+  for (const auto& c : cases) EXPECT_EQ(*find_setting(c.key)->number, c.page_value) << c.key;
+}
+
+class SetupCommand : public WindowTest {
+ protected:
+  /// Does something to the dialog that opens, and closes it.
+  void with_dialog(std::function<void(SetupDialog&)> act) {
+    QTimer::singleShot(0, qApp, [act] {
+      auto* dialog = qobject_cast<SetupDialog*>(QApplication::activeModalWidget());
+      ASSERT_TRUE(dialog);
+      const auto page = static_cast<std::size_t>(settings::SetupPageIndex) % setup_pages().size();
+      take_picture(*dialog, "setup-" + lower_case(setup_pages()[page].name));
+      act(*dialog);
+      dialog->accept();
+    });
+    main_.run(54);
+    settle();
+  }
+  const SettingsGuard guard_;
+};
+
+TEST_F(SetupCommand, SettingsWithAStarCloseTheProgramUnlessAWindowRefuses) {
+  for (int page = 0; page < 3; ++page) {
+    settings::SetupPageIndex = page;
+    with_dialog([](SetupDialog&) {});
+  }
+  EXPECT_TRUE(answers_.messages.empty());
+  DocumentFrame& frame = add(still_document());
+  frame.document().dirty = true;
+  answers_.answers = {Answer::Cancel};
+  with_dialog([](SetupDialog& dialog) {
+    type(dialog, "RememberFileHistoryCount", "3");
+    input<QCheckBox>(dialog, "RememberFileHistoryEnable").setChecked(false);
+  });
+  ASSERT_EQ(answers_.messages.size(), 1u);
+  EXPECT_EQ(answers_.messages.front().id, StringId::SetupRestart);
+  EXPECT_EQ(answers_.questions.size(), 1u);
+  EXPECT_TRUE(main_.isVisible()) << "the window refused";
+  frame.document().dirty = false;
+  with_dialog([](SetupDialog& dialog) { type(dialog, "MaximumPreviewDimension", "900"); });
+  EXPECT_FALSE(main_.isVisible());
+}
+
+TEST_F(SetupCommand, ShiftOpensItWithTheDefaultsAndTheWindowFollowsAtOnce) {
+  settings::PngCompression = 2;
+  settings::EditListMaximum = 16, settings::MaximumPreviewDimension = 1024;
+  answers_.shift = true;
+  with_dialog(
+      [](SetupDialog& dialog) { input<QComboBox>(dialog, "MDIClientBackground").setCurrentIndex(1); });
+  EXPECT_EQ(settings::PngCompression, 9);
+  EXPECT_TRUE(answers_.messages.empty());
+  const QImage shown = main_.area().viewport()->grab().toImage();
+  EXPECT_LT(qGray(shown.pixel(2, shown.height() - 2)), qGray(shown.pixel(2, 2))) << "shaded downward";
+}
+
+TEST(PaintSearchBox, KeepsAProgramThatItDoesNotFindAndStoresWhatWasChosen) {
+  const SettingsGuard guard;
+  const PaintChoice own{"mypaint", "/opt/bin/mypaint", false};
+  const auto answer = [](bool first) {
+    QTimer::singleShot(0, qApp, [first] {
+      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      ASSERT_TRUE(dialog);
+      take_picture(*dialog, "select-paint");
+      if (first) dialog->findChild<QListWidget*>()->setCurrentRow(0);
+      dialog->accept();
+    });
+  };
+  answer(false);
+  EXPECT_EQ(ask_for_paint_program(nullptr, own), own);
+  store_paint_choice(own);
+  EXPECT_EQ(settings::UseWindowsPaintbrush, 0);
+  EXPECT_EQ(stored_paint_choice(), own);
+  answer(true);
+  const auto desktop = ask_for_paint_program(nullptr, own);
+  ASSERT_TRUE(desktop);
+  store_paint_choice(*desktop);
+  EXPECT_EQ(settings::UseWindowsPaintbrush, 1);
+  EXPECT_EQ(settings::PaintbrushPath, "");
+}
+
+TEST(Encoders, AreReadFromTheListOfTheMovieProgram) {
+  const auto encoders = parse_video_encoders(
+      "Encoders:\n V..... = Video\n A..... = Audio\n ------\n V....D a64multi             Multicolor "
+      "charset\n"
+      " VFS..D libx264              libx264 H.264 / AVC (codec h264)\n A....D aac                  AAC\n "
+      "V\n\n V....D");
+  ASSERT_EQ(encoders.size(), 2u);
+  EXPECT_EQ(encoders[0].name, "a64multi");
+  EXPECT_EQ(encoders[1].name, "libx264");
+  EXPECT_EQ(encoders[1].description, "libx264 H.264 / AVC (codec h264)");
+  EXPECT_TRUE(parse_video_encoders("").empty());
+}
+
+}  // namespace
+}  // namespace vellum::testing
