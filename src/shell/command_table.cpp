@@ -64,6 +64,8 @@ const CommandRow kCommands[] = {
     {62, "M&anage", Menu::Edit, 8, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, manage_command},
     {307, "Image &Strip", Menu::Edit, 8, Entries, kAnimations, ToolPlace::None, 0, nullptr, nullptr, image_strip_command},
 
+    {56, "&View\tCtrl+W", Menu::Edit, 9, Entries, {}, Button, 3, "view", nullptr, view_command},
+
     {801, "&Cascade\tShift+F5", Menu::Window, 1, Entries, {}, Button, 5, "cascade", cascade_command, nullptr},
     {802, "&Tile\tShift+F4", Menu::Window, 1, Entries, {}, Button, 5, "tile", tile_command, nullptr},
     {803, "&Arrange Icons", Menu::Window, 1, Entries, {}, ToolPlace::None, 0, nullptr, arrange_icons_command, nullptr},
@@ -90,6 +92,7 @@ constexpr KeyRow kKeys[] = {
     {"Shift+Del", 201}, {"Ctrl+C", 202},   {"Ctrl+Ins", 202}, {"Ctrl+V", 203},
     {"Shift+Ins", 203}, {"Ctrl+A", 50},    {"Del", 61},       {"Alt+Up", 206},
     {"Alt+Down", 207},  {"Shift+F5", 801}, {"Shift+F4", 802}, {"Ctrl+F4", 106},
+    {"Ctrl+W", 56},     {"Ctrl+Shift+W", 56},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {

@@ -54,7 +54,7 @@ void take_screenshot(MainWindow& window, const StartOptions& options) {
 void start(MainWindow& window, const StartOptions& options) {
   if (options.screenshot.empty()) {
     show_main_window(window);
-    if (!options.file.empty()) window.open_later(std::filesystem::absolute(options.file));
+    if (!options.file.empty()) window.open_later(std::filesystem::absolute(options.file), options.view);
     return;
   }
   // Nobody is there to answer: what would be asked or told goes to standard error.

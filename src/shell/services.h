@@ -40,6 +40,8 @@ struct Services {
   std::function<bool()> busy;
   /// Empty when the user cancelled.
   std::function<std::optional<std::filesystem::path>(const FileChoice&)> choose_file = {};
+  /// Whether the Control key is down at this moment.
+  std::function<bool()> control_held = {};
 };
 
 }  // namespace vellum
