@@ -229,6 +229,53 @@ TEST(Compositor, CanvasesAreThoseOfTheRulesWhateverIsKept) {
     }
 }
 
+/// Going anywhere shows what playing would have shown there, whatever was composed before.
+TEST(Compositor, GoesToAnyFrame) {
+  for (const DocumentKind kind : kKinds) {
+    const DocumentWindow window = random_animation(kind, 5, 80);
+    const auto expected = plain_canvases(window, kind == DocumentKind::WEBP ? kBackground : 0xFFFFFF);
+    for (const std::uint64_t kept : {std::uint64_t{1} << 30, std::uint64_t{0}}) {
+      Compositor compositor(window.list, window.document, kept);
+      Dice dice(3);
+      for (int i = 0; i < 30; ++i) {
+        const std::uint32_t to = dice(80);
+        int left = static_cast<int>(dice(90));
+        if (!compositor.prepare(to, [&] { return left-- > 0; })) continue;
+        compositor.go_to(to);
+        const auto frame = compositor.next();
+        ASSERT_TRUE(frame && frame->ordinal == to && equal(frame->picture, expected[to])) << to;
+      }
+    }
+  }
+}
+
+/// On no ground a canvas laid over a color is, but for rounding, what was composed on that color.
+TEST(Compositor, ClearCanvasesLaidOverAColorAreThoseOfThatColor) {
+  constexpr Colour kGround = 0x20C040;
+  for (const DocumentKind kind : kKinds) {
+    const DocumentWindow window = random_animation(kind, 4, 25);
+    Compositor clear(window.list, window.document), solid(window.list, window.document);
+    // Half the way on the document's own color, then over to another in the middle.
+    for (int i = 0; i < 12; ++i) clear.next(), solid.next();
+    clear.set_ground({Ground::Kind::Clear, 0});
+    solid.set_ground({Ground::Kind::Solid, kGround});
+    for (std::uint32_t i = 12; i < 25; ++i) {
+      const auto over = clear.next(), on = solid.next();
+      ASSERT_TRUE(over && on && over->picture.bits() == 32 && over->ordinal == i);
+      for (std::uint32_t y = 0; y < kHigh; ++y)
+        for (std::uint32_t x = 0; x < kWide; ++x) {
+          const Colour pixel = PictureGetPixel(over->picture, x, y),
+                       whole = PictureGetPixel(on->picture, x, y);
+          for (int shift = 0; shift < 24; shift += 8) {
+            const int laid = static_cast<int>((pixel >> shift & 255) +
+                                              (kGround >> shift & 255) * (255 - (pixel >> 24)) / 255);
+            ASSERT_NEAR(laid, static_cast<int>(whole >> shift & 255), 12) << kind_letters(kind) << ' ' << i;
+          }
+        }
+    }
+  }
+}
+
 TEST(Compositor, NumbersFramesAndTheirTimes) {
   DocumentWindow window = random_animation(DocumentKind::APNG, 3, 3);
   const std::uint16_t delays[][2] = {{0, 0}, {1, 3}, {161, 5}};

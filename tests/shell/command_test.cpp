@@ -62,6 +62,7 @@ constexpr EnabledCase kCases[] = {
     {118, "P&roperties", false, false, false, false},
     {62, "M&anage", false, false, false, false},
     {307, "Image &Strip", false, false, false, false},
+    {56, "&View\tCtrl+W", false, false, true, true},
     {801, "&Cascade\tShift+F5", false, false, true, true},
     {802, "&Tile\tShift+F4", false, false, true, true},
     {803, "&Arrange Icons", false, false, true, true},
