@@ -177,7 +177,7 @@ TEST(FrameWalk, StraightToAnImage) {
 TEST(FrameWalk, DeepAndWildLoopsComeToAnEnd) {
   std::string deep, wild;
   for (int i = 0; i < 2000; ++i) deep += "L" + std::to_string(i % 200) + ":1 ";
-  for (int i = 0; i < 2000; ++i) wild += "L0:2147483647 E1 L3:0 E0 ";
+  for (int i = 0; i < 2000; ++i) wild += "L0:2147483647 E1 L3:1 E0 ";
   deep += "I ";
   for (int i = 2000; i-- > 0;) deep += "E" + std::to_string(i % 200) + " ";
   for (const std::string& words : {deep + "I", wild + "I"}) {

@@ -13,8 +13,8 @@ inline constexpr int kLeastZoom = 1, kMostZoom = 3200;
 struct ViewerRoom {
   QSize canvas;
   QSize least;         ///< of the part that shows the canvas
-  QSize frame;         ///< what the desktop draws around the window, both sides together
-  QSize bar;           ///< least width and height of the buttons; empty without them
+  QSize frame{0, 0};   ///< what the desktop draws around the window, both sides together
+  QSize bar{0, 0};     ///< least width and height of the buttons; empty without them
   bool strip = false;  ///< a progress strip below
   QSize screen;        ///< what of it is free
   bool adjust = true;  ///< what is too large is shown smaller

@@ -212,7 +212,9 @@ void ViewerWindow::fill_bar() {
     menu->addAction(action);
   }
   speed_ = new QLabel(bar_);
-  speed_->setContentsMargins(style::kGap, 0, style::kGap, 0);
+  // Room for the highest speed, so that no button moves when one is told.
+  if (player_.is_animation())
+    speed_->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("1600 %")) + style::kGap);
   bar_->addWidget(speed_);
   bar_->setVisible(settings::ViewModeToolbar != 0);
 }
@@ -222,7 +224,7 @@ void ViewerWindow::open_at(const QWidget* beside) {
   ViewerRoom room{qt_size(player_.compositor().values().canvas),
                   {std::max(settings::MinViewWidth, 1), std::max(settings::MinViewDepth, 1)},
                   frame_around(beside),
-                  {},
+                  {0, 0},
                   strip_->isVisibleTo(this),
                   free.size(),
                   settings::ViewWindowSizeAdjust != 0};
@@ -254,7 +256,9 @@ void ViewerWindow::run() {
 }
 
 bool ViewerWindow::is_outside(const QObject* watched) const {
-  const auto* widget = qobject_cast<const QWidget*>(watched);
+  // Keys of commands reach objects that belong to a window.
+  while (watched && !watched->isWidgetType()) watched = watched->parent();
+  const auto* widget = static_cast<const QWidget*>(watched);
   if (!widget || QApplication::activeModalWidget()) return false;
   for (const QWidget* window = widget->window(); window; window = window->parentWidget())
     if (window == this) return false;
