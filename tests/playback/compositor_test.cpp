@@ -3,6 +3,7 @@
 #include "playback/compositor.h"
 
 #include <random>
+#include <sstream>
 
 #include "base/byte_order.h"
 #include "core/frame_values.h"
@@ -326,6 +327,15 @@ const std::map<std::string, const char*> kOtherRules = {
     {"mng/gen-gm-2frames-delay10-loop3.mng", "the other player applies gAMA"},
 };
 
+/// The same for canvases that are not opaque.
+const std::map<std::string, const char*> kOtherMeans = {
+    {"apng/javapng-toucan-pallete-2frame.png",
+     "an indexed frame lies over the canvas, whatever its blending"},
+    {"mng/gen-gm-background-red.mng", "the other player applies gAMA"},
+    {"mng/gen-im-dispose-Background.mng", "what clears the canvas clears the last image's place"},
+    {"mng/l0pht-in_progress2.mng", "an image with alpha stands on the background and not on the canvas"},
+};
+
 bool is_opaque(const testing::TableRow& frame) {
   return frame.at("mean_rgba_premultiplied").ends_with(",255.00");
 }
@@ -352,6 +362,51 @@ TEST(Compositor, OpaqueCanvasesOfRealFilesAreThoseOfOtherPlayers) {
     }
   }
   EXPECT_GT(compared, 400u);
+}
+
+/// Means of red, green, blue (multiplied by alpha) and alpha.
+std::array<double, 4> means_of(const Picture& picture) {
+  std::array<double, 4> means{};
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    for (std::uint32_t x = 0; x < picture.width(); ++x) {
+      const Colour pixel = PictureGetPixel(picture, x, y);
+      for (std::size_t c = 0; c < 4; ++c) means[c] += pixel >> 8 * c & 255;
+    }
+  for (double& mean : means) mean /= static_cast<double>(picture.width()) * picture.height();
+  return means;
+}
+
+/// Canvases that let something through, composed on no ground: on the average what the other players have.
+TEST(Compositor, ClearCanvasesOfRealFilesHaveTheMeansOfOtherPlayers) {
+  VELLUM_NEEDS_CORPUS();
+  std::size_t compared = 0;
+  for (const auto& row : testing::corpus_rows({"apng", "webp", "mng"})) {
+    const std::string& path = row.at("path");
+    const auto frames = testing::corpus_frames(path);
+    Recorder recorder;
+    DocumentWindow window;
+    if (std::ranges::all_of(frames, is_opaque) || kOtherRules.contains(path) || kOtherMeans.contains(path) ||
+        !open_document(window, testing::corpus_file(row), recorder.host))
+      continue;
+    Compositor compositor(window.list, window.document);
+    compositor.set_ground({Ground::Kind::Clear, 0});
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      const auto frame = compositor.next();
+      ASSERT_TRUE(frame && frame->picture.bits() == 32) << path << " frame " << i;
+      if (is_opaque(frames[i])) continue;
+      std::istringstream expected(frames[i].at("mean_rgba_premultiplied"));
+      const auto means = means_of(frame->picture);
+      for (const double mean : means) {
+        double other = 0;
+        expected >> other;
+        expected.ignore();
+        // Every product is truncated, in each frame that something shows through.
+        EXPECT_NEAR(mean, other, 1.5) << path << ' ' << i;
+      }
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 100u);
 }
 
 }  // namespace
