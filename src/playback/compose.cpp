@@ -16,24 +16,42 @@ Picture promoted(const Picture& picture, const ViewValues& values, const ChunkRe
   return picture.bits() == 24 ? picture : PictureToTrueColorAlpha(picture);
 }
 
-/// The frame as it is laid on the canvas. What replaces the canvas is composed over the solid background.
-Picture layer_of(const ViewValues& values, const ChunkRecord& record) {
+/// The frame as it is laid on the canvas.
+struct Layer {
+  Picture picture;
+  bool alone = false;  ///< what the canvas held is gone before
+};
+
+/// What replaces the canvas is composed over the background where there is one.
+Layer layer_of(const ViewValues& values, const ChunkRecord& record) {
   const Picture picture = picture_of(record);
   if (!has_rows(picture)) return {};
   const bool webp = values.kind == DocumentKind::WEBP;
-  if (picture.bits() < 32 && !(webp && picture.bits() == 24)) return promoted(picture, values, record);
-  if (picture.bits() == 24 || lies_over(values.kind, record)) return picture;
-  return PictureFlattenAlpha(picture, values.background);
+  if (picture.bits() < 32 && !(webp && picture.bits() == 24)) return {promoted(picture, values, record)};
+  if (picture.bits() == 24) return {picture};
+  if (lies_over(values.kind, record)) return {picture};
+  if (values.clear) return {picture, true};
+  return {PictureFlattenAlpha(picture, values.background)};
 }
 
 std::int32_t width_of(const PictureRect& rect) { return rect.right - rect.left; }
 std::int32_t height_of(const PictureRect& rect) { return rect.bottom - rect.top; }
 
+/// On no ground a pixel of zeros is nothing, and what is composed over it has its colors multiplied by its
+/// alpha.
+Colour ground_value(const ViewValues& values) { return values.clear ? 0 : values.background; }
+
+Picture empty_canvas(const ViewValues& values) {
+  const auto [width, height] = values.canvas;
+  return values.clear ? PictureCreateAlpha(width, height)
+                      : PictureCreateFilled(width, height, values.background);
+}
+
 void dispose_of_last(CanvasState& state, const ViewValues& values) {
   const PictureRect& rect = state.lastRect;
   if (width_of(rect) == 0) return;
   if (state.lastDispose == kDisposeBackground)
-    PictureFillRect(state.canvas, rect.left, rect.top, width_of(rect), height_of(rect), values.background);
+    PictureFillRect(state.canvas, rect.left, rect.top, width_of(rect), height_of(rect), ground_value(values));
   else if (state.lastDispose == kDisposePrevious && values.kind != DocumentKind::MING)
     PictureBlit(state.canvas, rect.left, rect.top, state.previousRegion, 0, 0, width_of(rect),
                 height_of(rect));
@@ -58,11 +76,12 @@ bool covers(const PictureRect& rect, Extent canvas) {
 
 }  // namespace
 
-ViewValues view_values(const ChunkList& list, const Document& document) {
+ViewValues view_values(const ChunkList& list, const Document& document, Ground ground) {
   ViewValues values{document.kind,
                     document_size(list, document),
                     ticks_per_second(list),
-                    document_background(list, document),
+                    ground.kind == Ground::Kind::Solid ? ground.colour : document_background(list, document),
+                    ground.kind == Ground::Kind::Clear,
                     {}};
   if (document.kind != DocumentKind::MING) values.transparency = document_transparency(list);
   return values;
@@ -75,18 +94,18 @@ bool lies_over(DocumentKind kind, const ChunkRecord& record) {
 }
 
 Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record) {
-  const Picture layer = layer_of(values, record);
+  const auto [layer, alone] = layer_of(values, record);
   if (!layer) return {};
   CanvasState next = state;
-  if (!next.canvas)
-    next.canvas = PictureCreateFilled(values.canvas.width, values.canvas.height, values.background);
+  if (!next.canvas) next.canvas = empty_canvas(values);
   if (!next.canvas) return {};
   const std::uint32_t dispose = GetFrameDispose(record, values.kind);
   const PictureRect rect = rect_of(layer, GetFrameOffset(record, values.kind));
-  const bool hides_all = layer.bits() == 24 && covers(rect, values.canvas);
+  const bool hides_all = layer.bits() == 24 && !values.clear && covers(rect, values.canvas);
   // What was under the frame is needed only by a disposal that brings it back.
   if (!hides_all || dispose == kDisposePrevious) dispose_of_last(next, values);
   next.previousRegion = dispose == kDisposePrevious ? PictureCrop(next.canvas, rect) : Picture();
+  if (alone) PictureFillRect(next.canvas, rect.left, rect.top, width_of(rect), height_of(rect), 0);
   if (hides_all)
     next.canvas = layer;
   else

@@ -8,17 +8,30 @@
 
 namespace vellum {
 
+/// What an animation lies on.
+struct Ground {
+  enum class Kind {
+    Document,  ///< the color that the document says, as it is played
+    Solid,     ///< `colour` in its place
+    Clear,     ///< nothing: canvases keep their alpha
+  };
+  Kind kind = Kind::Document;
+  Colour colour = 0;
+  bool operator==(const Ground&) const = default;
+};
+
 /// What a document says once for all its frames.
 struct ViewValues {
   DocumentKind kind = DocumentKind::None;
   Extent canvas;
   std::uint32_t ticks = 1000;  ///< of a second, in MING
   Colour background = 0xFFFFFF;
+  bool clear = false;  ///< canvases of 32 bits whose colors are multiplied by their alpha
   /// PING, APNG: the document's tRNS, in the form that PictureWithTransparency takes.
   std::vector<std::uint8_t> transparency;
 };
 
-ViewValues view_values(const ChunkList& list, const Document& document);
+ViewValues view_values(const ChunkList& list, const Document& document, Ground ground = {});
 
 /// Whether the canvas shows through where a frame is transparent. Frames of 32 bits replace what is there but
 /// in an animated PNG whose blending is Over.
@@ -26,7 +39,7 @@ bool lies_over(DocumentKind kind, const ChunkRecord& record);
 
 /// What one frame leaves for the next. Copies share their pictures until one of them is drawn on.
 struct CanvasState {
-  Picture canvas;  ///< 24 bits; null before the first frame
+  Picture canvas;  ///< 24 bits, or 32 on no ground; null before the first frame
   Picture previousRegion;
   PictureRect lastRect;  ///< of the last frame, not clipped; empty at the start
   std::uint32_t lastDispose = 0;

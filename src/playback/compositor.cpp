@@ -25,7 +25,7 @@ Compositor::Compositor(const ChunkList& list, const Document& document, std::uin
   for (std::size_t i = 0; i < list.size(); ++i) {
     if (!is_image_entry(document.kind, list.record(i).tag)) continue;
     const std::uint32_t delay = GetFrameDelay(list.record(i), document.kind, values_.ticks);
-    frames_.push_back({i, time, delay, {}, {}});
+    frames_.push_back({i, time, delay, {}, {}, false});
     time += delay;
   }
 }
@@ -33,14 +33,54 @@ Compositor::Compositor(const ChunkList& list, const Document& document, std::uin
 std::optional<ShownFrame> Compositor::next() {
   const auto entry = next_image(walk_, list_, document_.kind);
   if (!entry) return std::nullopt;
-  Frame& frame = *std::ranges::lower_bound(frames_, *entry, {}, &Frame::entry);
+  return shown(*std::ranges::lower_bound(frames_, *entry, {}, &Frame::entry));
+}
+
+ShownFrame Compositor::frame(std::uint32_t ordinal) { return shown(frames_.at(ordinal)); }
+
+ShownFrame Compositor::shown(Frame& frame) {
   Picture picture = picture_of_frame(frame);
-  if (!picture) picture = picture_of(list_.record(*entry));
-  return ShownFrame{*entry, static_cast<std::uint32_t>(&frame - frames_.data()), frame.start, frame.delay,
-                    std::move(picture)};
+  if (!picture) picture = picture_of(list_.record(frame.entry));
+  return {frame.entry, static_cast<std::uint32_t>(&frame - frames_.data()), frame.start, frame.delay,
+          std::move(picture)};
+}
+
+bool Compositor::prepare(std::uint32_t ordinal, const std::function<bool()>& may_go_on) {
+  if (!compose_forgotten(may_go_on)) return false;
+  std::vector<std::size_t> passed;
+  walk_to(list_, document_, frames_.at(ordinal).entry, passed);
+  for (const std::size_t entry : passed) {
+    Frame& frame = *std::ranges::lower_bound(frames_, entry, {}, &Frame::entry);
+    if (frame.visit || frame.lost) continue;
+    if (!may_go_on()) return false;
+    compose_first(frame);
+  }
+  return true;
+}
+
+void Compositor::go_to(std::uint32_t ordinal) {
+  std::vector<std::size_t> passed;
+  walk_ = walk_to(list_, document_, frames_.at(ordinal).entry, passed);
+}
+
+void Compositor::set_ground(Ground ground) {
+  values_ = view_values(list_, document_, ground);
+  visits_.insert(visits_.end(), forgotten_.begin() + static_cast<std::ptrdiff_t>(forgottenAt_),
+                 forgotten_.end());
+  forgotten_ = std::exchange(visits_, {});
+  forgottenAt_ = 0;
+  for (Frame& frame : frames_) {
+    frame.composed = {};
+    frame.visit.reset();
+  }
+  kept_ = 0;
+  state_ = replay_ = {};
+  replayAt_ = 0;
+  checkpoints_.clear();
 }
 
 Picture Compositor::picture_of_frame(Frame& frame) {
+  if (!frame.visit) compose_forgotten([] { return true; });
   if (frame.composed) return frame.composed;
   return frame.visit ? compose_again(*frame.visit) : compose_first(frame);
 }
@@ -51,11 +91,21 @@ Picture Compositor::compose_first(Frame& frame) {
   if (kept_ >= mostKept_ && (checkpoints_.empty() || visit % kCheckpointStep == 0))
     checkpoints_[visit] = state_;
   Picture composed = compose_frame(state_, values_, list_.record(frame.entry));
+  frame.lost = !composed;
   if (!composed) return {};
   frame.visit = visit;
   visits_.push_back(static_cast<std::size_t>(&frame - frames_.data()));
   keep(frame, composed);
   return composed;
+}
+
+bool Compositor::compose_forgotten(const std::function<bool()>& may_go_on) {
+  while (forgottenAt_ < forgotten_.size()) {
+    if (!may_go_on()) return false;
+    Frame& frame = frames_[forgotten_[forgottenAt_++]];
+    if (!frame.visit) compose_first(frame);
+  }
+  return true;
 }
 
 void Compositor::keep(Frame& frame, const Picture& composed) {

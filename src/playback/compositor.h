@@ -1,6 +1,7 @@
 // The frames that a viewer shows, one after another, each as the whole canvas.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -16,7 +17,8 @@ struct ShownFrame {
   std::uint32_t ordinal = 0;  ///< among the images, from 0
   std::uint64_t start = 0;    ///< milliseconds from the beginning of one pass that looks at no loops
   std::uint32_t delay = 0;    ///< milliseconds
-  /// The canvas, 24 bits; the image's own picture where it could not be composed; null where that is lost.
+  /// The canvas, 24 bits (on no ground 32, colors multiplied by alpha); the image's own picture where it
+  /// could not be composed; null where that is lost.
   Picture picture;
 };
 
@@ -33,6 +35,17 @@ class Compositor {
   void rewind() { rewind_walk(walk_, list_, document_); }
   void step_back() { step_walk_back(walk_, list_, document_.kind); }
 
+  /// Composes what plays in front of this frame and was not composed yet, as long as `may_go_on` says so.
+  /// False when something is left.
+  bool prepare(std::uint32_t ordinal, const std::function<bool()>& may_go_on);
+  /// The next frame is this one, as if the list had been played up to it. There must be such a frame.
+  void go_to(std::uint32_t ordinal);
+  /// A frame without going anywhere.
+  ShownFrame frame(std::uint32_t ordinal);
+  /// What the animation lies on from now on. All that was composed is composed anew, in its order, by
+  /// `prepare` or before the next frame.
+  void set_ground(Ground ground);
+
   const ViewValues& values() const { return values_; }
   std::size_t frames() const { return frames_.size(); }
   std::size_t position() const { return walk_.position; }
@@ -48,8 +61,11 @@ class Compositor {
     std::uint32_t delay;
     Picture composed;
     std::optional<std::size_t> visit;  ///< when it was composed first, counted in frames
+    bool lost = false;                 ///< it could not be composed
   };
 
+  ShownFrame shown(Frame& frame);
+  bool compose_forgotten(const std::function<bool()>& may_go_on);
   Picture picture_of_frame(Frame& frame);
   Picture compose_first(Frame& frame);
   Picture compose_again(std::size_t visit);
@@ -63,6 +79,9 @@ class Compositor {
   std::vector<Frame> frames_;
   CanvasState state_;                ///< behind the last first visit
   std::vector<std::size_t> visits_;  ///< frames in the order of their first visits
+
+  std::vector<std::size_t> forgotten_;  ///< frames in that order whose canvases are not valid any more
+  std::size_t forgottenAt_ = 0;         ///< how many of them have been composed anew
 
   /// For composing again what was not kept: canvases at some visits (the state in front of each), and where
   /// the last such run ended.

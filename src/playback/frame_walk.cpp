@@ -22,8 +22,10 @@ void push(FrameWalk& walk, WalkMark mark) {
 void push_passes(FrameWalk& walk, const ChunkList& list, const Document& document) {
   if (document.kind == DocumentKind::MING) {
     const std::size_t at = chunk_find_first(list, tag::TERM);
-    if (at != kNoEntry)
-      push(walk, {WalkMark::Kind::Pass, payload_be32(list.record(at), 6), 0, at + 1, false, 0});
+    if (at == kNoEntry) return;
+    // Counted down, so many rounds last longer than anyone looks on.
+    const std::uint32_t rounds = payload_be32(list.record(at), 6);
+    push(walk, {WalkMark::Kind::Pass, rounds, 0, at + 1, rounds >= kForEver, 0});
     return;
   }
   const std::uint32_t plays = GetIterations(list, document);
@@ -132,6 +134,24 @@ void step_walk_back(FrameWalk& walk, const ChunkList& list, DocumentKind kind) {
   };
   to_image_before();  // past the frame that is shown
   to_image_before();
+}
+
+FrameWalk walk_to(const ChunkList& list, const Document& document, std::size_t entry,
+                  std::vector<std::size_t>& passed) {
+  FrameWalk walk = begin_walk(list, document);
+  while (walk.position < std::min(entry, list.size())) {
+    const std::size_t at = walk.position++;
+    const ChunkRecord& record = list.record(at);
+    if (is_image_entry(document.kind, record.tag)) {
+      ++walk.images;
+      passed.push_back(at);
+    }
+    if (record.tag == tag::ENDL && !walk.stack.empty()) walk.stack.pop_back();
+    if (record.tag == tag::LOOP) enter_loop(walk, list);
+    // Who asks for an image in a loop of no rounds sees it all the same.
+    if (walk.position > entry) walk.position = at + 1;
+  }
+  return walk;
 }
 
 }  // namespace vellum

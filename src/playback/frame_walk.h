@@ -45,4 +45,9 @@ void rewind_walk(FrameWalk& walk, const ChunkList& list, const Document& documen
 /// at.
 void step_walk_back(FrameWalk& walk, const ChunkList& list, DocumentKind kind);
 
+/// A walk that came to the image `entry` along the list, in the first round of every loop around it: the next
+/// step finds it. `passed` gets the images that play in front of it.
+FrameWalk walk_to(const ChunkList& list, const Document& document, std::size_t entry,
+                  std::vector<std::size_t>& passed);
+
 }  // namespace vellum

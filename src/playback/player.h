@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
 
 #include "playback/compositor.h"
@@ -33,26 +34,53 @@ class Player {
   void rewind(const std::function<void(const ShownFrame&)>& paint);
   void step_forward(const std::function<void(const ShownFrame&)>& paint);
   void step_back(const std::function<void(const ShownFrame&)>& paint);
-  void close() { state_ = PlayerState::Closed; }
+  /// Any frame, standing; of a number beyond the last one, that. What plays in front of it may have to be
+  /// composed first: the following ticks do that, some milliseconds each, and the last of them shows it.
+  void seek(std::uint32_t ordinal);
+  /// What the animation lies on. The frame that is shown is composed anew by the following ticks; what plays
+  /// goes on behind it.
+  void set_ground(Ground ground);
+  const Ground& ground() const { return ground_; }
+  /// Whether a tick is due although nothing plays.
+  bool is_waiting() const { return target_.has_value(); }
+  void close();
+
+  /// Percent, one of `speeds`. Delays are that much shorter.
+  int speed() const { return speed_; }
+  /// The next step up (1) or down (-1), or normal speed (0).
+  void change_speed(int direction);
+  static std::span<const int> speeds();
 
   bool can_play() const { return state_ != PlayerState::Playing; }
   bool can_pause() const { return state_ == PlayerState::Playing; }
+  /// An animation; a still image has nothing to step through.
+  bool is_animation() const;
 
-  /// "View NAME [W x H]" while it plays, "Block N" otherwise, N being the place in the list; a zoom (per
-  /// cent) other than 100 is told behind it.
+  /// "View NAME [W x H]" while it plays and for a still image, "Block N" otherwise, N being the place in the
+  /// list; a zoom (percent) other than 100 is told behind it.
   std::string title(int zoom) const;
   /// "3 of 10 frames - 200 ms".
   std::string progress_text() const;
 
  private:
   bool show_next(const std::function<void(const ShownFrame&)>& paint);
+  void stand(PlayerState state);
+  std::uint32_t wait_behind(std::uint64_t begin) const;
+  std::optional<std::uint32_t> go_to_target(const std::function<void(const ShownFrame&)>& paint);
+  std::optional<std::uint32_t> show_pass(const std::function<void(const ShownFrame&)>& paint);
 
   const ChunkList& list_;
   const Document& document_;
   Compositor compositor_;
   Clock clock_;
   ShownFrame shown_;
+  bool hasShown_ = false;
   PlayerState state_ = PlayerState::Opening;
+  std::optional<std::uint32_t> target_;  ///< the frame that is sought, or composed anew
+  bool stays_ = false;  ///< the target is the frame that is shown: the walk stays where it is
+  Ground ground_;
+  int speed_ = 100;
+  unsigned pass_ = 0;  ///< of an interlaced still image, shown last
 };
 
 }  // namespace vellum

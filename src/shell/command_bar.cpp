@@ -166,7 +166,11 @@ void CommandBar::add_scale(int command) {
 void CommandBar::bind_keys(QMainWindow& window) {
   for (const KeyRow& row : key_table()) {
     auto* key = new QShortcut(QKeySequence(QString::fromLatin1(row.keys)), &window);
-    connect(key, &QShortcut::activated, action(row.command), &QAction::trigger);
+    connect(key, &QShortcut::activated, action(row.command), [this, number = row.command] {
+      byKey_ = true;
+      action(number)->trigger();
+      byKey_ = false;
+    });
   }
   QMenuBar* bar = window.menuBar();
   auto* menus = new QShortcut(QKeySequence(Qt::Key_F10), &window);

@@ -26,6 +26,8 @@ class CommandBar : public QObject {
   void refresh_look();
   void show_scale(int index);
   int scale() const { return scale_->currentIndex(); }
+  /// Whether the command that runs was chosen by its key, which may hold Control itself.
+  bool by_key() const { return byKey_; }
   /// The toolbar button of a command; null without one, or while there is no room for it.
   QWidget* tool_button(int number) const;
 
@@ -54,6 +56,7 @@ class CommandBar : public QObject {
   std::map<Menu, int> lastGroup_;  ///< of the commands that a menu has so far
   QToolBar* bar_ = nullptr;
   QComboBox* scale_ = nullptr;
+  bool byKey_ = false;
 };
 
 /// A label without its marked letter and its key: "Save as...".

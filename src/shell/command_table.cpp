@@ -122,7 +122,7 @@ const CommandRow kCommands[] = {
     {318, "U&nderlay", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
     {327, "&Watermark", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
     {307, "Image &Strip", Menu::Animation, 3, Entries, kAnimations, "strip", image_strip_command},
-    {56, "&View\tCtrl+W", Menu::Animation, 3, Entries, {}, "view", kLater},
+    {56, "&View\tCtrl+W", Menu::Animation, 3, Entries, {}, "view", view_command},
     {331, "Batch processor", Menu::Animation, 4, Nothing, {}, "batch", kLater},
 
     {124, "Export image", Menu::None, 0, Entries, kAnimations, nullptr, kLater},
@@ -169,10 +169,11 @@ constexpr ToolRow kTools[] = {{1, 58}, {1, 57}, {2, 204}, {2, 201}, {2, 202}, {2
 
 // Ctrl+P, Ctrl+I and Ctrl+E stay without an effect.
 constexpr KeyRow kKeys[] = {
-    {"Ctrl+O", 58},    {"Ctrl+S", 57},     {"Ctrl+W", 56},     {"Ctrl+T", 59},   {"Ctrl+M", 304},
-    {"Ctrl+Z", 204},   {"Ctrl+X", 201},    {"Shift+Del", 201}, {"Ctrl+C", 202},  {"Ctrl+Ins", 202},
-    {"Ctrl+V", 203},   {"Shift+Ins", 203}, {"Ctrl+A", 50},     {"Del", 61},      {"Alt+Up", 206},
-    {"Alt+Down", 207}, {"Shift+F5", 801},  {"Shift+F4", 802},  {"Ctrl+F4", 106}, {"F1", 52},
+    {"Ctrl+O", 58},    {"Ctrl+S", 57},    {"Ctrl+W", 56},     {"Ctrl+Shift+W", 56}, {"Ctrl+T", 59},
+    {"Ctrl+M", 304},   {"Ctrl+Z", 204},   {"Ctrl+X", 201},    {"Shift+Del", 201},   {"Ctrl+C", 202},
+    {"Ctrl+Ins", 202}, {"Ctrl+V", 203},   {"Shift+Ins", 203}, {"Ctrl+A", 50},       {"Del", 61},
+    {"Alt+Up", 206},   {"Alt+Down", 207}, {"Shift+F5", 801},  {"Shift+F4", 802},    {"Ctrl+F4", 106},
+    {"F1", 52},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {

@@ -56,6 +56,8 @@ void scale_command(MainWindow& main, DocumentFrame& frame);
 void properties_command(MainWindow& main, DocumentFrame& frame);
 void manage_command(MainWindow& main, DocumentFrame& frame);
 void image_strip_command(MainWindow& main, DocumentFrame& frame);
+/// With Control held (Shift where a key asks for it), a copy whose frames are whole canvases.
+void view_command(MainWindow& main, DocumentFrame& frame);
 
 /// The settings of the program; with Shift held, with the defaults put in.
 void setup_command(MainWindow& main);

@@ -5,6 +5,7 @@
 #include "shell/dialogs/properties_dialog.h"
 #include "shell/dialogs/strip_window.h"
 #include "shell/main_window.h"
+#include "shell/viewer/view_document.h"
 
 namespace vellum {
 
@@ -29,6 +30,12 @@ void image_strip_command(MainWindow& main, DocumentFrame& frame) {
     main.run(number);
   };
   (new StripWindow(frame, main.thumbnails(), main.services(), run, &main))->show();
+}
+
+void view_command(MainWindow& main, DocumentFrame& frame) {
+  const Services& services = main.services();
+  const auto& held = main.commands().by_key() ? services.shift_held : services.control_held;
+  view_document(frame.content(), held && held(), main.services(), &main);
 }
 
 }  // namespace vellum

@@ -62,7 +62,7 @@ void start(MainWindow& window, const StartOptions& options) {
     if (options.file.empty())
       show_start_screens(window);
     else
-      window.open_later(std::filesystem::absolute(options.file));
+      window.open_later(std::filesystem::absolute(options.file), options.view);
     return;
   }
   // Nobody is there to answer: what would be asked or told goes to standard error.

@@ -28,7 +28,7 @@
 namespace vellum {
 namespace {
 
-constexpr int kEditCommand = 205;
+constexpr int kEditCommand = 205, kViewCommand = 56;
 constexpr int kRetryInterval = 50;  // milliseconds until a queued file is tried again
 
 Services desktop_services(MainWindow& window, DesktopHost& desktop) {
@@ -39,7 +39,9 @@ Services desktop_services(MainWindow& window, DesktopHost& desktop) {
           [] { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier); },
           [&desktop] { return desktop.busy(); },
           [&window](const FileChoice& choice) { return ask_for_file(&window, choice); },
-          [&window](const std::filesystem::path& path) { window.recent().remember(path); }};
+          [&window](const std::filesystem::path& path) { window.recent().remember(path); },
+          {},
+          [] { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ControlModifier); }};
 }
 
 QString selection_text(std::size_t selected) {
@@ -189,12 +191,12 @@ bool MainWindow::open(const std::filesystem::path& path) {
   return opened;
 }
 
-void MainWindow::open_later(const std::filesystem::path& path) {
-  QTimer::singleShot(0, this, [this, path] {
+void MainWindow::open_later(const std::filesystem::path& path, bool view) {
+  QTimer::singleShot(0, this, [this, path, view] {
     if (services_.busy())
-      QTimer::singleShot(kRetryInterval, this, [this, path] { open_later(path); });
-    else
-      open(path);
+      QTimer::singleShot(kRetryInterval, this, [this, path, view] { open_later(path, view); });
+    else if (open(path) && view)
+      run(kViewCommand);
   });
 }
 

@@ -28,8 +28,8 @@ class MainWindow : public QMainWindow {
   void run(int number);
   /// Opens the file in a window of its own. False, after the user was told, when it can't be read.
   bool open(const std::filesystem::path& path);
-  /// The same, as soon as the program is idle.
-  void open_later(const std::filesystem::path& path);
+  /// The same, as soon as the program is idle; `view`: and shows it in its viewer.
+  void open_later(const std::filesystem::path& path, bool view = false);
   /// Shows a document in a window of its own; null, after the user was told, when there is no memory for one.
   DocumentFrame* add_document(DocumentWindow content);
 

@@ -4,6 +4,7 @@
 #include "core/frame_layer.h"
 #include "core/open_document.h"
 #include "image/graphic_file.h"
+#include "shell/file_dialogs.h"
 
 namespace vellum {
 namespace {
@@ -44,6 +45,20 @@ std::vector<Picture> read_picture_files(const std::vector<std::filesystem::path>
       break;
   }
   return pictures;
+}
+
+std::optional<std::filesystem::path> choose_picture_file(Services& services, const QString& title,
+                                                         const std::string& name) {
+  if (!services.choose_file) return std::nullopt;
+  auto path = services.choose_file({title.toStdString(), picture_filters(false).toStdString(), name, true});
+  if (path && GraphicFileType(path->string()) == kNoGraphicFile) *path += ".png";
+  return path;
+}
+
+bool write_picture_file(const std::filesystem::path& path, const Picture& picture, Host& host) {
+  if (GraphicFileWrite(path.string(), picture)) return true;
+  host.show(StringId::FileNotWritten, StringId::ErrorWritingFile);
+  return false;
 }
 
 }  // namespace vellum

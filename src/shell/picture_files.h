@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "base/host.h"
 #include "image/picture.h"
+#include "shell/services.h"
 
 namespace vellum {
 
@@ -15,5 +15,11 @@ std::vector<Picture> read_picture_files(const std::vector<std::filesystem::path>
 
 /// The picture of a file, of an animation or an MNG its first; null where it can't be read.
 Picture first_picture(const std::filesystem::path& file);
+/// Asks for a picture file to write; a name without a known extension gets that of a PNG. Empty when the user
+/// cancelled.
+std::optional<std::filesystem::path> choose_picture_file(Services& services, const QString& title,
+                                                         const std::string& name);
+/// Writes it in the format of its extension. False, after a message, when that fails.
+bool write_picture_file(const std::filesystem::path& path, const Picture& picture, Host& host);
 
 }  // namespace vellum

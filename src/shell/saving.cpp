@@ -35,13 +35,16 @@ Answer ask_about_file(Host& host, StringId id, const Document& document, bool ca
 
 }  // namespace
 
+bool is_document_extension(std::string_view extension) {
+  return std::ranges::any_of(kPictureExtensions,
+                             [&](std::string_view known) { return equal_ignoring_case(extension, known); });
+}
+
 fs::path with_kind_extension(const fs::path& name, DocumentKind kind) {
   const std::string present = name.extension().string();
   const std::string_view wanted = extension_of(kind);
   if (equal_ignoring_case(present, wanted)) return name;
-  const bool picture = std::ranges::any_of(
-      kPictureExtensions, [&](std::string_view known) { return equal_ignoring_case(present, known); });
-  fs::path result = picture ? fs::path(name).replace_extension() : name;
+  fs::path result = is_document_extension(present) ? fs::path(name).replace_extension() : name;
   return result += wanted;
 }
 

@@ -5,6 +5,9 @@
 
 namespace vellum {
 
+/// Whether files with this extension (".png") are opened as documents.
+bool is_document_extension(std::string_view extension);
+
 /// `name` with the extension that files of this kind carry: another picture extension is replaced, any other
 /// ending is part of the name.
 std::filesystem::path with_kind_extension(const std::filesystem::path& name, DocumentKind kind);

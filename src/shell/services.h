@@ -44,6 +44,8 @@ struct Services {
   std::function<void(const std::filesystem::path&)> remember_file = {};
   /// Whether the document is among the favorites.
   std::function<bool(const Document&)> is_favorite = {};
+  /// Whether the Control key is down at this moment.
+  std::function<bool()> control_held = {};
 };
 
 }  // namespace vellum

@@ -11,6 +11,7 @@
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
 #include "configuration/shell_settings.h"
+#include "shell/saving.h"
 #include "shell/style.h"
 #include "shell/text.h"
 
@@ -20,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kAddress = "file://";
+constexpr std::string_view kViewSwitch = "/V";
 
 struct OptionRow {
   std::string_view name;
@@ -31,6 +33,8 @@ struct OptionRow {
 constexpr OptionRow kOptions[] = {
     {"--help", nullptr, "show this text", [](StartOptions& o, const char*) { o.help = true; }},
     {"--version", nullptr, "show the version", [](StartOptions& o, const char*) { o.version = true; }},
+    {"--view", nullptr, "show FILE in its viewer, as a \"/V\" behind its name does",
+     [](StartOptions& o, const char*) { o.view = true; }},
     {"--screenshot", "OUT.png", "write a picture of the window with FILE open, and end",
      [](StartOptions& o, const char* value) { o.screenshot = value; }},
     {"--config", "FILE", "the configuration file of this run",
@@ -42,6 +46,17 @@ constexpr OptionRow kOptions[] = {
 bool exists(const fs::path& path) {
   std::error_code error;
   return fs::exists(path, error);
+}
+
+/// Takes a "/V" off the end of a name: one that stands behind a known extension, and is not part of a path.
+bool take_view_switch(std::string& name) {
+  if (!name.ends_with(kViewSwitch) || exists(name)) return false;
+  const std::string rest =
+      name.substr(0, name.find_last_not_of(' ', name.size() - kViewSwitch.size() - 1) + 1);
+  const std::string extension = fs::path(rest).extension().string();
+  if (!is_document_extension(extension)) return false;
+  name = rest;
+  return true;
 }
 
 bool is_set(const char* variable) {
@@ -97,6 +112,7 @@ StartOptions parse_arguments(std::span<const char* const> arguments) {
       row->apply(options, row->value ? arguments[++i] : nullptr);
     }
   }
+  if (take_view_switch(name)) options.view = true;
   if (!name.empty()) options.file = path_of_argument(name);
   return options;
 }

@@ -12,6 +12,7 @@ namespace vellum {
 
 struct StartOptions {
   bool help = false, version = false;
+  bool view = false;                  ///< the file opens in its viewer
   std::filesystem::path file;         ///< to open; empty without one
   std::filesystem::path screenshot;   ///< where to write a picture of the window; empty: stay and work
   std::filesystem::path config;       ///< configuration file of this run; empty: the user's

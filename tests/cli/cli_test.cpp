@@ -374,5 +374,31 @@ TEST_F(Tool, PlayWalksTheFramesAndWritesTheirCanvases) {
   EXPECT_EQ(std::ranges::count(vellum({"play", animation()}).output, '\n'), 2) << "one round";
 }
 
+TEST_F(Tool, PlayTellsStepsAndFailsWhereItCanNotWrite) {
+  const auto file = animation();
+  EXPECT_EQ(vellum({"play", file, "--steps", "3"}).output,
+            "0\t4\t0\t0\t100\n1\t5\t1\t100\t10\n2\t4\t0\t0\t100\n");
+  EXPECT_EQ(vellum({"play", file}).output, "0\t4\t0\t0\t100\n1\t5\t1\t100\t10\n");
+  std::ofstream(folder_ / "taken") << "x";
+  struct Case {
+    std::vector<std::string> words;
+    int status;
+  };
+  const Case cases[] = {
+      {{"play"}, 2},
+      {{"play", file, "--steps", "0"}, 2},
+      {{"play", file, "--steps", "many"}, 2},
+      {{"play", file, "--unknown"}, 2},
+      {{"play", folder_ / "none.png"}, 1},
+      {{"play", file, "--png", folder_ / "taken"}, 1},
+      {{"play", file, "--png", folder_ / "new/deep", "--steps", "1"}, 0},
+  };
+  for (const Case& c : cases) EXPECT_EQ(vellum(c.words).status, c.status) << "case " << &c - cases;
+  EXPECT_TRUE(fs::exists(folder_ / "new/deep/frame_00000.png"));
+  const auto colored = vellum(
+      {"--set", "DefaultBackgroundColour=255", "play", file, "--png", folder_ / "red", "--steps", "1"});
+  EXPECT_EQ(colored.status, 0) << colored.output;
+}
+
 }  // namespace
 }  // namespace vellum

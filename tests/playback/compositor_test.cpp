@@ -3,6 +3,7 @@
 #include "playback/compositor.h"
 
 #include <random>
+#include <sstream>
 
 #include "base/byte_order.h"
 #include "core/frame_values.h"
@@ -229,6 +230,53 @@ TEST(Compositor, CanvasesAreThoseOfTheRulesWhateverIsKept) {
     }
 }
 
+/// Going anywhere shows what playing would have shown there, whatever was composed before.
+TEST(Compositor, GoesToAnyFrame) {
+  for (const DocumentKind kind : kKinds) {
+    const DocumentWindow window = random_animation(kind, 5, 80);
+    const auto expected = plain_canvases(window, kind == DocumentKind::WEBP ? kBackground : 0xFFFFFF);
+    for (const std::uint64_t kept : {std::uint64_t{1} << 30, std::uint64_t{0}}) {
+      Compositor compositor(window.list, window.document, kept);
+      Dice dice(3);
+      for (int i = 0; i < 30; ++i) {
+        const std::uint32_t to = dice(80);
+        int left = static_cast<int>(dice(90));
+        if (!compositor.prepare(to, [&] { return left-- > 0; })) continue;
+        compositor.go_to(to);
+        const auto frame = compositor.next();
+        ASSERT_TRUE(frame && frame->ordinal == to && equal(frame->picture, expected[to])) << to;
+      }
+    }
+  }
+}
+
+/// On no ground a canvas laid over a color is, but for rounding, what was composed on that color.
+TEST(Compositor, ClearCanvasesLaidOverAColorAreThoseOfThatColor) {
+  constexpr Colour kGround = 0x20C040;
+  for (const DocumentKind kind : kKinds) {
+    const DocumentWindow window = random_animation(kind, 4, 25);
+    Compositor clear(window.list, window.document), solid(window.list, window.document);
+    // Half the way on the document's own color, then over to another in the middle.
+    for (int i = 0; i < 12; ++i) clear.next(), solid.next();
+    clear.set_ground({Ground::Kind::Clear, 0});
+    solid.set_ground({Ground::Kind::Solid, kGround});
+    for (std::uint32_t i = 12; i < 25; ++i) {
+      const auto over = clear.next(), on = solid.next();
+      ASSERT_TRUE(over && on && over->picture.bits() == 32 && over->ordinal == i);
+      for (std::uint32_t y = 0; y < kHigh; ++y)
+        for (std::uint32_t x = 0; x < kWide; ++x) {
+          const Colour pixel = PictureGetPixel(over->picture, x, y),
+                       whole = PictureGetPixel(on->picture, x, y);
+          for (int shift = 0; shift < 24; shift += 8) {
+            const int laid = static_cast<int>((pixel >> shift & 255) +
+                                              (kGround >> shift & 255) * (255 - (pixel >> 24)) / 255);
+            ASSERT_NEAR(laid, static_cast<int>(whole >> shift & 255), 12) << kind_letters(kind) << ' ' << i;
+          }
+        }
+    }
+  }
+}
+
 TEST(Compositor, NumbersFramesAndTheirTimes) {
   DocumentWindow window = random_animation(DocumentKind::APNG, 3, 3);
   const std::uint16_t delays[][2] = {{0, 0}, {1, 3}, {161, 5}};
@@ -279,6 +327,15 @@ const std::map<std::string, const char*> kOtherRules = {
     {"mng/gen-gm-2frames-delay10-loop3.mng", "the other player applies gAMA"},
 };
 
+/// The same for canvases that are not opaque.
+const std::map<std::string, const char*> kOtherMeans = {
+    {"apng/javapng-toucan-pallete-2frame.png",
+     "an indexed frame lies over the canvas, whatever its blending"},
+    {"mng/gen-gm-background-red.mng", "the other player applies gAMA"},
+    {"mng/gen-im-dispose-Background.mng", "what clears the canvas clears the last image's place"},
+    {"mng/l0pht-in_progress2.mng", "an image with alpha stands on the background and not on the canvas"},
+};
+
 bool is_opaque(const testing::TableRow& frame) {
   return frame.at("mean_rgba_premultiplied").ends_with(",255.00");
 }
@@ -305,6 +362,51 @@ TEST(Compositor, OpaqueCanvasesOfRealFilesAreThoseOfOtherPlayers) {
     }
   }
   EXPECT_GT(compared, 400u);
+}
+
+/// Means of red, green, blue (multiplied by alpha) and alpha.
+std::array<double, 4> means_of(const Picture& picture) {
+  std::array<double, 4> means{};
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    for (std::uint32_t x = 0; x < picture.width(); ++x) {
+      const Colour pixel = PictureGetPixel(picture, x, y);
+      for (std::size_t c = 0; c < 4; ++c) means[c] += pixel >> 8 * c & 255;
+    }
+  for (double& mean : means) mean /= static_cast<double>(picture.width()) * picture.height();
+  return means;
+}
+
+/// Canvases that let something through, composed on no ground: on the average what the other players have.
+TEST(Compositor, ClearCanvasesOfRealFilesHaveTheMeansOfOtherPlayers) {
+  VELLUM_NEEDS_CORPUS();
+  std::size_t compared = 0;
+  for (const auto& row : testing::corpus_rows({"apng", "webp", "mng"})) {
+    const std::string& path = row.at("path");
+    const auto frames = testing::corpus_frames(path);
+    Recorder recorder;
+    DocumentWindow window;
+    if (std::ranges::all_of(frames, is_opaque) || kOtherRules.contains(path) || kOtherMeans.contains(path) ||
+        !open_document(window, testing::corpus_file(row), recorder.host))
+      continue;
+    Compositor compositor(window.list, window.document);
+    compositor.set_ground({Ground::Kind::Clear, 0});
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      const auto frame = compositor.next();
+      ASSERT_TRUE(frame && frame->picture.bits() == 32) << path << " frame " << i;
+      if (is_opaque(frames[i])) continue;
+      std::istringstream expected(frames[i].at("mean_rgba_premultiplied"));
+      const auto means = means_of(frame->picture);
+      for (const double mean : means) {
+        double other = 0;
+        expected >> other;
+        expected.ignore();
+        // Every product is truncated, in each frame that something shows through.
+        EXPECT_NEAR(mean, other, 1.5) << path << ' ' << i;
+      }
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 100u);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The order in which frames play: each case is a list of entries in short form and the images that are found.
 #include "playback/frame_walk.h"
 
+#include <set>
 #include <sstream>
 
 #include "core/settings.h"
@@ -137,6 +138,56 @@ TEST(FrameWalk, StepsBackAlongTheListAndRewindsWithItsLoops) {
   EXPECT_EQ(walked(walk, window), "3 5 3 5 7 3 5 3 5 7 .");
   step_walk_back(walk, window.list, window.document.kind);
   EXPECT_EQ(walked(walk, window, 1), "5 ") << "in front of the frame shown last";
+}
+
+TEST(FrameWalk, ATermOfTheLargestCountHasNoEnd) {
+  const DocumentWindow window = mng_of("T2147483647 I");
+  FrameWalk walk = begin_walk(window.list, window.document);
+  EXPECT_EQ(walked(walk, window, 4), "2 2 2 2 ");
+  EXPECT_TRUE(walk.repeats);
+}
+
+/// Where playing meets an image first, a walk straight to it stands too, and goes on alike.
+TEST(FrameWalk, StraightToAnImage) {
+  for (const char* words :
+       {"I x I I", "T2 I L0:3 I x I E0 I", "L0:2 L1:3 I E1 I E0 I", "I L0:0 I E0 I L0:2 I E0"}) {
+    const DocumentWindow window = mng_of(words);
+    FrameWalk played = begin_walk(window.list, window.document);
+    std::set<std::size_t> seen;
+    std::vector<std::size_t> order;
+    while (const auto found = next_image(played, window.list, window.document.kind)) {
+      if (!seen.insert(*found).second) continue;
+      std::vector<std::size_t> passed;
+      FrameWalk straight = walk_to(window.list, window.document, *found, passed);
+      EXPECT_EQ(passed, order) << words;
+      EXPECT_EQ(next_image(straight, window.list, window.document.kind), *found) << words;
+      order.push_back(*found);
+      if (seen.size() == 1) {
+        FrameWalk same = played;
+        EXPECT_EQ(walked(straight, window), walked(same, window)) << words;
+      }
+    }
+  }
+  const DocumentWindow skipped = mng_of("I L0:0 I E0 I");
+  std::vector<std::size_t> passed;
+  FrameWalk walk = walk_to(skipped.list, skipped.document, 3, passed);
+  EXPECT_EQ(walked(walk, skipped), "3 5 .") << "an image in a loop of no rounds";
+}
+
+TEST(FrameWalk, DeepAndWildLoopsComeToAnEnd) {
+  std::string deep, wild;
+  for (int i = 0; i < 2000; ++i) deep += "L" + std::to_string(i % 200) + ":1 ";
+  for (int i = 0; i < 2000; ++i) wild += "L0:2147483647 E1 L3:1 E0 ";
+  deep += "I ";
+  for (int i = 2000; i-- > 0;) deep += "E" + std::to_string(i % 200) + " ";
+  for (const std::string& words : {deep + "I", wild + "I"}) {
+    const DocumentWindow window = mng_of(words);
+    FrameWalk walk = begin_walk(window.list, window.document);
+    std::size_t images = 0;
+    while (images < 100 && next_image(walk, window.list, window.document.kind)) ++images;
+    EXPECT_GE(images, 1u);
+    EXPECT_LT(images, 100u);
+  }
 }
 
 }  // namespace

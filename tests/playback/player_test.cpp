@@ -1,6 +1,7 @@
 // The player's states and its timing, with a clock of our own.
 #include "playback/player.h"
 
+#include "playback/interlace_passes.h"
 #include "support/documents.h"
 
 namespace vellum {
@@ -92,6 +93,76 @@ TEST(Player, ADocumentWithoutImagesIsOverAtOnce) {
   player.step_back({});
   player.rewind({});
   EXPECT_EQ(player.state(), PlayerState::Ended);
+}
+
+TEST(Player, SeeksInSlicesAndGoesOnOnAnotherGround) {
+  const DocumentWindow window = webp_of(std::vector<std::uint32_t>(100, 1000));
+  std::uint64_t now = 0;
+  // Whoever looks at the clock finds that 5 ms have passed: a slice holds some frames.
+  Player player(window.list, window.document, [&] { return now += 5; });
+  std::vector<std::uint32_t> shown;
+  const auto paint = [&](const ShownFrame& frame) { shown.push_back(frame.ordinal); };
+  player.play();
+  player.tick(paint);
+  player.seek(70);
+  std::size_t slices = 0;
+  while (player.is_waiting() && ++slices < 1000) player.tick(paint);
+  EXPECT_GT(slices, 5u);
+  EXPECT_LT(slices, 70u);
+  EXPECT_EQ(shown, (std::vector<std::uint32_t>{0, 70}));
+  EXPECT_EQ(player.state(), PlayerState::Paused);
+  player.seek(4'000'000'000);
+  while (player.is_waiting()) player.tick(paint);
+  EXPECT_EQ(shown.back(), 99u);
+  player.seek(10);
+  player.step_back(paint);
+  EXPECT_FALSE(player.is_waiting()) << "a step gives up what was sought";
+  EXPECT_EQ(shown.back(), 98u);
+  player.play();
+  player.set_ground({Ground::Kind::Clear, 0});
+  std::optional<std::uint32_t> wait;
+  for (int i = 0; i < 1000 && player.is_waiting(); ++i) wait = player.tick(paint);
+  EXPECT_EQ(player.shown().picture.bits(), 32u);
+  EXPECT_EQ(player.state(), PlayerState::Playing);
+  ASSERT_TRUE(wait);
+  EXPECT_GT(*wait, 900u);
+  EXPECT_TRUE(player.tick(paint));
+  EXPECT_EQ(shown.back(), 99u);
+}
+
+TEST(Player, SpeedShortensDelays) {
+  struct Case {
+    int changes;
+    std::uint32_t delay, wait;
+  };
+  const Case cases[] = {{0, 100, 100}, {2, 100, 50}, {-1, 300, 400},   {99, 100, 6},
+                        {99, 1, 1},    {-99, 0, 1},  {-99, 100, 1000}, {-99, 4'000'000'000, 4'294'967'295},
+                        {4, 80, 10},   {3, 50, 12}};
+  for (const Case& c : cases) {
+    const DocumentWindow window = webp_of({c.delay});
+    Player player(window.list, window.document, [] { return 0; });
+    for (int i = 0; i < std::abs(c.changes); ++i) player.change_speed(c.changes < 0 ? -1 : 1);
+    player.play();
+    EXPECT_EQ(player.tick({}), c.wait) << c.changes << " steps, " << c.delay << " ms";
+  }
+}
+
+/// A picture whose pixels tell their place, after each pass, by the rule that each pixel shows the nearest
+/// one that has come to its upper left.
+TEST(Player, PassesOfAnInterlacedStill) {
+  constexpr std::uint32_t kWide[] = {8, 4, 4, 2, 2, 1, 1}, kHigh[] = {8, 8, 4, 4, 2, 2, 1};
+  for (const std::uint32_t bits : {1u, 8u, 24u}) {
+    const Picture picture = testing::small_picture(13, 11, bits);
+    for (unsigned pass = 1; pass <= 7; ++pass) {
+      const Picture seen = picture_after_pass(picture, pass);
+      for (std::uint32_t y = 0; y < 11; ++y)
+        for (std::uint32_t x = 0; x < 13; ++x)
+          ASSERT_EQ(PictureGetPixel(seen, x, y),
+                    PictureGetPixel(picture, x - x % kWide[pass - 1], y - y % kHigh[pass - 1]))
+              << bits << " bits, pass " << pass << ", " << x << ", " << y;
+    }
+  }
+  EXPECT_FALSE(picture_after_pass({}, 3));
 }
 
 }  // namespace

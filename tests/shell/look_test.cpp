@@ -43,7 +43,7 @@ TEST_F(LookTest, EachGroundIsAnotherAndFillsTheArea) {
     settings::MDIClientBackground = choice;
     const QImage image = ground(background);
     for (const QImage& other : seen)
-      EXPECT_NE(image, other) << background_choices()[static_cast<std::size_t>(choice)].label;
+      EXPECT_NE(image, other) << background_choices()[static_cast<std::size_t>(choice)].name;
     for (const QPoint corner : {QPoint(0, 0), QPoint(63, 47)})
       EXPECT_NE(image.pixelColor(corner), QColor(Qt::magenta)) << choice;
     seen.push_back(image);

@@ -76,6 +76,7 @@ Services Answers::services() {
   services.shift_held = [this] { return shift; };
   services.busy = [this] { return busy; };
   services.choose_file = [this](const FileChoice&) { return file; };
+  services.control_held = [this] { return control; };
   return services;
 }
 

@@ -20,7 +20,7 @@ struct Answers {
   std::vector<SaveChoice> saveChoices;
   std::vector<std::filesystem::path> pictures;
   std::optional<bool> severalPictures;  ///< as it was asked for
-  bool shift = false;
+  bool shift = false, control = false;
   bool busy = false;
 
   Services services();

@@ -21,6 +21,7 @@ TEST(StartUp, TakesOptionsOutAndJoinsTheRestIntoOneName) {
     const char* file;
     const char* screenshot;
     bool fails;
+    bool view = false;
   };
   const Case cases[] = {
       {{}, "", "", false},
@@ -33,6 +34,11 @@ TEST(StartUp, TakesOptionsOutAndJoinsTheRestIntoOneName) {
       {{"--unknown", "a.png"}, "", "", true},
       {{"--", "--help"}, "--help", "", false},
       {{"/V/x.png"}, "/V/x.png", "", false},
+      {{"--view", "a.png"}, "a.png", "", false, true},
+      {{"a b.PNG/V"}, "a b.PNG", "", false, true},
+      {{"a.mng", "/V"}, "a.mng", "", false, true},
+      {{"/V"}, "/V", "", false},
+      {{"folder/V"}, "folder/V", "", false},
   };
   for (const Case& c : cases) {
     const StartOptions options = parse_arguments(c.arguments);
@@ -40,6 +46,7 @@ TEST(StartUp, TakesOptionsOutAndJoinsTheRestIntoOneName) {
     EXPECT_FALSE(options.help);
     if (c.fails) continue;
     EXPECT_EQ(options.file, c.file) << "case " << &c - cases;
+    EXPECT_EQ(options.view, c.view) << "case " << &c - cases;
     EXPECT_EQ(options.screenshot, c.screenshot) << "case " << &c - cases;
   }
 }

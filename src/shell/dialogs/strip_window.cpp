@@ -13,6 +13,7 @@
 #include "image/graphic_file.h"
 #include "shell/file_dialogs.h"
 #include "shell/forms/form_dialog.h"
+#include "shell/picture_files.h"
 #include "shell/style.h"
 #include "shell/text.h"
 
@@ -147,15 +148,10 @@ bool StripWindow::save_strip() {
   FilmStrip strip;
   if (services_.busy() || !services_.choose_file || !ask_for_cells(tr("Save strip"), true, strip))
     return false;
-  auto path = services_.choose_file({tr("Save strip").toStdString(), picture_filters(false).toStdString(),
-                                     strip_name(frame_.document()), true});
+  const auto path = choose_picture_file(services_, tr("Save strip"), strip_name(frame_.document()));
   if (!path) return false;
-  if (GraphicFileType(path->string()) == kNoGraphicFile) *path += ".png";
   const Picture picture = film_strip(frame_.content(), strip, services_.host);
-  if (!picture) return false;
-  if (GraphicFileWrite(path->string(), picture)) return true;
-  services_.host.show(StringId::FileNotWritten, StringId::ErrorWritingFile);
-  return false;
+  return picture && write_picture_file(*path, picture, services_.host);
 }
 
 bool StripWindow::insert_from_strip() {
