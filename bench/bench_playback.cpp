@@ -1,7 +1,6 @@
 // Playing: composing frames, painting them, and going far into a long list.
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <QPainter>
 #include <cstring>
 
@@ -15,15 +14,6 @@ namespace vellum::bench {
 namespace {
 
 constexpr std::uint32_t kWide = 1280, kHigh = 720;
-
-/// Windows that nobody sees.
-void need_desktop() {
-  static int count = 1;
-  static char name[] = "vellum_bench";
-  static char* arguments[] = {name, nullptr};
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  static QApplication application(count, arguments);
-}
 
 /// An animated PNG of 1280 x 720, 32 bits, each frame over the one before. `different` pictures take turns.
 DocumentWindow large_frames(std::size_t frames, std::size_t different) {
@@ -80,7 +70,6 @@ BENCHMARK(decode_large_frame)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// What one beat of a viewer costs on a frame that is kept: converted and painted.
 void show_cached_frame(benchmark::State& state) {
-  need_desktop();
   ViewerCanvas canvas;
   canvas.resize(kWide, kHigh);
   canvas.show();
@@ -94,7 +83,6 @@ BENCHMARK(show_cached_frame)->Unit(benchmark::kMillisecond)->UseRealTime();
 /// A first round: composed, converted and painted. 60 frames a second leave 16.6 ms.
 void play_large_frames(benchmark::State& state) {
   const DocumentWindow window = large_frames(60, 4);
-  need_desktop();
   ViewerCanvas canvas;
   canvas.resize(kWide, kHigh);
   canvas.show();

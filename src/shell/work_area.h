@@ -25,7 +25,6 @@ class WorkArea : public QMdiArea {
  protected:
   void paintEvent(QPaintEvent* event) override;
   bool viewportEvent(QEvent* event) override;
-  void paintEvent(QPaintEvent* event) override;
 
  private:
   QPoint next_place(QSize size) const;
