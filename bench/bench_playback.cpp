@@ -1,6 +1,7 @@
 // Playing: composing frames, painting them, and going far into a long list.
 #include <benchmark/benchmark.h>
 
+#include <QApplication>
 #include <QPainter>
 #include <cstring>
 

@@ -7,7 +7,6 @@
 #include "shell/icon.h"
 #include "shell/style.h"
 #include "shell/text.h"
-#include "shell/work_area_ground.h"
 
 namespace vellum {
 namespace {

@@ -42,7 +42,8 @@ QString filter_of(const Format& format) {
 QString pictures_folder() {
   const QString last = to_qt(settings::OpenImportPath);
   if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
-  return folder_that_exists(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation));
+  const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
 }
 QString start_folder() { return usable_folder(settings::OpenPath); }
 
@@ -82,7 +83,7 @@ QString open_filters() {
 
 std::optional<std::filesystem::path> ask_for_open(QWidget* parent) {
   const QStringList filters = open_filters().split(QStringLiteral(";;"));
-  QFileDialog dialog(parent, QObject::tr("Open"), folder_that_exists(start_folder()));
+  QFileDialog dialog(parent, QObject::tr("Open"), start_folder());
   dialog.setFileMode(QFileDialog::ExistingFile);
   const QStringList names = ask_with_preview(dialog, filters, settings::OpenFilterIndex);
   if (names.isEmpty()) return std::nullopt;
