@@ -212,21 +212,4 @@ bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKi
   return true;
 }
 
-bool make_frames_whole(DocumentWindow& window, Host& host) {
-  std::vector<FrameLayer> frames;
-  if (!gather(window, frames, host) || !compose(frames, document_size(window.list, window.document), host))
-    return false;
-  ChunkList list = window.list;
-  auto frame = frames.begin();
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    if (!is_image_entry(window.document.kind, list.record(i).tag)) continue;
-    ChunkRecord record;
-    if (!frame_record_of(window, *frame++, record))
-      return fail(host, "memory is exhausted", FaultKind::Limit);
-    chunk_list_put(list, i, record);
-  }
-  window.list = std::move(list);
-  return true;
-}
-
 }  // namespace vellum

@@ -14,8 +14,4 @@ namespace vellum {
 /// exhausted.
 bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKind kind, Host& host);
 
-/// Makes each frame of an animation the whole canvas that a player shows for it. False, with the reason given
-/// to the host and the document as it was, when there are none or memory is exhausted.
-bool make_frames_whole(DocumentWindow& window, Host& host);
-
 }  // namespace vellum

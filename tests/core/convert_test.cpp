@@ -119,32 +119,5 @@ TEST(Convert, OffsetsStayWhereTheKindHasThemAndCanvasesAreMadeWhereNot) {
   EXPECT_EQ(host.take_fault(), "the document has several images");
 }
 
-TEST(Convert, FramesBecomeWholeCanvasesInTheirPlaces) {
-  for (const DocumentKind kind : {DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP}) {
-    DocumentWindow window = testing::small_document(kind, 2, 6);
-    const std::string tags = testing::tags_of(window.list);
-    std::vector<std::size_t> images;
-    for (std::size_t i = 0; i < window.list.size(); ++i)
-      if (is_image_entry(kind, window.list.record(i).tag)) images.push_back(i);
-    const Picture first = picture_of(window.list.record(images[0]));
-    ChunkRecord record;
-    ASSERT_TRUE(frame_record_of(window, {testing::small_picture(2, 2, 24, 7), {1, 1}, 50, 0, true}, record));
-    chunk_list_put(window.list, images[1], record);
-    Host host;
-    ASSERT_TRUE(make_frames_whole(window, host));
-    EXPECT_EQ(testing::tags_of(window.list), tags);
-    const Picture whole = picture_of(window.list.record(images[1]));
-    EXPECT_EQ(whole.width(), 6u);
-    EXPECT_EQ(PictureGetPixel(whole, 5, 3), PictureGetPixel(first, 5, 3)) << kind_letters(kind);
-    EXPECT_EQ(PictureGetPixel(whole, 1, 1) & 0xFFFFFF,
-              PictureGetPixel(testing::small_picture(2, 2, 24, 7), 0, 0) & 0xFFFFFF);
-    EXPECT_EQ(frame_delay_ms(window.list.record(images[1]), kind, ticks_per_second(window.list)), 50u);
-  }
-  DocumentWindow none;
-  none.document.kind = DocumentKind::APNG;
-  Host host;
-  EXPECT_FALSE(make_frames_whole(none, host));
-}
-
 }  // namespace
 }  // namespace vellum

@@ -1,6 +1,6 @@
 #include "shell/viewer/view_document.h"
 
-#include "core/convert_records.h"
+#include "operations/reconstruct.h"
 #include "shell/viewer/viewer_window.h"
 
 namespace vellum {
@@ -15,7 +15,7 @@ bool view_document(const DocumentWindow& window, bool whole_frames, Services& se
     return true;
   }
   DocumentWindow temporary = duplicate_document(window, string_text(StringId::TemporaryPrefix));
-  if (!make_frames_whole(temporary, services.host)) {
+  if (!reconstruct_frames(temporary, CanvasDepth::AsNeeded, services.host)) {
     services.host.show(StringId::ErrorAccessingChunk, {}, services.host.take_fault());
     return false;
   }
