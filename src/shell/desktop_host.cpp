@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include "configuration/shell_settings.h"
 #include "shell/message_box.h"
 #include "shell/text.h"
 
@@ -50,12 +51,15 @@ Answer DesktopHost::ask(const Message& message, bool cancel) {
 
 void DesktopHost::begin(std::string_view caption) {
   operation_.begin();
-  status_.progress_begin();
+  begun_.start();
   status_.set_caption(to_qt(caption));
 }
 
 void DesktopHost::step(std::uint64_t done, std::uint64_t total) {
-  status_.progress_step(done, total);
+  if (begun_.elapsed() >= std::clamp(settings::DialogDelay, 0, 10'000)) {
+    status_.progress_begin();
+    status_.progress_step(done, total);
+  }
   operation_.pump();
 }
 

@@ -1,6 +1,7 @@
 // Host for the desktop: messages and questions as boxes, progress in the status line.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QWidget>
 
@@ -31,6 +32,7 @@ class DesktopHost {
   QWidget& window_;
   StatusLine& status_;
   LongOperation operation_;
+  QElapsedTimer begun_;
 };
 
 }  // namespace vellum

@@ -96,7 +96,13 @@ std::optional<Picture> paint_elsewhere(QWidget* parent, const Picture& picture, 
     services.host.show(StringId::PaintNotStarted);
     return std::nullopt;
   }
-  if (WaitingBox(file.path, parent).exec() != QDialog::Accepted) return std::nullopt;
+  const int answer = WaitingBox(file.path, parent).exec();
+  // The other program has to have let go of the screen.
+  QTimer::singleShot(std::clamp(settings::AppToFrontDelay, 0, 5'000), parent, [parent] {
+    parent->raise();
+    parent->activateWindow();
+  });
+  if (answer != QDialog::Accepted) return std::nullopt;
   Picture painted = GraphicFileRead(file.path.string());
   if (painted) return painted;
   services.host.show(StringId::ErrorReadingFile);

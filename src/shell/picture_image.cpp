@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "configuration/shell_settings.h"
 #include "core/picture_fitting.h"
 #include "image/picture_rows.h"
 #include "image/png_form.h"
@@ -98,8 +99,14 @@ QImage upside_down_image(const Picture& picture) {
 
 QImage scaled_image(const Picture& picture, QSize size) {
   if (!picture || size.isEmpty()) return {};
-  const auto mode = is_whole_enlargement(picture, size) ? Qt::FastTransformation : Qt::SmoothTransformation;
-  return upside_down_image(picture).scaled(size, Qt::IgnoreAspectRatio, mode).mirrored();
+  const bool hard = settings::AntiAliasMode == 0 || is_whole_enlargement(picture, size);
+  QImage image = upside_down_image(picture);
+  // Few of the pixels are looked at where that has to be enough.
+  const QSize rough = 2 * size;
+  if (settings::AntiAliasMode == 1 && image.width() > rough.width() && image.height() > rough.height())
+    image = image.scaled(rough, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+  return image.scaled(size, Qt::IgnoreAspectRatio, hard ? Qt::FastTransformation : Qt::SmoothTransformation)
+      .mirrored();
 }
 
 QImage image_of_picture(const Picture& picture) { return upside_down_image(picture).mirrored(); }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "configuration/shell_settings.h"
 #include "core/chunk_description.h"
 #include "core/chunk_layout.h"
 #include "shell/text.h"
@@ -63,7 +64,7 @@ void paint_text(QPainter& painter, const RowText& text, const QRect& row, const 
   rest.setLeft(row.left() + kTextGap + metrics.horizontalAdvance(label));
   rest.setRight(row.right() - kRightMargin);
   if (rest.width() <= 0) return;
-  painter.setPen(colours.text);
+  painter.setPen(settings::MonoListText != 0 ? colours.label : colours.text);
   painter.drawText(rest, Qt::AlignLeft | Qt::TextSingleLine,
                    metrics.elidedText(to_qt(text.text), Qt::ElideRight, rest.width()));
 }

@@ -49,7 +49,7 @@ TEST(ViewerGeometry, OpensAtTheStatedSizeAndZoom) {
   };
   for (const Case& c : cases) {
     const ViewerOpening opening =
-        viewer_opening({c.canvas, {96, 96}, c.frame, c.bar, c.strip, c.screen, c.adjust});
+        viewer_opening({c.canvas, {96, 96}, c.frame, c.bar, c.strip ? kStripHeight : 0, c.screen, c.adjust});
     EXPECT_EQ(opening.zoom, c.zoom) << "case " << &c - cases;
     EXPECT_EQ(opening.inside, c.inside)
         << "case " << &c - cases << ": " << opening.inside.width() << " x " << opening.inside.height();

@@ -40,20 +40,22 @@ void ViewerCanvas::set_ground(const QColor& around, bool checkered) {
   viewport()->update();
 }
 
+QSize ViewerCanvas::room() const { return (QSizeF(viewport()->size()) * devicePixelRatioF()).toSize(); }
+
 QRect ViewerCanvas::frame_place() const {
-  return frame_rect(zoomed_size(image_.size(), zoom_), viewport()->size(),
+  return frame_rect(zoomed_size(image_.size(), zoom_), room(),
                     {horizontalScrollBar()->value(), verticalScrollBar()->value()}, middle_);
 }
 
 void ViewerCanvas::update_scroll_bars() {
   const QSize size = image_.isNull() ? QSize() : zoomed_size(image_.size(), zoom_);
-  const auto set = [](QScrollBar* bar, int frame, int room) {
-    bar->setRange(0, std::max(frame - room, 0));
-    bar->setPageStep(room);
+  const auto set = [](QScrollBar* bar, int frame, int seen) {
+    bar->setRange(0, std::max(frame - seen, 0));
+    bar->setPageStep(seen);
     bar->setSingleStep(kScrollStep);
   };
-  set(horizontalScrollBar(), size.width(), viewport()->width());
-  set(verticalScrollBar(), size.height(), viewport()->height());
+  set(horizontalScrollBar(), size.width(), room().width());
+  set(verticalScrollBar(), size.height(), room().height());
 }
 
 void ViewerCanvas::set_zoom(int percent) { set_zoom(percent, QRectF(viewport()->rect()).center()); }
@@ -61,6 +63,7 @@ void ViewerCanvas::set_zoom(int percent) { set_zoom(percent, QRectF(viewport()->
 void ViewerCanvas::set_zoom(int percent, QPointF anchor) {
   percent = std::clamp(percent, kLeastZoom, kMostZoom);
   if (percent == zoom_) return;
+  anchor *= devicePixelRatioF();
   const QPointF inside = (anchor - frame_place().topLeft()) * percent / zoom_;
   zoom_ = percent;
   reduced_ = {};
@@ -79,7 +82,8 @@ void ViewerCanvas::step_zoom(int direction, QPointF anchor) {
 }
 
 void ViewerCanvas::fit() {
-  if (!image_.isNull()) set_zoom(fitting_zoom(image_.size(), maximumViewportSize()));
+  if (!image_.isNull())
+    set_zoom(fitting_zoom(image_.size(), (QSizeF(maximumViewportSize()) * devicePixelRatioF()).toSize()));
 }
 
 void ViewerCanvas::set_middle(bool middle) {
@@ -96,13 +100,17 @@ void ViewerCanvas::resizeEvent(QResizeEvent*) { update_scroll_bars(); }
 
 void ViewerCanvas::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
+  const double ratio = devicePixelRatioF();
+  painter.scale(1 / ratio, 1 / ratio);
+  const QRect area =
+      QRectF(QPointF(event->rect().topLeft()) * ratio, QSizeF(event->rect().size()) * ratio).toAlignedRect();
   const QRect whole = image_.isNull() ? QRect() : frame_place();
-  const QRect seen = whole & event->rect();
-  for (const QRect& part : QRegion(event->rect()) - seen) painter.fillRect(part, around_);
+  const QRect seen = whole & area;
+  for (const QRect& part : QRegion(area) - seen) painter.fillRect(part, around_);
   if (seen.isEmpty()) return;
   if (image_.hasAlphaChannel()) {
     if (checkered_)
-      paint_checkers(painter, whole & viewport()->rect());
+      paint_checkers(painter, whole & QRect(QPoint(), room()));
     else
       painter.fillRect(seen, around_);
   }
@@ -130,7 +138,7 @@ void ViewerCanvas::mousePressEvent(QMouseEvent* event) {
 
 void ViewerCanvas::mouseMoveEvent(QMouseEvent* event) {
   const QPoint place = event->position().toPoint();
-  if (dragging_) scroll_by(std::exchange(dragFrom_, place) - place);
+  if (dragging_) scroll_by((std::exchange(dragFrom_, place) - place) * devicePixelRatioF());
 }
 
 void ViewerCanvas::mouseReleaseEvent(QMouseEvent*) { dragging_ = false; }

@@ -1,4 +1,5 @@
-// The part of a viewer that shows the frame, at any zoom.
+// The part of a viewer that shows the frame, at any zoom. A frame's pixel at 100 percent is one of the
+// screen's, whatever the desktop's scale factor is: places and scroll values count those.
 #pragma once
 
 #include <QAbstractScrollArea>
@@ -28,6 +29,7 @@ class ViewerCanvas : public QAbstractScrollArea {
   void fit();
   /// The frame lies in the middle of the height too.
   void set_middle(bool middle);
+  /// In the viewport.
   QRect frame_place() const;
   void scroll_by(QPoint pixels);
 
@@ -48,6 +50,7 @@ class ViewerCanvas : public QAbstractScrollArea {
   void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
+  QSize room() const;
   void update_scroll_bars();
 
   Picture picture_;

@@ -16,8 +16,7 @@ std::int64_t share(std::int64_t limit, std::int64_t need) {
 }  // namespace
 
 ViewerOpening viewer_opening(const ViewerRoom& room) {
-  const int strip = room.strip ? kStripHeight : 0;
-  const QSize need = room.canvas.expandedTo(room.least) + room.frame + QSize(0, strip);
+  const QSize need = room.canvas.expandedTo(room.least) + room.frame + QSize(0, room.strip);
   // The bar stands beside the picture's need: the limit is what it leaves.
   const QSize limit(limit_of(room.screen.width()), limit_of(room.screen.height()) - room.bar.height());
   ViewerOpening opening;
@@ -27,7 +26,7 @@ ViewerOpening viewer_opening(const ViewerRoom& room) {
     opening.zoom = static_cast<int>(std::clamp<std::int64_t>(zoom, kLeastZoom, 100));
     picture = zoomed_size(room.canvas, opening.zoom);
   }
-  const QSize inside = picture + QSize(0, strip + room.bar.height());
+  const QSize inside = picture + QSize(0, room.strip + room.bar.height());
   const QSize most =
       (room.adjust ? room.screen : QSize(limit.width(), limit_of(room.screen.height()))) - room.frame;
   opening.inside = inside.expandedTo(QSize(room.bar.width(), 0)).boundedTo(most);

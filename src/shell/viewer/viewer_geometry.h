@@ -1,5 +1,5 @@
 // The arithmetic of a viewer: how large its window opens and at which zoom, where the frame lies in it, and
-// what a place on the progress strip means. Pixels, and zooms in percent.
+// what a place on the progress strip means. Pixels of the screen, and zooms in percent.
 #pragma once
 
 #include <QRect>
@@ -15,7 +15,7 @@ struct ViewerRoom {
   QSize least;         ///< of the part that shows the canvas
   QSize frame{0, 0};   ///< what the desktop draws around the window, both sides together
   QSize bar{0, 0};     ///< least width and height of the buttons; empty without them
-  bool strip = false;  ///< a progress strip below
+  int strip = 0;       ///< height of the progress strip below; 0 without one
   QSize screen;        ///< what of it is free
   bool adjust = true;  ///< what is too large is shown smaller
 };

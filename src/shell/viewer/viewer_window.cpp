@@ -221,14 +221,16 @@ void ViewerWindow::fill_bar() {
 
 void ViewerWindow::open_at(const QWidget* beside) {
   const QRect free = (beside ? beside->screen() : screen())->availableGeometry();
+  const double ratio = devicePixelRatioF();
+  const auto pixels = [ratio](QSize size) { return (QSizeF(size) * ratio).toSize(); };
   ViewerRoom room{qt_size(player_.compositor().values().canvas),
                   {std::max(settings::MinViewWidth, 1), std::max(settings::MinViewDepth, 1)},
-                  frame_around(beside),
+                  pixels(frame_around(beside)),
                   {0, 0},
-                  strip_->isVisibleTo(this),
-                  free.size(),
+                  strip_->isVisibleTo(this) ? pixels({0, kStripHeight}).height() : 0,
+                  pixels(free.size()),
                   settings::ViewWindowSizeAdjust != 0};
-  if (bar_->isVisibleTo(this)) room.bar = bar_->sizeHint();
+  if (bar_->isVisibleTo(this)) room.bar = pixels(bar_->sizeHint());
   const ViewerOpening opening = viewer_opening(room);
   canvas_->set_zoom(opening.zoom);
   // A pixel more or less that the zoom leaves over needs no bars.
@@ -236,8 +238,8 @@ void ViewerWindow::open_at(const QWidget* beside) {
     canvas_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     canvas_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   }
-  resize(opening.inside);
-  const QSize outer = opening.inside + room.frame;
+  resize((QSizeF(opening.inside) / ratio).toSize());
+  const QSize outer = size() + frame_around(beside);
   move(free.topLeft() + QPoint((free.width() - outer.width()) / 2, (free.height() - outer.height()) / 2));
 }
 
