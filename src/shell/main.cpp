@@ -10,6 +10,7 @@
 #include "shell/icon.h"
 #include "shell/main_window.h"
 #include "shell/start/start_screens.h"
+#include "shell/program_style.h"
 #include "shell/start_up.h"
 #include "shell/text.h"
 
@@ -89,6 +90,7 @@ int main(int argc, char** argv) {
   const QtMessageHandler handler = qInstallMessageHandler(tell_fatal);
   QApplication application(argc, argv);
   qInstallMessageHandler(handler);
+  QApplication::setStyle(new ProgramStyle);
   // Numbers in texts and files have a point whatever the desktop's language is.
   std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName(QStringLiteral("vellumcraft"));
