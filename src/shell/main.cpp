@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <clocale>
 #include <cstdio>
+#include <new>
 
 #include "shell/default_folders.h"
 #include "shell/help/help_window.h"
@@ -105,7 +106,12 @@ int main(int argc, char** argv) {
   fill_default_folders();
   register_icons();
   install_help();
-  MainWindow window;
-  start(window, options);
-  return QApplication::exec();
+  try {
+    MainWindow window;
+    start(window, options);
+    return QApplication::exec();
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "%s\n", string_text(StringId::NoWindow).data());
+    return 1;
+  }
 }
