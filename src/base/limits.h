@@ -23,6 +23,12 @@ inline constexpr std::size_t kMaximumTextBytesOfFile = std::size_t{64} << 20;
 inline constexpr std::uint64_t kMaximumIdentityFile = std::uint64_t{1} << 20;
 /// Most bytes of composed frames that a view keeps; beyond that frames are composed again when they are shown.
 inline constexpr std::uint64_t kMaximumComposedBytes = std::uint64_t{1} << 30;
+/// Most bytes of pictures and payloads that undo levels alone hold.
+inline constexpr std::uint64_t kMaximumUndoBytes = std::uint64_t{1} << 30;
+/// Largest copy of a changed document that is kept for recovery, in bytes.
+inline constexpr std::uint64_t kMaximumRecoveryBytes = std::uint64_t{4} << 30;
+/// Bytes that a copy for recovery leaves free on its disk.
+inline constexpr std::uint64_t kRecoveryLeavesFree = std::uint64_t{256} << 20;
 /// Most entries of a chunk list.
 inline constexpr std::size_t kMaximumEntries = 1'000'000;
 

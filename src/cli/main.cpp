@@ -3,6 +3,7 @@
 
 #include "base/string_table.h"
 #include "cli/command.h"
+#include "cli/man_text.h"
 #include "cli/terminal_host.h"
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
@@ -30,6 +31,8 @@ void add_global_options(CLI::App& app, GlobalOptions& options) {
       ->expected(1);
   app.add_flag("--quiet", options.quiet, "No warnings, notes or progress");
   app.set_version_flag("--version", "vellum " VELLUM_VERSION);
+  // For the build, which makes the manual page; without a group it isn't in the help.
+  app.add_flag_callback("--man", [&app] { throw CLI::CallForVersion(man_text(app), 0); })->group("");
   app.require_subcommand(1);
   app.fallthrough();
 }

@@ -1,14 +1,11 @@
 #include "configuration/config_file.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <charconv>
-#include <cstdlib>
 #include <vector>
 
 #include "base/file.h"
 #include "base/text.h"
+#include "base/user_folders.h"
 #include "configuration/config_line.h"
 #include "configuration/setting_values.h"
 #include "configuration/settings.h"
@@ -32,19 +29,6 @@ std::vector<SettingValue>& values_in_file() {
 fs::path& file_of_run() {
   static fs::path path;
   return path;
-}
-
-fs::path home_folder() {
-  if (const char* home = std::getenv("HOME"); home && *home) return home;
-  const passwd* user = getpwuid(getuid());
-  return user && user->pw_dir ? user->pw_dir : "/";
-}
-
-fs::path config_home() {
-  const char* named = std::getenv("XDG_CONFIG_HOME");
-  // XDG Base Directory Specification: a path that is not absolute is to be ignored.
-  if (named && fs::path(named).is_absolute()) return named;
-  return home_folder() / ".config";
 }
 
 std::vector<SettingValue> values_to_store() {
@@ -95,7 +79,9 @@ fs::path earlier_version(const fs::path& path) {
 
 }  // namespace
 
-fs::path config_path(std::string_view name) { return config_home() / "Tarnwick" / name; }
+fs::path config_path(std::string_view name) {
+  return user_folder("XDG_CONFIG_HOME", ".config") / "Tarnwick" / name;
+}
 
 std::string config_read(const fs::path& path) {
   std::string reason;

@@ -17,20 +17,36 @@ constexpr std::uint32_t kVersion = 1;
 constexpr std::size_t kLeastRecordBytes = 32;  // no record is shorter
 constexpr std::size_t kNameLimit = 260;        // of a subframe
 
+/// Gathers small things; what is large goes to the sink as it is.
 class Writer {
  public:
-  explicit Writer(std::vector<std::uint8_t>& out) : out_(out) {}
+  explicit Writer(const ByteSink& sink) : sink_(sink) {}
   void number(std::uint8_t& value) { out_.push_back(value); }
   void number(std::uint16_t& value) { put(value, 2); }
   void number(std::uint32_t& value) { put(value, 4); }
-  void bytes(std::span<const std::uint8_t> bytes) { out_.insert(out_.end(), bytes.begin(), bytes.end()); }
+  void bytes(std::span<const std::uint8_t> bytes) {
+    if (out_.size() + bytes.size() > kGathered) flush();
+    if (bytes.size() > kGathered)
+      good_ = good_ && sink_(bytes);
+    else
+      out_.insert(out_.end(), bytes.begin(), bytes.end());
+  }
   void length(std::size_t length) { put(length, 8); }
+  /// Gives what is gathered to the sink; false once the sink has ended the writing.
+  bool flush() {
+    good_ = good_ && sink_(out_);
+    out_.clear();
+    return good_;
+  }
 
  private:
   void put(std::uint64_t value, int count) {
     for (int i = 0; i < count; ++i) out_.push_back(static_cast<std::uint8_t>(value >> 8 * i));
   }
-  std::vector<std::uint8_t>& out_;
+  static constexpr std::size_t kGathered = 4096;
+  const ByteSink& sink_;
+  std::vector<std::uint8_t> out_;
+  bool good_ = true;
 };
 
 /// Reads zeros, and remembers it, where the bytes end.
@@ -155,6 +171,14 @@ void write_record(Writer& writer, ChunkRecord record, DocumentKind kind) {
   write_sized(writer, record.data.bytes());
 }
 
+void write_head(Writer& writer, const FrameSource& source, std::size_t count) {
+  for (std::uint32_t number : {kMagic, kVersion, static_cast<std::uint32_t>(source.kind), source.ticks})
+    writer.number(number);
+  write_sized(writer, source.table);
+  auto records = static_cast<std::uint32_t>(count);
+  writer.number(records);
+}
+
 // ------------------------------------------------------------------------------------------------------
 // reading
 
@@ -199,8 +223,21 @@ bool is_sound_image(const ChunkRecord& record, DocumentKind kind) {
          (record.flags & complete) == complete && !png_header_fault(png_header_of(record));
 }
 
+/// Headers and ends, most of which have fields in place of bytes.
+bool is_fixed(const ChunkRecord& record, DocumentKind kind) {
+  return is_valid_tag(record.tag) && place_of(record.tag, kind) == ChunkPlace::Fixed;
+}
+
+bool is_sound_header(const ChunkRecord& record) {
+  if (record.size < 0) return false;
+  if (record.tag == tag::IHDR) return !png_header_fault(png_header_of(record));
+  return std::ranges::max({record.frameWidth, record.frameHeight, record.webpHeader.canvasWidth,
+                           record.webpHeader.canvasHeight}) <= kMaximumDimension;
+}
+
 bool is_sound(const ChunkRecord& record, DocumentKind kind) {
   if (is_image_entry(kind, record.tag)) return is_sound_image(record, kind);
+  if (!record.data) return is_sound_header(record);
   const bool raw = record.size >= 0 && static_cast<std::size_t>(record.size) <= record.data.size();
   // The size of a zTXt is that of its compressed form.
   return is_valid_tag(record.tag) && record.data.size() <= kMaximumFileBytes &&
@@ -208,7 +245,7 @@ bool is_sound(const ChunkRecord& record, DocumentKind kind) {
           (record.tag == tag::zTXt && record.size >= 0 && record.data.size() <= kMaximumTextBytes + 512));
 }
 
-bool read_record(Reader& reader, ChunkRecord& record, DocumentKind kind) {
+bool read_record(Reader& reader, ChunkRecord& record, DocumentKind kind, bool whole) {
   reader.number(record.tag);
   std::uint32_t size = 0;
   reader.number(size);
@@ -218,8 +255,9 @@ bool read_record(Reader& reader, ChunkRecord& record, DocumentKind kind) {
     return false;
   const auto bytes = reader.bytes(reader.length());
   if (!reader.good()) return false;
-  record.data = ChunkHandle::copy_of(bytes, 0);
-  return record.data && is_sound(record, kind);
+  const bool fields_alone = whole && bytes.empty() && is_fixed(record, kind);
+  if (!fields_alone) record.data = ChunkHandle::copy_of(bytes, 0);
+  return (record.data || fields_alone) && is_sound(record, kind);
 }
 
 }  // namespace
@@ -229,18 +267,28 @@ std::vector<std::uint8_t> write_chunk_block(const ChunkBlock& block) {
   std::size_t bytes = 0;
   for (const ChunkRecord& record : block.records) bytes += record.data.size() + 512;
   out.reserve(bytes);
-  Writer writer(out);
-  for (std::uint32_t number :
-       {kMagic, kVersion, static_cast<std::uint32_t>(block.source.kind), block.source.ticks})
-    writer.number(number);
-  write_sized(writer, block.source.table);
-  auto count = static_cast<std::uint32_t>(block.records.size());
-  writer.number(count);
+  const ByteSink append = [&out](std::span<const std::uint8_t> piece) {
+    out.insert(out.end(), piece.begin(), piece.end());
+    return true;
+  };
+  Writer writer(append);
+  write_head(writer, block.source, block.records.size());
   for (const ChunkRecord& record : block.records) write_record(writer, record, block.source.kind);
+  writer.flush();
   return out;
 }
 
-std::optional<ChunkBlock> read_chunk_block(std::span<const std::uint8_t> bytes) {
+bool write_chunk_block(DocumentKind kind, const ChunkList& list, const ByteSink& sink) {
+  Writer writer(sink);
+  write_head(writer, {kind, {}, 1}, list.size());
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    write_record(writer, list.record(i), kind);
+    if (!writer.flush()) return false;
+  }
+  return writer.flush();
+}
+
+std::optional<ChunkBlock> read_chunk_block(std::span<const std::uint8_t> bytes, bool whole) {
   Reader reader(bytes);
   std::uint32_t magic = 0, version = 0, kind = 0, count = 0;
   ChunkBlock block;
@@ -257,7 +305,7 @@ std::optional<ChunkBlock> read_chunk_block(std::span<const std::uint8_t> bytes) 
     return std::nullopt;
   for (std::uint32_t i = 0; i < count; ++i) {
     ChunkRecord record;
-    if (!read_record(reader, record, block.source.kind)) return std::nullopt;
+    if (!read_record(reader, record, block.source.kind, whole)) return std::nullopt;
     block.records.push_back(std::move(record));
   }
   if (!reader.good() || reader.left() != 0) return std::nullopt;

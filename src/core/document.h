@@ -41,6 +41,8 @@ struct UndoLevel {
   bool dirty = false;
   std::int32_t caret = 0;
   ChunkHandle defaultImage;
+  /// At most the bytes that this level holds and the next newer state doesn't; see undo.cpp.
+  std::uint64_t ownBytes = 0;
 };
 
 /// What a document window owns. The desktop shows it, the command-line tool and the tests use it as it is.

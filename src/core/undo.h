@@ -3,14 +3,15 @@
 #pragma once
 
 #include "base/host.h"
+#include "base/limits.h"
 #include "core/document.h"
 
 namespace vellum {
 
 /// Stores the list (entries, order, selection, top index), `dirty`, the caret and the default image. Beyond
-/// `UndoLevels` levels the oldest ones go. False, with the message given to the host and nothing changed,
-/// when memory is exhausted.
-bool undo_push(DocumentWindow& window, Host& host);
+/// `UndoLevels` levels, or where undo levels alone hold more than `most` bytes, the oldest ones go. False,
+/// with the message given to the host and nothing changed, when memory is exhausted.
+bool undo_push(DocumentWindow& window, Host& host, std::uint64_t most = kMaximumUndoBytes);
 
 /// Brings the newest level back, and drops it. A level without entries is dropped alone. False when nothing
 /// was brought back.

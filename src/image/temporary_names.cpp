@@ -5,23 +5,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 
 #include "base/text.h"
+#include "base/user_folders.h"
 
 namespace vellum {
 namespace {
 
 constexpr int kLastNumber = 99'999;
-
-/// The XDG Base Directory Specification lets a relative path count as unset.
-std::filesystem::path cache_folder() {
-  const char* cache = std::getenv("XDG_CACHE_HOME");
-  if (cache && cache[0] == '/') return cache;
-  const char* home = std::getenv("HOME");
-  return std::filesystem::path(home && home[0] == '/' ? home : "/tmp") / ".cache";
-}
 
 void make_private_folder(const std::filesystem::path& folder) {
   std::error_code error;
@@ -40,7 +32,7 @@ bool is_taken(const std::filesystem::path& path) {
 }  // namespace
 
 std::filesystem::path TempFolderPath(std::string_view name) {
-  const std::filesystem::path folder = cache_folder() / "Tarnwick" / "temp";
+  const std::filesystem::path folder = user_folder("XDG_CACHE_HOME", ".cache") / "Tarnwick" / "temp";
   make_private_folder(folder);
   return folder / name;
 }

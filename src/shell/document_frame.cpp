@@ -8,6 +8,7 @@
 #include <QStyle>
 #include <QStyleOptionTitleBar>
 #include <QTimer>
+#include <map>
 
 #include "configuration/shell_settings.h"
 #include "core/chunk_layout.h"
@@ -32,6 +33,15 @@ std::uint64_t next_number() {
 }
 
 }  // namespace
+
+QString kind_text(DocumentKind kind) {
+  static const std::map<DocumentKind, const char*> names = {{DocumentKind::PING, "PNG"},
+                                                            {DocumentKind::APNG, "Animated PNG"},
+                                                            {DocumentKind::MING, "MNG"},
+                                                            {DocumentKind::WEBP, "WebP"}};
+  const auto name = names.find(kind);
+  return name == names.end() ? QString() : QString::fromLatin1(name->second);
+}
 
 QString plain_title(QString text) { return text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); }
 

@@ -55,6 +55,9 @@ class DocumentFrame : public QMdiSubWindow {
   bool sizePending_ = false;  ///< the width follows the content once the window is neither full nor an icon
 };
 
+/// What people call a document of this kind.
+QString kind_text(DocumentKind kind);
+
 /// `text` as a window title, in which "[*]" stands for itself.
 QString plain_title(QString text);
 

@@ -10,6 +10,7 @@
 #include "shell/help/help_window.h"
 #include "shell/icon.h"
 #include "shell/main_window.h"
+#include "shell/recovery_dialog.h"
 #include "shell/start/start_screens.h"
 #include "shell/program_style.h"
 #include "shell/start_up.h"
@@ -38,8 +39,11 @@ void tell_fatal(QtMsgType type, const QMessageLogContext&, const QString& text) 
 
 /// Answers that need no desktop; empty when the program should start.
 std::optional<int> answer_at_once(const StartOptions& options) {
-  if (options.help || options.version) {
-    std::fputs(options.help ? usage_text().c_str() : "vellumcraft " VELLUM_VERSION "\n", stdout);
+  if (options.help || options.version || options.man) {
+    const std::string text = options.help  ? usage_text()
+                             : options.man ? man_text()
+                                           : "vellumcraft " VELLUM_VERSION "\n";
+    std::fputs(text.c_str(), stdout);
     return 0;
   }
   if (options.error.empty()) return std::nullopt;
@@ -58,15 +62,27 @@ void take_screenshot(MainWindow& window, const StartOptions& options) {
   QCoreApplication::exit(written ? 0 : 1);
 }
 
-void start(MainWindow& window, const StartOptions& options) {
-  if (options.screenshot.empty()) {
-    show_main_window(window);
+/// Shows the window; once it is seen, what a crash left is offered, and then work begins.
+void start(MainWindow& window, Recovery& recovery, const StartOptions& options) {
+  show_main_window(window);
+  QTimer::singleShot(0, &window, [&window, &recovery, options] {
+    offer_recovery(recovery, window);
     if (options.file.empty())
       show_start_screens(window);
     else
       window.open_later(std::filesystem::absolute(options.file), options.view);
-    return;
-  }
+  });
+}
+
+int run(const StartOptions& options) {
+  MainWindow window;
+  Recovery recovery(window);
+  start(window, recovery, options);
+  return QApplication::exec();
+}
+
+int run_for_screenshot(const StartOptions& options) {
+  MainWindow window;
   // Nobody is there to answer: what would be asked or told goes to standard error.
   window.services().host.message = [](const Message& message) {
     std::fprintf(stderr, "vellumcraft: %s %s\n", message.text.c_str(), message.more.c_str());
@@ -75,6 +91,7 @@ void start(MainWindow& window, const StartOptions& options) {
   window.resize(kScreenshotSize);
   window.show();
   QTimer::singleShot(0, &window, [&window, options] { take_screenshot(window, options); });
+  return QApplication::exec();
 }
 
 std::span<const char* const> behind_name(int argc, char** argv) {
@@ -85,7 +102,7 @@ std::span<const char* const> behind_name(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   StartOptions options = parse_arguments(behind_name(argc, argv));
-  if (options.help || options.version) return *answer_at_once(options);
+  if (options.help || options.version || options.man) return *answer_at_once(options);
   if (!desktop_named(behind_name(argc, argv))) return tell_no_desktop();
 
   const QtMessageHandler handler = qInstallMessageHandler(tell_fatal);
@@ -107,9 +124,7 @@ int main(int argc, char** argv) {
   register_icons();
   install_help();
   try {
-    MainWindow window;
-    start(window, options);
-    return QApplication::exec();
+    return options.screenshot.empty() ? run(options) : run_for_screenshot(options);
   } catch (const std::bad_alloc&) {
     std::fprintf(stderr, "%s\n", string_text(StringId::NoWindow).data());
     return 1;

@@ -50,15 +50,6 @@ QString selection_text(std::size_t selected) {
   return text_of(StringId::ChunksSelected).replace(QStringLiteral("%d"), QString::number(selected));
 }
 
-QString kind_text(DocumentKind kind) {
-  static const std::map<DocumentKind, const char*> names = {{DocumentKind::PING, "PNG"},
-                                                            {DocumentKind::APNG, "Animated PNG"},
-                                                            {DocumentKind::MING, "MNG"},
-                                                            {DocumentKind::WEBP, "WebP"}};
-  const auto name = names.find(kind);
-  return name == names.end() ? QString() : QString::fromLatin1(name->second);
-}
-
 QString document_text(DocumentFrame& frame) {
   const Extent size = document_size(frame.entries(), frame.document());
   return QStringLiteral("%1   %2 \u00d7 %3")
@@ -220,6 +211,7 @@ void MainWindow::refresh() {
   commands_.show_scale(frame ? frame->document().thumbScale : std::clamp(settings::DefaultViewMode, 0, 7));
   refresh_status(now, frame);
   refresh_title(frame);
+  emit refreshed();
 }
 
 void MainWindow::settings_changed() {

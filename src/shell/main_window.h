@@ -39,6 +39,10 @@ class MainWindow : public QMainWindow {
   /// Works out titles, enabled states and the status line from the active document.
   void refresh();
 
+ signals:
+  /// Behind every `refresh`: a document may have been changed, saved or closed.
+  void refreshed();
+
  protected:
   void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/roff.h"
 #include "base/text.h"
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
@@ -26,12 +27,13 @@ constexpr std::string_view kViewSwitch = "/V";
 struct OptionRow {
   std::string_view name;
   const char* value;  ///< what follows the name; null: nothing
-  const char* help;
+  const char* help;   ///< null: for the build alone
   void (*apply)(StartOptions&, const char* value);
 };
 
 constexpr OptionRow kOptions[] = {
     {"--help", nullptr, "show this text", [](StartOptions& o, const char*) { o.help = true; }},
+    {"--man", nullptr, nullptr, [](StartOptions& o, const char*) { o.man = true; }},
     {"--version", nullptr, "show the version", [](StartOptions& o, const char*) { o.version = true; }},
     {"--view", nullptr, "show FILE in its viewer, as a \"/V\" behind its name does",
      [](StartOptions& o, const char*) { o.view = true; }},
@@ -132,10 +134,18 @@ std::string usage_text() {
   std::string text =
       "Usage: vellumcraft [OPTION]... [FILE]\n\nOpens a PNG, animated PNG, MNG or WebP file.\n\n";
   for (const OptionRow& row : kOptions) {
+    if (!row.help) continue;
     std::string left(row.name);
     if (row.value) left.append(" ").append(row.value);
     text += format_text("  %-24s%s\n", left.c_str(), row.help);
   }
+  return text;
+}
+
+std::string man_text() {
+  std::string text;
+  for (const OptionRow& row : kOptions)
+    if (row.help) text += roff_item(row.name, row.value ? row.value : "", row.help);
   return text;
 }
 

@@ -12,6 +12,7 @@ namespace vellum {
 
 struct StartOptions {
   bool help = false, version = false;
+  bool man = false;                   ///< the options for the manual page, which the build makes
   bool view = false;                  ///< the file opens in its viewer
   std::filesystem::path file;         ///< to open; empty without one
   std::filesystem::path screenshot;   ///< where to write a picture of the window; empty: stay and work
@@ -29,6 +30,9 @@ std::filesystem::path path_of_argument(const std::string& name);
 
 /// The text of --help.
 std::string usage_text();
+
+/// The options as a part of a manual page.
+std::string man_text();
 
 /// Whether a desktop can be reached: a display is named, or the platform is (by variable or option).
 bool desktop_named(std::span<const char* const> arguments);

@@ -144,6 +144,7 @@ int main(int argc, char** argv) {
   // What the program remembers in tests is not what its user's program remembers.
   const vellum::testing::ScratchFolder folder;
   qputenv("XDG_CONFIG_HOME", (folder / "config").string().c_str());
+  qputenv("XDG_STATE_HOME", (folder / "state").string().c_str());
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   vellum::register_icons();
