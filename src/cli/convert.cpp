@@ -1,10 +1,10 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
-#include "core/convert_records.h"
 #include "core/open_document.h"
 #include "core/save_document.h"
 #include "core/settings.h"
 #include "operations/convert_colors.h"
+#include "operations/convert_kind.h"
 
 namespace vellum::cli {
 namespace {
@@ -53,7 +53,7 @@ int run_convert(const ConvertOptions& options, Host& host) {
   if (!name_fits_kind(options.out, kind)) return kWrongUsage;
   DocumentWindow converted;
   const bool same = window.document.kind == kind;
-  if (!same && !convert_document(window, converted, kind, host)) return tell_failure(host);
+  if (!same && !convert_kind(window, converted, {kind, options.dither}, host)) return tell_failure(host);
   DocumentWindow& result = same ? window : converted;
   if (options.colors != Colors::Kept && !convert_colors(result, color_conversion(options, result), host))
     return tell_failure(host);
@@ -77,7 +77,7 @@ Run prepare_convert(CLI::App& app) {
   app.add_option("--colors", options->most, "palette: the most colors")
       ->check(CLI::Range(2, 256))
       ->capture_default_str();
-  app.add_flag("--dither", options->dither, "mono, palette: spread the error of each pixel");
+  app.add_flag("--dither", options->dither, "Where colors go into a palette: spread the error of each pixel");
   return [options](Host& host) { return run_convert(*options, host); };
 }
 

@@ -103,14 +103,9 @@ Run prepare_unstrip(CLI::App& app) {
   app.add_option("IN", options->in, "A picture of cells")->required();
   app.add_option("OUT", options->out, "The animation to write")->required();
   app.add_option("--cell", options->cell, "Size of a cell")->required()->type_name("WxH");
-  static const std::map<std::string, DocumentKind> animations = [] {
-    auto kinds = kKinds;
-    std::erase_if(kinds, [](const auto& item) { return !is_animation(item.second); });
-    return kinds;
-  }();
   app.add_option("--kind", options->kind, "The kind of the file")
       ->required()
-      ->transform(CLI::CheckedTransformer(animations, CLI::ignore_case).description("apng|mng|webp"));
+      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
   app.add_option("--delay", options->delay, "Delay of each frame in milliseconds; as DefaultDelay otherwise")
       ->check(CLI::Range(0, static_cast<int>(kMostDelayMs)))
       ->type_name("MS");

@@ -1,6 +1,7 @@
 #include "core/frame_layer.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "core/new_chunk.h"
 #include "core/record_picture.h"
@@ -21,22 +22,6 @@ Picture shown_picture(const FrameSource& source, const ChunkRecord& record) {
   return picture.bits() == 24 && table.empty() ? picture : PictureWithTransparency(picture, table);
 }
 
-/// The part of the frame at offsets from 0 on; a transparent pixel where there is none.
-FrameLayer cut_at_origin(const FrameLayer& frame) {
-  if (frame.offset.x >= 0 && frame.offset.y >= 0) return frame;
-  FrameLayer cut = frame;
-  const std::int64_t left = -std::min<std::int64_t>(frame.offset.x, 0),
-                     top = -std::min<std::int64_t>(frame.offset.y, 0);
-  cut.offset = {std::max(frame.offset.x, 0), std::max(frame.offset.y, 0)};
-  const std::int64_t right = frame.picture.width(), bottom = frame.picture.height();
-  cut.picture =
-      left >= right || top >= bottom
-          ? PictureCreateAlpha(1, 1)
-          : PictureCrop(frame.picture, {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top),
-                                        static_cast<std::int32_t>(right), static_cast<std::int32_t>(bottom)});
-  return cut;
-}
-
 void put_layer(ChunkRecord& record, DocumentKind kind, const FrameLayer& frame, std::uint32_t ticks) {
   set_frame_delay(record, kind, ticks, frame.delay);
   SetFrameOffset(record, kind, frame.offset);
@@ -53,6 +38,31 @@ void put_layer(ChunkRecord& record, DocumentKind kind, const FrameLayer& frame, 
 }
 
 }  // namespace
+
+FrameLayer cut_at_origin(const FrameLayer& frame) {
+  return cut_to(frame, {std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::max()});
+}
+
+FrameLayer cut_to(const FrameLayer& frame, Extent canvas) {
+  const std::int64_t x = frame.offset.x, y = frame.offset.y;
+  const std::int64_t left = std::max<std::int64_t>(-x, 0), top = std::max<std::int64_t>(-y, 0);
+  const auto right = std::min<std::int64_t>(frame.picture.width(), canvas.width - x);
+  const auto bottom = std::min<std::int64_t>(frame.picture.height(), canvas.height - y);
+  FrameLayer cut = frame;
+  if (left >= right || top >= bottom) {
+    // Nothing of it is seen: a transparent pixel that leaves everything as it is.
+    cut.picture = PictureCreateAlpha(1, 1);
+    cut.offset = {};
+    cut.dispose = 0;
+    cut.over = true;
+  } else if (left != 0 || top != 0 || right != frame.picture.width() || bottom != frame.picture.height()) {
+    cut.picture =
+        PictureCrop(frame.picture, {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top),
+                                    static_cast<std::int32_t>(right), static_cast<std::int32_t>(bottom)});
+    cut.offset = {std::max(frame.offset.x, 0), std::max(frame.offset.y, 0)};
+  }
+  return cut;
+}
 
 FrameSource frame_source_of(const DocumentWindow& window) {
   return {window.document.kind, document_transparency(window.list), ticks_per_second(window.list)};

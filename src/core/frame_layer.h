@@ -18,6 +18,11 @@ FrameSource frame_source_of(const DocumentWindow& window);
 /// lost it), offset, delay, disposal (1 for an image of an MNG that clears the canvas) and blending.
 FrameLayer frame_layer_of(const FrameSource& source, const ChunkRecord& record);
 
+/// The part of the frame that lies on the canvas, or right of and below its origin; a transparent pixel that
+/// changes nothing where there is none. A null picture when memory is exhausted.
+FrameLayer cut_to(const FrameLayer& frame, Extent canvas);
+FrameLayer cut_at_origin(const FrameLayer& frame);
+
 /// An image record of the document's kind with this frame. Parts at negative offsets are cut off but in an
 /// MNG. False when memory is exhausted.
 bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRecord& record);

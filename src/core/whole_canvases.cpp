@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/byte_order.h"
+#include "base/limits.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
@@ -61,23 +62,33 @@ bool are_whole_canvases(const std::vector<FrameLayer>& frames, Extent canvas) {
   });
 }
 
-bool make_whole_canvases(std::vector<FrameLayer>& frames, Extent canvas) {
-  Picture shown = PictureCreateAlpha(canvas.width, canvas.height);
+bool canvases_fit(std::size_t count, Extent canvas) {
+  const std::uint64_t bytes = picture_stride(canvas.width, 32) * std::uint64_t{canvas.height};
+  return bytes <= kMaximumPictureBytes && bytes * count <= kMaximumDocumentBytes;
+}
+
+bool make_whole_canvas(CanvasLeft& left, FrameLayer& frame, Extent canvas) {
+  Picture& shown = left.shown;
+  if (!shown) shown = PictureCreateAlpha(canvas.width, canvas.height);
   if (!shown) return false;
-  for (FrameLayer& frame : frames) {
-    const PictureRect part = visible_part(frame, canvas);
-    const Picture before = shown;
-    if (!lay(shown, frame, part)) return false;
-    frame.picture = shown;
-    const std::uint32_t dispose = std::exchange(frame.dispose, 0);
-    if (dispose == 1)
-      PictureFillRect(shown, part.left, part.top, part.right - part.left, part.bottom - part.top, 0);
-    else if (dispose == 2)
-      shown = before;
-    frame.offset = {};
-    frame.over = false;
-  }
+  const PictureRect part = visible_part(frame, canvas);
+  const Picture before = shown;
+  if (!lay(shown, frame, part)) return false;
+  frame.picture = shown;
+  const std::uint32_t dispose = std::exchange(frame.dispose, 0);
+  if (dispose == 1)
+    PictureFillRect(shown, part.left, part.top, part.right - part.left, part.bottom - part.top, 0);
+  else if (dispose == 2)
+    shown = before;
+  frame.offset = {};
+  frame.over = false;
   return true;
+}
+
+bool make_whole_canvases(std::vector<FrameLayer>& frames, Extent canvas) {
+  CanvasLeft left;
+  return std::ranges::all_of(frames,
+                             [&](FrameLayer& frame) { return make_whole_canvas(left, frame, canvas); });
 }
 
 }  // namespace vellum

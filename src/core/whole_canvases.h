@@ -20,8 +20,17 @@ struct FrameLayer {
 /// Whether each frame alone makes the whole canvas: it covers it, and nothing shows through.
 bool are_whole_canvases(const std::vector<FrameLayer>& frames, Extent canvas);
 
-/// Makes each frame the whole canvas while it is shown: 32 bits, at the origin, dispose None. False when
+/// Whether that many canvases can be kept together.
+bool canvases_fit(std::size_t count, Extent canvas);
+
+/// What the frames so far have left on the canvas, 32 bits; null in front of the first.
+struct CanvasLeft {
+  Picture shown;
+};
+/// Makes the next frame the whole canvas while it is shown: 32 bits, at the origin, dispose None. False when
 /// memory is exhausted.
+bool make_whole_canvas(CanvasLeft& left, FrameLayer& frame, Extent canvas);
+/// All of them, in order.
 bool make_whole_canvases(std::vector<FrameLayer>& frames, Extent canvas);
 
 }  // namespace vellum

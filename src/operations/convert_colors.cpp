@@ -3,19 +3,16 @@
 #include <algorithm>
 
 #include "base/parallel.h"
-#include "core/chunk_description.h"
 #include "core/document_colors.h"
-#include "core/frame_layer.h"
 #include "core/image_edit.h"
 #include "core/picture_fitting.h"
-#include "core/record_picture.h"
 #include "core/settings.h"
 #include "image/palette_from_pictures.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/png_form.h"
 #include "image/remap.h"
-#include "operations/frames.h"
+#include "operations/frame_pictures.h"
 #include "operations/manage_frames.h"
 #include "operations/reconstruct.h"
 
@@ -185,38 +182,11 @@ DocumentColors colors_of(const Target& target) {
   return colors;
 }
 
-void put_pictures(DocumentWindow& window, std::span<const Picture> pictures, const Target& target) {
-  const DocumentKind kind = window.document.kind;
-  const bool png = kind == DocumentKind::PING || kind == DocumentKind::APNG;
-  std::size_t next = 0;
-  ChunkRecord record;
-  for (const std::size_t entry : frame_entries(window)) {
-    chunk_list_get(window.list, entry, record);
-    record_take_picture(record, kind, pictures[next++]);
-    if (kind == DocumentKind::MING) put_image_transparency(record, transparency_of(target));
-    record.description = chunk_description(record);
-    chunk_list_put(window.list, entry, record);
-  }
-  if (next < pictures.size()) window.document.defaultImage = pictures[next].handle();
-  if (png) put_document_colors(window, colors_of(target));
-}
-
-/// The pictures of all frames in true color with their transparency, and the default image behind them.
-std::vector<Picture> pictures_of(const DocumentWindow& window) {
-  const FrameSource source = frame_source_of(window);
-  std::vector<Picture> pictures;
-  for (const std::size_t entry : frame_entries(window))
-    pictures.push_back(frame_layer_of(source, window.list.record(entry)).picture);
-  if (const Picture kept(window.document.defaultImage); kept)
-    pictures.push_back(PictureWithTransparency(kept, source.table));
-  return pictures;
-}
-
 /// What can't be transparent lies over the background.
 bool flatten(DocumentWindow& draft, std::vector<Picture>& pictures, Host& host) {
   if (is_animation(draft.document.kind)) {
     if (!reconstruct_frames(draft, CanvasDepth::TrueColor, host)) return false;
-    pictures = pictures_of(draft);
+    pictures = shown_pictures(draft);
   }
   const Colour background = document_background(draft.list, draft.document);
   for (Picture& picture : pictures)
@@ -239,7 +209,7 @@ ColorConversion grey_scale(const DocumentWindow& window) {
 
 bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, Host& host) {
   DocumentWindow draft{window.document, window.list, {}};
-  std::vector<Picture> pictures = pictures_of(draft);
+  std::vector<Picture> pictures = shown_pictures(draft);
   const bool transparency = has_transparency(draft);
   if (transparency && !holds_alpha(conversion) && !flatten(draft, pictures, host)) return false;
   if (pictures.empty() || std::ranges::any_of(pictures, [](const Picture& p) { return !p; })) return false;
@@ -247,9 +217,13 @@ bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, H
   if (!choose_palette(target, pictures, transparency && holds_alpha(conversion), host)) return false;
   const std::vector<Picture> results = convert_all(pictures, target, host);
   if (results.empty()) return false;
-  put_pictures(draft, results, target);
+  put_frame_pictures(draft, results, colors_of(target));
   take_draft(window, draft);
   return true;
+}
+
+Picture convert_picture(const Picture& picture, const ColorConversion& conversion) {
+  return converted(picture, Target{conversion, DocumentKind::PING, {}, conversion.palette});
 }
 
 ColorConversion header_conversion(const PngHeader& wanted) {

@@ -30,6 +30,9 @@ ColorConversion grey_scale(const DocumentWindow& window);
 /// user stopped it.
 bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, Host& host);
 
+/// One picture in true color so converted, as a preview shows it; a palette must be given.
+Picture convert_picture(const Picture& picture, const ColorConversion& conversion);
+
 /// What an edited IHDR says.
 ColorConversion header_conversion(const PngHeader& wanted);
 bool convert_to_header(DocumentWindow& window, const PngHeader& wanted, Host& host);

@@ -11,7 +11,6 @@
 #include "core/edit_closing.h"
 #include "core/first_frame.h"
 #include "core/placement.h"
-#include "operations/frame_time.h"
 
 namespace vellum {
 namespace {

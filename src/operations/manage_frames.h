@@ -3,6 +3,7 @@
 
 #include "base/host.h"
 #include "core/chunk_fields.h"
+#include "core/frame_time.h"
 #include "core/frame_values.h"
 #include "operations/frames.h"
 
@@ -14,11 +15,6 @@ struct Managed {
   std::size_t held = 0;     ///< frames whose value was held to what their file can tell
 };
 
-/// A time as one frame tells it: seconds as a fraction.
-struct FrameTime {
-  std::uint64_t num = 0, den = 1;
-};
-FrameTime frame_time(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks);
 /// The times of these frames together in milliseconds, rounded to the nearest.
 std::uint64_t total_time_ms(const DocumentWindow& window, const FrameList& frames);
 

@@ -1,11 +1,17 @@
 #include "operations/reconstruct.h"
 
+#include <algorithm>
+
 #include "core/chunk_description.h"
+#include "core/convert_records.h"
 #include "core/document_colors.h"
 #include "core/edit_closing.h"
 #include "core/frame_layer.h"
+#include "core/frame_time.h"
+#include "core/record_picture.h"
 #include "image/picture_operations.h"
 #include "image/png_form.h"
+#include "operations/frame_pictures.h"
 #include "operations/frames.h"
 #include "playback/compose.h"
 
@@ -28,47 +34,110 @@ std::vector<FrameLayer> playing_layers(const DocumentWindow& window) {
 
 bool is_opaque(const Picture& picture) { return picture.bits() < 32 || picture_content(picture).opaque; }
 
-/// 24 bits, over the document's background, as the compositor draws them. A null one at the end where a
-/// picture is lost.
-std::vector<Picture> opaque_canvases(const DocumentWindow& window, Host& host) {
+using TakeCanvas = std::function<bool(std::size_t, const Picture&)>;
+
+/// 24 bits, over the document's background, as the compositor draws them.
+bool opaque_canvases(const DocumentWindow& window, Host& host, const TakeCanvas& take) {
   const ViewValues values = view_values(window.list, window.document);
   const auto entries = frame_entries(window);
-  const Progress progress(host, "Building");
+  const Progress progress(host, string_text(StringId::BuildingCaption));
   CanvasState state;
-  std::vector<Picture> canvases;
-  for (const std::size_t entry : entries) {
-    if (host.stopped()) return {};
-    canvases.push_back(compose_frame(state, values, window.list.record(entry)));
-    if (!canvases.back()) return {};
-    progress.step(canvases.size(), entries.size());
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    if (host.stopped()) return false;
+    const Picture canvas = compose_frame(state, values, window.list.record(entries[i]));
+    if (!canvas) return false;
+    if (!take(i, canvas)) return true;
+    progress.step(i + 1, entries.size());
   }
-  return canvases;
+  return true;
 }
 
 /// 32 bits, on a transparent ground.
-std::vector<Picture> clear_canvases(const DocumentWindow& window) {
+bool clear_canvases(const DocumentWindow& window, Host& host, const TakeCanvas& take) {
   std::vector<FrameLayer> layers = playing_layers(window);
-  for (const FrameLayer& layer : layers)
-    if (!layer.picture) return {};
-  if (!make_whole_canvases(layers, document_size(window.list, window.document))) return {};
-  std::vector<Picture> canvases;
-  for (FrameLayer& layer : layers) canvases.push_back(std::move(layer.picture));
-  return canvases;
+  const Extent canvas = document_size(window.list, window.document);
+  const Progress progress(host, string_text(StringId::BuildingCaption));
+  CanvasLeft left;
+  for (std::size_t i = 0; i < layers.size(); ++i) {
+    if (host.stopped() || !layers[i].picture || !make_whole_canvas(left, layers[i], canvas)) return false;
+    if (!take(i, std::exchange(layers[i].picture, {}))) return true;
+    progress.step(i + 1, layers.size());
+  }
+  return true;
 }
 
-void put_canvases(DocumentWindow& window, const std::vector<Picture>& canvases) {
+CanvasDepth settled(const DocumentWindow& window, CanvasDepth depth) {
+  if (depth != CanvasDepth::AsNeeded) return depth;
+  return has_transparency(window) ? CanvasDepth::TrueColorAlpha : CanvasDepth::TrueColor;
+}
+
+/// All canvases; none when they are too large together, or something failed.
+std::vector<Picture> canvases_of(const DocumentWindow& window, CanvasDepth depth, Host& host) {
+  const std::size_t count = frame_entries(window).size();
+  std::vector<Picture> canvases;
+  if (!canvases_fit(count, document_size(window.list, window.document))) {
+    host.fail({FaultKind::Limit, 0, -1, -1, "the frames are too large together"});
+    return {};
+  }
+  const bool whole = for_each_canvas(window, depth, host, [&](std::size_t, const Picture& canvas) {
+    canvases.push_back(canvas);
+    return true;
+  });
+  return whole ? canvases : std::vector<Picture>();
+}
+
+void put_canvases(DocumentWindow& window, const std::vector<Picture>& canvases,
+                  const DocumentColors& colors) {
   const DocumentKind kind = window.document.kind;
-  const QuietList quiet(window.list);
   ChunkRecord record;
   std::size_t frame = 0;
   for (const std::size_t entry : frame_entries(window)) {
     chunk_list_get(window.list, entry, record);
+    record_take_picture(record, kind, canvases[frame]);
+    if (kind == DocumentKind::MING) put_image_transparency(record, colors.transparency);
     put_whole_canvas(record, kind, canvases[frame++]);
     record.description = chunk_description(record);
     chunk_list_put(window.list, entry, record);
   }
-  if (kind == DocumentKind::APNG)
-    put_document_colors(window, {.colorType = canvases[0].bits() == 32 ? std::uint8_t{6} : std::uint8_t{2}});
+  if (kind == DocumentKind::APNG) put_document_colors(window, colors);
+}
+
+bool is_same(const Picture& a, const Picture& b) {
+  const ChunkHandle &first = a.handle(), &second = b.handle();
+  return first.size() == second.size() &&
+         std::equal(first.data(), first.data() + first.size(), second.data());
+}
+
+/// Gives `to` the time of both; false where its file can't tell that.
+bool add_time(ChunkRecord& to, const ChunkRecord& from, DocumentKind kind, std::uint32_t ticks) {
+  const FrameTime a = frame_time(to, kind, ticks), b = frame_time(from, kind, ticks);
+  const FrameTime sum = a.den == b.den ? FrameTime{a.num + b.num, a.den}
+                                       : FrameTime{a.num * b.den + b.num * a.den, a.den * b.den};
+  return !set_frame_time(to, kind, ticks, sum);
+}
+
+bool merge_equal_frames(DocumentWindow& window) {
+  const DocumentKind kind = window.document.kind;
+  const std::uint32_t ticks = ticks_per_second(window.list);
+  std::vector<bool> gone(window.list.size());
+  std::size_t kept = kNoEntry;
+  ChunkRecord record;
+  for (std::size_t i = 0; i < window.list.size(); ++i) {
+    const ChunkRecord& here = window.list.record(i);
+    if (here.tag == tag::LOOP || here.tag == tag::ENDL || here.tag == tag::TERM) kept = kNoEntry;
+    if (!is_image_entry(kind, here.tag)) continue;
+    const bool same = kept != kNoEntry && is_same(picture_of(here), picture_of(window.list.record(kept)));
+    if (!same || !chunk_list_get(window.list, kept, record) || !add_time(record, here, kind, ticks)) {
+      kept = i;
+      continue;
+    }
+    record.description = chunk_description(record);
+    chunk_list_put(window.list, kept, record);
+    gone[i] = true;
+  }
+  const bool any = std::ranges::find(gone, true) != gone.end();
+  window.list.remove_marked(gone);
+  return any;
 }
 
 }  // namespace
@@ -92,16 +161,38 @@ bool has_transparency(const DocumentWindow& window) {
   return false;
 }
 
-bool reconstruct_frames(DocumentWindow& window, CanvasDepth depth, Host& host) {
+bool for_each_canvas(const DocumentWindow& window, CanvasDepth depth, Host& host, const TakeCanvas& take) {
+  return settled(window, depth) == CanvasDepth::TrueColor ? opaque_canvases(window, host, take)
+                                                          : clear_canvases(window, host, take);
+}
+
+bool reconstruct_frames(DocumentWindow& window, CanvasDepth depth, Host& host, bool merge_equal) {
   if (!is_animation(window.document.kind) || frame_entries(window).empty()) return false;
-  if (depth == CanvasDepth::AsNeeded)
-    depth = has_transparency(window) ? CanvasDepth::TrueColorAlpha : CanvasDepth::TrueColor;
-  const auto canvases =
-      depth == CanvasDepth::TrueColor ? opaque_canvases(window, host) : clear_canvases(window);
+  std::vector<Picture> canvases = canvases_of(window, depth, host);
   if (canvases.empty()) return false;
-  put_canvases(window, canvases);
-  finish_edit(window, false);
+  DocumentColors colors{.colorType = canvases[0].bits() == 32 ? std::uint8_t{6} : std::uint8_t{2}};
+  const bool indexed = depth == CanvasDepth::AsNeeded && window.document.kind != DocumentKind::WEBP;
+  if (const auto shared = indexed ? shared_colors(window) : std::nullopt)
+    if (auto in_palette = in_colors(canvases, *shared); !in_palette.empty()) {
+      canvases = std::move(in_palette);
+      colors = *shared;
+    }
+  const QuietList quiet(window.list);
+  put_canvases(window, canvases, colors);
+  const bool merged = merge_equal && merge_equal_frames(window);
+  finish_edit(window, merged);
   return true;
+}
+
+bool still_of_frame(const DocumentWindow& from, DocumentWindow& to, std::size_t frame, bool opaque,
+                    Host& host) {
+  Picture shown;
+  const CanvasDepth depth = opaque ? CanvasDepth::TrueColor : CanvasDepth::AsNeeded;
+  const bool whole = for_each_canvas(from, depth, host, [&](std::size_t number, const Picture& canvas) {
+    if (number == frame) shown = canvas;
+    return number < frame;
+  });
+  return whole && shown && make_still(to, from, shown);
 }
 
 }  // namespace vellum

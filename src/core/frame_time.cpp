@@ -1,8 +1,9 @@
-#include "operations/frame_time.h"
+#include "core/frame_time.h"
 
 #include <algorithm>
 #include <numeric>
 
+#include "core/frame_values.h"
 #include "core/framing.h"
 #include "core/loops.h"
 

@@ -1,0 +1,91 @@
+#include "operations/build_stills.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "core/build_animation.h"
+#include "core/chunk_layout.h"
+#include "core/open_document.h"
+#include "core/picture_fitting.h"
+#include "image/graphic_file.h"
+#include "image/picture_operations.h"
+#include "image/picture_rows.h"
+#include "operations/extract_frames.h"
+#include "operations/frames.h"
+#include "operations/manage_frames.h"
+
+namespace vellum {
+namespace {
+
+Extent largest(std::span<const Picture> pictures) {
+  Extent canvas;
+  for (const Picture& picture : pictures)
+    canvas = {std::max(canvas.width, picture.width()), std::max(canvas.height, picture.height())};
+  return canvas;
+}
+
+bool fills(const Picture& picture, Extent canvas) {
+  return picture.width() == canvas.width && picture.height() == canvas.height;
+}
+
+/// The first frame of an animation makes its canvas: around a smaller one it is transparent.
+Picture on_canvas(const Picture& picture, Extent canvas) {
+  if (fills(picture, canvas)) return picture;
+  const Picture deep = picture.bits() == 32 ? picture : PictureToTrueColorAlpha(picture);
+  return PictureExtendCanvas(deep, canvas.width, canvas.height, 0, 0, 0);
+}
+
+/// WebP gets true color, with the colors that the table of a 1-bit picture has.
+Picture for_kind(const Picture& picture, DocumentKind kind) {
+  return kind == DocumentKind::WEBP && picture.bits() <= 8 ? opaque_true_color(picture) : picture;
+}
+
+bool add_all(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
+             Host& host) {
+  const Progress progress(host, string_text(StringId::BuildingCaption));
+  const Extent canvas = largest(pictures);
+  const bool alone = std::ranges::any_of(
+      pictures, [&](const Picture& picture) { return picture.bits() == 32 || !fills(picture, canvas); });
+  const AddFrameOptions options{kFrameDispose | kFrameBlend | kFrameTransparency, alone ? 1u : 0u, 0, 0,
+                                alone};
+  for (std::size_t i = 0; i < pictures.size(); ++i) {
+    const Picture picture = for_kind(i == 0 ? on_canvas(pictures[i], canvas) : pictures[i], build.kind);
+    if (host.stopped() || AddFrame(window, picture, -1, nullptr, build.delay, 0, 0,
+                                   static_cast<std::uint32_t>(i), &options) == 0)
+      return false;
+    progress.step(i + 1, pictures.size());
+  }
+  return true;
+}
+
+}  // namespace
+
+Picture read_still(const std::filesystem::path& file) {
+  const std::string extension = file.extension().string();
+  if (!equal_ignoring_case(extension, ".png") && !equal_ignoring_case(extension, ".mng"))
+    return GraphicFileRead(file.string());
+  DocumentWindow window;
+  Host nobody;
+  if (!open_document(window, file, nobody)) return {};
+  const auto entries = frame_entries(window);
+  return entries.empty() ? Picture() : own_picture(window, entries.front());
+}
+
+bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
+                       Host& host) {
+  const auto number = build_number(build.kind);
+  if (!number || pictures.empty() || !std::ranges::all_of(pictures, has_rows)) return false;
+  DocumentWindow made;
+  made.document.fileName = window.document.fileName;
+  const std::int32_t iterations = iterations_for(build.kind, build.plays == 0);
+  const bool whole = BeginAnimation(made, iterations, 0, *number) && add_all(made, pictures, build, host) &&
+                     EndAnimation(made, iterations);
+  if (!whole) return false;
+  if (build.plays > 1) set_document_plays(made, build.plays);
+  window.document = made.document;
+  window.list = made.list;
+  chunk_list_close_change(window.list, window.document);
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,28 @@
+// An animation of still pictures.
+#pragma once
+
+#include <filesystem>
+#include <span>
+
+#include "base/host.h"
+#include "core/document.h"
+
+namespace vellum {
+
+struct StillsBuild {
+  DocumentKind kind = DocumentKind::APNG;
+  std::uint32_t delay = 100;  ///< ms, of each frame
+  std::uint32_t plays = 0;    ///< 0 for ever
+};
+
+/// The picture of a file, with its transparency as alpha; of an animation the first one. Null where it can't
+/// be read.
+Picture read_still(const std::filesystem::path& file);
+
+/// Makes an empty window an animation of these pictures, each alone on the canvas, which has the size of the
+/// largest. False when there is none, one is lost or too large, memory is exhausted or the user stopped it;
+/// nothing is then left of it.
+bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
+                       Host& host);
+
+}  // namespace vellum
