@@ -39,16 +39,6 @@ Colour nearest_index(const Picture& picture, std::uint32_t entries, Colour color
   return best;
 }
 
-/// How many colors the document lets an indexed image use.
-std::uint32_t usable_colors(const DocumentWindow& window, const ChunkRecord& image) {
-  if (image.tag == tag::PNGI && image.flags & CRF_PLTE) return std::max(image.image->paletteBytes / 3, 1u);
-  Palette palette;
-  if (const std::uint32_t colors = chunk_find_palette(window.list, palette)) return colors;
-  const std::size_t header = chunk_find_first(window.list, tag::IHDR);
-  const unsigned depth = header == kNoEntry ? 8 : window.list.record(header).bitDepth;
-  return 1u << std::min(depth, 8u);
-}
-
 Colour margin_value(const DocumentWindow& window, const ChunkRecord& image, const Picture& picture) {
   if (picture.bits() == 32) return 0;
   const Colour background = document_background(window.list, window.document);
@@ -68,6 +58,15 @@ std::size_t first_image(const DocumentWindow& window) {
   for (std::size_t i = 0; i < window.list.size(); ++i)
     if (is_image_entry(window.document.kind, window.list.record(i).tag)) return i;
   return kNoEntry;
+}
+
+std::uint32_t usable_colors(const DocumentWindow& window, const ChunkRecord& image) {
+  if (image.tag == tag::PNGI && image.flags & CRF_PLTE) return std::max(image.image->paletteBytes / 3, 1u);
+  Palette palette;
+  if (const std::uint32_t colors = chunk_find_palette(window.list, palette)) return colors;
+  const std::size_t header = chunk_find_first(window.list, tag::IHDR);
+  const unsigned depth = header == kNoEntry ? 8 : window.list.record(header).bitDepth;
+  return 1u << std::min(depth, 8u);
 }
 
 bool has_images(const DocumentWindow& window) { return first_image(window) != kNoEntry; }

@@ -144,6 +144,8 @@ bool cut_payload(ChunkRecord& record, std::size_t bytes);
 std::optional<PngHeader> ruling_header(const EntryPlace& place);
 std::size_t first_image(const DocumentWindow& window);
 bool has_images(const DocumentWindow& window);
+/// How many colors the document lets an indexed image use.
+std::uint32_t usable_colors(const DocumentWindow& window, const ChunkRecord& image);
 /// The canvas that all frames need; 0 x 0 without frames.
 Extent frames_extent(const DocumentWindow& window);
 /// Pads the first image to the right and below, so that the canvas has this size: transparent at 32 bits,

@@ -43,23 +43,29 @@ void put_image_transparency(ChunkRecord& record, std::span<const std::uint8_t> b
   std::copy_n(bytes.begin(), image.transBytes, image.trans.begin());
 }
 
-void record_take_picture(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
-  const std::uint8_t type = color_type_of_bits(picture.bits());
-  const bool kept = record.colorType == type;
+void record_take_pixels(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
   record.data = picture.handle();
   record.size = static_cast<std::int32_t>(std::min<std::size_t>(picture.handle().size(), 0x7FFFFFFF));
   record.width = picture.width();
   record.height = picture.height();
-  record.bitDepth = static_cast<std::uint8_t>(std::min(picture.bits(), 8u));
-  record.colorType = type;
   if (kind == DocumentKind::APNG) {
     record.frameControl.frameWidth = picture.width();
     record.frameControl.frameHeight = picture.height();
   }
-  if (kind == DocumentKind::MING) take_embedded(record, picture, kept);
   if (kind == DocumentKind::WEBP) {
     record.webpImage.width = picture.width();
     record.webpImage.height = picture.height();
+  }
+}
+
+void record_take_picture(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
+  const std::uint8_t type = color_type_of_bits(picture.bits());
+  const bool kept = record.colorType == type;
+  record_take_pixels(record, kind, picture);
+  record.bitDepth = static_cast<std::uint8_t>(std::min(picture.bits(), 8u));
+  record.colorType = type;
+  if (kind == DocumentKind::MING) take_embedded(record, picture, kept);
+  if (kind == DocumentKind::WEBP) {
     record.webpImage.bitsPerPixel = picture.bits();
     record.webpImage.colorType = picture.bits() == 32 ? 6 : 2;
   }

@@ -13,6 +13,9 @@ namespace vellum {
 /// same.
 void record_take_picture(ChunkRecord& record, DocumentKind kind, const Picture& picture);
 
+/// The same for a picture of the same depth and colors: `data`, `size` and the fields of the size alone.
+void record_take_pixels(ChunkRecord& record, DocumentKind kind, const Picture& picture);
+
 /// Gives an image of an MNG the transparency of a tRNS with these bytes; none when they are empty.
 void put_image_transparency(ChunkRecord& record, std::span<const std::uint8_t> bytes);
 

@@ -250,7 +250,10 @@ class ThreeByteRows {
 /// Colors in the order of their appearance.
 class DistinctColours {
  public:
-  DistinctColours(std::uint32_t most, Palette& palette) : most_(most), palette_(palette) { palette.fill(0); }
+  DistinctColours(std::uint32_t most, Palette& palette, std::uint32_t mask)
+      : most_(most), mask_(mask), palette_(palette) {
+    palette.fill(0);
+  }
 
   std::uint32_t count() const { return count_; }
 
@@ -262,7 +265,7 @@ class DistinctColours {
     for (std::uint32_t y = 0; y < picture.height(); ++y) {
       const std::uint8_t* row = rows.row(y, spare);
       for (std::uint32_t x = 0; x < picture.width(); ++x, row += 3) {
-        const std::uint32_t colour = row[2] | row[1] << 8 | row[0] << 16;
+        const std::uint32_t colour = make_colour(row[2], row[1], row[0]) & mask_;
         if (std::exchange(before, colour) != colour && !note(colour)) return false;
       }
     }
@@ -284,7 +287,7 @@ class DistinctColours {
     return true;
   }
 
-  std::uint32_t most_, count_ = 0;
+  std::uint32_t most_, mask_, count_ = 0;
   Palette& palette_;
   std::vector<std::uint32_t> known_ = std::vector<std::uint32_t>(1024, kNone);  ///< by hash; 4 for each color
 };
@@ -295,10 +298,12 @@ struct ColorOctree::Cells {
   std::vector<Totals> totals = std::vector<Totals>(kCells);
   std::mutex mutex;
 
-  void take(const std::vector<CellSums>& sums) {
+  void take(std::vector<CellSums>& sums, bool high_bits_alone) {
     const std::scoped_lock lock(mutex);
-    for (std::size_t i = 0; i < kCells; ++i)
+    for (std::size_t i = 0; i < kCells; ++i) {
+      if (high_bits_alone) sums[i] = {sums[i][0] & 0xFFFFFFFF, 0, 0, 0};
       if (sums[i][0] != 0) totals[i] += totals_of(sums[i], i);
+    }
   }
 };
 
@@ -307,7 +312,13 @@ ColorOctree::~ColorOctree() = default;
 ColorOctree::ColorOctree(ColorOctree&&) noexcept = default;
 ColorOctree& ColorOctree::operator=(ColorOctree&&) noexcept = default;
 
-void ColorOctree::add(const Picture& picture) {
+void ColorOctree::add(Colour color, std::uint64_t count) {
+  const std::uint64_t r = red_of(color), g = green_of(color), b = blue_of(color);
+  const Totals totals{count, count * (r * r + g * g + b * b), {count * r, count * g, count * b}};
+  cells_->totals[joined(r >> kLowBits, g >> kLowBits, b >> kLowBits, kMostDepth)] += totals;
+}
+
+void ColorOctree::add(const Picture& picture, std::uint32_t mask) {
   if (!has_rows(picture)) return;
   const ThreeByteRows rows(picture);
   const std::uint64_t pixels = std::uint64_t{picture.width()} * picture.height();
@@ -322,7 +333,7 @@ void ColorOctree::add(const Picture& picture) {
     const auto first = static_cast<std::uint32_t>(band * band_rows);
     for (std::uint32_t y = first; y < std::min(first + band_rows, picture.height()); ++y)
       count_row(sums, rows.row(y, spare), picture.width());
-    cells_->take(sums);
+    cells_->take(sums, mask != 0xFFFFFF);
   });
 }
 
@@ -334,22 +345,22 @@ std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out) const {
 }
 
 std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,
-                                         Palette& palette) {
-  DistinctColours colours(most, palette);
+                                         Palette& palette, std::uint32_t mask) {
+  DistinctColours colours(most, palette, mask);
   for (const Picture& picture : pictures)
     if (has_rows(picture) && !colours.add(picture)) return std::nullopt;
   return colours.count();
 }
 
 std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
-                             Host* host) try {
+                             Host* host, std::uint32_t mask) try {
   palette.fill(0);
   std::optional<Progress> progress;
-  if (host) progress.emplace(*host, "Quantizing");
+  if (host) progress.emplace(*host, kQuantizing);
   ColorOctree octree;
   for (std::size_t i = 0; i < frames.size(); ++i) {
     if (host && host->stopped()) return 0;
-    octree.add(frames[i]);
+    octree.add(frames[i], mask);
     if (progress) progress->step(i + 1, frames.size());
   }
   return octree.palette(target, palette);

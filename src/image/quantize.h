@@ -11,6 +11,8 @@
 
 namespace vellum {
 
+inline constexpr const char* kQuantizing = "Quantizing";  ///< the caption of its progress
+
 /// Gathers the colors of pictures and makes a palette of them. Alpha is not looked at.
 class ColorOctree {
  public:
@@ -21,7 +23,10 @@ class ColorOctree {
 
   /// Counts every pixel of a picture of 24 bits. Of other depths the rows are read as three bytes a pixel, as
   /// they fall. Throws std::bad_alloc.
-  void add(const Picture& picture);
+  void add(const Picture& picture, std::uint32_t mask = 0xFFFFFF);
+
+  /// Counts pixels of one color (red lowest).
+  void add(Colour color, std::uint64_t count);
 
   /// The palette of at most `target` colors (0 and what is above 256 count as 256) in the order of the tree,
   /// and how many there are. 0 where nothing was added.
@@ -33,14 +38,14 @@ class ColorOctree {
 };
 
 /// The colors of pictures of 24 bits in the order of their first appearance, each from the bottom row up;
-/// nothing when there are more than `most` (at most 256).
+/// nothing when there are more than `most` (at most 256). Bits outside of `mask` (red lowest) read as 0.
 std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,
-                                         Palette& palette);
+                                         Palette& palette, std::uint32_t mask = 0xFFFFFF);
 
 /// The octree's palette of all frames, pictures of 24 bits, and the number of its colors. 0 when nothing was
 /// counted, the user stopped it or memory is exhausted.
 std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
-                             Host* host = nullptr);
+                             Host* host = nullptr, std::uint32_t mask = 0xFFFFFF);
 
 /// The palette of a picture of 24 bits. One that has no more colors than the target keeps them, in the order
 /// of their first appearance from the bottom row up; otherwise the octree's. Returns the number of colors; 0

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "image/dither.h"
 #include "image/palette_match.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
@@ -18,16 +19,24 @@ constexpr std::uint32_t kGreyOfWhite = 129;  // the least grey that a 1-bit resu
 /// A matching or dithering under way.
 struct Matching {
   const Picture& source;
-  std::uint32_t depth;
-  PaletteMatch match;
-  std::uint32_t white, black;
+  const Palette& palette;
+  std::uint32_t count, depth;
+  bool fast;
+  std::uint32_t white = 0, black = 0;
 
-  Matching(const Picture& picture, const Palette& palette, std::uint32_t count, std::uint32_t bits)
+  Matching(const Picture& picture, const Palette& colors, std::uint32_t used, std::uint32_t bits)
       : source(picture),
+        palette(colors),
+        count(std::min(used, 256u)),
         depth(picture_bits(bits)),
-        match(palette, count, settings::FastRemap != 0),
-        white(match.white()),
-        black(match.black()) {}
+        fast(settings::FastRemap != 0) {
+    const auto find = [&](std::uint32_t level) {
+      return fast ? CornerEntries(palette, count).index(level, level, level)
+                  : NearestPaletteIndex(level, level, level, palette, count);
+    };
+    white = find(255);
+    black = find(0);
+  }
 
   std::uint32_t by_grey(std::uint32_t red, std::uint32_t green, std::uint32_t blue) const {
     return grey_of(red, green, blue) < kGreyOfWhite ? black : white;
@@ -57,7 +66,7 @@ class RowLoop {
 };
 
 /// What each index of an indexed source becomes.
-std::array<std::uint8_t, 256> index_table(Matching& matching) {
+std::array<std::uint8_t, 256> index_table(const Matching& matching) {
   std::array<std::uint8_t, 256> table{};
   const Picture& source = matching.source;
   if (source.bits() == 1) {
@@ -68,97 +77,82 @@ std::array<std::uint8_t, 256> index_table(Matching& matching) {
   for (std::uint32_t i = 0; i < source.colours(); ++i) {
     const std::uint8_t* entry = source.table() + 4 * i;
     table[i] = static_cast<std::uint8_t>(
-        matching.depth == 1 ? matching.by_grey(entry[2], entry[1], entry[0])
-                            : NearestPaletteIndex(entry[2], entry[1], entry[0], matching.match.palette(),
-                                                  matching.match.count()));
+        matching.depth == 1
+            ? matching.by_grey(entry[2], entry[1], entry[0])
+            : NearestPaletteIndex(entry[2], entry[1], entry[0], matching.palette, matching.count));
   }
   return table;
 }
 
-void remap_colors(Matching& matching, const std::uint8_t* row, std::span<std::uint8_t> out) {
-  const std::size_t bytes = matching.source.bits() / 8;
-  for (std::size_t x = 0; x < out.size(); ++x, row += bytes)
-    out[x] = static_cast<std::uint8_t>(matching.depth == 1 ? matching.by_grey(row[2], row[1], row[0])
-                                                           : matching.match.index(row[2], row[1], row[0]));
-}
+/// What one band of rows needs for itself.
+template <class Entries>
+struct RowMatcher {
+  Entries entries;
+  std::vector<std::uint8_t> line;
+};
 
-Picture remap_rows(Matching& matching, const RowLoop& loop) {
+/// `match(matcher, y)` fills the line of a matcher with the indexes of row y. Between groups of rows the user
+/// is heard.
+template <class Entries, class Match>
+Picture remap_bands(const Matching& matching, const RowLoop& loop, const Entries& entries,
+                    const Match& match) {
+  constexpr std::uint32_t kRowsBetween = 32;
   const Picture& source = matching.source;
-  Picture result = create_rows(source.width(), source.height(), &matching.match.palette(), matching.depth);
+  Picture result = create_rows(source.width(), source.height(), &matching.palette, matching.depth);
   if (!result) return result;
   const EditRows rows(result);
-  const bool indexed = source.bits() <= 8;
-  const auto table = indexed ? index_table(matching) : std::array<std::uint8_t, 256>{};
-  std::vector<std::uint8_t> line(source.width());
-  for (std::uint32_t y = 0; y < source.height(); ++y) {
-    if (!loop.begin(y)) return {};
-    if (indexed) {
-      for (std::size_t x = 0; x < line.size(); ++x)
-        line[x] = table[get_index(source.row(y), x, source.bits())];
-    } else {
-      remap_colors(matching, source.row(y), line);
-    }
-    pack_indices(rows[y], 0, line.data(), line.size(), matching.depth);
+  std::vector<RowMatcher<Entries>> matchers(band_count(source),
+                                            {entries, std::vector<std::uint8_t>(source.width())});
+  const auto group = static_cast<std::uint32_t>(kRowsBetween * matchers.size());
+  for (std::uint32_t top = 0; top < source.height(); top += group) {
+    if (!loop.begin(top)) return {};
+    parallel_for(matchers.size(), [&](std::size_t band) {
+      const std::uint32_t first = top + static_cast<std::uint32_t>(band) * kRowsBetween;
+      for (std::uint32_t y = first; y < std::min(first + kRowsBetween, source.height()); ++y) {
+        match(matchers[band], y);
+        const auto& line = matchers[band].line;
+        pack_indices(rows[y], 0, line.data(), line.size(), matching.depth);
+      }
+    });
   }
   return result;
+}
+
+template <class Entries>
+Picture remap_colors(const Matching& matching, const RowLoop& loop) {
+  const std::size_t bytes = matching.source.bits() / 8;
+  return remap_bands(matching, loop, Entries(matching.palette, matching.count),
+                     [&](auto& matcher, std::uint32_t y) {
+                       match_row(matcher.entries, matching.source.row(y), bytes, matcher.line);
+                     });
+}
+
+struct NoEntries {};
+
+Picture remap_rows(const Matching& matching, const RowLoop& loop) {
+  const Picture& source = matching.source;
+  if (source.bits() <= 8) {
+    const auto table = index_table(matching);
+    return remap_bands(matching, loop, NoEntries{}, [&](auto& matcher, std::uint32_t y) {
+      for (std::size_t x = 0; x < matcher.line.size(); ++x)
+        matcher.line[x] = table[get_index(source.row(y), x, source.bits())];
+    });
+  }
+  if (matching.depth == 1)
+    return remap_bands(matching, loop, NoEntries{}, [&](auto& matcher, std::uint32_t y) {
+      const std::uint8_t* pixel = source.row(y);
+      for (std::uint8_t& index : matcher.line) {
+        index = static_cast<std::uint8_t>(matching.by_grey(pixel[2], pixel[1], pixel[0]));
+        pixel += source.bits() / 8;
+      }
+    });
+  return matching.fast ? remap_colors<CornerEntries>(matching, loop)
+                       : remap_colors<NearestEntries>(matching, loop);
 }
 
 // ------------------------------------------------------------------------------------------------ dithering
 
 std::uint8_t clamped(int value) { return static_cast<std::uint8_t>(std::clamp(value, 0, 255)); }
-
-/// Errors of one row: 3 channels a pixel, with room for a pixel on either side.
-class ErrorRow {
- public:
-  explicit ErrorRow(std::size_t width) : values_(3 * (width + 2)) {}
-  std::int16_t* at(std::size_t x) { return &values_[3 * (x + 1)]; }
-  void clear() { std::ranges::fill(values_, std::int16_t{0}); }
-
- private:
-  std::vector<std::int16_t> values_;
-};
-
-void add_error(std::int16_t* to, const int (&error)[3], int part) {
-  for (int c = 0; c < 3; ++c) to[c] = static_cast<std::int16_t>(to[c] + error[c] * part / 16);
-}
-
-void dither_colors(Matching& matching, const std::uint8_t* row, ErrorRow& here, ErrorRow& above,
-                   std::span<std::uint8_t> out) {
-  const Palette& palette = matching.match.palette();
-  for (std::size_t x = 0; x < out.size(); ++x, row += 3) {
-    const std::int16_t* carried = here.at(x);
-    const int color[3] = {clamped(row[2] + carried[0]), clamped(row[1] + carried[1]),
-                          clamped(row[0] + carried[2])};
-    const std::uint32_t index =
-        matching.match.index(static_cast<std::uint32_t>(color[0]), static_cast<std::uint32_t>(color[1]),
-                             static_cast<std::uint32_t>(color[2]));
-    out[x] = static_cast<std::uint8_t>(index);
-    int error[3];
-    for (std::size_t c = 0; c < 3; ++c) error[c] = color[c] - palette[3 * index + c];
-    add_error(here.at(x + 1), error, 7);
-    if (x >= 2) add_error(above.at(x - 1), error, 3);
-    add_error(above.at(x + 1), error, 1);
-    add_error(above.at(x), error, 5);
-  }
-}
-
-Picture dither_in_colors(Matching& matching, const RowLoop& loop) {
-  const Picture source = PictureToTrueColor(matching.source);
-  if (!source) return {};
-  Picture result = create_rows(source.width(), source.height(), &matching.match.palette(), matching.depth);
-  if (!result) return result;
-  const EditRows rows(result);
-  ErrorRow here(source.width()), above(source.width());
-  std::vector<std::uint8_t> line(source.width());
-  for (std::uint32_t stored = 0; stored < source.height(); ++stored) {
-    if (!loop.begin(stored)) return {};
-    above.clear();
-    dither_colors(matching, source.stored_row(stored), here, above, line);
-    pack_indices(rows[source.height() - 1 - stored], 0, line.data(), line.size(), matching.depth);
-    std::swap(here, above);
-  }
-  return result;
-}
 
 /// The greys of a picture, bottom row first, with their darkest and lightest.
 struct Greys {
@@ -205,7 +199,7 @@ void dither_black_and_white(const Matching& matching, Greys& greys, std::size_t 
 Picture dither_in_black_and_white(const Matching& matching, const RowLoop& loop) {
   Greys greys;
   const Picture& source = matching.source;
-  Picture result = create_rows(source.width(), source.height(), &matching.match.palette(), 1);
+  Picture result = create_rows(source.width(), source.height(), &matching.palette, 1);
   if (!result || !take_greys(source, greys)) return {};
   const EditRows rows(result);
   std::vector<std::uint8_t> line(source.width());
@@ -254,7 +248,7 @@ Picture RemapPicture(const Picture& picture, const Palette& palette, std::uint32
   if (!has_rows(picture)) return {};
   const Wanted wanted = wanted_of(bits, flags);
   if (wanted.colors > 256) return PictureToTrueColor(picture);
-  Matching matching(picture, palette, wanted.colors, wanted.depth);
+  const Matching matching(picture, palette, wanted.colors, wanted.depth);
   return remap_rows(matching, RowLoop(picture.height(), flags, host, StringId::Remapping));
 }
 
@@ -263,9 +257,11 @@ Picture DitherPicture(const Picture& picture, const Palette& palette, std::uint3
   if (!has_rows(picture) || picture.bits() == 1) return {};
   const Wanted wanted = wanted_of(bits, flags);
   if (wanted.colors > 256) return PictureToTrueColor(picture);
-  Matching matching(picture, palette, wanted.colors, wanted.depth);
+  const Matching matching(picture, palette, wanted.colors, wanted.depth);
   const RowLoop loop(picture.height(), flags, host, StringId::Dithering);
-  return matching.depth == 1 ? dither_in_black_and_white(matching, loop) : dither_in_colors(matching, loop);
+  if (matching.depth == 1) return dither_in_black_and_white(matching, loop);
+  const auto go_on = [&](std::uint32_t row) { return loop.begin(row); };
+  return dither_to_palette(picture, matching.palette, matching.count, matching.depth, matching.fast, go_on);
 }
 
 }  // namespace vellum

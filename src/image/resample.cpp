@@ -39,6 +39,8 @@ struct FastAxis {
   float error = 0;
 };
 
+constexpr int kLeastOpaque = 128;  ///< alpha from here on is opaque in a palette
+
 std::uint8_t rounded(double value) { return static_cast<std::uint8_t>(std::clamp(value + 0.5, 0.0, 255.0)); }
 
 /// A sum as a byte. Whether the error of the sum may have changed it: it lies so near to a half.
@@ -313,13 +315,53 @@ Picture filtered(const Picture& source, std::uint32_t width, std::uint32_t heigh
   return first_down ? filter_along(between, width, across) : filter_down(between, height, down);
 }
 
+/// The colors of a palette that can be matched, and what stands for transparency.
+struct OpaqueEntries {
+  Palette palette{};
+  std::array<std::uint8_t, 256> index{};  ///< of each of them in the picture
+  std::uint32_t count = 0;
+  std::uint8_t clear = 0;
+
+  OpaqueEntries(const Picture& picture, const PaletteUse& use) {
+    const Palette all = palette_of(picture);
+    const auto alpha = [&](std::size_t i) { return i < use.transparency.size() ? use.transparency[i] : 255; };
+    const std::uint32_t entries = std::clamp(use.entries, 1u, picture.colours());
+    for (std::uint32_t i = 0; i < entries; ++i) {
+      if (alpha(i) < alpha(clear)) clear = static_cast<std::uint8_t>(i);
+      if (alpha(i) < kLeastOpaque) continue;
+      std::copy_n(&all[3 * i], 3, &palette[3 * count]);
+      index[count++] = static_cast<std::uint8_t>(i);
+    }
+  }
+};
+
+/// A picture of 24 or 32 bits in the colors and the depth of an indexed one.
+Picture back_to_palette(const Picture& scaled, const Picture& like, const PaletteUse& use) {
+  const OpaqueEntries opaque(like, use);
+  const Palette palette = palette_of(like);
+  Picture result = create_rows(scaled.width(), scaled.height(), &palette, like.bits());
+  const Picture colors = scaled.bits() == 32 ? PictureToTrueColor(scaled) : scaled;
+  const Picture matched = colors ? match_to_palette(colors, opaque.palette, opaque.count, 8) : Picture();
+  const EditRows rows(result);
+  if (!rows || !matched) return {};
+  std::vector<std::uint8_t> line(scaled.width());
+  for (std::uint32_t y = 0; y < scaled.height(); ++y) {
+    for (std::size_t x = 0; x < line.size(); ++x) {
+      const bool clear = scaled.bits() == 32 && scaled.row(y)[4 * x + 3] < kLeastOpaque;
+      line[x] = clear ? opaque.clear : opaque.index[matched.row(y)[x]];
+    }
+    pack_indices(rows[y], 0, line.data(), line.size(), like.bits());
+  }
+  return result;
+}
+
 Picture filtered_in_palette(const Picture& picture, std::uint32_t width, std::uint32_t height,
-                            ResampleFilter filter, double blur) {
+                            ResampleFilter filter, double blur, const PaletteUse& use) {
   // PictureToTrueColor knows black and white alone in a 1-bit picture.
-  const Picture source = PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
+  Picture source = PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
+  if (!use.transparency.empty()) source = PictureWithTransparency(picture, use.transparency);
   const Picture scaled = source ? filtered(source, width, height, filter, blur) : Picture();
-  if (!scaled) return {};
-  return match_to_palette(scaled, palette_of(picture), picture.colours(), picture.bits());
+  return scaled ? back_to_palette(scaled, picture, use) : Picture();
 }
 
 bool size_allowed(std::uint32_t width, std::uint32_t height) {
@@ -329,7 +371,7 @@ bool size_allowed(std::uint32_t width, std::uint32_t height) {
 }  // namespace
 
 Picture PictureResample(const Picture& picture, std::uint32_t width, std::uint32_t height,
-                        ResampleFilter filter, double blur) try {
+                        ResampleFilter filter, double blur, const PaletteUse& use) try {
   if (!has_rows(picture) || !size_allowed(width, height)) return {};
   if (width == picture.width() && height == picture.height() && blur == 1) return PictureDuplicate(picture);
   if (filter == ResampleFilter::Automatic) {
@@ -337,7 +379,7 @@ Picture PictureResample(const Picture& picture, std::uint32_t width, std::uint32
     filter = grows ? ResampleFilter::Mitchell : ResampleFilter::Lanczos;
   }
   if (filter == ResampleFilter::Point) return point_sampled(picture, width, height);
-  return picture.bits() <= 8 ? filtered_in_palette(picture, width, height, filter, blur)
+  return picture.bits() <= 8 ? filtered_in_palette(picture, width, height, filter, blur, use)
                              : filtered(picture, width, height, filter, blur);
 } catch (const std::bad_alloc&) {
   return {};

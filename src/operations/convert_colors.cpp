@@ -7,7 +7,6 @@
 #include "core/image_edit.h"
 #include "core/picture_fitting.h"
 #include "core/settings.h"
-#include "image/palette_from_pictures.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/png_form.h"
@@ -137,7 +136,8 @@ bool choose_palette(Target& target, std::span<const Picture> pictures, bool tran
   const std::uint32_t depth = conversion.bitDepth == 0 ? 8 : conversion.bitDepth;
   const std::uint32_t most = std::min(conversion.most, 1u << depth) - (transparency ? 1 : 0);
   target.palette = conversion.palette;
-  if (target.palette.count == 0) target.palette = palette_from_pictures(pictures, most, &host);
+  if (target.palette.count == 0)
+    target.palette = palette_from_pictures(pictures, most, &host, conversion.method);
   if (target.palette.count == 0) return false;
   target.palette.count = std::min(target.palette.count, (1u << depth) - (transparency ? 1 : 0));
   if (transparency) target.transparent = static_cast<std::uint8_t>(target.palette.count++);

@@ -3,7 +3,7 @@
 
 #include "base/host.h"
 #include "core/document.h"
-#include "image/palette_file.h"
+#include "image/palette_from_pictures.h"
 #include "image/png_header.h"
 
 namespace vellum {
@@ -13,6 +13,7 @@ struct ColorConversion {
   std::uint8_t bitDepth = 0;   ///< of types 0 and 3, and the header of a still PNG; 0: the least that will do
   PaletteColors palette{};     ///< of type 3; without colors one is computed from all images
   std::uint32_t most = 256;    ///< colors of a palette that is computed
+  PaletteMethod method{};      ///< of that
   bool dither = false;
   int threshold = 0;     ///< with two colors: grey from here on (1 to 255) is white; 0: the nearest color
   int alphaLevel = 255;  ///< type 6: alpha of images that have no transparency

@@ -59,6 +59,9 @@ void image_strip_command(MainWindow& main, DocumentFrame& frame);
 /// With Control held (Shift where a key asks for it), a copy whose frames are whole canvases.
 void view_command(MainWindow& main, DocumentFrame& frame);
 
+/// A new window with the images in another size.
+void resize_command(MainWindow& main, DocumentFrame& frame);
+
 /// The settings of the program; with Shift held, with the defaults put in.
 void setup_command(MainWindow& main);
 

@@ -12,7 +12,6 @@
 
 #include "base/text.h"
 #include "configuration/operation_settings.h"
-#include "core/palette_edit.h"
 #include "core/settings.h"
 #include "image/builtin_palette.h"
 #include "image/graphic_file.h"
@@ -59,11 +58,8 @@ PaletteColors built_in(int id) {
   return colors;
 }
 
-PaletteColors computed(std::span<const Picture> pictures, std::uint32_t most) {
-  PaletteEdit edit;
-  palette_load(edit, palette_from_pictures(pictures, most));
-  if (settings::WidePaletteSorted != 0) palette_sort(edit, PaletteSort::Luminance, {});
-  return palette_colors(edit);
+PaletteMethod method() {
+  return {settings::WidePaletteQ15 != 0, settings::WidePaletteSketch != 0, settings::WidePaletteSorted != 0};
 }
 
 /// The palette's extensions with small and capital letters, as a file dialog takes them.
@@ -198,7 +194,9 @@ void PaletteChooser::choose_row(int) {
   file->setEnabled(id() == kPaletteFile || id() == kImageFile);
   colors = {};
   if (id() >= 0) colors = built_in(id());
-  if (id() == kQuantize) colors = computed(request.pictures, static_cast<std::uint32_t>(size->value()));
+  if (id() == kQuantize)
+    colors =
+        palette_from_pictures(request.pictures, static_cast<std::uint32_t>(size->value()), nullptr, method());
   const std::filesystem::path kept(settings::ColourTableFile);
   std::string reason;
   if (id() == kPaletteFile && !kept.empty())

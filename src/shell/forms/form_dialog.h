@@ -20,6 +20,7 @@ class FormDialog : public QDialog {
              Host& host, QWidget* parent = nullptr);
 
   Form& form() { return *form_; }
+  const Form& form() const { return *form_; }
   QDialogButtonBox& buttons() { return *buttons_; }
 
   /// The first fault of what was typed; without this the ranges of the fields alone.

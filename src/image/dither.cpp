@@ -1,0 +1,137 @@
+// Each pixel needs the error of the one in front of it, so a row can't be faster than that chain. But a row
+// can follow the one below it at a distance of two pixels: several rows are under way at the same time, and
+// the processor works on their chains side by side. The result is that of one row after the other.
+#include "image/dither.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "image/palette_match.h"
+#include "image/picture_operations.h"
+#include "image/picture_rows.h"
+
+namespace vellum {
+namespace {
+
+#pragma GCC diagnostic ignored "-Wpsabi"  // vectors are passed to functions that are inlined
+
+constexpr std::size_t kRows = 4;      ///< under way at the same time
+constexpr std::size_t kDistance = 2;  ///< pixels that a row is behind the one below it
+
+/// `part` sixteenths, each channel truncated toward 0.
+VELLUM_INLINE Lanes4 sixteenths(const Lanes4& error, std::int32_t part) {
+  const Lanes4 product = error * part;
+  return (product + (product >> 31 & 15)) >> 4;
+}
+
+/// A row under way. Lanes are blue, green, red.
+struct Row {
+  const std::uint8_t* pixels = nullptr;
+  const Lanes4* carried = nullptr;  ///< errors from the row below
+  Lanes4* above = nullptr;          ///< errors for the next row
+  std::uint8_t* out = nullptr;
+  Lanes4 right{};                   ///< error for the next pixel
+  Lanes4 aboveHere{}, aboveNext{};  ///< for what lies above the pixel in front, and above the next one
+};
+
+/// A palette as lanes.
+using Colors = std::array<Lanes4, 256>;
+
+template <class Entries>
+VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Colors& colors, Entries& entries) {
+  const std::uint8_t* pixel = row.pixels + 3 * x;
+  Lanes4 color = Lanes4{pixel[0], pixel[1], pixel[2], 0} + row.carried[x] + row.right;
+  color = least(greatest(color, Lanes4{}), Lanes4{} + 255);
+  const std::uint32_t index =
+      entries.index(static_cast<std::uint32_t>(color[2]), static_cast<std::uint32_t>(color[1]),
+                    static_cast<std::uint32_t>(color[0]));
+  row.out[x] = static_cast<std::uint8_t>(index);
+  const Lanes4 error = color - colors[index];
+  row.right = sixteenths(error, 7);
+  // The second pixel of a row gives nothing to the first one above.
+  const Lanes4 behind = x >= 2 ? sixteenths(error, 3) : Lanes4{};
+  if (x > 0) row.above[x - 1] = row.aboveHere + behind;
+  row.aboveHere = row.aboveNext + sixteenths(error, 5);
+  row.aboveNext = sixteenths(error, 1);
+}
+
+template <class Entries>
+VELLUM_INLINE void dither_rows(std::span<Row> rows, std::size_t width, const Colors& colors,
+                               Entries& entries) {
+  const std::size_t steps = width + kDistance * (rows.size() - 1);
+  for (std::size_t step = 0; step < steps; ++step)
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const std::size_t x = step - kDistance * i;  // wraps for a row that hasn't begun
+      if (x >= width) continue;
+      dither_pixel(rows[i], x, colors, entries);
+      if (x + 1 == width) rows[i].above[x] = rows[i].aboveHere;
+    }
+}
+
+VELLUM_AVX2 void dither_rows_avx2(std::span<Row> rows, std::size_t width, const Colors& colors,
+                                  NearestEntries& entries) {
+  if (rows.size() == kRows)  // a count that is known unrolls
+    dither_rows(rows.first<kRows>(), width, colors, entries);
+  else
+    dither_rows(rows, width, colors, entries);
+}
+
+void dither_some(std::span<Row> rows, std::size_t width, const Colors& colors, NearestEntries& entries) {
+  if (has_avx2()) return dither_rows_avx2(rows, width, colors, entries);
+  dither_rows(rows, width, colors, entries);
+}
+
+void dither_some(std::span<Row> rows, std::size_t width, const Colors& colors, CornerEntries& entries) {
+  dither_rows(rows, width, colors, entries);
+}
+
+Colors lanes_of(const Palette& palette) {
+  Colors colors;
+  for (std::size_t i = 0; i < colors.size(); ++i)
+    colors[i] = Lanes4{palette[3 * i + 2], palette[3 * i + 1], palette[3 * i], 0};
+  return colors;
+}
+
+template <class Entries>
+bool dither_whole(const Picture& source, Picture& result, const Palette& palette, Entries entries,
+                  const std::function<bool(std::uint32_t)>& go_on) {
+  const EditRows rows(result);
+  const std::size_t width = source.width();
+  const Colors colors = lanes_of(palette);
+  // The first holds what comes from below the group, the others what its rows give to the next.
+  std::array<std::vector<Lanes4>, kRows + 1> errors;
+  errors.fill(std::vector<Lanes4>(width));
+  std::array<std::vector<std::uint8_t>, kRows> lines;
+  lines.fill(std::vector<std::uint8_t>(width));
+  for (std::uint32_t first = 0; first < source.height(); first += kRows) {
+    if (!go_on(first)) return false;
+    const std::size_t count = std::min<std::size_t>(kRows, source.height() - first);
+    std::array<Row, kRows> group{};
+    for (std::size_t i = 0; i < count; ++i) {
+      group[i].pixels = source.stored_row(first + static_cast<std::uint32_t>(i));
+      group[i].carried = errors[i].data();
+      group[i].above = errors[i + 1].data();
+      group[i].out = lines[i].data();
+    }
+    dither_some(std::span(group).first(count), width, colors, entries);
+    for (std::size_t i = 0; i < count; ++i)
+      pack_indices(rows[source.height() - 1 - first - i], 0, lines[i].data(), width, result.bits());
+    std::swap(errors.front(), errors[count]);
+  }
+  return true;
+}
+
+}  // namespace
+
+Picture dither_to_palette(const Picture& picture, const Palette& palette, std::uint32_t count,
+                          std::uint32_t depth, bool fast, const std::function<bool(std::uint32_t)>& go_on) {
+  const Picture source = PictureToTrueColor(picture);
+  Picture result = source ? create_rows(source.width(), source.height(), &palette, depth) : Picture();
+  if (!result) return {};
+  const bool whole = fast ? dither_whole(source, result, palette, CornerEntries(palette, count), go_on)
+                          : dither_whole(source, result, palette, NearestEntries(palette, count), go_on);
+  return whole ? result : Picture();
+}
+
+}  // namespace vellum

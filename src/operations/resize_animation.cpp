@@ -1,0 +1,228 @@
+#include "operations/resize_animation.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/limits.h"
+#include "base/parallel.h"
+#include "core/chunk_description.h"
+#include "core/chunk_field_sets.h"
+#include "core/document_colors.h"
+#include "core/edit_closing.h"
+#include "core/frame_values.h"
+#include "core/framing.h"
+#include "core/record_picture.h"
+#include "image/resample.h"
+#include "operations/convert_colors.h"
+#include "operations/frames.h"
+#include "operations/manage_frames.h"
+#include "operations/reconstruct.h"
+
+namespace vellum {
+namespace {
+
+/// One axis of the canvas: edges go to the nearest pixel of the new one.
+struct Axis {
+  std::int64_t from, to;
+
+  std::int64_t edge(std::int64_t at) const {
+    const std::int64_t doubled = 2 * at * to + from;
+    return doubled >= 0 ? doubled / (2 * from) : -((-doubled + 2 * from - 1) / (2 * from));
+  }
+};
+
+/// A frame along one axis.
+struct Span {
+  std::int64_t at, length;
+};
+
+Span scaled(const Axis& axis, Span span) {
+  Span result{axis.edge(span.at),
+              std::max<std::int64_t>(axis.edge(span.at + span.length) - axis.edge(span.at), 1)};
+  // What vanishes between two edges stays one pixel, inside the canvas where it was inside.
+  if (span.at + span.length <= axis.from && result.at + result.length > axis.to) --result.at;
+  return result;
+}
+
+struct Axes {
+  Axis x, y;
+};
+
+/// A frame with all that scaling it takes.
+struct Work {
+  Picture picture;
+  Span x{}, y{};
+  PaletteUse use;
+  std::vector<std::uint8_t> table;  ///< of `use`
+};
+
+bool is_grey(const Picture& picture) {
+  for (std::uint32_t i = 0; i < picture.colours(); ++i) {
+    const std::uint8_t* entry = picture.table() + 4 * i;
+    if (entry[0] != entry[1] || entry[1] != entry[2]) return false;
+  }
+  return picture.bits() <= 8;
+}
+
+std::vector<Picture> images_of(const DocumentWindow& window) {
+  std::vector<Picture> pictures;
+  for (const std::size_t entry : frame_entries(window))
+    pictures.push_back(picture_of(window.list.record(entry)));
+  if (const Picture image(window.document.defaultImage); image) pictures.push_back(image);
+  return pictures;
+}
+
+bool filters(const DocumentWindow& window, const ResizeAnimation& resize) {
+  const Extent size = document_size(window.list, window.document);
+  if (resize.filter == ResampleFilter::Point) return false;
+  return size.width != resize.width || size.height != resize.height || resize.blur != 1;
+}
+
+/// Whether pixels of one color are transparent, which a filter would mix with others.
+bool has_color_key(const DocumentWindow& window, std::span<const Picture> pictures) {
+  const auto deep = [](const Picture& picture) { return picture && picture.bits() == 24; };
+  return std::ranges::any_of(pictures, deep) && has_transparency(window);
+}
+
+bool is_indexed(const Picture& picture) { return picture && picture.bits() <= 8; }
+
+/// The form whose pixels a filter can mix.
+bool promote(DocumentWindow& draft, const ResizeAnimation& resize, Host& host) {
+  const std::vector<Picture> pictures = images_of(draft);
+  const bool indexed = std::ranges::any_of(pictures, is_indexed);
+  const bool promotes = indexed ? !resize.keepPalette : has_color_key(draft, pictures);
+  if (!promotes || !filters(draft, resize)) return true;
+  const bool clear = has_transparency(draft);
+  if (std::ranges::all_of(pictures, is_grey) && !clear)
+    return convert_colors(draft, {.colorType = 0, .bitDepth = 8}, host);
+  return convert_colors(draft, {.colorType = clear ? std::uint8_t{6} : std::uint8_t{2}}, host);
+}
+
+Work work_of(const DocumentWindow& window, const ChunkRecord& record, const Axes& axes) {
+  Work work{picture_of(record), {}, {}, {}, {}};
+  if (!work.picture) return work;
+  const FrameOffset offset = GetFrameOffset(record, window.document.kind);
+  work.x = scaled(axes.x, {offset.x, work.picture.width()});
+  work.y = scaled(axes.y, {offset.y, work.picture.height()});
+  if (!is_indexed(work.picture)) return work;
+  work.use.entries = usable_colors(window, record);
+  work.table = window.document.kind == DocumentKind::MING ? image_transparency(record)
+                                                          : document_transparency(window.list);
+  return work;
+}
+
+Picture resized(const Work& work, const ResizeAnimation& resize) {
+  PaletteUse use = work.use;
+  use.transparency = work.table;
+  return PictureResample(work.picture, static_cast<std::uint32_t>(work.x.length),
+                         static_cast<std::uint32_t>(work.y.length), resize.filter, resize.blur, use);
+}
+
+std::int32_t held(std::int64_t at) {
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(at, INT32_MIN, INT32_MAX));
+}
+
+/// The clips that an MNG's image brings along (MNG 1.0, "DEFI" and "FRAM"): left, right, top, bottom.
+void scale_clips(ChunkRecord& record, const Axes& axes) {
+  constexpr std::uint32_t kDefiWithClip = 28;
+  const auto move = [](auto& value, const Axis& axis) {
+    const std::int64_t at = axis.edge(static_cast<std::int32_t>(from_file_order(value)));
+    value = from_file_order(static_cast<std::remove_reference_t<decltype(value)>>(held(at)));
+  };
+  const auto scale = [&](auto& block) {
+    move(block.clipLeft, axes.x);
+    move(block.clipRight, axes.x);
+    move(block.clipTop, axes.y);
+    move(block.clipBottom, axes.y);
+  };
+  if (record.flags & CRF_DEFI && record.image->defiBytes >= kDefiWithClip)
+    scale(record.image.edit().defiBlock);
+  if (record.flags & CRF_FRAM && record.image->framBlock.changeClipping != 0)
+    scale(record.image.edit().framBlock);
+}
+
+void put_frame(DocumentWindow& window, std::size_t entry, const Work& work, const Picture& picture,
+               const Axes& axes) {
+  const DocumentKind kind = window.document.kind;
+  ChunkRecord record;
+  chunk_list_get(window.list, entry, record);
+  record_take_pixels(record, kind, picture);
+  SetFrameOffset(record, kind, {held(work.x.at), held(work.y.at)});
+  if (kind == DocumentKind::MING) scale_clips(record, axes);
+  record.description = chunk_description(record);
+  chunk_list_put(window.list, entry, record);
+}
+
+/// All frames and the default image; some at a time.
+bool resize_images(DocumentWindow& draft, const ResizeAnimation& resize, const Axes& axes, Host& host) {
+  const auto entries = frame_entries(draft);
+  const Progress progress(host, "Building");
+  const std::size_t step = 2 * parallel_width();
+  for (std::size_t first = 0; first < entries.size(); first += step) {
+    if (host.stopped()) return false;
+    const std::size_t count = std::min(step, entries.size() - first);
+    std::vector<Work> works;
+    for (std::size_t i = 0; i < count; ++i)
+      works.push_back(work_of(draft, draft.list.record(entries[first + i]), axes));
+    std::vector<Picture> pictures(count);
+    parallel_for(count, [&](std::size_t i) { pictures[i] = resized(works[i], resize); });
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!pictures[i]) return false;
+      put_frame(draft, entries[first + i], works[i], pictures[i], axes);
+    }
+    progress.step(first + count, entries.size());
+  }
+  return true;
+}
+
+bool resize_default_image(DocumentWindow& draft, const ResizeAnimation& resize) {
+  const Picture image(draft.document.defaultImage);
+  if (!image) return true;
+  const std::size_t header = chunk_find_first(draft.list, tag::IHDR);
+  Work work{image, {0, resize.width}, {0, resize.height}, {}, document_transparency(draft.list)};
+  if (header != kNoEntry) work.use.entries = usable_colors(draft, draft.list.record(header));
+  const Picture result = resized(work, resize);
+  draft.document.defaultImage = result.handle();
+  return static_cast<bool>(result);
+}
+
+bool size_allowed(const Extent& from, const ResizeAnimation& resize) {
+  const auto fits = [](std::uint32_t side) { return side > 0 && side <= kMaximumDimension; };
+  return fits(from.width) && fits(from.height) && fits(resize.width) && fits(resize.height);
+}
+
+}  // namespace
+
+std::uint32_t scaled_side(std::uint32_t side, double percent) {
+  return static_cast<std::uint32_t>(std::clamp(std::trunc(side * percent / 100 + 0.5), 1.0, 4e9));
+}
+
+std::uint32_t proportional_side(std::uint32_t scaled, std::uint32_t side, std::uint32_t other) {
+  return side == 0 ? scaled : scaled_side(other, 100.0 * scaled / side);
+}
+
+bool resizing_needs_true_color(const DocumentWindow& window, const ResizeAnimation& resize) {
+  if (resize.keepPalette || !filters(window, resize)) return false;
+  const std::vector<Picture> pictures = images_of(window);
+  const bool grey = std::ranges::all_of(pictures, is_grey) && !has_transparency(window);
+  return !grey && std::ranges::any_of(pictures, is_indexed);
+}
+
+bool resize_animation(DocumentWindow& window, const ResizeAnimation& resize, Host& host) {
+  const Extent from = document_size(window.list, window.document);
+  if (!size_allowed(from, resize) || frame_entries(window).empty()) return false;
+  DocumentWindow draft{window.document, window.list, {}};
+  if (!promote(draft, resize, host)) return false;
+  const Axes axes{{from.width, resize.width}, {from.height, resize.height}};
+  {
+    const QuietList quiet(draft.list);
+    if (!resize_images(draft, resize, axes, host) || !resize_default_image(draft, resize)) return false;
+    if (draft.document.kind == DocumentKind::PING)
+      header_take_size(draft, picture_of(draft.list.record(frame_entries(draft).front())));
+  }
+  finish_edit(draft, false);
+  take_draft(window, draft);
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,116 @@
+#include "shell/dialogs/change_preview.h"
+
+#include <QScrollArea>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "core/frame_layer.h"
+#include "image/resample.h"
+#include "operations/frames.h"
+#include "shell/picture_image.h"
+#include "shell/style.h"
+
+namespace vellum {
+namespace {
+
+constexpr double kPreviewWidth = 400,
+                 kPreviewHeight = 300;  ///< pixels that a preview is computed from at most
+constexpr QSize kPane(240, 180);
+constexpr int kLeastBeat = 20;  ///< milliseconds
+
+/// How much a frame is made smaller, so that neither it nor its result is larger than a preview.
+double reduction(const Picture& frame, double growth) {
+  const double larger = std::max(growth, 1.0);
+  return std::min(
+      {1.0, kPreviewWidth / (frame.width() * larger), kPreviewHeight / (frame.height() * larger)});
+}
+
+void show_picture(QLabel& label, const Picture& picture) {
+  label.setPixmap(picture ? QPixmap::fromImage(image_of_picture(picture)) : QPixmap());
+  label.adjustSize();
+}
+
+}  // namespace
+
+ChangePreview::ChangePreview(const DocumentWindow& window, Change change, Growth growth, QWidget* parent)
+    : QWidget(parent), window_(window), change_(std::move(change)), growth_(std::move(growth)) {
+  setAccessibleName(tr("Preview"));
+  auto* panes = new QHBoxLayout;
+  beforeLabel_ = add_pane(*panes, tr("Before"));
+  afterLabel_ = add_pane(*panes, tr("After"));
+  slider_ = new QSlider(Qt::Horizontal, this);
+  slider_->setAccessibleName(tr("Frame"));
+  slider_->setRange(0, std::max(static_cast<int>(frame_entries(window).size()) - 1, 0));
+  play_ = new QToolButton(this);
+  play_->setText(tr("Play"));
+  play_->setCheckable(true);
+  play_->setEnabled(slider_->maximum() > 0);
+  actual_ = new QToolButton(this);
+  actual_->setText(tr("Actual size"));
+  actual_->setCheckable(true);
+  auto* line = new QHBoxLayout;
+  for (QWidget* widget :
+       {static_cast<QWidget*>(slider_), static_cast<QWidget*>(play_), static_cast<QWidget*>(actual_)})
+    line->addWidget(widget);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(style::kGap);
+  layout->addLayout(panes, 1);
+  layout->addLayout(line);
+  refreshTimer_.setSingleShot(true);
+  playTimer_.setSingleShot(true);
+  connect(&refreshTimer_, &QTimer::timeout, this, &ChangePreview::show_frame);
+  connect(&playTimer_, &QTimer::timeout, this, &ChangePreview::step);
+  connect(slider_, &QSlider::valueChanged, this, &ChangePreview::refresh);
+  connect(actual_, &QToolButton::toggled, this, &ChangePreview::refresh);
+  connect(play_, &QToolButton::toggled, this,
+          [this](bool on) { on ? playTimer_.start(0) : playTimer_.stop(); });
+  show_frame();
+}
+
+QLabel* ChangePreview::add_pane(QLayout& layout, const QString& title) {
+  auto* side = new QWidget(this);
+  auto* label = new QLabel(side);
+  label->setAccessibleName(title);
+  label->setAlignment(Qt::AlignCenter);
+  auto* area = new QScrollArea(side);
+  area->setWidget(label);
+  area->setAlignment(Qt::AlignCenter);
+  area->setMinimumSize(kPane);
+  auto* column = new QVBoxLayout(side);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(new QLabel(title, side));
+  column->addWidget(area, 1);
+  layout.addWidget(side);
+  return label;
+}
+
+void ChangePreview::refresh() { refreshTimer_.start(0); }
+
+Picture ChangePreview::frame_picture() const {
+  const auto entries = frame_entries(window_);
+  if (entries.empty()) return {};
+  const auto at = std::min(static_cast<std::size_t>(slider_->value()), entries.size() - 1);
+  return frame_layer_of(frame_source_of(window_), window_.list.record(entries[at])).picture;
+}
+
+void ChangePreview::show_frame() {
+  Picture frame = frame_picture();
+  if (frame && !actual_->isChecked()) {
+    const double percent = 100 * reduction(frame, growth_());
+    frame = PictureScalePercent(frame, percent, percent, ResampleFilter::Box);
+  }
+  after_ = frame ? change_(frame) : Picture();
+  show_picture(*beforeLabel_, frame);
+  show_picture(*afterLabel_, after_);
+}
+
+void ChangePreview::step() {
+  slider_->setValue(slider_->value() == slider_->maximum() ? 0 : slider_->value() + 1);
+  const auto entries = frame_entries(window_);
+  const auto delay = GetFrameDelay(window_.list.record(entries[static_cast<std::size_t>(slider_->value())]),
+                                   window_.document.kind, ticks_per_second(window_.list));
+  playTimer_.start(std::max(static_cast<int>(std::min<std::uint32_t>(delay, 60'000)), kLeastBeat));
+}
+
+}  // namespace vellum
