@@ -47,8 +47,14 @@ void sixteen(Palette& palette) {
   std::ranges::copy(colors, palette.begin());
 }
 
-/// The cube of 216, then 32 greys; what is left stays black.
-void cube_and_greys(Palette& palette) { put_greys(palette, put_cube(palette, 0, 6, 6, 6), 32); }
+/// 32 greys, then the cube of 216; what is left stays black.
+void greys_and_cube(Palette& palette) { put_cube(palette, put_greys(palette, 0, 32), 6, 6, 6); }
+
+/// Unlike the other ramps these are rounded to the nearest level.
+void eight_greys(Palette& palette) {
+  for (std::uint32_t i = 0; i < 8; ++i)
+    std::fill_n(&palette[3 * i], 3, static_cast<std::uint8_t>((2 * 255 * i + 7) / 14));
+}
 
 struct PaletteRow {
   std::uint32_t colors;
@@ -60,9 +66,9 @@ constexpr PaletteRow kPalettes[] = {
     {2, 1, greys<2>},        {16, 4, sixteen},
     {32, 5, cube<4, 4, 2>},  {64, 6, cube<4, 4, 4>},
     {128, 7, cube<4, 8, 4>}, {216, 8, cube<6, 6, 6>},
-    {256, 8, cube<8, 8, 4>}, {256, 8, cube_and_greys},
+    {256, 8, cube<8, 8, 4>}, {256, 8, greys_and_cube},
     {256, 8, greys<256>},    {16'777'216, 24, cube<8, 8, 4>},
-    {16, 4, greys<16>},      {16, 3, greys<8>},
+    {16, 4, greys<16>},      {16, 3, eight_greys},
     {4, 2, greys<4>},
 };
 

@@ -168,5 +168,61 @@ TEST_F(AnimationTool, RefusalsSayWhyAndWriteNothing) {
   EXPECT_FALSE(fs::exists(folder_ / "out.xyz"));
 }
 
+TEST_F(AnimationTool, ResizeScalesFramesAndTellsWrongUsage) {
+  const fs::path in = animation(), out = folder_ / "resized.png";
+  struct Case {
+    std::vector<std::string> options;
+    int status, width, height;
+  };
+  const Case cases[] = {{{"--percent", "50"}, 0, 2, 2},
+                        {{"--percent", "200,100"}, 0, 8, 3},
+                        {{"--size", "10x5"}, 0, 10, 5},
+                        {{"--width", "8"}, 0, 8, 6},
+                        {{"--height", "6", "--filter", "mitchell", "--blur", "1.5"}, 0, 8, 6},
+                        {{"--width", "5", "--height", "7", "--no-antialias"}, 0, 5, 7},
+                        {{"--percent", "0"}, 2, 0, 0},
+                        {{"--percent", "50,"}, 2, 0, 0},
+                        {{"--percent", "50", "--size", "3x3"}, 2, 0, 0},
+                        {{"--size", "3"}, 2, 0, 0},
+                        {{"--size", "3x3", "--filter", "Best"}, 2, 0, 0},
+                        {{}, 2, 0, 0}};
+  for (const Case& c : cases) {
+    std::vector<std::string> words{"resize", in, out};
+    words.insert(words.end(), c.options.begin(), c.options.end());
+    const auto result = vellum(words);
+    EXPECT_EQ(result.status, c.status) << ::testing::PrintToString(c.options) << result.output;
+    if (c.status != 0) continue;
+    const auto list = json::parse(vellum({"list", out, "--json"}).output);
+    EXPECT_EQ(list["width"], c.width) << ::testing::PrintToString(c.options);
+    EXPECT_EQ(list["height"], c.height) << ::testing::PrintToString(c.options);
+  }
+}
+
+TEST_F(AnimationTool, PaletteTakesBuiltInComputedAndFilesColors) {
+  const fs::path in = animation(), out = folder_ / "palette.png", file = folder_ / "colors.gpl";
+  for (const std::vector<std::string>& options : {std::vector<std::string>{"--id", "0"},
+                                                  {"--colors", "16", "--sketch", "--fifteen-bits"},
+                                                  {"--id", "6", "--dither", "--fast"}}) {
+    std::vector<std::string> words{"palette", in, out};
+    words.insert(words.end(), options.begin(), options.end());
+    const auto result = vellum(words);
+    ASSERT_EQ(result.status, 0) << result.output;
+    EXPECT_EQ(testing::objections(out), "");
+    EXPECT_NE(vellum({"list", out}).output.find("PLTE"), std::string::npos);
+  }
+  EXPECT_EQ(vellum({"palette", out, "--export", file}).status, 0);
+  std::ifstream text(file);
+  std::string first;
+  std::getline(text, first);
+  EXPECT_EQ(first, "GIMP Palette");
+  EXPECT_EQ(vellum({"palette", in, out, "--file", file}).status, 0);
+  EXPECT_EQ(vellum({"palette", in, out, "--file", in}).status, 0) << "the colors of a picture";
+  EXPECT_EQ(vellum({"palette", in, out}).status, 2);
+  EXPECT_EQ(vellum({"palette", in}).status, 2);
+  EXPECT_EQ(vellum({"palette", in, out, "--id", "13"}).status, 2);
+  EXPECT_EQ(vellum({"palette", in, out, "--id", "1", "--colors", "3"}).status, 2);
+  EXPECT_EQ(vellum({"palette", in, out, "--file", folder_ / "none.gpl"}).status, 1);
+}
+
 }  // namespace
 }  // namespace vellum

@@ -178,6 +178,16 @@ TEST(Remap, EveryDepthAndPaletteSizeAgreesWithThePixelLoops) {
   settings::FastRemap = 0;
 }
 
+TEST(Remap, LargePicturesInBandsAgreeWithThePixelLoops) {
+  std::mt19937 random(9);
+  const Picture picture = random_picture(random, 1200, 700, 24);
+  Plain plain{random_palette(random), 250};
+  // Crowded colors: cells then have more candidates than fit one block.
+  for (std::size_t i = 0; i < 3 * 100; ++i) plain.palette[i] = static_cast<std::uint8_t>(128 + random() % 12);
+  EXPECT_TRUE(same_block(remap_to_colors(picture, plain.palette, 250), plain_remap(picture, plain, 8)));
+  EXPECT_TRUE(same_block(dither_to_colors(picture, plain.palette, 250), plain_dither(picture, plain, 8)));
+}
+
 TEST(Remap, FlagsTellCountsFromDepthsAndStopWhenAsked) {
   std::mt19937 random(8);
   const Picture picture = random_picture(random, 20, 70, 24);

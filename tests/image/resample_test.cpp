@@ -109,13 +109,12 @@ TEST(Resample, IsTheWeightedSumToTheLastBit) {
   };
   const Size sizes[] = {{37, 29, 18, 14}, {37, 29, 74, 58}, {40, 13, 7, 61}, {1, 9, 5, 4},
                         {300, 3, 21, 9},  {17, 250, 40, 3}, {6, 6, 3, 12}};
-  const ResampleFilter filters[] = {ResampleFilter::Box, ResampleFilter::Triangle, ResampleFilter::Mitchell,
-                                    ResampleFilter::Lanczos};
   unsigned seed = 0;
   for (const std::uint32_t bits : {24u, 32u})
     for (const Size& s : sizes)
-      for (const ResampleFilter filter : filters)
+      for (int number = 2; number < 16; ++number)
         for (const double blur : {1.0, 1.5, 0.3}) {
+          const ResampleFilter filter = resample_filter_of(number);
           const Picture source = noise(s.fromWidth, s.fromHeight, bits, ++seed);
           const Picture result = PictureResample(source, s.width, s.height, filter, blur);
           ASSERT_TRUE(result);
@@ -202,6 +201,21 @@ TEST(Resample, IndexedPicturesKeepDepthAndPalette) {
       EXPECT_EQ(before, after);
       EXPECT_EQ(PictureGetPixel(result, 0, 0), PictureGetPixel(source, 0, 0)) << "a corner of one color";
     }
+}
+
+TEST(Resample, PalettesKeepTheirTransparencyAndTheirCount) {
+  // Entry 1 is transparent, the black ones behind the third are none of the picture's.
+  const Palette palette = {200, 0, 0, 0, 255, 0, 0, 0, 200};
+  const std::uint8_t table[] = {255, 0};
+  Picture picture = PictureCreate(8, 8, &palette, 8);
+  for (std::uint32_t y = 0; y < 8; ++y)
+    for (std::uint32_t x = 0; x < 8; ++x) PicturePutPixel(picture, x, y, x < 4 ? 1 : y < 4 ? 0 : 2);
+  const Picture result =
+      PictureResample(picture, 4, 4, ResampleFilter::Triangle, 1, {.entries = 3, .transparency = table});
+  ASSERT_EQ(result.bits(), 8u);
+  for (std::uint32_t y = 0; y < 4; ++y)
+    for (std::uint32_t x = 0; x < 4; ++x)
+      EXPECT_EQ(PictureGetPixel(result, x, y), x < 2 ? 1u : y < 2 ? 0u : 2u) << x << ' ' << y;
 }
 
 TEST(Resample, TransparentPixelsLendNoColor) {

@@ -1,5 +1,6 @@
 #include "shell/editors/select_palette.h"
 
+#include <QCheckBox>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -58,9 +59,14 @@ PaletteColors built_in(int id) {
   return colors;
 }
 
-PaletteMethod method() {
-  return {settings::WidePaletteQ15 != 0, settings::WidePaletteSketch != 0, settings::WidePaletteSorted != 0};
-}
+/// How a palette is computed, as boxes.
+struct MethodRow {
+  const char* label;
+  int& setting;
+};
+constexpr MethodRow kMethods[] = {{"&Dark colors first", settings::WidePaletteSorted},
+                                  {"Count at &15 bits", settings::WidePaletteQ15},
+                                  {"For dra&wings", settings::WidePaletteSketch}};
 
 /// The palette's extensions with small and capital letters, as a file dialog takes them.
 QString palette_filters(bool saving) {
@@ -104,6 +110,9 @@ struct PaletteChooser {
   void choose_row(int row);
   void show();
   void browse();
+  PaletteMethod method() const {
+    return {methods[1]->isChecked(), methods[2]->isChecked(), methods[0]->isChecked()};
+  }
   int id() const { return kChoices[std::max(list->currentRow(), 0)].id; }
 
   const SelectPaletteRequest& request;
@@ -111,6 +120,7 @@ struct PaletteChooser {
   QDialog dialog;
   QListWidget* list;
   QSpinBox* size;
+  std::array<QCheckBox*, std::size(kMethods)> methods;
   QPushButton* file;
   QPushButton* ok;
   PaletteGrid* grid;
@@ -144,6 +154,8 @@ PaletteChooser::PaletteChooser(QWidget* parent, const SelectPaletteRequest& aske
   layout->addWidget(buttons);
   QObject::connect(list, &QListWidget::currentRowChanged, &dialog, [this](int now) { choose_row(now); });
   QObject::connect(size, &QSpinBox::valueChanged, &dialog, [this] { choose_row(list->currentRow()); });
+  for (QCheckBox* box : methods)
+    QObject::connect(box, &QCheckBox::toggled, &dialog, [this] { choose_row(list->currentRow()); });
   QObject::connect(file, &QPushButton::clicked, &dialog, [this] { browse(); });
   list->setCurrentRow(row_of(settings::DefaultPalette));
 }
@@ -163,6 +175,11 @@ QWidget* PaletteChooser::make_choices() {
   file->setAutoDefault(false);
   auto* form = new QFormLayout;
   form->addRow(QObject::tr("&Colors to compute"), size);
+  for (std::size_t i = 0; i < methods.size(); ++i) {
+    methods[i] = new QCheckBox(QObject::tr(kMethods[i].label), side);
+    methods[i]->setChecked(kMethods[i].setting != 0);
+    form->addRow(methods[i]);
+  }
   auto* layout = new QVBoxLayout(side);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(style::kGap);
@@ -191,6 +208,7 @@ QWidget* PaletteChooser::make_preview() {
 
 void PaletteChooser::choose_row(int) {
   size->setEnabled(id() == kQuantize);
+  for (QCheckBox* box : methods) box->setEnabled(id() == kQuantize);
   file->setEnabled(id() == kPaletteFile || id() == kImageFile);
   colors = {};
   if (id() >= 0) colors = built_in(id());
@@ -270,7 +288,11 @@ std::optional<PaletteColors> select_palette(QWidget* parent, const SelectPalette
                                             Services& services) {
   PaletteChooser chooser(parent, request, services);
   if (chooser.dialog.exec() != QDialog::Accepted || chooser.colors.count == 0) return std::nullopt;
-  if (chooser.id() == kQuantize) settings::WidePaletteSize = chooser.size->value();
+  if (chooser.id() == kQuantize) {
+    settings::WidePaletteSize = chooser.size->value();
+    for (std::size_t i = 0; i < std::size(kMethods); ++i)
+      kMethods[i].setting = chooser.methods[i]->isChecked() ? 1 : 0;
+  }
   return chooser.colors;
 }
 
