@@ -9,10 +9,12 @@
 #include <QTimer>
 
 #include "base/text.h"
+#include "configuration/operation_settings.h"
 #include "configuration/shell_settings.h"
 #include "core/undo.h"
 #include "shell/dialogs/manage_dialog.h"
 #include "shell/dialogs/properties_dialog.h"
+#include "shell/dialogs/resize_dialog.h"
 #include "shell/dialogs/strip_window.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
@@ -88,6 +90,41 @@ TEST_F(AnimationDialogTest, LimitsAreCheckedAndStored) {
   });
   EXPECT_EQ(settings::PropertiesFileYellow, 3000);
   EXPECT_EQ(settings::PropertiesFileRed, 3001);
+}
+
+TEST_F(AnimationDialogTest, ResizeMakesANewWindowAndRemembersTheSize) {
+  DocumentFrame& frame = add(animated_document(3));
+  in_dialog<ResizeDialog>(310, [&](ResizeDialog& dialog) {
+    dialog.form().set_value("factorX", std::int64_t{50});
+    EXPECT_EQ(dialog.form().values().number("factorY"), 50) << "the proportions stay";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview().after().width() == 20; }, 5000));
+    take_picture(dialog, "resize");
+    dialog.form().set_value("way", std::int64_t{0});
+    dialog.form().set_value("width", std::int64_t{80});
+    EXPECT_EQ(dialog.form().values().number("height"), 60);
+    dialog.form().set_value("constant", std::int64_t{0});
+    dialog.form().set_value("height", std::int64_t{7});
+    EXPECT_EQ(dialog.form().values().number("width"), 80);
+    dialog.accept();
+  });
+  ASSERT_EQ(documents(), 2u);
+  DocumentFrame* made = main_.area().documents().back();
+  const Extent size = document_size(made->entries(), made->document());
+  EXPECT_EQ(std::pair(size.width, size.height), std::pair(80u, 7u));
+  EXPECT_TRUE(made->document().fileName.filename().string().starts_with("Resized_"));
+  EXPECT_TRUE(made->document().dirty);
+  EXPECT_EQ(document_size(frame.entries(), frame.document()).width, 40u);
+  EXPECT_EQ(frame.content().undoLevels.size(), 1u);
+  EXPECT_EQ(settings::ScaleWidth, 80);
+  main_.area().setActiveSubWindow(&frame);
+  in_dialog<ResizeDialog>(310, [&](ResizeDialog& dialog) {
+    auto* presets = dialog.findChild<QComboBox*>(QStringLiteral("presets"));
+    EXPECT_GE(presets->findText(QStringLiteral("80 x 7")), 0);
+    emit presets->textActivated(QStringLiteral("25 %"));
+    EXPECT_EQ(dialog.resize().width, 10u);
+    EXPECT_EQ(dialog.resize().height, 8u);
+  });
+  EXPECT_EQ(documents(), 2u);
 }
 
 TEST_F(AnimationDialogTest, ManageRemembersItsActionByName) {

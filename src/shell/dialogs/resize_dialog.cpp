@@ -137,7 +137,7 @@ void ResizeDialog::make_presets() {
     if (presets_->findText(to_qt(text)) < 0) presets_->addItem(to_qt(text));
   presets_->setCurrentIndex(-1);
   connect(presets_, &QComboBox::textActivated, this, &ResizeDialog::take_preset);
-  form().add_row_behind("height", tr("&Presets"), presets_);
+  form().add_row_behind("height", tr("Presets"), presets_);
 }
 
 void ResizeDialog::take_preset(const QString& text) {
