@@ -12,6 +12,7 @@
 #include "core/frame_time.h"
 #include "core/loops.h"
 #include "core/new_chunk.h"
+#include "core/picture_fitting.h"
 #include "core/played_frames.h"
 #include "core/record_picture.h"
 #include "image/picture_rows.h"
@@ -44,6 +45,10 @@ struct Conversion {
   bool indexed = false;        ///< pictures stay as they are
 };
 
+bool is_opaque_table(const std::vector<std::uint8_t>& table) {
+  return std::ranges::all_of(table, [](std::uint8_t alpha) { return alpha == 255; });
+}
+
 bool gather(Conversion& conversion) {
   const DocumentWindow& from = conversion.from;
   const FrameSource source = frame_source_of(from);
@@ -56,6 +61,12 @@ bool gather(Conversion& conversion) {
                 picture_of(record),
                 source.kind == DocumentKind::MING ? image_transparency(record) : source.table};
     if (!has_rows(frame.layer.picture)) return fail(conversion.host, "an image has lost its picture");
+    if (frame.own.bits() <= 8 && is_opaque_table(frame.table))
+      frame.layer.picture = opaque_true_color(frame.own);
+    // An image of an MNG clears the canvas before it is drawn; in the other kinds the frame in front does.
+    if (source.kind == DocumentKind::MING && std::exchange(frame.layer.dispose, 0u) == 1 &&
+        !conversion.frames.empty())
+      conversion.frames.back().layer.dispose = 1;
     conversion.frames.push_back(std::move(frame));
   }
   return !conversion.frames.empty() || fail(conversion.host, "there is no image in this document");
