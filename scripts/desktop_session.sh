@@ -23,14 +23,7 @@ unset QT_QPA_PLATFORM
 program=
 trap 'kill $program 2> /dev/null || true' EXIT
 
-window_of() {
-  for try in $(seq 100); do
-    xdotool search --onlyvisible --name "$1" 2> /dev/null | tail -1 | grep . && return
-    sleep 0.1
-  done
-  echo "no window of $1" >&2
-  return 1
-}
+. "$(dirname "$0")/window_keys.sh"
 
 gone() {
   for try in $(seq 100); do
@@ -38,17 +31,6 @@ gone() {
     sleep 0.1
   done
   sleep 0.5  # until the window below has the focus again
-}
-
-# Keys go to the window that has the focus; without a window manager it is given one by one.
-keys() {
-  xdotool windowfocus --sync "$1"
-  sleep 0.3
-  shift
-  for key in "$@"; do
-    xdotool key "$key"
-    sleep 0.3
-  done
 }
 
 picture() {

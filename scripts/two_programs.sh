@@ -19,34 +19,16 @@ unset QT_QPA_PLATFORM
 first= second=
 trap 'kill $first $second 2> /dev/null || true' EXIT
 
-window_of() {
-  for try in $(seq 100); do
-    xdotool search --onlyvisible --name "^$1.*Vellumcraft" 2> /dev/null | head -1 | grep . && return
-    sleep 0.1
-  done
-  echo "no window of $1" >&2
-  return 1
-}
-
-# Keys go to the window that has the focus; without a window manager it is given one by one.
-keys() {
-  xdotool windowfocus --sync "$1"
-  sleep 0.3
-  shift
-  for key in "$@"; do
-    xdotool key "$key"
-    sleep 0.3
-  done
-}
+. "$(dirname "$0")/window_keys.sh"
 
 "$programs/vellum" new "$scratch/source.webp" --kind webp --size 60x40
 "$programs/vellum" new "$scratch/target.webp" --kind webp --size 60x40
 "$programs/vellumcraft" --set StartMaximized=0 "$scratch/source.webp" &
 first=$!
-source_window=$(window_of source)
+source_window=$(window_of '^source.*Vellumcraft')
 "$programs/vellumcraft" --set StartMaximized=0 "$scratch/target.webp" &
 second=$!
-target_window=$(window_of target)
+target_window=$(window_of '^target.*Vellumcraft')
 
 keys "$source_window" End ctrl+c
 keys "$target_window" End ctrl+v ctrl+s

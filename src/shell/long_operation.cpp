@@ -42,6 +42,8 @@ bool asks_to_stop(const QEvent& event) {
 
 }  // namespace
 
+bool is_user_input(QEvent::Type type) { return std::ranges::find(kInput, type) != kInput.end(); }
+
 LongOperation::~LongOperation() { set_depth(0); }
 
 void LongOperation::begin() { set_depth(depth_ + 1); }
@@ -79,7 +81,7 @@ bool LongOperation::eventFilter(QObject* watched, QEvent* event) {
   if (asks_to_stop(*event)) stop_ = true;
   // A window is closed by the user through its native window, by the program through the widget.
   const bool closes = event->type() == QEvent::Close && watched->isWindowType();
-  if (!closes && std::ranges::find(kInput, event->type()) == kInput.end()) return false;
+  if (!closes && !is_user_input(event->type())) return false;
   event->ignore();
   return true;
 }

@@ -3,9 +3,13 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QObject>
 
 namespace vellum {
+
+/// Whether events of this type come from a person: mouse, keys, touch, drags.
+bool is_user_input(QEvent::Type type);
 
 class LongOperation : public QObject {
   Q_OBJECT

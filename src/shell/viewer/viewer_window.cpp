@@ -16,6 +16,7 @@
 #include "shell/document_frame.h"
 #include "shell/forms/form_dialog.h"
 #include "shell/icon.h"
+#include "shell/long_operation.h"
 #include "shell/picture_files.h"
 #include "shell/picture_image.h"
 #include "shell/style.h"
@@ -101,23 +102,7 @@ QSize frame_around(const QWidget* beside) {
                 : QSize(0, 0);
 }
 
-bool is_input(QEvent::Type type) {
-  static constexpr QEvent::Type kInput[] = {QEvent::MouseButtonPress,
-                                            QEvent::MouseButtonRelease,
-                                            QEvent::MouseButtonDblClick,
-                                            QEvent::MouseMove,
-                                            QEvent::Wheel,
-                                            QEvent::KeyPress,
-                                            QEvent::KeyRelease,
-                                            QEvent::ShortcutOverride,
-                                            QEvent::Shortcut,
-                                            QEvent::ContextMenu,
-                                            QEvent::DragEnter,
-                                            QEvent::Drop,
-                                            QEvent::TouchBegin,
-                                            QEvent::Close};
-  return std::ranges::find(kInput, type) != std::end(kInput);
-}
+bool is_input(QEvent::Type type) { return type == QEvent::Close || is_user_input(type); }
 
 }  // namespace
 
