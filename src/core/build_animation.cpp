@@ -173,9 +173,12 @@ bool match_to_document(Frame& frame) {
   Picture matched = create_rows(frame.picture.width(), frame.picture.height(), &palette, bits);
   const EditRows rows(matched);
   if (!rows) return false;
-  for (std::uint32_t y = 0; y < matched.height(); ++y)
-    for (std::uint32_t x = 0; x < matched.width(); ++x)
-      put_index(rows[y], x, bits, (*to)[get_index(frame.picture.row(y), x, frame.picture.bits())]);
+  const std::uint32_t own = frame.picture.bits(), width = matched.width();
+  for (std::uint32_t y = 0; y < matched.height(); ++y) {
+    const std::uint8_t* from = frame.picture.row(y);
+    std::uint8_t* row = rows[y];
+    for (std::uint32_t x = 0; x < width; ++x) put_index(row, x, bits, (*to)[get_index(from, x, own)]);
+  }
   frame.picture = matched;
   return true;
 }

@@ -43,8 +43,11 @@ Picture at_threshold(const Picture& picture, const Palette& palette, unsigned th
   Picture result = create_rows(picture.width(), picture.height(), &palette, 1);
   const EditRows rows(result);
   if (!grey || !rows) return {};
-  for (std::uint32_t y = 0; y < picture.height(); ++y)
-    for (std::uint32_t x = 0; x < picture.width(); ++x) put_index(rows[y], x, 1, grey.row(y)[x] >= threshold);
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* from = grey.row(y);
+    std::uint8_t* to = rows[y];
+    for (std::uint32_t x = 0; x < picture.width(); ++x) put_index(to, x, 1, from[x] >= threshold);
+  }
   return result;
 }
 
@@ -71,9 +74,13 @@ Picture in_greys(const Picture& picture, const ColorConversion& conversion) {
 /// Pixels without much opacity get the transparent entry. `picture` has 32 bits.
 void put_transparent(Picture& indexed, const Picture& picture, std::uint8_t index) {
   const EditRows rows(indexed);
-  for (std::uint32_t y = 0; rows && y < indexed.height(); ++y)
-    for (std::uint32_t x = 0; x < indexed.width(); ++x)
-      if (picture.row(y)[4 * std::size_t{x} + 3] < kLeastOpaque) put_index(rows[y], x, indexed.bits(), index);
+  const std::uint32_t bits = indexed.bits(), width = indexed.width();
+  for (std::uint32_t y = 0; rows && y < indexed.height(); ++y) {
+    const std::uint8_t* alpha = picture.row(y) + 3;
+    std::uint8_t* to = rows[y];
+    for (std::uint32_t x = 0; x < width; ++x, alpha += 4)
+      if (*alpha < kLeastOpaque) put_index(to, x, bits, index);
+  }
 }
 
 /// The indexes of a picture in one of more bits, so that there is room for one more entry.
@@ -86,9 +93,12 @@ Picture widened(const Picture& picture, const Palette& palette, std::uint32_t bi
   Picture result = picture ? create_rows(picture.width(), picture.height(), &palette, bits) : Picture();
   const EditRows rows(result);
   if (!rows) return {};
-  for (std::uint32_t y = 0; y < picture.height(); ++y)
-    for (std::uint32_t x = 0; x < picture.width(); ++x)
-      put_index(rows[y], x, result.bits(), get_index(picture.row(y), x, picture.bits()));
+  const std::uint32_t own = picture.bits(), wanted = result.bits(), width = picture.width();
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* from = picture.row(y);
+    std::uint8_t* to = rows[y];
+    for (std::uint32_t x = 0; x < width; ++x) put_index(to, x, wanted, get_index(from, x, own));
+  }
   return result;
 }
 
