@@ -149,7 +149,7 @@ PaletteChooser::PaletteChooser(QWidget* parent, const SelectPaletteRequest& aske
   QObject::connect(list, &QListWidget::currentRowChanged, &dialog, [this](int now) { choose_row(now); });
   QObject::connect(size, &QSpinBox::valueChanged, &dialog, [this] { choose_row(list->currentRow()); });
   QObject::connect(file, &QPushButton::clicked, &dialog, [this] { browse(); });
-  list->setCurrentRow(row_of(settings::DefaultPalette));
+  list->setCurrentRow(row_of(request.quantize ? kQuantize : settings::DefaultPalette));
 }
 
 QWidget* PaletteChooser::make_choices() {

@@ -1,0 +1,16 @@
+// Commands whose result is a document of its own.
+#pragma once
+
+#include <functional>
+
+#include "shell/main_window.h"
+
+namespace vellum {
+
+/// Works on a duplicate of the document whose name has this prefix. True when that shows in a new window on
+/// top, without a file name chosen and unsaved. Otherwise nothing is left: a failure is told, and a stop of
+/// the user's beeps.
+bool show_result(MainWindow& main, DocumentFrame& source, StringId prefix,
+                 const std::function<bool(DocumentWindow& copy, Host& host)>& work);
+
+}  // namespace vellum
