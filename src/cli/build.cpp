@@ -70,6 +70,7 @@ Run prepare_build(CLI::App& app) {
   app.add_option("--colors", options->colors, "One palette of at most this many colors")
       ->check(CLI::Range(2, 256));
   app.add_flag("--dither", options->dither, "with --colors: spread the error of each pixel");
+  app.add_flag("--whole", options->build.whole, "apng: whole frames, not what changes alone");
   app.add_option("FILE", options->files, "Pictures, in their order")->required();
   return [options](Host& host) { return run_build(*options, host); };
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/parallel.h"
 #include "base/text.h"
 #include "core/build_animation.h"
 #include "core/chunk_layout.h"
@@ -10,6 +11,7 @@
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
+#include "operations/changed_parts.h"
 #include "operations/extract_frames.h"
 #include "operations/frames.h"
 #include "operations/manage_frames.h"
@@ -40,20 +42,40 @@ Picture for_kind(const Picture& picture, DocumentKind kind) {
   return kind == DocumentKind::WEBP && picture.bits() <= 8 ? opaque_true_color(picture) : picture;
 }
 
+/// The frames as the document gets them.
+std::vector<FrameLayer> layers_of(std::span<const Picture> pictures, const StillsBuild& build) {
+  const Extent canvas = largest(pictures);
+  const bool same_size =
+      std::ranges::all_of(pictures, [&](const Picture& picture) { return fills(picture, canvas); });
+  const bool same_depth = std::ranges::all_of(
+      pictures, [&](const Picture& picture) { return picture.bits() == pictures[0].bits(); });
+  const bool clear = !same_size || !same_depth || pictures[0].bits() == 32;
+  std::vector<FrameLayer> layers(pictures.size());
+  if (build.kind == DocumentKind::APNG && !build.whole && same_size && same_depth && pictures[0].bits() > 8) {
+    layers[0].picture = pictures[0];
+    parallel_for(layers.size() - 1,
+                 [&](std::size_t i) { layers[i + 1] = changed_part(pictures[i], pictures[i + 1]); });
+    return layers;
+  }
+  for (std::size_t i = 0; i < pictures.size(); ++i) {
+    layers[i].picture = for_kind(i == 0 ? on_canvas(pictures[i], canvas) : pictures[i], build.kind);
+    layers[i].dispose = clear ? 1 : 0;
+  }
+  return layers;
+}
+
 bool add_all(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
              Host& host) {
   const Progress progress(host, string_text(StringId::BuildingCaption));
-  const Extent canvas = largest(pictures);
-  const bool alone = std::ranges::any_of(
-      pictures, [&](const Picture& picture) { return picture.bits() == 32 || !fills(picture, canvas); });
-  const AddFrameOptions options{kFrameDispose | kFrameBlend | kFrameTransparency, alone ? 1u : 0u, 0, 0,
-                                alone};
-  for (std::size_t i = 0; i < pictures.size(); ++i) {
-    const Picture picture = for_kind(i == 0 ? on_canvas(pictures[i], canvas) : pictures[i], build.kind);
-    if (host.stopped() || AddFrame(window, picture, -1, nullptr, build.delay, 0, 0,
-                                   static_cast<std::uint32_t>(i), &options) == 0)
+  const std::vector<FrameLayer> layers = layers_of(pictures, build);
+  for (std::size_t i = 0; i < layers.size(); ++i) {
+    const FrameLayer& layer = layers[i];
+    const AddFrameOptions options{kFrameDispose | kFrameBlend | kFrameTransparency, layer.dispose,
+                                  layer.over ? 1u : 0u, 0, layer.dispose == 1};
+    if (host.stopped() || AddFrame(window, layer.picture, -1, nullptr, build.delay, layer.offset.x,
+                                   layer.offset.y, static_cast<std::uint32_t>(i), &options) == 0)
       return false;
-    progress.step(i + 1, pictures.size());
+    progress.step(i + 1, layers.size());
   }
   return true;
 }

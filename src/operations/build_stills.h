@@ -13,6 +13,7 @@ struct StillsBuild {
   DocumentKind kind = DocumentKind::APNG;
   std::uint32_t delay = 100;  ///< ms, of each frame
   std::uint32_t plays = 0;    ///< 0 for ever
+  bool whole = false;         ///< animated PNG: frames are not cut to what changes
 };
 
 /// The picture of a file, with its transparency as alpha; of an animation the first one. Null where it can't
@@ -20,8 +21,9 @@ struct StillsBuild {
 Picture read_still(const std::filesystem::path& file);
 
 /// Makes an empty window an animation of these pictures, each alone on the canvas, which has the size of the
-/// largest. False when there is none, one is lost or too large, memory is exhausted or the user stopped it;
-/// nothing is then left of it.
+/// largest. Behind the first one an animated PNG has what changes alone, where all have one size and depth.
+/// False when there is none, one is lost or too large, memory is exhausted or the user stopped it; nothing is
+/// then left of it.
 bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
                        Host& host);
 

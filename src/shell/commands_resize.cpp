@@ -1,11 +1,9 @@
 // Commands that make a document of another size.
-#include <QApplication>
-
 #include "core/undo.h"
 #include "operations/frames.h"
 #include "shell/commands.h"
 #include "shell/dialogs/resize_dialog.h"
-#include "shell/main_window.h"
+#include "shell/result_window.h"
 
 namespace vellum {
 namespace {
@@ -25,13 +23,8 @@ void resize_command(MainWindow& main, DocumentFrame& frame) {
   if (dialog.exec() != QDialog::Accepted) return;
   const ResizeAnimation resize = dialog.resize();
   if (!may_promote(frame.content(), resize, host) || !undo_push(frame.content(), host)) return;
-  DocumentWindow copy = duplicate_document(frame.content(), string_text(StringId::ResizedPrefix));
-  if (!resize_animation(copy, resize, host)) {
-    // Who stopped it needs no message.
-    host.stopped() ? QApplication::beep() : host.show(StringId::NotResized, {}, host.take_fault());
-    return;
-  }
-  if (DocumentFrame* made = main.add_document(std::move(copy))) made->size_to_content();
+  show_result(main, frame, {StringId::ResizedPrefix, StringId::NotResized},
+              [&](DocumentWindow& copy, Host& listener) { return resize_animation(copy, resize, listener); });
 }
 
 }  // namespace vellum

@@ -2,9 +2,12 @@
 #include "core/chunk_layout.h"
 #include "core/convert_records.h"
 #include "core/frame_layer.h"
+#include "core/frame_time.h"
 #include "core/frame_values.h"
+#include "core/loops.h"
 #include "core/new_chunk.h"
 #include "core/open_document.h"
+#include "core/played_frames.h"
 #include "core/save_document.h"
 #include "core/settings.h"
 #include "support/corpus.h"
@@ -26,15 +29,27 @@ const Kind kAnimated[] = {{DocumentKind::APNG, "a.png", {"pngcheck", "-q"}},
                           {DocumentKind::MING, "a.mng", {"pngcheck", "-q"}},
                           {DocumentKind::WEBP, "a.webp", {"webpinfo", "-quiet"}}};
 
-std::vector<std::uint32_t> delays_of(const DocumentWindow& window) {
-  ChunkRecord header;
-  const bool mng = chunk_find_first(window.list, tag::MHDR, &header) != kNoEntry;
-  std::vector<std::uint32_t> delays;
-  for (std::size_t i = 0; i < window.list.size(); ++i)
-    if (is_image_entry(window.document.kind, window.list.record(i).tag))
-      delays.push_back(
-          frame_delay_ms(window.list.record(i), window.document.kind, mng ? header.ticksPerSecond : 1000));
-  return delays;
+/// The times of the frames as they play once, in seconds.
+std::vector<double> times_of(const DocumentWindow& window) {
+  const std::uint32_t ticks = ticks_per_second(window.list);
+  std::vector<double> times;
+  for (const std::size_t entry : played_frames(window).entries) {
+    const FrameTime time = frame_time(window.list.record(entry), window.document.kind, ticks);
+    times.push_back(static_cast<double>(time.num) / static_cast<double>(time.den));
+  }
+  return times;
+}
+
+/// The times are equal; where `whole`, to a millisecond each and in their sum.
+void expect_times(const DocumentWindow& to, const DocumentWindow& from, bool whole, const std::string& what) {
+  const auto got = times_of(to), wanted = times_of(from);
+  ASSERT_EQ(got.size(), wanted.size()) << what;
+  double ahead = 0;
+  for (std::size_t i = 0; i < got.size(); ++i) {
+    EXPECT_NEAR(got[i], wanted[i], whole ? 0.001 : 1e-9) << what << ", frame " << i;
+    ahead += got[i] - wanted[i];
+    EXPECT_LE(std::abs(ahead), 0.00051) << what << ", frame " << i;
+  }
 }
 
 TEST(Convert, CorpusAnimationsKeepTheirFramesDelaysAndPlaysInEveryKind) {
@@ -62,8 +77,8 @@ TEST(Convert, CorpusAnimationsKeepTheirFramesDelaysAndPlaysInEveryKind) {
       const auto judged = testing::run_tool(command);
       if (judged.there) EXPECT_EQ(judged.status, 0) << row.at("path") << " as " << to.name << judged.output;
       ASSERT_TRUE(open_document(again, file, recorder.host)) << row.at("path") << to.name;
-      EXPECT_EQ(delays_of(again), delays_of(window)) << row.at("path") << " as " << to.name;
-      EXPECT_EQ(GetIterations(again.list, again.document), GetIterations(window.list, window.document))
+      expect_times(again, window, to.kind == DocumentKind::WEBP, row.at("path") + " as " + to.name);
+      EXPECT_EQ(GetIterations(again.list, again.document), played_frames(window).plays)
           << row.at("path") << " as " << to.name;
       ++converted_files;
     }
@@ -109,7 +124,7 @@ TEST(Convert, OffsetsStayWhereTheKindHasThemAndCanvasesAreMadeWhereNot) {
   ASSERT_TRUE(convert_document(mng, back, DocumentKind::APNG, host));
   EXPECT_EQ(testing::tags_of(back.list), testing::tags_of(window.list));
   EXPECT_EQ(back.list.record(4).frameControl.xOffset, 1u);
-  EXPECT_EQ(delays_of(back), delays_of(window));
+  expect_times(back, window, false, "and back");
   ASSERT_TRUE(convert_document(window, webp, DocumentKind::WEBP, host));
   const Picture canvas = testing::images_of(webp)[1];
   ASSERT_EQ(canvas.width(), 6u);
@@ -117,6 +132,107 @@ TEST(Convert, OffsetsStayWhereTheKindHasThemAndCanvasesAreMadeWhereNot) {
   EXPECT_EQ(PictureGetPixelOpaque(canvas, 0, 2) & 0xFFFFFF, 0x0000FFu) << "what was there shows around it";
   EXPECT_FALSE(convert_document(window, png, DocumentKind::PING, host));
   EXPECT_EQ(host.take_fault(), "the document has several images");
+}
+
+/// An MNG of images between loops: "3(" begins one of three rounds, ")" ends it, "i" is an image.
+DocumentWindow looped(const std::string& text) {
+  DocumentWindow window;
+  window.document.kind = DocumentKind::MING;
+  const auto append = [&](ChunkTag tag, std::uint32_t number = 0) {
+    ChunkRecord record;
+    NewChunkArgument argument;
+    argument.number = number;
+    argument.picture = testing::small_picture(4, 3, 24).handle();
+    new_chunk(window, record, tag, argument);
+    put_loop_level(record, open_loops(window.list, window.list.size()));
+    chunk_list_append(window.list, window.document, record);
+  };
+  append(tag::MHDR);
+  std::uint32_t count = 0;
+  for (const char c : text)
+    if (c == 'i')
+      append(tag::PNGI);
+    else if (c == '(')
+      append(tag::LOOP, std::exchange(count, 0));
+    else if (c == ')')
+      append(tag::ENDL);
+    else
+      count = c == '*' ? kLoopForEver : 10 * count + static_cast<std::uint32_t>(c - '0');
+  append(tag::MEND);
+  return window;
+}
+
+TEST(Convert, LoopsInsideAnMngAreWrittenOut) {
+  struct Case {
+    const char* text;
+    std::size_t frames;
+    std::uint32_t plays;
+    bool lost;
+  };
+  const Case cases[] = {{"*(ii)", 2, 0, false},
+                        {"7(ii)", 2, 7, false},
+                        {"i3(i)i", 5, 1, false},
+                        {"*(i2(i3(i)))", 9, 0, false},
+                        {"3(i)i", 4, 1, false},
+                        {"i0(i)i", 2, 1, false},
+                        {"i*(i)", 2, 1, true},
+                        {"5(i100000(i))", 2, 5, true},
+                        {"i2000000000()i", 2, 1, false},
+                        {"10000(i)i", 2, 10000, true},
+                        {"", 0, 1, false}};
+  for (const Case& c : cases) {
+    const PlayedFrames played = played_frames(looped(c.text));
+    EXPECT_EQ(played.entries.size(), c.frames) << c.text;
+    EXPECT_EQ(played.plays, c.plays) << c.text;
+    EXPECT_EQ(played.loopsLost, c.lost) << c.text;
+  }
+  Recorder recorder;
+  DocumentWindow converted;
+  ASSERT_TRUE(convert_document(looped("i*(i)"), converted, DocumentKind::WEBP, recorder.host));
+  EXPECT_EQ(recorder.messages.size(), 1u) << "what was left out is told";
+}
+
+TEST(Convert, DelaysStayExactWhereTheKindCanTellThem) {
+  DocumentWindow window = small_animation();
+  const auto set = [&](std::size_t entry, std::uint16_t num, std::uint16_t den) {
+    ChunkRecord record;
+    chunk_list_get(window.list, entry, record);
+    record.frameControl.delayNum = num;
+    record.frameControl.delayDen = den;
+    chunk_list_put(window.list, entry, record);
+  };
+  set(3, 1, 30), set(4, 1, 24);
+  Host host;
+  DocumentWindow mng, webp, back;
+  ASSERT_TRUE(convert_document(window, mng, DocumentKind::MING, host));
+  EXPECT_EQ(ticks_per_second(mng.list), 120u);
+  ASSERT_TRUE(convert_document(mng, back, DocumentKind::APNG, host));
+  expect_times(back, window, false, "and back");
+  set(4, 1, 30);
+  ASSERT_TRUE(convert_document(window, webp, DocumentKind::WEBP, host));
+  EXPECT_EQ(webp.list.record(1).webpImage.delay + webp.list.record(2).webpImage.delay, 67u) << "33 and 34";
+  set(3, 1, 65521), set(4, 1, 65519);
+  DocumentWindow rough;
+  ASSERT_TRUE(convert_document(window, rough, DocumentKind::MING, host));
+  EXPECT_EQ(ticks_per_second(rough.list), 1000u) << "no million ticks tell both";
+}
+
+TEST(Convert, IndexedFramesStayIndexedWhereOneKindOfPaletteIsEnough) {
+  Host host;
+  for (const std::uint8_t type : {3, 2}) {
+    const DocumentWindow apng = testing::small_document(DocumentKind::APNG, 2, type);
+    DocumentWindow mng, back, webp;
+    ASSERT_TRUE(convert_document(apng, mng, DocumentKind::MING, host));
+    ASSERT_TRUE(convert_document(mng, back, DocumentKind::APNG, host));
+    ASSERT_TRUE(convert_document(apng, webp, DocumentKind::WEBP, host));
+    for (std::size_t i = 0; i < 2; ++i) {
+      const Picture source = testing::images_of(apng)[i];
+      EXPECT_EQ(testing::images_of(mng)[i].bits(), source.bits());
+      EXPECT_EQ(testing::rgba_of(back, testing::images_of(back)[i]), testing::rgba_of(apng, source));
+      EXPECT_GE(testing::images_of(webp)[i].bits(), 24u);
+    }
+    EXPECT_EQ(back.list.record(0).colorType, type);
+  }
 }
 
 }  // namespace

@@ -95,13 +95,14 @@ Picture ChangePreview::frame_picture() const {
 }
 
 void ChangePreview::show_frame() {
-  Picture frame = frame_picture();
-  if (frame && !actual_->isChecked()) {
-    const double percent = 100 * reduction(frame, growth_());
-    frame = PictureScalePercent(frame, percent, percent, ResampleFilter::Box);
+  Shown shown{frame_picture(), static_cast<std::size_t>(slider_->value()), 100};
+  if (shown.picture && !actual_->isChecked()) {
+    shown.percent = 100 * reduction(shown.picture, growth_(shown.picture));
+    if (shown.percent < 100)
+      shown.picture = PictureScalePercent(shown.picture, shown.percent, shown.percent, ResampleFilter::Box);
   }
-  after_ = frame ? change_(frame) : Picture();
-  show_picture(*beforeLabel_, frame);
+  after_ = shown.picture ? change_(shown) : Picture();
+  show_picture(*beforeLabel_, shown.picture);
   show_picture(*afterLabel_, after_);
 }
 

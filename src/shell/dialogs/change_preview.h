@@ -16,11 +16,17 @@ namespace vellum {
 class ChangePreview : public QWidget {
   Q_OBJECT
  public:
-  /// Makes the picture of a frame (24 or 32 bits, reduced to the size of a preview) what it becomes.
-  using Change = std::function<Picture(const Picture& frame)>;
-  /// How much larger than a frame its result is: the larger of both sides. The window outlives the preview.
-  using Growth = std::function<double()>;
+  struct Shown {
+    Picture picture;  ///< of the frame, reduced to the size of a preview
+    std::size_t frame;
+    double percent;  ///< that it was reduced to
+  };
+  /// Makes the picture of a frame what it becomes.
+  using Change = std::function<Picture(const Shown& shown)>;
+  /// How much larger than a frame its result is: the larger of both sides.
+  using Growth = std::function<double(const Picture& frame)>;
 
+  /// The window outlives the preview.
   ChangePreview(const DocumentWindow& window, Change change, Growth growth, QWidget* parent = nullptr);
 
   /// Shows the change anew, soon.

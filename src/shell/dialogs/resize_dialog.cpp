@@ -114,13 +114,13 @@ ResizeDialog::ResizeDialog(const DocumentWindow& window, Services& services, QWi
       canvas_(document_size(window.list, window.document)),
       history_(load_history(config_path(kHistoryName), HistoryKind::Values)) {
   make_presets();
-  const auto growth = [this] {
+  const auto growth = [this](const Picture&) {
     const ResizeAnimation wanted = resize();
     return std::max(1.0 * wanted.width / std::max(canvas_.width, 1u),
                     1.0 * wanted.height / std::max(canvas_.height, 1u));
   };
   preview_ = new ChangePreview(
-      window, [this](const Picture& frame) { return changed(frame); }, growth, this);
+      window, [this](const ChangePreview::Shown& shown) { return changed(shown.picture); }, growth, this);
   static_cast<QVBoxLayout*>(layout())->insertWidget(1, preview_, 1);
   connect(&form(), &Form::edited, this, [this](const QString& name) {
     follow(name);

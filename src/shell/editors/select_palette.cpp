@@ -157,7 +157,7 @@ PaletteChooser::PaletteChooser(QWidget* parent, const SelectPaletteRequest& aske
   for (QCheckBox* box : methods)
     QObject::connect(box, &QCheckBox::toggled, &dialog, [this] { choose_row(list->currentRow()); });
   QObject::connect(file, &QPushButton::clicked, &dialog, [this] { browse(); });
-  list->setCurrentRow(row_of(settings::DefaultPalette));
+  list->setCurrentRow(row_of(request.quantize ? kQuantize : settings::DefaultPalette));
 }
 
 QWidget* PaletteChooser::make_choices() {

@@ -12,6 +12,7 @@ struct SelectPaletteRequest {
   std::vector<Picture> pictures;  ///< that a palette is computed from; may be empty
   Picture preview;                ///< shown with the chosen colors; may be null
   std::uint32_t most = 256;       ///< colors that can be used
+  bool quantize = false;          ///< opens at the palette that is computed
 };
 
 /// Nothing when the user cancelled.
