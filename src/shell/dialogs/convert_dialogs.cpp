@@ -102,8 +102,9 @@ std::optional<ColorConversion> ask_for_black_and_white(QWidget* parent, const Do
                            now.number("dither") != 0);
   };
   reset_to(dialog, defaults);
+  const Colour background = document_background(window.list, window.document);
   add_preview(dialog, window,
-              [&](const auto& shown) { return convert_picture(shown.picture, conversion()); });
+              [&](const auto& shown) { return convert_picture(shown.picture, conversion(), background); });
   dialog.apply = [](const FieldValues& now) {
     settings::ConvertMonoThreshold = static_cast<int>(now.number("threshold"));
     store_dither(now);
@@ -127,9 +128,10 @@ std::optional<ColorConversion> ask_for_palette_color(QWidget* parent, const Docu
   FormDialog dialog(QObject::tr("Palette color"), QStringLiteral("CONVERT"), {kDither}, values, services.host,
                     parent);
   reset_to(dialog, defaults);
+  const Colour background = document_background(window.list, window.document);
   add_preview(dialog, window, [&](const auto& shown) {
     conversion.dither = dialog.form().values().number("dither") != 0;
-    return convert_picture(shown.picture, conversion);
+    return convert_picture(shown.picture, conversion, background);
   });
   dialog.apply = [](const FieldValues& now) {
     store_dither(now);
@@ -199,8 +201,12 @@ std::optional<ReconstructChoice> ask_for_reconstruct(QWidget* parent, const Docu
   values.set("merge", std::int64_t{0});
   FormDialog dialog(QObject::tr("Reconstruct"), QStringLiteral("RECONSTRUCT"), fields, values, services.host,
                     parent);
+  const bool transparent = has_transparency(window);
   Compositor compositor(window.list, window.document);
   const auto canvas_of = [&](const auto& shown) {
+    const auto depth = static_cast<CanvasDepth>(dialog.form().values().number("depth"));
+    const bool clear = depth != CanvasDepth::TrueColor && transparent;
+    compositor.set_ground({clear ? Ground::Kind::Clear : Ground::Kind::Document});
     const Picture canvas = compositor.frame(static_cast<std::uint32_t>(shown.frame)).picture;
     return PictureScalePercent(canvas, shown.percent, shown.percent, ResampleFilter::Box);
   };
