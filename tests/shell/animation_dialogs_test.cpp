@@ -82,7 +82,6 @@ TEST_F(AnimationDialogTest, ResizeMakesANewWindowAndRemembersTheSize) {
     dialog.form().set_value("factorX", std::int64_t{50});
     EXPECT_EQ(dialog.form().values().number("factorY"), 50) << "the proportions stay";
     EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview().after().width() == 20; }, 5000));
-    take_picture(dialog, "resize");
     dialog.form().set_value("way", std::int64_t{0});
     dialog.form().set_value("width", std::int64_t{80});
     EXPECT_EQ(dialog.form().values().number("height"), 60);

@@ -119,6 +119,7 @@ TEST_F(ConvertDialogTest, KindsStillsAndWholeFrames) {
       {265, "Converted_", DocumentKind::WEBP, frames_, 2, ""},
       {270, "Converted_", DocumentKind::PING, 1, 2, "still"},
       {316, "Reconstructed_", DocumentKind::APNG, frames_, 2, "reconstruct"},
+      {310, "Resized_", DocumentKind::APNG, frames_, 3, "resize"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.command);
@@ -142,7 +143,11 @@ TEST_F(ConvertDialogTest, ExtractAsksAboutFilesThatAreThere) {
                          {"stem", std::string("part")},
                          {"format", std::int64_t{1}},
                          {"composed", std::int64_t{1}}};
-  run_with(312, values, "extract");
+  in_dialog<FormDialog>(312, [](FormDialog& dialog) {
+    dialog.form().set_value("folder", std::string("/home/anna/Pictures"));
+    take_picture(dialog, "extract");
+  });
+  run_with(312, values, "");
   std::uint32_t width = 0;
   for (std::size_t i = 1; i <= frames_; ++i)
     EXPECT_TRUE(GraphicFileInfo(name(static_cast<int>(i)).string(), &width, nullptr, nullptr, nullptr)) << i;

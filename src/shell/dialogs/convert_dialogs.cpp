@@ -18,7 +18,9 @@
 #include "shell/editors/select_palette.h"
 #include "shell/forms/dialog_state.h"
 #include "shell/forms/form_dialog.h"
+#include "shell/picture_image.h"
 #include "shell/text.h"
+#include "shell/viewer/viewer_image.h"
 
 namespace vellum {
 namespace {
@@ -53,6 +55,13 @@ void reset_to(FormDialog& dialog, FieldValues defaults) {
 }
 
 double same_size(const Picture&) { return 1; }
+
+/// A canvas on no ground, its colors no longer multiplied by their alpha.
+Picture with_plain_alpha(const Picture& canvas) {
+  QImage image;
+  fill_image(image, canvas, true);
+  return image.isNull() ? Picture() : picture_of_image(image.convertToFormat(QImage::Format_ARGB32));
+}
 
 /// A preview below the fields, which follows them.
 void add_preview(FormDialog& dialog, const DocumentWindow& window, ChangePreview::Change change,
@@ -207,8 +216,9 @@ std::optional<ReconstructChoice> ask_for_reconstruct(QWidget* parent, const Docu
     const auto depth = static_cast<CanvasDepth>(dialog.form().values().number("depth"));
     const bool clear = depth != CanvasDepth::TrueColor && transparent;
     compositor.set_ground({clear ? Ground::Kind::Clear : Ground::Kind::Document});
-    const Picture canvas = compositor.frame(static_cast<std::uint32_t>(shown.frame)).picture;
-    return PictureScalePercent(canvas, shown.percent, shown.percent, ResampleFilter::Box);
+    Picture shows = compositor.frame(static_cast<std::uint32_t>(shown.frame)).picture;
+    if (clear) shows = with_plain_alpha(shows);
+    return PictureScalePercent(shows, shown.percent, shown.percent, ResampleFilter::Box);
   };
   const Extent canvas = document_size(window.list, window.document);
   add_preview(dialog, window, canvas_of, [canvas](const Picture& frame) {
