@@ -26,7 +26,8 @@ bool configure(const WebpEncoding& encoding, WebPConfig& config) {
   if (!WebPConfigInit(&config)) return false;
   config.quality = static_cast<float>(std::clamp(encoding.quality, 0, 100));
   config.lossless = encoding.lossless;
-  config.exact = encoding.lossless;
+  config.method = std::clamp(encoding.method, 0, 6);
+  config.exact = encoding.lossless && encoding.exact;
   config.thread_level = encoding.threads == WebpThreads::Two;
   return WebPValidateConfig(&config);
 }

@@ -47,9 +47,11 @@ struct WebpPixels {
 };
 
 struct WebpEncoding {
-  bool lossless = false;  ///< every color stays, those under alpha 0 too
+  bool lossless = false;  ///< every color stays
   int quality = 75;       ///< 0 to 100; of a lossless stream the effort
   WebpThreads threads = WebpThreads::One;
+  bool exact = true;  ///< lossless: colors under alpha 0 stay too
+  int method = 4;     ///< 0 (fast) to 6 (small)
 };
 
 /// A file of one image; empty when it can't be made.

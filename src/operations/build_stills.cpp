@@ -58,8 +58,10 @@ std::vector<FrameLayer> layers_of(std::span<const Picture> pictures, const Still
     return layers;
   }
   for (std::size_t i = 0; i < pictures.size(); ++i) {
-    layers[i].picture = for_kind(i == 0 ? on_canvas(pictures[i], canvas) : pictures[i], build.kind);
-    layers[i].dispose = clear ? 1 : 0;
+    // Frames of a WebP replace what is there.
+    const bool whole = i == 0 || build.kind == DocumentKind::WEBP;
+    layers[i].picture = for_kind(whole ? on_canvas(pictures[i], canvas) : pictures[i], build.kind);
+    layers[i].dispose = clear && build.kind != DocumentKind::WEBP ? 1 : 0;
   }
   return layers;
 }

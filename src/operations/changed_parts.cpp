@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "base/byte_order.h"
+#include "image/picture_changes.h"
 #include "image/picture_operations.h"
-#include "image/picture_rows.h"
 
 namespace vellum {
 namespace {
@@ -42,33 +41,14 @@ PictureRect changed_rect(const Picture& before, const Picture& after) {
   return rect.right == 0 ? PictureRect{0, 0, 1, 1} : rect;
 }
 
-/// Makes the pixels of the part that are there already transparent. False, with the part as it is, where
-/// another one isn't opaque.
-bool leave_out_same(Picture& part, const Picture& before, const PictureRect& rect) {
-  Picture only = part;
-  const EditRows rows(only);
-  if (!rows) return false;
-  for (std::uint32_t y = 0; y < part.height(); ++y) {
-    const std::uint8_t* old =
-        before.row(y + static_cast<std::uint32_t>(rect.top)) + 4 * static_cast<std::ptrdiff_t>(rect.left);
-    for (std::size_t x = 0; x < part.width(); ++x) {
-      std::uint8_t* pixel = rows[y] + 4 * x;
-      if (read_le32(old + 4 * x) == read_le32(pixel))
-        write_le32(pixel, 0);
-      else if (pixel[3] != 255)
-        return false;
-    }
-  }
-  part = only;
-  return true;
-}
-
 }  // namespace
 
 FrameLayer changed_part(const Picture& before, const Picture& after) {
   const PictureRect rect = changed_rect(before, after);
   FrameLayer layer{.picture = PictureCrop(after, rect), .offset = {rect.left, rect.top}};
-  layer.over = layer.picture && layer.picture.bits() == 32 && leave_out_same(layer.picture, before, rect);
+  const auto left = static_cast<std::uint32_t>(rect.left), top = static_cast<std::uint32_t>(rect.top);
+  layer.over =
+      layer.picture && layer.picture.bits() == 32 && leave_out_same(layer.picture, before, left, top);
   return layer;
 }
 

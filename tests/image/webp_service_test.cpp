@@ -234,9 +234,9 @@ TEST(WebpWriting, FramesAreTheRectanglesThatDiffer) {
   const Bytes file = write(
       parameters, {{first, 0, 0}, {dot, 10, 0}, {dot, 30, 0}, {first, 30, 0}, {dot, 40, 1}, {cleared, 50, 0}},
       20'000'000);
-  const std::vector<Stored> expected = {{0, 0, 20, 16, 10, 0, 1}, {6, 4, 4, 3, 20, 0, 1},
-                                        {0, 0, 1, 1, 0, 0, 1},    {6, 4, 4, 3, 10, 0, 1},
-                                        {6, 4, 4, 3, 10, 1, 1},   {18, 14, 2, 2, 16'777'215, 0, 1}};
+  const std::vector<Stored> expected = {{0, 0, 20, 16, 10, 0, 1}, {6, 4, 4, 3, 20, 0, 0},
+                                        {0, 0, 1, 1, 0, 0, 0},    {6, 4, 4, 3, 10, 0, 0},
+                                        {6, 4, 4, 3, 10, 1, 0},   {18, 14, 2, 2, 16'777'215, 0, 1}};
   EXPECT_THAT(stored_frames(file), ::testing::ElementsAreArray(expected));
   // "ANIM" stands behind VP8X (30 bytes): blue, green, red, alpha, plays.
   const std::uint8_t animation[] = {0x33, 0x22, 0x11, 0x44, 0xFF, 0xFF};
@@ -245,6 +245,34 @@ TEST(WebpWriting, FramesAreTheRectanglesThatDiffer) {
   ASSERT_EQ(shown.size(), 6u);
   EXPECT_EQ(shown[4].pixels, rgba_of(dot));
   EXPECT_EQ(shown[5].pixels, rgba_of(cleared));
+}
+
+TEST(WebpWriting, WhatIsThereAlreadyIsLeftOutWhereTheRestIsOpaque) {
+  // Two corners change, so that the rectangle is the canvas; `change` gives their color and alpha.
+  const auto frames_with = [](Colour change, std::uint32_t rows) {
+    Picture first = PictureCreateAlpha(40, 40);
+    PictureFillRect(first, 0, 0, 40, 40, 0xFF102030);
+    PicturePutPixel(first, 20, 20, 0x00445566);
+    Picture second = first;
+    PictureFillRect(second, 0, 0, 40, static_cast<std::int32_t>(rows), change);
+    PicturePutPixel(second, 39, 39, change);
+    return std::vector<Given>{{first, 0, 0}, {second, 10, 0}};
+  };
+  struct Case {
+    Colour change;
+    std::uint32_t rows;
+    bool over;
+  };
+  for (const auto& [change, rows, over] :
+       {Case{0xFF00FF00, 1, true}, {0x7F00FF00, 1, false}, {0xFF00FF00, 35, false}, {0xFF00FF00, 28, true}})
+    for (const bool lossless : {true, false}) {
+      const auto frames = frames_with(change, rows);
+      WebpParameters parameters;
+      parameters.lossless = lossless;
+      const Bytes file = write(parameters, frames, 20);
+      EXPECT_EQ(stored_frames(file)[1].blend, over ? 0 : 1) << rows;
+      if (lossless) EXPECT_EQ(shown_by_library(file)[1].pixels, rgba_of(frames[1].canvas)) << rows;
+    }
 }
 
 TEST(WebpWriting, LosslessFramesKeepEveryColor) {
