@@ -181,16 +181,6 @@ TEST_F(HelpTest, GoesBackSearchesAndRemembersItsSize) {
   EXPECT_EQ(again.size(), QSize(700, 500));
 }
 
-QPalette dark_palette() {
-  QPalette dark(QColor(45, 45, 48), QColor(45, 45, 48));
-  dark.setColor(QPalette::Base, QColor(30, 30, 32));
-  dark.setColor(QPalette::Text, QColor(225, 225, 225));
-  dark.setColor(QPalette::WindowText, QColor(225, 225, 225));
-  dark.setColor(QPalette::ButtonText, QColor(225, 225, 225));
-  dark.setColor(QPalette::Link, QColor(110, 170, 255));
-  return dark;
-}
-
 TEST_F(HelpTest, CanBeReadOnADarkDesktopAndAfterItChanges) {
   const QPalette before = QApplication::palette();
   HelpWindow help(guide_folder());
