@@ -69,7 +69,7 @@ constexpr Field whole_field(const char* name, const char* label, std::int64_t le
   return {.name = name, .label = label, .least = least, .most = most};
 }
 constexpr Field flag_field(const char* name, const char* label) {
-  return {.name = name, .label = label, .type = FieldType::Flag, .most = 1};
+  return {.name = name, .label = label, .type = FieldType::Flag};
 }
 constexpr Field choice_field(const char* name, const char* label, std::span<const FieldChoice> choices) {
   return {.name = name, .label = label, .type = FieldType::Choice, .choices = choices};
@@ -162,7 +162,6 @@ constexpr Field kEnlargeField = {
     .name = "enlarge",
     .label = "Enlarge the first image to this size",
     .type = FieldType::Flag,
-    .most = 1,
     .option = true,
 };
 /// Takes the box out where there is no image to enlarge.

@@ -32,11 +32,8 @@ constexpr Field kProfileField = {.name = "simplicityProfile",
                                  .choices = kProfileBits,
                                  .look = FieldLook::Bits,
                                  .page = "Profile"};
-constexpr Field kKeepTimeField = {.name = "keepRunningTime",
-                                  .label = "Keep the running time",
-                                  .type = FieldType::Flag,
-                                  .most = 1,
-                                  .option = true};
+constexpr Field kKeepTimeField = {
+    .name = "keepRunningTime", .label = "Keep the running time", .type = FieldType::Flag, .option = true};
 
 constexpr Field count_field(const char* name, const char* label) {
   return special_field(whole_field(name, label, 0, kMost31), 0, "Unknown");

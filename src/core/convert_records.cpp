@@ -212,12 +212,7 @@ std::int32_t iterations_of(const Conversion& conversion) {
 bool begin(Conversion& conversion) {
   DocumentWindow& to = conversion.to;
   if (!BeginAnimation(to, iterations_of(conversion), 0, *build_number(conversion.kind))) return false;
-  if (conversion.kind == DocumentKind::WEBP) {
-    change_record(to.list, 0, [&](ChunkRecord& header) {
-      header.webpHeader.backgroundColor = document_background(conversion.from.list, conversion.from.document);
-    });
-    return true;
-  }
+  if (conversion.kind == DocumentKind::WEBP) return true;
   if (conversion.kind == DocumentKind::MING) {
     conversion.ticks = exact_ticks(conversion.frames);
     change_record(to.list, 0, [&](ChunkRecord& header) { header.ticksPerSecond = conversion.ticks; });
@@ -266,6 +261,12 @@ void put_plays(Conversion& conversion) {
   chunk_list_put(conversion.to.list, at, loop);
 }
 
+void put_background(Conversion& conversion) {
+  const Colour color = document_background(conversion.from.list, conversion.from.document);
+  if (color != document_background(conversion.to.list, conversion.to.document))
+    put_document_background(conversion.to, color);
+}
+
 bool build(Conversion& conversion) {
   const Progress progress(conversion.host, string_text(StringId::BuildingCaption));
   if (!begin(conversion)) return false;
@@ -280,6 +281,7 @@ bool build(Conversion& conversion) {
   put_plays(conversion);
   if (conversion.indexed && conversion.kind == DocumentKind::APNG)
     put_colors(conversion.to, conversion.frames[0].own, conversion.frames[0].table);
+  put_background(conversion);
   chunk_list_close_change(conversion.to.list, conversion.to.document);
   return true;
 }

@@ -172,4 +172,23 @@ void put_document_colors(DocumentWindow& window, const DocumentColors& colors) {
   if (background) put_or_remove(window, tag::bKGD, background_payload(*background, colors));
 }
 
+void put_document_background(DocumentWindow& window, Colour color) {
+  const Rgb samples{static_cast<std::uint8_t>(red_of(color)), static_cast<std::uint8_t>(green_of(color)),
+                    static_cast<std::uint8_t>(blue_of(color))};
+  if (window.document.kind == DocumentKind::MING)
+    return put_chunk(window, tag::BACK, background_payload(samples, {.colorType = 2, .bitDepth = 16}));
+  const bool webp = window.document.kind == DocumentKind::WEBP;
+  ChunkRecord header;
+  const std::size_t at = chunk_find_first(window.list, webp ? tag::WEBH : tag::IHDR, &header);
+  if (at == kNoEntry) return;
+  if (webp) {
+    header.webpHeader.backgroundColor = color;
+    return store(window, at, header);
+  }
+  DocumentColors colors{.colorType = header.colorType, .bitDepth = header.bitDepth};
+  colors.colors = chunk_find_palette(window.list, colors.palette);
+  if (header.colorType != 3 || colors.colors > 0)
+    put_chunk(window, tag::bKGD, background_payload(samples, colors));
+}
+
 }  // namespace vellum

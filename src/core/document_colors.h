@@ -31,4 +31,8 @@ struct DocumentColors {
 /// they would mean something else. The caret stays on its entry.
 void put_document_colors(DocumentWindow& window, const DocumentColors& colors);
 
+/// Makes bKGD, BACK or the WebP header say this background, 0x00BBGGRR. A palette gives the nearest that it
+/// has.
+void put_document_background(DocumentWindow& window, Colour color);
+
 }  // namespace vellum

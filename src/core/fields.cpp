@@ -61,6 +61,8 @@ std::optional<std::int64_t> parse_color(std::string_view text) {
   return std::nullopt;
 }
 
+std::int64_t most_of(const Field& field) { return field.type == FieldType::Flag ? 1 : field.most; }
+
 std::optional<std::int64_t> parse_number(const Field& field, std::string_view text) {
   switch (field.type) {
     case FieldType::Flag:
@@ -101,9 +103,9 @@ std::optional<FieldFault> check_number(const Field& field, const FieldValue& val
   const auto* number = std::get_if<std::int64_t>(&value);
   if (field.type == FieldType::Choice)
     return number && choice_of(field, *number) ? std::nullopt : std::optional(choice_fault(field));
-  if (number && *number >= field.least && *number <= field.most) return std::nullopt;
+  if (number && *number >= field.least && *number <= most_of(field)) return std::nullopt;
   return range_fault(field, StringId::WholeRange, field_value_text(field, field.least),
-                     field_value_text(field, field.most));
+                     field_value_text(field, most_of(field)));
 }
 
 std::optional<FieldFault> check_real(const Field& field, const FieldValue& value) {
@@ -211,7 +213,7 @@ FieldValue clamped(const Field& field, FieldValue value) {
   if (!number || field.locked) return value;
   if (field.type == FieldType::Choice)
     return choice_of(field, *number) || field.choices.empty() ? *number : field.choices.front().value;
-  return std::clamp(*number, field.least, std::max(field.least, field.most));
+  return std::clamp(*number, field.least, std::max(field.least, most_of(field)));
 }
 
 std::optional<FieldFault> check_field(const Field& field, const FieldValue& value) {

@@ -55,7 +55,7 @@ struct Field {
   const char* name = "";   ///< as on the command line
   const char* label = "";  ///< as in messages, and with a colon behind it in forms
   FieldType type = FieldType::Whole;
-  std::int64_t least = 0, most = 0;  ///< Whole; Text: `most` characters, 0 for no bound
+  std::int64_t least = 0, most = 0;  ///< Whole; a flag has 0 and 1; Text: `most` characters, 0 for no bound
   double leastReal = 0, mostReal = 0;
   int decimals = 0;                           ///< Real
   std::span<const FieldChoice> choices = {};  ///< Choice, Bits, Suggestions

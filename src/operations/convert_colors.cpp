@@ -83,6 +83,17 @@ void put_transparent(Picture& indexed, const Picture& picture, std::uint8_t inde
   }
 }
 
+/// As 32 bits, transparent where the entry for it would be.
+Picture with_cut_alpha(const Picture& indexed, const Picture& picture) {
+  Picture result = PictureToTrueColorAlpha(indexed);
+  const EditRows rows(result);
+  if (!rows) return {};
+  for (std::uint32_t y = 0; y < result.height(); ++y)
+    for (std::size_t x = 0; x < result.width(); ++x)
+      rows[y][4 * x + 3] = picture.row(y)[4 * x + 3] < kLeastOpaque ? 0 : 255;
+  return result;
+}
+
 /// The indexes of a picture in one of more bits, so that there is room for one more entry.
 Picture widened(const Picture& picture, const Palette& palette, std::uint32_t bits) {
   if (picture && picture.bits() == bits) {
@@ -232,8 +243,12 @@ bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, H
   return true;
 }
 
-Picture convert_picture(const Picture& picture, const ColorConversion& conversion) {
-  return converted(picture, Target{conversion, DocumentKind::PING, {}, conversion.palette});
+Picture convert_picture(const Picture& picture, const ColorConversion& conversion, Colour background) {
+  const bool cut = conversion.colorType == 3 && !is_two_levels(conversion) && picture.bits() == 32;
+  const bool flat = !cut && (conversion.colorType & 4) == 0 && picture.bits() == 32;
+  const Picture result = converted(flat ? PictureFlattenAlpha(picture, background) : picture,
+                                   Target{conversion, DocumentKind::PING, {}, conversion.palette});
+  return cut && result ? with_cut_alpha(result, picture) : result;
 }
 
 ColorConversion header_conversion(const PngHeader& wanted) {

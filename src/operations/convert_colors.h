@@ -31,8 +31,9 @@ ColorConversion grey_scale(const DocumentWindow& window);
 /// user stopped it.
 bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, Host& host);
 
-/// One picture in true color so converted, as a preview shows it; a palette must be given.
-Picture convert_picture(const Picture& picture, const ColorConversion& conversion);
+/// One picture in true color so converted, as a preview shows it: over the background, 0x00BBGGRR, or with
+/// what a palette can keep of its transparency. A palette must be given.
+Picture convert_picture(const Picture& picture, const ColorConversion& conversion, Colour background);
 
 /// What an edited IHDR says.
 ColorConversion header_conversion(const PngHeader& wanted);

@@ -97,12 +97,14 @@ void Player::rewind(const std::function<void(const ShownFrame&)>& paint) {
 
 void Player::step_forward(const std::function<void(const ShownFrame&)>& paint) {
   if (state_ == PlayerState::Closed) return;
+  if (stays_) return seek(shown_.ordinal + 1);
   stand(PlayerState::Paused);
   show_next(paint);
 }
 
 void Player::step_back(const std::function<void(const ShownFrame&)>& paint) {
   if (state_ == PlayerState::Closed) return;
+  if (stays_) return seek(std::max(shown_.ordinal, 1u) - 1);
   stand(PlayerState::Paused);
   compositor_.step_back();
   show_next(paint);

@@ -32,6 +32,7 @@ class Player {
   void pause();
   /// The first frame, standing.
   void rewind(const std::function<void(const ShownFrame&)>& paint);
+  /// While the shown frame is composed anew for another ground, a step is sought, since it takes as long.
   void step_forward(const std::function<void(const ShownFrame&)>& paint);
   void step_back(const std::function<void(const ShownFrame&)>& paint);
   /// Any frame, standing; of a number beyond the last one, that. What plays in front of it may have to be

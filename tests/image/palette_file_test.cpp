@@ -131,6 +131,38 @@ TEST(PaletteFromPictures, KeepsFewColorsAndMergesMany) {
   EXPECT_EQ(palette_from_pictures({}, 16).count, 0u);
 }
 
+TEST(PaletteFromPictures, MethodsCountSortAndKeepAsTheySay) {
+  // A drawing: two inks on paper, with edges in many colors that each cover a pixel.
+  Picture drawing = PictureCreateFilled(64, 64, make_colour(250, 240, 230));
+  for (std::uint32_t i = 0; i < 64; ++i) {
+    for (std::uint32_t y = 0; y < 8; ++y) PicturePutPixel(drawing, i, y, make_colour(33, 44, 155));
+    for (std::uint32_t y = 8; y < 12; ++y) PicturePutPixel(drawing, i, y, make_colour(222, 17, 3));
+    PicturePutPixel(drawing, i, 20, make_colour(i * 4, 255 - i * 3, i * 2 + 1));
+  }
+  const Picture pictures[] = {drawing};
+  const auto has = [](const PaletteColors& colors, std::uint8_t r, std::uint8_t g, std::uint8_t b) {
+    const std::uint32_t at = NearestPaletteIndex(r, g, b, colors.palette, colors.count);
+    return std::equal(&colors.palette[3 * at], &colors.palette[3 * at] + 3, std::array{r, g, b}.begin());
+  };
+  const PaletteColors sketch = palette_from_pictures(pictures, 6, nullptr, {.sketch = true});
+  EXPECT_LE(sketch.count, 6u);
+  EXPECT_TRUE(has(sketch, 250, 240, 230) && has(sketch, 33, 44, 155) && has(sketch, 222, 17, 3));
+
+  const PaletteColors coarse = palette_from_pictures(pictures, 200, nullptr, {.fifteenBits = true});
+  EXPECT_LT(coarse.count, 67u) << "colors that differ in their low bits are one";
+  for (std::uint32_t i = 0; i < 3 * coarse.count; ++i) EXPECT_EQ(coarse.palette[i] & 7, 0) << i;
+
+  const PaletteColors sorted = palette_from_pictures(pictures, 200, nullptr, {.sorted = true});
+  ASSERT_EQ(sorted.count, 67u);
+  unsigned before = 0;
+  for (std::uint32_t i = 0; i < sorted.count; ++i) {
+    const std::uint8_t* color = &sorted.palette[3 * i];
+    const unsigned luminance = (77u * color[0] + 150u * color[1] + 28u * color[2]) / 255;
+    EXPECT_GE(luminance, before) << i;
+    before = luminance;
+  }
+}
+
 TEST(PaletteFromPictures, TakesTheTableOfAnIndexedPicture) {
   const Palette palette = {9, 8, 7, 6, 5, 4};
   EXPECT_EQ(color_list(palette_of_picture(PictureCreate(3, 3, &palette, 1))), "9,8,7 6,5,4 ");

@@ -128,6 +128,12 @@ TEST(Player, SeeksInSlicesAndGoesOnOnAnotherGround) {
   EXPECT_GT(*wait, 900u);
   EXPECT_TRUE(player.tick(paint));
   EXPECT_EQ(shown.back(), 99u);
+  player.set_ground({Ground::Kind::Solid, 0x123456});
+  player.step_back(paint);
+  EXPECT_TRUE(player.is_waiting()) << "what lies in front is composed in slices";
+  while (player.is_waiting()) player.tick(paint);
+  EXPECT_EQ(shown.back(), 98u);
+  EXPECT_EQ(player.state(), PlayerState::Paused);
 }
 
 TEST(Player, SpeedShortensDelays) {

@@ -23,22 +23,8 @@
 namespace vellum::testing {
 namespace {
 
-class AnimationDialogTest : public WindowTest {
+class AnimationDialogTest : public DialogTest {
  protected:
-  /// Runs a command that opens a dialog, and does `work` in it.
-  template <class Dialog>
-  void in_dialog(int command, const std::function<void(Dialog&)>& work) {
-    bool seen = false;
-    QTimer::singleShot(0, qApp, [&] {
-      auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-      ASSERT_NE(dialog, nullptr);
-      seen = true;
-      work(*dialog);
-      if (dialog->isVisible()) dialog->reject();
-    });
-    main_.run(command);
-    EXPECT_TRUE(seen) << command;
-  }
   static void press(QWidget& dialog, const char* name) {
     auto* button = dialog.findChild<QPushButton*>(QLatin1String(name));
     ASSERT_NE(button, nullptr) << name;
@@ -50,8 +36,6 @@ class AnimationDialogTest : public WindowTest {
       result.push_back(frame_delay_ms(window.list.record(entry), window.document.kind, 1000));
     return result;
   }
-
-  SettingsGuard guard_;
 };
 
 TEST_F(AnimationDialogTest, PropertiesFindTheSizeSortAndSelect) {
@@ -117,7 +101,6 @@ TEST_F(AnimationDialogTest, ResizeMakesANewWindowAndRemembersTheSize) {
     dialog.form().set_value("factorX", std::int64_t{50});
     EXPECT_EQ(dialog.form().values().number("factorY"), 50) << "the proportions stay";
     EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview().after().width() == 20; }, 5000));
-    take_picture(dialog, "resize");
     dialog.form().set_value("way", std::int64_t{0});
     dialog.form().set_value("width", std::int64_t{80});
     EXPECT_EQ(dialog.form().values().number("height"), 60);

@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QTest>
+#include <QTimer>
 #include <deque>
 #include <set>
 
 #include "shell/main_window.h"
 #include "support/corpus.h"
+#include "support/settings_guard.h"
 
 namespace vellum::testing {
 
@@ -57,6 +60,33 @@ class WindowTest : public ::testing::Test {
   Answers answers_;
   ScratchFolder folder_;
   MainWindow main_;
+};
+
+/// Commands that open modal dialogs.
+class DialogTest : public WindowTest {
+ protected:
+  /// Does `work` in the next dialog that opens, which is then closed.
+  template <class Dialog>
+  void when_dialog_opens(const std::function<void(Dialog&)>& work) {
+    QTimer::singleShot(0, qApp, [this, work] {
+      auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      ++dialogs_;
+      work(*dialog);
+      if (dialog->isVisible()) dialog->reject();
+    });
+  }
+  /// Runs a command that opens a dialog, and does `work` in it.
+  template <class Dialog>
+  void in_dialog(int command, const std::function<void(Dialog&)>& work) {
+    const int before = dialogs_;
+    when_dialog_opens(work);
+    main_.run(command);
+    EXPECT_GT(dialogs_, before) << command;
+  }
+
+  SettingsGuard guard_;
+  int dialogs_ = 0;  ///< that were seen
 };
 
 }  // namespace vellum::testing

@@ -7,6 +7,7 @@
 #include "base/limits.h"
 #include "configuration/shell_settings.h"
 #include "core/frame_layer.h"
+#include "core/insert_chunk.h"
 #include "image/resample.h"
 #include "operations/frames.h"
 #include "shell/picture_image.h"
@@ -46,7 +47,10 @@ ChangePreview::ChangePreview(const DocumentWindow& window, Change change, Growth
   afterLabel_ = add_pane(*panes, tr("After"));
   slider_ = new QSlider(Qt::Horizontal, this);
   slider_->setAccessibleName(tr("Frame"));
-  slider_->setRange(0, std::max(static_cast<int>(frame_entries(window).size()) - 1, 0));
+  const auto entries = frame_entries(window);
+  slider_->setRange(0, std::max(static_cast<int>(entries.size()) - 1, 0));
+  const auto current = std::ranges::find(entries, caret_entry(window));
+  if (current != entries.end()) slider_->setValue(static_cast<int>(current - entries.begin()));
   play_ = new QToolButton(this);
   play_->setText(tr("Play"));
   play_->setCheckable(true);

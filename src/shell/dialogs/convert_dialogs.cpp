@@ -18,7 +18,9 @@
 #include "shell/editors/select_palette.h"
 #include "shell/forms/dialog_state.h"
 #include "shell/forms/form_dialog.h"
+#include "shell/picture_image.h"
 #include "shell/text.h"
+#include "shell/viewer/viewer_image.h"
 
 namespace vellum {
 namespace {
@@ -53,6 +55,13 @@ void reset_to(FormDialog& dialog, FieldValues defaults) {
 }
 
 double same_size(const Picture&) { return 1; }
+
+/// A canvas on no ground, its colors no longer multiplied by their alpha.
+Picture with_plain_alpha(const Picture& canvas) {
+  QImage image;
+  fill_image(image, canvas, true);
+  return image.isNull() ? Picture() : picture_of_image(image.convertToFormat(QImage::Format_ARGB32));
+}
 
 /// A preview below the fields, which follows them.
 void add_preview(FormDialog& dialog, const DocumentWindow& window, ChangePreview::Change change,
@@ -102,8 +111,9 @@ std::optional<ColorConversion> ask_for_black_and_white(QWidget* parent, const Do
                            now.number("dither") != 0);
   };
   reset_to(dialog, defaults);
+  const Colour background = document_background(window.list, window.document);
   add_preview(dialog, window,
-              [&](const auto& shown) { return convert_picture(shown.picture, conversion()); });
+              [&](const auto& shown) { return convert_picture(shown.picture, conversion(), background); });
   dialog.apply = [](const FieldValues& now) {
     settings::ConvertMonoThreshold = static_cast<int>(now.number("threshold"));
     store_dither(now);
@@ -127,9 +137,10 @@ std::optional<ColorConversion> ask_for_palette_color(QWidget* parent, const Docu
   FormDialog dialog(QObject::tr("Palette color"), QStringLiteral("CONVERT"), {kDither}, values, services.host,
                     parent);
   reset_to(dialog, defaults);
+  const Colour background = document_background(window.list, window.document);
   add_preview(dialog, window, [&](const auto& shown) {
     conversion.dither = dialog.form().values().number("dither") != 0;
-    return convert_picture(shown.picture, conversion);
+    return convert_picture(shown.picture, conversion, background);
   });
   dialog.apply = [](const FieldValues& now) {
     store_dither(now);
@@ -199,10 +210,15 @@ std::optional<ReconstructChoice> ask_for_reconstruct(QWidget* parent, const Docu
   values.set("merge", std::int64_t{0});
   FormDialog dialog(QObject::tr("Reconstruct"), QStringLiteral("RECONSTRUCT"), fields, values, services.host,
                     parent);
+  const bool transparent = has_transparency(window);
   Compositor compositor(window.list, window.document);
   const auto canvas_of = [&](const auto& shown) {
-    const Picture canvas = compositor.frame(static_cast<std::uint32_t>(shown.frame)).picture;
-    return PictureScalePercent(canvas, shown.percent, shown.percent, ResampleFilter::Box);
+    const auto depth = static_cast<CanvasDepth>(dialog.form().values().number("depth"));
+    const bool clear = depth != CanvasDepth::TrueColor && transparent;
+    compositor.set_ground({clear ? Ground::Kind::Clear : Ground::Kind::Document});
+    Picture shows = compositor.frame(static_cast<std::uint32_t>(shown.frame)).picture;
+    if (clear) shows = with_plain_alpha(shows);
+    return PictureScalePercent(shows, shown.percent, shown.percent, ResampleFilter::Box);
   };
   const Extent canvas = document_size(window.list, window.document);
   add_preview(dialog, window, canvas_of, [canvas](const Picture& frame) {

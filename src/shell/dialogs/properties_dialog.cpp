@@ -47,10 +47,7 @@ std::vector<Field> limit_fields() {
           limit_field("fileRed", "File in KB, red above", 1'048'576),
           limit_field("memoryYellow", "Memory in KB, yellow above", 1'048'576),
           limit_field("memoryRed", "Memory in KB, red above", 1'048'576),
-          {.name = "measure",
-           .label = "Find the file size by writing to memory",
-           .type = FieldType::Flag,
-           .most = 1}};
+          {.name = "measure", .label = "Find the file size by writing to memory", .type = FieldType::Flag}};
 }
 
 FieldValues limit_values() {

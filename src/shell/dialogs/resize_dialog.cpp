@@ -54,7 +54,7 @@ std::vector<Field> resize_fields(const DocumentWindow& window) {
        .type = FieldType::Choice,
        .choices = kAspects,
        .look = FieldLook::Radio},
-      {.name = "antialias", .label = "Anti-alias", .type = FieldType::Flag, .most = 1},
+      {.name = "antialias", .label = "Anti-alias", .type = FieldType::Flag},
       {.name = "filter",
        .label = "Filter",
        .type = FieldType::Choice,
@@ -65,7 +65,6 @@ std::vector<Field> resize_fields(const DocumentWindow& window) {
     fields.push_back({.name = "keepPalette",
                       .label = "Keep the palette",
                       .type = FieldType::Flag,
-                      .most = 1,
                       .enabledBy = "antialias"});
   return fields;
 }

@@ -307,9 +307,13 @@ void ViewerWindow::play() {
   beat_in(0);
 }
 
+void ViewerWindow::beat_if_waiting() {
+  beat_in(player_.is_waiting() ? std::optional<std::uint32_t>(0) : std::nullopt);
+}
+
 void ViewerWindow::pause() {
   player_.pause();
-  beat_in(player_.is_waiting() ? std::optional<std::uint32_t>(0) : std::nullopt);
+  beat_if_waiting();
 }
 
 void ViewerWindow::toggle() { player_.can_pause() ? pause() : play(); }
@@ -321,12 +325,12 @@ void ViewerWindow::rewind() {
 
 void ViewerWindow::step_forward() {
   player_.step_forward(painter());
-  beat_in({});
+  beat_if_waiting();
 }
 
 void ViewerWindow::step_back() {
   player_.step_back(painter());
-  beat_in({});
+  beat_if_waiting();
 }
 
 void ViewerWindow::seek(std::int64_t ordinal) {

@@ -79,6 +79,7 @@ class ViewerWindow : public QDialog {
   void seek(std::int64_t ordinal);
   void change_speed(int direction);
   void beat_in(std::optional<std::uint32_t> wait);
+  void beat_if_waiting();
   void refresh();
   std::function<void(const ShownFrame&)> painter();
   QImage shown_image() const;

@@ -1,0 +1,184 @@
+// The commands that make another document, or files, of an animation.
+#include <QPushButton>
+
+#include "configuration/operation_settings.h"
+#include "core/open_document.h"
+#include "core/record_picture.h"
+#include "core/settings.h"
+#include "image/graphic_file.h"
+#include "operations/frames.h"
+#include "shell/dialogs/change_preview.h"
+#include "shell/forms/form_dialog.h"
+#include "shell_fixture.h"
+#include "support/documents.h"
+
+namespace vellum::testing {
+namespace {
+
+using Values = std::vector<std::pair<const char*, FieldValue>>;
+
+class ConvertDialogTest : public DialogTest {
+ protected:
+  void SetUp() override {
+    DialogTest::SetUp();
+    DocumentWindow sample;
+    Host host;
+    ASSERT_TRUE(open_document(sample, source_folder() / "data/samples/welcome.png", host));
+    frames_ = frame_entries(sample).size();
+    sample.document.caret = static_cast<std::int32_t>(frame_entries(sample).back());
+    source_ = &add(std::move(sample));
+  }
+
+  /// Runs a command; sets these fields in its dialog and accepts it.
+  void run_with(int command, const Values& values, const std::string& picture) {
+    in_dialog<FormDialog>(command, [&](FormDialog& dialog) { accept(dialog, values, picture); });
+  }
+  static void accept(FormDialog& dialog, const Values& values, const std::string& picture) {
+    for (const auto& [name, value] : values) dialog.form().set_value(name, value);
+    settle();
+    take_picture(dialog, picture);
+    dialog.accept();
+    EXPECT_FALSE(dialog.isVisible());
+  }
+
+  /// The window that a command made, on top and unsaved; its source has so many levels more and is as it was.
+  const DocumentWindow& made(const std::string& prefix, std::size_t levels) {
+    DocumentFrame* frame = main_.area().documents().back();
+    EXPECT_NE(frame, source_);
+    EXPECT_EQ(main_.area().activeSubWindow(), frame);
+    EXPECT_TRUE(frame->document().dirty);
+    EXPECT_FALSE(frame->document().HasFileName);
+    EXPECT_EQ(frame->document().fileName.stem(), prefix + "welcome");
+    EXPECT_EQ(source_->content().undoLevels.size(), levels);
+    EXPECT_EQ(images_of(source_->content())[0].bits(), 32u);
+    return frame->content();
+  }
+  void close_made() {
+    DocumentFrame* frame = main_.area().documents().back();
+    ASSERT_NE(frame, source_);
+    frame->document().dirty = false;
+    frame->close();
+    settle();
+    main_.area().setActiveSubWindow(source_);
+  }
+
+  DocumentFrame* source_ = nullptr;
+  std::size_t frames_ = 0;
+};
+
+TEST_F(ConvertDialogTest, ColorsBecomeANewWindow) {
+  struct Row {
+    int command;
+    Values values;  ///< of its dialog; without any it has none
+    std::uint32_t bits;
+    const char* picture;
+  };
+  const Row rows[] = {
+      {258, {{"dither", std::int64_t{0}}, {"threshold", std::int64_t{100}}}, 1, "mono"},
+      {259, {}, 32, ""},
+      {261, {}, 24, ""},
+      {262, {}, 32, ""},
+  };
+  std::size_t levels = 0;
+  for (const auto& [command, values, bits, picture] : rows) {
+    SCOPED_TRACE(command);
+    values.empty() ? main_.run(command) : run_with(command, values, picture);
+    const DocumentWindow& window = made("Converted_", ++levels);
+    EXPECT_EQ(images_of(window).size(), frames_);
+    EXPECT_EQ(images_of(window)[0].bits(), bits);
+    close_made();
+  }
+  EXPECT_EQ(settings::ConvertMonoThreshold, 100);
+  EXPECT_EQ(settings::ConvertPaletteDither, 0);
+}
+
+TEST_F(ConvertDialogTest, PaletteColorAsksForThePaletteAndForDither) {
+  in_dialog<QDialog>(260, [&](QDialog& palettes) {
+    when_dialog_opens<FormDialog>([&](FormDialog& dialog) {
+      auto* preview = dialog.findChild<ChangePreview*>();
+      ASSERT_NE(preview, nullptr);
+      EXPECT_EQ(PictureGetPixel(preview->after(), 0, 0) >> 24, 0u) << "transparency has its entry";
+      accept(dialog, {{"dither", std::int64_t{1}}}, "palette-color");
+    });
+    palettes.accept();
+  });
+  EXPECT_EQ(dialogs_, 2);
+  EXPECT_EQ(images_of(made("Converted_", 1))[0].bits(), 8u);
+}
+
+TEST_F(ConvertDialogTest, KindsStillsAndWholeFrames) {
+  struct Row {
+    int command;
+    const char* prefix;
+    DocumentKind kind;
+    std::size_t images, levels;
+    const char* picture;
+  };
+  const Row rows[] = {
+      {264, "Converted_", DocumentKind::MING, frames_, 1, "convert"},
+      {265, "Converted_", DocumentKind::WEBP, frames_, 2, ""},
+      {270, "Converted_", DocumentKind::PING, 1, 2, "still"},
+      {316, "Reconstructed_", DocumentKind::APNG, frames_, 2, "reconstruct"},
+      {310, "Resized_", DocumentKind::APNG, frames_, 3, "resize"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.command);
+    run_with(row.command, {}, row.picture);
+    const DocumentWindow& window = made(row.prefix, row.levels);
+    EXPECT_EQ(window.document.kind, row.kind);
+    EXPECT_EQ(images_of(window).size(), row.images);
+    close_made();
+  }
+  ASSERT_EQ(answers_.questions.size(), 1u) << "Reconstruct asks";
+  answers_.answers = {Answer::No};
+  main_.run(316);
+  EXPECT_EQ(documents(), 1u) << "and takes No for an answer";
+}
+
+TEST_F(ConvertDialogTest, ExtractAsksAboutFilesThatAreThere) {
+  const auto name = [&](int number) {
+    return folder_ / QStringLiteral("part_%1.bmp").arg(number, 5, 10, QLatin1Char('0')).toStdString();
+  };
+  const Values values = {{"folder", folder_.path().string()},
+                         {"stem", std::string("part")},
+                         {"format", std::int64_t{1}},
+                         {"composed", std::int64_t{1}}};
+  in_dialog<FormDialog>(312, [](FormDialog& dialog) {
+    dialog.form().set_value("folder", std::string("/home/anna/Pictures"));
+    take_picture(dialog, "extract");
+  });
+  run_with(312, values, "");
+  std::uint32_t width = 0;
+  for (std::size_t i = 1; i <= frames_; ++i)
+    EXPECT_TRUE(GraphicFileInfo(name(static_cast<int>(i)).string(), &width, nullptr, nullptr, nullptr)) << i;
+  EXPECT_EQ(width, 224u) << "composed canvases";
+  const auto before = std::filesystem::last_write_time(name(1));
+  int asked = 0;
+  main_.services().host.choose = [&](Choice& choice) {
+    ++asked;
+    choice.chosen = 1;
+    return true;
+  };
+  run_with(312, values, "");
+  EXPECT_EQ(asked, 1);
+  EXPECT_TRUE(std::filesystem::exists(folder_ / "part_00001 (2).bmp"));
+  EXPECT_EQ(std::filesystem::last_write_time(name(1)), before);
+  EXPECT_EQ(documents(), 1u);
+}
+
+TEST_F(ConvertDialogTest, ExportImageWritesTheRowUnderThePointer) {
+  const auto entries = frame_entries(source_->content());
+  source_->document().RightClickChunk = static_cast<std::int32_t>(entries[1]);
+  answers_.file = folder_ / "one.png";
+  main_.run(124);
+  std::uint32_t width = 0, height = 0;
+  ASSERT_TRUE(GraphicFileInfo((folder_ / "one.png").string(), &width, &height, nullptr, nullptr));
+  const Picture picture = picture_of(source_->entries().record(entries[1]));
+  EXPECT_EQ(std::pair(width, height), std::pair(picture.width(), picture.height()));
+  source_->document().RightClickChunk = 0;
+  main_.run(124);
+  ASSERT_EQ(answers_.messages.size(), 1u) << "a header is no image";
+}
+
+}  // namespace
+}  // namespace vellum::testing
