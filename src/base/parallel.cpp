@@ -4,6 +4,11 @@
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
 
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
+
 namespace vellum {
 
 std::size_t parallel_width() {
@@ -23,6 +28,76 @@ void parallel_for(std::size_t count, const std::function<void(std::size_t)>& wor
         for (std::size_t i = range.begin(); i != range.end(); ++i) work(i);
       },
       tbb::simple_partitioner());
+}
+
+namespace {
+
+constexpr std::size_t kCacheLine = 64;
+
+/// Who does what of a wavefront. Items are claimed in order, so the one in front of a claimed item is always
+/// in the hands of a worker that runs, however many run.
+class Wavefront {
+ public:
+  Wavefront(std::size_t items, std::size_t steps, std::size_t workers)
+      : items_(items), steps_(steps), slots_(workers + 1) {}
+
+  /// Nothing when all are claimed.
+  bool claim(std::size_t& item) { return (item = next_.fetch_add(1)) < items_ && !stopped_; }
+  /// Waits until a step may begin; false when another worker has failed.
+  bool wait(std::size_t item, std::size_t step) const {
+    if (item == 0) return true;
+    const std::size_t wanted = (item - 1) * steps_ + std::min(step + 2, steps_);
+    for (int tries = 0; done_of(item - 1).load(std::memory_order_acquire) < wanted; ++tries) {
+      if (stopped_) return false;
+      if (tries > kBusyTries) std::this_thread::yield();
+    }
+    return true;
+  }
+  void done(std::size_t item, std::size_t step) {
+    slots_[item % slots_.size()].done.store(item * steps_ + step + 1, std::memory_order_release);
+  }
+  void stop() { stopped_ = true; }
+
+ private:
+  static constexpr int kBusyTries = 500;  // some microseconds
+
+  /// Steps of all items up to the last one that used the slot. An item ends behind the one in front of it, so
+  /// those under way are neighbours and have slots of their own.
+  struct alignas(kCacheLine) Slot {
+    std::atomic<std::size_t> done{0};
+  };
+  const std::atomic<std::size_t>& done_of(std::size_t item) const {
+    return slots_[item % slots_.size()].done;
+  }
+
+  std::size_t items_, steps_;
+  std::vector<Slot> slots_;
+  std::atomic<std::size_t> next_{0};
+  std::atomic<bool> stopped_{false};
+};
+
+}  // namespace
+
+void parallel_wavefront(std::size_t items, std::size_t steps,
+                        const std::function<void(std::size_t, std::size_t, std::size_t)>& work) {
+  const std::size_t workers = std::min({parallel_width(), items, steps});
+  Wavefront front(items, steps, workers);
+  const auto run = [&](std::size_t worker) {
+    for (std::size_t item = 0; front.claim(item);)
+      for (std::size_t step = 0; step < steps; ++step) {
+        if (!front.wait(item, step)) return;
+        work(worker, item, step);
+        front.done(item, step);
+      }
+  };
+  parallel_for(workers, [&](std::size_t worker) {
+    try {
+      run(worker);
+    } catch (...) {
+      front.stop();
+      throw;
+    }
+  });
 }
 
 }  // namespace vellum

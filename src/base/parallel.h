@@ -11,6 +11,13 @@ namespace vellum {
 /// is one call or one core. An exception of a call is thrown again here.
 void parallel_for(std::size_t count, const std::function<void(std::size_t)>& work);
 
+/// Items of which each follows the one before it at a distance: `work(worker, item, step)` for every item and
+/// each of its steps in order, where step s begins when the item in front has done step s + 1 (or all). A
+/// worker, numbered below parallel_width(), does one item after the other. Steps should take some
+/// microseconds at least. An exception of a call ends the others and is thrown again here.
+void parallel_wavefront(std::size_t items, std::size_t steps,
+                        const std::function<void(std::size_t, std::size_t, std::size_t)>& work);
+
 /// How many calls of `parallel_for` can run at the same time.
 std::size_t parallel_width();
 

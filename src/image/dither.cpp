@@ -1,6 +1,7 @@
 // Each pixel needs the error of the one in front of it, so a row can't be faster than that chain. But a row
 // can follow the one below it at a distance of two pixels: several rows are under way at the same time, and
-// the processor works on their chains side by side. The result is that of one row after the other.
+// the processor works on their chains side by side. Groups of such rows follow each other in the same way, on
+// all cores. The result is that of one row after the other.
 #include "image/dither.h"
 
 #include <algorithm>
@@ -56,11 +57,11 @@ VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Colors& colors, E
   row.aboveNext = sixteenths(error, 1);
 }
 
+/// Steps from `begin` to `end`, one pixel of each row; a row begins kDistance steps behind the one below it.
 template <class Entries>
-VELLUM_INLINE void dither_rows(std::span<Row> rows, std::size_t width, const Colors& colors,
-                               Entries& entries) {
-  const std::size_t steps = width + kDistance * (rows.size() - 1);
-  for (std::size_t step = 0; step < steps; ++step)
+VELLUM_INLINE void dither_rows(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
+                               const Colors& colors, Entries& entries) {
+  for (std::size_t step = begin; step < end; ++step)
     for (std::size_t i = 0; i < rows.size(); ++i) {
       const std::size_t x = step - kDistance * i;  // wraps for a row that hasn't begun
       if (x >= width) continue;
@@ -69,21 +70,23 @@ VELLUM_INLINE void dither_rows(std::span<Row> rows, std::size_t width, const Col
     }
 }
 
-VELLUM_AVX2 void dither_rows_avx2(std::span<Row> rows, std::size_t width, const Colors& colors,
-                                  NearestEntries& entries) {
+VELLUM_AVX2 void dither_rows_avx2(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
+                                  const Colors& colors, NearestEntries& entries) {
   if (rows.size() == kRows)  // a count that is known unrolls
-    dither_rows(rows.first<kRows>(), width, colors, entries);
+    dither_rows(rows.first<kRows>(), width, begin, end, colors, entries);
   else
-    dither_rows(rows, width, colors, entries);
+    dither_rows(rows, width, begin, end, colors, entries);
 }
 
-void dither_some(std::span<Row> rows, std::size_t width, const Colors& colors, NearestEntries& entries) {
-  if (has_avx2()) return dither_rows_avx2(rows, width, colors, entries);
-  dither_rows(rows, width, colors, entries);
+void dither_some(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
+                 const Colors& colors, NearestEntries& entries) {
+  if (has_avx2()) return dither_rows_avx2(rows, width, begin, end, colors, entries);
+  dither_rows(rows, width, begin, end, colors, entries);
 }
 
-void dither_some(std::span<Row> rows, std::size_t width, const Colors& colors, CornerEntries& entries) {
-  dither_rows(rows, width, colors, entries);
+void dither_some(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
+                 const Colors& colors, CornerEntries& entries) {
+  dither_rows(rows, width, begin, end, colors, entries);
 }
 
 Colors lanes_of(const Palette& palette) {
@@ -93,31 +96,66 @@ Colors lanes_of(const Palette& palette) {
   return colors;
 }
 
+using Errors = std::vector<Lanes4>;
+
+/// A group of rows under way, with what its core needs for itself.
 template <class Entries>
-bool dither_whole(const Picture& source, Picture& result, const Palette& palette, Entries entries,
-                  const std::function<bool(std::uint32_t)>& go_on) {
-  const EditRows rows(result);
-  const std::size_t width = source.width();
-  const Colors colors = lanes_of(palette);
-  // The first holds what comes from below the group, the others what its rows give to the next.
-  std::array<std::vector<Lanes4>, kRows + 1> errors;
-  errors.fill(std::vector<Lanes4>(width));
+struct Group {
+  Entries entries;
+  std::array<Errors, kRows - 1> errors;  ///< from a row to the next one above
   std::array<std::vector<std::uint8_t>, kRows> lines;
-  lines.fill(std::vector<std::uint8_t>(width));
-  for (std::uint32_t first = 0; first < source.height(); first += kRows) {
-    if (!go_on(first)) return false;
-    const std::size_t count = std::min<std::size_t>(kRows, source.height() - first);
-    std::array<Row, kRows> group{};
+  std::array<Row, kRows> rows{};
+  std::size_t count = 0;
+
+  Group(const Entries& all, std::size_t width) : entries(all) {
+    errors.fill(Errors(width));
+    lines.fill(std::vector<std::uint8_t>(width));
+  }
+  /// Takes the rows from `first` on, counted from the bottom.
+  void begin(const Picture& source, std::uint32_t first, const Errors& below, Errors& above) {
+    count = std::min<std::size_t>(kRows, source.height() - first);
     for (std::size_t i = 0; i < count; ++i) {
-      group[i].pixels = source.stored_row(first + static_cast<std::uint32_t>(i));
-      group[i].carried = errors[i].data();
-      group[i].above = errors[i + 1].data();
-      group[i].out = lines[i].data();
+      rows[i] = {.pixels = source.stored_row(first + static_cast<std::uint32_t>(i)),
+                 .carried = i == 0 ? below.data() : errors[i - 1].data(),
+                 .above = i + 1 == count ? above.data() : errors[i].data(),
+                 .out = lines[i].data()};
     }
-    dither_some(std::span(group).first(count), width, colors, entries);
+  }
+  void end(std::uint32_t first, const EditRows& out, std::uint32_t height, std::uint32_t bits) const {
     for (std::size_t i = 0; i < count; ++i)
-      pack_indices(rows[source.height() - 1 - first - i], 0, lines[i].data(), width, result.bits());
-    std::swap(errors.front(), errors[count]);
+      pack_indices(out[height - 1 - first - i], 0, lines[i].data(), lines[i].size(), bits);
+  }
+};
+
+/// Steps that a group does before the next one hears of it. More than a group is wide, kDistance * kRows.
+constexpr std::size_t kSteps = 128;
+/// Groups between two questions whether to go on.
+constexpr std::uint32_t kGroups = 32;
+
+template <class Entries>
+bool dither_whole(const Picture& source, Picture& result, const Palette& palette, const Entries& entries,
+                  const std::function<bool(std::uint32_t)>& go_on) {
+  const EditRows out(result);
+  const std::size_t width = source.width(), steps = width + kDistance * (kRows - 1);
+  const Colors colors = lanes_of(palette);
+  std::vector<Group<Entries>> groups(parallel_width(), Group<Entries>(entries, width));
+  // What groups give to the next ones; as many are under way as there are cores.
+  std::vector<Errors> between(groups.size() + 1, Errors(width));
+  for (std::uint32_t first = 0; first < source.height(); first += kGroups * kRows) {
+    if (!go_on(first)) return false;
+    const std::size_t count = std::min<std::size_t>(kGroups, (source.height() - first + kRows - 1) / kRows);
+    parallel_wavefront(count, (steps + kSteps - 1) / kSteps,
+                       [&](std::size_t core, std::size_t item, std::size_t part) {
+                         Group<Entries>& group = groups[core];
+                         const auto row = first + static_cast<std::uint32_t>(item * kRows);
+                         const std::size_t number = row / kRows, end = std::min(steps, (part + 1) * kSteps);
+                         if (part == 0)
+                           group.begin(source, row, between[number % between.size()],
+                                       between[(number + 1) % between.size()]);
+                         dither_some(std::span(group.rows).first(group.count), width, part * kSteps, end,
+                                     colors, group.entries);
+                         if (end == steps) group.end(row, out, source.height(), result.bits());
+                       });
   }
   return true;
 }

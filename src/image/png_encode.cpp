@@ -6,6 +6,7 @@
 #include "image/deflate.h"
 #include "image/png_filter.h"
 #include "image/png_rows.h"
+#include "image/png_stored.h"
 
 namespace vellum {
 namespace {
@@ -94,29 +95,49 @@ class SampleRows {
   std::vector<std::uint8_t> pixels_;
 };
 
-/// Filters the rows of a segment to `out`, which moves on behind them.
-void filter_segment(const Job& job, const Segment& segment, std::uint8_t*& out) {
+/// Filters the rows of a segment. `room()` tells where a row goes, `done(row)` hears of it.
+template <class Room, class Done>
+void filter_segment(const Job& job, const Segment& segment, const Room& room, const Done& done) {
   const auto bytes = static_cast<std::size_t>(png_row_bytes(job.header, segment.pass->width));
   const std::size_t distance = png_filter_distance(job.header);
   std::vector<std::uint8_t> prior(bytes), current(bytes), scratch(2 * bytes);
   SampleRows rows(job, *segment.pass);
   if (segment.first > 0) rows.make(segment.first - 1, prior.data());
-  for (std::uint32_t y = segment.first; y < segment.end; ++y, out += bytes + 1) {
+  for (std::uint32_t y = segment.first; y < segment.end; ++y) {
     rows.make(y, current.data());
-    png_filter_row(job.choice, current.data(), prior.data(), bytes, distance, out, scratch.data());
+    const std::span<std::uint8_t> row(room(), bytes + 1);
+    png_filter_row(job.choice, current.data(), prior.data(), bytes, distance, row.data(), scratch.data());
+    done(row);
     current.swap(prior);
   }
 }
 
-DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
+std::size_t filtered_bytes(const Job& job, const Part& part) {
   std::size_t size = 0;
   for (const Segment& segment : part)
     size += static_cast<std::size_t>(png_row_bytes(job.header, segment.pass->width) + 1) *
             (segment.end - segment.first);
-  std::vector<std::uint8_t> filtered(size);
+  return size;
+}
+
+DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
+  std::vector<std::uint8_t> filtered(filtered_bytes(job, part));
   std::uint8_t* out = filtered.data();
-  for (const Segment& segment : part) filter_segment(job, segment, out);
+  for (const Segment& segment : part)
+    filter_segment(
+        job, segment, [&] { return out; }, [&](std::span<const std::uint8_t> row) { out += row.size(); });
   return deflate_piece(filtered, job.level, last);
+}
+
+std::vector<std::uint8_t> store_parts(const Job& job, std::span<const Part> parts) {
+  std::vector<std::size_t> bytes;
+  for (const Part& part : parts) bytes.push_back(filtered_bytes(job, part));
+  return stored_stream(bytes, [&](std::size_t i, const TakeBytes& take) {
+    std::vector<std::uint8_t> row(static_cast<std::size_t>(png_row_bytes(job.header, job.header.width)) + 1);
+    for (const Segment& segment : parts[i])
+      filter_segment(
+          job, segment, [&] { return row.data(); }, take);
+  });
 }
 
 }  // namespace
@@ -132,6 +153,7 @@ std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& pic
                 header.height > 1};
   const PngPasses passes = png_passes(header);
   const std::vector<Part> parts = parts_of(header, passes);
+  if (level == 0) return store_parts(job, parts);
   std::vector<DeflatePiece> pieces(parts.size());
   parallel_for(parts.size(),
                [&](std::size_t i) { pieces[i] = pack_part(job, parts[i], i + 1 == parts.size()); });

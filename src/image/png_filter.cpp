@@ -64,7 +64,14 @@ void store_pixel(std::uint8_t* p, __m128i pixel) {
   alignas(16) std::uint8_t bytes[16];
   if constexpr (kPixel <= 4) {
     const int bits = _mm_cvtsi128_si32(pixel);
-    std::memcpy(p, &bits, kPixel);
+    // In parts that a register gives: three bytes at once would go through memory, and wait for it.
+    if constexpr (kPixel == 3) {
+      const auto low = static_cast<std::uint16_t>(bits);
+      std::memcpy(p, &low, sizeof low);
+      p[2] = static_cast<std::uint8_t>(bits >> 16);
+    } else {
+      std::memcpy(p, &bits, kPixel);
+    }
   } else {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), pixel);
     std::memcpy(p, bytes, kPixel);

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "image/lanes.h"
+
 namespace vellum {
 namespace {
 
@@ -32,6 +34,24 @@ void read_colors(const std::uint8_t* __restrict samples, std::uint8_t* __restric
   }
 }
 
+/// Red and blue change places in pixels of three bytes. Five pixels at a time; the sixteenth byte, which
+/// belongs to the next pixel, is written anew with that one.
+VELLUM_AVX2 std::size_t swap_fives(const std::uint8_t* from, std::uint8_t* to, std::size_t width) {
+  std::size_t x = 0;
+  for (; x + 6 <= width; x += 5) {
+    Bytes16 bytes;
+    std::memcpy(&bytes, from + 3 * x, sizeof bytes);
+    bytes = __builtin_shufflevector(bytes, bytes, 2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15);
+    std::memcpy(to + 3 * x, &bytes, sizeof bytes);
+  }
+  return x;
+}
+
+void read_three_bytes(const std::uint8_t* samples, std::uint8_t* row, std::uint32_t width) {
+  const std::size_t done = has_avx2() ? swap_fives(samples, row, width) : 0;
+  read_colors<3, 1>(samples + 3 * done, row + 3 * done, width - static_cast<std::uint32_t>(done));
+}
+
 template <unsigned kBytes>
 void read_grey_alpha(const std::uint8_t* __restrict samples, std::uint8_t* __restrict row,
                      std::uint32_t width) {
@@ -53,6 +73,12 @@ void read_high_bytes(const std::uint8_t* __restrict samples, std::uint8_t* __res
 template <unsigned kBits>
 void write_packed(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t width, const std::uint16_t*) {
   read_packed<kBits>(row, samples, width);
+}
+
+/// Red, green, blue of a picture that holds them the other way round.
+void write_three_bytes(const std::uint8_t* row, std::uint8_t* samples, std::uint32_t width,
+                       const std::uint16_t*) {
+  read_three_bytes(row, samples, width);
 }
 
 /// Indexes of `kFrom` bits each, packed `kTo` bits each.
@@ -140,7 +166,7 @@ constexpr WriterRow kColorWriters[] = {
     {32, 0, 8, write_greys<4, 1, 1>},  {32, 0, 16, write_greys<4, 1, 2>},
     {24, 4, 8, write_greys<3, 2, 1>},  {24, 4, 16, write_greys<3, 2, 2>},
     {32, 4, 8, write_greys<4, 2, 1>},  {32, 4, 16, write_greys<4, 2, 2>},
-    {24, 2, 8, write_colors<3, 3, 1>}, {24, 2, 16, write_colors<3, 3, 2>},
+    {24, 2, 8, write_three_bytes},     {24, 2, 16, write_colors<3, 3, 2>},
     {32, 2, 8, write_colors<4, 3, 1>}, {32, 2, 16, write_colors<4, 3, 2>},
     {24, 6, 8, write_colors<3, 4, 1>}, {24, 6, 16, write_colors<3, 4, 2>},
     {32, 6, 8, write_colors<4, 4, 1>}, {32, 6, 16, write_colors<4, 4, 2>},
@@ -160,7 +186,7 @@ PngRowReader png_row_reader(const PngHeader& header) {
   const bool deep = header.bitDepth == 16;
   switch (header.colorType) {
     case 2:
-      return deep ? read_colors<3, 2> : read_colors<3, 1>;
+      return deep ? read_colors<3, 2> : read_three_bytes;
     case 4:
       return deep ? read_grey_alpha<2> : read_grey_alpha<1>;
     case 6:

@@ -22,40 +22,78 @@ constexpr unsigned kMostDepth = 5, kLeastDepth = 2;
 constexpr unsigned kLowBits = 8 - kMostDepth;
 constexpr std::size_t kCells = std::size_t{1} << (3 * kMostDepth);
 
-/// What is summed of the pixels of a cell: their number in the low half of the first value and the squares of
-/// their low bits in the high half; then the low bits of red, green and blue.
-using CellSums = std::array<std::uint64_t, 4>;
+/// What is summed of the pixels of a cell: their number, the squares of their low bits, and the low bits of
+/// red, green and blue.
+using CellSums = std::array<std::uint32_t, 5>;
 
-/// Pixels that can be summed before a half of the first value could run over.
+/// Pixels that can be summed before one of these could run over.
 constexpr std::size_t kMostPixels = std::size_t{1} << 24;
 
-/// What one pixel adds, by the low bits of its channels.
-using PixelTable = std::array<CellSums, std::size_t{1} << (3 * kLowBits)>;
+/// The sums of a few pixels in one word, the fields in the same order; the number lies lowest.
+using FewPixels = std::uint64_t;
+constexpr std::array<unsigned, 5> kFieldBits = {8, 16, 11, 11, 11};
+constexpr FewPixels kMostOfAWord = (1u << kFieldBits[0]) - 1;
+constexpr std::uint64_t kLowMask = (1u << kLowBits) - 1;
+static_assert(kMostOfAWord * 3 * kLowMask * kLowMask < 1u << kFieldBits[1]);
+static_assert(kMostOfAWord * kLowMask < 1u << kFieldBits[2]);
 
-constexpr PixelTable make_pixel_table() {
-  PixelTable table{};
-  constexpr std::uint64_t kMask = (1u << kLowBits) - 1;
-  for (std::size_t i = 0; i < table.size(); ++i) {
-    const std::uint64_t r = i >> (2 * kLowBits), g = i >> kLowBits & kMask, b = i & kMask;
-    table[i] = {1 | (r * r + g * g + b * b) << 32, r, g, b};
-  }
-  return table;
+constexpr FewPixels joined_fields(const std::array<std::uint64_t, 5>& fields) {
+  FewPixels word = 0;
+  for (std::size_t i = fields.size(); i-- > 0;) word = word << kFieldBits[i] | fields[i];
+  return word;
 }
-
-constexpr PixelTable kPixelTable = make_pixel_table();
 
 constexpr std::size_t joined(std::size_t r, std::size_t g, std::size_t b, unsigned bits) {
   return r << (2 * bits) | g << bits | b;
 }
 
-void count_row(std::vector<CellSums>& cells, const std::uint8_t* row, std::size_t width) {
-  constexpr unsigned kMask = (1u << kLowBits) - 1;
-  for (std::size_t x = 0; x < width; ++x, row += 3) {
-    const unsigned b = row[0], g = row[1], r = row[2];
-    CellSums& cell = cells[joined(r >> kLowBits, g >> kLowBits, b >> kLowBits, kMostDepth)];
-    const CellSums& pixel = kPixelTable[joined(r & kMask, g & kMask, b & kMask, kLowBits)];
-    for (std::size_t i = 0; i < cell.size(); ++i) cell[i] += pixel[i];
+/// What one pixel adds, by the low bits of its channels.
+constexpr auto kPixelTable = [] {
+  std::array<FewPixels, std::size_t{1} << (3 * kLowBits)> table{};
+  for (std::uint64_t r = 0; r <= kLowMask; ++r)
+    for (std::uint64_t g = 0; g <= kLowMask; ++g)
+      for (std::uint64_t b = 0; b <= kLowMask; ++b)
+        table[joined(r, g, b, kLowBits)] = joined_fields({1, r * r + g * g + b * b, r, g, b});
+  return table;
+}();
+
+/// The sums of all cells, a few pixels of each in a word: these words stay in the cache.
+class CellCounts {
+ public:
+  void add(unsigned r, unsigned g, unsigned b) {
+    const std::size_t cell = joined(r >> kLowBits, g >> kLowBits, b >> kLowBits, kMostDepth);
+    few_[cell] += kPixelTable[joined(r & kLowMask, g & kLowMask, b & kLowMask, kLowBits)];
+    if ((few_[cell] & kMostOfAWord) == kMostOfAWord) [[unlikely]]
+      move_word(cell);
   }
+  const CellSums& sums(std::size_t cell) {
+    move_word(cell);
+    return all_[cell];
+  }
+
+ private:
+  void move_word(std::size_t cell) {
+    FewPixels word = std::exchange(few_[cell], 0);
+    for (std::size_t i = 0; i < kFieldBits.size(); ++i) {
+      all_[cell][i] += static_cast<std::uint32_t>(word & ((1u << kFieldBits[i]) - 1));
+      word >>= kFieldBits[i];
+    }
+  }
+
+  std::vector<FewPixels> few_ = std::vector<FewPixels>(kCells);
+  std::vector<CellSums> all_ = std::vector<CellSums>(kCells);
+};
+
+/// Two pixels in turn, from both halves of the row: neighbours fall into the same cell mostly, and the second
+/// would wait for the first.
+void count_row(CellCounts& cells, const std::uint8_t* row, std::size_t width) {
+  const std::size_t half = width / 2;
+  const std::uint8_t* second = row + 3 * half;
+  for (std::size_t x = 0; x < half; ++x, row += 3, second += 3) {
+    cells.add(row[2], row[1], row[0]);
+    cells.add(second[2], second[1], second[0]);
+  }
+  if (width % 2 != 0) cells.add(second[2], second[1], second[0]);
 }
 
 /// Count, sums and sum of squares of the pixels below a node.
@@ -72,11 +110,11 @@ struct Totals {
 };
 
 Totals totals_of(const CellSums& cell, std::size_t index) {
-  Totals totals{cell[0] & 0xFFFFFFFF, cell[0] >> 32, {}};
+  Totals totals{cell[0], cell[1], {}};
   for (std::size_t c = 0; c < 3; ++c) {
     const std::uint64_t base = (index >> ((2 - c) * kMostDepth) & ((1u << kMostDepth) - 1)) << kLowBits;
-    totals.sums[c] = totals.count * base + cell[c + 1];
-    totals.squares += totals.count * base * base + 2 * base * cell[c + 1];
+    totals.sums[c] = totals.count * base + cell[c + 2];
+    totals.squares += totals.count * base * base + 2 * base * cell[c + 2];
   }
   return totals;
 }
@@ -103,6 +141,71 @@ struct Node {
   std::int64_t error = 0;
 };
 
+constexpr std::int64_t kNever = INT64_MAX;
+
+/// What the rounds of a reduction do with a node; which round it is tells the threshold alone.
+struct Fate {
+  std::int64_t error;   ///< a round with this threshold removes it
+  std::int64_t dies;    ///< with this one it goes up with a node around it, or by itself
+  std::int64_t counts;  ///< from this one on it stands for pixels
+  bool counted = false, gone = false;
+};
+
+/// The rounds of a reduction without the tree. A round removes the nodes with errors up to its threshold,
+/// each behind those below it, with all that these have left; counts those that stand for pixels, also such
+/// that are about to go up with a node around them; and takes the least error of these as the next threshold.
+/// The thresholds grow, so each node comes, counts and goes once.
+class Rounds {
+ public:
+  explicit Rounds(std::int64_t largest_threshold) : largest_(largest_threshold) {}
+  void add(const Fate& fate) { fates_.push_back(fate); }
+
+  /// The threshold of the first round that counts no more than `target`.
+  std::int64_t last_threshold(std::size_t target) {
+    Order by_error = order(&Fate::error), by_death = order(&Fate::dies), by_count = order(&Fate::counts);
+    std::size_t colours = 0;
+    for (std::int64_t before = -1, threshold = 0;;) {
+      // What another node takes along in this round is still counted in it.
+      for (; by_death.reaches(before); ++by_death.at) colours -= leave(by_death.next());
+      for (; by_error.reaches(threshold); ++by_error.at) colours -= leave(by_error.next());
+      for (; by_count.reaches(threshold); ++by_count.at) colours += enter(by_count.next());
+      if (colours <= target) return threshold;
+      before = std::exchange(threshold, least_error(by_error));
+      if (threshold == before) return threshold;
+    }
+  }
+
+ private:
+  /// All nodes, sorted by one value.
+  struct Order {
+    std::vector<Fate*> fates;
+    std::int64_t Fate::*value;
+    std::size_t at = 0;
+
+    Fate& next() const { return *fates[at]; }
+    bool reaches(std::int64_t threshold) const { return at < fates.size() && next().*value <= threshold; }
+  };
+
+  Order order(std::int64_t Fate::*value) {
+    Order order{{}, value};
+    for (Fate& fate : fates_) order.fates.push_back(&fate);
+    std::ranges::sort(order.fates, {}, [value](const Fate* fate) { return fate->*value; });
+    return order;
+  }
+  static std::size_t leave(Fate& fate) { return !std::exchange(fate.gone, true) && fate.counted; }
+  static std::size_t enter(Fate& fate) { return fate.counted = !fate.gone; }
+
+  /// What is passed over stands for no pixels yet, and the next round removes it.
+  std::int64_t least_error(Order& by_error) const {
+    while (by_error.at < by_error.fates.size() && (!by_error.next().counted || by_error.next().gone))
+      leave(by_error.fates[by_error.at++][0]);
+    return by_error.at < by_error.fates.size() ? std::min(by_error.next().error, largest_) : largest_;
+  }
+
+  std::vector<Fate> fates_;
+  std::int64_t largest_;
+};
+
 class Tree {
  public:
   Tree(const std::vector<Totals>& cells, unsigned depth) : depth_(depth) {
@@ -114,14 +217,10 @@ class Tree {
   }
 
   void reduce(std::uint32_t target) {
-    std::int64_t next = 0;
-    while (colours_ > target) {
-      threshold_ = next;
-      next_ = nodes_[0].error - kErrorUnit;
-      colours_ = 0;
-      visit(0);
-      next = next_;
-    }
+    if (colours_ <= target) return;
+    Rounds rounds(nodes_[0].error - kErrorUnit);
+    note_fates(0, kNever, rounds);
+    prune_below(0, rounds.last_threshold(target));
   }
 
   std::uint32_t assign(Palette& palette) const {
@@ -170,24 +269,27 @@ class Tree {
     return nodes_[static_cast<std::size_t>(parent)].children[child] = made;
   }
 
-  /// Children before their parent, in their order.
-  void visit(std::size_t at) {
+  /// `dies`: the threshold that removes a node around this one.
+  void note_fates(std::size_t at, std::int64_t dies, Rounds& rounds) const {
+    const Node& node = nodes_[at];
+    std::int64_t counts = node.count != 0 ? 0 : kNever;
+    for (const std::int32_t child : node.children) {
+      if (child < 0) continue;
+      const std::int64_t error = nodes_[static_cast<std::size_t>(child)].error;
+      counts = std::min(counts, error);
+      note_fates(static_cast<std::size_t>(child), std::min(dies, error), rounds);
+    }
+    rounds.add({node.error, dies, counts});
+  }
+
+  /// Every node whose error is no larger goes.
+  void prune_below(std::size_t at, std::int64_t threshold) {
     for (std::size_t child = 0; child < 8; ++child) {
       const std::int32_t index = nodes_[at].children[child];
       if (index < 0) continue;
-      visit(static_cast<std::size_t>(index));
-      if (nodes_[static_cast<std::size_t>(index)].error <= threshold_)
-        prune(at, child);
-      else
-        count(nodes_[static_cast<std::size_t>(index)]);
+      prune_below(static_cast<std::size_t>(index), threshold);
+      if (nodes_[static_cast<std::size_t>(index)].error <= threshold) prune(at, child);
     }
-    if (at == 0) count(nodes_[0]);
-  }
-
-  void count(const Node& node) {
-    if (node.count == 0) return;
-    ++colours_;
-    next_ = std::min(next_, node.error);
   }
 
   /// A child goes up into its parent, with all that is still below it: a small cube can have a larger error
@@ -213,7 +315,6 @@ class Tree {
   unsigned depth_;
   std::vector<Node> nodes_;  ///< the root first
   std::uint32_t colours_ = 0;
-  std::int64_t threshold_ = 0, next_ = 0;
 };
 
 std::uint32_t held_target(std::uint32_t target) {
@@ -298,11 +399,12 @@ struct ColorOctree::Cells {
   std::vector<Totals> totals = std::vector<Totals>(kCells);
   std::mutex mutex;
 
-  void take(std::vector<CellSums>& sums, bool high_bits_alone) {
+  void take(CellCounts& counts, bool high_bits_alone) {
     const std::scoped_lock lock(mutex);
     for (std::size_t i = 0; i < kCells; ++i) {
-      if (high_bits_alone) sums[i] = {sums[i][0] & 0xFFFFFFFF, 0, 0, 0};
-      if (sums[i][0] != 0) totals[i] += totals_of(sums[i], i);
+      CellSums sums = counts.sums(i);
+      if (high_bits_alone) sums = {sums[0], 0, 0, 0, 0};
+      if (sums[0] != 0) totals[i] += totals_of(sums, i);
     }
   }
 };
@@ -328,12 +430,12 @@ void ColorOctree::add(const Picture& picture, std::uint32_t mask) {
   const auto band_rows =
       std::min<std::uint32_t>(most_rows, static_cast<std::uint32_t>((picture.height() + bands - 1) / bands));
   parallel_for((picture.height() + band_rows - 1) / band_rows, [&](std::size_t band) {
-    std::vector<CellSums> sums(kCells);
+    CellCounts counts;
     std::vector<std::uint8_t> spare;
     const auto first = static_cast<std::uint32_t>(band * band_rows);
     for (std::uint32_t y = first; y < std::min(first + band_rows, picture.height()); ++y)
-      count_row(sums, rows.row(y, spare), picture.width());
-    cells_->take(sums, mask != 0xFFFFFF);
+      count_row(counts, rows.row(y, spare), picture.width());
+    cells_->take(counts, mask != 0xFFFFFF);
   });
 }
 

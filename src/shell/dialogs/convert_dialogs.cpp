@@ -286,8 +286,10 @@ std::optional<Extraction> ask_for_extraction(QWidget* parent, const DocumentWind
   restore_dialog_state(dialog, kExtractState, config_path(kExtractFile));
   std::optional<Extraction> extraction;
   dialog.apply = [&](const FieldValues& now) {
-    if (now.text("folder").empty() || now.text("stem").find('/') != std::string::npos) {
-      services.host.show(StringId::NoFolder);
+    const std::string stem = now.text("stem");
+    const bool named = !stem.empty() && stem.find('/') == std::string::npos;
+    if (now.text("folder").empty() || !named) {
+      services.host.show(named ? StringId::NoFolder : StringId::NoFileName);
       return false;
     }
     settings::OpenExportPath = now.text("folder");
