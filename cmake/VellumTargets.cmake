@@ -15,6 +15,10 @@ function(vellum_compile_options target)
     target_compile_options(${target} PRIVATE -fpch-preprocess -Wno-array-bounds -Wno-restrict -Wno-stringop-overflow
                                              -Wno-stringop-overread)
   endif()
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    # The tables of functions are filled at the start and then written no more.
+    target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)
+  endif()
   if(VELLUM_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${VELLUM_SANITIZE} -fno-sanitize-recover=all
                                              -fno-omit-frame-pointer)

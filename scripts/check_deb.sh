@@ -40,7 +40,8 @@ step env QT_QPA_PLATFORM=offscreen vellumcraft --screenshot /tmp/window.png /usr
 cp "$root/tmp/window.png" "$folder/window.png"
 step vellum list /tmp/window.png
 for file in applications/vellumcraft.desktop mime/packages/vellumcraft.xml metainfo/vellumcraft.metainfo.xml \
-  icons/hicolor/48x48/apps/vellumcraft.png man/man1/vellum.1 man/man1/vellumcraft.1 vellumcraft/docs/guide/index.md doc/vellumcraft/copyright; do
+  icons/hicolor/48x48/apps/vellumcraft.png man/man1/vellum.1.gz man/man1/vellumcraft.1.gz vellumcraft/docs/guide/index.md \
+  doc/vellumcraft/copyright doc/vellumcraft/changelog.gz; do
   inside test -s "/usr/share/$file" || { echo "missing: $file" >&2; exit 1; }
 done
 step apt-get -qq remove -y vellumcraft

@@ -14,7 +14,7 @@ for tool in Xvfb xvfb-run xdotool xauth import; do
 done
 
 if [ -z "${DESKTOP_SESSION_DISPLAY:-}" ]; then
-  DESKTOP_SESSION_DISPLAY=1 exec xvfb-run -a -s "-screen 0 900x620x24" "$0" "$@"
+  DESKTOP_SESSION_DISPLAY=1 exec xvfb-run -a -s "-screen 0 900x620x24 -noreset" "$0" "$@"
 fi
 
 export HOME="$scratch" XDG_CONFIG_HOME="$scratch/config" XDG_RUNTIME_DIR="$scratch/runtime"

@@ -11,7 +11,7 @@ for tool in Xvfb xvfb-run xdotool xauth; do
 done
 
 if [ -z "${TWO_PROGRAMS_DISPLAY:-}" ]; then
-  TWO_PROGRAMS_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1280x800x24" "$0" "$programs" "$scratch"
+  TWO_PROGRAMS_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1280x800x24 -noreset" "$0" "$programs" "$scratch"
 fi
 
 export HOME="$scratch" XDG_CONFIG_HOME="$scratch/config"

@@ -53,13 +53,17 @@ std::filesystem::path remember_folder(const QString& name) {
   return path;
 }
 
+int number_of_filter(const QStringList& filters, const QString& chosen) {
+  return static_cast<int>(std::max<qsizetype>(filters.indexOf(chosen), 0));
+}
+
 /// Shows the dialog with the filter of this number; the chosen files, none when the user cancelled.
 QStringList ask_with_preview(QFileDialog& dialog, const QStringList& filters, int& filter) {
   dialog.setNameFilters(filters);
   dialog.selectNameFilter(filters.value(filter, filters.front()));
   add_file_preview(dialog);
   if (dialog.exec() != QDialog::Accepted) return {};
-  filter = static_cast<int>(std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0));
+  filter = number_of_filter(filters, dialog.selectedNameFilter());
   return dialog.selectedFiles();
 }
 
@@ -112,9 +116,12 @@ std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileCho
   std::string& folder = choice.saving ? settings::OpenExportPath : settings::OpenImportPath;
   const std::filesystem::path start = to_path(usable_folder(folder)) / choice.name;
   const QString title = to_qt(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
-  const QString name = choice.saving ? QFileDialog::getSaveFileName(parent, title, offered, filters)
-                                     : QFileDialog::getOpenFileName(parent, title, offered, filters);
+  const QStringList single = filters.split(QStringLiteral(";;"));
+  QString filter = single.value(choice.filter ? *choice.filter : 0, single.front());
+  const QString name = choice.saving ? QFileDialog::getSaveFileName(parent, title, offered, filters, &filter)
+                                     : QFileDialog::getOpenFileName(parent, title, offered, filters, &filter);
   if (name.isEmpty()) return std::nullopt;
+  if (choice.filter) *choice.filter = number_of_filter(single, filter);
   folder = to_path(name).parent_path().string();
   return to_path(name);
 }

@@ -1,7 +1,6 @@
 #include "shell/paint.h"
 
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFileSystemWatcher>
 #include <QLabel>
 #include <QProcess>
@@ -14,8 +13,8 @@
 #include "image/picture_operations.h"
 #include "image/settings.h"
 #include "image/temporary_names.h"
+#include "shell/dialogs/dialog_frame.h"
 #include "shell/paint_programs.h"
-#include "shell/style.h"
 #include "shell/text.h"
 #include "shell/widgets/picture_panel.h"
 
@@ -50,13 +49,9 @@ class WaitingBox : public QDialog {
     setWindowTitle(QObject::tr("Paint"));
     auto* text = new QLabel(text_of(StringId::EditThenDone), this);
     panel_ = new PicturePanel(this);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+    QDialogButtonBox* buttons = add_buttons(*this, QDialogButtonBox::Cancel, QStringLiteral("PAINT"));
     buttons->addButton(QObject::tr("&Done"), QDialogButtonBox::AcceptRole)->setDefault(true);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
-    layout->setSpacing(style::kWideGap);
+    QVBoxLayout* layout = dialog_layout(*this);
     layout->addWidget(text);
     layout->addWidget(panel_, 1);
     layout->addWidget(buttons);

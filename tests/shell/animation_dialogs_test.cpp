@@ -7,6 +7,7 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
+#include <QToolButton>
 
 #include "base/text.h"
 #include "configuration/operation_settings.h"
@@ -74,6 +75,24 @@ TEST_F(AnimationDialogTest, LimitsAreCheckedAndStored) {
   });
   EXPECT_EQ(settings::PropertiesFileYellow, 3000);
   EXPECT_EQ(settings::PropertiesFileRed, 3001);
+}
+
+TEST_F(AnimationDialogTest, APreviewInActualSizeHasTheLimitOfTheSettings) {
+  add(animated_document(1, 500, 200));
+  const struct {
+    int most;
+    std::uint32_t width;
+  } cases[] = {{0, 1000}, {800, 800}, {100, 100}, {-7, 1000}, {2000, 1000}};
+  for (const auto& [most, width] : cases) {
+    settings::MaximumPreviewDimension = most;
+    in_dialog<ResizeDialog>(310, [&, width = width](ResizeDialog& dialog) {
+      dialog.form().set_value("factorX", std::int64_t{200});
+      for (QToolButton* button : dialog.findChildren<QToolButton*>())
+        if (button->text() == QStringLiteral("Actual size")) button->setChecked(true);
+      EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview().after().width() == width; }, 5000))
+          << dialog.preview().after().width() << " of " << width;
+    });
+  }
 }
 
 TEST_F(AnimationDialogTest, ResizeMakesANewWindowAndRemembersTheSize) {

@@ -412,8 +412,10 @@ TEST_F(CommandTest, TitlesShowNamesAsTheyAre) {
 
 TEST_F(CommandTest, WindowsStandBesideEachOtherAndTakeTheirContentsWidth) {
   DocumentFrame& first = add(still_document());
-  DocumentFrame& second = add(still_document());
+  DocumentFrame& second = add(animated_document(3, 200, 120));
+  second.entries().select(2, true);
   first.size_to_content();
+  take_picture(main_, "main-window");
   EXPECT_EQ(first.width(), settings::FileWindowX);
   EXPECT_EQ(first.height(), main_.area().viewport()->height());
   EXPECT_FALSE(first.geometry().intersects(second.geometry()));

@@ -129,6 +129,16 @@ TEST(Setup, DefaultsAreThePagesOwn) {
   for (const auto& c : cases) EXPECT_EQ(*find_setting(c.key)->number, c.page_value) << c.key;
 }
 
+TEST(Setup, BelowEachOtherItsFieldsFitANarrowScreen) {
+  constexpr int kNarrow = 800 * 2 / 3 - 80;  // 800 pixels at scale 1.5, less the edges of the dialog
+  for (const SetupPageRow& row : setup_pages()) {
+    EXPECT_LE(SettingPage(row.fields, 1).minimumSizeHint().width(), kNarrow) << row.name;
+    if (row.columns > 1) {
+      EXPECT_GT(SettingPage(row.fields, row.columns).minimumSizeHint().width(), kNarrow) << row.name;
+    }
+  }
+}
+
 class SetupCommand : public WindowTest {
  protected:
   /// Does something to the dialog that opens, and closes it.

@@ -109,6 +109,18 @@ DocumentWindow long_document(std::size_t rows) {
   return document_of(DocumentKind::PING, records);
 }
 
+QPalette dark_palette() {
+  QPalette dark(QColor(45, 45, 48), QColor(45, 45, 48));
+  dark.setColor(QPalette::Base, QColor(30, 30, 32));
+  dark.setColor(QPalette::Text, QColor(225, 225, 225));
+  dark.setColor(QPalette::WindowText, QColor(225, 225, 225));
+  dark.setColor(QPalette::ButtonText, QColor(225, 225, 225));
+  dark.setColor(QPalette::Link, QColor(110, 170, 255));
+  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+    dark.setColor(QPalette::Disabled, role, QColor(120, 120, 120));
+  return dark;
+}
+
 void take_picture(QWidget& widget, const std::string& name) {
   const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
   if (folder.isEmpty()) return;
@@ -147,6 +159,7 @@ int main(int argc, char** argv) {
   qputenv("XDG_STATE_HOME", (folder / "state").string().c_str());
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
+  if (!qEnvironmentVariableIsEmpty("VELLUM_DARK")) QApplication::setPalette(vellum::testing::dark_palette());
   vellum::register_icons();
   ::testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

@@ -41,8 +41,11 @@ DocumentWindow long_document(std::size_t rows);
 
 std::set<std::size_t> selected_rows(const ChunkList& list);
 
+/// Colors of a dark desktop.
+QPalette dark_palette();
+
 /// For people who want to see the windows: writes NAME.png to the folder that VELLUM_PICTURES names, if it is
-/// set.
+/// set; with VELLUM_DARK all of them on a dark desktop.
 void take_picture(QWidget& widget, const std::string& name);
 
 /// A main window that nobody looks at.

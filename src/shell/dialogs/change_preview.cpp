@@ -4,6 +4,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/limits.h"
+#include "configuration/shell_settings.h"
 #include "core/frame_layer.h"
 #include "core/insert_chunk.h"
 #include "image/resample.h"
@@ -14,16 +16,20 @@
 namespace vellum {
 namespace {
 
-constexpr double kPreviewWidth = 400,
-                 kPreviewHeight = 300;  ///< pixels that a preview is computed from at most
+constexpr QSizeF kFitted(400, 300);  ///< pixels that a preview is computed from at most
 constexpr QSize kPane(240, 180);
 constexpr int kLeastBeat = 20;  ///< milliseconds
 
+/// Also in actual size a preview has an end: a slider can't be dragged over what takes seconds.
+QSizeF largest_actual() {
+  const int most = std::clamp(settings::MaximumPreviewDimension, 0, 10'000);
+  return most == 0 ? QSizeF(kMaximumDimension, kMaximumDimension) : QSizeF(most, most);
+}
+
 /// How much a frame is made smaller, so that neither it nor its result is larger than a preview.
-double reduction(const Picture& frame, double growth) {
+double reduction(const Picture& frame, double growth, QSizeF most) {
   const double larger = std::max(growth, 1.0);
-  return std::min(
-      {1.0, kPreviewWidth / (frame.width() * larger), kPreviewHeight / (frame.height() * larger)});
+  return std::min({1.0, most.width() / (frame.width() * larger), most.height() / (frame.height() * larger)});
 }
 
 void show_picture(QLabel& label, const Picture& picture) {
@@ -100,8 +106,9 @@ Picture ChangePreview::frame_picture() const {
 
 void ChangePreview::show_frame() {
   Shown shown{frame_picture(), static_cast<std::size_t>(slider_->value()), 100};
-  if (shown.picture && !actual_->isChecked()) {
-    shown.percent = 100 * reduction(shown.picture, growth_(shown.picture));
+  if (shown.picture) {
+    const QSizeF most = actual_->isChecked() ? largest_actual() : kFitted;
+    shown.percent = 100 * reduction(shown.picture, growth_(shown.picture), most);
     if (shown.percent < 100)
       shown.picture = PictureScalePercent(shown.picture, shown.percent, shown.percent, ResampleFilter::Box);
   }

@@ -22,16 +22,20 @@ QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons
 
 QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
                               std::function<QString()> topic) {
-  auto* box = new QDialogButtonBox(buttons | QDialogButtonBox::Help, &dialog);
-  box->button(QDialogButtonBox::Help)->setEnabled(static_cast<bool>(showHelp));
+  auto* box = new QDialogButtonBox(buttons, &dialog);
+  QObject::connect(box, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  QObject::connect(box, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  add_help(dialog, *box, std::move(topic));
+  return box;
+}
+
+void add_help(QDialog& dialog, QDialogButtonBox& buttons, std::function<QString()> topic) {
+  buttons.addButton(QDialogButtonBox::Help)->setEnabled(static_cast<bool>(showHelp));
   const auto help = [topic = std::move(topic)] {
     if (showHelp) showHelp(topic());
   };
-  QObject::connect(box, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(box, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  QObject::connect(box, &QDialogButtonBox::helpRequested, &dialog, help);
+  QObject::connect(&buttons, &QDialogButtonBox::helpRequested, &dialog, help);
   QObject::connect(new QShortcut(QKeySequence::HelpContents, &dialog), &QShortcut::activated, &dialog, help);
-  return box;
 }
 
 }  // namespace vellum

@@ -17,5 +17,7 @@ QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons
 /// The same where the topic depends on what the dialog shows at that moment.
 QDialogButtonBox* add_buttons(QDialog& dialog, QDialogButtonBox::StandardButtons buttons,
                               std::function<QString()> topic);
+/// The Help button alone, and F1, for a dialog that connects its buttons itself.
+void add_help(QDialog& dialog, QDialogButtonBox& buttons, std::function<QString()> topic);
 
 }  // namespace vellum

@@ -20,6 +20,7 @@ namespace {
 constexpr int kLampSize = 12;
 constexpr QRgb kLamps[] = {0xFF2E9E4F, 0xFFE0A800, 0xFFD23B3B};  // in the order of Light
 constexpr int kSortedColumns[] = {0, 1, 3, 6, 7};                // in the order of FrameColumn
+constexpr int kColorsColumn = 6;
 
 struct LimitRow {
   const char* name;
@@ -223,6 +224,8 @@ QWidget* PropertiesDialog::make_frames() {
   table_->verticalHeader()->hide();
   table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + style::kGap);
   table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  // Its numbers are the longest.
+  table_->horizontalHeader()->setSectionResizeMode(kColorsColumn, QHeaderView::ResizeToContents);
   table_->horizontalHeader()->setSortIndicatorShown(true);
   connect(table_->horizontalHeader(), &QHeaderView::sectionClicked, this, &PropertiesDialog::sort_by);
   sort_by(kSortedColumns[static_cast<std::size_t>(frame_column(settings::PropertiesSort))]);

@@ -93,9 +93,8 @@ ImageEditor::ImageEditor(QWidget* parent, DocumentWindow& window, std::size_t ed
     : services(answers),
       scratch(copy_of(window, edited)),
       index(edited),
-      dialog(editor_title(window.list.record(edited).tag),
-             to_qt("CHUNK_" + tag_letters(window.list.record(edited).tag)), chunk_fields(scratch, edited),
-             read_chunk_fields(scratch, edited), answers.host, parent) {
+      dialog(editor_title(window.list.record(edited).tag), chunk_topic(window.list.record(edited).tag),
+             chunk_fields(scratch, edited), read_chunk_fields(scratch, edited), answers.host, parent) {
   lay_out();
   if (dialog.form().has("rate")) link_frame_rate(dialog.form());
   const bool has_fields = !dialog.form().fields().empty();
@@ -216,8 +215,9 @@ void ImageEditor::take(const Picture& other, std::optional<PaletteChoice> choice
 
 void ImageEditor::replace() {
   if (!services.choose_file) return;
+  int& filter = picture().colours() > 0 ? settings::ImportFilterIndex : settings::ImportFilterIndex24;
   const auto path = services.choose_file(
-      {QObject::tr("Replace image").toStdString(), picture_filters(true).toStdString(), {}, false});
+      {QObject::tr("Replace image").toStdString(), picture_filters(true).toStdString(), {}, false, &filter});
   if (!path) return;
   if (const Picture other = GraphicFileRead(path->string()))
     take(other);

@@ -1,13 +1,12 @@
 #include "shell/editors/editor_pages.h"
 
 #include <QDialogButtonBox>
-#include <QVBoxLayout>
 
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
 #include "core/chunk_payload.h"
-#include "shell/style.h"
+#include "shell/dialogs/dialog_frame.h"
 #include "shell/text.h"
 
 namespace vellum {
@@ -25,6 +24,8 @@ QString editor_title(ChunkTag tag) {
   return to_qt(format_text(string_text(StringId::EditTitle).data(), tag_letters(tag).c_str()));
 }
 
+QString chunk_topic(ChunkTag tag) { return to_qt("CHUNK_" + tag_letters(tag)); }
+
 void tell(Services& services, StringId id, std::string text, std::string more) {
   if (services.host.message) services.host.message({id, {}, std::move(text), std::move(more), nullptr});
 }
@@ -39,9 +40,8 @@ void finish_editor(QDialog& dialog, QTabWidget* pages, ChunkTag tag, Services& s
                      const std::string fault = check ? check() : std::string();
                      fault.empty() ? dialog.accept() : tell(services, {}, fault);
                    });
-  auto* layout = new QVBoxLayout(&dialog);
-  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
-  layout->setSpacing(style::kWideGap);
+  add_help(dialog, *buttons, [tag] { return chunk_topic(tag); });
+  QVBoxLayout* layout = dialog_layout(dialog);
   layout->addWidget(pages, 1);
   layout->addWidget(buttons);
 }

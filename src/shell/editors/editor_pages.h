@@ -11,6 +11,8 @@ namespace vellum {
 
 /// "Edit PLTE".
 QString editor_title(ChunkTag tag);
+/// The page of the guide that tells of such chunks.
+QString chunk_topic(ChunkTag tag);
 
 /// Lays the pages out over OK and Cancel and gives the dialog its title. `check` runs at OK; a text that it
 /// returns is shown, and the dialog stays.

@@ -13,8 +13,6 @@
 namespace vellum {
 namespace {
 
-QString topic_of(ChunkTag tag) { return to_qt("CHUNK_" + tag_letters(tag)); }
-
 /// Whether the user wants what the values convert; the form goes back to the old color type where not.
 bool may_convert(Editing& editing, const FieldValues& values) {
   if (!converts_images(editing.window, editing.index, values)) return true;
@@ -84,7 +82,7 @@ Edited open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t in
     return Edited::Cancelled;
   }
   const FieldValues values = read_chunk_fields(window, index);
-  FormDialog dialog(editor_title(tag), topic_of(tag), std::move(fields), values, services.host, parent);
+  FormDialog dialog(editor_title(tag), chunk_topic(tag), std::move(fields), values, services.host, parent);
   Editing editing{dialog, dialog.form(), window, index, services};
   bool changed = false;
   dialog.check = [&](const FieldValues& typed) { return check_chunk_fields(window, index, typed); };

@@ -2,7 +2,6 @@
 
 #include <QCheckBox>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QListWidget>
@@ -18,6 +17,7 @@
 #include "image/graphic_file.h"
 #include "image/palette_from_pictures.h"
 #include "image/remap.h"
+#include "shell/dialogs/dialog_frame.h"
 #include "shell/file_dialogs.h"
 #include "shell/picture_image.h"
 #include "shell/style.h"
@@ -143,13 +143,10 @@ PaletteChooser::PaletteChooser(QWidget* parent, const SelectPaletteRequest& aske
   row->setSpacing(style::kWideGap);
   row->addWidget(make_choices());
   row->addWidget(make_preview());
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+  QDialogButtonBox* buttons =
+      add_buttons(dialog, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, QStringLiteral("PALETTE"));
   ok = buttons->button(QDialogButtonBox::Ok);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  auto* layout = new QVBoxLayout(&dialog);
-  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
-  layout->setSpacing(style::kWideGap);
+  QVBoxLayout* layout = dialog_layout(dialog);
   layout->addLayout(row, 1);
   layout->addWidget(buttons);
   QObject::connect(list, &QListWidget::currentRowChanged, &dialog, [this](int now) { choose_row(now); });

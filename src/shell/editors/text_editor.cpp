@@ -1,6 +1,5 @@
 // The editor of text chunks: counters, files, the date.
 #include <QDateTime>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLocale>
 #include <QPlainTextEdit>
@@ -53,20 +52,26 @@ std::string decoded(std::span<const std::uint8_t> bytes) {
   return utf8.contains(QChar::ReplacementCharacter) ? utf8_from_latin1(text) : text;
 }
 
+std::optional<std::filesystem::path> choose(Editing editing, const QString& title, bool saving) {
+  const auto& ask = editing.services.choose_file;
+  const QString filters = QObject::tr("Text (*.txt);;All files (*)");
+  return ask ? ask({title.toStdString(), filters.toStdString(), {}, saving}) : std::nullopt;
+}
+
 void load_text(Editing editing) {
-  const QString name = QFileDialog::getOpenFileName(&editing.dialog, QObject::tr("Load text"));
-  if (name.isEmpty()) return;
+  const auto path = choose(editing, QObject::tr("Load text"), false);
+  if (!path) return;
   std::string reason;
-  const auto file = read_file(to_path(name), reason, kMaximumTextBytes);
+  const auto file = read_file(*path, reason, kMaximumTextBytes);
   if (!file) return editing.services.host.show(StringId::ErrorReadingFile, {}, reason);
   editing.form.set_value("text", with_line_feeds(decoded(*file)));
 }
 
 void save_text(Editing editing) {
-  const QString name = QFileDialog::getSaveFileName(&editing.dialog, QObject::tr("Save text"));
-  if (name.isEmpty()) return;
+  const auto path = choose(editing, QObject::tr("Save text"), true);
+  if (!path) return;
   const std::string text = editing.form.values().text("text");
-  SafeFile file(to_path(name));
+  SafeFile file(*path);
   if (file.ok() && file.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) &&
       file.commit())
     return;

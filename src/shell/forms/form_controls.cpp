@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include "configuration/shell_settings.h"
+#include "shell/default_folders.h"
 #include "shell/forms/color_button.h"
 #include "shell/forms/number_edit.h"
 #include "shell/style.h"
@@ -214,8 +216,11 @@ FormControl make_line(const Field& field, QWidget* parent, const Edited& edited)
   auto* browse = new QPushButton(QObject::tr("Browse..."), parent);
   browse->setAutoDefault(false);
   QObject::connect(browse, &QPushButton::clicked, line, [line] {
-    const QString name = QFileDialog::getOpenFileName(line->window(), {}, line->text());
-    if (!name.isEmpty()) line->setText(name);
+    const QString start = line->text().isEmpty() ? usable_folder(settings::RecentFolder) : line->text();
+    const QString name = QFileDialog::getOpenFileName(line->window(), {}, start);
+    if (name.isEmpty()) return;
+    line->setText(name);
+    settings::RecentFolder = to_path(name).parent_path().string();
   });
   control.row = side_by_side(parent, {line, browse}, false);
   return control;

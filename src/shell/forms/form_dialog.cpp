@@ -1,34 +1,24 @@
 #include "shell/forms/form_dialog.h"
 
 #include <QPushButton>
-#include <QShortcut>
-#include <QVBoxLayout>
 
-#include "shell/style.h"
+#include "shell/dialogs/dialog_frame.h"
 
 namespace vellum {
 
 FormDialog::FormDialog(const QString& title, const QString& topic, std::vector<Field> fields,
                        const FieldValues& values, Host& host, QWidget* parent)
-    : QDialog(parent), topic_(topic), host_(host) {
+    : QDialog(parent), host_(host) {
   setWindowTitle(title);
   form_ = new Form(std::move(fields), values, this);
-  buttons_ = new QDialogButtonBox(
-      QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Reset | QDialogButtonBox::Help,
-      this);
+  buttons_ =
+      new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Reset, this);
   buttons_->button(QDialogButtonBox::Ok)->setDefault(true);
-  buttons_->button(QDialogButtonBox::Help)->setEnabled(static_cast<bool>(showHelp));
-  const auto help = [this] {
-    if (showHelp) showHelp(topic_);
-  };
   connect(buttons_, &QDialogButtonBox::accepted, this, &FormDialog::accept);
   connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
   connect(buttons_->button(QDialogButtonBox::Reset), &QPushButton::clicked, form_, &Form::reset);
-  connect(buttons_, &QDialogButtonBox::helpRequested, this, help);
-  connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this, help);
-  auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
-  layout->setSpacing(style::kWideGap);
+  add_help(*this, *buttons_, [topic] { return topic; });
+  QVBoxLayout* layout = dialog_layout(*this);
   layout->addWidget(form_, 1);
   layout->addWidget(buttons_);
 }

@@ -37,7 +37,6 @@ class FormDialog : public QDialog {
 
   Form* form_;
   QDialogButtonBox* buttons_;
-  QString topic_;
   Host& host_;
 };
 

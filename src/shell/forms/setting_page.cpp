@@ -13,7 +13,7 @@
 namespace vellum {
 namespace {
 
-constexpr int kValueColumns = 2;
+constexpr int kFewValues = 4;            // stand below each other
 constexpr std::int64_t kRgb = 0xFFFFFF;  // a color setting has no alpha
 
 FieldValue field_value(const SettingField& row, const SettingValue& value) {
@@ -47,6 +47,7 @@ QFormLayout* value_form() {
   auto* layout = new QFormLayout;
   layout->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
   layout->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  layout->setRowWrapPolicy(QFormLayout::WrapLongRows);
   layout->setHorizontalSpacing(style::kGap);
   layout->setVerticalSpacing(style::kGap);
   return layout;
@@ -73,7 +74,7 @@ SettingPage::SettingPage(std::span<const SettingField> rows, int columns, QWidge
   for (Placed& placed : placed_)
     (placed.row->field.type == FieldType::Flag ? flags : values).push_back(&placed);
   if (!flags.empty()) place_flags(flags, columns);
-  if (!values.empty()) place_values(values);
+  if (!values.empty()) place_values(values, columns);
   layout->addStretch(1);
   show_values();
 }
@@ -89,12 +90,12 @@ void SettingPage::place_flags(const std::vector<Placed*>& flags, int columns) {
   static_cast<QVBoxLayout*>(layout())->addLayout(grid);
 }
 
-void SettingPage::place_values(const std::vector<Placed*>& values) {
+void SettingPage::place_values(const std::vector<Placed*>& values, int most_columns) {
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(2 * style::kWideGap);
   const auto wide = std::ranges::count_if(values, [](const Placed* p) { return is_wide(p->row->field); });
   const auto narrow = static_cast<int>(values.size()) - static_cast<int>(wide);
-  const int columns = narrow > kValueColumns * 2 ? kValueColumns : 1;
+  const int columns = narrow > kFewValues ? most_columns : 1;
   const int deep = (narrow + columns - 1) / columns;
   std::vector<QFormLayout*> forms;
   for (int i = 0; i < columns; ++i) grid->addLayout(forms.emplace_back(value_form()), 0, i);

@@ -26,8 +26,8 @@ struct SettingField {
 class SettingPage : public QWidget {
   Q_OBJECT
  public:
-  /// Flags stand in `columns` columns, read downwards, everything else below them in its own order. A value
-  /// out of its range is shown as the nearest one in it.
+  /// Flags stand in `columns` columns, read downwards, everything else below them in its own order, in at
+  /// most as many. A value out of its range is shown as the nearest one in it.
   SettingPage(std::span<const SettingField> rows, int columns, QWidget* parent = nullptr);
 
   /// A row of buttons below the fields.
@@ -46,7 +46,7 @@ class SettingPage : public QWidget {
     bool touched = false;
   };
   void place_flags(const std::vector<Placed*>& flags, int columns);
-  void place_values(const std::vector<Placed*>& values);
+  void place_values(const std::vector<Placed*>& values, int most_columns);
   void show_values();
   void hold_to_range(Placed& placed);
 

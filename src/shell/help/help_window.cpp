@@ -186,10 +186,11 @@ void HelpWindow::search(const QString& words) {
   }
 }
 
-/// The contents show where the reader is.
-void HelpWindow::follow_page() {
+/// The contents show where the reader is. The view itself tells its new page only behind this signal.
+void HelpWindow::follow_page(const QUrl& source) {
+  const QSignalBlocker quiet(tree_);
   for (QTreeWidgetItemIterator at(tree_); *at; ++at)
-    if ((*at)->data(0, kPageRole).toString() == view_->page()) {
+    if ((*at)->data(0, kPageRole).toString() == source.fileName()) {
       tree_->setCurrentItem(*at);
       tree_->scrollToItem(*at);
       return;

@@ -31,7 +31,7 @@ class HelpWindow : public QDialog {
   QWidget* make_contents();
   void fill_contents();
   void search(const QString& words);
-  void follow_page();
+  void follow_page(const QUrl& source);
 
   QString folder_;
   std::vector<GuideEntry> contents_;

@@ -1,10 +1,13 @@
 #include "shell/setup/setup_dialog.h"
 
+#include <QApplication>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStyle>
 #include <algorithm>
+#include <memory>
 
 #include "configuration/exchange_settings.h"
 #include "configuration/setting_values.h"
@@ -21,6 +24,7 @@ namespace {
 enum PageNumber { kFilesPage, kDisplayPage };
 
 constexpr double kMostOfScreen = 0.75;  // of its height
+constexpr int kAroundPage = 150;        // pixels above and below it: title, tabs, buttons, margins
 
 QPushButton* page_button(const QString& text) {
   auto* button = new QPushButton(text);
@@ -28,8 +32,21 @@ QPushButton* page_button(const QString& text) {
   return button;
 }
 
+/// What a page can have of the screen's width, beside the dialog's edges and a scroll bar.
+int page_room(const QScreen& screen) {
+  const int bar = QApplication::style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+  return screen.availableSize().width() - 2 * style::kMargin - bar;
+}
+
+/// Where there is no room beside each other, the fields stand below each other.
+SettingPage* make_page(const SetupPageRow& row, int room) {
+  auto page = std::make_unique<SettingPage>(row.fields, row.columns);
+  if (row.columns > 1 && page->sizeHint().width() > room) page = std::make_unique<SettingPage>(row.fields, 1);
+  return page.release();
+}
+
 /// A page that is higher than the screen can be scrolled.
-QScrollArea* scrolled(SettingPage* page, const QSize& screen) {
+QScrollArea* scrolled(SettingPage* page, const QScreen& screen) {
   auto* area = new QScrollArea;
   area->setWidgetResizable(true);
   area->setFrameShape(QFrame::NoFrame);
@@ -38,10 +55,10 @@ QScrollArea* scrolled(SettingPage* page, const QSize& screen) {
   area->viewport()->setAutoFillBackground(false);
   page->setAutoFillBackground(false);
   const QSize wanted = page->sizeHint();
-  const int most = static_cast<int>(screen.height() * kMostOfScreen);
+  const int height = screen.availableSize().height();
+  const int most = std::min(static_cast<int>(height * kMostOfScreen), height - kAroundPage);
   const int bar = wanted.height() > most ? area->verticalScrollBar()->sizeHint().width() : 0;
-  area->setMinimumSize(std::min(wanted.width() + bar, screen.width() - 2 * style::kMargin),
-                       std::min(wanted.height(), most));
+  area->setMinimumSize(std::min(wanted.width(), page_room(screen)) + bar, std::min(wanted.height(), most));
   return area;
 }
 
@@ -51,11 +68,11 @@ SetupDialog::SetupDialog(QWidget* parent)
     : QDialog(parent), paint_(stored_paint_choice()), codec_(settings::VideoCompressionCodec) {
   setWindowTitle(tr("Setup"));
   tabs_ = new QTabWidget(this);
-  for (const SetupPageRow& row : setup_pages()) pages_.push_back(new SettingPage(row.fields, row.columns));
+  for (const SetupPageRow& row : setup_pages()) pages_.push_back(make_page(row, page_room(*screen())));
   add_files_buttons(*pages_[kFilesPage]);
   add_display_buttons(*pages_[kDisplayPage]);
   for (std::size_t i = 0; i < pages_.size(); ++i)
-    tabs_->addTab(scrolled(pages_[i], screen()->availableSize()), to_qt(setup_pages()[i].name));
+    tabs_->addTab(scrolled(pages_[i], *screen()), to_qt(setup_pages()[i].name));
   tabs_->setCurrentIndex(std::clamp(settings::SetupPageIndex, 0, tabs_->count() - 1));
   const auto topic = [this] { return QStringLiteral("SETUP_%1").arg(tabs_->tabText(tabs_->currentIndex())); };
   QDialogButtonBox* buttons = add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, topic);

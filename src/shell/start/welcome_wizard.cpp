@@ -56,6 +56,19 @@ constexpr Option kBegin[] = {
     {kGuide, "Read the first page of the guide", nullptr},
 };
 
+/// Wizards don't ask for a height that goes with the width: a text that was wrapped asks for its lines
+/// itself.
+class WrappedText : public QLabel {
+ public:
+  using QLabel::QLabel;
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override {
+    QLabel::resizeEvent(event);
+    setMinimumHeight(heightForWidth(width()));
+  }
+};
+
 /// Radio buttons, each with a smaller line below it.
 QButtonGroup* add_options(QVBoxLayout& layout, QWidget* parent, std::span<const Option> options, int chosen) {
   auto* group = new QButtonGroup(parent);
@@ -65,7 +78,7 @@ QButtonGroup* add_options(QVBoxLayout& layout, QWidget* parent, std::span<const 
     group->addButton(button, option.id);
     layout.addWidget(button);
     if (!option.more) continue;
-    auto* more = new QLabel(to_qt(option.more), parent);
+    auto* more = new WrappedText(to_qt(option.more), parent);
     more->setWordWrap(true);
     more->setForegroundRole(QPalette::PlaceholderText);
     more->setContentsMargins(style::kMargin * 3 / 4, 0, 0, style::kGap);

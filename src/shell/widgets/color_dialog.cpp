@@ -1,6 +1,5 @@
 #include "shell/widgets/color_dialog.h"
 
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -10,6 +9,7 @@
 #include "configuration/config_file.h"
 #include "configuration/history.h"
 #include "configuration/shell_settings.h"
+#include "shell/dialogs/dialog_frame.h"
 #include "shell/style.h"
 #include "shell/text.h"
 
@@ -39,10 +39,7 @@ QVBoxLayout* column(QWidget* page) {
 }
 
 QDialogButtonBox* ok_and_cancel(QDialog& dialog) {
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  return buttons;
+  return add_buttons(dialog, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, QStringLiteral("COLOR"));
 }
 
 QString title_of(const ColorRequest& request) {
@@ -80,9 +77,7 @@ ColorDialog::ColorDialog(const ColorRequest& request, QWidget* parent)
   row->setSpacing(style::kWideGap);
   row->addWidget(make_pages(request), 1);
   row->addLayout(side);
-  auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
-  layout->setSpacing(style::kWideGap);
+  QVBoxLayout* layout = dialog_layout(*this);
   layout->addLayout(row, 1);
   layout->addWidget(ok_and_cancel(*this));
   hsb_ = hsb_of(color_, {});
@@ -280,9 +275,7 @@ std::optional<std::uint32_t> ask_for_palette_index(QWidget* parent, const ColorR
     });
     row->addWidget(panel, 1);
   }
-  auto* layout = new QVBoxLayout(&dialog);
-  layout->setContentsMargins(style::kWideGap, style::kWideGap, style::kWideGap, style::kWideGap);
-  layout->setSpacing(style::kWideGap);
+  QVBoxLayout* layout = dialog_layout(dialog);
   layout->addLayout(row, 1);
   layout->addWidget(ok_and_cancel(dialog));
   swatches->setFocus();
