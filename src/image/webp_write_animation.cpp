@@ -25,16 +25,10 @@ constexpr std::uint32_t kMostPixels = 16383;
 /// long.
 constexpr int kLosslessQuality = 50, kLosslessMethod = 3;
 
-/// Left and top inclusive, right and bottom exclusive.
-struct Area {
-  std::uint32_t left = 0, top = 0, right = 0, bottom = 0;
-  bool has_row(std::uint32_t y) const { return y >= top && y < bottom; }
-};
-
 struct FrameOut {
   Picture canvas;  ///< until it is encoded
   Picture before;  ///< what is on the canvas in front of it, where that is a picture
-  Area area;
+  PictureRect area;
   std::int64_t start = 0;
   bool dispose = false;
   bool over = false;  ///< the stream lies over what is there
@@ -44,48 +38,31 @@ struct FrameOut {
 /// What is on the canvas in front of a frame: the frame before, without the place that it cleared.
 struct Ground {
   Picture canvas;
-  std::optional<Area> cleared;
+  std::optional<PictureRect> cleared;
 };
 
 /// A row of the ground; `scratch` holds it where a part of it is cleared.
 const std::uint8_t* ground_row(const Ground& ground, std::uint32_t y, std::vector<std::uint8_t>& scratch) {
   const std::uint8_t* row = ground.canvas.row(y);
-  if (!ground.cleared || !ground.cleared->has_row(y)) return row;
+  const auto at = static_cast<std::int32_t>(y);
+  if (!ground.cleared || at < ground.cleared->top || at >= ground.cleared->bottom) return row;
   scratch.assign(row, row + ground.canvas.stride());
   std::fill(scratch.begin() + 4 * std::ptrdiff_t{ground.cleared->left},
             scratch.begin() + 4 * std::ptrdiff_t{ground.cleared->right}, std::uint8_t{0});
   return scratch.data();
 }
 
-/// Widens `area` by the pixels of a row in which two rows differ.
-void add_difference(Area& area, std::uint32_t y, const std::uint8_t* a, const std::uint8_t* b,
-                    std::uint32_t width) {
-  if (std::memcmp(a, b, 4 * std::size_t{width}) == 0) return;
-  const auto differs = [&](std::uint32_t x) { return std::memcmp(a + 4 * x, b + 4 * x, 4) != 0; };
-  std::uint32_t left = 0, right = width;
-  while (left < area.left && !differs(left)) ++left;
-  while (right > area.right && !differs(right - 1)) --right;
-  area.left = std::min(area.left, left);
-  area.right = std::max(area.right, right);
-  area.top = std::min(area.top, y);
-  area.bottom = y + 1;
-}
-
 /// The smallest area with an even left and top (the container halves them) that holds every pixel that is
 /// another than on the ground; one pixel where there is none.
-Area changed_area(const Picture& canvas, const Ground& ground) {
+PictureRect changed_area(const Picture& canvas, const Ground& ground) {
   if (canvas.handle().shares_with(ground.canvas.handle()) && !ground.cleared) return {0, 0, 1, 1};
-  Area area{canvas.width(), canvas.height(), 0, 0};
+  PictureRect area{static_cast<std::int32_t>(canvas.width()), static_cast<std::int32_t>(canvas.height()), 0,
+                   0};
   std::vector<std::uint8_t> scratch;
   for (std::uint32_t y = 0; y < canvas.height(); ++y)
-    add_difference(area, y, canvas.row(y), ground_row(ground, y, scratch), canvas.width());
+    add_changes(area, y, ground_row(ground, y, scratch), canvas.row(y), canvas.width(), canvas.bits());
   if (area.right == 0) return {0, 0, 1, 1};
-  return {area.left & ~1u, area.top & ~1u, area.right, area.bottom};
-}
-
-PictureRect rect_of(const Area& area) {
-  return {static_cast<std::int32_t>(area.left), static_cast<std::int32_t>(area.top),
-          static_cast<std::int32_t>(area.right), static_cast<std::int32_t>(area.bottom)};
+  return {area.left & ~1, area.top & ~1, area.right, area.bottom};
 }
 
 /// The area of a frame with what is there already left out; null where nothing can be, or too little of it.
@@ -106,7 +83,7 @@ std::vector<std::uint8_t> encode_part(const Picture& part, const WebpEncoding& e
 
 /// `lossless` rules out loss, so it comes before `mixed`. What is lost is seen least where it is left out.
 void encode_frame(FrameOut& frame, const WebpParameters& parameters) {
-  const Picture whole = PictureCrop(frame.canvas, rect_of(frame.area));
+  const Picture whole = PictureCrop(frame.canvas, frame.area);
   const Picture changes = whole ? changes_alone(frame, whole) : Picture();
   frame.over = static_cast<bool>(changes);
   const Picture& part = frame.over ? changes : whole;
@@ -149,7 +126,8 @@ class AnimationWriter {
         request.canvas.height() != parameters_.canvasHeight)
       return false;
     const bool first = frames_.empty();
-    const Area whole{0, 0, parameters_.canvasWidth, parameters_.canvasHeight};
+    const PictureRect whole{0, 0, static_cast<std::int32_t>(parameters_.canvasWidth),
+                            static_cast<std::int32_t>(parameters_.canvasHeight)};
     frames_.push_back({.canvas = request.canvas,
                        .before = first || ground_.cleared ? Picture() : ground_.canvas,
                        .area = first ? whole : changed_area(request.canvas, ground_),
@@ -190,8 +168,8 @@ bool AnimationWriter::push_frames(WebPMux* mux) const {
     const FrameOut& frame = frames_[i];
     WebPMuxFrameInfo info{};
     info.bitstream = {frame.stream.data(), frame.stream.size()};
-    info.x_offset = static_cast<int>(frame.area.left);
-    info.y_offset = static_cast<int>(frame.area.top);
+    info.x_offset = frame.area.left;
+    info.y_offset = frame.area.top;
     info.duration = duration(i);
     info.id = WEBP_CHUNK_ANMF;
     info.dispose_method = frame.dispose ? WEBP_MUX_DISPOSE_BACKGROUND : WEBP_MUX_DISPOSE_NONE;

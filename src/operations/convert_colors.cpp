@@ -88,9 +88,12 @@ Picture with_cut_alpha(const Picture& indexed, const Picture& picture) {
   Picture result = PictureToTrueColorAlpha(indexed);
   const EditRows rows(result);
   if (!rows) return {};
-  for (std::uint32_t y = 0; y < result.height(); ++y)
-    for (std::size_t x = 0; x < result.width(); ++x)
-      rows[y][4 * x + 3] = picture.row(y)[4 * x + 3] < kLeastOpaque ? 0 : 255;
+  for (std::uint32_t y = 0; y < result.height(); ++y) {
+    const std::uint8_t* alpha = picture.row(y) + 3;
+    std::uint8_t* out = rows[y] + 3;
+    for (std::uint32_t x = 0; x < result.width(); ++x, alpha += 4, out += 4)
+      *out = *alpha < kLeastOpaque ? 0 : 255;
+  }
   return result;
 }
 

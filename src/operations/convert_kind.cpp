@@ -21,10 +21,11 @@ bool is_indexed(const DocumentWindow& window) {
 
 bool is_half_transparent(const Picture& picture) {
   if (!picture || picture.bits() < 32) return false;
-  for (std::uint32_t y = 0; y < picture.height(); ++y)
-    for (std::uint32_t x = 0; x < picture.width(); ++x)
-      if (const unsigned alpha = picture.row(y)[4 * std::size_t{x} + 3]; alpha > 0 && alpha < 255)
-        return true;
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* alpha = picture.row(y) + 3;
+    for (std::uint32_t x = 0; x < picture.width(); ++x, alpha += 4)
+      if (*alpha > 0 && *alpha < 255) return true;
+  }
   return false;
 }
 

@@ -1,4 +1,5 @@
 // The commands that make another document, or files, of an animation.
+#include <QCheckBox>
 #include <QPushButton>
 
 #include "configuration/operation_settings.h"
@@ -90,6 +91,33 @@ TEST_F(ConvertDialogTest, ColorsBecomeANewWindow) {
   }
   EXPECT_EQ(settings::ConvertMonoThreshold, 100);
   EXPECT_EQ(settings::ConvertPaletteDither, 0);
+}
+
+TEST_F(ConvertDialogTest, SaysThatFramesAreReconstructedFirstWhereTheyMustBe) {
+  const auto says = [&](int command) {
+    bool found = false;
+    in_dialog<FormDialog>(command, [&](FormDialog& dialog) {
+      for (const auto* box : dialog.findChildren<QCheckBox*>())
+        found |= box->text() == QStringLiteral("Reconstruct first") && box->isChecked() && !box->isEnabled();
+    });
+    return found;
+  };
+  const auto change_frames = [&](std::uint8_t dispose, std::uint8_t blend) {
+    for (const std::size_t entry : frame_entries(source_->content())) {
+      ChunkRecord record;
+      chunk_list_get(source_->entries(), entry, record);
+      record.frameControl.dispose = dispose;
+      record.frameControl.blend = blend;
+      chunk_list_put(source_->entries(), entry, record);
+    }
+  };
+  change_frames(1, 0);
+  EXPECT_FALSE(says(258)) << "each frame stands alone";
+  EXPECT_FALSE(says(264));
+  change_frames(0, 1);
+  EXPECT_TRUE(says(258));
+  change_frames(2, 1);
+  EXPECT_TRUE(says(264)) << "an MNG can't bring back what was there";
 }
 
 TEST_F(ConvertDialogTest, PaletteColorAsksForThePaletteAndForDither) {

@@ -1,5 +1,6 @@
 #include "shell/dialogs/convert_dialogs.h"
 
+#include <QCheckBox>
 #include <QFileDialog>
 #include <QPushButton>
 
@@ -29,9 +30,8 @@ constexpr FieldChoice kDepths[] = {{0, "As needed"}, {1, "True color"}, {2, "Tru
 constexpr FieldChoice kGrounds[] = {{0, "Over the background color"}, {1, "Transparent"}};
 constexpr FieldChoice kPictures[] = {{0, "Own pictures"}, {1, "Composed canvases"}};
 constexpr FieldChoice kScopes[] = {{0, "All frames"}, {1, "Selected frames"}};
-constexpr const char* kFormats[] = {"jpg", "bmp", "gif", "pcx", "tga", "png", "webp"};
-constexpr FieldChoice kFormatChoices[] = {{0, "jpg"}, {1, "bmp"}, {2, "gif"}, {3, "pcx"},
-                                          {4, "tga"}, {5, "png"}, {6, "webp"}};
+constexpr FieldChoice kFormats[] = {{0, "jpg"}, {1, "bmp"}, {2, "gif"}, {3, "pcx"},
+                                    {4, "tga"}, {5, "png"}, {6, "webp"}};
 
 constexpr const char* kReconstructFile = "ReconstructState.txt";
 constexpr DialogStateRow kReconstructState[] = {{.id = 1, .tag = "CBOX", .control = "depth"},
@@ -79,6 +79,23 @@ void name_controls(FormDialog& dialog, std::span<const DialogStateRow> rows) {
     dialog.form().input(row.control)->setObjectName(QLatin1String(row.control));
 }
 
+/// Says that the frames are made whole canvases first, which can't be left out here.
+void add_reconstruct_note(FormDialog& dialog) {
+  dialog.form().add_note(
+      QObject::tr("The frames of this animation build on each other. They will be reconstructed first."));
+  auto* box = new QCheckBox(QObject::tr("Reconstruct first"), &dialog);
+  box->setChecked(true);
+  box->setEnabled(false);
+  dialog.form().add_row_behind("dither", {}, box);
+}
+
+/// Nothing but an animated PNG brings back what was there.
+bool brings_back(const DocumentWindow& window) {
+  return std::ranges::any_of(frame_entries(window), [&](std::size_t entry) {
+    return GetFrameDispose(window.list.record(entry), window.document.kind) == 2;
+  });
+}
+
 void store_dither(const FieldValues& values) {
   settings::ConvertPaletteDither = values.number("dither") != 0 ? 1 : 0;
 }
@@ -111,6 +128,7 @@ std::optional<ColorConversion> ask_for_black_and_white(QWidget* parent, const Do
                            now.number("dither") != 0);
   };
   reset_to(dialog, defaults);
+  if (has_transparency(window) && !is_independent(window)) add_reconstruct_note(dialog);
   const Colour background = document_background(window.list, window.document);
   add_preview(dialog, window,
               [&](const auto& shown) { return convert_picture(shown.picture, conversion(), background); });
@@ -163,6 +181,7 @@ std::optional<bool> ask_for_kind(QWidget* parent, const DocumentWindow& window, 
   defaults.set("dither", std::int64_t{1});
   FormDialog dialog(title, QStringLiteral("CONVERT"), {dither}, values, services.host, parent);
   reset_to(dialog, defaults);
+  if (brings_back(window)) add_reconstruct_note(dialog);
   if (const std::size_t lost = texts_lost(window, kind); lost > 0)
     dialog.form().add_note(to_qt(filled(StringId::TextsNotKept, {std::to_string(lost)})));
   dialog.apply = [](const FieldValues& now) {
@@ -242,7 +261,7 @@ std::optional<Extraction> ask_for_extraction(QWidget* parent, const DocumentWind
   const std::vector<Field> fields = {
       {.name = "folder", .label = "Folder", .type = FieldType::Text},
       {.name = "stem", .label = "Name", .type = FieldType::Text, .most = 200},
-      {.name = "format", .label = "Format", .type = FieldType::Choice, .choices = kFormatChoices},
+      {.name = "format", .label = "Format", .type = FieldType::Choice, .choices = kFormats},
       {.name = "composed",
        .label = "Images",
        .type = FieldType::Choice,
@@ -298,7 +317,7 @@ std::optional<Extraction> ask_for_extraction(QWidget* parent, const DocumentWind
     const bool some = now.number("scope") == 1;
     extraction = Extraction{.folder = now.text("folder"),
                             .stem = now.text("stem"),
-                            .extension = kFormats[now.number("format")],
+                            .extension = kFormats[now.number("format")].name,
                             .frames = some ? selected : all_frames(frame_entries(window).size()),
                             .composed = now.number("composed") == 1,
                             .numbered = settings::ExtractNumbered != 0,
