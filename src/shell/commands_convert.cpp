@@ -76,7 +76,11 @@ void palette_color_command(MainWindow& main, DocumentFrame& frame) {
 }
 
 void true_color_command(MainWindow& main, DocumentFrame& frame) {
-  if (has_images(main, frame)) convert_to_colors(main, frame, {.colorType = 2});
+  if (!has_images(main, frame)) return;
+  // There is no dialog to say it in.
+  if (has_transparency(frame.content()) && !is_independent(frame.content()))
+    main.services().host.set_status(string_text(StringId::ReconstructedFirst));
+  convert_to_colors(main, frame, {.colorType = 2});
 }
 
 void alpha_command(MainWindow& main, DocumentFrame& frame) {

@@ -20,12 +20,11 @@
 namespace vellum {
 namespace {
 
+using testing::kFileNames;
 using testing::Recorder;
 using testing::small_document;
 
 constexpr auto P = DocumentKind::PING, A = DocumentKind::APNG, M = DocumentKind::MING, W = DocumentKind::WEBP;
-
-const std::map<DocumentKind, const char*> kNames = {{P, "a.png"}, {A, "a.png"}, {M, "a.mng"}, {W, "a.webp"}};
 
 /// The frames of a document with their transparency, a value a pixel: red in the lowest byte, alpha in the
 /// highest.
@@ -74,7 +73,7 @@ TEST(ConvertColors, EveryFormOfEveryKindIsWrittenAndReadBack) {
       for (const Form& form : kForms) {
         if (kind == W && from == 3) continue;
         const auto what = ::testing::Message()
-                          << kNames.at(kind) << " of type " << +from << " to " << form.name;
+                          << kFileNames.at(kind) << " of type " << +from << " to " << form.name;
         DocumentWindow window = small_document(kind, kind == P ? 1 : 3, from);
         // Opaque, so that the kinds of transparency don't matter here.
         ASSERT_TRUE(convert_colors(window, {.colorType = from == 3 ? from : std::uint8_t{2}}, recorder.host));
@@ -82,7 +81,7 @@ TEST(ConvertColors, EveryFormOfEveryKindIsWrittenAndReadBack) {
         for (auto& frame : expected) std::ranges::transform(frame, frame.begin(), form.becomes);
         ASSERT_TRUE(convert_colors(window, form.conversion, recorder.host)) << what;
         EXPECT_EQ(pixels_of(window), expected) << what;
-        const auto path = folder / kNames.at(kind);
+        const auto path = folder / kFileNames.at(kind);
         ASSERT_TRUE(save_document(window, path, recorder.host)) << what;
         EXPECT_EQ(testing::objections(path), "") << what;
         DocumentWindow read;

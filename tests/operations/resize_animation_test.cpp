@@ -15,12 +15,11 @@
 namespace vellum {
 namespace {
 
+using testing::kFileNames;
 using testing::Recorder;
 using testing::small_document;
 
 constexpr auto P = DocumentKind::PING, A = DocumentKind::APNG, M = DocumentKind::MING, W = DocumentKind::WEBP;
-
-const std::map<DocumentKind, const char*> kNames = {{P, "a.png"}, {A, "a.png"}, {M, "a.mng"}, {W, "a.webp"}};
 
 struct Box {
   int x, y;
@@ -60,7 +59,7 @@ TEST(ResizeAnimation, EveryKindIsScaledWrittenAndReadBack) {
         for (const bool keep : {false, true}) {
           if (kind == W && type != 2 && type != 6) continue;
           const auto what = ::testing::Message()
-                            << kNames.at(kind) << ", type " << +type << ", filter "
+                            << kFileNames.at(kind) << ", type " << +type << ", filter "
                             << static_cast<int>(filter) << (keep ? ", palette kept" : "");
           DocumentWindow window = small_document(kind, kind == P ? 1 : 3, type);
           const std::uint32_t bits = testing::first_image(window).bits();
@@ -76,7 +75,7 @@ TEST(ResizeAnimation, EveryKindIsScaledWrittenAndReadBack) {
             else
               EXPECT_EQ(picture.bits(), 24u) << what;
           }
-          const auto path = folder / kNames.at(kind);
+          const auto path = folder / kFileNames.at(kind);
           ASSERT_TRUE(save_document(window, path, recorder.host)) << what;
           EXPECT_EQ(testing::objections(path), "") << what;
           DocumentWindow read;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,12 @@ struct Recorder {
   std::vector<std::string> status;
   Answer answer = Answer::Yes;
 };
+
+/// A name for a file of each kind.
+inline const std::map<DocumentKind, const char*> kFileNames = {{DocumentKind::PING, "a.png"},
+                                                               {DocumentKind::APNG, "a.png"},
+                                                               {DocumentKind::MING, "a.mng"},
+                                                               {DocumentKind::WEBP, "a.webp"}};
 
 /// Bytes of a PNG file from chunks: the signature, then each with its length and CRC.
 struct ChunkText {

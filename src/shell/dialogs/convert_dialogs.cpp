@@ -81,8 +81,7 @@ void name_controls(FormDialog& dialog, std::span<const DialogStateRow> rows) {
 
 /// Says that the frames are made whole canvases first, which can't be left out here.
 void add_reconstruct_note(FormDialog& dialog) {
-  dialog.form().add_note(
-      QObject::tr("The frames of this animation build on each other. They will be reconstructed first."));
+  dialog.form().add_note(text_of(StringId::ReconstructedFirst));
   auto* box = new QCheckBox(QObject::tr("Reconstruct first"), &dialog);
   box->setChecked(true);
   box->setEnabled(false);
