@@ -1,7 +1,7 @@
 // Lists, copies and layouts: what costs no pixels must cost next to nothing.
 #include <benchmark/benchmark.h>
 
-#include "core/chunk_layout.h"
+#include "core/model/chunk_layout.h"
 #include "workload.h"
 
 namespace vellum::bench {

@@ -5,9 +5,9 @@
 #include <QImage>
 #include <QScrollBar>
 
-#include "core/chunk_layout.h"
-#include "core/tags.h"
-#include "shell/chunk_list_view.h"
+#include "core/model/chunk_layout.h"
+#include "core/model/tags.h"
+#include "shell/list/chunk_list_view.h"
 
 namespace vellum {
 namespace {

@@ -1,13 +1,13 @@
 // Edits of long lists, undo levels and matching to a palette.
 #include <benchmark/benchmark.h>
 
-#include "core/copy_chunks.h"
-#include "core/delete_chunks.h"
-#include "core/insert_chunk.h"
-#include "core/move_chunks.h"
-#include "core/paste_chunks.h"
+#include "core/edit/copy_chunks.h"
+#include "core/edit/delete_chunks.h"
+#include "core/edit/insert_chunk.h"
+#include "core/edit/move_chunks.h"
+#include "core/edit/paste_chunks.h"
+#include "core/edit/undo.h"
 #include "core/settings.h"
-#include "core/undo.h"
 #include "image/builtin_palette.h"
 #include "image/remap.h"
 #include "workload.h"

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <filesystem>
 
-#include "core/read_png.h"
-#include "core/save_document.h"
+#include "core/files/read_png.h"
+#include "core/files/save_document.h"
 #include "core/settings.h"
 #include "workload.h"
 

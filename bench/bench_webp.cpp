@@ -9,10 +9,10 @@
 #include <filesystem>
 
 #include "base/file.h"
-#include "core/chunk_layout.h"
-#include "core/new_chunk.h"
-#include "core/read_webp.h"
-#include "core/save_document.h"
+#include "core/chunks/new_chunk.h"
+#include "core/files/read_webp.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_layout.h"
 #include "core/settings.h"
 #include "image/picture_operations.h"
 #include "workload.h"

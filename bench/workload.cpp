@@ -6,9 +6,9 @@
 #include <random>
 
 #include "base/file.h"
-#include "core/chunk_layout.h"
-#include "core/new_chunk.h"
-#include "core/save_document.h"
+#include "core/chunks/new_chunk.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_layout.h"
 #include "core/settings.h"
 #include "image/png_file.h"
 

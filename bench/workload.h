@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum::bench {
 

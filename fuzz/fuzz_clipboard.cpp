@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "core/clipboard_block.h"
-#include "core/new_document.h"
-#include "core/paste_chunks.h"
+#include "core/edit/clipboard_block.h"
+#include "core/edit/new_document.h"
+#include "core/edit/paste_chunks.h"
 
 using namespace vellum;
 

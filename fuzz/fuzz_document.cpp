@@ -7,12 +7,12 @@
 #include <string>
 
 #include "base/byte_order.h"
-#include "core/chunk_description.h"
-#include "core/open_document.h"
-#include "core/read_mng.h"
-#include "core/read_png.h"
-#include "core/read_webp.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/read_mng.h"
+#include "core/files/read_png.h"
+#include "core/files/read_webp.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_description.h"
 #include "core/settings.h"
 #include "image/webp_service.h"
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "base/byte_order.h"
-#include "core/chunk_reading.h"
+#include "core/chunks/chunk_reading.h"
 #include "image/palette_file.h"
 
 using namespace vellum;

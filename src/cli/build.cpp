@@ -3,7 +3,7 @@
 #include "base/parallel.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
-#include "core/save_document.h"
+#include "core/files/save_document.h"
 #include "operations/build_stills.h"
 #include "operations/convert_colors.h"
 #include "operations/manage_frames.h"

@@ -3,8 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
-#include "core/chunk_description.h"
-#include "core/frame_values.h"
+#include "core/model/chunk_description.h"
+#include "core/model/frame_values.h"
 
 namespace vellum::cli {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum::cli {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/text.h"
-#include "core/tags.h"
+#include "core/model/tags.h"
 
 namespace vellum::cli {
 

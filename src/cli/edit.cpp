@@ -6,13 +6,13 @@
 #include "base/file.h"
 #include "cli/command.h"
 #include "cli/edit_values.h"
-#include "core/chunk_fields.h"
-#include "core/chunk_payload.h"
-#include "core/delete_chunks.h"
-#include "core/edit_closing.h"
-#include "core/move_chunks.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/chunks/chunk_fields.h"
+#include "core/chunks/chunk_payload.h"
+#include "core/edit/delete_chunks.h"
+#include "core/edit/edit_closing.h"
+#include "core/edit/move_chunks.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 
 namespace vellum::cli {
 namespace {

@@ -9,7 +9,7 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
-#include "core/insert_chunk.h"
+#include "core/edit/insert_chunk.h"
 #include "image/graphic_file.h"
 
 namespace vellum::cli {

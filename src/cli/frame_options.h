@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "core/document.h"
-#include "core/frame_values.h"
+#include "core/model/document.h"
+#include "core/model/frame_values.h"
 
 namespace vellum::cli {
 

@@ -1,7 +1,7 @@
 #include "base/text.h"
 #include "cli/command.h"
 #include "cli/frame_options.h"
-#include "core/open_document.h"
+#include "core/files/open_document.h"
 #include "image/graphic_file.h"
 #include "operations/extract_frames.h"
 

@@ -2,8 +2,8 @@
 
 #include "cli/command.h"
 #include "cli/document_json.h"
-#include "core/chunk_description.h"
-#include "core/open_document.h"
+#include "core/files/open_document.h"
+#include "core/model/chunk_description.h"
 
 namespace vellum::cli {
 namespace {

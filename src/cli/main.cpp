@@ -7,7 +7,7 @@
 #include "cli/terminal_host.h"
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
-#include "core/chunk_fields.h"
+#include "core/chunks/chunk_fields.h"
 #include "operations/convert_colors.h"
 
 #ifndef VELLUM_VERSION

@@ -2,8 +2,8 @@
 
 #include "cli/command.h"
 #include "cli/frame_options.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 #include "operations/manage_frames.h"
 
 namespace vellum::cli {

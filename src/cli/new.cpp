@@ -2,8 +2,8 @@
 
 #include "cli/command.h"
 #include "cli/document_kinds.h"
-#include "core/new_document.h"
-#include "core/save_document.h"
+#include "core/edit/new_document.h"
+#include "core/files/save_document.h"
 
 namespace vellum::cli {
 namespace {

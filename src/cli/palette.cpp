@@ -1,13 +1,13 @@
 // `vellum palette`: a document in the colors of a palette, and the palette of a document as a file.
 #include <algorithm>
 
+#include "base/fields.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "configuration/operation_settings.h"
-#include "core/fields.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 #include "image/builtin_palette.h"
 #include "image/graphic_file.h"
 #include "image/settings.h"

@@ -1,7 +1,7 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "cli/command.h"
-#include "core/open_document.h"
+#include "core/files/open_document.h"
 #include "core/settings.h"
 #include "image/png_file.h"
 #include "playback/compositor.h"

@@ -2,7 +2,7 @@
 
 #include "cli/command.h"
 #include "configuration/property_limits.h"
-#include "core/open_document.h"
+#include "core/files/open_document.h"
 
 namespace vellum::cli {
 namespace {

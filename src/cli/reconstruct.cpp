@@ -4,8 +4,8 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 #include "operations/frames.h"
 
 namespace vellum::cli {

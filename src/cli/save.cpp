@@ -1,6 +1,6 @@
 #include "cli/command.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 
 namespace vellum::cli {
 namespace {

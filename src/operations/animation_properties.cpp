@@ -6,7 +6,7 @@
 
 #include "base/file.h"
 #include "base/text.h"
-#include "core/save_document.h"
+#include "core/files/save_document.h"
 #include "operations/frames.h"
 
 namespace vellum {

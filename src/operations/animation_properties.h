@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/host.h"
-#include "core/frame_values.h"
+#include "core/model/frame_values.h"
 
 namespace vellum {
 

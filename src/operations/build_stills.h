@@ -5,7 +5,7 @@
 #include <span>
 
 #include "base/host.h"
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum {
 

@@ -1,7 +1,7 @@
 // What changes from one whole frame to the next.
 #pragma once
 
-#include "core/whole_canvases.h"
+#include "core/model/whole_canvases.h"
 
 namespace vellum {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "base/parallel.h"
-#include "core/document_colors.h"
-#include "core/image_edit.h"
-#include "core/picture_fitting.h"
+#include "core/edit/document_colors.h"
+#include "core/edit/image_edit.h"
+#include "core/edit/picture_fitting.h"
 #include "core/settings.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/host.h"
-#include "core/document.h"
+#include "core/model/document.h"
 #include "image/palette_from_pictures.h"
 #include "image/png_header.h"
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "core/convert_records.h"
-#include "core/fields.h"
+#include "base/fields.h"
+#include "core/build/convert_records.h"
 #include "image/png_form.h"
 #include "operations/convert_colors.h"
 #include "operations/frame_pictures.h"

@@ -6,8 +6,8 @@
 
 #include "base/parallel.h"
 #include "base/text.h"
-#include "core/frame_layer.h"
-#include "core/picture_fitting.h"
+#include "core/edit/frame_layer.h"
+#include "core/edit/picture_fitting.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "image/png_form.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/host.h"
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum {
 

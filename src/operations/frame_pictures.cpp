@@ -6,9 +6,9 @@
 
 #include "base/byte_order.h"
 #include "base/parallel.h"
-#include "core/chunk_description.h"
-#include "core/frame_layer.h"
-#include "core/record_picture.h"
+#include "core/edit/frame_layer.h"
+#include "core/model/chunk_description.h"
+#include "core/model/record_picture.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "operations/frames.h"

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
-#include "core/document.h"
-#include "core/document_colors.h"
+#include "core/edit/document_colors.h"
+#include "core/model/document.h"
 
 namespace vellum {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum {
 

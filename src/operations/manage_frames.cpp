@@ -6,11 +6,11 @@
 #include <numeric>
 
 #include "base/limits.h"
-#include "core/chunk_description.h"
-#include "core/delete_chunks.h"
-#include "core/edit_closing.h"
-#include "core/first_frame.h"
-#include "core/placement.h"
+#include "core/edit/delete_chunks.h"
+#include "core/edit/edit_closing.h"
+#include "core/edit/placement.h"
+#include "core/model/chunk_description.h"
+#include "core/model/first_frame.h"
 
 namespace vellum {
 namespace {

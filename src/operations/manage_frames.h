@@ -2,9 +2,9 @@
 #pragma once
 
 #include "base/host.h"
-#include "core/chunk_fields.h"
-#include "core/frame_time.h"
-#include "core/frame_values.h"
+#include "core/chunks/chunk_fields.h"
+#include "core/model/frame_time.h"
+#include "core/model/frame_values.h"
 #include "operations/frames.h"
 
 namespace vellum {

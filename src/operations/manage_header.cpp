@@ -2,11 +2,11 @@
 #include <algorithm>
 
 #include "base/byte_order.h"
-#include "core/chunk_description.h"
-#include "core/edit_closing.h"
-#include "core/insertion.h"
-#include "core/loops.h"
-#include "core/new_chunk.h"
+#include "core/chunks/new_chunk.h"
+#include "core/edit/edit_closing.h"
+#include "core/edit/insertion.h"
+#include "core/model/chunk_description.h"
+#include "core/model/loops.h"
 #include "operations/manage_frames.h"
 
 namespace vellum {

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "core/chunk_description.h"
-#include "core/convert_records.h"
-#include "core/document_colors.h"
-#include "core/edit_closing.h"
-#include "core/frame_layer.h"
-#include "core/frame_time.h"
-#include "core/record_picture.h"
+#include "core/build/convert_records.h"
+#include "core/edit/document_colors.h"
+#include "core/edit/edit_closing.h"
+#include "core/edit/frame_layer.h"
+#include "core/model/chunk_description.h"
+#include "core/model/frame_time.h"
+#include "core/model/record_picture.h"
 #include "image/picture_operations.h"
 #include "image/png_form.h"
 #include "operations/frame_pictures.h"

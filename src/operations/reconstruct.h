@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "base/host.h"
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum {
 

@@ -1,6 +1,6 @@
 #include "playback/compose.h"
 
-#include "core/frame_values.h"
+#include "core/model/frame_values.h"
 #include "image/picture_rows.h"
 
 namespace vellum {

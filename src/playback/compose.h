@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "core/document.h"
+#include "core/model/document.h"
 #include "image/picture_operations.h"
 
 namespace vellum {

@@ -1,7 +1,7 @@
 #include "playback/compositor.h"
 
 #include "base/limits.h"
-#include "core/frame_values.h"
+#include "core/model/frame_values.h"
 
 namespace vellum {
 namespace {

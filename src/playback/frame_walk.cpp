@@ -1,6 +1,6 @@
 #include "playback/frame_walk.h"
 
-#include "core/frame_values.h"
+#include "core/model/frame_values.h"
 #include "playback/settings.h"
 
 namespace vellum {

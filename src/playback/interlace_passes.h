@@ -1,7 +1,7 @@
 // An interlaced still image on its way: what is known of it after each of the seven passes.
 #pragma once
 
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum {
 

@@ -1,6 +1,6 @@
 #include "playback/player.h"
 
-#include "core/fields.h"
+#include "base/fields.h"
 #include "playback/interlace_passes.h"
 #include "playback/settings.h"
 

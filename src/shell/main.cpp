@@ -6,15 +6,15 @@
 #include <cstdio>
 #include <new>
 
-#include "shell/default_folders.h"
+#include "shell/forms/default_folders.h"
 #include "shell/help/help_window.h"
-#include "shell/icon.h"
-#include "shell/main_window.h"
-#include "shell/recovery_dialog.h"
-#include "shell/start/start_screens.h"
-#include "shell/program_style.h"
-#include "shell/start_up.h"
-#include "shell/text.h"
+#include "shell/look/icon.h"
+#include "shell/look/program_style.h"
+#include "shell/look/text.h"
+#include "shell/window/main_window.h"
+#include "shell/window/recovery_dialog.h"
+#include "shell/window/start_screens.h"
+#include "shell/window/start_up.h"
 
 namespace {
 

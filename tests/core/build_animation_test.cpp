@@ -1,10 +1,10 @@
 // The three calls that build an animation, read a second time: what each leaves in the list.
-#include "core/build_animation.h"
+#include "core/build/build_animation.h"
 
 #include <gtest/gtest.h>
 
-#include "core/frame_values.h"
-#include "core/framing.h"
+#include "core/model/frame_values.h"
+#include "core/model/framing.h"
 #include "core/settings.h"
 #include "image/picture_operations.h"
 #include "support/documents.h"

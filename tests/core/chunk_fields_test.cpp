@@ -1,20 +1,20 @@
 // Chunks as fields: every field at the ends of its range, through a saved file and back; what setting one
 // brings along; what is refused.
-#include "core/chunk_fields.h"
+#include "core/chunks/chunk_fields.h"
 
 #include <algorithm>
 #include <fstream>
 
-#include "core/chunk_layout.h"
-#include "core/chunk_payload.h"
-#include "core/chunk_tip.h"
-#include "core/framing.h"
-#include "core/mng_counts.h"
-#include "core/new_chunk.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/chunks/chunk_payload.h"
+#include "core/chunks/chunk_tip.h"
+#include "core/chunks/mng_counts.h"
+#include "core/chunks/new_chunk.h"
+#include "core/chunks/text_chunk.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_layout.h"
+#include "core/model/framing.h"
 #include "core/settings.h"
-#include "core/text_chunk.h"
 #include "support/corpus.h"
 #include "support/documents.h"
 #include "support/judge.h"

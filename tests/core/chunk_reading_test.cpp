@@ -1,4 +1,4 @@
-#include "core/chunk_reading.h"
+#include "core/chunks/chunk_reading.h"
 
 #include "image/deflate.h"
 #include "support/documents.h"

@@ -1,12 +1,12 @@
 // Chunks as bytes: what goes in comes out, and bytes of anybody never harm.
-#include "core/clipboard_block.h"
+#include "core/edit/clipboard_block.h"
 
 #include <random>
 
-#include "core/chunk_table.h"
-#include "core/frame_values.h"
-#include "core/framing.h"
-#include "core/new_chunk.h"
+#include "core/chunks/chunk_table.h"
+#include "core/chunks/new_chunk.h"
+#include "core/model/frame_values.h"
+#include "core/model/framing.h"
 #include "support/documents.h"
 
 namespace vellum {

@@ -3,8 +3,8 @@
 // stable.
 #include <fstream>
 
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 #include "core/settings.h"
 #include "support/corpus.h"
 #include "support/documents.h"

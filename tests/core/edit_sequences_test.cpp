@@ -1,15 +1,15 @@
 // Whatever sequence of edits is applied, the list stays a file that can be written.
 #include <random>
 
-#include "core/copy_chunks.h"
-#include "core/delete_chunks.h"
-#include "core/insert_chunk.h"
-#include "core/loops.h"
-#include "core/move_chunks.h"
-#include "core/open_document.h"
-#include "core/paste_chunks.h"
-#include "core/save_document.h"
-#include "core/undo.h"
+#include "core/edit/copy_chunks.h"
+#include "core/edit/delete_chunks.h"
+#include "core/edit/insert_chunk.h"
+#include "core/edit/move_chunks.h"
+#include "core/edit/paste_chunks.h"
+#include "core/edit/undo.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
+#include "core/model/loops.h"
 #include "support/corpus.h"
 #include "support/documents.h"
 

@@ -1,4 +1,4 @@
-#include "core/frame_values.h"
+#include "core/model/frame_values.h"
 
 #include "core/settings.h"
 

@@ -1,8 +1,8 @@
 // Files that were made to harm: cut at every length, changed at every byte, and some built by hand. Whatever
 // opens must save, and what was saved must open with the same entries.
-#include "core/open_document.h"
-#include "core/read_png.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/read_png.h"
+#include "core/files/save_document.h"
 #include "core/settings.h"
 #include "support/corpus.h"
 #include "support/documents.h"

@@ -4,11 +4,11 @@
 
 #include "base/byte_order.h"
 #include "base/file.h"
-#include "core/frame_values.h"
-#include "core/framing.h"
-#include "core/open_document.h"
-#include "core/read_mng.h"
-#include "core/save_document.h"
+#include "core/files/open_document.h"
+#include "core/files/read_mng.h"
+#include "core/files/save_document.h"
+#include "core/model/frame_values.h"
+#include "core/model/framing.h"
 #include "core/settings.h"
 #include "image/chunk_stream.h"
 #include "support/corpus.h"
@@ -110,7 +110,8 @@ TEST_F(Mng, TheCorpusLoadsSavesAndIsStable) {
     if (!opened) continue;
     const auto images = testing::images_of(window);
     // The index counts frames as a player shows them; its delays are one for each stored image.
-    if (!row.at("delays_ms").empty()) EXPECT_EQ(images.size(), delays_in(row.at("delays_ms"))) << row.at("path");
+    if (!row.at("delays_ms").empty())
+      EXPECT_EQ(images.size(), delays_in(row.at("delays_ms"))) << row.at("path");
     if (!images.empty() && !row.at("pixel_md5").empty() && images[0].bits() == 32) {
       const auto rgba = testing::rgba_of(window, images[0]);
       pixels += testing::md5_of(rgba.data(), rgba.size()) == row.at("pixel_md5");
@@ -288,7 +289,8 @@ TEST_F(Mng, AnImageDoesNotInheritTheBlocksOfAnother) {
   for (std::size_t i = 0; i < again.list.size(); ++i)
     if (again.list.record(i).tag == tag::PNGI) {
       values.push_back(frame_delay_ms(again.list.record(i), DocumentKind::MING, 1000));
-      values.push_back(static_cast<std::uint32_t>(GetFrameOffset(again.list.record(i), DocumentKind::MING).x));
+      values.push_back(
+          static_cast<std::uint32_t>(GetFrameOffset(again.list.record(i), DocumentKind::MING).x));
     }
   EXPECT_EQ(values, (std::vector<std::uint32_t>{100, 5, 0, 0}));
 }

@@ -1,4 +1,4 @@
-#include "core/palette_edit.h"
+#include "core/edit/palette_edit.h"
 
 #include "base/string_table.h"
 #include "support/documents.h"

@@ -1,9 +1,9 @@
 // Pictures that come into a document: what becomes of them and of the document.
-#include "core/picture_fitting.h"
+#include "core/edit/picture_fitting.h"
 
-#include "core/insert_chunk.h"
-#include "core/new_document.h"
-#include "core/record_picture.h"
+#include "core/edit/insert_chunk.h"
+#include "core/edit/new_document.h"
+#include "core/model/record_picture.h"
 #include "core/settings.h"
 #include "image/remap.h"
 #include "support/documents.h"

@@ -1,9 +1,9 @@
 // Descriptions, default chunks, lists, layout and extent.
 #include "base/byte_order.h"
-#include "core/chunk_description.h"
-#include "core/chunk_layout.h"
-#include "core/chunk_table.h"
-#include "core/new_chunk.h"
+#include "core/chunks/chunk_table.h"
+#include "core/chunks/new_chunk.h"
+#include "core/model/chunk_description.h"
+#include "core/model/chunk_layout.h"
 #include "core/settings.h"
 #include "support/documents.h"
 

@@ -6,13 +6,13 @@
 
 #include <fstream>
 
-#include "core/chunk_layout.h"
-#include "core/clipboard_block.h"
-#include "core/document_mark.h"
-#include "core/open_document.h"
-#include "core/recovery_copy.h"
-#include "core/recovery_folder.h"
-#include "core/save_document.h"
+#include "core/edit/clipboard_block.h"
+#include "core/files/open_document.h"
+#include "core/files/recovery_copy.h"
+#include "core/files/recovery_folder.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_layout.h"
+#include "core/model/document_mark.h"
 #include "support/corpus.h"
 #include "support/documents.h"
 

@@ -1,5 +1,5 @@
 // How much undo levels may hold.
-#include "core/undo.h"
+#include "core/edit/undo.h"
 
 #include "support/documents.h"
 

@@ -3,13 +3,13 @@
 
 #include "base/byte_order.h"
 #include "base/file.h"
-#include "core/convert_records.h"
-#include "core/frame_values.h"
-#include "core/new_chunk.h"
-#include "core/open_document.h"
-#include "core/read_png.h"
-#include "core/read_webp.h"
-#include "core/save_document.h"
+#include "core/build/convert_records.h"
+#include "core/chunks/new_chunk.h"
+#include "core/files/open_document.h"
+#include "core/files/read_png.h"
+#include "core/files/read_webp.h"
+#include "core/files/save_document.h"
+#include "core/model/frame_values.h"
 #include "core/settings.h"
 #include "image/picture_operations.h"
 #include "image/webp_service.h"
@@ -483,7 +483,8 @@ TEST_F(WebpConversion, ImagesOfAnMngPileUpUnlessTheirModeClears) {
   new_chunk(window, record, tag::MEND);
   chunk_list_append(window.list, window.document, record);
   DocumentWindow converted;
-  ASSERT_TRUE(convert_document(window, converted, DocumentKind::WEBP, recorder_.host)) << recorder_.host.take_fault();
+  ASSERT_TRUE(convert_document(window, converted, DocumentKind::WEBP, recorder_.host))
+      << recorder_.host.take_fault();
   EXPECT_EQ(delays_of(converted), (std::vector<std::uint32_t>{50, 50, 50}));
   EXPECT_EQ(header_of(converted).loopCount, 1u) << "without LOOP or TERM it plays once";
   const auto shown = images_of(converted);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <map>
 #include <regex>
 
 #include "support/corpus.h"
@@ -16,6 +17,13 @@ namespace fs = std::filesystem;
 const std::vector<std::string> kWings = {"base",       "image",         "core",     "playback",
                                          "operations", "generators",    "exchange", "batch",
                                          "extension",  "configuration", "cli",      "shell"};
+
+/// The rooms of the two large wings, from the ground up; files beside the rooms belong to none.
+const std::map<std::string, std::vector<std::string>> kRooms = {
+    {"core", {"model", "chunks", "edit", "build", "files"}},
+    {"shell",
+     {"look", "widgets", "forms", "list", "services", "help", "editors", "dialogs", "viewer", "setup",
+      "start", "window"}}};
 
 struct Include {
   fs::path file;
@@ -60,6 +68,28 @@ TEST(Wings, NoIncludeRunsUpTheTable) {
     }
   }
   EXPECT_GT(seen, 10u) << "the includes were not found";
+}
+
+TEST(Wings, NoIncludeRunsUpTheRooms) {
+  for (const auto& [wing, rooms] : kRooms) {
+    const fs::path folder = vellum::testing::source_folder() / "src" / wing;
+    for (const auto& item : fs::directory_iterator(folder))
+      if (item.is_directory())
+        EXPECT_NE(std::ranges::find(rooms, item.path().filename().string()), rooms.end()) << item.path();
+    for (std::size_t room = 0; room < rooms.size(); ++room) {
+      std::size_t seen = 0;
+      for (const Include& include : includes_of(folder / rooms[room])) {
+        if (!include.name.starts_with(wing + "/")) continue;
+        const std::string rest = include.name.substr(wing.size() + 1);
+        const auto at = std::ranges::find(rooms, rest.substr(0, rest.find('/')));
+        if (at == rooms.end()) continue;
+        ++seen;
+        EXPECT_LE(static_cast<std::size_t>(at - rooms.begin()), room)
+            << include.file << " includes " << include.name;
+      }
+      EXPECT_GT(seen, 0u) << wing << "/" << rooms[room] << ": the includes were not found";
+    }
+  }
 }
 
 TEST(Wings, QtAppearsInTheShellAlone) {

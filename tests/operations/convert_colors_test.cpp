@@ -5,10 +5,10 @@
 
 #include <set>
 
-#include "core/frame_layer.h"
-#include "core/insert_chunk.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/edit/frame_layer.h"
+#include "core/edit/insert_chunk.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 #include "image/picture_operations.h"
 #include "image/remap.h"
 #include "image/settings.h"

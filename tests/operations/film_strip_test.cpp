@@ -1,9 +1,9 @@
 // Strips of frames, and what is said about an animation.
 #include "operations/film_strip.h"
 
-#include "core/chunk_layout.h"
-#include "core/new_chunk.h"
-#include "core/save_document.h"
+#include "core/chunks/new_chunk.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_layout.h"
 #include "image/picture_operations.h"
 #include "operations/animation_properties.h"
 #include "support/corpus.h"

@@ -1,8 +1,8 @@
 // Bulk changes of frames: exact totals, held ranges, order, and what stays untouched.
 #include "operations/manage_frames.h"
 
-#include "core/chunk_layout.h"
-#include "core/new_chunk.h"
+#include "core/chunks/new_chunk.h"
+#include "core/model/chunk_layout.h"
 #include "image/picture_operations.h"
 #include "support/documents.h"
 

@@ -3,10 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "core/frame_layer.h"
-#include "core/framing.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/edit/frame_layer.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
+#include "core/model/framing.h"
 #include "image/resample.h"
 #include "operations/frames.h"
 #include "support/corpus.h"

@@ -1,10 +1,10 @@
 // Stills, files and whole canvases of animations, and animations of stills.
 #include <gtest/gtest.h>
 
-#include "core/frame_layer.h"
-#include "core/new_chunk.h"
-#include "core/open_document.h"
-#include "core/save_document.h"
+#include "core/chunks/new_chunk.h"
+#include "core/edit/frame_layer.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"

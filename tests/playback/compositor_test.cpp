@@ -6,9 +6,9 @@
 #include <sstream>
 
 #include "base/byte_order.h"
-#include "core/frame_values.h"
-#include "core/framing.h"
-#include "core/open_document.h"
+#include "core/files/open_document.h"
+#include "core/model/frame_values.h"
+#include "core/model/framing.h"
 #include "core/settings.h"
 #include "support/corpus.h"
 #include "support/documents.h"

@@ -12,7 +12,7 @@
 #include "base/text.h"
 #include "configuration/operation_settings.h"
 #include "configuration/shell_settings.h"
-#include "core/undo.h"
+#include "core/edit/undo.h"
 #include "shell/dialogs/manage_dialog.h"
 #include "shell/dialogs/properties_dialog.h"
 #include "shell/dialogs/resize_dialog.h"

@@ -1,9 +1,9 @@
-#include "shell/chunk_list_view.h"
+#include "shell/list/chunk_list_view.h"
 
 #include <QScrollBar>
 
-#include "core/chunk_layout.h"
-#include "shell/row_painter.h"
+#include "core/model/chunk_layout.h"
+#include "shell/list/row_painter.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {

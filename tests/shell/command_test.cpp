@@ -7,10 +7,10 @@
 #include <QToolButton>
 
 #include "configuration/shell_settings.h"
-#include "core/convert_records.h"
-#include "core/save_document.h"
+#include "core/build/convert_records.h"
+#include "core/edit/undo.h"
+#include "core/files/save_document.h"
 #include "core/settings.h"
-#include "core/undo.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 

@@ -2,8 +2,8 @@
 #include <QDialog>
 #include <QTimer>
 
-#include "core/convert_records.h"
-#include "core/undo.h"
+#include "core/build/convert_records.h"
+#include "core/edit/undo.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 

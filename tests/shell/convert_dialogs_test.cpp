@@ -3,8 +3,8 @@
 #include <QPushButton>
 
 #include "configuration/operation_settings.h"
-#include "core/open_document.h"
-#include "core/record_picture.h"
+#include "core/files/open_document.h"
+#include "core/model/record_picture.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "operations/frames.h"

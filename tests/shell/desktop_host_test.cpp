@@ -1,4 +1,4 @@
-#include "shell/desktop_host.h"
+#include "shell/services/desktop_host.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>

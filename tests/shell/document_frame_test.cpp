@@ -1,7 +1,7 @@
 #include <QMenu>
 
 #include "configuration/shell_settings.h"
-#include "shell/context_menu.h"
+#include "shell/window/context_menu.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 

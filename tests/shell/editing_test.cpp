@@ -1,5 +1,5 @@
 // Editing through the main window: what commands, clicks and drags do to a document.
-#include "shell/editing.h"
+#include "shell/window/editing.h"
 
 #include <QClipboard>
 #include <QDialogButtonBox>
@@ -13,20 +13,20 @@
 #include <fstream>
 
 #include "configuration/shell_settings.h"
-#include "core/chunk_fields.h"
-#include "core/chunk_layout.h"
-#include "core/new_chunk.h"
-#include "core/new_document.h"
-#include "core/save_document.h"
+#include "core/chunks/chunk_fields.h"
+#include "core/chunks/new_chunk.h"
+#include "core/edit/new_document.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_layout.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
-#include "shell/clipboard.h"
-#include "shell/context_menu.h"
-#include "shell/file_dialogs.h"
-#include "shell/file_preview.h"
 #include "shell/forms/form_dialog.h"
-#include "shell/picture_image.h"
-#include "shell/row_drag.h"
+#include "shell/look/picture_image.h"
+#include "shell/services/clipboard.h"
+#include "shell/services/file_dialogs.h"
+#include "shell/services/file_preview.h"
+#include "shell/window/context_menu.h"
+#include "shell/window/row_drag.h"
 #include "shell_fixture.h"
 #include "support/documents.h"
 #include "support/settings_guard.h"

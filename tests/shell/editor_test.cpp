@@ -13,13 +13,13 @@
 #include <QTabWidget>
 #include <QTimer>
 
-#include "core/chunk_fields.h"
-#include "core/chunk_layout.h"
-#include "core/chunk_payload.h"
-#include "core/convert_records.h"
-#include "core/insert_chunk.h"
-#include "core/new_chunk.h"
-#include "core/save_document.h"
+#include "core/build/convert_records.h"
+#include "core/chunks/chunk_fields.h"
+#include "core/chunks/chunk_payload.h"
+#include "core/chunks/new_chunk.h"
+#include "core/edit/insert_chunk.h"
+#include "core/files/save_document.h"
+#include "core/model/chunk_layout.h"
 #include "core/settings.h"
 #include "shell/forms/color_button.h"
 #include "shell/forms/form_dialog.h"

@@ -8,15 +8,15 @@
 #include <QTimer>
 #include <QToolButton>
 
-#include "core/chunk_field_sets.h"
-#include "core/tags.h"
+#include "core/chunks/chunk_field_sets.h"
+#include "core/model/tags.h"
 #include "shell/forms/form_dialog.h"
 #include "shell/help/help_window.h"
 #include "shell/help/page_style.h"
+#include "shell/look/style.h"
 #include "shell/setup/setup_dialog.h"
 #include "shell/setup/setup_fields.h"
 #include "shell/start/tips.h"
-#include "shell/style.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 

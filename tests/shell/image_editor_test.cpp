@@ -6,12 +6,12 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include "core/save_document.h"
+#include "core/files/save_document.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "shell/editors/edit_image.h"
 #include "shell/forms/form_dialog.h"
-#include "shell/picture_image.h"
+#include "shell/look/picture_image.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {

@@ -3,8 +3,8 @@
 
 #include "configuration/shell_settings.h"
 #include "image/graphic_file.h"
-#include "shell/tool_style.h"
-#include "shell/work_background.h"
+#include "shell/look/tool_style.h"
+#include "shell/widgets/work_background.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 

@@ -14,8 +14,8 @@
 
 #include "base/file.h"
 #include "configuration/operation_settings.h"
-#include "core/palette_edit.h"
-#include "core/transparency_edit.h"
+#include "core/edit/palette_edit.h"
+#include "core/edit/transparency_edit.h"
 #include "image/graphic_file.h"
 #include "shell/editors/edit_palette.h"
 #include "shell/editors/edit_transparency.h"

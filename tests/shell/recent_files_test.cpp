@@ -5,8 +5,8 @@
 #include "configuration/config_file.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
-#include "core/save_document.h"
-#include "shell/file_thumbnail.h"
+#include "core/files/save_document.h"
+#include "shell/services/file_thumbnail.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 

@@ -1,12 +1,12 @@
 // Copies of changed documents while the program runs, and what a start makes of those that a crash left.
-#include "shell/recovery.h"
+#include "shell/window/recovery.h"
 
 #include <QPushButton>
 #include <QTreeWidget>
 
-#include "core/undo.h"
-#include "shell/recovery_dialog.h"
-#include "shell/saving.h"
+#include "core/edit/undo.h"
+#include "shell/services/saving.h"
+#include "shell/window/recovery_dialog.h"
 #include "shell_fixture.h"
 #include "support/documents.h"
 

@@ -1,6 +1,6 @@
-#include "shell/row_geometry.h"
+#include "shell/list/row_geometry.h"
 
-#include "core/chunk_layout.h"
+#include "core/model/chunk_layout.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {

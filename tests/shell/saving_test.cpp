@@ -1,10 +1,10 @@
-#include "shell/saving.h"
+#include "shell/services/saving.h"
 
 #include <QMimeData>
 #include <fstream>
 
-#include "core/save_document.h"
-#include "shell/file_dialogs.h"
+#include "core/files/save_document.h"
+#include "shell/services/file_dialogs.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {

@@ -2,8 +2,8 @@
 
 #include <QApplication>
 
-#include "core/chunk_layout.h"
-#include "shell/icon.h"
+#include "core/model/chunk_layout.h"
+#include "shell/look/icon.h"
 
 namespace vellum::testing {
 namespace {

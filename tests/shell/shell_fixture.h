@@ -9,7 +9,7 @@
 #include <deque>
 #include <set>
 
-#include "shell/main_window.h"
+#include "shell/window/main_window.h"
 #include "support/corpus.h"
 #include "support/settings_guard.h"
 

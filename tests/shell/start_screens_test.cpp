@@ -1,4 +1,4 @@
-#include "shell/start/start_screens.h"
+#include "shell/window/start_screens.h"
 
 #include <QCheckBox>
 #include <QClipboard>
@@ -15,13 +15,13 @@
 #include "configuration/exchange_settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
-#include "shell/default_folders.h"
+#include "shell/dialogs/system_information.h"
+#include "shell/forms/default_folders.h"
 #include "shell/help/help_window.h"
+#include "shell/look/text.h"
 #include "shell/start/splash.h"
 #include "shell/start/tips.h"
 #include "shell/start/welcome_choices.h"
-#include "shell/system_information.h"
-#include "shell/text.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 

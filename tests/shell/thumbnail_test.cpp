@@ -1,7 +1,7 @@
-#include "shell/thumbnail.h"
+#include "shell/list/thumbnail.h"
 
-#include "shell/picture_image.h"
-#include "shell/row_painter.h"
+#include "shell/list/row_painter.h"
+#include "shell/look/picture_image.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/byte_order.h"
-#include "core/insert_chunk.h"
-#include "core/new_document.h"
+#include "core/edit/insert_chunk.h"
+#include "core/edit/new_document.h"
 #include "core/settings.h"
 #include "image/chunk_stream.h"
 #include "image/deflate.h"

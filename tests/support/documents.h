@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/host.h"
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum::testing {
 

@@ -6,12 +6,12 @@
 
 #include "base/limits.h"
 #include "configuration/shell_settings.h"
-#include "core/frame_layer.h"
-#include "core/insert_chunk.h"
+#include "core/edit/frame_layer.h"
+#include "core/edit/insert_chunk.h"
 #include "image/resample.h"
 #include "operations/frames.h"
-#include "shell/picture_image.h"
-#include "shell/style.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
 
 namespace vellum {
 namespace {

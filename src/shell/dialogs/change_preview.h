@@ -9,7 +9,7 @@
 #include <QWidget>
 #include <functional>
 
-#include "core/document.h"
+#include "core/model/document.h"
 
 namespace vellum {
 

@@ -4,8 +4,8 @@
 #include "operations/convert_colors.h"
 #include "operations/extract_frames.h"
 #include "operations/reconstruct.h"
-#include "shell/document_frame.h"
-#include "shell/services.h"
+#include "shell/list/document_frame.h"
+#include "shell/services/services.h"
 
 namespace vellum {
 

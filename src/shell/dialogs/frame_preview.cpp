@@ -3,9 +3,9 @@
 #include <QElapsedTimer>
 #include <QPainter>
 
-#include "shell/picture_image.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 

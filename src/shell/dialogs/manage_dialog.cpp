@@ -9,10 +9,10 @@
 
 #include "base/text.h"
 #include "configuration/config_file.h"
-#include "shell/dialogs/dialog_frame.h"
 #include "shell/forms/dialog_state.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {

@@ -12,7 +12,7 @@
 #include "shell/dialogs/frame_preview.h"
 #include "shell/dialogs/manage_model.h"
 #include "shell/forms/form_controls.h"
-#include "shell/services.h"
+#include "shell/services/services.h"
 
 namespace vellum {
 

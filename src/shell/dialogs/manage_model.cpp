@@ -3,7 +3,7 @@
 #include <charconv>
 
 #include "base/text.h"
-#include "shell/text.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

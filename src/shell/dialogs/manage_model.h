@@ -4,7 +4,7 @@
 #include <QAbstractTableModel>
 
 #include "operations/manage_frames.h"
-#include "shell/thumbnail.h"
+#include "shell/list/thumbnail.h"
 
 namespace vellum {
 

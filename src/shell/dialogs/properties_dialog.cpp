@@ -10,9 +10,9 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "configuration/shell_settings.h"
-#include "shell/dialogs/dialog_frame.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "operations/animation_properties.h"
 #include "shell/forms/form.h"
-#include "shell/services.h"
+#include "shell/services/services.h"
 
 namespace vellum {
 

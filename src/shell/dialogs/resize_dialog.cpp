@@ -8,8 +8,8 @@
 #include "configuration/operation_settings.h"
 #include "image/resample.h"
 #include "operations/frames.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

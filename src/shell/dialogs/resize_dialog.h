@@ -6,7 +6,7 @@
 #include "operations/resize_animation.h"
 #include "shell/dialogs/change_preview.h"
 #include "shell/forms/form_dialog.h"
-#include "shell/services.h"
+#include "shell/services/services.h"
 
 namespace vellum {
 

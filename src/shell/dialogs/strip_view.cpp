@@ -8,9 +8,9 @@
 
 #include "base/text.h"
 #include "configuration/shell_settings.h"
-#include "shell/picture_image.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "operations/frames.h"
 #include "playback/compose.h"
-#include "shell/thumbnail.h"
+#include "shell/list/thumbnail.h"
 
 namespace vellum {
 

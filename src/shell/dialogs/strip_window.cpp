@@ -7,15 +7,15 @@
 #include "base/text.h"
 #include "configuration/operation_settings.h"
 #include "configuration/shell_settings.h"
-#include "core/delete_chunks.h"
-#include "core/insert_chunk.h"
-#include "core/move_chunks.h"
+#include "core/edit/delete_chunks.h"
+#include "core/edit/insert_chunk.h"
+#include "core/edit/move_chunks.h"
 #include "image/graphic_file.h"
-#include "shell/file_dialogs.h"
 #include "shell/forms/form_dialog.h"
-#include "shell/picture_files.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/services/file_dialogs.h"
+#include "shell/services/picture_files.h"
 
 namespace vellum {
 namespace {

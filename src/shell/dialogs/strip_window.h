@@ -6,8 +6,8 @@
 
 #include "operations/film_strip.h"
 #include "shell/dialogs/strip_view.h"
-#include "shell/document_frame.h"
-#include "shell/services.h"
+#include "shell/list/document_frame.h"
+#include "shell/services/services.h"
 
 namespace vellum {
 

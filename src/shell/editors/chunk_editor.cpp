@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/chunk_fields.h"
+#include "core/chunks/chunk_fields.h"
 #include "shell/editors/edit_image.h"
 #include "shell/editors/edit_palette.h"
 #include "shell/editors/edit_transparency.h"

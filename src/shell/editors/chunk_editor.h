@@ -3,8 +3,8 @@
 
 #include <QWidget>
 
-#include "core/document.h"
-#include "shell/services.h"
+#include "core/model/document.h"
+#include "shell/services/services.h"
 
 namespace vellum {
 

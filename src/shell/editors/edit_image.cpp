@@ -9,8 +9,8 @@
 #include <QVBoxLayout>
 
 #include "configuration/shell_settings.h"
-#include "core/frame_values.h"
-#include "core/image_edit.h"
+#include "core/edit/image_edit.h"
+#include "core/model/frame_values.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
@@ -19,11 +19,11 @@
 #include "shell/editors/edit_transparency.h"
 #include "shell/editors/editor_pages.h"
 #include "shell/editors/field_editor.h"
-#include "shell/file_dialogs.h"
-#include "shell/paint.h"
-#include "shell/picture_image.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/services/file_dialogs.h"
+#include "shell/services/paint.h"
 #include "shell/widgets/color_dialog.h"
 #include "shell/widgets/picture_panel.h"
 

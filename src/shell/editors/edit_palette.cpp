@@ -6,11 +6,11 @@
 #include <QVBoxLayout>
 
 #include "base/text.h"
-#include "core/palette_edit.h"
+#include "core/edit/palette_edit.h"
 #include "shell/editors/editor_pages.h"
 #include "shell/editors/select_palette.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 #include "shell/widgets/color_dialog.h"
 
 namespace vellum {

@@ -7,12 +7,12 @@
 #include <QVBoxLayout>
 
 #include "base/text.h"
-#include "core/frame_values.h"
-#include "core/transparency_edit.h"
+#include "core/edit/transparency_edit.h"
+#include "core/model/frame_values.h"
 #include "image/picture_operations.h"
 #include "shell/editors/editor_pages.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 #include "shell/widgets/color_dialog.h"
 
 namespace vellum {

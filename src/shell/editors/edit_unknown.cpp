@@ -8,11 +8,11 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "core/chunk_description.h"
-#include "core/chunk_reading.h"
+#include "core/chunks/chunk_reading.h"
+#include "core/model/chunk_description.h"
 #include "shell/editors/editor_pages.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -5,9 +5,9 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
-#include "core/chunk_payload.h"
-#include "shell/dialogs/dialog_frame.h"
-#include "shell/text.h"
+#include "core/chunks/chunk_payload.h"
+#include "shell/look/text.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {

@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <QTabWidget>
 
-#include "shell/services.h"
+#include "shell/services/services.h"
 #include "shell/widgets/raw_page.h"
 
 namespace vellum {

@@ -2,13 +2,13 @@
 
 #include <QPushButton>
 
-#include "core/chunk_tip.h"
-#include "core/png_reading.h"
+#include "core/chunks/chunk_tip.h"
+#include "core/files/png_reading.h"
 #include "operations/convert_colors.h"
 #include "operations/frames.h"
 #include "shell/editors/editor_pages.h"
 #include "shell/editors/select_palette.h"
-#include "shell/text.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

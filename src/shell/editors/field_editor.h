@@ -1,7 +1,7 @@
 // The editor that a chunk's fields make by themselves, and what some tags add to it.
 #pragma once
 
-#include "core/chunk_fields.h"
+#include "core/chunks/chunk_fields.h"
 #include "shell/editors/chunk_editor.h"
 #include "shell/forms/form_dialog.h"
 

@@ -2,9 +2,9 @@
 #include <QPushButton>
 #include <algorithm>
 
-#include "core/mng_counts.h"
+#include "core/chunks/mng_counts.h"
 #include "shell/editors/field_editor.h"
-#include "shell/text.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -17,12 +17,12 @@
 #include "image/graphic_file.h"
 #include "image/palette_from_pictures.h"
 #include "image/remap.h"
-#include "shell/dialogs/dialog_frame.h"
-#include "shell/file_dialogs.h"
-#include "shell/picture_image.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/services/file_dialogs.h"
 #include "shell/widgets/color_dialog.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {

@@ -4,7 +4,7 @@
 #include <QWidget>
 
 #include "image/palette_file.h"
-#include "shell/services.h"
+#include "shell/services/services.h"
 
 namespace vellum {
 

@@ -9,10 +9,10 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
-#include "core/text_chunk.h"
+#include "core/chunks/text_chunk.h"
 #include "shell/editors/field_editor.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -4,11 +4,11 @@
 #include <QPushButton>
 #include <QTextCharFormat>
 
-#include "core/clock.h"
+#include "core/model/clock.h"
 #include "image/picture_operations.h"
 #include "shell/editors/field_editor.h"
 #include "shell/forms/color_button.h"
-#include "shell/text.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -4,8 +4,8 @@
 #include <QEvent>
 #include <QPainter>
 
-#include "core/fields.h"
-#include "shell/text.h"
+#include "base/fields.h"
+#include "shell/look/text.h"
 #include "shell/widgets/color_dialog.h"
 
 namespace vellum {
@@ -21,7 +21,8 @@ QColor qt_of(Colour color, bool alpha) {
 /// The program's own dialog knows no alpha; the desktop's takes its place then.
 std::optional<Colour> ask_user(QWidget* parent, Colour color, bool alpha) {
   if (!alpha) return ask_for_color(parent, {.color = color, .picture = {}, .palette = {}, .title = {}});
-  const QColor chosen = QColorDialog::getColor(qt_of(color, alpha), parent, {}, QColorDialog::ShowAlphaChannel);
+  const QColor chosen =
+      QColorDialog::getColor(qt_of(color, alpha), parent, {}, QColorDialog::ShowAlphaChannel);
   if (!chosen.isValid()) return std::nullopt;
   const auto part = [](int value) { return static_cast<std::uint32_t>(value); };
   return make_colour(part(chosen.red()), part(chosen.green()), part(chosen.blue()), part(chosen.alpha()));

@@ -15,7 +15,7 @@
 #include "base/text.h"
 #include "shell/forms/color_button.h"
 #include "shell/forms/number_edit.h"
-#include "shell/text.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

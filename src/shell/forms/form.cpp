@@ -7,8 +7,8 @@
 #include <algorithm>
 
 #include "shell/forms/number_edit.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

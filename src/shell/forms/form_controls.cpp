@@ -12,11 +12,11 @@
 #include <QRadioButton>
 
 #include "configuration/shell_settings.h"
-#include "shell/default_folders.h"
 #include "shell/forms/color_button.h"
+#include "shell/forms/default_folders.h"
 #include "shell/forms/number_edit.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <functional>
 
-#include "core/fields.h"
+#include "base/fields.h"
 
 namespace vellum {
 

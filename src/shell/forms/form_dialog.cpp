@@ -2,7 +2,7 @@
 
 #include <QPushButton>
 
-#include "shell/dialogs/dialog_frame.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 

@@ -6,11 +6,9 @@
 
 #include "base/host.h"
 #include "shell/forms/form.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
-
-/// Shows a topic of the guide. Empty while there is none; Help is then disabled.
-inline std::function<void(const QString& topic)> showHelp;
 
 class FormDialog : public QDialog {
   Q_OBJECT

@@ -3,7 +3,7 @@
 #include <QLineEdit>
 #include <cmath>
 
-#include "shell/text.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

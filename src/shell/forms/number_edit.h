@@ -3,7 +3,7 @@
 
 #include <QAbstractSpinBox>
 
-#include "core/fields.h"
+#include "base/fields.h"
 
 namespace vellum {
 

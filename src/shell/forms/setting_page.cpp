@@ -7,8 +7,8 @@
 #include <algorithm>
 
 #include "configuration/setting_values.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

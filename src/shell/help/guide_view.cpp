@@ -6,7 +6,7 @@
 #include <QTextBlock>
 
 #include "shell/help/page_style.h"
-#include "shell/style.h"
+#include "shell/look/style.h"
 
 namespace vellum {
 namespace {

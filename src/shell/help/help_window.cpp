@@ -14,9 +14,9 @@
 #include "configuration/shell_settings.h"
 #include "shell/forms/dialog_state.h"
 #include "shell/forms/form_dialog.h"
-#include "shell/icon.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/icon.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -10,7 +10,7 @@
 #include <QUrl>
 #include <algorithm>
 
-#include "shell/style.h"
+#include "shell/look/style.h"
 
 namespace vellum {
 namespace {

@@ -9,10 +9,10 @@
 
 #include "configuration/setting_values.h"
 #include "configuration/shell_settings.h"
-#include "shell/dialogs/dialog_frame.h"
-#include "shell/paint_programs.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/services/paint_programs.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {

@@ -12,11 +12,11 @@
 #include "configuration/exchange_settings.h"
 #include "configuration/setting_values.h"
 #include "configuration/shell_settings.h"
-#include "shell/dialogs/dialog_frame.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 #include "shell/setup/setup_fields.h"
 #include "shell/setup/video_encoders.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {

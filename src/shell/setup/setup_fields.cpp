@@ -1,5 +1,5 @@
 #include "shell/setup/setup_fields.h"
-#include "shell/work_background.h"
+#include "shell/widgets/work_background.h"
 
 #include <array>
 

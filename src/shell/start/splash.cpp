@@ -8,7 +8,7 @@
 #include <QWindow>
 #include <utility>
 
-#include "shell/style.h"
+#include "shell/look/style.h"
 
 namespace vellum {
 namespace {

@@ -11,10 +11,10 @@
 
 #include "configuration/setting_values.h"
 #include "configuration/shell_settings.h"
-#include "shell/dialogs/dialog_frame.h"
-#include "shell/icon.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/icon.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {
@@ -75,7 +75,8 @@ void show_tips(QWidget* parent) {
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setWindowTitle(QObject::tr("Tip of the day"));
   auto* picture = new QLabel(dialog);
-  picture->setPixmap(program_icon("tip_of_the_day").pixmap(QSize(kPicture, kPicture), dialog->devicePixelRatioF()));
+  picture->setPixmap(
+      program_icon("tip_of_the_day").pixmap(QSize(kPicture, kPicture), dialog->devicePixelRatioF()));
   auto* heading = new QLabel(text_of(StringId::DidYouKnow), dialog);
   heading->setFont(style::heading_font());
   QTextEdit* text = tip_text(dialog);

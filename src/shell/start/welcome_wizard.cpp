@@ -15,12 +15,12 @@
 
 #include "configuration/setting_values.h"
 #include "configuration/shell_settings.h"
-#include "core/chunk_layout.h"
+#include "core/model/chunk_layout.h"
 #include "shell/forms/form_dialog.h"
-#include "shell/icon.h"
+#include "shell/look/icon.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 #include "shell/start/welcome_choices.h"
-#include "shell/style.h"
-#include "shell/text.h"
 
 namespace vellum {
 namespace {

@@ -3,7 +3,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-#include "shell/style.h"
+#include "shell/look/style.h"
 #include "shell/viewer/viewer_geometry.h"
 
 namespace vellum {

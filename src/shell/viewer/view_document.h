@@ -1,7 +1,7 @@
 // The View command: a document in the viewer of its kind.
 #pragma once
 
-#include "shell/services.h"
+#include "shell/services/services.h"
 
 class QWidget;
 

@@ -6,8 +6,8 @@
 #include <QWheelEvent>
 #include <cmath>
 
+#include "shell/look/viewer_image.h"
 #include "shell/viewer/viewer_geometry.h"
-#include "shell/viewer/viewer_image.h"
 #include "shell/widgets/checkers.h"
 #include "shell/widgets/picture_view.h"
 

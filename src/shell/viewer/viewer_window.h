@@ -8,7 +8,7 @@
 #include <QToolBar>
 
 #include "playback/player.h"
-#include "shell/services.h"
+#include "shell/services/services.h"
 #include "shell/viewer/progress_strip.h"
 #include "shell/viewer/viewer_canvas.h"
 

@@ -9,9 +9,9 @@
 #include "configuration/config_file.h"
 #include "configuration/history.h"
 #include "configuration/shell_settings.h"
-#include "shell/dialogs/dialog_frame.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/widgets/dialog_frame.h"
 
 namespace vellum {
 namespace {

@@ -5,7 +5,7 @@
 #include <QPainter>
 #include <cmath>
 
-#include "shell/style.h"
+#include "shell/look/style.h"
 
 namespace vellum {
 namespace {

@@ -8,8 +8,8 @@
 #include <QPainter>
 #include <QScrollBar>
 
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -5,7 +5,7 @@
 #include <QPainter>
 #include <QToolTip>
 
-#include "shell/style.h"
+#include "shell/look/style.h"
 #include "shell/widgets/checkers.h"
 
 namespace vellum {

@@ -4,8 +4,8 @@
 #include <QToolButton>
 
 #include "base/text.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 namespace {

@@ -7,8 +7,8 @@
 #include <cmath>
 
 #include "configuration/shell_settings.h"
-#include "shell/picture_image.h"
-#include "shell/style.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
 #include "shell/widgets/checkers.h"
 
 namespace vellum {

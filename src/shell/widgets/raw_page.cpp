@@ -4,9 +4,9 @@
 
 #include "base/crc.h"
 #include "base/text.h"
-#include "core/chunk_payload.h"
-#include "shell/style.h"
-#include "shell/text.h"
+#include "core/chunks/chunk_payload.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
 
 namespace vellum {
 

@@ -4,7 +4,7 @@
 #include <QLabel>
 #include <functional>
 
-#include "core/document.h"
+#include "core/model/document.h"
 #include "shell/widgets/hex_panel.h"
 
 namespace vellum {

@@ -1,0 +1,60 @@
+#include "core/chunks/compressed_text.h"
+
+#include <algorithm>
+
+#include "base/limits.h"
+#include "image/deflate.h"
+#include "image/inflate.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::size_t kKeywordLimit = 260;  // a keyword this long or longer is none
+
+}  // namespace
+
+std::optional<std::size_t> inflatable_keyword(std::span<const std::uint8_t> payload) {
+  const auto searched = payload.first(std::min(payload.size(), kKeywordLimit));
+  const auto nul = std::ranges::find(searched, std::uint8_t{0});
+  if (nul == searched.end() || nul == searched.begin()) return std::nullopt;
+  return static_cast<std::size_t>(nul - searched.begin());
+}
+
+std::optional<std::vector<std::uint8_t>> inflate_text_chunk(std::span<const std::uint8_t> payload,
+                                                            std::size_t keyword, std::size_t& budget,
+                                                            const char*& reason) {
+  // Keyword, NUL, method byte (which is not looked at), stream.
+  const std::size_t head = keyword + 2;
+  bool over_limit = false;
+  const auto text = payload.size() < head ? std::nullopt
+                                          : inflate_text(payload.subspan(head),
+                                                         std::min(budget, kMaximumTextBytes), over_limit);
+  if (!text) {
+    reason = over_limit ? "the compressed text is too long" : "the compressed text is damaged";
+    return std::nullopt;
+  }
+  budget -= text->size();
+  std::vector<std::uint8_t> inflated(payload.begin(),
+                                     payload.begin() + static_cast<std::ptrdiff_t>(keyword + 1));
+  inflated.insert(inflated.end(), text->begin(),
+                  text->begin() + static_cast<std::ptrdiff_t>(std::min(text->find('\0'), text->size())));
+  return inflated;
+}
+
+std::vector<std::uint8_t> compressed_text_payload(const ChunkRecord& record, int level) {
+  const auto block = record.data.bytes();
+  const auto keyword = inflatable_keyword(block);
+  if (!keyword) {
+    const auto raw = raw_payload(record);
+    return {raw.begin(), raw.end()};
+  }
+  const auto text_begin = block.begin() + static_cast<std::ptrdiff_t>(*keyword + 1);
+  const auto text_end = std::find(text_begin, block.end(), std::uint8_t{0});
+  std::vector<std::uint8_t> payload(block.begin(), text_begin);
+  payload.push_back(0);
+  const auto packed = deflate_bytes({text_begin, text_end}, level);
+  payload.insert(payload.end(), packed.begin(), packed.end());
+  return payload;
+}
+
+}  // namespace vellum

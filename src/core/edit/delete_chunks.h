@@ -1,0 +1,18 @@
+// Deleting chunks.
+#pragma once
+
+#include "base/host.h"
+#include "core/model/document.h"
+
+namespace vellum {
+
+/// Deletes the selected entries: an undo level, the question where there are several, then from the last to
+/// the first with the warnings of fixed chunks, of a still picture's IDAT and of a paletted header's PLTE. Of
+/// an image that is not understood only all chunks together go, by the first of them. False when nothing was
+/// deleted.
+bool delete_selected(DocumentWindow& window, Host& host);
+
+/// The same for marked entries (one mark an entry), without the question and without an undo level.
+bool delete_marked(DocumentWindow& window, std::vector<bool> marks, Host& host);
+
+}  // namespace vellum

@@ -1,0 +1,25 @@
+// Moving entries inside their list.
+#pragma once
+
+#include "base/host.h"
+#include "core/model/document.h"
+
+namespace vellum {
+
+/// Moves the selected entries (the caret's where none is selected) up or down by one, an undo level first.
+/// False, with the message given to the host and nothing changed, where one of them may not stand there.
+bool move_rows(DocumentWindow& window, bool down, Host& host);
+
+/// Moves the one entry to the position `to` (it is entry `to` then), by the same rules.
+bool move_entry(DocumentWindow& window, std::size_t from, std::size_t to, Host& host);
+
+struct MoveImages {
+  std::size_t image = 1;  ///< counted from 1
+  bool before = false;    ///< in front of that image; otherwise behind it
+  bool copy = false;      ///< the selected images stay, and copies go there
+};
+/// Moves or copies the selected images, in their order, to another image; they are selected afterwards. An
+/// undo level first. A target among those that move means its first neighbour that stays.
+bool move_images(DocumentWindow& window, const MoveImages& request, Host& host);
+
+}  // namespace vellum

@@ -1,0 +1,66 @@
+#include "core/files/png_writing.h"
+
+#include <algorithm>
+
+#include "base/byte_order.h"
+#include "core/files/png_reading.h"
+#include "core/model/chunk_description.h"
+
+namespace vellum {
+
+bool begin_png(SafeFile& file, const PngHeader& header) {
+  return file.write(kPngSignature) && write_chunk(file, tag::IHDR, png_header_payload(header));
+}
+
+bool write_chunks(SafeFile& file, std::span<const ChunkOut> chunks) {
+  return std::ranges::all_of(
+      chunks, [&](const ChunkOut& chunk) { return write_chunk(file, chunk.tag, chunk.payload); });
+}
+
+bool write_image_data(SafeFile& file, std::span<const std::uint8_t> stream) {
+  constexpr std::size_t kLongest = 0x40000000;  // well inside the 31 bits of a length
+  do {
+    const auto piece = stream.first(std::min(stream.size(), kLongest));
+    if (!write_chunk(file, tag::IDAT, piece)) return false;
+    stream = stream.subspan(piece.size());
+  } while (!stream.empty());
+  return true;
+}
+
+void take_over_written(DocumentWindow& window, std::span<const ChunkOut> chunks) {
+  ChunkRecord record;
+  for (const ChunkOut& chunk : chunks) {
+    if (chunk.tag != tag::tIME || !chunk_list_get(window.list, chunk.entry, record)) continue;
+    put_payload(record, chunk.payload);
+    record.description = chunk_description(record);
+    chunk_list_put(window.list, chunk.entry, record);
+  }
+}
+
+void take_over_header(DocumentWindow& window, std::size_t header_entry, const PngHeader& written) {
+  ChunkRecord record;
+  if (!chunk_list_get(window.list, header_entry, record) || png_header_of(record) == written) return;
+  put_png_header(record, written);
+  record.description = chunk_description(record);
+  chunk_list_put(window.list, header_entry, record);
+}
+
+void tell_notes(const Host& host, const std::vector<std::string>& notes) {
+  std::string line;
+  for (const std::string& note : notes) line += (line.empty() ? "" : "; ") + note;
+  if (!line.empty()) host.set_status(line);
+}
+
+std::optional<std::array<std::uint16_t, 3>> deep_transparency_key(const ChunkList& list,
+                                                                  const PngHeader& header) {
+  const std::size_t at = chunk_find_first(list, tag::tRNS);
+  if (at == kNoEntry || header.bitDepth != 16) return std::nullopt;
+  const auto payload = raw_payload(list.record(at));
+  const std::size_t samples = header.colorType == 0 ? 1 : header.colorType == 2 ? 3 : 0;
+  if (samples == 0 || payload.size() != 2 * samples) return std::nullopt;
+  std::array<std::uint16_t, 3> key{};
+  for (std::size_t i = 0; i < samples; ++i) key[i] = read_be16(&payload[2 * i]);
+  return key;
+}
+
+}  // namespace vellum

@@ -1,0 +1,345 @@
+#include "core/files/read_mng.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "base/byte_order.h"
+#include "base/crc.h"
+#include "base/limits.h"
+#include "base/parallel.h"
+#include "core/chunks/compressed_text.h"
+#include "core/files/png_reading.h"
+#include "core/model/chunk_layout.h"
+#include "core/model/framing.h"
+#include "core/settings.h"
+#include "image/chunk_stream.h"
+#include "image/png_decode.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::size_t kHeaderBytes = 28;
+
+/// An embedded PNG between its IHDR and its IEND.
+struct OpenImage {
+  const StreamChunk* header;
+  ChunkRecord record;
+  PngHeader fields;
+  Palette palette{};
+  std::vector<std::span<const std::uint8_t>> data;
+};
+
+/// What becomes an entry: a record, and for an image what it is decoded from.
+struct Item {
+  ChunkRecord record;
+  const StreamChunk* chunk;
+  std::unique_ptr<OpenImage> image;  ///< null for everything else
+};
+
+/// A file that is being read.
+struct MngReading {
+  DocumentWindow& window;
+  Host& host;
+  std::span<const StreamChunk> chunks;
+  std::vector<Item> items{};
+  std::unique_ptr<OpenImage> open{};
+  bool opaque = false;  ///< inside a JNG or delta image, whose chunks stay raw
+
+  // Blocks that stay in force for every later image until another replaces them.
+  FramBlock framing{};
+  DefiBlock definition{};
+  std::uint32_t definitionBytes = 0;
+  bool hasFraming = false, hasDefinition = false;
+  std::vector<const StreamChunk*> unused{};  ///< FRAM and DEFI that no image has met yet
+
+  Palette lastPalette{};  ///< of the last PLTE, wherever it stood
+  std::uint32_t lastPaletteBytes = 0;
+  std::size_t textBudget = kMaximumTextBytesOfFile;
+
+  bool fail(const StreamChunk& chunk, const char* reason, FaultKind kind = FaultKind::Damaged) const {
+    return host.fail({kind, chunk.tag, static_cast<std::int64_t>(items.size()),
+                      static_cast<std::int64_t>(chunk.offset), reason});
+  }
+  bool add(ChunkRecord record, const StreamChunk& chunk) {
+    items.push_back({std::move(record), &chunk, nullptr});
+    return items.size() <= kMaximumEntries || fail(chunk, "the file has too many chunks", FaultKind::Limit);
+  }
+};
+
+ChunkRecord raw_record(const StreamChunk& chunk) {
+  ChunkRecord record;
+  record.tag = chunk.tag;
+  record.size = static_cast<std::int32_t>(chunk.data.size());
+  record.data = ChunkHandle::copy_of(chunk.data);
+  return record;
+}
+
+bool take_header(MngReading& reading) {
+  const StreamChunk& chunk = reading.chunks.front();
+  if (chunk.tag != tag::MHDR) return reading.fail(chunk, "the first chunk is no header");
+  if (chunk.data.size() < kHeaderBytes) return reading.fail(chunk, "the length is not that of a header");
+  if (chunk.storedCrc != chunk_crc(chunk.tag, chunk.data.first(kHeaderBytes)))
+    warn_of_crc(reading.host, chunk);
+  ChunkRecord record;
+  record.tag = tag::MHDR;
+  record.size = static_cast<std::int32_t>(chunk.data.size());
+  std::uint32_t* const fields[] = {&record.frameWidth,       &record.frameHeight, &record.ticksPerSecond,
+                                   &record.layerCount,       &record.frameCount,  &record.playTime,
+                                   &record.simplicityProfile};
+  for (std::size_t i = 0; i < std::size(fields); ++i) *fields[i] = read_be32(&chunk.data[4 * i]);
+  return reading.add(std::move(record), chunk);
+}
+
+// --------------------------------------------------------------------------------------------- chunks of an
+// open image
+
+bool open_image(MngReading& reading, const StreamChunk& chunk) {
+  if (reading.open) return reading.fail(chunk, "an image begins inside another");
+  if (chunk.data.size() != 13) return reading.fail(chunk, "the length is not that of a header");
+  auto image = std::make_unique<OpenImage>();
+  image->header = &chunk;
+  image->fields = parse_png_header(chunk.data.first<13>());
+  if (const char* fault = png_header_fault(image->fields)) return reading.fail(chunk, fault);
+  if (image->fields.colorType == 0) image->palette = png_grey_palette(image->fields.bitDepth);
+  ChunkRecord& record = image->record;
+  record.tag = tag::PNGI;
+  record.size = 13;
+  record.flags = CRF_IHDR;
+  put_png_header(record, image->fields);
+  if (reading.hasFraming) {
+    record.flags |= CRF_FRAM;
+    record.image.edit().framBlock = reading.framing;
+  }
+  if (reading.hasDefinition) {
+    record.flags |= CRF_DEFI;
+    record.image.edit().defiBlock = reading.definition;
+    record.image.edit().defiBytes = reading.definitionBytes;
+  }
+  reading.unused.clear();
+  reading.open = std::move(image);
+  return true;
+}
+
+bool take_palette(MngReading& reading, const StreamChunk& chunk) {
+  if (!reading.open) reading.host.warn(StringId::UnexpectedPalette, settings::WarnBadPalChunk);
+  if (chunk.data.size() > 768 || chunk.data.size() % 3 != 0)
+    return reading.fail(chunk, "the length is not that of a palette");
+  // An empty one inside an image means the global palette (MNG 1.0, "PLTE").
+  if (chunk.data.empty() && reading.open) return true;
+  reading.lastPalette.fill(0);
+  std::ranges::copy(chunk.data, reading.lastPalette.begin());
+  reading.lastPaletteBytes = static_cast<std::uint32_t>(chunk.data.size());
+  if (!reading.open) return true;
+  EmbeddedImage& image = reading.open->record.image.edit();
+  image.palette = reading.lastPalette;
+  image.paletteBytes = reading.lastPaletteBytes;
+  reading.open->record.flags |= CRF_PLTE;
+  if (reading.open->fields.colorType == 3) reading.open->palette = reading.lastPalette;
+  return true;
+}
+
+bool take_background(MngReading& reading, const StreamChunk& chunk) {
+  if (!reading.open) return true;
+  EmbeddedImage& image = reading.open->record.image.edit();
+  std::ranges::copy(chunk.data.first(std::min(chunk.data.size(), image.background.size())),
+                    image.background.begin());
+  reading.open->record.flags |= CRF_BKGD;
+  return true;
+}
+
+bool take_transparency(MngReading& reading, const StreamChunk& chunk) {
+  if (!reading.open) return true;
+  EmbeddedImage& image = reading.open->record.image.edit();
+  const auto bytes = chunk.data.first(std::min(chunk.data.size(), image.trans.size()));
+  std::ranges::copy(bytes, image.trans.begin());
+  image.transBytes = static_cast<std::uint32_t>(bytes.size());
+  reading.open->record.flags |= CRF_TRNS;
+  return true;
+}
+
+/// A paletted image without colors of its own takes the last palette of the file as its own.
+bool complete_palette(MngReading& reading, const StreamChunk& chunk) {
+  OpenImage& open = *reading.open;
+  if (open.fields.colorType != 3 || (open.record.flags & CRF_PLTE)) return true;
+  if (reading.lastPaletteBytes == 0) return reading.fail(chunk, "the image has no palette");
+  EmbeddedImage& image = open.record.image.edit();
+  image.palette = open.palette = reading.lastPalette;
+  image.paletteBytes = reading.lastPaletteBytes;
+  open.record.flags |= CRF_PLTE;
+  return true;
+}
+
+bool take_image_data(MngReading& reading, const StreamChunk& chunk) {
+  if (!reading.open) return reading.fail(chunk, "image data without an image");
+  OpenImage& open = *reading.open;
+  if (open.data.empty() && !complete_palette(reading, chunk)) return false;
+  open.data.push_back(chunk.data);
+  open.record.flags |= CRF_IDAT;
+  return true;
+}
+
+bool close_image(MngReading& reading, const StreamChunk& chunk) {
+  if (!reading.open || !(reading.open->record.flags & CRF_IDAT))
+    return reading.fail(chunk, "an image ends that has no data");
+  const StreamChunk& header = *reading.open->header;
+  ChunkRecord record = reading.open->record;
+  if (!reading.add(std::move(record), header)) return false;
+  reading.items.back().image = std::move(reading.open);
+  return true;
+}
+
+// -------------------------------------------------------------------------------------------------------
+// other chunks
+
+bool take_framing(MngReading& reading, const StreamChunk& chunk) {
+  parse_framing(chunk.data, reading.framing);
+  reading.hasFraming = true;
+  reading.unused.push_back(&chunk);
+  return true;
+}
+
+bool take_definition(MngReading& reading, const StreamChunk& chunk) {
+  reading.definitionBytes = parse_definition(chunk.data, reading.definition);
+  reading.hasDefinition = true;
+  reading.unused.push_back(&chunk);
+  return true;
+}
+
+bool take_text(MngReading& reading, const StreamChunk& chunk) {
+  if (reading.open) return reading.fail(chunk, "compressed text stands inside an image");
+  ChunkRecord record = raw_record(chunk);
+  if (const auto keyword = inflatable_keyword(chunk.data)) {
+    const char* reason = nullptr;
+    const auto text = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, reason);
+    if (!text) return reading.fail(chunk, reason);
+    record.data = ChunkHandle::copy_of(*text);
+  }
+  return reading.add(std::move(record), chunk);
+}
+
+/// JNG and delta images are not understood: all their chunks stay raw, with the framing in front of them.
+bool open_opaque(MngReading& reading, const StreamChunk& chunk) {
+  if (reading.open) return reading.fail(chunk, "an image begins inside another");
+  for (const StreamChunk* waiting : std::exchange(reading.unused, {}))
+    if (!reading.add(raw_record(*waiting), *waiting)) return false;
+  reading.opaque = true;
+  return reading.add(raw_record(chunk), chunk);
+}
+
+bool take_end(MngReading& reading, const StreamChunk& chunk) {
+  if (reading.open || reading.opaque) return reading.fail(chunk, "the file ends inside an image");
+  ChunkRecord record;
+  record.tag = tag::MEND;
+  return reading.add(std::move(record), chunk);
+}
+
+/// Chunks that the program knows inside an embedded PNG; others are dropped, or a fault where they are
+/// critical.
+bool take_other(MngReading& reading, const StreamChunk& chunk) {
+  if (!reading.open) return reading.add(raw_record(chunk), chunk);
+  if (is_ancillary(chunk.tag) || !reading.open->data.empty()) return true;
+  return reading.fail(chunk, "a critical chunk of the image is not known");
+}
+
+struct HandlerRow {
+  ChunkTag tag;
+  bool (*take)(MngReading&, const StreamChunk&);
+};
+
+constexpr HandlerRow kHandlers[] = {
+    {tag::MEND, take_end},           {tag::DEFI, take_definition},    {tag::FRAM, take_framing},
+    {tag::IHDR, open_image},         {tag::PLTE, take_palette},       {tag::bKGD, take_background},
+    {tag::tRNS, take_transparency},  {tag::IDAT, take_image_data},    {tag::IEND, close_image},
+    {tag::zTXt, take_text},          {make_tag("JHDR"), open_opaque}, {make_tag("DHDR"), open_opaque},
+    {make_tag("BASI"), open_opaque},
+};
+
+bool take_chunk(MngReading& reading, const StreamChunk& chunk) {
+  // The tag of image records is this program's own: raw bytes under it would pass for a picture.
+  if (chunk.tag == tag::PNGI) return reading.fail(chunk, "the chunk has a reserved name");
+  if (chunk.tag == tag::MHDR) return reading.fail(chunk, "there is a second header");
+  if (reading.opaque && chunk.tag != tag::MEND) {
+    reading.opaque = chunk.tag != tag::IEND;
+    return reading.add(raw_record(chunk), chunk);
+  }
+  const auto row = std::ranges::find(kHandlers, chunk.tag, &HandlerRow::tag);
+  return row == std::end(kHandlers) ? take_other(reading, chunk) : row->take(reading, chunk);
+}
+
+/// Of the image data of an image only the first chunk is checked; an end chunk is checked by its type alone.
+void check_crc(MngReading& reading, const StreamChunk& chunk) {
+  if (chunk.tag == tag::IDAT && reading.open && reading.open->data.size() > 1) return;
+  const bool end = chunk.tag == tag::MEND || chunk.tag == tag::IEND;
+  if (!(end ? crc_agrees_with_type(chunk) : crc_agrees(chunk))) warn_of_crc(reading.host, chunk);
+}
+
+bool walk(MngReading& reading) {
+  if (!take_header(reading)) return false;
+  for (const StreamChunk& chunk : reading.chunks.subspan(1)) {
+    if (!take_chunk(reading, chunk)) return false;
+    check_crc(reading, chunk);
+  }
+  return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// the images
+
+std::vector<Item*> images_of(MngReading& reading) {
+  std::vector<Item*> images;
+  for (Item& item : reading.items)
+    if (item.image) images.push_back(&item);
+  return images;
+}
+
+bool pictures_fit_memory(const MngReading& reading, const std::vector<Item*>& images) {
+  std::uint64_t bytes = 0;
+  for (const Item* item : images)
+    bytes += std::uint64_t{picture_stride(item->image->fields.width, png_picture_bits(item->image->fields))} *
+             item->image->fields.height;
+  return bytes <= kMaximumDocumentBytes ||
+         reading.fail(reading.chunks.front(), "the images together are too large", FaultKind::Limit);
+}
+
+bool decode_images(MngReading& reading, const Progress& progress) {
+  constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
+  const std::vector<Item*> images = images_of(reading);
+  if (!pictures_fit_memory(reading, images)) return false;
+  std::vector<PngDecoded> decoded(images.size());
+  std::atomic<bool> damaged = false;
+  for (std::size_t first = 0; first < images.size() && !damaged; first += kAtOnce) {
+    const std::size_t count = std::min(kAtOnce, images.size() - first);
+    parallel_for(count, [&](std::size_t k) {
+      if (damaged) return;
+      const OpenImage& image = *images[first + k]->image;
+      decoded[first + k] = png_decode(image.fields, image.data, image.palette);
+      if (!decoded[first + k].picture) damaged = true;
+    });
+    progress.step(first + count, images.size());
+  }
+  for (std::size_t i = 0; i < images.size(); ++i) {
+    if (decoded[i].reason)
+      return reading.fail(*images[i]->chunk, decoded[i].reason,
+                          decoded[i].limit ? FaultKind::Limit : FaultKind::Damaged);
+    images[i]->record.data = decoded[i].picture.handle();
+  }
+  return true;
+}
+
+}  // namespace
+
+bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
+  window.document.kind = DocumentKind::MING;
+  GatheredChunks gathered;
+  if (!gather_file(file, kMngSignature, tag::MEND, gathered, host)) return false;
+  const QuietList quiet(window.list);
+  const Progress progress(host, string_text(StringId::Loading));
+  MngReading reading{window, host, gathered.chunks};
+  if (!walk(reading) || !decode_images(reading, progress)) return false;
+  for (const Item& item : reading.items) chunk_list_append(window.list, window.document, item.record);
+  chunk_list_close_change(window.list, window.document);
+  if (gathered.end < file.size()) host.set_status(string_text(StringId::BytesBehindEnd));
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,16 @@
+// Readers of PNG and animated PNG files.
+#pragma once
+
+#include <span>
+
+#include "base/host.h"
+#include "core/model/document.h"
+
+namespace vellum {
+
+/// Reads a PNG file into the (empty) window: a PING document, or an APNG one when the file has an acTL in
+/// front of its image and `APNGOpen` is on. False on failure, with the place and the reason given to the
+/// host; the caller reports. Wrong CRCs warn and never fail.
+bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host);
+
+}  // namespace vellum

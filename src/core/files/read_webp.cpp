@@ -1,0 +1,121 @@
+#include "core/files/read_webp.h"
+
+#include "base/byte_order.h"
+#include "base/limits.h"
+#include "core/chunks/new_chunk.h"
+#include "core/model/chunk_layout.h"
+#include "image/webp_service.h"
+
+namespace vellum {
+namespace {
+
+/// A file that is being read.
+struct WebpReading {
+  DocumentWindow& window;
+  Host& host;
+  const Progress& progress;
+  std::span<const std::uint8_t> file;
+  std::vector<WebpFrame> frames;
+  std::uint32_t frameCount = 0;
+  bool told = false;  ///< the reason of a failure is kept already
+
+  bool fail(const char* reason, FaultKind kind = FaultKind::Damaged) {
+    told = true;
+    return host.fail({kind, 0, -1, -1, reason});
+  }
+  bool append(const ChunkRecord& record) {
+    return chunk_list_append(window.list, window.document, record) != 0 ||
+           fail("the file has too many frames", FaultKind::Limit);
+  }
+};
+
+bool append_header(WebpReading& reading, const WebpHeaderFields& fields) {
+  ChunkRecord record;
+  reading.window.document.kind = DocumentKind::WEBP;
+  new_chunk(reading.window, record, tag::WEBH);
+  record.webpHeader = fields;
+  return reading.append(record);
+}
+
+bool append_frame(WebpReading& reading, const Picture& picture, std::int64_t delay, std::uint32_t dispose) {
+  ChunkRecord record;
+  NewChunkArgument argument;
+  argument.picture = picture.handle();
+  new_chunk(reading.window, record, tag::WEBI, argument);
+  record.webpImage.delay = static_cast<std::uint32_t>(std::clamp<std::int64_t>(delay, 0, 0xFFFFFFFF));
+  record.webpImage.dispose = dispose == 1;
+  return reading.append(record);
+}
+
+bool read_still(WebpReading& reading, const WebpInfo& info) {
+  const Picture picture = info.hasAlpha ? WEBPDecodeBGRA(reading.file) : WEBPDecodeBGR(reading.file);
+  if (!picture) return reading.fail("the image data is damaged");
+  WebpHeaderFields header;
+  header.canvasWidth = info.width;
+  header.canvasHeight = info.height;
+  header.colorType = info.hasAlpha ? 6 : 2;
+  header.bitsPerPixel = info.hasAlpha ? 32 : 24;
+  return append_header(reading, header) && append_frame(reading, picture, 0, 0);
+}
+
+bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
+  if (animation.frameCount < 1) return reading.fail("there are no frames");
+  const std::uint64_t canvas = std::uint64_t{animation.canvasWidth} * animation.canvasHeight * 4;
+  if (std::max(animation.canvasWidth, animation.canvasHeight) > kMaximumDimension ||
+      canvas > kMaximumPictureBytes || canvas * animation.frameCount > kMaximumDocumentBytes)
+    return reading.fail("the frames are too large together", FaultKind::Limit);
+  if (animation.frameCount >= kMaximumEntries)
+    return reading.fail("the file has too many frames", FaultKind::Limit);
+  reading.frameCount = animation.frameCount;
+  reading.frames.reserve(animation.frameCount);
+  return append_header(
+      reading, {animation.canvasWidth, animation.canvasHeight, animation.loopCount, animation.frameCount,
+                animation.bitsPerPixel == 32 ? 6u : 2u, animation.bitsPerPixel, animation.backgroundColor});
+}
+
+bool take_frame(WebpReading& reading, const WebpFrame& frame) {
+  reading.frames.push_back(frame);
+  reading.progress.step(reading.frames.size(), reading.frameCount);
+  return true;
+}
+
+bool read_animation(WebpReading& reading) {
+  const bool decoded = WEBPGetAnimation(
+      reading.file, [&](const WebpAnimation& animation) { return start_animation(reading, animation); },
+      [&](const WebpFrame& frame) { return take_frame(reading, frame); });
+  if (!decoded) return reading.told ? false : reading.fail("the animation is damaged");
+  std::int64_t before = 0;
+  for (const WebpFrame& frame : reading.frames) {
+    if (!append_frame(reading, frame.canvas, frame.timestamp - before, frame.dispose)) return false;
+    before = frame.timestamp;
+  }
+  return true;
+}
+
+/// Whether something stands behind what the RIFF header counts (WebP container: size of what follows, and a
+/// byte of padding where that is odd).
+bool bytes_behind_end(std::span<const std::uint8_t> file) {
+  const std::uint64_t size = read_le32(&file[4]);
+  return file.size() > 8 + size + size % 2;
+}
+
+}  // namespace
+
+bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
+  const auto info = WEBPGetInfoEx(file);
+  if (!info)
+    return host.fail({FaultKind::Damaged, 0, -1, 0, "the header of a WebP file is missing or damaged"});
+  const QuietList quiet(window.list);
+  const Progress progress(host, string_text(StringId::Loading));
+  WebpReading reading{window, host, progress, file, {}};
+  if (!(info->isAnimation ? read_animation(reading) : read_still(reading, *info))) return false;
+  chunk_list_close_change(window.list, window.document);
+  std::string lost;
+  if (info->hasMetadata) lost = string_text(StringId::MetadataNotKept);
+  if (bytes_behind_end(file))
+    lost += (lost.empty() ? "" : " ") + std::string(string_text(StringId::BytesBehindEnd));
+  if (!lost.empty()) host.set_status(lost);
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,372 @@
+// Animated PNG (APNG extension): one color type for all frames, made from their pictures.
+#include <algorithm>
+#include <atomic>
+
+#include "base/byte_order.h"
+#include "base/parallel.h"
+#include "core/files/png_reading.h"
+#include "core/files/png_writing.h"
+#include "core/files/write_png.h"
+#include "core/model/first_frame.h"
+#include "core/model/frame_values.h"
+#include "core/settings.h"
+#include "image/picture_operations.h"
+#include "image/png_encode.h"
+#include "image/png_form.h"
+
+namespace vellum {
+namespace {
+
+/// An image of the file: a frame, or the default image outside the animation.
+struct FrameOut {
+  Picture picture;
+  const FrameControl* control = nullptr;  ///< null for the default image
+  std::vector<std::uint8_t> stream;
+};
+
+/// What a save of an animated PNG works on.
+struct Saving {
+  DocumentWindow& window;
+  Host& host;
+  int compression;
+  std::size_t headerEntry = kNoEntry;
+  PngHeader from;  ///< the header as the list has it
+  PngHeader written;
+  std::vector<std::size_t> entries;   ///< of the frames
+  std::vector<FrameOut> images;       ///< the IDAT first
+  std::vector<std::uint8_t> palette;  ///< PLTE; empty for true color
+  std::vector<std::uint8_t> table;    ///< transparency of indexed pictures, by index
+  bool transparencyApplied = false;
+
+  bool fail(const char* reason, FaultKind kind = FaultKind::Misuse) const {
+    return host.fail({kind, 0, -1, -1, reason});
+  }
+};
+
+std::span<const std::uint8_t> raw_of(const ChunkList& list, ChunkTag tag) {
+  const std::size_t at = chunk_find_first(list, tag);
+  return at == kNoEntry ? std::span<const std::uint8_t>() : raw_payload(list.record(at));
+}
+
+// ---------------------------------------------------------------------------------------- which images, in
+// which order
+
+bool collect_frames(Saving& saving) {
+  const ChunkList& list = saving.window.list;
+  ChunkRecord header;
+  saving.headerEntry = chunk_find_header(list, saving.window.document, 0, header);
+  if (saving.headerEntry == kNoEntry) return saving.fail("the document has no header");
+  saving.from = saving.written = png_header_of(header);
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    if (!is_image_entry(DocumentKind::APNG, list.record(i).tag)) continue;
+    if (!picture_of(list.record(i))) return saving.fail("a frame has lost its picture");
+    saving.entries.push_back(i);
+    saving.images.push_back({picture_of(list.record(i)), &list.record(i).frameControl, {}});
+  }
+  return !saving.images.empty() || saving.fail("there is no image in this file");
+}
+
+/// The header holds all frames; it never cuts one.
+void grow_canvas(Saving& saving) {
+  for (const FrameOut& image : saving.images) {
+    saving.written.width = std::max(saving.written.width, image.control->xOffset + image.picture.width());
+    saving.written.height = std::max(saving.written.height, image.control->yOffset + image.picture.height());
+  }
+}
+
+bool covers_canvas(const FrameOut& image, const PngHeader& header) {
+  return image.control->xOffset == 0 && image.control->yOffset == 0 &&
+         image.picture.width() == header.width && image.picture.height() == header.height;
+}
+
+/// The IDAT must cover the canvas. It is the kept default image, or the first frame where that does;
+/// otherwise a default image outside the animation is made from the first frame.
+bool choose_default_image(Saving& saving) {
+  const Picture kept(saving.window.document.defaultImage);
+  const FrameOut& first = saving.images.front();
+  FrameOut image;
+  if (kept && kept.width() == saving.written.width && kept.height() == saving.written.height) {
+    image.picture = kept;
+  } else if (covers_canvas(first, saving.written)) {
+    return true;
+  } else {
+    image.picture = PictureExtendCanvas(first.picture, saving.written.width, saving.written.height,
+                                        static_cast<std::int32_t>(first.control->xOffset),
+                                        static_cast<std::int32_t>(first.control->yOffset),
+                                        frame_surroundings(saving.window.list, first.picture));
+    if (!image.picture) return saving.fail("memory is exhausted", FaultKind::Limit);
+  }
+  saving.images.insert(saving.images.begin(), std::move(image));
+  return true;
+}
+
+// ------------------------------------------------------------------------------------------- the one color
+// type of all
+
+std::uint32_t deepest(const std::vector<FrameOut>& images) {
+  std::uint32_t bits = 0;
+  for (const FrameOut& image : images) bits = std::max(bits, image.picture.bits());
+  return bits;
+}
+
+/// Which indexes a picture uses.
+std::array<bool, 256> used_indexes(const Picture& picture) {
+  std::array<bool, 256> used{};
+  const std::uint32_t bits = picture.bits(), mask = (1u << bits) - 1;
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* row = picture.row(y);
+    for (std::size_t x = 0; x < picture.width(); ++x)
+      used[row[x * bits / 8] >> (8 - bits - x * bits % 8) & mask] = true;
+  }
+  return used;
+}
+
+/// The palette that all pictures could share: the list's (the grey table of a grey document), else the first
+/// frame's; filled up from the first frame's table.
+std::vector<std::uint8_t> shared_palette(const Saving& saving) {
+  Palette own;
+  const std::size_t own_bytes = 3 * std::size_t{PictureGetPalette(saving.images.front().picture, own)};
+  std::vector<std::uint8_t> palette(own.begin(), own.begin() + static_cast<std::ptrdiff_t>(own_bytes));
+  if (saving.from.colorType != 0) {
+    const auto raw = raw_of(saving.window.list, tag::PLTE);
+    const std::size_t bytes = std::min<std::size_t>(raw.size() / 3 * 3, 768);
+    if (bytes != 0) palette.assign(raw.begin(), raw.begin() + static_cast<std::ptrdiff_t>(bytes));
+  }
+  std::size_t used = 0;
+  for (const FrameOut& image : saving.images)
+    used = std::max<std::size_t>(used, largest_index(image.picture) + 1);
+  while (palette.size() < 3 * used) palette.push_back(own[palette.size()]);
+  return palette;
+}
+
+bool agrees_with(const Picture& picture, const std::vector<std::uint8_t>& palette) {
+  Palette own;
+  PictureGetPalette(picture, own);
+  const auto at = [&](std::size_t i) { return i < palette.size() ? palette[i] : std::uint8_t{0}; };
+  const std::size_t bytes = 3 * std::size_t{picture.colours()};
+  std::size_t first = 0;
+  while (first < bytes && own[first] == at(first)) ++first;
+  if (first == bytes) return true;  // the usual case: no pixel needs to be looked at
+  const auto used = used_indexes(picture);
+  for (std::size_t i = first / 3; i < picture.colours(); ++i)
+    if (used[i] &&
+        (own[3 * i] != at(3 * i) || own[3 * i + 1] != at(3 * i + 1) || own[3 * i + 2] != at(3 * i + 2)))
+      return false;
+  return true;
+}
+
+bool palette_form(Saving& saving) {
+  const auto palette = shared_palette(saving);
+  for (const FrameOut& image : saving.images)
+    if (!agrees_with(image.picture, palette)) return false;
+  saving.palette = palette;
+  const auto entries = palette.size() / 3;
+  const std::uint32_t bits = deepest(saving.images);
+  saving.written.colorType = 3;
+  saving.written.bitDepth =
+      static_cast<std::uint8_t>(entries > 16 ? 8 : std::max(bits, entries > 2 ? 4u : 1u));
+  return true;
+}
+
+/// The picture in true color, with what tRNS makes transparent where `alpha` is wanted.
+Picture in_true_color(const Saving& saving, const Picture& picture, bool alpha) {
+  if (picture.bits() == 32) return picture;
+  if (!alpha) return picture.bits() == 24 ? picture : PictureToTrueColorAlpha(picture);
+  return PictureWithTransparency(picture, saving.table);
+}
+
+bool true_color_form(Saving& saving) {
+  saving.table = transparency_table(raw_of(saving.window.list, tag::tRNS), saving.from);
+  const bool indexed =
+      std::ranges::any_of(saving.images, [](const FrameOut& i) { return i.picture.bits() <= 8; });
+  const bool alpha = deepest(saving.images) == 32 || (indexed && !saving.table.empty());
+  saving.transparencyApplied = alpha;
+  saving.written.colorType = alpha ? 6 : 2;
+  saving.written.bitDepth = 8;
+  const auto raw = raw_of(saving.window.list, tag::PLTE);
+  if (saving.from.colorType == 2 || saving.from.colorType == 6) saving.palette.assign(raw.begin(), raw.end());
+  for (FrameOut& image : saving.images) {
+    image.picture = in_true_color(saving, image.picture, alpha);
+    if (!image.picture) return saving.fail("memory is exhausted", FaultKind::Limit);
+  }
+  return true;
+}
+
+bool choose_form(Saving& saving) {
+  if (deepest(saving.images) <= 8 && palette_form(saving)) return true;
+  return true_color_form(saving);
+}
+
+bool encode_images(Saving& saving, const Progress& progress) {
+  constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
+  std::atomic<bool> failed = false;
+  for (std::size_t first = 0; first < saving.images.size(); first += kAtOnce) {
+    const std::size_t count = std::min(kAtOnce, saving.images.size() - first);
+    parallel_for(count, [&](std::size_t k) {
+      FrameOut& image = saving.images[first + k];
+      PngHeader header = saving.written;
+      header.width = image.picture.width();
+      header.height = image.picture.height();
+      image.stream = png_encode(header, image.picture, saving.compression);
+      if (image.stream.empty()) failed = true;
+    });
+    if (failed) return saving.fail("an image can't be compressed", FaultKind::Limit);
+    progress.step(first + count, saving.images.size());
+  }
+  return true;
+}
+
+// -------------------------------------------------------------------------------------------------- the
+// order of chunks
+
+/// Behind which image a chunk that is neither text nor bound to a place stands: 0 in front of all of them.
+struct ChunkGroups {
+  std::vector<ChunkOut> front;                 ///< in front of the first image
+  std::vector<std::vector<ChunkOut>> between;  ///< in front of frame i
+  std::vector<ChunkOut> back;                  ///< behind the last image
+};
+
+bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
+
+/// The rank of a chunk in front of the first image.
+int front_rank(ChunkTag tag) {
+  if (is_text(tag)) return 3;
+  switch (place_of(tag, DocumentKind::APNG)) {
+    case ChunkPlace::BeforePalette:
+      return 0;
+    case ChunkPlace::AtPalette:
+      return 1;
+    case ChunkPlace::BehindPalette:
+      return 2;
+    default:
+      return 4;
+  }
+}
+
+ChunkGroups group_chunks(std::vector<ChunkOut> chunks, const std::vector<std::size_t>& frames) {
+  ChunkGroups groups;
+  groups.between.resize(frames.size());
+  for (ChunkOut& chunk : chunks) {
+    const auto frame =
+        static_cast<std::size_t>(std::ranges::lower_bound(frames, chunk.entry) - frames.begin());
+    if (frame == 0 || front_rank(chunk.tag) < 4 ||
+        place_of(chunk.tag, DocumentKind::APNG) == ChunkPlace::BeforeImage)
+      groups.front.push_back(std::move(chunk));
+    else if (frame < frames.size() && is_safe_to_copy(chunk.tag))
+      groups.between[frame].push_back(std::move(chunk));
+    else
+      groups.back.push_back(std::move(chunk));
+  }
+  std::ranges::stable_sort(groups.front, {}, [](const ChunkOut& chunk) { return front_rank(chunk.tag); });
+  return groups;
+}
+
+ChunksOutRequest chunks_request(const Saving& saving) {
+  ChunksOutRequest request;
+  request.kind = DocumentKind::APNG;
+  request.written = saving.written;
+  request.from = saving.from;
+  request.palette = saving.palette;
+  const auto colors = raw_of(saving.window.list, tag::PLTE);
+  request.fromPalette.assign(colors.begin(), colors.end());
+  request.greyBecamePalette = saving.from.colorType == 0 && saving.written.colorType == 3;
+  request.transparencyApplied = saving.transparencyApplied;
+  request.level = saving.compression;
+  return request;
+}
+
+/// A palette that no entry of the list stands for.
+bool palette_is_made(const Saving& saving, const std::vector<ChunkOut>& chunks) {
+  return !saving.palette.empty() && std::ranges::find(chunks, tag::PLTE, &ChunkOut::tag) == chunks.end();
+}
+
+ChunkGroups chunks_for(const Saving& saving, std::vector<std::string>& notes) {
+  std::vector<ChunkOut> chunks = chunks_out(saving.window.list, chunks_request(saving), notes);
+  if (settings::APNGIncludeTextChunks == 0)
+    std::erase_if(chunks, [](const ChunkOut& c) { return is_text(c.tag); });
+  if (palette_is_made(saving, chunks))
+    chunks.insert(chunks.begin(), {tag::PLTE, saving.palette, saving.headerEntry});
+  return group_chunks(std::move(chunks), saving.entries);
+}
+
+// ------------------------------------------------------------------------------------------------------------
+// the file
+
+bool write_animation_control(SafeFile& file, const Saving& saving) {
+  ChunkRecord control;
+  chunk_find_first(saving.window.list, tag::acTL, &control);
+  std::uint8_t payload[8];
+  write_be32(payload, static_cast<std::uint32_t>(saving.entries.size()));
+  write_be32(payload + 4, control.numPlays);
+  return write_chunk(file, tag::acTL, payload);
+}
+
+bool write_frame_control(SafeFile& file, const FrameOut& image, std::uint32_t sequence) {
+  const FrameControl& control = *image.control;
+  std::uint8_t payload[26];
+  write_be32(payload, sequence);
+  write_be32(payload + 4, image.picture.width());
+  write_be32(payload + 8, image.picture.height());
+  write_be32(payload + 12, control.xOffset);
+  write_be32(payload + 16, control.yOffset);
+  write_be16(payload + 20, control.delayNum);
+  write_be16(payload + 22, control.delayDen);
+  payload[24] = std::min<std::uint8_t>(control.dispose, 2);
+  payload[25] = std::min<std::uint8_t>(control.blend, 1);
+  return write_chunk(file, tag::fcTL, payload);
+}
+
+bool write_frame_data(SafeFile& file, const FrameOut& image, std::uint32_t sequence) {
+  std::vector<std::uint8_t> payload(4);
+  write_be32(payload.data(), sequence);
+  payload.insert(payload.end(), image.stream.begin(), image.stream.end());
+  return write_chunk(file, tag::fdAT, payload);
+}
+
+bool write_images(SafeFile& file, const Saving& saving, const ChunkGroups& groups) {
+  std::uint32_t sequence = 0;  // one count over fcTL and fdAT together
+  std::size_t frame = 0;
+  for (std::size_t i = 0; i < saving.images.size(); ++i) {
+    const FrameOut& image = saving.images[i];
+    if (image.control) {
+      if (!write_chunks(file, groups.between[frame++])) return false;
+      if (!write_frame_control(file, image, sequence++)) return false;
+    }
+    const bool good =
+        i == 0 ? write_image_data(file, image.stream) : write_frame_data(file, image, sequence++);
+    if (!good) return false;
+  }
+  return true;
+}
+
+bool write_file(const Saving& saving, const std::filesystem::path& path, const ChunkGroups& groups) {
+  SafeFile file(path);
+  const bool written = file.ok() && begin_png(file, saving.written) &&
+                       write_animation_control(file, saving) && write_chunks(file, groups.front) &&
+                       write_images(file, saving, groups) && write_chunks(file, groups.back) &&
+                       write_chunk(file, tag::IEND, {}) && file.commit();
+  return written || saving.fail(file.reason().c_str(), FaultKind::Limit);
+}
+
+}  // namespace
+
+WriteResult write_apng(DocumentWindow& window, const std::filesystem::path& path, int compression,
+                       Host& host) {
+  const Progress progress(host, string_text(StringId::Writing));
+  Saving saving{window, host, compression, kNoEntry, {}, {}, {}, {}, {}, {}, false};
+  if (!collect_frames(saving)) return WriteResult::Failed;
+  grow_canvas(saving);
+  if (!choose_default_image(saving) || !choose_form(saving) || !encode_images(saving, progress))
+    return WriteResult::Failed;
+  std::vector<std::string> notes;
+  const ChunkGroups groups = chunks_for(saving, notes);
+  if (!write_file(saving, path, groups)) return WriteResult::Failed;
+  std::vector<ChunkOut> all = groups.front;
+  all.insert(all.end(), groups.back.begin(), groups.back.end());
+  for (const auto& chunks : groups.between) all.insert(all.end(), chunks.begin(), chunks.end());
+  take_over_written(window, all);
+  tell_notes(host, notes);
+  return WriteResult::Done;
+}
+
+}  // namespace vellum

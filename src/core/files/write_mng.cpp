@@ -1,0 +1,230 @@
+#include "core/files/write_mng.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "base/byte_order.h"
+#include "base/parallel.h"
+#include "core/chunks/chunk_payload.h"
+#include "core/chunks/chunk_table.h"
+#include "core/chunks/identity_comment.h"
+#include "core/files/png_reading.h"
+#include "core/files/png_writing.h"
+#include "core/model/chunk_description.h"
+#include "core/model/framing.h"
+#include "core/model/loops.h"
+#include "image/png_encode.h"
+#include "image/png_form.h"
+
+namespace vellum {
+namespace {
+
+/// An image entry in the form in which it is written.
+struct ImageOut {
+  std::size_t entry;
+  PngForm form;
+  std::vector<std::uint8_t> stream;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// the images
+
+/// The PLTE of an image: its own colors, filled up from the picture's table as far as pixels reach; none for
+/// greys.
+std::vector<std::uint8_t> palette_of(const ChunkRecord& record, const PngForm& form) {
+  const std::uint8_t type = form.header.colorType;
+  const bool own = record.flags & CRF_PLTE;
+  if (type == 0 || type == 4 || (type != 3 && !own)) return {};
+  const auto& stored = record.image->palette;
+  const std::size_t bytes =
+      own ? std::min<std::size_t>(record.image->paletteBytes / 3 * 3, stored.size()) : 0;
+  std::vector<std::uint8_t> palette(stored.begin(), stored.begin() + static_cast<std::ptrdiff_t>(bytes));
+  if (type != 3) return palette;
+  Palette table;
+  const std::size_t colors = PictureGetPalette(form.picture, table);
+  const std::size_t used = own ? largest_index(form.picture) + std::size_t{1} : colors;
+  while (palette.size() < 3 * used) palette.push_back(table[palette.size()]);
+  palette.resize(std::min(palette.size(), std::size_t{3} << form.header.bitDepth));
+  return palette;
+}
+
+/// bKGD and tRNS of an image, as long as the color type wants them; empty where they do not fit it.
+std::vector<std::uint8_t> fitted(const ChunkRecord& record, ChunkTag tag, const PngContext& context) {
+  const EmbeddedImage& image = *record.image;
+  std::vector<std::uint8_t> payload;
+  if (tag == tag::bKGD) {
+    const std::size_t length = context.colorType == 3 ? 1 : context.colorType % 4 == 0 ? 2 : 6;
+    payload.assign(image.background.begin(), image.background.begin() + static_cast<std::ptrdiff_t>(length));
+  } else {
+    std::size_t length = std::min<std::size_t>(image.transBytes, image.trans.size());
+    if (context.colorType == 3) length = std::min<std::size_t>(length, context.paletteEntries);
+    payload.assign(image.trans.begin(), image.trans.begin() + static_cast<std::ptrdiff_t>(length));
+  }
+  if (!is_valid_chunk(tag, payload, context)) payload.clear();
+  return payload;
+}
+
+std::optional<std::array<std::uint16_t, 3>> deep_key(const ChunkRecord& record) {
+  const EmbeddedImage& image = *record.image;
+  const std::size_t samples = record.colorType == 0 ? 1 : record.colorType == 2 ? 3 : 0;
+  if (record.bitDepth != 16 || !(record.flags & CRF_TRNS) || samples == 0 || image.transBytes != 2 * samples)
+    return std::nullopt;
+  std::array<std::uint16_t, 3> key{};
+  for (std::size_t i = 0; i < samples; ++i) key[i] = read_be16(&image.trans[2 * i]);
+  return key;
+}
+
+std::vector<ImageOut> image_entries(const ChunkList& list) {
+  std::vector<ImageOut> images;
+  for (std::size_t i = 0; i < list.size(); ++i)
+    if (list.record(i).tag == tag::PNGI) images.push_back({i, {}, {}});
+  return images;
+}
+
+/// Fits and encodes the images side by side; the reason of a failure, or null.
+const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, int compression,
+                          const Progress& progress) {
+  constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
+  std::atomic<const char*> reason = nullptr;
+  for (std::size_t first = 0; first < images.size() && !reason; first += kAtOnce) {
+    const std::size_t count = std::min(kAtOnce, images.size() - first);
+    parallel_for(count, [&](std::size_t k) {
+      ImageOut& image = images[first + k];
+      const ChunkRecord& record = list.record(image.entry);
+      const Picture picture = picture_of(record);
+      if (!picture) {
+        reason = "an image has lost its picture";
+        return;
+      }
+      const std::uint32_t entries = record.flags & CRF_PLTE ? record.image->paletteBytes / 3 : 0;
+      image.form = png_form(picture, png_header_of(record), entries);
+      if (image.form.picture)
+        image.stream = png_encode(image.form.header, image.form.picture, compression, deep_key(record));
+      if (image.stream.empty()) reason = "an image can't be compressed";
+    });
+    progress.step(images[first + count - 1].entry, list.size());
+  }
+  return reason;
+}
+
+bool write_optional(SafeFile& file, ChunkTag tag, std::span<const std::uint8_t> payload) {
+  return payload.empty() || write_chunk(file, tag, payload);
+}
+
+/// Which of the two blocks are in force where the writer stands: they hold for every later image.
+struct InForce {
+  bool framing = false, definition = false;
+};
+
+/// The blocks in front of an image: its own, or, where one of an earlier image is in force, one that says
+/// nothing.
+std::vector<std::uint8_t> framing_out(const ChunkRecord& record, InForce& force) {
+  if (record.flags & CRF_FRAM) {
+    force.framing = true;
+    return framing_payload(record.image->framBlock);
+  }
+  if (!force.framing) return {};
+  FramBlock block;
+  block.framingMode = block.changeDelay = 1;
+  return framing_payload(block);
+}
+
+std::vector<std::uint8_t> definition_out(const ChunkRecord& record, InForce& force) {
+  if (record.flags & CRF_DEFI) {
+    force.definition = true;
+    return definition_payload(record.image->defiBlock, record.image->defiBytes);
+  }
+  if (!force.definition) return {};
+  DefiBlock block;
+  block.concreteFlag = 1;
+  return definition_payload(block, 12);
+}
+
+bool write_image(SafeFile& file, const ChunkRecord& record, const ImageOut& image, InForce& force) {
+  const auto palette = palette_of(record, image.form);
+  const PngHeader& header = image.form.header;
+  const PngContext context{header.bitDepth, header.colorType, static_cast<std::uint32_t>(palette.size() / 3)};
+  const auto flagged = [&](RecordFlag flag, std::vector<std::uint8_t> payload) {
+    return record.flags & flag ? payload : std::vector<std::uint8_t>();
+  };
+  return write_optional(file, tag::FRAM, framing_out(record, force)) &&
+         write_optional(file, tag::DEFI, definition_out(record, force)) &&
+         write_chunk(file, tag::IHDR, png_header_payload(header)) &&
+         write_optional(file, tag::PLTE, palette) &&
+         write_optional(file, tag::bKGD, flagged(CRF_BKGD, fitted(record, tag::bKGD, context))) &&
+         write_optional(file, tag::tRNS, flagged(CRF_TRNS, fitted(record, tag::tRNS, context))) &&
+         write_image_data(file, image.stream) && write_chunk(file, tag::IEND, {});
+}
+
+// -----------------------------------------------------------------------------------------------------------
+// the file
+
+/// What a save of an MNG works on.
+struct Saving {
+  const ChunkList& list;
+  std::vector<ImageOut> images;
+  std::vector<ChunkOut> others;  ///< payloads of all entries but headers and images, in list order
+};
+
+bool write_entries(SafeFile& file, const Saving& saving) {
+  auto image = saving.images.begin();
+  auto other = saving.others.begin();
+  InForce force;
+  for (std::size_t i = 0; i < saving.list.size(); ++i) {
+    bool good = true;
+    if (image != saving.images.end() && image->entry == i)
+      good = write_image(file, saving.list.record(i), *image++, force);
+    else if (other != saving.others.end() && other->entry == i) {
+      force.framing |= other->tag == tag::FRAM;
+      force.definition |= other->tag == tag::DEFI;
+      good = write_chunk(file, other->tag, other->payload);
+      ++other;
+    }
+    if (!good) return false;
+  }
+  return true;
+}
+
+bool write_file(const std::filesystem::path& path, const Saving& saving, const ChunkRecord& header,
+                Host& host) {
+  SafeFile file(path);
+  const auto comment = identity_comment(saving.list);
+  const bool written =
+      file.ok() && file.write(kMngSignature) && write_chunk(file, tag::MHDR, mng_header_payload(header)) &&
+      (!comment || write_chunk(file, tag::tEXt, *comment)) && write_entries(file, saving) && file.commit();
+  return written || host.fail({FaultKind::Limit, 0, -1, -1, file.reason()});
+}
+
+std::vector<ChunkOut> other_entries(const ChunkList& list, int compression) {
+  std::vector<ChunkOut> others;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const ChunkRecord& record = list.record(i);
+    if (record.tag == tag::MHDR || record.tag == tag::PNGI) continue;
+    others.push_back({record.tag, plain_payload(record, compression), i});
+  }
+  return others;
+}
+
+}  // namespace
+
+WriteResult write_mng(DocumentWindow& window, const std::filesystem::path& path, int compression,
+                      Host& host) {
+  ChunkRecord header;
+  if (chunk_find_first(window.list, tag::MHDR, &header) == kNoEntry) {
+    host.fail({FaultKind::Misuse, 0, -1, -1, "the document has no header"});
+    return WriteResult::Failed;
+  }
+  const Progress progress(host, string_text(StringId::Writing));
+  Saving saving{window.list, image_entries(window.list), other_entries(window.list, compression)};
+  if (const char* reason = encode_images(window.list, saving.images, compression, progress)) {
+    host.fail({FaultKind::Limit, 0, -1, -1, reason});
+    return WriteResult::Failed;
+  }
+  if (!write_file(path, saving, header, host)) return WriteResult::Failed;
+  take_over_written(window, saving.others);
+  for (const ImageOut& image : saving.images) take_over_header(window, image.entry, image.form.header);
+  if (!loops_match(window.list)) tell_notes(host, {"LOOP and ENDL chunks do not match"});
+  return WriteResult::Done;
+}
+
+}  // namespace vellum

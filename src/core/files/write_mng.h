@@ -1,0 +1,13 @@
+// Writer of MNG files (MNG 1.0).
+#pragma once
+
+#include "core/files/write_png.h"
+
+namespace vellum {
+
+/// Writes the list of a MING document: the header, the identity comment, every entry in its order, each image
+/// with the FRAM and the DEFI that it carries. `compression`: 0 to 9. What stood at `path` before survives
+/// any failure.
+WriteResult write_mng(DocumentWindow& window, const std::filesystem::path& path, int compression, Host& host);
+
+}  // namespace vellum

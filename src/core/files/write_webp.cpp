@@ -1,0 +1,128 @@
+#include "core/files/write_webp.h"
+
+#include "base/file.h"
+#include "core/build/convert_records.h"
+#include "core/settings.h"
+#include "image/picture_operations.h"
+#include "image/picture_rows.h"
+#include "image/webp_service.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::uint32_t kMostPixels = 16383;  // of a canvas in either direction (WebP container)
+
+/// A save of a WEBP document.
+struct WebpSaving {
+  const DocumentWindow& window;
+  Host& host;
+  int quality;
+
+  bool lossless() const { return settings::WEBPLossless != 0; }
+  std::vector<std::uint8_t> fail(const char* reason, FaultKind kind = FaultKind::Misuse) const {
+    host.fail({kind, 0, -1, -1, reason});
+    return {};
+  }
+};
+
+std::vector<std::uint8_t> make_still(const WebpSaving& saving) {
+  const ChunkList& list = saving.window.list;
+  const std::size_t at = chunk_find_first(list, tag::WEBI);
+  if (at == 0) return saving.fail("there is no header in front of the image");
+  const Picture picture = picture_of(list.record(at));
+  if (!has_rows(picture)) return saving.fail("the image has lost its picture");
+  if (std::max(picture.width(), picture.height()) > kMostPixels)
+    return saving.fail("the image is wider or higher than 16383 pixels");
+  auto file = encode_webp_still(picture, saving.lossless(), saving.quality);
+  return file.empty() ? saving.fail("the image can't be compressed", FaultKind::Limit) : file;
+}
+
+/// A 32-bit picture of the canvas' size: the frame at its offset, which is kept inside, the rest transparent.
+/// A frame that has lost its picture is all transparent.
+Picture canvas_of(const ChunkRecord& record, Extent size) {
+  const Picture picture = picture_of(record);
+  const auto inside = [](std::uint32_t offset, std::uint32_t canvas, std::uint32_t extent) {
+    return extent >= canvas ? 0 : std::min(offset, canvas - extent);
+  };
+  if (!has_rows(picture)) return PictureCreateAlpha(size.width, size.height);
+  const Picture frame = picture.bits() == 32 ? picture : PictureToTrueColorAlpha(picture);
+  if (!frame || (frame.width() == size.width && frame.height() == size.height)) return frame;
+  Picture canvas = PictureCreateAlpha(size.width, size.height);
+  const WebpImageFields& fields = record.webpImage;
+  PictureBlit(canvas, static_cast<std::int32_t>(inside(fields.xOffset, size.width, frame.width())),
+              static_cast<std::int32_t>(inside(fields.yOffset, size.height, frame.height())), frame, 0, 0,
+              static_cast<std::int32_t>(frame.width()), static_cast<std::int32_t>(frame.height()));
+  return canvas;
+}
+
+/// Hands the frames of a list over, one a call.
+class FrameSource {
+ public:
+  FrameSource(const WebpSaving& saving, const WebpParameters& parameters)
+      : list_(saving.window.list),
+        size_{parameters.canvasWidth, parameters.canvasHeight},
+        count_(parameters.frameCount),
+        progress_(saving.host, string_text(StringId::Writing)) {}
+
+  bool operator()(WebpFrameRequest& request) {
+    request.timestamp = time_;
+    if (request.last) return true;
+    const std::size_t at = chunk_find_first(list_, tag::WEBI, nullptr, next_);
+    if (at == kNoEntry) return false;
+    progress_.step(done_++, count_);
+    const ChunkRecord& record = list_.record(at);
+    request.canvas = canvas_of(record, size_);
+    request.dispose = record.webpImage.dispose;
+    time_ += record.webpImage.delay;
+    next_ = at + 1;
+    return static_cast<bool>(request.canvas);
+  }
+
+ private:
+  const ChunkList& list_;
+  Extent size_;
+  std::size_t count_;
+  Progress progress_;
+  std::size_t next_ = 0, done_ = 0;
+  std::int64_t time_ = 0;  ///< when the next frame starts, in milliseconds
+};
+
+std::vector<std::uint8_t> make_animation(const WebpSaving& saving, std::size_t images) {
+  ChunkRecord record;
+  if (chunk_find_first(saving.window.list, tag::WEBH, &record) == kNoEntry)
+    return saving.fail("the document has no header");
+  const WebpHeaderFields& header = record.webpHeader;
+  if (header.canvasWidth == 0 || header.canvasHeight == 0) return saving.fail("the canvas has no pixels");
+  if (std::max(header.canvasWidth, header.canvasHeight) > kMostPixels)
+    return saving.fail("the canvas is wider or higher than 16383 pixels");
+  const WebpParameters parameters{
+      header.canvasWidth,     header.canvasHeight, header.loopCount, static_cast<std::uint32_t>(images),
+      header.backgroundColor, saving.lossless(),   saving.quality,   settings::WebPAllowMixed != 0};
+  FrameSource source(saving, parameters);
+  auto file = WEBPWriteAnimation(parameters, [&](WebpFrameRequest& request) { return source(request); });
+  return file.empty() ? saving.fail("a frame can't be compressed", FaultKind::Limit) : file;
+}
+
+WriteResult write_file(const WebpSaving& saving, const std::filesystem::path& path) {
+  const std::size_t images = chunk_count_images(saving.window.list, DocumentKind::WEBP);
+  const auto bytes = images == 0   ? saving.fail("there is no image in this document")
+                     : images == 1 ? make_still(saving)
+                                   : make_animation(saving, images);
+  if (bytes.empty()) return WriteResult::Failed;
+  SafeFile file(path);
+  if (file.ok() && file.write(bytes) && file.commit()) return WriteResult::Done;
+  saving.fail(file.reason().c_str(), FaultKind::Limit);
+  return WriteResult::Failed;
+}
+
+}  // namespace
+
+WriteResult write_webp(const DocumentWindow& window, const std::filesystem::path& path, int quality,
+                       Host& host) {
+  if (window.document.kind == DocumentKind::WEBP) return write_file({window, host, quality}, path);
+  DocumentWindow converted;
+  if (!convert_document(window, converted, DocumentKind::WEBP, host)) return WriteResult::Failed;
+  return write_file({converted, host, quality}, path);
+}
+
+}  // namespace vellum

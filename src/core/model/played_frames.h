@@ -1,0 +1,22 @@
+// The frames of an animation as they play once.
+#pragma once
+
+#include <vector>
+
+#include "core/model/document.h"
+
+namespace vellum {
+
+/// Most frames that the loops of an MNG are written out to.
+inline constexpr std::size_t kMostUnrolled = 10'000;
+
+struct PlayedFrames {
+  std::vector<std::size_t> entries;  ///< image entries, in order
+  std::uint32_t plays = 0;           ///< of the whole, 0 for ever
+  bool loopsLost = false;            ///< loops inside were left out: too many frames, or no end
+};
+
+/// The loop of an MNG around all of its images gives the plays; loops inside are written out.
+PlayedFrames played_frames(const DocumentWindow& window);
+
+}  // namespace vellum

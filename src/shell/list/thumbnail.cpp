@@ -1,0 +1,38 @@
+#include "shell/list/thumbnail.h"
+
+#include "shell/look/picture_image.h"
+
+namespace vellum {
+namespace {
+
+constexpr int kSideMargin = 4;
+constexpr int kCaptionHeight = 28;  // the row's text above its thumbnail
+
+int scaled(std::int64_t value, int percent) { return static_cast<int>(value * percent / 100); }
+
+}  // namespace
+
+ThumbnailPlace thumbnail_place(const QRect& row, Extent canvas, Extent picture, FrameOffset offset,
+                               int percent) {
+  const QSize drawn(scaled(canvas.width, percent), scaled(canvas.height, percent));
+  const QPoint corner(row.left() + kSideMargin + (row.width() - drawn.width() - 2 * kSideMargin) / 2,
+                      row.top() + kCaptionHeight);
+  const QSize frame(std::max(scaled(picture.width, percent), 1),
+                    std::max(scaled(picture.height, percent), 1));
+  return {{corner, drawn}, {corner + QPoint(scaled(offset.x, percent), scaled(offset.y, percent)), frame}};
+}
+
+ThumbnailCache::ThumbnailCache(qsizetype limit_in_bytes) : cache_(limit_in_bytes) {}
+
+QPixmap ThumbnailCache::get(const std::shared_ptr<const ChunkRecord>& record, QSize size) {
+  const Key key{reinterpret_cast<quintptr>(record.get()), {size.width(), size.height()}};
+  if (const Item* item = cache_.object(key); item && item->record.lock() == record) return item->pixmap;
+  const QImage image = scaled_image(picture_of(*record), size);
+  if (image.isNull()) return {};
+  ++made_;
+  QPixmap pixmap = QPixmap::fromImage(image);
+  cache_.insert(key, new Item{record, pixmap}, image.sizeInBytes());
+  return pixmap;
+}
+
+}  // namespace vellum

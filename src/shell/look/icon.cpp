@@ -1,0 +1,81 @@
+#include "shell/look/icon.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QHash>
+#include <QIconEngine>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <cmath>
+
+#include "shell/look/style.h"
+
+// The macros declare functions and so can't stand in a namespace.
+static void initialise_resources() {
+  Q_INIT_RESOURCE(icons);
+  Q_INIT_RESOURCE(start);
+}
+
+namespace vellum {
+namespace {
+
+constexpr const char* kInk = "#101010";  // the drawings' stand-in for the text color
+constexpr double kDisabledShare = 0.62;  // how far a disabled icon fades into the window
+
+QColor ink_of(QIcon::Mode mode) {
+  const QPalette palette = QApplication::palette();
+  const QColor text = palette.color(QPalette::Active, QPalette::WindowText);
+  if (mode == QIcon::Selected) return palette.color(QPalette::Active, QPalette::HighlightedText);
+  if (mode == QIcon::Disabled) return style::between(text, palette.color(QPalette::Window), kDisabledShare);
+  return text;
+}
+
+QByteArray drawing_for(QByteArray drawing, QIcon::Mode mode) {
+  const QColor ink = ink_of(mode);
+  drawing.replace(kInk, ink.name().toLatin1());
+  const QColor accent = QColor::fromRgb(style::kAccent);
+  const QColor shown = mode == QIcon::Disabled || mode == QIcon::Selected ? ink : accent;
+  return drawing.replace(accent.name().toLatin1(), shown.name().toLatin1());
+}
+
+class SvgEngine : public QIconEngine {
+ public:
+  explicit SvgEngine(QByteArray drawing) : drawing_(std::move(drawing)) {}
+
+  QIconEngine* clone() const override { return new SvgEngine(drawing_); }
+
+  void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+    QSvgRenderer(drawing_for(drawing_, mode)).render(painter, rect);
+  }
+
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    return scaledPixmap(size, mode, state, 1.0);
+  }
+
+  /// `size` is in device pixels.
+  QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state, qreal) override {
+    QPixmap& pixmap = cache_[{size.width(), size.height(), ink_of(mode).rgba()}];
+    if (!pixmap.isNull()) return pixmap;
+    pixmap = QPixmap(size);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    paint(&painter, QRect(QPoint(), size), mode, state);
+    return pixmap;
+  }
+
+ private:
+  QByteArray drawing_;
+  std::map<std::tuple<int, int, QRgb>, QPixmap> cache_;
+};
+
+}  // namespace
+
+QIcon program_icon(const char* name) {
+  QFile file(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name)));
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  return QIcon(new SvgEngine(file.readAll()));
+}
+
+void register_icons() { initialise_resources(); }
+
+}  // namespace vellum

@@ -1,0 +1,153 @@
+#include "shell/services/file_dialogs.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include "configuration/shell_settings.h"
+#include "image/graphic_file.h"
+#include "shell/forms/default_folders.h"
+#include "shell/look/text.h"
+#include "shell/services/file_preview.h"
+#include "shell/services/saving.h"
+
+namespace vellum {
+namespace {
+
+struct Format {
+  const char* name;
+  const char* extension;
+  std::span<const DocumentKind> kinds;  ///< which documents are saved as such files
+};
+
+constexpr DocumentKind kPngKinds[] = {DocumentKind::PING, DocumentKind::APNG};
+constexpr DocumentKind kMngKinds[] = {DocumentKind::MING};
+constexpr DocumentKind kWebpKinds[] = {DocumentKind::WEBP};
+
+constexpr Format kFormats[] = {
+    {"PNG", "png", kPngKinds}, {"MNG", "mng", kMngKinds}, {"WebP", "webp", kWebpKinds}};
+
+QString patterns(std::string_view name) {
+  const QString extension = to_qt(name);
+  return QStringLiteral("*.%1 *.%2").arg(extension, extension.toUpper());
+}
+
+QString filter_of(const Format& format) {
+  return QStringLiteral("%1 (%2)").arg(QString::fromLatin1(format.name), patterns(format.extension));
+}
+
+/// A folder that is there: the dialog takes another one's name for a file.
+QString pictures_folder() {
+  const QString last = to_qt(settings::OpenImportPath);
+  if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
+  const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
+}
+QString start_folder() { return usable_folder(settings::OpenPath); }
+
+std::filesystem::path remember_folder(const QString& name) {
+  std::filesystem::path path = to_path(name);
+  settings::OpenPath = path.parent_path().string();
+  return path;
+}
+
+int number_of_filter(const QStringList& filters, const QString& chosen) {
+  return static_cast<int>(std::max<qsizetype>(filters.indexOf(chosen), 0));
+}
+
+/// Shows the dialog with the filter of this number; the chosen files, none when the user cancelled.
+QStringList ask_with_preview(QFileDialog& dialog, const QStringList& filters, int& filter) {
+  dialog.setNameFilters(filters);
+  dialog.selectNameFilter(filters.value(filter, filters.front()));
+  add_file_preview(dialog);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  filter = number_of_filter(filters, dialog.selectedNameFilter());
+  return dialog.selectedFiles();
+}
+
+QString save_filter(DocumentKind kind) {
+  for (const Format& format : kFormats)
+    if (std::ranges::find(format.kinds, kind) != format.kinds.end()) return filter_of(format);
+  return {};
+}
+
+}  // namespace
+
+QString open_filters() {
+  QStringList all, single;
+  for (const Format& format : kFormats) {
+    all << patterns(format.extension);
+    single << filter_of(format);
+  }
+  single.prepend(QObject::tr("All formats (%1)").arg(all.join(u' ')));
+  return single.join(QStringLiteral(";;"));
+}
+
+std::optional<std::filesystem::path> ask_for_open(QWidget* parent) {
+  const QStringList filters = open_filters().split(QStringLiteral(";;"));
+  QFileDialog dialog(parent, QObject::tr("Open"), start_folder());
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  const QStringList names = ask_with_preview(dialog, filters, settings::OpenFilterIndex);
+  if (names.isEmpty()) return std::nullopt;
+  return remember_folder(names.front());
+}
+
+std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveChoice& choice) {
+  const QString filter = save_filter(choice.kind);
+  QString offered = path_text(choice.name);
+  if (!choice.name.is_absolute()) offered = start_folder() + u'/' + offered;
+  for (;;) {
+    const QString name = QFileDialog::getSaveFileName(parent, QObject::tr("Save as"), offered, filter);
+    if (name.isEmpty()) return std::nullopt;
+    const auto path = to_path(name);
+    const auto forced = with_kind_extension(path, choice.kind);
+    std::error_code error;
+    if (forced == path || !std::filesystem::exists(forced, error)) return remember_folder(path_text(forced));
+    // The dialog has asked about another name than the one that would be written over.
+    offered = path_text(forced);
+  }
+}
+
+std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileChoice& choice) {
+  // A dialog that asks is in front of the window.
+  if (QWidget* dialog = QApplication::activeModalWidget()) parent = dialog;
+  std::string& folder = choice.saving ? settings::OpenExportPath : settings::OpenImportPath;
+  const std::filesystem::path start = to_path(usable_folder(folder)) / choice.name;
+  const QString title = to_qt(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
+  const QStringList single = filters.split(QStringLiteral(";;"));
+  QString filter = single.value(choice.filter ? *choice.filter : 0, single.front());
+  const QString name = choice.saving ? QFileDialog::getSaveFileName(parent, title, offered, filters, &filter)
+                                     : QFileDialog::getOpenFileName(parent, title, offered, filters, &filter);
+  if (name.isEmpty()) return std::nullopt;
+  if (choice.filter) *choice.filter = number_of_filter(single, filter);
+  folder = to_path(name).parent_path().string();
+  return to_path(name);
+}
+
+QString picture_filters(bool reading) {
+  QStringList all, single;
+  for (const GraphicFileModule& module : graphic_file_modules()) {
+    all << patterns(module.extension);
+    single << QStringLiteral("%1 (%2)").arg(to_qt(module.name), patterns(module.extension));
+  }
+  if (!reading) return single.join(QStringLiteral(";;"));
+  single.prepend(QObject::tr("All pictures (%1)").arg(all.join(u' ')));
+  return single.join(QStringLiteral(";;"));
+}
+
+std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool several) {
+  const QStringList filters = picture_filters(true).split(QStringLiteral(";;"));
+  QFileDialog dialog(parent, several ? QObject::tr("Insert images") : QObject::tr("Insert image"),
+                     pictures_folder());
+  dialog.setFileMode(several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+  QStringList names = ask_with_preview(dialog, filters, settings::ImageFileOpenIndex);
+  names.sort();
+  std::vector<std::filesystem::path> files;
+  for (const QString& name : names) files.push_back(to_path(name));
+  if (!files.empty()) settings::OpenImportPath = files.front().parent_path().string();
+  return files;
+}
+
+}  // namespace vellum

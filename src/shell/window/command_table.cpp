@@ -1,0 +1,203 @@
+#include "shell/window/command_table.h"
+
+#include <algorithm>
+
+#include "core/model/tags.h"
+#include "shell/window/commands.h"
+
+namespace vellum {
+namespace {
+
+using enum Need;
+
+/// What the program can't do yet: the row's function, and nothing else, is what is missing.
+constexpr CommandFunction kLater;
+
+constexpr DocumentKind kStill[] = {DocumentKind::PING};
+constexpr DocumentKind kMng[] = {DocumentKind::MING};
+constexpr DocumentKind kWebp[] = {DocumentKind::WEBP};
+constexpr DocumentKind kPngs[] = {DocumentKind::PING, DocumentKind::APNG};
+constexpr DocumentKind kApngAndMng[] = {DocumentKind::APNG, DocumentKind::MING};
+constexpr DocumentKind kApngAndWebp[] = {DocumentKind::APNG, DocumentKind::WEBP};
+constexpr DocumentKind kMngAndWebp[] = {DocumentKind::MING, DocumentKind::WEBP};
+constexpr DocumentKind kPngsAndMng[] = {DocumentKind::PING, DocumentKind::APNG, DocumentKind::MING};
+constexpr DocumentKind kAnimations[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
+
+// clang-format off
+const CommandRow kCommands[] = {
+    // number, label, menu and group, need, kinds, icon, function
+    {101, "&PNG (still image)", Menu::New, 1, Nothing, {}, nullptr, new_command<DocumentKind::PING>},
+    {102, "&Animated PNG (animation)", Menu::New, 1, Nothing, {}, nullptr, new_command<DocumentKind::APNG>},
+    {114, "&MNG (animaton)", Menu::New, 1, Nothing, {}, nullptr, new_command<DocumentKind::MING>},
+    {105, "&WebP (animaton)", Menu::New, 1, Nothing, {}, nullptr, new_command<DocumentKind::WEBP>},
+    {58, "&Open\tCtrl+0", Menu::File, 1, Nothing, {}, "open", open_command},
+    {57, "&Save\tCtrl+S", Menu::File, 2, Entries, {}, "save", save_command},
+    {104, "Save &as...", Menu::File, 2, Entries, {}, nullptr, save_as_command},
+    {106, "&Close", Menu::File, 3, Entries, {}, "close", close_command},
+    {109, "Close a&ll", Menu::File, 3, Entries, {}, nullptr, close_all_command},
+    {59, "Animation &Wizard...\tCtrl+T", Menu::File, 4, Nothing, {}, "wizard", kLater},
+    {117, "Com&bine", Menu::File, 4, Nothing, {}, "combine", kLater},
+    {403, "Fa&vorites", Menu::File, 4, Nothing, {}, "favorites", kLater},
+    {119, "Pr&int", Menu::File, 5, Entries, kAnimations, "print", kLater},
+    {118, "P&roperties", Menu::File, 5, Entries, kAnimations, "properties", properties_command},
+    {54, "Set&up", Menu::File, 5, Nothing, {}, "setup", setup_command},
+    {111, "Su&percompress", Menu::File, 6, Entries, kApngAndMng, "supercompress", kLater},
+    {121, "Export to &ANI", Menu::File, 7, Entries, kAnimations, "export", kLater},
+    {122, "Export to &GIF", Menu::File, 7, Entries, kAnimations, "export", kLater},
+    {116, "Export to &ILG", Menu::File, 7, Entries, kAnimations, "export", kLater},
+    {112, "Export to &Movie", Menu::File, 7, Entries, {}, "export", kLater},
+    {115, "Export to SW&F", Menu::File, 7, Entries, kAnimations, "export", kLater},
+    {120, "Import from &ANI", Menu::File, 8, Nothing, {}, "import", kLater},
+    {110, "Import from &Movie", Menu::File, 8, Nothing, {}, "import", kLater},
+    {113, "&Preview Movie", Menu::File, 8, Nothing, {}, "movie", kLater},
+    {55, "E&xit", Menu::File, 9, Nothing, {}, nullptr, exit_command},
+    {123, "E&xit", Menu::None, 0, Nothing, {}, nullptr, exit_command},
+
+    {204, "&Undo\tCtrl+Z (Alt+Backspace)", Menu::Edit, 1, Undo, {}, "undo", undo_command},
+    {201, "Cu&t\tCtrl+X (Shift+Del)", Menu::Edit, 2, Selection, {}, "cut", cut_command},
+    {202, "&Copy\tCtrl+C (Ctrl+Ins)", Menu::Edit, 2, Selection, {}, "copy", copy_command},
+    {203, "&Paste\tCtrl+V (Shift+Ins)", Menu::Edit, 2, Entries, {}, "paste", paste_command},
+    {50, "&Select all\tCtrl+A", Menu::Edit, 3, Entries, {}, "select_all", select_all_command},
+    {51, "&Select none", Menu::Edit, 3, Selection, {}, "select_none", select_none_command},
+    {1050, "&Background (BACK)", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_command<tag::BACK>},
+    {1055, "&Image", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_images_command},
+    {1053, "&Loop (LOOP)", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_command<tag::LOOP>},
+    {1054, "Loop &end (ENDL)", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_command<tag::ENDL>},
+    {1056, "&Termination (TERM)", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_command<tag::TERM>},
+    {1022, "&Background (BKGD)", Menu::InsertPng, 1, Entries, kStill, nullptr, insert_command<tag::bKGD>},
+    {1025, "&Compressed text (ZTXT)", Menu::InsertPng, 1, Entries, kPngsAndMng, nullptr, insert_command<tag::zTXt>},
+    {1027, "&Gamma (GAMA)", Menu::InsertPng, 1, Entries, kPngs, nullptr, insert_command<tag::gAMA>},
+    {1020, "I&mage (IDAT)", Menu::InsertPng, 1, Entries, kStill, nullptr, insert_images_command},
+    {1021, "&Palette (PLTE)", Menu::InsertPng, 1, Entries, kStill, nullptr, insert_command<tag::PLTE>},
+    {1024, "T&ext (TEXT)", Menu::InsertPng, 1, Entries, kPngsAndMng, nullptr, insert_command<tag::tEXt>},
+    {1023, "&Time (TIME)", Menu::InsertPng, 1, Entries, kPngsAndMng, nullptr, insert_command<tag::tIME>},
+    {1026, "T&ransparency (TRNS)", Menu::InsertPng, 1, Entries, kPngs, nullptr, insert_command<tag::tRNS>},
+    {1060, "Image (&WEBP IDAT)", Menu::InsertWebp, 1, Entries, kWebp, nullptr, insert_images_command},
+    {60, "Insert", Menu::None, 0, Entries, {}, "insert", insert_popup_command},
+    {61, "&Delete chunk", Menu::Edit, 5, Selection, {}, "delete", delete_command},
+    {205, "&Edit chunk...\tEnter", Menu::Edit, 6, Entries, {}, nullptr, edit_command},
+    {206, "M&ove up\tAlt+Up", Menu::Edit, 6, Entries, {}, nullptr, move_up_command},
+    {207, "Mo&ve down\tAlt+Down", Menu::Edit, 6, Entries, {}, nullptr, move_down_command},
+
+    {250, "&Banner", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {257, "B&utton", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {273, "Photo stac&k", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {253, "&LED Signs", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {271, "&Status panel", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {252, "&Spin", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {272, "Thr&obbers", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {251, "T&ransition", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {275, "Web &gallery", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {304, "&Merge\tCtrl+M", Menu::Animation, 2, Entries, kAnimations, "merge", kLater},
+    {330, "Ad&just", Menu::Animation, 2, Entries, kAnimations, "adjust", kLater},
+    {270, "Animation to PNG", Menu::Animation, 2, Entries, kAnimations, nullptr, animation_to_png_command},
+    {328, "Ca&ption", Menu::Animation, 2, Entries, kAnimations, "caption", kLater},
+    {311, "Color and &Balance", Menu::Animation, 2, Entries, kAnimations, "color", kLater},
+    {258, "&Black and white", Menu::Convert, 1, Entries, kAnimations, nullptr, black_and_white_command},
+    {259, "&Grey scale", Menu::Convert, 1, Entries, kAnimations, nullptr, grey_scale_command},
+    {260, "&Palette color", Menu::Convert, 1, Entries, kApngAndMng, nullptr, palette_color_command},
+    {261, "&True color", Menu::Convert, 1, Entries, kApngAndMng, nullptr, true_color_command},
+    {262, "True color with &alpha", Menu::Convert, 1, Entries, kApngAndMng, nullptr, alpha_command},
+    {263, "Animated PNG", Menu::Convert, 2, Entries, kMngAndWebp, nullptr, to_kind_command<DocumentKind::APNG>},
+    {264, "MNG", Menu::Convert, 2, Entries, kApngAndWebp, nullptr, to_kind_command<DocumentKind::MING>},
+    {265, "WebP", Menu::Convert, 2, Entries, kApngAndMng, nullptr, to_kind_command<DocumentKind::WEBP>},
+    {309, "Cr&op", Menu::Animation, 2, Entries, kAnimations, "crop", kLater},
+    {322, "&Depopulate", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {312, "Extra&ct", Menu::Animation, 2, Entries, kAnimations, nullptr, extract_command},
+    {308, "&Flip and Rotate", Menu::Animation, 2, Entries, kAnimations, "rotate", kLater},
+    {324, "F&rame", Menu::Animation, 2, Entries, kAnimations, "frame", kLater},
+    {332, "Graphic Matrix", Menu::Animation, 2, Nothing, {}, nullptr, kLater},
+    {62, "M&anage", Menu::Animation, 2, Entries, kAnimations, "manage", manage_command},
+    {317, "Overla&y", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {315, "Protection Matri&x", Menu::Animation, 2, Entries, kStill, nullptr, kLater},
+    {316, "Reconstr&uct", Menu::Animation, 2, Entries, kAnimations, nullptr, reconstruct_command},
+    {310, "Resi&ze", Menu::Animation, 2, Entries, kAnimations, "resize", resize_command},
+    {314, "Rev&erse", Menu::Animation, 2, Entries, kAnimations, "reverse", kLater},
+    {319, "S&hadow", Menu::Animation, 2, Entries, kApngAndMng, nullptr, kLater},
+    {274, "Social media", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {326, "Text Overlay", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {323, "&Tile", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {329, "Titles and Credits", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {325, "Trim", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {318, "U&nderlay", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {327, "&Watermark", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
+    {307, "Image &Strip", Menu::Animation, 3, Entries, kAnimations, "strip", image_strip_command},
+    {56, "&View\tCtrl+W", Menu::Animation, 3, Entries, {}, "view", view_command},
+    {331, "Batch processor", Menu::Animation, 4, Nothing, {}, "batch", kLater},
+
+    {124, "Export image", Menu::None, 0, Entries, kAnimations, nullptr, export_image_command},
+    {320, "Move to", Menu::None, 0, Entries, kAnimations, nullptr, kLater},
+    {321, "Copy to", Menu::None, 0, Entries, kAnimations, nullptr, kLater},
+    {401, "Pin to favorites", Menu::None, 0, Entries, {}, nullptr, kLater},
+    {402, "Unpin from favorites", Menu::None, 0, Entries, {}, nullptr, kLater},
+    {313, "Not implemented", Menu::None, 0, Selection, {}, nullptr, not_implemented_command},
+
+    {801, "&Cascade\tShift+F5", Menu::Window, 1, Entries, {}, "cascade", cascade_command},
+    {802, "&Tile\tShift+F4", Menu::Window, 1, Entries, {}, "tile", tile_command},
+    {803, "&Arrange Icons", Menu::Window, 1, Entries, {}, nullptr, arrange_icons_command},
+    {804, "&Duplicate\tCtrl+D", Menu::Window, 2, Entries, {}, "duplicate", duplicate_command},
+
+    {52, "&Contents", Menu::Help, 1, Nothing, {}, "help", contents_command},
+    {902, "&About...", Menu::Help, 1, Nothing, {}, "about", about_command},
+    {903, "&System information", Menu::Help, 1, Nothing, {}, nullptr, system_information_command},
+    {136, "&Tip of the day", Menu::Help, 2, Nothing, {}, "tip", tip_command},
+    {2903, "Tarnwick on the &Web", Menu::Help, 3, Nothing, {}, "web", web_page_command<2903>},
+    {2904, "Tarnwick &Blog", Menu::Help, 3, Nothing, {}, "web", web_page_command<2904>},
+    {2905, "Tarnwick Supp&ort", Menu::Help, 3, Nothing, {}, "web", web_page_command<2905>},
+    {2907, "Welcome wi&zard", Menu::Help, 4, Nothing, {}, nullptr, welcome_command},
+
+    {701, "Thumbnail size", Menu::None, 0, Entries, {}, nullptr, scale_command},
+};
+// clang-format on
+
+// The fourth of the bar is the one that lists the open documents.
+constexpr MenuRow kMenus[] = {{Menu::File, "&File"},
+                              {Menu::New, "&New", Menu::File, 1, "new"},
+                              {Menu::Recent, "Recent &files", Menu::File, 1, "recent", 58},
+                              {Menu::Edit, "&Edit"},
+                              {Menu::InsertMng, "Insert (&MNG)", Menu::Edit, 4},
+                              {Menu::InsertPng, "Insert (P&NG)", Menu::Edit, 4},
+                              {Menu::InsertWebp, "Insert (&WebP)", Menu::Edit, 4},
+                              {Menu::Animation, "&Animation"},
+                              {Menu::Create, "&Create", Menu::Animation, 1},
+                              {Menu::Convert, "Con&vert", Menu::Animation, 2},
+                              {Menu::Window, "&Window"},
+                              {Menu::Help, "&Help"}};
+
+constexpr ToolRow kTools[] = {{1, 58}, {1, 57}, {2, 204}, {2, 201}, {2, 202}, {2, 203},          {3, 60},
+                              {3, 61}, {4, 56}, {4, 59},  {4, 111}, {4, 331}, {5, kScaleCommand}};
+
+// Ctrl+P, Ctrl+I and Ctrl+E stay without an effect.
+constexpr KeyRow kKeys[] = {
+    {"Ctrl+O", 58},    {"Ctrl+S", 57},    {"Ctrl+W", 56},     {"Ctrl+Shift+W", 56}, {"Ctrl+T", 59},
+    {"Ctrl+M", 304},   {"Ctrl+Z", 204},   {"Ctrl+X", 201},    {"Shift+Del", 201},   {"Ctrl+C", 202},
+    {"Ctrl+Ins", 202}, {"Ctrl+V", 203},   {"Shift+Ins", 203}, {"Ctrl+A", 50},       {"Del", 61},
+    {"Alt+Up", 206},   {"Alt+Down", 207}, {"Shift+F5", 801},  {"Shift+F4", 802},    {"Ctrl+F4", 106},
+    {"F1", 52},
+};
+
+bool fits_kind(const CommandRow& row, DocumentKind kind) {
+  return row.kinds.empty() || std::ranges::find(row.kinds, kind) != row.kinds.end();
+}
+
+}  // namespace
+
+std::span<const CommandRow> command_table() { return kCommands; }
+std::span<const MenuRow> menu_table() { return kMenus; }
+std::span<const ToolRow> tool_table() { return kTools; }
+std::span<const KeyRow> key_table() { return kKeys; }
+
+const CommandRow* find_command(int number) {
+  const auto row = std::ranges::find(kCommands, number, &CommandRow::number);
+  return row == std::end(kCommands) ? nullptr : row;
+}
+
+bool command_enabled(const CommandRow& row, const CommandState& state) {
+  if (!row.run || (row.run.on_document && !state.document)) return false;
+  if (row.need == Undo) return state.undo;
+  if (row.need == Nothing && row.kinds.empty()) return true;
+  if (state.entries == 0 || !fits_kind(row, state.kind)) return false;
+  return row.need != Selection || state.selected > 0;
+}
+
+}  // namespace vellum

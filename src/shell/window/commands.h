@@ -1,0 +1,102 @@
+// What the commands do. Each is a row of the command table.
+#pragma once
+
+#include "core/model/document.h"
+
+namespace vellum {
+
+class MainWindow;
+class DocumentFrame;
+
+/// Asks for the first parameters of the kind.
+void new_document_command(MainWindow& main, DocumentKind kind);
+template <DocumentKind Kind>
+void new_command(MainWindow& main) {
+  new_document_command(main, Kind);
+}
+void open_command(MainWindow& main);
+void save_command(MainWindow& main, DocumentFrame& frame);
+void save_as_command(MainWindow& main, DocumentFrame& frame);
+void close_command(MainWindow& main, DocumentFrame& frame);
+/// With Shift held no window asks, and changes are lost.
+void close_all_command(MainWindow& main);
+void exit_command(MainWindow& main);
+
+void undo_command(MainWindow& main, DocumentFrame& frame);
+void cut_command(MainWindow& main, DocumentFrame& frame);
+void copy_command(MainWindow& main, DocumentFrame& frame);
+void paste_command(MainWindow& main, DocumentFrame& frame);
+void delete_command(MainWindow& main, DocumentFrame& frame);
+/// Opens the editor of the caret's entry.
+void edit_command(MainWindow& main, DocumentFrame& frame);
+void move_up_command(MainWindow& main, DocumentFrame& frame);
+void move_down_command(MainWindow& main, DocumentFrame& frame);
+/// With Shift held, the image entries only.
+void select_all_command(MainWindow& main, DocumentFrame& frame);
+void select_none_command(MainWindow& main, DocumentFrame& frame);
+
+/// Inserts a chunk with its default content and opens its editor; Cancel there takes the chunk away again.
+void insert_chunk_command(MainWindow& main, DocumentFrame& frame, ChunkTag tag);
+template <ChunkTag Tag>
+void insert_command(MainWindow& main, DocumentFrame& frame) {
+  insert_chunk_command(main, frame, Tag);
+}
+/// Asks for pictures; each becomes an image behind the caret.
+void insert_images_command(MainWindow& main, DocumentFrame& frame);
+/// Drops the list of what the document takes down from the toolbar.
+void insert_popup_command(MainWindow& main, DocumentFrame& frame);
+
+void cascade_command(MainWindow& main);
+void tile_command(MainWindow& main);
+void arrange_icons_command(MainWindow& main);
+void duplicate_command(MainWindow& main, DocumentFrame& frame);
+/// Takes the thumbnail scale that the toolbar shows.
+void scale_command(MainWindow& main, DocumentFrame& frame);
+
+void properties_command(MainWindow& main, DocumentFrame& frame);
+void manage_command(MainWindow& main, DocumentFrame& frame);
+void image_strip_command(MainWindow& main, DocumentFrame& frame);
+/// With Control held (Shift where a key asks for it), a copy whose frames are whole canvases.
+void view_command(MainWindow& main, DocumentFrame& frame);
+
+// Each makes a new window, and takes an undo level on its source all the same.
+void black_and_white_command(MainWindow& main, DocumentFrame& frame);
+void grey_scale_command(MainWindow& main, DocumentFrame& frame);
+void palette_color_command(MainWindow& main, DocumentFrame& frame);
+void true_color_command(MainWindow& main, DocumentFrame& frame);
+void alpha_command(MainWindow& main, DocumentFrame& frame);
+void convert_kind_command(MainWindow& main, DocumentFrame& frame, DocumentKind kind);
+template <DocumentKind Kind>
+void to_kind_command(MainWindow& main, DocumentFrame& frame) {
+  convert_kind_command(main, frame, Kind);
+}
+/// These make a new window, and leave their source as it is.
+void animation_to_png_command(MainWindow& main, DocumentFrame& frame);
+void reconstruct_command(MainWindow& main, DocumentFrame& frame);
+/// Images as files: of all frames, of the row under the pointer.
+void extract_command(MainWindow& main, DocumentFrame& frame);
+void export_image_command(MainWindow& main, DocumentFrame& frame);
+
+/// A new window with the images in another size.
+void resize_command(MainWindow& main, DocumentFrame& frame);
+
+/// The settings of the program; with Shift held, with the defaults put in.
+void setup_command(MainWindow& main);
+
+/// The guide's first page; with Shift held, the list of its pages.
+void contents_command(MainWindow& main);
+void about_command(MainWindow& main);
+/// Opens a page of the maker in the browser; a command without a page says so.
+void open_web_page(MainWindow& main, int number);
+template <int Number>
+void web_page_command(MainWindow& main) {
+  open_web_page(main, Number);
+}
+
+/// Tells that there is nothing behind this command.
+void not_implemented_command(MainWindow& main, DocumentFrame& frame);
+void system_information_command(MainWindow& main);
+void tip_command(MainWindow& main);
+void welcome_command(MainWindow& main);
+
+}  // namespace vellum

@@ -1,0 +1,107 @@
+#include "shell/window/context_menu.h"
+
+#include "shell/window/main_window.h"
+
+namespace vellum {
+namespace {
+
+enum class Shown { Always, SomeUnselected, SomeSelected, FrameOfAnimation, Pinned, NotPinned, Animation };
+
+/// In the order of the menu; 0 is a line.
+struct MenuEntry {
+  int number;
+  Shown when = Shown::Always;
+  const char* label = nullptr;  ///< null: that of the main menu
+};
+
+constexpr MenuEntry kEntries[] = {
+    {204},
+    {201},
+    {202},
+    {203},
+    {56},
+    {0},
+    {50, Shown::SomeUnselected, "Select all"},
+    {51, Shown::SomeSelected, "Select none"},
+    {124, Shown::FrameOfAnimation, "Export image"},
+    {401, Shown::NotPinned, "Pin to favorites"},
+    {402, Shown::Pinned, "Unpin from favorites"},
+    {0},
+    {330},
+    {311},
+    {328},
+    {309},
+    {322},
+    {312},
+    {308},
+    {324},
+    {62},
+    {315},
+    {304},
+    {317},
+    {316},
+    {314},
+    {310},
+    {319},
+    {326},
+    {323},
+    {329},
+    {325},
+    {318},
+    {327},
+    {0},
+    {320, Shown::Animation, "Move to"},
+    {321, Shown::Animation, "Copy to"},
+};
+
+bool is_pinned(MainWindow& main, DocumentFrame& frame) {
+  const auto& is_favorite = main.services().is_favorite;
+  return is_favorite && is_favorite(frame.document());
+}
+
+bool is_shown(Shown when, MainWindow& main, DocumentFrame& frame, std::size_t row) {
+  const ChunkList& list = frame.entries();
+  const DocumentKind kind = frame.document().kind;
+  switch (when) {
+    case Shown::SomeUnselected:
+      return list.selected_count() < list.size();
+    case Shown::SomeSelected:
+      return list.selected_count() > 0;
+    case Shown::FrameOfAnimation:
+      return is_animation(kind) && row < list.size() && is_image_entry(kind, list.record(row).tag);
+    case Shown::Pinned:
+    case Shown::NotPinned:
+      return is_pinned(main, frame) == (when == Shown::Pinned);
+    case Shown::Animation:
+      return is_animation(kind);
+    default:
+      return true;
+  }
+}
+
+void add_entry(QMenu& menu, const MenuEntry& entry, QAction& command) {
+  if (!entry.label) return menu.addAction(&command);
+  QAction* action = menu.addAction(QString::fromUtf8(entry.label));
+  action->setEnabled(command.isEnabled());
+  action->setStatusTip(command.statusTip());
+  QObject::connect(action, &QAction::triggered, &command, &QAction::trigger);
+}
+
+}  // namespace
+
+QMenu* make_context_menu(MainWindow& main, DocumentFrame& frame, std::size_t row) {
+  auto* menu = new QMenu(&main);
+  menu->setObjectName(QStringLiteral("row"));
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  bool line = false;
+  for (const MenuEntry& entry : kEntries) {
+    line = line || entry.number == 0;
+    QAction* command = main.commands().action(entry.number);
+    if (!command || !is_shown(entry.when, main, frame, row)) continue;
+    if (std::exchange(line, false) && !menu->isEmpty()) menu->addSeparator();
+    add_entry(*menu, entry, *command);
+  }
+  return menu;
+}
+
+}  // namespace vellum

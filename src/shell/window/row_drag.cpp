@@ -1,0 +1,156 @@
+#include "shell/window/row_drag.h"
+
+#include <QCoreApplication>
+#include <QDrag>
+#include <QPainter>
+#include <QPointer>
+#include <QTimer>
+#include <QUrl>
+
+#include "core/edit/paste_chunks.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/services/clipboard.h"
+#include "shell/services/picture_files.h"
+#include "shell/window/main_window.h"
+
+namespace vellum {
+namespace {
+
+/// Number of the process and of the document window, as text with a blank between.
+const QString kRowsMime = QStringLiteral("application/x-vellumcraft-rows");
+
+constexpr int kPictureSize = 64, kBadgeHeight = 20;  // device-independent pixels
+constexpr QPoint kHotSpot(-8, -8);
+
+std::size_t selected_images(DocumentFrame& frame, std::size_t& first) {
+  const ChunkList& list = frame.entries();
+  std::size_t images = 0;
+  for (std::size_t i = 0; list.selected_count() > 0 && i < list.size(); ++i)
+    if (list.entry(i).selected && is_image_entry(frame.document().kind, list.record(i).tag) && images++ == 0)
+      first = i;
+  return images;
+}
+
+/// The block of chunks costs as much as the pictures do, and a drag inside the program needs none.
+class DraggedRows : public QMimeData {
+ public:
+  explicit DraggedRows(DocumentFrame& frame) : frame_(&frame) {
+    const QByteArray place = QByteArray::number(QCoreApplication::applicationPid()) + ' ' +
+                             QByteArray::number(qulonglong{frame.number()});
+    setData(kRowsMime, place);
+  }
+  QStringList formats() const override { return {kRowsMime, kChunkMime}; }
+  bool hasFormat(const QString& format) const override { return formats().contains(format); }
+
+ protected:
+  QVariant retrieveData(const QString& format, QMetaType type) const override {
+    if (format != kChunkMime || !frame_) return QMimeData::retrieveData(format, type);
+    Host nobody;
+    const auto copied = copy_selected(frame_->content(), nobody);
+    return copied ? bytes_of(copied->block) : QByteArray();
+  }
+
+ private:
+  QPointer<DocumentFrame> frame_;
+};
+
+/// The window that the rows come from; null for another program's.
+DocumentFrame* source_of(MainWindow& main, const QByteArray& rows) {
+  const QList<QByteArray> parts = rows.split(' ');
+  if (parts.size() != 2 || parts[0].toLongLong() != QCoreApplication::applicationPid()) return nullptr;
+  for (DocumentFrame* frame : main.area().documents())
+    if (frame->number() == parts[1].toULongLong()) return frame;
+  return nullptr;
+}
+
+/// What a drop has brought, kept until the drag is over.
+struct Dropped {
+  QByteArray rows, chunks;
+  std::vector<std::filesystem::path> files;
+};
+
+void put(MainWindow& main, DocumentFrame& frame, const Dropped& dropped, std::size_t row) {
+  if (main.services().busy()) return;
+  DocumentWindow& window = frame.content();
+  Host& host = main.services().host;
+  row = std::min(row, window.list.size() - 1);
+  main.raise();
+  main.activateWindow();
+  main.area().setActiveSubWindow(&frame);
+  if (DocumentFrame* source = source_of(main, dropped.rows))
+    drop_rows(window, source->content(), row, host);
+  else if (!dropped.chunks.isEmpty())
+    drop_block(window, span_of(dropped.chunks), row, host);
+  else if (const auto pictures = read_picture_files(dropped.files, host); !pictures.empty())
+    drop_pictures(window, pictures, row, host);
+  frame.show_caret();
+  main.refresh();
+}
+
+}  // namespace
+
+QMimeData* dragged_rows(DocumentFrame& frame) { return new DraggedRows(frame); }
+
+std::vector<std::filesystem::path> dragged_files(const QMimeData& data) {
+  std::vector<std::filesystem::path> files;
+  for (const QUrl& url : data.urls())
+    if (url.isLocalFile()) files.push_back(to_path(url.toLocalFile()));
+  return files;
+}
+
+QPixmap drag_pixmap(DocumentFrame& frame) {
+  std::size_t first = 0;
+  const std::size_t images = selected_images(frame, first);
+  if (images == 0) return {};
+  const Picture picture = picture_of(frame.entries().record(first));
+  const QSize own(static_cast<int>(picture.width()), static_cast<int>(picture.height()));
+  const QSize room(kPictureSize, kPictureSize);
+  const QSize size =
+      own.scaled(own.boundedTo(room) == own ? own : room, Qt::KeepAspectRatio).expandedTo({8, 8});
+  const QString count = QString::number(images);
+  const QFontMetrics metrics(frame.font());
+  const int badge = std::max(metrics.horizontalAdvance(count) + 2 * style::kGap, kBadgeHeight);
+  const double ratio = frame.devicePixelRatioF();
+  QPixmap pixmap((QSizeF(size + QSize(badge, kBadgeHeight)) * ratio).toSize());
+  pixmap.setDevicePixelRatio(ratio);
+  pixmap.fill(Qt::transparent);
+  QPainter painter(&pixmap);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.drawImage(QRect(QPoint(), size), scaled_image(picture, (QSizeF(size) * ratio).toSize()));
+  const QRect plate(size.width() - style::kGap, size.height() - style::kGap, badge, kBadgeHeight);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QColor::fromRgb(style::kAccent));
+  painter.drawRoundedRect(plate, kBadgeHeight / 2, kBadgeHeight / 2);
+  painter.setPen(Qt::white);
+  painter.drawText(plate, Qt::AlignCenter, count);
+  return pixmap;
+}
+
+void drag_rows(DocumentFrame& frame) {
+  const QPixmap pixmap = drag_pixmap(frame);
+  if (pixmap.isNull()) return;
+  // The drag belongs to the list and goes when it is over.
+  auto* drag = new QDrag(frame.list().viewport());
+  drag->setMimeData(dragged_rows(frame));
+  drag->setPixmap(pixmap);
+  drag->setHotSpot(kHotSpot);
+  drag->exec(Qt::CopyAction);
+}
+
+bool may_drop_on(DocumentFrame& frame, const QMimeData& data) {
+  if (data.hasFormat(kRowsMime) || data.hasFormat(kChunkMime)) return true;
+  return is_animation(frame.document().kind) && !dragged_files(data).empty();
+}
+
+void drop_on(MainWindow& main, DocumentFrame& frame, const QMimeData& data, std::size_t row) {
+  Dropped dropped{data.data(kRowsMime), {}, dragged_files(data)};
+  if (!source_of(main, dropped.rows)) dropped.chunks = data.data(kChunkMime);
+  // The other program waits for the end of the drop; messages come behind it.
+  QTimer::singleShot(0, &frame, [&main, &frame, dropped, row] {
+    if (!frame.entries().empty()) put(main, frame, dropped, row);
+  });
+}
+
+}  // namespace vellum
