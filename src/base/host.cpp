@@ -40,6 +40,13 @@ void Host::set_status(std::string_view text) const {
   if (status) status(text);
 }
 
+void Host::add_note(std::string_view text) const {
+  if (note)
+    note(text);
+  else
+    set_status(text);
+}
+
 bool Host::fail(Fault reason) {
   fault = std::move(reason);
   has_fault = true;

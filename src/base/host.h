@@ -60,6 +60,9 @@ struct Host {
   /// False: cancelled. Empty: the offered answer is taken.
   std::function<bool(Choice&)> choose;
   std::function<void(std::string_view)> status;
+  /// Something that a person should know of what was read or written, and that is no failure: chunks that were
+  /// changed or left out, parts that are missing. Without a function of its own it is a status.
+  std::function<void(std::string_view)> note;
   /// Progress of a long operation: a caption, then steps with count and total, then the end.
   std::function<void(std::string_view caption)> progress_begin;
   std::function<void(std::uint64_t done, std::uint64_t total)> progress_step;
@@ -74,6 +77,7 @@ struct Host {
   /// The same for a warning that its option can switch off. Nothing happens while the option is 0.
   void warn(StringId id, int& option, std::string more = {});
   void set_status(std::string_view text) const;
+  void add_note(std::string_view text) const;
   bool stopped() const { return stop_requested && stop_requested(); }
   /// Keeps the reason of a failure; always false, so that a reader can `return host.fail(...)`.
   bool fail(Fault reason);
