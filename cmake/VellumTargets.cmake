@@ -7,6 +7,11 @@ if(VELLUM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
       ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${VELLUM_CCACHE})
 endif()
 
+# The standard headers that most files include; precompiled once for each target. They are named here and not in a
+# header of ours, whose path would keep build folders in other places from sharing what ccache holds.
+set(VELLUM_PRECOMPILED <algorithm> <array> <atomic> <cstdint> <cstring> <filesystem> <functional> <map> <memory>
+                       <optional> <span> <string> <string_view> <utility> <vector>)
+
 function(vellum_compile_options target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align
                                            -Woverloaded-virtual -Werror -fno-math-errno)
@@ -37,5 +42,5 @@ function(vellum_wing name)
   target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${target} PUBLIC ${WING_LINKS} PRIVATE ${WING_PRIVATE_LINKS})
   vellum_compile_options(${target})
-  target_precompile_headers(${target} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/precompiled.h)
+  target_precompile_headers(${target} PRIVATE ${VELLUM_PRECOMPILED})
 endfunction()
