@@ -75,23 +75,48 @@ constexpr ResampleFilterRow kFilters[] = {
     {"Sinc", kSincSupport, windowed_sinc},
 };
 
-/// Appends the weights of one target position.
-void add_position(ResampleAxis& axis, double center, double support, double stretch, std::uint32_t source,
-                  double (*kernel)(double)) {
-  const auto held = [source](double at) {
-    return static_cast<std::uint32_t>(std::clamp(at, 0.0, static_cast<double>(source)));
-  };
-  std::uint32_t first = held(center - support + 0.5);
-  const std::uint32_t end = held(center + support + 0.5);
-  const std::size_t begin = axis.weights.size();
-  double sum = 0;
-  for (std::uint32_t at = first; at < end; ++at) {
-    axis.weights.push_back(kernel((at + 0.5 - center) / stretch));
-    sum += axis.weights.back();
+/// An axis as a fraction, so that each end of an interval is rounded once: whether a source position lies on
+/// it is decided exactly.
+struct Scaling {
+  double source, target;
+  double reach;  ///< of the kernel, in pixels of the target where the axis is reduced, else of the source
+
+  Scaling(std::uint32_t from, std::uint32_t to, double kernel_reach)
+      : source(from), target(to), reach(kernel_reach) {
+    if (target / source >= kLeastScale) return;
+    source = 1 / kLeastScale;
+    target = 1;
   }
+  bool reduces() const { return source > target; }
+  /// The middle of target pixel `i` in the source, moved by `side` times the reach.
+  double end(std::uint32_t i, double side) const {
+    return reduces() ? (i + 0.5 + side * reach) * source / target
+                     : (i + 0.5) * source / target + side * reach;
+  }
+};
+
+/// The source pixels whose middles lie from `low` to `high`. What stands on the upper end belongs to the next
+/// interval where `half_open` is set.
+struct Interval {
+  std::uint32_t first, end;
+
+  Interval(double low, double high, bool half_open, std::uint32_t source) {
+    const auto held = [source](double at) {
+      return static_cast<std::uint32_t>(std::clamp(at, 0.0, static_cast<double>(source)));
+    };
+    first = held(std::ceil(low - 0.5));
+    end = held(half_open ? std::ceil(high - 0.5) : std::floor(high + 0.5));
+  }
+};
+
+/// Appends the position of the weights from `begin` on, for the source pixels from `first` on; without any,
+/// the nearest pixel alone counts.
+void add_position(ResampleAxis& axis, std::size_t begin, std::uint32_t first, std::uint32_t nearest) {
+  double sum = 0;
+  for (std::size_t i = begin; i < axis.weights.size(); ++i) sum += axis.weights[i];
   if (sum == 0) {
     axis.weights.resize(begin);
-    first = std::min(held(center), source - 1);
+    first = nearest;
     axis.weights.push_back(sum = 1);
   }
   for (std::size_t i = begin; i < axis.weights.size(); ++i) axis.weights[i] /= sum;
@@ -108,20 +133,24 @@ ResampleFilter resample_filter_of(int index) {
 
 ResampleAxis resample_axis(std::uint32_t source, std::uint32_t target, ResampleFilter filter, double blur) {
   const ResampleFilterRow& row = kFilters[static_cast<std::size_t>(filter)];
+  const Scaling scaling(source, target, row.support * blur);
   const double scale = std::max(static_cast<double>(target) / source, kLeastScale);
   const double stretch = std::max(1 / scale, 1.0) * blur;
   const double support = stretch * row.support;
-  const bool nearest = !(support >= 0.5);
+  const bool is_box = row.kernel == box;
   ResampleAxis axis;
   axis.positions.reserve(target);
   axis.weights.reserve(
       static_cast<std::size_t>(target * std::min(2 * support + 3, static_cast<double>(source))));
   for (std::uint32_t i = 0; i < target; ++i) {
     const double center = (i + 0.5) / scale;
-    if (nearest)
-      add_position(axis, center, 0, 1, source, box);
-    else
-      add_position(axis, center, support, stretch, source, row.kernel);
+    const std::size_t begin = axis.weights.size();
+    Interval interval(scaling.end(i, -1), scaling.end(i, 1), is_box, source);
+    if (!(support >= 0.5)) interval.end = interval.first;
+    // The interval has decided what stands on an end of the box.
+    for (std::uint32_t at = interval.first; at < interval.end; ++at)
+      axis.weights.push_back(is_box ? 1 : row.kernel((at + 0.5 - center) / stretch));
+    add_position(axis, begin, interval.first, std::min(static_cast<std::uint32_t>(center), source - 1));
   }
   return axis;
 }

@@ -39,7 +39,9 @@ std::span<const ResampleFilterRow> resample_filter_table();
 ResampleFilter resample_filter_of(int index);
 
 /// What each target position of an axis is made from: the source positions `first` to `first + count - 1`
-/// with weights whose sum is 1. At the edges of the source the list is cut and its weights are normalised.
+/// with weights whose sum is 1: those whose middles lie within the support, both ends included, of which the
+/// box leaves the upper one to its neighbour. At the edges of the source the list is cut and its weights are
+/// normalised.
 struct ResampleAxis {
   struct Position {
     std::uint32_t first = 0, count = 0;
