@@ -9,7 +9,7 @@
 #include "core/edit/undo.h"
 #include "core/settings.h"
 #include "image/builtin_palette.h"
-#include "image/remap.h"
+#include "image/to_colors.h"
 #include "workload.h"
 
 namespace vellum::bench {
@@ -87,9 +87,7 @@ void match_to_palette(benchmark::State& state) {
   Palette palette;
   const std::uint32_t colors = BuiltInPalette(&palette, nullptr, 5);
   settings::FastRemap = static_cast<int>(state.range(1));
-  for (auto _ : state)
-    benchmark::DoNotOptimize(state.range(0) ? dither_to_colors(picture, palette, colors)
-                                            : remap_to_colors(picture, palette, colors));
+  for (auto _ : state) benchmark::DoNotOptimize(to_colors(picture, {palette, colors}, state.range(0) != 0));
   settings::FastRemap = 0;
   state.SetBytesProcessed(state.iterations() * 1280 * 720 * 3);
 }

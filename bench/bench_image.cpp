@@ -4,9 +4,9 @@
 #include <numeric>
 
 #include "image/quantize.h"
-#include "image/remap.h"
 #include "image/resample.h"
 #include "image/settings.h"
+#include "image/to_colors.h"
 #include "workload.h"
 
 namespace vellum::bench {
@@ -40,11 +40,10 @@ BENCHMARK(count_colors)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// Arguments: dithered, matched by cells.
 void to_256_colors(benchmark::State& state) {
-  Palette palette;
-  QuantizePicture(large_picture(), 256, palette);
+  GivenColors colors{{}, 256};
+  QuantizePicture(large_picture(), 256, colors.palette);
   settings::FastRemap = static_cast<int>(state.range(1));
-  const auto work = state.range(0) != 0 ? dither_to_colors : remap_to_colors;
-  for (auto _ : state) benchmark::DoNotOptimize(work(large_picture(), palette, 256));
+  for (auto _ : state) benchmark::DoNotOptimize(to_colors(large_picture(), colors, state.range(0) != 0));
   settings::FastRemap = 0;
   state.SetBytesProcessed(state.iterations() * kBytes);
 }

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "image/palette_match.h"
-#include "image/picture_operations.h"
 #include "image/picture_rows.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {
@@ -39,16 +39,18 @@ struct Row {
 /// A palette as lanes.
 using Colors = std::array<Lanes4, 256>;
 
-template <class Entries>
+/// `kBytes` of a pixel: a fourth is alpha.
+template <std::size_t kBytes, class Entries>
 VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Colors& colors, Entries& entries) {
-  const std::uint8_t* pixel = row.pixels + 3 * x;
+  const std::uint8_t* pixel = row.pixels + kBytes * x;
   Lanes4 color = Lanes4{pixel[0], pixel[1], pixel[2], 0} + row.carried[x] + row.right;
   color = least(greatest(color, Lanes4{}), Lanes4{} + 255);
   const std::uint32_t index =
       entries.index(static_cast<std::uint32_t>(color[2]), static_cast<std::uint32_t>(color[1]),
                     static_cast<std::uint32_t>(color[0]));
   row.out[x] = static_cast<std::uint8_t>(index);
-  const Lanes4 error = color - colors[index];
+  Lanes4 error = color - colors[index];
+  if (kBytes == 4 && pixel[3] < kLeastOpaque) error = Lanes4{};
   row.right = sixteenths(error, 7);
   // The second pixel of a row gives nothing to the first one above.
   const Lanes4 behind = x >= 2 ? sixteenths(error, 3) : Lanes4{};
@@ -58,35 +60,38 @@ VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Colors& colors, E
 }
 
 /// Steps from `begin` to `end`, one pixel of each row; a row begins kDistance steps behind the one below it.
-template <class Entries>
+template <std::size_t kBytes, class Entries>
 VELLUM_INLINE void dither_rows(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
                                const Colors& colors, Entries& entries) {
   for (std::size_t step = begin; step < end; ++step)
     for (std::size_t i = 0; i < rows.size(); ++i) {
       const std::size_t x = step - kDistance * i;  // wraps for a row that hasn't begun
       if (x >= width) continue;
-      dither_pixel(rows[i], x, colors, entries);
+      dither_pixel<kBytes>(rows[i], x, colors, entries);
       if (x + 1 == width) rows[i].above[x] = rows[i].aboveHere;
     }
 }
 
+template <std::size_t kBytes>
 VELLUM_AVX2 void dither_rows_avx2(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
                                   const Colors& colors, NearestEntries& entries) {
   if (rows.size() == kRows)  // a count that is known unrolls
-    dither_rows(rows.first<kRows>(), width, begin, end, colors, entries);
+    dither_rows<kBytes>(rows.first<kRows>(), width, begin, end, colors, entries);
   else
-    dither_rows(rows, width, begin, end, colors, entries);
+    dither_rows<kBytes>(rows, width, begin, end, colors, entries);
 }
 
+template <std::size_t kBytes>
 void dither_some(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
                  const Colors& colors, NearestEntries& entries) {
-  if (has_avx2()) return dither_rows_avx2(rows, width, begin, end, colors, entries);
-  dither_rows(rows, width, begin, end, colors, entries);
+  if (has_avx2()) return dither_rows_avx2<kBytes>(rows, width, begin, end, colors, entries);
+  dither_rows<kBytes>(rows, width, begin, end, colors, entries);
 }
 
+template <std::size_t kBytes>
 void dither_some(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
                  const Colors& colors, CornerEntries& entries) {
-  dither_rows(rows, width, begin, end, colors, entries);
+  dither_rows<kBytes>(rows, width, begin, end, colors, entries);
 }
 
 Colors lanes_of(const Palette& palette) {
@@ -152,8 +157,11 @@ bool dither_whole(const Picture& source, Picture& result, const Palette& palette
                          if (part == 0)
                            group.begin(source, row, between[number % between.size()],
                                        between[(number + 1) % between.size()]);
-                         dither_some(std::span(group.rows).first(group.count), width, part * kSteps, end,
-                                     colors, group.entries);
+                         const auto under_way = std::span(group.rows).first(group.count);
+                         if (source.bits() == 32)
+                           dither_some<4>(under_way, width, part * kSteps, end, colors, group.entries);
+                         else
+                           dither_some<3>(under_way, width, part * kSteps, end, colors, group.entries);
                          if (end == steps) group.end(row, out, source.height(), result.bits());
                        });
   }
@@ -162,9 +170,8 @@ bool dither_whole(const Picture& source, Picture& result, const Palette& palette
 
 }  // namespace
 
-Picture dither_to_palette(const Picture& picture, const Palette& palette, std::uint32_t count,
+Picture dither_to_palette(const Picture& source, const Palette& palette, std::uint32_t count,
                           std::uint32_t depth, bool fast, const std::function<bool(std::uint32_t)>& go_on) {
-  const Picture source = PictureToTrueColor(picture);
   Picture result = source ? create_rows(source.width(), source.height(), &palette, depth) : Picture();
   if (!result) return {};
   const bool whole = fast ? dither_whole(source, result, palette, CornerEntries(palette, count), go_on)

@@ -7,7 +7,8 @@
 
 namespace vellum {
 
-/// The picture (24 bits, or what becomes that) with `depth` bits and the first `count` colors of the palette;
+/// The picture (24 bits; or 32 bits, whose pixels with little alpha neither take an error nor spread one: see
+/// kLeastOpaque) with `depth` bits and the first `count` colors of the palette;
 /// see DitherPicture. `fast`: colors are matched by their cells. `go_on(row)` is asked at every fourth row,
 /// from 0 on; null when it says no or memory is exhausted.
 Picture dither_to_palette(const Picture& picture, const Palette& palette, std::uint32_t count,

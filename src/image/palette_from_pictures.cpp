@@ -2,30 +2,28 @@
 
 #include <algorithm>
 #include <functional>
-#include <optional>
+#include <unordered_set>
 
 #include "image/picture_operations.h"
-#include "image/quantize.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {
 
-/// A picture's colors in 24 bits, through its color table in every depth.
-Picture true_colors(const Picture& picture) {
-  return picture.bits() == 24
-             ? picture
-             : PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
+/// A picture's colors in 24 bits, through its color table in every depth; with `holes` 32 bits stay.
+Picture true_colors(const Picture& picture, bool holes) {
+  if (picture.bits() == 24 || (holes && picture.bits() == 32)) return picture;
+  return PictureToTrueColor(picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture);
 }
 
 constexpr std::uint32_t kFiveHighBits = 0xF8F8F8;
 
-/// How many pixels have each color (red lowest).
-using Histogram = std::vector<std::uint32_t>;
-
-void count_colors(Histogram& histogram, const Picture& picture, std::uint32_t mask) {
+void count_colors(std::vector<std::uint32_t>& histogram, const Picture& picture, std::uint32_t mask) {
+  const std::size_t bytes = picture.bits() / 8;
   for (std::uint32_t y = 0; y < picture.height(); ++y) {
     const std::uint8_t* row = picture.row(y);
-    for (std::uint32_t x = 0; x < picture.width(); ++x, row += 3) {
+    for (std::uint32_t x = 0; x < picture.width(); ++x, row += bytes) {
+      if (bytes == 4 && row[3] < kLeastOpaque) continue;
       std::uint32_t& count = histogram[make_colour(row[2], row[1], row[0]) & mask];
       count += count != UINT32_MAX;
     }
@@ -34,7 +32,8 @@ void count_colors(Histogram& histogram, const Picture& picture, std::uint32_t ma
 
 /// The colors that no drawing can do without, most frequent first: each has a sixteenth of the pixels that a
 /// color of the palette has on average. A quarter of the palette is left for the others.
-std::vector<std::uint32_t> frequent_colors(const Histogram& histogram, std::uint32_t target) {
+std::vector<std::uint32_t> frequent_colors(const std::vector<std::uint32_t>& histogram,
+                                           std::uint32_t target) {
   std::uint64_t pixels = 0;
   for (const std::uint32_t count : histogram) pixels += count;
   const std::uint64_t least = pixels / (std::uint64_t{16} * target) + 1;
@@ -52,50 +51,79 @@ void append(PaletteColors& colors, const std::uint8_t* color) {
   std::copy_n(color, 3, &colors.palette[3 * colors.count++]);
 }
 
-PaletteColors sketch_palette(std::span<const Picture> frames, std::uint32_t target, std::uint32_t mask,
-                             Host* host) {
+}  // namespace
+
+CountedPictures::CountedPictures(std::span<const Picture> pictures, const PaletteMethod& method)
+    : method_(method) {
+  for (const Picture& picture : pictures)
+    if (picture) frames_.push_back(true_colors(picture, method.holes));
+  // Few colors stay as they are, which the octree alone doesn't promise.
+  PaletteColors few;
+  const auto count = few_colours(frames_, 256, few.palette, counted());
+  if (!count || frames_.empty()) return;
+  few.count = std::max(*count, 1u);
+  few_ = few;
+}
+
+CountedColors CountedPictures::counted() const {
+  return {method_.fifteenBits ? kFiveHighBits : 0xFFFFFF, method_.holes};
+}
+
+bool CountedPictures::count_histogram(Host* host) {
   std::optional<Progress> progress;
   if (host) progress.emplace(*host, kQuantizing);
   Histogram histogram(std::size_t{1} << 24);
-  for (std::size_t i = 0; i < frames.size(); ++i) {
-    if (host && host->stopped()) return {};
-    count_colors(histogram, frames[i], mask);
-    if (progress) progress->step(i + 1, frames.size());
+  for (std::size_t i = 0; i < frames_.size(); ++i) {
+    if (host && host->stopped()) return false;
+    count_colors(histogram, frames_[i], counted().mask);
+    if (progress) progress->step(i + 1, frames_.size());
   }
+  histogram_ = std::move(histogram);
+  return true;
+}
+
+PaletteColors CountedPictures::sketch(std::uint32_t target, Host* host) {
+  if (histogram_.empty() && !count_histogram(host)) return {};
   PaletteColors result;
-  for (const std::uint32_t color : frequent_colors(histogram, target)) {
+  const auto frequent = frequent_colors(histogram_, target);
+  for (const std::uint32_t color : frequent) {
     const std::uint8_t bytes[] = {red_of(color), green_of(color), blue_of(color)};
     append(result, bytes);
-    histogram[color] = 0;
   }
   ColorOctree octree;
-  for (std::uint32_t color = 0; color < histogram.size(); ++color)
-    if (histogram[color] != 0) octree.add(color, histogram[color]);
+  const std::unordered_set<std::uint32_t> taken(frequent.begin(), frequent.end());
+  for (std::uint32_t color = 0; color < histogram_.size(); ++color)
+    if (histogram_[color] != 0 && !taken.contains(color)) octree.add(color, histogram_[color]);
   Palette rare;
   const std::uint32_t count = octree.palette(target - result.count, rare);
   for (std::uint32_t i = 0; i < count; ++i) append(result, &rare[3 * i]);
   return result;
 }
 
-}  // namespace
-
-PaletteColors palette_from_pictures(std::span<const Picture> pictures, std::uint32_t most, Host* host,
-                                    const PaletteMethod& method) try {
+PaletteColors CountedPictures::chosen(std::uint32_t target, Host* host) {
+  if (few_ && few_->count <= target) return *few_;
+  if (method_.sketch) return sketch(target, host);
   PaletteColors result;
-  const std::uint32_t target = std::clamp(most, 2u, 256u);
-  const std::uint32_t mask = method.fifteenBits ? kFiveHighBits : 0xFFFFFF;
-  std::vector<Picture> frames;
-  for (const Picture& picture : pictures)
-    if (picture) frames.push_back(true_colors(picture));
-  // Few colors stay as they are, which the octree alone doesn't promise.
-  if (const auto count = few_colours(frames, target, result.palette, mask))
-    result.count = *count;
-  else if (method.sketch)
-    result = sketch_palette(frames, target, mask, host);
-  else
-    result.count = QuantizeFrames(frames, target, result.palette, host, mask);
-  if (method.sorted) sort_by_luminance(result);
+  if (!octree_) {
+    ColorOctree octree;
+    if (frames_.empty() || !count_frames(octree, frames_, host, counted())) return {};
+    octree_ = std::move(octree);
+  }
+  result.count = octree_->palette(target, result.palette);
   return result;
+}
+
+PaletteColors CountedPictures::palette(std::uint32_t colors, Host* host) try {
+  PaletteColors result = chosen(std::clamp(colors, 2u, 256u), host);
+  if (method_.sorted) sort_by_luminance(result);
+  return result;
+} catch (const std::bad_alloc&) {
+  return {};
+}
+
+PaletteColors palette_from_pictures(std::span<const Picture> pictures, std::uint32_t colors, Host* host,
+                                    const PaletteMethod& method) try {
+  return CountedPictures(pictures, method).palette(colors, host);
 } catch (const std::bad_alloc&) {
   return {};
 }

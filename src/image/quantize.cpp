@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "image/picture_rows.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {
@@ -86,8 +87,9 @@ class CellCounts {
 
 /// Two pixels in turn, from both halves of the row: neighbours fall into the same cell mostly, and the second
 /// would wait for the first.
-void count_row(CellCounts& cells, const std::uint8_t* row, std::size_t width) {
-  const std::size_t half = width / 2;
+void count_row(CellCounts& cells, std::span<const std::uint8_t> pixels) {
+  const std::uint8_t* row = pixels.data();
+  const std::size_t width = pixels.size() / 3, half = width / 2;
   const std::uint8_t* second = row + 3 * half;
   for (std::size_t x = 0; x < half; ++x, row += 3, second += 3) {
     cells.add(row[2], row[1], row[0]);
@@ -327,32 +329,48 @@ unsigned depth_of(std::uint32_t target) {
   return std::clamp(depth, kLeastDepth, kMostDepth);
 }
 
-/// Stored row `y` as three bytes a pixel: what a picture of another depth has there, and zeros behind its
-/// end.
+/// The pixels of stored rows as three bytes each: what a picture of another depth has there, and zeros behind
+/// its end; or those that are visible.
 class ThreeByteRows {
  public:
-  explicit ThreeByteRows(const Picture& picture)
-      : picture_(picture), bytes_(3 * std::size_t{picture.width()}) {}
+  ThreeByteRows(const Picture& picture, bool visible)
+      : picture_(picture),
+        bytes_(3 * std::size_t{picture.width()}),
+        visible_(visible && picture.bits() == 32) {}
 
-  const std::uint8_t* row(std::uint32_t y, std::vector<std::uint8_t>& spare) const {
+  std::span<const std::uint8_t> row(std::uint32_t y, std::vector<std::uint8_t>& spare) const {
     const std::uint8_t* row = picture_.stored_row(y);
-    if (picture_.stride() >= bytes_) return row;
+    if (visible_) return visible_pixels(row, spare);
+    if (picture_.stride() >= bytes_) return {row, bytes_};
     const std::size_t left = picture_.stride() * (picture_.height() - y);
     spare.assign(bytes_, 0);
     std::memcpy(spare.data(), row, std::min(left, bytes_));
-    return spare.data();
+    return spare;
   }
 
  private:
+  std::span<const std::uint8_t> visible_pixels(const std::uint8_t* row,
+                                               std::vector<std::uint8_t>& spare) const {
+    spare.resize(bytes_);
+    std::uint8_t* out = spare.data();
+    for (const std::uint8_t* end = row + 4 * std::size_t{picture_.width()}; row < end; row += 4) {
+      if (row[3] < kLeastOpaque) continue;
+      std::copy_n(row, 3, out);
+      out += 3;
+    }
+    return {spare.data(), out};
+  }
+
   const Picture& picture_;
   std::size_t bytes_;
+  bool visible_;
 };
 
 /// Colors in the order of their appearance.
 class DistinctColours {
  public:
-  DistinctColours(std::uint32_t most, Palette& palette, std::uint32_t mask)
-      : most_(most), mask_(mask), palette_(palette) {
+  DistinctColours(std::uint32_t most, Palette& palette, const CountedColors& counted)
+      : most_(most), counted_(counted), palette_(palette) {
     palette.fill(0);
   }
 
@@ -360,13 +378,13 @@ class DistinctColours {
 
   /// False once there are more than `most`.
   bool add(const Picture& picture) {
-    const ThreeByteRows rows(picture);
+    const ThreeByteRows rows(picture, counted_.visible);
     std::vector<std::uint8_t> spare;
     std::uint32_t before = kNone;
     for (std::uint32_t y = 0; y < picture.height(); ++y) {
-      const std::uint8_t* row = rows.row(y, spare);
-      for (std::uint32_t x = 0; x < picture.width(); ++x, row += 3) {
-        const std::uint32_t colour = make_colour(row[2], row[1], row[0]) & mask_;
+      const auto row = rows.row(y, spare);
+      for (std::size_t at = 0; at < row.size(); at += 3) {
+        const std::uint32_t colour = make_colour(row[at + 2], row[at + 1], row[at]) & counted_.mask;
         if (std::exchange(before, colour) != colour && !note(colour)) return false;
       }
     }
@@ -388,7 +406,8 @@ class DistinctColours {
     return true;
   }
 
-  std::uint32_t most_, mask_, count_ = 0;
+  std::uint32_t most_, count_ = 0;
+  CountedColors counted_;
   Palette& palette_;
   std::vector<std::uint32_t> known_ = std::vector<std::uint32_t>(1024, kNone);  ///< by hash; 4 for each color
 };
@@ -420,9 +439,9 @@ void ColorOctree::add(Colour color, std::uint64_t count) {
   cells_->totals[joined(r >> kLowBits, g >> kLowBits, b >> kLowBits, kMostDepth)] += totals;
 }
 
-void ColorOctree::add(const Picture& picture, std::uint32_t mask) {
+void ColorOctree::add(const Picture& picture, const CountedColors& counted) {
   if (!has_rows(picture)) return;
-  const ThreeByteRows rows(picture);
+  const ThreeByteRows rows(picture, counted.visible);
   const std::uint64_t pixels = std::uint64_t{picture.width()} * picture.height();
   const std::uint32_t most_rows = std::max<std::uint32_t>(1, kMostPixels / picture.width());
   // A few large bands: each brings sums of its own.
@@ -434,8 +453,8 @@ void ColorOctree::add(const Picture& picture, std::uint32_t mask) {
     std::vector<std::uint8_t> spare;
     const auto first = static_cast<std::uint32_t>(band * band_rows);
     for (std::uint32_t y = first; y < std::min(first + band_rows, picture.height()); ++y)
-      count_row(counts, rows.row(y, spare), picture.width());
-    cells_->take(counts, mask != 0xFFFFFF);
+      count_row(counts, rows.row(y, spare));
+    cells_->take(counts, counted.mask != 0xFFFFFF);
   });
 }
 
@@ -447,25 +466,30 @@ std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out) const {
 }
 
 std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,
-                                         Palette& palette, std::uint32_t mask) {
-  DistinctColours colours(most, palette, mask);
+                                         Palette& palette, const CountedColors& counted) {
+  DistinctColours colours(most, palette, counted);
   for (const Picture& picture : pictures)
     if (has_rows(picture) && !colours.add(picture)) return std::nullopt;
   return colours.count();
 }
 
-std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
-                             Host* host, std::uint32_t mask) try {
-  palette.fill(0);
+bool count_frames(ColorOctree& octree, std::span<const Picture> frames, Host* host,
+                  const CountedColors& counted) {
   std::optional<Progress> progress;
   if (host) progress.emplace(*host, kQuantizing);
-  ColorOctree octree;
   for (std::size_t i = 0; i < frames.size(); ++i) {
-    if (host && host->stopped()) return 0;
-    octree.add(frames[i], mask);
+    if (host && host->stopped()) return false;
+    octree.add(frames[i], counted);
     if (progress) progress->step(i + 1, frames.size());
   }
-  return octree.palette(target, palette);
+  return true;
+}
+
+std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
+                             Host* host, const CountedColors& counted) try {
+  palette.fill(0);
+  ColorOctree octree;
+  return count_frames(octree, frames, host, counted) ? octree.palette(target, palette) : 0;
 } catch (const std::bad_alloc&) {
   return 0;
 }

@@ -9,19 +9,27 @@
 #include "image/palette_match.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
+#include "image/quantize.h"
 #include "image/settings.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {
 
 constexpr std::uint32_t kGreyOfWhite = 129;  // the least grey that a 1-bit result shows as white
 
+constexpr Palette kBlackAndWhite = {0, 0, 0, 255, 255, 255}, kWhiteAndBlack = {255, 255, 255};
+
+bool is_two_colors(const Palette& palette, const Palette& wanted) {
+  return std::equal(palette.begin(), palette.begin() + 6, wanted.begin());
+}
+
 /// A matching or dithering under way.
 struct Matching {
   const Picture& source;
   const Palette& palette;
   std::uint32_t count, depth;
-  bool fast;
+  bool fast, grey_cut;
   std::uint32_t white = 0, black = 0;
 
   Matching(const Picture& picture, const Palette& colors, std::uint32_t used, std::uint32_t bits)
@@ -29,7 +37,9 @@ struct Matching {
         palette(colors),
         count(std::min(used, 256u)),
         depth(picture_bits(bits)),
-        fast(settings::FastRemap != 0) {
+        fast(settings::FastRemap != 0),
+        grey_cut(count == 2 &&
+                 (is_two_colors(colors, kBlackAndWhite) || is_two_colors(colors, kWhiteAndBlack))) {
     const auto find = [&](std::uint32_t level) {
       return fast ? CornerEntries(palette, count).index(level, level, level)
                   : NearestPaletteIndex(level, level, level, palette, count);
@@ -69,17 +79,17 @@ class RowLoop {
 std::array<std::uint8_t, 256> index_table(const Matching& matching) {
   std::array<std::uint8_t, 256> table{};
   const Picture& source = matching.source;
-  if (source.bits() == 1) {
+  if (source.bits() == 1 && is_two_colors(palette_of(source), kBlackAndWhite)) {
     table[0] = static_cast<std::uint8_t>(matching.black);
     table[1] = static_cast<std::uint8_t>(matching.white);
     return table;
   }
   for (std::uint32_t i = 0; i < source.colours(); ++i) {
     const std::uint8_t* entry = source.table() + 4 * i;
-    table[i] = static_cast<std::uint8_t>(
-        matching.depth == 1
-            ? matching.by_grey(entry[2], entry[1], entry[0])
-            : NearestPaletteIndex(entry[2], entry[1], entry[0], matching.palette, matching.count));
+    table[i] =
+        static_cast<std::uint8_t>(matching.grey_cut ? matching.by_grey(entry[2], entry[1], entry[0])
+                                                    : NearestPaletteIndex(entry[2], entry[1], entry[0],
+                                                                          matching.palette, matching.count));
   }
   return table;
 }
@@ -138,7 +148,7 @@ Picture remap_rows(const Matching& matching, const RowLoop& loop) {
         matcher.line[x] = table[get_index(source.row(y), x, source.bits())];
     });
   }
-  if (matching.depth == 1)
+  if (matching.grey_cut)
     return remap_bands(matching, loop, NoEntries{}, [&](auto& matcher, std::uint32_t y) {
       const std::uint8_t* pixel = source.row(y);
       for (std::uint8_t& index : matcher.line) {
@@ -161,7 +171,7 @@ struct Greys {
 };
 
 bool take_greys(const Picture& picture, Greys& greys) {
-  const Picture grey = PictureToGrey(PictureToTrueColor(picture));
+  const Picture grey = PictureToGrey(picture);
   if (!grey) return false;
   greys.values.reserve(std::size_t{grey.width()} * grey.height());
   for (std::uint32_t y = 0; y < grey.height(); ++y)
@@ -196,9 +206,33 @@ void dither_black_and_white(const Matching& matching, Greys& greys, std::size_t 
   }
 }
 
+/// 24 bits; what is transparent is black.
+Picture without_holes(const Picture& picture) {
+  Picture result = PictureToTrueColor(picture);
+  const EditRows rows(result);
+  for (std::uint32_t y = 0; rows && picture.bits() == 32 && y < picture.height(); ++y) {
+    const std::uint8_t* alpha = picture.row(y) + 3;
+    for (std::size_t x = 0; x < picture.width(); ++x)
+      if (alpha[4 * x] < kLeastOpaque) std::fill_n(rows[y] + 3 * x, 3, std::uint8_t{0});
+  }
+  return result;
+}
+
+bool is_black_and_white(const Picture& picture) {
+  Palette found;
+  const auto count = few_colours({&picture, 1}, 2, found);
+  for (std::uint32_t i = 0; count && i < *count; ++i)
+    if (const std::uint8_t* color = &found[3 * i];
+        (color[0] != 0 && color[0] != 255) || color[1] != color[0] || color[2] != color[0])
+      return false;
+  return count.has_value();
+}
+
+/// `source` has 24 bits. What is black and white already stays so.
 Picture dither_in_black_and_white(const Matching& matching, const RowLoop& loop) {
   Greys greys;
   const Picture& source = matching.source;
+  if (is_black_and_white(source)) return remap_rows(matching, loop);
   Picture result = create_rows(source.width(), source.height(), &matching.palette, 1);
   if (!result || !take_greys(source, greys)) return {};
   const EditRows rows(result);
@@ -259,9 +293,15 @@ Picture DitherPicture(const Picture& picture, const Palette& palette, std::uint3
   if (wanted.colors > 256) return PictureToTrueColor(picture);
   const Matching matching(picture, palette, wanted.colors, wanted.depth);
   const RowLoop loop(picture.height(), flags, host, StringId::Dithering);
-  if (matching.depth == 1) return dither_in_black_and_white(matching, loop);
+  const bool holes = (flags & kRemapHoles) && picture.bits() == 32;
+  if (matching.grey_cut) {
+    const Picture flat = holes ? without_holes(picture) : PictureToTrueColor(picture);
+    if (!flat) return {};
+    return dither_in_black_and_white(Matching(flat, palette, wanted.colors, wanted.depth), loop);
+  }
   const auto go_on = [&](std::uint32_t row) { return loop.begin(row); };
-  return dither_to_palette(picture, matching.palette, matching.count, matching.depth, matching.fast, go_on);
+  return dither_to_palette(holes ? picture : PictureToTrueColor(picture), matching.palette, matching.count,
+                           matching.depth, matching.fast, go_on);
 }
 
 }  // namespace vellum

@@ -11,11 +11,10 @@
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/resample_passes.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {
-
-constexpr int kLeastOpaque = 128;  ///< alpha from here on is opaque in a palette
 
 /// The nearest source pixel for each target pixel, in any depth.
 Picture point_sampled(const Picture& source, std::uint32_t width, std::uint32_t height) {

@@ -11,14 +11,13 @@
 #include "image/picture_rows.h"
 #include "image/png_form.h"
 #include "image/remap.h"
+#include "image/to_colors.h"
 #include "operations/frame_pictures.h"
 #include "operations/manage_frames.h"
 #include "operations/reconstruct.h"
 
 namespace vellum {
 namespace {
-
-constexpr std::uint8_t kLeastOpaque = 128;  ///< alpha from here on is opaque in a palette
 
 /// A conversion with all that one image needs of the others.
 struct Target {
@@ -27,6 +26,13 @@ struct Target {
   std::optional<std::uint8_t> transparent;  ///< entry of the palette that stands for transparency
   PaletteColors palette{};
 };
+
+std::vector<std::uint8_t> transparency_of(const Target& target) {
+  if (!target.transparent) return {};
+  std::vector<std::uint8_t> table(target.palette.count, 255);
+  table[*target.transparent] = 0;
+  return table;
+}
 
 bool is_two_levels(const ColorConversion& conversion) {
   return conversion.colorType == 3 && conversion.bitDepth == 1 && conversion.threshold > 0;
@@ -63,24 +69,11 @@ Picture grey_with_alpha(const Picture& picture) {
   return result;
 }
 
-Picture in_greys(const Picture& picture, const ColorConversion& conversion) {
+Picture in_greys(const Picture& picture, const ColorConversion& conversion, Host* host) {
   const Picture opaque = opaque_true_color(picture);
   if (conversion.bitDepth == 0 || conversion.bitDepth >= 8) return PictureToGrey(opaque);
-  const Palette greys = png_grey_palette(conversion.bitDepth);
-  const std::uint32_t levels = 1u << conversion.bitDepth;
-  return conversion.dither ? dither_to_colors(opaque, greys, levels) : remap_to_colors(opaque, greys, levels);
-}
-
-/// Pixels without much opacity get the transparent entry. `picture` has 32 bits.
-void put_transparent(Picture& indexed, const Picture& picture, std::uint8_t index) {
-  const EditRows rows(indexed);
-  const std::uint32_t bits = indexed.bits(), width = indexed.width();
-  for (std::uint32_t y = 0; rows && y < indexed.height(); ++y) {
-    const std::uint8_t* alpha = picture.row(y) + 3;
-    std::uint8_t* to = rows[y];
-    for (std::uint32_t x = 0; x < width; ++x, alpha += 4)
-      if (*alpha < kLeastOpaque) put_index(to, x, bits, index);
-  }
+  return to_colors(opaque, {png_grey_palette(conversion.bitDepth), 1u << conversion.bitDepth},
+                   conversion.dither, host);
 }
 
 /// As 32 bits, transparent where the entry for it would be.
@@ -97,48 +90,23 @@ Picture with_cut_alpha(const Picture& indexed, const Picture& picture) {
   return result;
 }
 
-/// The indexes of a picture in one of more bits, so that there is room for one more entry.
-Picture widened(const Picture& picture, const Palette& palette, std::uint32_t bits) {
-  if (picture && picture.bits() == bits) {
-    Picture same = picture;
-    PictureSetPalette(same, palette);
-    return same;
-  }
-  Picture result = picture ? create_rows(picture.width(), picture.height(), &palette, bits) : Picture();
-  const EditRows rows(result);
-  if (!rows) return {};
-  const std::uint32_t own = picture.bits(), wanted = result.bits(), width = picture.width();
-  for (std::uint32_t y = 0; y < picture.height(); ++y) {
-    const std::uint8_t* from = picture.row(y);
-    std::uint8_t* to = rows[y];
-    for (std::uint32_t x = 0; x < width; ++x) put_index(to, x, wanted, get_index(from, x, own));
-  }
-  return result;
-}
-
-Picture in_palette(const Picture& picture, const Target& target) {
+Picture in_palette(const Picture& picture, const Target& target, Host* host) {
   const ColorConversion& conversion = target.conversion;
-  const Picture opaque = opaque_true_color(picture);
-  const PaletteColors& palette = target.palette;
   if (is_two_levels(conversion) && !conversion.dither)
-    return at_threshold(opaque, palette.palette, static_cast<unsigned>(conversion.threshold));
-  const std::uint32_t colors = palette.count - (target.transparent ? 1 : 0);
-  const Picture indexed = conversion.dither ? dither_to_colors(opaque, palette.palette, colors)
-                                            : remap_to_colors(opaque, palette.palette, colors);
-  if (!target.transparent || !indexed) return indexed;
-  Picture result = widened(indexed, palette.palette, picture_bits(depth_of_colors(palette.count)));
-  if (result && picture.bits() == 32) put_transparent(result, picture, *target.transparent);
-  return result;
+    return at_threshold(opaque_true_color(picture), target.palette.palette,
+                        static_cast<unsigned>(conversion.threshold));
+  return to_colors(picture, {target.palette.palette, target.palette.count, transparency_of(target)},
+                   conversion.dither, host);
 }
 
-Picture in_color_type(const Picture& picture, const Target& target) {
+Picture in_color_type(const Picture& picture, const Target& target, Host* host) {
   switch (target.conversion.colorType) {
     case 0:
-      return in_greys(picture, target.conversion);
+      return in_greys(picture, target.conversion, host);
     case 2:
       return opaque_true_color(picture);
     case 3:
-      return in_palette(picture, target);
+      return in_palette(picture, target, host);
     case 4:
       return grey_with_alpha(picture);
     default:
@@ -147,8 +115,9 @@ Picture in_color_type(const Picture& picture, const Target& target) {
   }
 }
 
-Picture converted(const Picture& picture, const Target& target) {
-  const Picture result = in_color_type(picture, target);
+/// `host`, where it is given, hears of the progress and may stop it.
+Picture converted(const Picture& picture, const Target& target, Host* host = nullptr) {
+  const Picture result = in_color_type(picture, target, host);
   return target.kind == DocumentKind::WEBP && result && result.bits() <= 8 ? opaque_true_color(result)
                                                                            : result;
 }
@@ -160,8 +129,9 @@ bool choose_palette(Target& target, std::span<const Picture> pictures, bool tran
   const std::uint32_t depth = conversion.bitDepth == 0 ? 8 : conversion.bitDepth;
   const std::uint32_t most = std::min(conversion.most, 1u << depth) - (transparency ? 1 : 0);
   target.palette = conversion.palette;
-  if (target.palette.count == 0)
-    target.palette = palette_from_pictures(pictures, most, &host, conversion.method);
+  PaletteMethod method = conversion.method;
+  method.holes = transparency;
+  if (target.palette.count == 0) target.palette = palette_from_pictures(pictures, most, &host, method);
   if (target.palette.count == 0) return false;
   target.palette.count = std::min(target.palette.count, (1u << depth) - (transparency ? 1 : 0));
   if (transparency) target.transparent = static_cast<std::uint8_t>(target.palette.count++);
@@ -170,26 +140,59 @@ bool choose_palette(Target& target, std::span<const Picture> pictures, bool tran
   return true;
 }
 
-std::vector<std::uint8_t> transparency_of(const Target& target) {
-  if (!target.transparent) return {};
-  std::vector<std::uint8_t> table(target.palette.count, 255);
-  table[*target.transparent] = 0;
-  return table;
+/// Pictures of more pixels are matched one after the other, each on all cores, so that the user is heard in
+/// between.
+constexpr std::uint64_t kLargePicture = 1'000'000;
+
+/// The host of one step of many.
+Host host_of_step(Host& host, const Progress& progress, std::size_t step, std::size_t steps) {
+  constexpr std::uint64_t kParts = 1000;
+  Host part;
+  part.stop_requested = host.stop_requested;
+  part.progress_step = [&progress, step, steps](std::uint64_t done, std::uint64_t total) {
+    progress.step(kParts * step + kParts * done / std::max<std::uint64_t>(total, 1), kParts * steps);
+  };
+  return part;
 }
 
-/// All pictures converted, some at a time; nothing when one fails or the user stops it.
+/// All pictures converted, small ones some at a time; nothing when one fails or the user stops it.
 std::vector<Picture> convert_all(std::span<const Picture> pictures, const Target& target, Host& host) {
-  const Progress progress(host, "Remapping");
-  const std::size_t step = 4 * parallel_width();
+  const Progress progress(host, string_text(StringId::Remapping));
+  const auto is_large = [](const Picture& picture) {
+    return std::uint64_t{picture.width()} * picture.height() >= kLargePicture;
+  };
+  const std::size_t step = std::ranges::any_of(pictures, is_large) ? 1 : 4 * parallel_width();
   std::vector<Picture> results(pictures.size());
   for (std::size_t first = 0; first < pictures.size(); first += step) {
     if (host.stopped()) return {};
+    Host part = host_of_step(host, progress, first, pictures.size());
+    if (step == 1) results[first] = converted(pictures[first], target, &part);
     const std::size_t count = std::min(step, pictures.size() - first);
-    parallel_for(count, [&](std::size_t i) { results[first + i] = converted(pictures[first + i], target); });
+    if (step > 1)
+      parallel_for(count,
+                   [&](std::size_t i) { results[first + i] = converted(pictures[first + i], target); });
+    if (!results[first]) return {};
     progress.step(first + count, pictures.size());
   }
   const bool whole = std::ranges::all_of(results, [](const Picture& picture) { return bool(picture); });
   return whole ? results : std::vector<Picture>();
+}
+
+/// The pictures with all their colors and alphas in one palette, where there are so few and nobody asked for
+/// other ones.
+bool keep_exactly(DocumentWindow& draft, std::span<const Picture> pictures,
+                  const ColorConversion& conversion) {
+  const PaletteMethod& method = conversion.method;
+  if (conversion.colorType != 3 || conversion.palette.count != 0 || method.fifteenBits || method.sorted ||
+      draft.document.kind == DocumentKind::WEBP)
+    return false;
+  auto colors = exact_colors(pictures);
+  const std::uint32_t depth = conversion.bitDepth == 0 ? 8 : conversion.bitDepth;
+  if (!colors || colors->colors > std::min(conversion.most, 1u << depth)) return false;
+  if (conversion.bitDepth != 0) colors->bitDepth = conversion.bitDepth;
+  const std::vector<Picture> results = in_colors(pictures, *colors);
+  if (!results.empty()) put_frame_pictures(draft, results, *colors);
+  return !results.empty();
 }
 
 DocumentColors colors_of(const Target& target) {
@@ -237,6 +240,11 @@ bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, H
   const bool transparency = has_transparency(draft);
   if (transparency && !holds_alpha(conversion) && !flatten(draft, pictures, host)) return false;
   if (pictures.empty() || std::ranges::any_of(pictures, [](const Picture& p) { return !p; })) return false;
+  if (host.stopped()) return false;
+  if (keep_exactly(draft, pictures, conversion)) {
+    take_draft(window, draft);
+    return true;
+  }
   Target target{conversion, draft.document.kind, {}};
   if (!choose_palette(target, pictures, transparency && holds_alpha(conversion), host)) return false;
   const std::vector<Picture> results = convert_all(pictures, target, host);

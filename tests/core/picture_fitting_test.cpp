@@ -5,7 +5,7 @@
 #include "core/edit/new_document.h"
 #include "core/model/record_picture.h"
 #include "core/settings.h"
-#include "image/remap.h"
+#include "image/to_colors.h"
 #include "support/documents.h"
 #include "support/settings_guard.h"
 
@@ -121,8 +121,7 @@ TEST(Fitting, PalettesAreMatchedDitheredOrReplacedByTheSettings) {
     EXPECT_EQ(before == after, c.done != PaletteChoice::Replace);
     const Picture image = testing::images_of(window)[0];
     if (c.done == PaletteChoice::Replace) continue;
-    const Picture wanted = c.done == PaletteChoice::Remap ? remap_to_colors(picture, before, colors)
-                                                          : dither_to_colors(picture, before, colors);
+    const Picture wanted = to_colors(picture, {before, colors}, c.done == PaletteChoice::Dither);
     EXPECT_TRUE(std::ranges::equal(image.handle().bytes(), wanted.handle().bytes()));
   }
 }

@@ -2,9 +2,9 @@
 #include "image/remap.h"
 
 #include "base/string_table.h"
-#include "image/builtin_palette.h"
 #include "image/picture_operations.h"
 #include "image/settings.h"
+#include "image/to_colors.h"
 #include "random_pictures.h"
 
 namespace vellum {
@@ -14,10 +14,12 @@ using testing::random_palette;
 using testing::random_picture;
 using testing::same_block;
 
-/// The stated loops, one pixel at a time, on RGB values.
+/// The same loops, one pixel at a time, on RGB values.
 struct Plain {
   Palette palette;
   std::uint32_t count;
+
+  bool grey_cut() const { return count == 2 && exact(0, 0, 0) && exact(255, 255, 255); }
 
   std::uint32_t nearest(int r, int g, int b) const {
     std::uint32_t found = 0;
@@ -61,12 +63,10 @@ Picture plain_remap(const Picture& picture, const Plain& plain, std::uint32_t de
   for (std::uint32_t y = 0; y < picture.height(); ++y)
     for (std::uint32_t x = 0; x < picture.width(); ++x) {
       const Rgb c = color_at(picture, x, y);
-      const bool by_bit = picture.bits() == 1;
-      const bool lit = by_bit ? PictureGetPixel(picture, x, y) == 1
-                              : grey_of(static_cast<unsigned>(c.r), static_cast<unsigned>(c.g),
-                                        static_cast<unsigned>(c.b)) >= 129;
-      const std::uint32_t index = by_bit || depth == 1
-                                      ? (lit ? plain.pick(255, 255, 255) : plain.pick(0, 0, 0))
+      const std::uint32_t grey =
+          grey_of(static_cast<unsigned>(c.r), static_cast<unsigned>(c.g), static_cast<unsigned>(c.b));
+      const int level = grey >= 129 ? 255 : 0;
+      const std::uint32_t index = plain.grey_cut()      ? *plain.exact(level, level, level)
                                   : picture.bits() <= 8 ? plain.nearest(c.r, c.g, c.b)
                                                         : plain.pick(c.r, c.g, c.b);
       PicturePutPixel(result, x, y, index);
@@ -156,22 +156,24 @@ TEST(Remap, EveryDepthAndPaletteSizeAgreesWithThePixelLoops) {
   for (const int fast : {0, 1}) {
     settings::FastRemap = fast;
     for (const std::uint32_t depth : testing::kDepths)
-      for (const std::uint32_t colors : {1u, 2u, 3u, 16u, 17u, 216u, 256u})
+      for (const std::uint32_t colors : {0u, 1u, 2u, 3u, 16u, 17u, 216u, 256u})
         for (const auto& [width, height] : {testing::Shape{1, 1}, {2, 5}, {33, 9}}) {
-          const Plain plain{random_palette(random), colors};
+          Plain plain{random_palette(random), colors};
+          if (colors == 0)
+            plain = {random() % 2 ? Palette{255, 255, 255} : Palette{0, 0, 0, 255, 255, 255}, 2};
           const Picture picture = random_picture(random, width, height, depth);
-          const std::uint32_t result_depth = picture_bits(depth_of_colors(colors));
+          const std::uint32_t result_depth = picture_bits(depth_of_colors(plain.count));
           const auto where = ::testing::Message() << depth << " bits to " << colors << (fast ? " fast" : "");
-          EXPECT_TRUE(same_block(remap_to_colors(picture, plain.palette, colors),
+          EXPECT_TRUE(same_block(RemapPicture(picture, plain.palette, plain.count, kRemapColors),
                                  plain_remap(picture, plain, result_depth)))
               << where;
-          const Picture dithered = DitherPicture(picture, plain.palette, colors, kRemapColors);
+          const Picture dithered = DitherPicture(picture, plain.palette, plain.count, kRemapColors);
           if (depth == 1) {
             EXPECT_FALSE(dithered) << where;
             continue;
           }
-          EXPECT_TRUE(same_block(dithered, result_depth == 1 ? plain_dither_black_and_white(picture, plain)
-                                                             : plain_dither(picture, plain, result_depth)))
+          EXPECT_TRUE(same_block(dithered, plain.grey_cut() ? plain_dither_black_and_white(picture, plain)
+                                                            : plain_dither(picture, plain, result_depth)))
               << where;
         }
   }
@@ -184,8 +186,9 @@ TEST(Remap, LargePicturesInBandsAgreeWithThePixelLoops) {
   Plain plain{random_palette(random), 250};
   // Crowded colors: cells then have more candidates than fit one block.
   for (std::size_t i = 0; i < 3 * 100; ++i) plain.palette[i] = static_cast<std::uint8_t>(128 + random() % 12);
-  EXPECT_TRUE(same_block(remap_to_colors(picture, plain.palette, 250), plain_remap(picture, plain, 8)));
-  EXPECT_TRUE(same_block(dither_to_colors(picture, plain.palette, 250), plain_dither(picture, plain, 8)));
+  const GivenColors given{plain.palette, 250};
+  EXPECT_TRUE(same_block(to_colors(picture, given, false), plain_remap(picture, plain, 8)));
+  EXPECT_TRUE(same_block(to_colors(picture, given, true), plain_dither(picture, plain, 8)));
 }
 
 TEST(Remap, FlagsTellCountsFromDepthsAndStopWhenAsked) {
@@ -194,9 +197,7 @@ TEST(Remap, FlagsTellCountsFromDepthsAndStopWhenAsked) {
   const Palette palette = random_palette(random);
   EXPECT_EQ(RemapPicture(picture, palette, 4, 0).bits(), 4u);
   EXPECT_EQ(RemapPicture(picture, palette, 5, kRemapColors).bits(), 4u);
-  EXPECT_EQ(RemapPicture(picture, palette, 4, 0).handle().bytes().size(),
-            remap_to_colors(picture, palette, 16).handle().bytes().size());
-  EXPECT_TRUE(same_block(RemapPicture(picture, palette, 4, 0), remap_to_colors(picture, palette, 16)));
+  EXPECT_TRUE(same_block(RemapPicture(picture, palette, 4, 0), to_colors(picture, {palette, 16}, false)));
   EXPECT_EQ(RemapPicture(picture, palette, 257, kRemapColors).bits(), 24u);
   Host host;
   std::string told;
@@ -208,16 +209,67 @@ TEST(Remap, FlagsTellCountsFromDepthsAndStopWhenAsked) {
   EXPECT_EQ(told, "RemappingDithering");
 }
 
-TEST(Remap, ColorsOfThePaletteComeThroughExactly) {
-  Palette palette;
-  BuiltInPalette(&palette, nullptr, 6);
-  Picture picture = PictureCreate(256, 2, nullptr, 24);
-  for (std::uint32_t x = 0; x < 256; ++x)
-    for (std::uint32_t y = 0; y < 2; ++y)
-      PicturePutPixel(picture, x, y, make_colour(palette[3 * x], palette[3 * x + 1], palette[3 * x + 2]));
-  for (const Picture& result :
-       {remap_to_colors(picture, palette, 256), dither_to_colors(picture, palette, 256)})
-    for (std::uint32_t x = 0; x < 256; ++x) EXPECT_EQ(PictureGetPixel(result, x, 1), x);
+/// A picture of exactly these colors, in each form that can hold it: indexed with them in another order, 24
+/// bits, 32 bits with holes of stray colors.
+std::vector<Picture> pictures_of_colors(std::mt19937& random, const Palette& palette, std::uint32_t colors) {
+  constexpr std::uint32_t kWidth = 37, kHeight = 29;
+  Palette turned{};
+  for (std::uint32_t i = 0; i < colors; ++i) std::copy_n(&palette[3 * (colors - 1 - i)], 3, &turned[3 * i]);
+  std::vector<Picture> pictures = {PictureCreate(kWidth, kHeight, &turned, depth_of_colors(colors)),
+                                   PictureCreate(kWidth, kHeight, nullptr, 24),
+                                   PictureCreateAlpha(kWidth, kHeight)};
+  for (std::uint32_t y = 0; y < kHeight; ++y)
+    for (std::uint32_t x = 0; x < kWidth; ++x) {
+      const std::uint32_t at = y * kWidth + x, i = at < colors ? at : random() % colors;
+      const Colour color = make_colour(palette[3 * i], palette[3 * i + 1], palette[3 * i + 2], 255);
+      PicturePutPixel(pictures[0], x, y, colors - 1 - i);
+      PicturePutPixel(pictures[1], x, y, color);
+      PicturePutPixel(pictures[2], x, y,
+                      at >= colors && random() % 4 == 0 ? static_cast<Colour>(random() & 0x7FFFFFFF) : color);
+    }
+  return pictures;
+}
+
+TEST(ToColors, WhatThePaletteHoldsComesBackEqual) {
+  std::mt19937 random(10);
+  for (const int fast : {0, 1})
+    for (const std::uint32_t colors : {1u, 2u, 3u, 16u, 17u, 255u, 256u})
+      for (const bool hole : {false, true})
+        for (const bool dither : {false, true}) {
+          if (hole && colors == 256) continue;
+          settings::FastRemap = fast;
+          GivenColors given{random_palette(random), colors + (hole ? 1 : 0)};
+          if (colors == 2 && fast) given.palette = {255, 255, 255};
+          if (hole) given.alpha.assign(colors + 1, 255);
+          if (hole) given.alpha.back() = 0;
+          const auto pictures = pictures_of_colors(random, given.palette, colors);
+          for (std::size_t form = 0; form < (hole ? 3u : 2u); ++form) {
+            const Picture& picture = pictures[form];
+            const Picture result = to_colors(picture, given, dither);
+            ASSERT_EQ(result.bits(), picture_bits(depth_of_colors(given.count)));
+            int wrong = 0;
+            for (std::uint32_t y = 0; y < picture.height(); ++y)
+              for (std::uint32_t x = 0; x < picture.width(); ++x) {
+                const Colour index = PictureGetPixel(result, x, y), before = PictureGetPixel(picture, x, y);
+                const bool clear = form == 2 && alpha_of(before) < 128;
+                const Rgb a = color_at(picture, x, y), b = color_at(result, x, y);
+                wrong += clear ? index != colors : a.r != b.r || a.g != b.g || a.b != b.b || index >= colors;
+              }
+            EXPECT_EQ(wrong, 0) << colors << " colors, form " << form << (hole ? ", holes" : "")
+                                << (dither ? ", dithered" : "") << (fast ? ", fast" : "");
+          }
+        }
+  settings::FastRemap = 0;
+}
+
+TEST(ToColors, IndexesThatMeanTheColorsAreCopied) {
+  std::mt19937 random(11);
+  GivenColors given{random_palette(random), 16};
+  std::copy_n(&given.palette[0], 3, &given.palette[21]);  // the same color twice
+  const Picture picture = random_picture(random, 33, 9, 4);
+  Picture same = picture;
+  PictureSetPalette(same, given.palette);
+  EXPECT_TRUE(same_block(to_colors(same, given, true), same));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <set>
 
 #include "core/edit/frame_layer.h"
@@ -124,6 +125,35 @@ TEST(ConvertColors, APaletteKeepsAnEntryForTransparency) {
   }
 }
 
+TEST(ConvertColors, WhatAPaletteCanHoldComesBackEqual) {
+  std::mt19937 random(1);
+  Recorder recorder;
+  for (const std::uint32_t colors : {1u, 2u, 3u, 16u, 17u, 255u, 256u})
+    for (const int most_hidden : {0, 1, 128})  // none, clear ones, faint ones of any color
+      for (const bool dither : {false, true}) {
+        if (most_hidden > 0 && colors == 256) continue;
+        Picture picture = PictureCreate(31, 17, nullptr, most_hidden > 0 ? 32 : 24);
+        for (std::uint32_t i = 0; i < 31 * 17; ++i) {
+          const std::uint32_t color = i < colors ? i : static_cast<std::uint32_t>(random()) % colors;
+          const bool hidden = most_hidden > 0 && i >= colors && i % 3 == 0;
+          const auto alpha =
+              hidden ? static_cast<std::uint32_t>(random()) % static_cast<unsigned>(most_hidden) : 255u;
+          const auto stray = static_cast<std::uint32_t>(random());
+          PicturePutPixel(picture, i % 31, i / 31,
+                          alpha << 24 | ((hidden ? stray : color * 2654435761u >> 5) & 0xFFFFFF));
+        }
+        DocumentWindow window = small_document(P, 0, most_hidden > 0 ? 6 : 2);
+        ASSERT_TRUE(insert_pictures(window, {&picture, 1}, recorder.host));
+        const auto before = pixels_of(window)[0];
+        ASSERT_TRUE(convert_colors(window, {.colorType = 3, .dither = dither}, recorder.host));
+        const auto after = pixels_of(window)[0];
+        int wrong = 0;
+        for (std::size_t i = 0; i < before.size(); ++i)
+          wrong += before[i] >> 24 < 128 ? after[i] >> 24 >= 128 : after[i] != before[i];
+        EXPECT_EQ(wrong, 0) << colors << " colors, hidden below " << most_hidden;
+      }
+}
+
 TEST(ConvertColors, ATransparentEntryLeavesRoomInAFullPalette) {
   Recorder recorder;
   DocumentWindow window = half_clear_document(A, 5);
@@ -202,6 +232,23 @@ TEST(ConvertColors, StoppedOrWithoutImagesNothingChanges) {
     EXPECT_FALSE(convert_colors(window, form.conversion, recorder.host)) << form.name;
   EXPECT_EQ(pixels_of(window), before);
   EXPECT_FALSE(window.document.dirty);
+}
+
+TEST(ConvertColors, ALargeStillIsHeardOfAndCanBeStopped) {
+  for (const bool dither : {false, true}) {
+    DocumentWindow window = small_document(P, 0, 2);
+    Recorder recorder;
+    const Picture picture = PictureCreateFilled(1000, 1200, 0x123456);
+    ASSERT_TRUE(insert_pictures(window, {&picture, 1}, recorder.host));
+    int asked = 0, steps = 0;
+    recorder.host.progress_step = [&](std::uint64_t, std::uint64_t) { ++steps; };
+    recorder.host.stop_requested = [&] { return ++asked == 6; };
+    ColorConversion conversion{.colorType = 3, .dither = dither};
+    conversion.palette.count = 4;
+    EXPECT_FALSE(convert_colors(window, conversion, recorder.host));
+    EXPECT_GT(steps, 2);
+    EXPECT_EQ(testing::images_of(window)[0].bits(), 24u);
+  }
 }
 
 /// Every canvas that a document plays, once.

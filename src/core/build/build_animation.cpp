@@ -14,6 +14,7 @@
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/png_form.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {

@@ -11,6 +11,7 @@
 #include "image/picture_operations.h"
 #include "image/png_form.h"
 #include "image/remap.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {
@@ -118,13 +119,6 @@ std::vector<std::uint8_t> background_payload(const Rgb& color, const DocumentCol
 }
 
 }  // namespace
-
-bool has_colors(const Picture& picture, const Palette& palette, std::uint32_t colors) {
-  if (picture.bits() > 8 || largest_index(picture) >= colors) return false;
-  Palette own;
-  const std::uint32_t common = std::min(PictureGetPalette(picture, own), colors);
-  return std::equal(own.begin(), own.begin() + 3 * common, palette.begin());
-}
 
 void header_take_picture(DocumentWindow& window, const Picture& picture) {
   ChunkRecord record;

@@ -15,9 +15,6 @@ void header_take_picture(DocumentWindow& window, const Picture& picture);
 /// The header of a still picture gets the picture's size alone.
 void header_take_size(DocumentWindow& window, const Picture& picture);
 
-/// Whether indexes of the picture mean these colors.
-bool has_colors(const Picture& picture, const Palette& palette, std::uint32_t colors);
-
 /// What the pictures of a document hold now.
 struct DocumentColors {
   std::uint8_t colorType = 6;  ///< of the PNG standard

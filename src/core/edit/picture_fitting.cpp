@@ -12,53 +12,18 @@
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/png_form.h"
-#include "image/remap.h"
+#include "image/to_colors.h"
 
 namespace vellum {
 namespace {
 
-/// The entries of a palette that colors may be matched to: those that tRNS leaves opaque.
-struct OpaqueEntries {
-  Palette palette{};
-  std::vector<std::uint8_t> index;          ///< of each in the whole palette
-  std::optional<std::uint8_t> transparent;  ///< the first that is wholly transparent
-
-  OpaqueEntries(const Palette& whole, std::uint32_t colors, const std::vector<std::uint8_t>& alpha) {
-    for (std::uint32_t i = 0; i < colors; ++i) {
-      const unsigned opacity = i < alpha.size() ? alpha[i] : 255;
-      if (opacity == 0 && !transparent) transparent = static_cast<std::uint8_t>(i);
-      if (opacity != 255) continue;
-      std::copy_n(&whole[3 * i], 3, &palette[3 * index.size()]);
-      index.push_back(static_cast<std::uint8_t>(i));
-    }
-  }
-};
-
-/// Indexes into the opaque entries as indexes into the palette; pixels without opacity get the transparent
-/// one.
-Picture in_whole_palette(const Picture& matched, const Picture& source, const OpaqueEntries& entries,
-                         const Palette& palette, std::uint32_t colors) {
-  Picture result = create_rows(matched.width(), matched.height(), &palette, depth_of_colors(colors));
-  if (!matched || !result) return {};
-  const EditRows rows(result);
-  for (std::uint32_t y = 0; y < matched.height(); ++y)
-    for (std::size_t x = 0; x < matched.width(); ++x) {
-      std::uint8_t index = entries.index[get_index(matched.row(y), x, matched.bits())];
-      if (entries.transparent && source.bits() == 32 && source.row(y)[4 * x + 3] == 0)
-        index = *entries.transparent;
-      put_index(rows[y], x, result.bits(), index);
-    }
-  return result;
-}
-
 /// A picture in colors of its own: as it is up to 8 bits, else with all of them, or 256 that stand for them.
-Picture with_own_palette(const Picture& picture) {
+Picture with_own_palette(const Picture& picture, Host& host) {
   if (picture.bits() <= 8) return picture;
   const Picture opaque = PictureToTrueColor(picture);
   const PaletteColors colors = palette_of_picture(opaque);
   if (colors.count == 0) return {};
-  return settings::WidePaletteDither != 0 ? dither_to_colors(opaque, colors.palette, colors.count)
-                                          : remap_to_colors(opaque, colors.palette, colors.count);
+  return to_colors(opaque, {colors.palette, colors.count}, settings::WidePaletteDither != 0, &host);
 }
 
 void interlace_header(DocumentWindow& window) {
@@ -144,23 +109,10 @@ Picture PictureFitting::in_existing_palette(const Picture& picture) {
   cancelled_ = !choice;
   if (!choice) return {};
   if (*choice == PaletteChoice::Local) return picture;
-  if (*choice != PaletteChoice::Replace) return matched(picture, *choice);
+  if (*choice != PaletteChoice::Replace)
+    return to_colors(picture, {palette_, colors_, table_}, *choice == PaletteChoice::Dither, &host_);
   if (settings::WidePaletteInterlace != 0) interlace_header(window_);
-  return with_own_palette(picture);
-}
-
-Picture PictureFitting::matched(const Picture& picture, PaletteChoice choice) const {
-  const auto match = [choice](const Picture& source, const Palette& palette, std::uint32_t colors) {
-    return choice == PaletteChoice::Dither ? dither_to_colors(source, palette, colors)
-                                           : remap_to_colors(source, palette, colors);
-  };
-  // A 1-bit picture would be matched by its bits alone.
-  const Picture source = picture.bits() == 1 ? PictureToTrueColorAlpha(picture) : picture;
-  if (!source) return {};
-  const OpaqueEntries entries(palette_, colors_, table_);
-  if (entries.index.empty() || entries.index.size() == colors_) return match(source, palette_, colors_);
-  return in_whole_palette(match(source, entries.palette, static_cast<std::uint32_t>(entries.index.size())),
-                          source, entries, palette_, colors_);
+  return with_own_palette(picture, host_);
 }
 
 bool PictureFitting::agree_to_alpha() {
@@ -197,14 +149,13 @@ bool PictureFitting::promote() {
 }
 
 Picture PictureFitting::fit_to_header(const Picture& picture) {
-  Palette greys;
   switch (header_.colorType) {
     case 3:
-      return colors_ == 0 ? with_own_palette(picture) : in_existing_palette(picture);
+      return colors_ == 0 ? with_own_palette(picture, host_) : in_existing_palette(picture);
     case 0:
       if (header_.bitDepth >= 8) return PictureToGrey(opaque_true_color(picture));
-      greys = png_grey_palette(header_.bitDepth);
-      return remap_to_colors(opaque_true_color(picture), greys, 1u << header_.bitDepth);
+      return to_colors(opaque_true_color(picture),
+                       {png_grey_palette(header_.bitDepth), 1u << header_.bitDepth}, false, &host_);
     case 2:
       if (picture.bits() == 32 && !picture_content(picture).opaque && agree_to_alpha()) return picture;
       return opaque_true_color(picture);
@@ -214,6 +165,13 @@ Picture PictureFitting::fit_to_header(const Picture& picture) {
 }
 
 Picture PictureFitting::fit(const Picture& picture, bool first) {
+  cancelled_ = false;
+  const Picture fitted = fit_to_kind(picture, first);
+  if (!fitted && host_.stopped()) cancelled_ = true;
+  return fitted;
+}
+
+Picture PictureFitting::fit_to_kind(const Picture& picture, bool first) {
   switch (window_.document.kind) {
     case DocumentKind::WEBP:
       return picture.bits() <= 8 ? opaque_true_color(picture) : picture;

@@ -29,7 +29,7 @@ class PictureFitting {
   /// exhausted.
   Picture fit(const Picture& picture, bool first);
 
-  /// Whether the user cancelled the last question.
+  /// Whether the user cancelled the last question, or stopped the last matching.
   bool cancelled() const { return cancelled_; }
 
   /// Whether an image of a document of this kind can stay as it is; `table` is the transparency of that
@@ -38,10 +38,10 @@ class PictureFitting {
 
  private:
   void look_up();
+  Picture fit_to_kind(const Picture& picture, bool first);
   Picture fit_to_header(const Picture& picture);
   std::optional<PaletteChoice> choose();
   Picture in_existing_palette(const Picture& picture);
-  Picture matched(const Picture& picture, PaletteChoice choice) const;
   bool agree_to_alpha();
   bool promote();
 

@@ -8,7 +8,6 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
-#include <unordered_map>
 
 #include "base/text.h"
 #include "configuration/operation_settings.h"
@@ -16,7 +15,8 @@
 #include "image/builtin_palette.h"
 #include "image/graphic_file.h"
 #include "image/palette_from_pictures.h"
-#include "image/remap.h"
+#include "image/picture_operations.h"
+#include "image/to_colors.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -84,23 +84,15 @@ std::optional<std::filesystem::path> choose(Services& services, FileChoice choic
   return services.choose_file ? services.choose_file(choice) : std::nullopt;
 }
 
-/// Each pixel in the nearest color of the palette.
-QImage matched(QImage image, const PaletteColors& colors) {
-  image = image.convertToFormat(QImage::Format_RGB32);
-  std::unordered_map<QRgb, QRgb> known;
-  for (int y = 0; y < image.height(); ++y)
-    for (QRgb *pixel = reinterpret_cast<QRgb*>(image.scanLine(y)), *end = pixel + image.width(); pixel < end;
-         ++pixel) {
-      const auto [at, fresh] = known.try_emplace(*pixel, 0);
-      if (fresh) {
-        const std::uint32_t i = NearestPaletteIndex(
-            static_cast<std::uint32_t>(qRed(*pixel)), static_cast<std::uint32_t>(qGreen(*pixel)),
-            static_cast<std::uint32_t>(qBlue(*pixel)), colors.palette, colors.count);
-        at->second = qRgb(colors.palette[3 * i], colors.palette[3 * i + 1], colors.palette[3 * i + 2]);
-      }
-      *pixel = at->second;
-    }
-  return image;
+/// The picture as it looks in these colors, with an entry more for what is transparent.
+QImage matched(const Picture& picture, const PaletteColors& colors) {
+  GivenColors given{colors.palette, colors.count};
+  if (picture.bits() == 32 && given.count < 256) {
+    given.alpha.assign(++given.count, 255);
+    given.alpha.back() = 0;
+  }
+  const Picture indexed = to_colors(picture, given, false);
+  return image_of_picture(given.alpha.empty() ? indexed : PictureWithTransparency(indexed, given.alpha));
 }
 
 struct PaletteChooser {
@@ -111,8 +103,11 @@ struct PaletteChooser {
   void show();
   void browse();
   PaletteMethod method() const {
-    return {methods[1]->isChecked(), methods[2]->isChecked(), methods[0]->isChecked()};
+    const bool holes =
+        std::ranges::any_of(request.pictures, [](const Picture& p) { return p && p.bits() == 32; });
+    return {methods[1]->isChecked(), methods[2]->isChecked(), methods[0]->isChecked(), holes};
   }
+  PaletteColors computed();
   int id() const { return kChoices[std::max(list->currentRow(), 0)].id; }
 
   const SelectPaletteRequest& request;
@@ -126,8 +121,10 @@ struct PaletteChooser {
   PaletteGrid* grid;
   QLabel* count;
   QLabel* picture;
-  QImage source;  ///< of the preview
+  Picture source;  ///< of the preview
   PaletteColors colors;
+  std::optional<CountedPictures> counted;  ///< kept between the steps of the size
+  PaletteMethod countedBy;
 };
 
 PaletteChooser::PaletteChooser(QWidget* parent, const SelectPaletteRequest& asked, Services& using_services)
@@ -136,8 +133,8 @@ PaletteChooser::PaletteChooser(QWidget* parent, const SelectPaletteRequest& aske
   if (request.preview) {
     const QSize whole(static_cast<int>(request.preview.width()), static_cast<int>(request.preview.height()));
     const bool fits = whole.width() <= kPreview.width() && whole.height() <= kPreview.height();
-    source = scaled_image(request.preview,
-                          fits ? whole : whole.scaled(kPreview, Qt::KeepAspectRatio).expandedTo({1, 1}));
+    source = picture_of_image(scaled_image(
+        request.preview, fits ? whole : whole.scaled(kPreview, Qt::KeepAspectRatio).expandedTo({1, 1})));
   }
   auto* row = new QHBoxLayout;
   row->setSpacing(style::kWideGap);
@@ -192,7 +189,7 @@ QWidget* PaletteChooser::make_preview() {
   grid = new PaletteGrid(kGrid, side);
   picture = new QLabel(side);
   picture->setAlignment(Qt::AlignCenter);
-  picture->setMinimumSize(source.isNull() ? QSize() : kPreview);
+  picture->setMinimumSize(source ? kPreview : QSize());
   picture->setAccessibleName(QObject::tr("Preview"));
   auto* layout = new QVBoxLayout(side);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -203,15 +200,21 @@ QWidget* PaletteChooser::make_preview() {
   return side;
 }
 
+PaletteColors PaletteChooser::computed() {
+  if (!counted || countedBy != method()) {
+    countedBy = method();
+    counted.emplace(request.pictures, countedBy);
+  }
+  return counted->palette(std::min(static_cast<std::uint32_t>(size->value()), request.most));
+}
+
 void PaletteChooser::choose_row(int) {
   size->setEnabled(id() == kQuantize);
   for (QCheckBox* box : methods) box->setEnabled(id() == kQuantize);
   file->setEnabled(id() == kPaletteFile || id() == kImageFile);
   colors = {};
   if (id() >= 0) colors = built_in(id());
-  if (id() == kQuantize)
-    colors =
-        palette_from_pictures(request.pictures, static_cast<std::uint32_t>(size->value()), nullptr, method());
+  if (id() == kQuantize) colors = computed();
   const std::filesystem::path kept(settings::ColourTableFile);
   std::string reason;
   if (id() == kPaletteFile && !kept.empty())
@@ -238,8 +241,9 @@ void PaletteChooser::show() {
   if (colors.count > request.most) text += QObject::tr(", of which the first %1 fit").arg(request.most);
   count->setText(colors.count == 0 ? QObject::tr("Choose a file") : text);
   ok->setEnabled(colors.count > 0);
-  if (source.isNull()) return;
-  picture->setPixmap(QPixmap::fromImage(colors.count == 0 ? source : matched(source, colors)));
+  if (!source) return;
+  picture->setPixmap(
+      QPixmap::fromImage(colors.count == 0 ? image_of_picture(source) : matched(source, colors)));
 }
 
 }  // namespace
