@@ -26,13 +26,11 @@ std::vector<Picture> read_stills(const std::vector<std::string>& files, Host& ho
   const std::size_t step = 4 * parallel_width();
   for (std::size_t first = 0; first < files.size(); first += step) {
     const std::size_t count = std::min(step, files.size() - first);
-    parallel_for(count, [&](std::size_t i) { pictures[first + i] = read_still(files[first + i]); });
+    std::vector<GraphicReading> readings(count);
+    parallel_for(count, [&](std::size_t i) { readings[i] = read_still(files[first + i]); });
     progress.step(first + count, files.size());
-    for (std::size_t i = first; i < first + count; ++i)
-      if (!pictures[i]) {
-        host.show(StringId::ErrorReadingFile, {}, files[i]);
-        return {};
-      }
+    for (std::size_t i = 0; i < count; ++i)
+      if (!(pictures[first + i] = told_reading(files[first + i], readings[i], host))) return {};
   }
   return pictures;
 }

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "image/graphic_file.h"
+
 namespace vellum::cli {
 
 const std::map<std::string, DocumentKind>& animation_kinds() {
@@ -14,7 +16,18 @@ const std::map<std::string, DocumentKind>& animation_kinds() {
   return animations;
 }
 
+bool name_fits_document(const std::string& path) {
+  const std::size_t row = GraphicFileType(path);
+  if (row == kNoGraphicFile) return true;
+  const std::string_view extension = graphic_file_modules()[row].extension;
+  if (extension == "png" || extension == "webp") return true;
+  std::fprintf(stderr, "vellum: a document is a PNG, MNG or WebP file and has no name that ends in .%s\n",
+               std::string(extension).c_str());
+  return false;
+}
+
 bool name_fits_kind(const std::string& path, DocumentKind kind) {
+  if (!name_fits_document(path)) return false;
   const std::string extension = std::filesystem::path(path).extension().string();
   if (equal_ignoring_case(extension, ".webp") == (kind == DocumentKind::WEBP)) return true;
   std::fprintf(stderr, "vellum: a WebP file, and no other, has a name that ends in .webp\n");

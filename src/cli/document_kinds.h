@@ -17,7 +17,9 @@ inline const std::map<std::string, DocumentKind> kKinds = {{"png", DocumentKind:
 /// Those of animations alone.
 const std::map<std::string, DocumentKind>& animation_kinds();
 
-/// ".webp" alone decides the writer: a name and a kind must agree about it. Tells where they do not.
+/// Whether a document may have a name: those of other formats would lie about its content. Tells where not.
+bool name_fits_document(const std::string& path);
+/// The same for a document of a kind: ".webp" alone decides the writer.
 bool name_fits_kind(const std::string& path, DocumentKind kind);
 
 }  // namespace vellum::cli

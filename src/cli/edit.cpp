@@ -5,6 +5,7 @@
 #include "base/byte_order.h"
 #include "base/file.h"
 #include "cli/command.h"
+#include "cli/document_kinds.h"
 #include "cli/edit_values.h"
 #include "core/chunks/chunk_fields.h"
 #include "core/chunks/chunk_payload.h"
@@ -205,6 +206,7 @@ int run_edit(const CLI::App& app, const EditOptions& options, Host& host) {
     std::fprintf(stderr, "vellum: the file to write is missing\n");
     return kWrongUsage;
   }
+  if (!options.out.empty() && !name_fits_document(options.out)) return kWrongUsage;
   DocumentWindow window;
   if (!open_document(window, options.in, host)) return kFailed;
   const int result = apply_edits(window, edits, host);

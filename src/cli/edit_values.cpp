@@ -54,10 +54,8 @@ bool insert_file(DocumentWindow& window, ChunkTag tag, const std::string& path, 
 }
 
 bool insert_image(DocumentWindow& window, ChunkTag, const std::string& value, Host& host) {
-  const Picture picture = GraphicFileRead(value);
-  if (picture) return insert_pictures(window, {&picture, 1}, host);
-  host.show(StringId::ErrorReadingFile, {}, value);
-  return false;
+  const Picture picture = read_picture_file(value, host);
+  return picture && insert_pictures(window, {&picture, 1}, host);
 }
 
 bool insert_text(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {

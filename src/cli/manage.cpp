@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "cli/command.h"
+#include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
@@ -212,6 +213,7 @@ int apply_actions(const ManageOptions& options, Managing& managing) {
 }
 
 int run_manage(const ManageOptions& options, Host& host) {
+  if (!name_fits_document(options.out)) return kWrongUsage;
   DocumentWindow window;
   if (!open_document(window, options.in, host)) return kFailed;
   const std::size_t count = frame_entries(window).size();

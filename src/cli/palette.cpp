@@ -9,7 +9,7 @@
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "image/builtin_palette.h"
-#include "image/graphic_file.h"
+#include "image/load_palette.h"
 #include "image/settings.h"
 #include "operations/convert_colors.h"
 #include "operations/frames.h"
@@ -32,21 +32,6 @@ int fail(Host& host, StringId id, const std::string& more) {
   return kFailed;
 }
 
-/// The colors of a file of palettes or of a picture.
-std::optional<PaletteColors> colors_of_file(const std::string& path, Host& host) {
-  std::string reason;
-  auto colors = read_palette_file(path, reason);
-  if (!colors && GraphicFileType(path) != kNoGraphicFile)
-    if (const Picture picture = GraphicFileRead(path)) colors = palette_of_picture(picture);
-  if (!colors || colors->count == 0) {
-    fail(host, reason.empty() ? StringId::NoPaletteInFile : StringId::ErrorReadingFile,
-         reason.empty() ? path : reason);
-    return std::nullopt;
-  }
-  if (colors->cut) host.set_status(filled(StringId::PaletteCut, {std::to_string(colors->count)}));
-  return colors;
-}
-
 /// How the options choose the colors; nothing after the reason was told.
 std::optional<ColorConversion> conversion_of(const PaletteOptions& options, Host& host) {
   ColorConversion conversion{.colorType = 3, .dither = options.dither};
@@ -55,8 +40,9 @@ std::optional<ColorConversion> conversion_of(const PaletteOptions& options, Host
   conversion.method = {options.fifteenBits || settings::WidePaletteQ15 != 0,
                        options.sketch || settings::WidePaletteSketch != 0, settings::WidePaletteSorted != 0};
   if (!options.file.empty()) {
-    const auto colors = colors_of_file(options.file, host);
+    const auto colors = load_palette(options.file, host);
     if (!colors) return std::nullopt;
+    if (colors->cut) host.add_note(filled(StringId::PaletteCut, {std::to_string(colors->count)}));
     conversion.palette = *colors;
   }
   if (!options.id) return conversion;

@@ -1,4 +1,5 @@
 #include "cli/command.h"
+#include "cli/document_kinds.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 
@@ -10,6 +11,7 @@ struct SaveOptions {
 };
 
 int run_save(const SaveOptions& options, Host& host) {
+  if (!name_fits_document(options.out)) return kWrongUsage;
   DocumentWindow window;
   return open_document(window, options.in, host) && save_document(window, options.out, host) ? kDone
                                                                                              : kFailed;

@@ -67,11 +67,8 @@ int run_unstrip(const StripOptions& options, Host& host) {
   std::uint32_t width = 0, height = 0;
   if (!take_cell(options.cell, width, height) || !name_fits_kind(options.out, options.kind))
     return kWrongUsage;
-  const Picture picture = GraphicFileRead(options.in);
-  if (!picture) {
-    host.show(StringId::ErrorReadingFile, {}, options.in);
-    return kFailed;
-  }
+  const Picture picture = read_picture_file(options.in, host);
+  if (!picture) return kFailed;
   const CutStrip cut = cut_strip(picture, width, height);
   if (cut.cells.empty()) {
     host.show(StringId::SmallerThanCell);

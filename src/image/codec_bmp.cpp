@@ -22,7 +22,8 @@ struct Shape {
   bool top_down = false;
   std::array<std::uint32_t, 4> masks{};  ///< red, green, blue, alpha of 16 and 32 bits
   Palette palette{};
-  FileBytes rows;  ///< from the first row to the end of the file
+  FileBytes rows;                ///< from the first row to the end of the file
+  std::uint32_t whole_rows = 0;  ///< of rows without runs, those that the file has, in stored order
 
   bool run_length() const { return compression == kRle8 || compression == kRle4; }
   std::size_t stride() const { return picture_stride(width, stored_bits); }
@@ -107,14 +108,18 @@ bool read_shape(FileBytes file, Shape& shape) {
   if (rows_at > file.size()) return false;
   shape.rows = file.subspan(rows_at);
   // The padding of the last row may be missing.
-  const std::size_t needed =
-      shape.stride() * (shape.height - 1) + (std::size_t{shape.width} * shape.stored_bits + 7) / 8;
-  return shape.run_length() || shape.rows.size() >= needed;
+  const std::size_t padding = shape.stride() - (std::size_t{shape.width} * shape.stored_bits + 7) / 8;
+  shape.whole_rows = static_cast<std::uint32_t>(
+      std::min<std::size_t>((shape.rows.size() + padding) / shape.stride(), shape.height));
+  return true;
 }
 
-const std::uint8_t* stored_row(const Shape& shape, std::size_t y) {
-  return shape.rows.data() + shape.stride() * (shape.top_down ? y : shape.height - 1 - y);
+/// Row `i` of those that the file has.
+const std::uint8_t* stored_row(const Shape& shape, std::size_t i) {
+  return shape.rows.data() + shape.stride() * i;
 }
+/// Its place from the top.
+std::size_t place_of(const Shape& shape, std::size_t i) { return shape.top_down ? i : shape.height - 1 - i; }
 
 std::uint32_t stored_pixel(const Shape& shape, const std::uint8_t* row, std::size_t x) {
   return shape.stored_bits == 16 ? read_le16(row + 2 * x) : read_le32(row + 4 * x);
@@ -124,9 +129,9 @@ std::uint32_t stored_pixel(const Shape& shape, const std::uint8_t* row, std::siz
 bool uses_alpha(const Shape& shape) {
   const std::uint32_t mask = shape.masks[3];
   if (mask == 0) return false;
-  for (std::size_t y = 0; y < shape.height; ++y)
+  for (std::size_t i = 0; i < shape.whole_rows; ++i)
     for (std::size_t x = 0; x < shape.width; ++x)
-      if (stored_pixel(shape, stored_row(shape, y), x) & mask) return true;
+      if (stored_pixel(shape, stored_row(shape, i), x) & mask) return true;
   return false;
 }
 
@@ -155,9 +160,10 @@ void decode_fields(const Shape& shape, Picture& picture) {
   const Field red(shape.masks[0]), green(shape.masks[1]), blue(shape.masks[2]), alpha(shape.masks[3]);
   const std::size_t size = picture.bits() / 8;
   const EditRows rows(picture);
-  for_each_row(shape.height, rows.stride, [&](std::uint32_t y) {
-    const std::uint8_t* in = stored_row(shape, y);
-    std::uint8_t* out = rows[y];
+  if (shape.whole_rows == 0) return;
+  for_each_row(shape.whole_rows, rows.stride, [&](std::uint32_t i) {
+    const std::uint8_t* in = stored_row(shape, i);
+    std::uint8_t* out = rows[place_of(shape, i)];
     for (std::size_t x = 0; x < shape.width; ++x, out += size) {
       const std::uint32_t pixel = stored_pixel(shape, in, x);
       out[0] = blue.of(pixel);
@@ -170,27 +176,27 @@ void decode_fields(const Shape& shape, Picture& picture) {
 
 void decode_rows(const Shape& shape, Picture& picture) {
   const EditRows rows(picture);
-  for (std::size_t y = 0; y < shape.height; ++y) {
-    const std::uint8_t* in = stored_row(shape, y);
+  for (std::size_t i = 0; i < shape.whole_rows; ++i) {
+    const std::uint8_t* in = stored_row(shape, i);
+    std::uint8_t* out = rows[place_of(shape, i)];
     if (shape.stored_bits != 2) {
-      copy_pixels(rows[y], 0, in, 0, shape.width, picture.bits());
+      copy_pixels(out, 0, in, 0, shape.width, picture.bits());
       continue;
     }
-    for (std::size_t x = 0; x < shape.width; ++x)
-      put_index(rows[y], x, 4, in[x / 4] >> (6 - 2 * (x & 3)) & 3);
+    for (std::size_t x = 0; x < shape.width; ++x) put_index(out, x, 4, in[x / 4] >> (6 - 2 * (x & 3)) & 3);
   }
 }
 
-/// Run-length coded rows. Pixels that the runs leave out keep index 0; a stream may end early. False for a
-/// run that leaves the file.
-bool decode_runs(const Shape& shape, Picture& picture) {
+/// Run-length coded rows. Pixels that the runs leave out keep index 0; the stream may say that it ends early.
+/// Returns the number of rows that the file speaks of: fewer than the height where it is cut off.
+std::uint32_t decode_runs(const Shape& shape, Picture& picture) {
   const std::uint32_t bits = shape.stored_bits;
   const EditRows rows(picture);
   const FileBytes in = shape.rows;
   std::size_t x = 0, y = 0;
   for (std::size_t at = 0; at + 2 <= in.size() && y < shape.height;) {
     const std::size_t count = in[at], value = in[at + 1];
-    std::uint8_t* row = rows[shape.top_down ? y : shape.height - 1 - y];
+    std::uint8_t* row = rows[place_of(shape, y)];
     at += 2;
     if (count > 0) {
       for (std::size_t i = 0; i < count && x < shape.width; ++i, ++x)
@@ -202,21 +208,23 @@ bool decode_runs(const Shape& shape, Picture& picture) {
       x = 0;
       ++y;
     } else if (value == 1) {
-      return true;
+      return shape.height;
     } else if (value == 2) {
-      if (at + 2 > in.size()) return true;
+      if (at + 2 > in.size()) break;
       x = std::min<std::size_t>(x + in[at], shape.width);
       y += in[at + 1];
       at += 2;
     } else {
       const std::size_t bytes = bits == 8 ? value : (value + 1) / 2;
-      if (at + bytes > in.size()) return false;
+      if (at + bytes > in.size()) break;
       for (std::size_t i = 0; i < value && x < shape.width; ++i, ++x)
         put_index(row, x, bits, get_index(in.data() + at, i, bits));
       at += bytes + (bytes & 1);
     }
   }
-  return true;
+  // Without the end mark the last row counts when it is full.
+  if (y < shape.height && x == shape.width) ++y;
+  return static_cast<std::uint32_t>(std::min<std::size_t>(y, shape.height));
 }
 
 /// Red, green, blue and alpha masks, then a color space of 0 that needs no further fields: BITMAPV4HEADER.
@@ -249,28 +257,27 @@ bool encode_bmp(const Picture& picture, SafeFile& file) {
 
 }  // namespace
 
-Picture decode_bmp(FileBytes file, Part part) {
+bool is_bmp(FileBytes file) {
+  if (file.size() < kFileHeader + 4 || file[0] != 'B' || file[1] != 'M') return false;
+  const std::uint32_t header = read_le32(file.data() + kFileHeader);
+  return header == kCoreHeader || (header >= 16 && header <= 124);
+}
+
+GraphicReading decode_bmp(FileBytes file, Part part, const GraphicSwitches&) {
   Shape shape;
-  if (!read_shape(file, shape)) return {};
-  const std::uint32_t bits = result_bits(shape);
-  if (part == Part::Header) return PictureCreateHeaderOnly(shape.width, shape.height, &shape.palette, bits);
-  Picture picture = shape.run_length() ? PictureCreate(shape.width, shape.height, &shape.palette, bits)
-                                       : create_rows(shape.width, shape.height, &shape.palette, bits);
-  if (!picture) return picture;
-  if (shape.run_length()) return decode_runs(shape, picture) ? picture : Picture();
+  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, "the header is damaged"};
+  GraphicReading reading =
+      reading_of_size(shape.width, shape.height, &shape.palette, result_bits(shape), part, file.size());
+  if (!reading.picture || part == Part::Header) return reading;
+  if (shape.run_length()) {
+    const std::uint32_t rows = decode_runs(shape, reading.picture);
+    return cut_reading(std::move(reading), rows, shape.height);
+  }
   if (shape.stored_bits == 16 || shape.stored_bits == 32)
-    decode_fields(shape, picture);
+    decode_fields(shape, reading.picture);
   else
-    decode_rows(shape, picture);
-  return picture;
-}
-
-Picture BMPGetFileInformation(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_bmp(file, Part::Header); });
-}
-
-Picture BMPReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_bmp(file, Part::Whole); });
+    decode_rows(shape, reading.picture);
+  return cut_reading(std::move(reading), shape.whole_rows, shape.height);
 }
 
 bool BMPWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches&, const Picture& picture) {

@@ -86,7 +86,8 @@ std::vector<std::uint32_t> row_order(std::uint32_t height, bool interlaced) {
   return order;
 }
 
-bool decode_image(GifFileType* gif, Picture& picture) {
+/// The number of rows that the file has.
+std::uint32_t decode_image(GifFileType* gif, Picture& picture) {
   const auto left = static_cast<std::uint32_t>(gif->Image.Left),
              top = static_cast<std::uint32_t>(gif->Image.Top);
   const auto width = static_cast<std::uint32_t>(gif->Image.Width),
@@ -96,13 +97,15 @@ bool decode_image(GifFileType* gif, Picture& picture) {
   const std::uint32_t colours = picture.colours();
   const EditRows rows(picture);
   std::vector<GifPixelType> line(width);
+  std::uint32_t count = 0;
   for (const std::uint32_t y : row_order(height, gif->Image.Interlace)) {
-    if (DGifGetLine(gif, line.data(), static_cast<int>(width)) != GIF_OK) return false;
+    if (DGifGetLine(gif, line.data(), static_cast<int>(width)) != GIF_OK) break;
+    ++count;
     if (top + y >= picture.height()) continue;
     for (std::uint32_t x = 0; x < shown; ++x)
       put_index(rows[top + y], left + x, picture.bits(), line[x] < colours ? line[x] : 0);
   }
-  return true;
+  return count;
 }
 
 struct MapDeleter {
@@ -154,29 +157,26 @@ Picture indexed(const Picture& picture) {
 
 }  // namespace
 
-Picture decode_gif(FileBytes file, Part part) {
+bool is_gif(FileBytes file) {
+  constexpr std::string_view kSignature = "GIF8";
+  return file.size() >= kSignature.size() && std::ranges::equal(file.first(kSignature.size()), kSignature);
+}
+
+GraphicReading decode_gif(FileBytes file, Part part, const GraphicSwitches&) {
   FileBytes rest = file;
   const Reader gif(DGifOpen(&rest, take_bytes, nullptr));
-  if (!gif || !find_image(gif.get())) return {};
+  if (!gif || !find_image(gif.get())) return {{}, GraphicFault::Damaged, "it holds no image"};
   const Shape shape = shape_of(*gif);
-  if (part == Part::Header)
-    return PictureCreateHeaderOnly(shape.width, shape.height, &shape.palette, shape.bits);
-  Picture picture = PictureCreate(shape.width, shape.height, &shape.palette, shape.bits);
-  if (!picture) return picture;
+  GraphicReading reading =
+      reading_of_size(shape.width, shape.height, &shape.palette, shape.bits, part, file.size());
+  if (!reading.picture || part == Part::Header) return reading;
   if (shape.background != 0) {
-    const EditRows rows(picture);
+    const EditRows rows(reading.picture);
     for (std::uint32_t y = 0; y < shape.height; ++y)
       fill_pixels(rows[y], 0, shape.width, shape.bits, shape.background);
   }
-  return decode_image(gif.get(), picture) ? picture : Picture();
-}
-
-Picture GIFGetFileInformation(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_gif(file, Part::Header); });
-}
-
-Picture GIFReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_gif(file, Part::Whole); });
+  const std::uint32_t rows = decode_image(gif.get(), reading.picture);
+  return cut_reading(std::move(reading), rows, static_cast<std::uint32_t>(gif->Image.Height));
 }
 
 bool GIFWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches&, const Picture& picture) {

@@ -21,17 +21,32 @@ constexpr int kMaximumScans = 500;
 struct ErrorJump {
   jpeg_error_mgr manager{};
   std::jmp_buf target{};
+  std::array<char, JMSG_LENGTH_MAX> text{};  ///< the error, else the first warning; empty: there is none
+  std::uint32_t row = 0;                     ///< that was to be read when the first warning came
+
+  static ErrorJump& of(j_common_ptr info) { return *reinterpret_cast<ErrorJump*>(info->err); }
 };
 
 [[noreturn]] void jump(j_common_ptr info) {
-  std::longjmp(reinterpret_cast<ErrorJump*>(info->err)->target, 1);
+  info->err->format_message(info, ErrorJump::of(info).text.data());
+  std::longjmp(ErrorJump::of(info).target, 1);
 }
 void stay_silent(j_common_ptr) {}
+
+/// Levels below 0 are warnings: data is damaged or missing.
+void keep_warning(j_common_ptr info, int level) {
+  if (level >= 0) return;
+  ErrorJump& error = ErrorJump::of(info);
+  if (info->err->num_warnings++ > 0) return;
+  info->err->format_message(info, error.text.data());
+  if (info->is_decompressor) error.row = reinterpret_cast<j_decompress_ptr>(info)->output_scanline;
+}
 
 jpeg_error_mgr* prepare(ErrorJump& error) {
   jpeg_std_error(&error.manager);
   error.manager.error_exit = jump;
   error.manager.output_message = stay_silent;
+  error.manager.emit_message = keep_warning;
   return &error.manager;
 }
 
@@ -203,32 +218,28 @@ bool encode_jpg(const Picture& picture, const GraphicSwitches& switches, SafeFil
 
 }  // namespace
 
-Picture decode_jpg(FileBytes bytes, Part part, bool exif_orientation) {
+bool is_jpg(FileBytes file) {
+  return file.size() >= 3 && file[0] == 0xFF && file[1] == 0xD8 && file[2] == 0xFF;
+}
+
+GraphicReading decode_jpg(FileBytes bytes, Part part, const GraphicSwitches& switches) {
   const auto file = std::make_unique<Decompressor>();
-  if (!open_file(*file, bytes)) return {};
-  const int orientation = exif_orientation ? orientation_of(*file) : 1;
+  if (!open_file(*file, bytes)) return {{}, GraphicFault::Damaged, file->error.text.data()};
+  const int orientation = switches.exif_orientation ? orientation_of(*file) : 1;
   const std::uint32_t width = file->info.image_width, height = file->info.image_height;
-  if (part == Part::Header) {
-    const bool turned = swaps_sides(orientation);
-    return PictureCreateHeaderOnly(turned ? height : width, turned ? width : height, &grey_ramp(),
-                                   file->bits());
-  }
-  Picture picture = create_rows(width, height, &grey_ramp(), file->bits());
-  if (!picture) return picture;
-  const EditRows rows(picture);
+  const bool turned = part == Part::Header && swaps_sides(orientation);
+  GraphicReading reading = reading_of_size(turned ? height : width, turned ? width : height, &grey_ramp(),
+                                           file->bits(), part, bytes.size());
+  if (!reading.picture || part == Part::Header) return reading;
+  const EditRows rows(reading.picture);
   std::vector<std::uint8_t> inks(file->has_black() ? 4 * std::size_t{width} : 0);
-  if (!decode_rows(*file, rows, inks.empty() ? nullptr : inks.data())) return {};
-  return oriented(picture, orientation);
-}
-
-Picture JPGGetFileInformation(const std::filesystem::path& path, const GraphicSwitches& switches) {
-  return read_through(
-      path, [&](FileBytes file) { return decode_jpg(file, Part::Header, switches.exif_orientation); });
-}
-
-Picture JPGReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches& switches) {
-  return read_through(
-      path, [&](FileBytes file) { return decode_jpg(file, Part::Whole, switches.exif_orientation); });
+  const bool whole = decode_rows(*file, rows, inks.empty() ? nullptr : inks.data());
+  reading.told = file->error.text.data();
+  if (!whole && file->info.output_scanline == 0) return {{}, GraphicFault::Damaged, reading.told};
+  if (!whole) reading = cut_reading(std::move(reading), file->info.output_scanline, height);
+  if (whole && file->error.row > 0) reading.told += ", from row " + std::to_string(file->error.row) + " on";
+  reading.picture = oriented(reading.picture, orientation);
+  return reading;
 }
 
 bool JPGWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches& switches,

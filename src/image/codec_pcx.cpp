@@ -91,15 +91,16 @@ class RowReader {
   }
 
  private:
+  /// The next run that is not empty.
   bool next_run() {
-    if (at_ >= bytes_.size()) return false;
-    value_ = bytes_[at_++];
-    left_ = 1;
-    if (value_ < 0xC0) return true;
-    if (at_ >= bytes_.size()) return false;
-    left_ = value_ & 0x3F;
-    value_ = bytes_[at_++];
-    return left_ > 0 || next_run();
+    for (left_ = 0; left_ == 0 && at_ < bytes_.size();) {
+      value_ = bytes_[at_++];
+      left_ = 1;
+      if (value_ < 0xC0) return true;
+      left_ = at_ < bytes_.size() ? value_ & 0x3F : 0;
+      if (at_ < bytes_.size()) value_ = bytes_[at_++];
+    }
+    return left_ > 0;
   }
 
   FileBytes bytes_;
@@ -206,29 +207,23 @@ bool encode_pcx(const Picture& picture, SafeFile& file) {
 
 }  // namespace
 
-Picture decode_pcx(FileBytes file, Part part) {
+bool is_pcx(FileBytes file) {
+  return file.size() >= kHeader && file[0] == 10 && file[1] <= 5 && file[2] <= 1 &&
+         known_planes(file[3], file[65]);
+}
+
+GraphicReading decode_pcx(FileBytes file, Part part, const GraphicSwitches&) {
   Shape shape;
-  if (!read_shape(file, shape)) return {};
-  if (part == Part::Header)
-    return PictureCreateHeaderOnly(shape.width, shape.height, &shape.palette, shape.bits());
-  Picture picture = create_rows(shape.width, shape.height, &shape.palette, shape.bits());
-  if (!picture) return picture;
-  const EditRows rows(picture);
+  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, "the header is damaged"};
+  GraphicReading reading =
+      reading_of_size(shape.width, shape.height, &shape.palette, shape.bits(), part, file.size());
+  if (!reading.picture || part == Part::Header) return reading;
+  const EditRows rows(reading.picture);
   RowReader reader(file.subspan(kHeader), shape.runs);
   std::vector<std::uint8_t> row(shape.plane_bytes * shape.planes);
-  for (std::uint32_t y = 0; y < shape.height; ++y) {
-    if (!reader.read(row)) return {};
-    store_row(shape, row.data(), rows[y]);
-  }
-  return picture;
-}
-
-Picture PCXGetFileInformation(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_pcx(file, Part::Header); });
-}
-
-Picture PCXReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_pcx(file, Part::Whole); });
+  std::uint32_t y = 0;
+  for (; y < shape.height && reader.read(row); ++y) store_row(shape, row.data(), rows[y]);
+  return cut_reading(std::move(reading), y, shape.height);
 }
 
 bool PCXWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches&, const Picture& picture) {

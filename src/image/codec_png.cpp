@@ -1,16 +1,21 @@
 // PNG stills through the rows of this wing.
+#include "image/chunk_stream.h"
 #include "image/codecs.h"
 #include "image/png_file.h"
 #include "image/settings.h"
 
 namespace vellum {
 
-Picture PNGGetFileInformation(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, read_png_information);
+bool is_png(FileBytes file) {
+  return file.size() >= kPngSignature.size() &&
+         std::ranges::equal(file.first(kPngSignature.size()), kPngSignature);
 }
 
-Picture PNGReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, read_png_picture);
+GraphicReading decode_png(FileBytes file, Part part, const GraphicSwitches&) {
+  if (part == Part::Header) return {read_png_information(file), {}, {}};
+  const PngDecoded decoded = read_png_picture(file);
+  if (decoded.picture) return {decoded.picture, {}, decoded.isShort ? "rows are missing" : ""};
+  return {{}, decoded.limit ? GraphicFault::TooLarge : GraphicFault::Damaged, decoded.reason};
 }
 
 bool PNGWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches&, const Picture& picture) {

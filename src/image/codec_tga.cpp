@@ -79,7 +79,7 @@ bool read_shape(FileBytes file, Shape& shape) {
     shape.palette = grey_ramp();
   }
   shape.pixels = file.subspan(map_at + map_bytes);
-  return shape.runs || shape.pixels.size() >= shape.pixel_bytes() * shape.width * shape.height;
+  return true;
 }
 
 /// Stored pixels one row after the other. A packet may reach into the next row.
@@ -122,16 +122,14 @@ class RowReader {
   std::size_t at_ = 0, left_ = 0;  ///< bytes of the packet that are still to come
 };
 
-/// Calls use(y, row) with every stored row and its place from the top; false for a file that ends early.
+/// Calls use(y, row) with every stored row that the file has and its place from the top, until it gives true.
 template <class Use>
-bool for_each_stored_row(const Shape& shape, const Use& use) {
+void for_each_stored_row(const Shape& shape, const Use& use) {
   RowReader reader(shape);
   std::vector<std::uint8_t> row(shape.pixel_bytes() * shape.width);
   for (std::uint32_t i = 0; i < shape.height; ++i) {
-    if (!reader.read(row)) return false;
-    if (use(shape.from_top ? i : shape.height - 1 - i, row)) break;
+    if (!reader.read(row) || use(shape.from_top ? i : shape.height - 1 - i, row)) return;
   }
-  return true;
 }
 
 /// Alpha that the descriptor does not count is taken when a pixel has any.
@@ -206,16 +204,23 @@ bool encode_tga(const Picture& picture, SafeFile& file) {
 
 }  // namespace
 
-Picture decode_tga(FileBytes file, Part part) {
+bool is_tga(FileBytes file) {
+  if (file.size() < kHeader || file[1] > 1) return false;
+  return known_depth(file[2] & ~8u, file[16]) && read_le16(file.data() + 12) != 0 &&
+         read_le16(file.data() + 14) != 0;
+}
+
+GraphicReading decode_tga(FileBytes file, Part part, const GraphicSwitches&) {
   Shape shape;
-  if (!read_shape(file, shape)) return {};
-  const std::uint32_t bits = result_bits(shape);
-  if (part == Part::Header) return PictureCreateHeaderOnly(shape.width, shape.height, &shape.palette, bits);
-  Picture picture = create_rows(shape.width, shape.height, &shape.palette, bits);
-  if (!picture) return picture;
-  const EditRows rows(picture);
-  const std::size_t size = bits / 8, stored = shape.pixel_bytes(), width = shape.width;
-  const bool whole = for_each_stored_row(shape, [&](std::uint32_t y, const std::vector<std::uint8_t>& row) {
+  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, "the header is damaged"};
+  GraphicReading reading =
+      reading_of_size(shape.width, shape.height, &shape.palette, result_bits(shape), part, file.size());
+  if (!reading.picture || part == Part::Header) return reading;
+  const EditRows rows(reading.picture);
+  const std::size_t size = reading.picture.bits() / 8, stored = shape.pixel_bytes(), width = shape.width;
+  std::uint32_t count = 0;
+  for_each_stored_row(shape, [&](std::uint32_t y, const std::vector<std::uint8_t>& row) {
+    ++count;
     if (stored == size && !shape.from_right)
       std::ranges::copy(row, rows[y]);
     else
@@ -224,15 +229,7 @@ Picture decode_tga(FileBytes file, Part part) {
                     size);
     return false;
   });
-  return whole ? picture : Picture();
-}
-
-Picture TGAGetFileInformation(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_tga(file, Part::Header); });
-}
-
-Picture TGAReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_tga(file, Part::Whole); });
+  return cut_reading(std::move(reading), count, shape.height);
 }
 
 bool TGAWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches&, const Picture& picture) {

@@ -37,35 +37,38 @@ std::optional<FirstFrame> find_first_frame(FileBytes file) {
   return inside ? std::optional(frame) : std::nullopt;
 }
 
-Picture decode_first_frame(FileBytes file, Part part) {
+GraphicReading decode_first_frame(FileBytes file, Part part) {
   const auto frame = find_first_frame(file);
-  if (!frame) return {};
-  const auto make = part == Part::Header     ? PictureCreateHeaderOnly
-                    : frame->covers_canvas() ? create_rows
-                                             : PictureCreate;
-  Picture picture = make(frame->canvasWidth, frame->canvasHeight, nullptr, frame->bits());
-  if (!picture || part == Part::Header) return picture;
-  const WebpPlace place = place_in(picture, frame->x, frame->y, frame->width, frame->height);
-  return decode_webp_into(frame->stream, place, WebpThreads::Two) ? picture : Picture();
+  if (!frame) return {{}, GraphicFault::Damaged, "it holds no whole frame"};
+  GraphicReading reading =
+      reading_of_size(frame->canvasWidth, frame->canvasHeight, nullptr, frame->bits(), part, file.size());
+  if (!reading.picture || part == Part::Header) return reading;
+  const WebpPlace place = place_in(reading.picture, frame->x, frame->y, frame->width, frame->height);
+  if (!decode_webp_into(frame->stream, place, WebpThreads::Two)) reading.picture = {};
+  return reading;
 }
 
 }  // namespace
 
-Picture decode_webp(FileBytes file, Part part) {
+bool is_webp(FileBytes file) {
+  const auto holds = [&](std::size_t at, std::string_view text) {
+    return std::ranges::equal(file.subspan(at, text.size()), text);
+  };
+  return file.size() >= 16 && holds(0, "RIFF") && holds(8, "WEBP");
+}
+
+GraphicReading decode_webp(FileBytes file, Part part, const GraphicSwitches&) {
   const auto info = WEBPGetInfoEx(file);
-  if (!info) return {};
+  if (!info) return {{}, GraphicFault::Damaged, "the header is damaged"};
   if (info->isAnimation) return decode_first_frame(file, part);
   if (part == Part::Header)
-    return PictureCreateHeaderOnly(info->width, info->height, nullptr, info->hasAlpha ? 32 : 24);
-  return info->hasAlpha ? WEBPDecodeBGRA(file) : WEBPDecodeBGR(file);
-}
-
-Picture WEBPGetFileInformation(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_webp(file, Part::Header); });
-}
-
-Picture WEBPReadGraphicFile(const std::filesystem::path& path, const GraphicSwitches&) {
-  return read_through(path, [](FileBytes file) { return decode_webp(file, Part::Whole); });
+    return {PictureCreateHeaderOnly(info->width, info->height, nullptr, info->hasAlpha ? 32 : 24), {}, {}};
+  GraphicReading reading =
+      reading_of_size(info->width, info->height, nullptr, info->hasAlpha ? 32 : 24, part, file.size());
+  if (!reading.picture) return reading;
+  const WebpPlace place = place_in(reading.picture, 0, 0, info->width, info->height);
+  if (decode_webp_into(file, place, WebpThreads::Two)) return reading;
+  return cut_reading(std::move(reading), decode_webp_part(file, place), info->height);
 }
 
 bool WEBPWriteGraphicFile(const std::filesystem::path& path, const GraphicSwitches& switches,

@@ -5,6 +5,25 @@
 
 namespace vellum {
 
+GraphicReading reading_of_size(std::uint32_t width, std::uint32_t height, const Palette* palette,
+                               std::uint32_t bits, Part part, std::size_t file_bytes) {
+  constexpr std::uint64_t kUnquestioned = std::uint64_t{256} << 20, kMostExpansion = 1000;
+  if (part == Part::Header) return {PictureCreateHeaderOnly(width, height, palette, bits), {}, {}};
+  const std::uint64_t bytes = std::uint64_t{picture_stride(width, bits)} * height;
+  if (bytes > kUnquestioned && bytes / kMostExpansion > file_bytes)
+    return {{}, GraphicFault::TooLarge, "it asks for far more pixels than its bytes can mean"};
+  GraphicReading reading{PictureCreate(width, height, palette, bits), {}, {}};
+  if (!reading.picture) reading = {{}, GraphicFault::TooLarge, "the picture is too large"};
+  return reading;
+}
+
+GraphicReading cut_reading(GraphicReading reading, std::uint32_t rows, std::uint32_t height) {
+  if (rows == 0) return {{}, GraphicFault::Damaged, "the file ends before the first row"};
+  if (rows < height)
+    reading.told = std::to_string(height - rows) + " of " + std::to_string(height) + " rows are missing";
+  return reading;
+}
+
 Palette palette_from_bgr(const std::uint8_t* table, std::size_t colours, std::size_t size) {
   Palette palette{};
   for (std::size_t i = 0; i < std::min<std::size_t>(colours, 256); ++i)

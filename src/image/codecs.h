@@ -15,50 +15,36 @@ namespace vellum {
 
 using FileBytes = std::span<const std::uint8_t>;
 
-/// What a reader gives: a picture of header and table alone, or all of it.
-enum class Part { Header, Whole };
-
-Picture JPGGetFileInformation(const std::filesystem::path&, const GraphicSwitches&);
-Picture JPGReadGraphicFile(const std::filesystem::path&, const GraphicSwitches&);
+// The functions of the table's rows.
+bool is_jpg(FileBytes file);
+GraphicReading decode_jpg(FileBytes file, Part part, const GraphicSwitches& switches);
 bool JPGWriteGraphicFile(const std::filesystem::path&, const GraphicSwitches&, const Picture&);
-Picture BMPGetFileInformation(const std::filesystem::path&, const GraphicSwitches&);
-Picture BMPReadGraphicFile(const std::filesystem::path&, const GraphicSwitches&);
+bool is_bmp(FileBytes file);
+GraphicReading decode_bmp(FileBytes file, Part part, const GraphicSwitches& switches);
 bool BMPWriteGraphicFile(const std::filesystem::path&, const GraphicSwitches&, const Picture&);
-Picture GIFGetFileInformation(const std::filesystem::path&, const GraphicSwitches&);
-Picture GIFReadGraphicFile(const std::filesystem::path&, const GraphicSwitches&);
+bool is_gif(FileBytes file);
+GraphicReading decode_gif(FileBytes file, Part part, const GraphicSwitches& switches);
 bool GIFWriteGraphicFile(const std::filesystem::path&, const GraphicSwitches&, const Picture&);
-Picture PCXGetFileInformation(const std::filesystem::path&, const GraphicSwitches&);
-Picture PCXReadGraphicFile(const std::filesystem::path&, const GraphicSwitches&);
+bool is_pcx(FileBytes file);
+GraphicReading decode_pcx(FileBytes file, Part part, const GraphicSwitches& switches);
 bool PCXWriteGraphicFile(const std::filesystem::path&, const GraphicSwitches&, const Picture&);
-Picture TGAGetFileInformation(const std::filesystem::path&, const GraphicSwitches&);
-Picture TGAReadGraphicFile(const std::filesystem::path&, const GraphicSwitches&);
+bool is_tga(FileBytes file);
+GraphicReading decode_tga(FileBytes file, Part part, const GraphicSwitches& switches);
 bool TGAWriteGraphicFile(const std::filesystem::path&, const GraphicSwitches&, const Picture&);
-Picture PNGGetFileInformation(const std::filesystem::path&, const GraphicSwitches&);
-Picture PNGReadGraphicFile(const std::filesystem::path&, const GraphicSwitches&);
+bool is_png(FileBytes file);
+GraphicReading decode_png(FileBytes file, Part part, const GraphicSwitches& switches);
 bool PNGWriteGraphicFile(const std::filesystem::path&, const GraphicSwitches&, const Picture&);
-Picture WEBPGetFileInformation(const std::filesystem::path&, const GraphicSwitches&);
-Picture WEBPReadGraphicFile(const std::filesystem::path&, const GraphicSwitches&);
+bool is_webp(FileBytes file);
+GraphicReading decode_webp(FileBytes file, Part part, const GraphicSwitches& switches);
 bool WEBPWriteGraphicFile(const std::filesystem::path&, const GraphicSwitches&, const Picture&);
 
-/// The decoders behind them, from memory: null for a damaged file or one that passes a limit.
-Picture decode_jpg(FileBytes file, Part part, bool exif_orientation);
-Picture decode_bmp(FileBytes file, Part part);
-Picture decode_gif(FileBytes file, Part part);
-Picture decode_pcx(FileBytes file, Part part);
-Picture decode_tga(FileBytes file, Part part);
-Picture decode_webp(FileBytes file, Part part);
+/// A picture whose pixels are zero, or of header and table alone; a null one with its reason when it passes a
+/// limit, or when `file_bytes` bytes of a file can't mean so many pixels.
+GraphicReading reading_of_size(std::uint32_t width, std::uint32_t height, const Palette* palette,
+                               std::uint32_t bits, Part part, std::size_t file_bytes);
 
-/// The whole file through `decode(FileBytes)`; null when it cannot be read or memory is exhausted.
-template <class Decode>
-Picture read_through(const std::filesystem::path& path, const Decode& decode) {
-  try {
-    std::string reason;
-    const auto file = read_file(path, reason, kMaximumFileBytes);
-    return file ? decode(FileBytes(*file)) : Picture();
-  } catch (const std::bad_alloc&) {
-    return {};
-  }
-}
+/// The same when rows are missing: `rows` of `height` are there. Without any the picture is lost.
+GraphicReading cut_reading(GraphicReading reading, std::uint32_t rows, std::uint32_t height);
 
 /// Writes a file by `encode(SafeFile&)`; nothing of it is left when that, or the disk, fails.
 template <class Encode>

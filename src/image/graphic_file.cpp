@@ -10,13 +10,13 @@ namespace vellum {
 namespace {
 
 constexpr std::array<GraphicFileModule, 7> kModules = {{
-    {"jpg", "JPEG", JPGGetFileInformation, JPGReadGraphicFile, JPGWriteGraphicFile},
-    {"bmp", "Windows Bitmap", BMPGetFileInformation, BMPReadGraphicFile, BMPWriteGraphicFile},
-    {"gif", "GIF", GIFGetFileInformation, GIFReadGraphicFile, GIFWriteGraphicFile},
-    {"pcx", "PC Paintbrush", PCXGetFileInformation, PCXReadGraphicFile, PCXWriteGraphicFile},
-    {"tga", "Truevision Targa", TGAGetFileInformation, TGAReadGraphicFile, TGAWriteGraphicFile},
-    {"png", "PNG", PNGGetFileInformation, PNGReadGraphicFile, PNGWriteGraphicFile},
-    {"webp", "WebP", WEBPGetFileInformation, WEBPReadGraphicFile, WEBPWriteGraphicFile},
+    {"jpg", "JPEG", is_jpg, decode_jpg, JPGWriteGraphicFile},
+    {"bmp", "Windows Bitmap", is_bmp, decode_bmp, BMPWriteGraphicFile},
+    {"gif", "GIF", is_gif, decode_gif, GIFWriteGraphicFile},
+    {"pcx", "PC Paintbrush", is_pcx, decode_pcx, PCXWriteGraphicFile},
+    {"tga", "Truevision Targa", is_tga, decode_tga, TGAWriteGraphicFile},
+    {"png", "PNG", is_png, decode_png, PNGWriteGraphicFile},
+    {"webp", "WebP", is_webp, decode_webp, WEBPWriteGraphicFile},
 }};
 
 /// The row of a path without switches.
@@ -103,21 +103,56 @@ GraphicName parse_graphic_name(std::string_view name) {
 
 std::size_t GraphicFileType(std::string_view name) { return row_of(parse_graphic_name(name).path.native()); }
 
+const GraphicFileModule* graphic_module_of(std::span<const std::uint8_t> file) {
+  const auto row =
+      std::ranges::find_if(kModules, [&](const auto& module) { return module.recognizes(file); });
+  return row == kModules.end() ? nullptr : &*row;
+}
+
+GraphicReading read_graphic_file(std::string_view name, Part part) try {
+  const GraphicName parsed = parse_graphic_name(name);
+  std::string reason;
+  const auto file = read_file(parsed.path, reason, kMaximumFileBytes);
+  if (!file) return {{}, GraphicFault::Missing, reason};
+  const GraphicFileModule* module = graphic_module_of(*file);
+  if (!module) return {{}, GraphicFault::UnknownKind, "the content is no picture of a kind that can be read"};
+  GraphicReading reading = module->decode(*file, part, reading_switches(module, parsed.switches));
+  reading.module = module;
+  if (!reading.picture && reading.fault == GraphicFault::None) reading.fault = GraphicFault::Damaged;
+  if (!reading.picture && reading.told.empty()) reading.told = "the file is damaged";
+  if (!reading.picture || !reading.told.empty())
+    reading.told = std::string(module->name) + ": " + reading.told;
+  return reading;
+} catch (const std::bad_alloc&) {
+  return {{}, GraphicFault::TooLarge, "memory is exhausted"};
+}
+
+std::string reading_text(const std::filesystem::path& path, const GraphicReading& reading) {
+  return path.filename().string() + (reading.told.empty() ? "" : ": " + reading.told);
+}
+
+Picture told_reading(const std::filesystem::path& path, const GraphicReading& reading, Host& host) {
+  if (reading.fault == GraphicFault::Missing)
+    host.show(StringId::ErrorReadingFile, {}, reading_text(path, reading));
+  else if (!reading.picture)
+    host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, reading_text(path, reading));
+  else if (!reading.told.empty())
+    host.add_note(reading_text(path, reading));
+  return reading.picture;
+}
+
+Picture read_picture_file(const std::filesystem::path& path, Host& host) {
+  return told_reading(path, read_graphic_file(path.string()), host);
+}
+
 bool GraphicFileInfo(std::string_view name, std::uint32_t* width, std::uint32_t* height, std::uint32_t* bits,
                      Palette* palette) {
-  const GraphicName parsed = parse_graphic_name(name);
-  const GraphicFileModule* module = module_of(parsed);
-  if (!module) return false;
-  return PictureInfo(module->GetFileInformation(parsed.path, reading_switches(module, parsed.switches)),
-                     width, height, bits, palette);
+  return PictureInfo(read_graphic_file(name, Part::Header).picture, width, height, bits, palette);
 }
 
 Picture GraphicFileRead(std::string_view name, std::string* status) {
   if (status) status->clear();
-  const GraphicName parsed = parse_graphic_name(name);
-  const GraphicFileModule* module = module_of(parsed);
-  if (!module) return {};
-  Picture picture = module->ReadGraphicFile(parsed.path, reading_switches(module, parsed.switches));
+  Picture picture = read_graphic_file(name).picture;
   if (picture && status) *status = name;
   return picture;
 }

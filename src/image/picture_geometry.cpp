@@ -1,7 +1,4 @@
-// Pictures of another size or the other way round, and pictures from a clipboard. The depth stays.
-#include <cstring>
-
-#include "base/byte_order.h"
+// Pictures of another size or the other way round. The depth stays.
 #include "base/limits.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
@@ -49,32 +46,6 @@ Picture filled_canvas(const Picture& picture, std::uint32_t width, std::uint32_t
   for_each_row(height, rows.stride,
                [&](std::uint32_t y) { fill_pixels(rows[y], 0, width, result.bits(), colour); });
   return result;
-}
-
-/// What a bitmap's header says about where its parts lie.
-struct DibShape {
-  std::uint32_t width = 0, height = 0, bits = 0;
-  std::size_t header = 0, entries = 0;
-  std::uint64_t rows() const { return header + 4 * std::uint64_t{entries}; }
-  std::uint64_t end() const { return rows() + std::uint64_t{picture_stride(width, bits)} * height; }
-};
-
-bool read_dib_shape(std::span<const std::uint8_t> dib, DibShape& shape) {
-  if (dib.size() < Picture::kHeaderBytes) return false;
-  const std::uint8_t* p = dib.data();
-  shape = {.width = read_le32(p + 4),
-           .height = read_le32(p + 8),
-           .bits = read_le16(p + 14),
-           .header = read_le32(p),
-           .entries = read_le32(p + 32)};
-  if (shape.header < Picture::kHeaderBytes || shape.header > dib.size() || read_le32(p + 16) != 0)
-    return false;
-  if (shape.bits == 0 || picture_bits(shape.bits) != shape.bits) return false;
-  if (shape.width == 0 || shape.width > kMaximumDimension || shape.height == 0 ||
-      shape.height > kMaximumDimension)
-    return false;
-  if (shape.bits < 9 && shape.entries == 0) shape.entries = std::size_t{1} << shape.bits;
-  return shape.end() <= dib.size();
 }
 
 }  // namespace
@@ -128,22 +99,6 @@ Picture PictureMirrorVertical(const Picture& picture) {
     copy_pixels(rows[picture.height() - 1 - y], 0, picture.row(y), 0, picture.width(), picture.bits());
   });
   return result;
-}
-
-Picture PictureFromDib(std::span<const std::uint8_t> dib) {
-  DibShape shape;
-  if (!read_dib_shape(dib, shape)) return {};
-  Picture picture = create_rows(shape.width, shape.height, nullptr, shape.bits);
-  if (!picture) return picture;
-  std::uint8_t* table = picture.edit_table();
-  for (std::size_t i = 0; i < picture.colours(); ++i)
-    write_le32(table + 4 * i,
-               i < shape.entries ? read_le32(dib.data() + shape.header + 4 * i) & 0xFFFFFF : 0);
-  const EditRows rows(picture);
-  const std::uint8_t* stored = dib.data() + shape.rows();
-  for (std::uint32_t y = 0; y < shape.height; ++y)
-    copy_pixels(rows[shape.height - 1 - y], 0, stored + y * rows.stride, 0, shape.width, shape.bits);
-  return picture;
 }
 
 }  // namespace vellum

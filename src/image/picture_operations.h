@@ -70,8 +70,4 @@ void PictureFillRect(Picture& picture, std::int32_t x, std::int32_t y, std::int3
 void PictureFrameRect(Picture& picture, std::int32_t x, std::int32_t y, std::int32_t width,
                       std::int32_t height, Colour colour, std::int32_t thickness);
 
-/// Takes a device-independent bitmap as a clipboard gives it (header, table, rows; bottom-up, uncompressed,
-/// 1, 4, 8, 24 or 32 bits; the table may be shorter than full). Null when it is not one.
-Picture PictureFromDib(std::span<const std::uint8_t> dib);
-
 }  // namespace vellum

@@ -51,9 +51,10 @@ bool is_grey_ramp(const Palette& palette, std::uint8_t depth) { return palette =
 
 }  // namespace
 
-Picture read_png_picture(std::span<const std::uint8_t> file) {
+PngDecoded read_png_picture(std::span<const std::uint8_t> file) {
   const auto parts = parts_of(file);
-  return parts ? png_decode(parts->header, parts->data, parts->palette).picture : Picture();
+  if (!parts) return {{}, "a chunk is damaged or missing"};
+  return png_decode(parts->header, parts->data, parts->palette, PngShortData::Zeros);
 }
 
 Picture read_png_information(std::span<const std::uint8_t> file) {

@@ -4,13 +4,13 @@
 #include <span>
 #include <vector>
 
-#include "image/picture.h"
+#include "image/png_decode.h"
 
 namespace vellum {
 
-/// The image of a PNG file: depths as image/png_header.h says, tRNS not applied. Null when the file is
-/// damaged, holds no image, or passes a limit. CRCs are not looked at.
-Picture read_png_picture(std::span<const std::uint8_t> file);
+/// The image of a PNG file: depths as image/png_header.h says, tRNS not applied, rows that are missing zero.
+/// CRCs are not looked at.
+PngDecoded read_png_picture(std::span<const std::uint8_t> file);
 /// A picture of header and color table alone that describes the file; null when its header or palette is
 /// damaged.
 Picture read_png_information(std::span<const std::uint8_t> file);

@@ -32,6 +32,24 @@ bool configure(const WebpEncoding& encoding, WebPConfig& config) {
   return WebPValidateConfig(&config);
 }
 
+/// Decoding of a stream into a place; false when its header is damaged or it is not of the place's size.
+bool configure(std::span<const std::uint8_t> stream, const WebpPlace& place, WebpThreads threads,
+               WebPDecoderConfig& config) {
+  if (!place.bottom || !WebPInitDecoderConfig(&config) ||
+      WebPGetFeatures(stream.data(), stream.size(), &config.input) != VP8_STATUS_OK ||
+      config.input.width != static_cast<int>(place.width) ||
+      config.input.height != static_cast<int>(place.height))
+    return false;
+  config.options.flip = 1;  // rows of pictures lie bottom up
+  config.options.use_threads = threads == WebpThreads::Two;
+  config.output.colorspace = place.bytes == 4 ? MODE_BGRA : MODE_BGR;
+  config.output.is_external_memory = 1;
+  config.output.u.RGBA.rgba = place.bottom;
+  config.output.u.RGBA.stride = static_cast<int>(place.stride);
+  config.output.u.RGBA.size = place.stride * (place.height - 1) + place.bytes * place.width;
+  return true;
+}
+
 bool is_encodable(std::uint32_t extent) { return extent > 0 && extent <= WEBP_MAX_DIMENSION; }
 
 }  // namespace
@@ -51,19 +69,20 @@ WebpPlace place_in(Picture& picture, std::uint32_t x, std::uint32_t y, std::uint
 
 bool decode_webp_into(std::span<const std::uint8_t> stream, const WebpPlace& place, WebpThreads threads) {
   WebPDecoderConfig config;
-  if (!place.bottom || !WebPInitDecoderConfig(&config) ||
-      WebPGetFeatures(stream.data(), stream.size(), &config.input) != VP8_STATUS_OK ||
-      config.input.width != static_cast<int>(place.width) ||
-      config.input.height != static_cast<int>(place.height))
-    return false;
-  config.options.flip = 1;  // rows of pictures lie bottom up
-  config.options.use_threads = threads == WebpThreads::Two;
-  config.output.colorspace = place.bytes == 4 ? MODE_BGRA : MODE_BGR;
-  config.output.is_external_memory = 1;
-  config.output.u.RGBA.rgba = place.bottom;
-  config.output.u.RGBA.stride = static_cast<int>(place.stride);
-  config.output.u.RGBA.size = place.stride * (place.height - 1) + place.bytes * place.width;
-  return WebPDecode(stream.data(), stream.size(), &config) == VP8_STATUS_OK;
+  return configure(stream, place, threads, config) &&
+         WebPDecode(stream.data(), stream.size(), &config) == VP8_STATUS_OK;
+}
+
+std::uint32_t decode_webp_part(std::span<const std::uint8_t> stream, const WebpPlace& place) {
+  WebPDecoderConfig config;
+  if (!configure(stream, place, WebpThreads::One, config)) return 0;
+  WebPIDecoder* decoder = WebPIDecode(nullptr, 0, &config);
+  if (!decoder) return 0;
+  int rows = 0;
+  WebPIUpdate(decoder, stream.data(), stream.size());
+  if (!WebPIDecGetRGB(decoder, &rows, nullptr, nullptr, nullptr)) rows = 0;
+  WebPIDelete(decoder);
+  return static_cast<std::uint32_t>(std::max(rows, 0));
 }
 
 std::vector<std::uint8_t> encode_webp_pixels(const WebpPixels& pixels, const WebpEncoding& encoding) {

@@ -38,6 +38,9 @@ enum class WebpThreads { One, Two };
 /// Decodes one image stream. False when it is damaged or not of the place's size.
 bool decode_webp_into(std::span<const std::uint8_t> stream, const WebpPlace& place, WebpThreads threads);
 
+/// Decodes what is there of a stream that is cut off; the number of its rows, from the top.
+std::uint32_t decode_webp_part(std::span<const std::uint8_t> stream, const WebpPlace& place);
+
 /// Pixels to be encoded: blue, green, red, and alpha where there are 4 bytes a pixel.
 struct WebpPixels {
   const std::uint8_t* top = nullptr;

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "core/build/build_animation.h"
 #include "core/edit/picture_fitting.h"
+#include "core/files/first_picture.h"
 #include "core/files/open_document.h"
 #include "core/model/chunk_layout.h"
 #include "image/graphic_file.h"
@@ -84,15 +85,18 @@ bool add_all(DocumentWindow& window, std::span<const Picture> pictures, const St
 
 }  // namespace
 
-Picture read_still(const std::filesystem::path& file) {
-  const std::string extension = file.extension().string();
-  if (!equal_ignoring_case(extension, ".png") && !equal_ignoring_case(extension, ".mng"))
-    return GraphicFileRead(file.string());
+GraphicReading read_still(const std::filesystem::path& file) {
+  const GraphicReading header = read_graphic_file(file.string(), Part::Header);
+  const bool is_document = header.module ? header.module->extension == "png"
+                                         : equal_ignoring_case(file.extension().string(), ".mng");
+  if (!is_document) return read_graphic_file(file.string());
+  // As a document it has its transparency; what can't be opened as one may still be shown in part.
   DocumentWindow window;
   Host nobody;
-  if (!open_document(window, file, nobody)) return {};
-  const auto entries = frame_entries(window);
-  return entries.empty() ? Picture() : own_picture(window, entries.front());
+  if (open_document(window, file, nobody))
+    if (const auto entries = frame_entries(window); !entries.empty())
+      return {own_picture(window, entries.front()), {}, {}};
+  return first_picture(file);
 }
 
 bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,

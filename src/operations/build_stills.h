@@ -6,6 +6,7 @@
 
 #include "base/host.h"
 #include "core/model/document.h"
+#include "image/graphic_file.h"
 
 namespace vellum {
 
@@ -16,9 +17,8 @@ struct StillsBuild {
   bool whole = false;         ///< animated PNG: frames are not cut to what changes
 };
 
-/// The picture of a file, with its transparency as alpha; of an animation the first one. Null where it can't
-/// be read.
-Picture read_still(const std::filesystem::path& file);
+/// The picture of a file, with its transparency as alpha; of an animation the first one.
+GraphicReading read_still(const std::filesystem::path& file);
 
 /// Makes an empty window an animation of these pictures, each alone on the canvas, which has the size of the
 /// largest. Behind the first one an animated PNG has what changes alone, where all have one size and depth.

@@ -224,5 +224,21 @@ TEST_F(AnimationTool, PaletteTakesBuiltInComputedAndFilesColors) {
   EXPECT_EQ(vellum({"palette", in, out, "--file", folder_ / "none.gpl"}).status, 1);
 }
 
+TEST_F(AnimationTool, NamesOfOtherFormatsAreWrongUsage) {
+  const fs::path in = animation();
+  for (const std::vector<std::string>& words : {std::vector<std::string>{"palette", "--colors", "4"},
+                                                {"resize", "--percent", "50"},
+                                                {"manage", "--plays", "2"},
+                                                {"edit", "--set-field", "1.delayNum=7"},
+                                                {"convert"},
+                                                {"save"}})
+    for (const char* name : {"o.gif", "o.JPG"}) {
+      std::vector<std::string> all = {words[0], in, folder_ / name};
+      all.insert(all.end(), words.begin() + 1, words.end());
+      EXPECT_EQ(vellum(all).status, 2) << words[0];
+      EXPECT_FALSE(fs::exists(folder_ / name)) << words[0];
+    }
+}
+
 }  // namespace
 }  // namespace vellum

@@ -174,5 +174,80 @@ TEST(GraphicFile, JpegOrientations) {
   }
 }
 
+/// How many rows from the top are equal; `bottom`: from the bottom.
+std::uint32_t equal_rows(const Picture& a, const Picture& b, bool bottom) {
+  std::uint32_t count = 0;
+  for (; count < a.height(); ++count) {
+    const std::uint32_t y = bottom ? a.height() - 1 - count : count;
+    for (std::uint32_t x = 0; x < a.width(); ++x)
+      if (PictureGetPixel(a, x, y) != PictureGetPixel(b, x, y)) return count;
+  }
+  return count;
+}
+
+TEST(GraphicFile, CutFilesShowWhatIsThereAndSaySo) {
+  const ScratchFolder folder;
+  std::mt19937 random(4);
+  for (const auto& module : graphic_file_modules()) {
+    if (module.extension == "png") continue;  // documents: they have recovery of their own
+    const bool bottom = module.extension == "bmp" || module.extension == "tga";
+    const std::string name = (folder / ("a." + std::string(module.extension))).string();
+    ASSERT_TRUE(GraphicFileWrite(name, random_picture(random, 160, 160, module.extension == "gif" ? 8 : 24)));
+    const GraphicReading whole = read_graphic_file(name);
+    EXPECT_EQ(whole.told, "") << name;
+    std::filesystem::resize_file(name, std::filesystem::file_size(name) * 6 / 10);
+    const GraphicReading cut = read_graphic_file(name);
+    ASSERT_TRUE(cut.picture) << name;
+    EXPECT_EQ(cut.fault, GraphicFault::None) << name;
+    EXPECT_NE(cut.told, "") << name;
+    const std::uint32_t rows = equal_rows(cut.picture, whole.picture, bottom);
+    EXPECT_TRUE(rows > 48 && rows < 160) << name << " has " << rows << " rows";
+    Host host;
+    std::string notes;
+    host.note = [&](std::string_view text) { notes += text; };
+    EXPECT_TRUE(read_picture_file(name, host));
+    EXPECT_TRUE(notes.starts_with("a.")) << notes;
+  }
+}
+
+TEST(GraphicFile, ContentTellsTheKindAndFailuresTellTheirReason) {
+  const ScratchFolder folder;
+  std::mt19937 random(5);
+  const Picture picture = random_picture(random, 9, 9, 8);
+  for (const auto& module : graphic_file_modules()) {
+    const auto path = folder / ("a." + std::string(module.extension)), other = folder / "a.jpeg";
+    ASSERT_TRUE(GraphicFileWrite(path.string(), picture));
+    const Picture read = GraphicFileRead(path.string());
+    std::filesystem::rename(path, other);
+    EXPECT_TRUE(same_block(GraphicFileRead(other.string()), read)) << module.name;
+  }
+  std::vector<std::uint8_t> huge(64);  // a run-length bitmap of 40000 x 40000
+  std::ranges::copy(std::array<std::uint8_t, 2>{'B', 'M'}, huge.begin());
+  huge[14] = 40, huge[26] = 1, huge[28] = 8, huge[30] = 1, huge[46] = 1;
+  for (const std::size_t at : {18, 22}) huge[at] = 0x40, huge[at + 1] = 0x9C;
+  const std::vector<std::uint8_t> text(200, 'x'),
+      damaged = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 40, 0, 0, 0, 0, 0};
+  const struct {
+    const std::vector<std::uint8_t>& bytes;
+    GraphicFault fault;
+    StringId shown;
+  } table[] = {{huge, GraphicFault::TooLarge, StringId::FileCorrupted},
+               {text, GraphicFault::UnknownKind, StringId::FileCorrupted},
+               {damaged, GraphicFault::Damaged, StringId::FileCorrupted},
+               {{}, GraphicFault::Missing, StringId::ErrorReadingFile}};
+  for (const auto& row : table) {
+    const auto path = folder / "b.bmp";
+    std::filesystem::remove(path);
+    SafeFile file(path);
+    if (!row.bytes.empty()) ASSERT_TRUE(file.write(row.bytes) && file.commit());
+    EXPECT_EQ(read_graphic_file(path.string()).fault, row.fault);
+    Host host;
+    StringId shown{};
+    host.message = [&](const Message& message) { shown = message.id; };
+    EXPECT_FALSE(read_picture_file(path, host));
+    EXPECT_EQ(shown, row.shown);
+  }
+}
+
 }  // namespace
 }  // namespace vellum

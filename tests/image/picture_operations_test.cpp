@@ -1,7 +1,6 @@
 // Every operation against its definition in terms of PictureGetPixel and PicturePutPixel.
 #include "image/picture_operations.h"
 
-#include "base/byte_order.h"
 #include "random_pictures.h"
 
 namespace vellum {
@@ -247,30 +246,6 @@ TEST(PictureGeometry, MirrorsAndCanvas) {
                                        const bool in = u >= 0 && v >= 0 && u <= right && v <= bottom;
                                        return in ? PictureGetPixel(p, u, v) : colour;
                                      })));
-  });
-}
-
-TEST(PictureGeometry, FromDibTakesShortTablesAndRefusesTheRest) {
-  for_every_picture([](const Picture& p, std::mt19937&) {
-    const auto block = p.handle().bytes();
-    const std::vector<std::uint8_t> dib(block.begin(), block.end());
-    Picture expected = like(p, p.bits(), [&](auto x, auto y) { return PictureGetPixel(p, x, y); });
-    EXPECT_TRUE(same_block(PictureFromDib(dib), expected));
-    EXPECT_FALSE(PictureFromDib(std::span(dib).first(dib.size() - 1)));
-    for (const auto& [offset, value] :
-         {std::pair{8, 0x80000000u}, {4, 0u}, {4, 2'000'000u}, {14, 16u}, {16, 3u}, {0, 12u}}) {
-      auto bad = dib;
-      write_le16(bad.data() + offset, value & 0xFFFF);
-      if (offset != 14) write_le32(bad.data() + offset, value);
-      EXPECT_FALSE(PictureFromDib(bad)) << offset << " " << value;
-    }
-    if (p.bits() > 8) return;
-    auto shorter = dib;
-    write_le32(shorter.data() + 32, 1);
-    shorter.erase(shorter.begin() + 44, shorter.begin() + 40 + 4 * p.colours());
-    shorter[43] = 77;  // the reserved byte of an entry
-    std::memset(expected.edit_table() + 4, 0, 4 * p.colours() - 4);
-    EXPECT_TRUE(same_block(PictureFromDib(shorter), expected));
   });
 }
 

@@ -3,11 +3,11 @@
 
 #include <filesystem>
 
-#include "image/picture.h"
+#include "image/graphic_file.h"
 
 namespace vellum {
 
-/// The picture of a file, of an animation or an MNG its first; null where it can't be read.
-Picture first_picture(const std::filesystem::path& file);
+/// The picture of a file, of an animation or an MNG its first.
+GraphicReading first_picture(const std::filesystem::path& file);
 
 }  // namespace vellum

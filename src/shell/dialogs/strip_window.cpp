@@ -164,11 +164,8 @@ bool StripWindow::insert_from_strip() {
 }
 
 bool StripWindow::insert_cells(const FilmStrip& strip, const std::filesystem::path& path) {
-  const Picture picture = GraphicFileRead(path.string());
-  if (!picture) {
-    services_.host.show(StringId::ErrorReadingFile);
-    return false;
-  }
+  const Picture picture = read_picture_file(path, services_.host);
+  if (!picture) return false;
   const Extent canvas = document_size(frame_.entries(), frame_.document());
   const CutStrip cut = cut_strip(picture, strip.cellWidth == 0 ? canvas.width : strip.cellWidth,
                                  strip.cellHeight == 0 ? canvas.height : strip.cellHeight);

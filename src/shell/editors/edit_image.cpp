@@ -219,10 +219,7 @@ void ImageEditor::replace() {
   const auto path = services.choose_file(
       {QObject::tr("Replace image").toStdString(), picture_filters(true).toStdString(), {}, false, &filter});
   if (!path) return;
-  if (const Picture other = GraphicFileRead(path->string()))
-    take(other);
-  else
-    services.host.show(StringId::ErrorReadingFile, {}, path->string());
+  if (const Picture other = read_picture_file(*path, services.host)) take(other);
 }
 
 void ImageEditor::export_picture() {

@@ -13,7 +13,7 @@
 #include "configuration/operation_settings.h"
 #include "core/settings.h"
 #include "image/builtin_palette.h"
-#include "image/graphic_file.h"
+#include "image/load_palette.h"
 #include "image/palette_from_pictures.h"
 #include "image/picture_operations.h"
 #include "image/to_colors.h"
@@ -228,7 +228,7 @@ void PaletteChooser::browse() {
   const auto path = choose(services, {QObject::tr("Select Palette").toStdString(), filters.toStdString(),
                                       settings::ColourTableFile, false});
   if (!path) return;
-  const auto read = load_palette(*path, services);
+  const auto read = load_palette(*path, services.host);
   if (!read) return;
   colors = *read;
   if (!picture_file) settings::ColourTableFile = path->string();
@@ -248,31 +248,12 @@ void PaletteChooser::show() {
 
 }  // namespace
 
-std::optional<PaletteColors> load_palette(const std::filesystem::path& path, Services& services) {
-  std::string reason;
-  auto colors = read_palette_file(path, reason);
-  if (!colors && GraphicFileType(path.string()) != kNoGraphicFile) {
-    const Picture picture = GraphicFileRead(path.string());
-    if (!picture) {
-      services.host.show(StringId::ErrorReadingFile);
-      return std::nullopt;
-    }
-    colors = palette_of_picture(picture);
-  }
-  if (!reason.empty() && !colors)
-    services.host.show(StringId::ErrorReadingFile, {}, reason);
-  else if (!colors || colors->count == 0)
-    services.host.show(StringId::NoPaletteInFile);
-  if (colors && colors->count == 0) colors.reset();
-  return colors;
-}
-
 std::optional<PaletteColors> choose_palette_file(Services& services) {
   const auto path =
       choose(services, {QObject::tr("Load palette").toStdString(), palette_filters(false).toStdString(),
                         settings::ColourTableFile, false});
   if (!path) return std::nullopt;
-  auto colors = load_palette(*path, services);
+  auto colors = load_palette(*path, services.host);
   if (colors) settings::ColourTableFile = path->string();
   return colors;
 }

@@ -19,10 +19,6 @@ struct SelectPaletteRequest {
 std::optional<PaletteColors> select_palette(QWidget* parent, const SelectPaletteRequest& request,
                                             Services& services);
 
-/// The colors of a file of palettes or, failing that, of a picture. Nothing, after the user was told, when
-/// there are none.
-std::optional<PaletteColors> load_palette(const std::filesystem::path& path, Services& services);
-
 /// Asks for a palette file and reads it. Nothing when the user cancelled or was told why there is none.
 std::optional<PaletteColors> choose_palette_file(Services& services);
 /// Asks for a name and writes the colors.

@@ -98,10 +98,9 @@ std::optional<Picture> paint_elsewhere(QWidget* parent, const Picture& picture, 
     parent->activateWindow();
   });
   if (answer != QDialog::Accepted) return std::nullopt;
-  Picture painted = GraphicFileRead(file.path.string());
-  if (painted) return painted;
-  services.host.show(StringId::ErrorReadingFile);
-  return std::nullopt;
+  Picture painted = read_picture_file(file.path, services.host);
+  if (!painted) return std::nullopt;
+  return painted;
 }
 
 }  // namespace vellum

@@ -7,10 +7,11 @@
 namespace vellum {
 namespace {
 
-bool passes_over(const std::filesystem::path& file, Host& host) {
+bool passes_over(const std::filesystem::path& file, const GraphicReading& reading, Host& host) {
   if (!host.ask) return true;
   const auto id = StringId::CorruptedGraphicQuestion;
-  return host.ask({id, {}, std::string(string_text(id)), file.string(), nullptr}, false) == Answer::Yes;
+  return host.ask({id, {}, std::string(string_text(id)), reading_text(file, reading), nullptr}, false) ==
+         Answer::Yes;
 }
 
 }  // namespace
@@ -20,10 +21,10 @@ std::vector<Picture> read_picture_files(const std::vector<std::filesystem::path>
   const Progress progress(host, string_text(StringId::Loading));
   for (std::size_t i = 0; i < files.size() && !host.stopped(); ++i) {
     progress.step(i, files.size());
-    const Picture picture = first_picture(files[i]);
-    if (picture)
-      pictures.push_back(picture);
-    else if (!passes_over(files[i], host))
+    const GraphicReading reading = first_picture(files[i]);
+    if (reading.picture)
+      pictures.push_back(told_reading(files[i], reading, host));
+    else if (!passes_over(files[i], reading, host))
       break;
   }
   return pictures;

@@ -79,7 +79,7 @@ const QPixmap& WorkBackground::picture(QSize size) {
   const QString path = picture_path();
   if (path_ != path) {
     path_ = path;
-    image_ = image_of_picture(first_picture(to_path(path)));
+    image_ = image_of_picture(first_picture(to_path(path)).picture);
     shown_ = {};
   }
   if (!image_.isNull() && shown_.size() != size) {
