@@ -9,6 +9,7 @@
 #include <optional>
 #include <utility>
 
+#include "image/lanes.h"
 #include "image/picture_rows.h"
 #include "image/to_colors.h"
 
@@ -61,10 +62,15 @@ constexpr auto kPixelTable = [] {
 /// The sums of all cells, a few pixels of each in a word: these words stay in the cache.
 class CellCounts {
  public:
-  void add(unsigned r, unsigned g, unsigned b) {
-    const std::size_t cell = joined(r >> kLowBits, g >> kLowBits, b >> kLowBits, kMostDepth);
-    few_[cell] += kPixelTable[joined(r & kLowMask, g & kLowMask, b & kLowMask, kLowBits)];
-    if ((few_[cell] & kMostOfAWord) == kMostOfAWord) [[unlikely]]
+  VELLUM_INLINE void add(unsigned r, unsigned g, unsigned b) {
+    add(joined(r >> kLowBits, g >> kLowBits, b >> kLowBits, kMostDepth),
+        joined(r & kLowMask, g & kLowMask, b & kLowMask, kLowBits));
+  }
+  /// A pixel by its cell and its low bits.
+  VELLUM_INLINE void add(std::size_t cell, std::size_t low) {
+    const FewPixels word = few_[cell] + kPixelTable[low];
+    few_[cell] = word;
+    if ((word & kMostOfAWord) == kMostOfAWord) [[unlikely]]
       move_word(cell);
   }
   const CellSums& sums(std::size_t cell) {
@@ -85,17 +91,64 @@ class CellCounts {
   std::vector<CellSums> all_ = std::vector<CellSums>(kCells);
 };
 
+#pragma GCC diagnostic ignored "-Wpsabi"  // vectors are passed to functions that are inlined
+
+/// Pixels that are taken apart at a time, and the bytes that are read of them.
+constexpr std::size_t kEight = 8, kEightBytes = 28;
+
+/// The cells of eight pixels above 16 bits that hold their low bits.
+VELLUM_INLINE void places_of_eight(const std::uint8_t* pixels, std::uint32_t* places) {
+  const Bytes16 none{};
+  Bytes16 half[2];
+  for (std::size_t i = 0; i < 2; ++i) {
+    std::memcpy(&half[i], pixels + 12 * i, sizeof half[i]);
+    half[i] = __builtin_shufflevector(half[i], none, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16, 9, 10, 11, 16);
+  }
+  using Bytes32 = std::uint8_t __attribute__((vector_size(32)));
+  const Bytes32 joint =
+      __builtin_shufflevector(half[0], half[1], 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17,
+                              18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
+  const Lanes8 all = reinterpret_cast<Lanes8>(joint);
+  const Lanes8 cell = (all >> 3 & 31) | (all >> 6 & 31 << 5) | (all >> 9 & 31 << 10);
+  const Lanes8 low = (all & 7) | (all >> 5 & 7 << 3) | (all >> 10 & 7 << 6);
+  const Lanes8 both = cell << 16 | low;
+  std::memcpy(places, &both, sizeof both);
+}
+static_assert(kMostDepth == 5 && kLowBits == 3);
+
 /// Two pixels in turn, from both halves of the row: neighbours fall into the same cell mostly, and the second
-/// would wait for the first.
-void count_row(CellCounts& cells, std::span<const std::uint8_t> pixels) {
-  const std::uint8_t* row = pixels.data();
-  const std::size_t width = pixels.size() / 3, half = width / 2;
-  const std::uint8_t* second = row + 3 * half;
-  for (std::size_t x = 0; x < half; ++x, row += 3, second += 3) {
+/// would wait for the first. The first `done` pixels of the halves are counted already.
+void count_halves(CellCounts& cells, const std::uint8_t* row, std::size_t width, std::size_t done) {
+  const std::size_t half = width / 2;
+  const std::uint8_t* second = row + 3 * (half + done);
+  row += 3 * done;
+  for (std::size_t x = done; x < half; ++x, row += 3, second += 3) {
     cells.add(row[2], row[1], row[0]);
     cells.add(second[2], second[1], second[0]);
   }
   if (width % 2 != 0) cells.add(second[2], second[1], second[0]);
+}
+
+/// How many pixels of both halves of the row are counted.
+VELLUM_AVX2 std::size_t count_eights(CellCounts& cells, const std::uint8_t* row, std::size_t width) {
+  const std::size_t half = width / 2;
+  std::size_t x = 0;
+  for (; 3 * (half - x) >= kEightBytes; x += kEight) {
+    std::array<std::uint32_t, 2 * kEight> places;
+    places_of_eight(row + 3 * x, places.data());
+    places_of_eight(row + 3 * (half + x), places.data() + kEight);
+    for (std::size_t i = 0; i < kEight; ++i) {
+      cells.add(places[i] >> 16, places[i] & 0xFFFF);
+      cells.add(places[kEight + i] >> 16, places[kEight + i] & 0xFFFF);
+    }
+  }
+  return x;
+}
+
+void count_row(CellCounts& cells, std::span<const std::uint8_t> pixels) {
+  const std::size_t width = pixels.size() / 3;
+  const std::size_t done = has_avx2() ? count_eights(cells, pixels.data(), width) : 0;
+  count_halves(cells, pixels.data(), width, done);
 }
 
 /// Count, sums and sum of squares of the pixels below a node.
