@@ -132,12 +132,13 @@ std::string reading_text(const std::filesystem::path& path, const GraphicReading
 }
 
 Picture told_reading(const std::filesystem::path& path, const GraphicReading& reading, Host& host) {
-  if (reading.fault == GraphicFault::Missing)
-    host.show(StringId::ErrorReadingFile, {}, reading_text(path, reading));
+  const std::string text = reading_text(path, reading);
+  if (reading.fault == GraphicFault::Damaged)
+    host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, text);
   else if (!reading.picture)
-    host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, reading_text(path, reading));
+    host.show(StringId::ErrorReadingFile, {}, text);
   else if (!reading.told.empty())
-    host.add_note(reading_text(path, reading));
+    host.add_note(text);
   return reading.picture;
 }
 

@@ -231,8 +231,8 @@ TEST(GraphicFile, ContentTellsTheKindAndFailuresTellTheirReason) {
     const std::vector<std::uint8_t>& bytes;
     GraphicFault fault;
     StringId shown;
-  } table[] = {{huge, GraphicFault::TooLarge, StringId::FileCorrupted},
-               {text, GraphicFault::UnknownKind, StringId::FileCorrupted},
+  } table[] = {{huge, GraphicFault::TooLarge, StringId::ErrorReadingFile},
+               {text, GraphicFault::UnknownKind, StringId::ErrorReadingFile},
                {damaged, GraphicFault::Damaged, StringId::FileCorrupted},
                {{}, GraphicFault::Missing, StringId::ErrorReadingFile}};
   for (const auto& row : table) {
