@@ -5,7 +5,8 @@
 #include "core/chunks/chunk_tip.h"
 #include "core/files/png_reading.h"
 #include "operations/convert_colors.h"
-#include "operations/frames.h"
+#include "operations/frame_pictures.h"
+#include "operations/reconstruct.h"
 #include "shell/editors/editor_pages.h"
 #include "shell/editors/select_palette.h"
 #include "shell/look/text.h"
@@ -27,9 +28,9 @@ bool may_convert(Editing& editing, const FieldValues& values) {
 
 /// The palette of images that get one, by the user's choice; empty when the user cancelled.
 std::optional<PaletteColors> palette_for(Editing& editing, std::uint32_t most) {
-  SelectPaletteRequest request{.pictures = {}, .preview = {}, .most = most};
-  for (const std::size_t entry : frame_entries(editing.window))
-    request.pictures.push_back(picture_of(editing.window.list.record(entry)));
+  // An entry is kept for what is transparent.
+  if (has_transparency(editing.window)) --most;
+  SelectPaletteRequest request{.pictures = shown_pictures(editing.window), .preview = {}, .most = most};
   if (!request.pictures.empty()) request.preview = request.pictures.front();
   return select_palette(&editing.dialog, request, editing.services);
 }
