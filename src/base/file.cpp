@@ -4,10 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
+#include <limits>
 
 #include "base/string_table.h"
 #include "base/text.h"
@@ -19,8 +20,13 @@ namespace {
 constexpr std::size_t kMaximumFileName = 259;
 constexpr std::size_t kWriteBuffer = std::size_t{256} << 10;
 
-/// The measuring that this thread's files belong to, the innermost one.
-thread_local MeasuredWriting* measuring = nullptr;
+/// The permissions that this process takes from new files. Asking means setting, which all threads would see:
+/// it is done before there are any.
+const mode_t kMask = [] {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return mask;
+}();
 
 class Descriptor {
  public:
@@ -47,6 +53,10 @@ std::filesystem::path without_links(std::filesystem::path path) {
   return path;
 }
 
+std::filesystem::path folder_of(const std::filesystem::path& file) {
+  return file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+}
+
 bool write_all(int fd, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(fd, bytes.data(), bytes.size());
@@ -57,10 +67,9 @@ bool write_all(int fd, std::span<const std::uint8_t> bytes) {
   return true;
 }
 
-}  // namespace
-
-std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
-                                     std::uint64_t limit) {
+/// The first `most` bytes, or what is there; a file of more than `limit` is refused.
+std::optional<FileContent> read_bytes(const std::filesystem::path& path, std::string& reason,
+                                      std::uint64_t limit, std::uint64_t most) {
   // Not blocking: a name of a pipe must not hang the program.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
@@ -76,7 +85,8 @@ std::optional<FileContent> read_file(const std::filesystem::path& path, std::str
     reason = "the file is too long";
     return std::nullopt;
   }
-  ChunkHandle block = ChunkHandle::create_for_overwrite(static_cast<std::size_t>(status.st_size));
+  ChunkHandle block = ChunkHandle::create_for_overwrite(
+      static_cast<std::size_t>(std::min(static_cast<std::uint64_t>(status.st_size), most)));
   if (!block) {
     reason = std::strerror(ENOMEM);
     return std::nullopt;
@@ -96,6 +106,18 @@ std::optional<FileContent> read_file(const std::filesystem::path& path, std::str
   return FileContent(std::move(block));
 }
 
+}  // namespace
+
+std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
+                                     std::uint64_t limit) {
+  return read_bytes(path, reason, limit, limit);
+}
+
+std::optional<FileContent> read_start(const std::filesystem::path& path, std::string& reason,
+                                      std::size_t most) {
+  return read_bytes(path, reason, std::numeric_limits<std::uint64_t>::max(), most);
+}
+
 std::filesystem::path backup_path(const std::filesystem::path& path) {
   std::string name = with_value(string_text(StringId::BackupName), path.filename().string());
   return path.parent_path() / cut_utf8(std::move(name), kMaximumFileName);
@@ -107,48 +129,31 @@ bool replace_by_copy(const std::filesystem::path& source, const std::filesystem:
   return std::filesystem::copy_file(source, target, error);
 }
 
-MeasuredWriting::MeasuredWriting(std::function<bool()> stop)
-    : stop_(std::move(stop)), outer_(std::exchange(measuring, this)) {}
-
-MeasuredWriting::~MeasuredWriting() { measuring = outer_; }
-
-bool MeasuredWriting::take(std::size_t bytes) {
-  bytes_ += bytes;
-  return !stop_ || !stop_();
+SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(target)) {
+  struct stat old {};
+  exists_ = stat(target.c_str(), &old) == 0;
+  const std::filesystem::path folder = folder_of(target_);
+  if (exists_ && !S_ISREG(old.st_mode))
+    reason_ = S_ISDIR(old.st_mode) ? "it is a folder" : "it is no regular file, and is not replaced";
+  else if (access(exists_ ? target_.c_str() : folder.c_str(), exists_ ? W_OK : W_OK | X_OK) != 0)
+    fail("open", errno);
+  mode_ = exists_ ? old.st_mode & 07777 : 0666 & ~kMask;
+  owner_ = old.st_uid;
+  group_ = old.st_gid;
 }
 
-SafeFile::SafeFile(const std::filesystem::path& target)
-    : target_(without_links(target)), measured_(measuring) {
-  if (measured_) return;
-  std::error_code error;
-  if (std::filesystem::is_directory(target_, error)) {
-    fail("open", EISDIR);
-    return;
-  }
-  struct stat old {};
-  const bool exists = stat(target_.c_str(), &old) == 0;
-  if (exists && access(target_.c_str(), W_OK) != 0) {
-    fail("open", errno);
-    return;
-  }
+bool SafeFile::open_temporary() {
+  if (descriptor_ >= 0) return true;
   std::string pattern = (target_.parent_path() / ".vellum-save-XXXXXX").string();
   descriptor_ = mkostemp(pattern.data(), O_CLOEXEC);
-  if (descriptor_ < 0) {
-    fail("create", errno);
-    return;
-  }
+  if (descriptor_ < 0) return fail("create", errno);
   temporary_ = pattern;
-  mode_t mode = old.st_mode & 07777;
-  if (!exists) {
-    const mode_t mask = umask(0);
-    umask(mask);
-    mode = 0666 & ~mask;
-  }
-  if (exists && fchown(descriptor_, old.st_uid, old.st_gid) != 0) {
+  if (exists_ && fchown(descriptor_, owner_, group_) != 0) {
     // Not ours to give away: the new file then belongs to whoever saves it.
   }
-  if (fchmod(descriptor_, mode) != 0) fail("set the permissions of", errno);
+  if (fchmod(descriptor_, mode_) != 0) return fail("set the permissions of", errno);
   buffer_.reserve(kWriteBuffer);
+  return true;
 }
 
 SafeFile::~SafeFile() { discard(); }
@@ -173,8 +178,7 @@ bool SafeFile::flush() {
 }
 
 bool SafeFile::write(std::span<const std::uint8_t> bytes) {
-  if (!ok()) return false;
-  if (measured_) return measured_->take(bytes.size()) || fail("write", ECANCELED);
+  if (!ok() || !open_temporary()) return false;
   if (buffer_.size() + bytes.size() > kWriteBuffer && !flush()) return false;
   if (bytes.size() > kWriteBuffer) return write_all(descriptor_, bytes) || fail("write", errno);
   buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
@@ -182,8 +186,7 @@ bool SafeFile::write(std::span<const std::uint8_t> bytes) {
 }
 
 bool SafeFile::commit() {
-  if (measured_) return ok();
-  if (!ok() || !flush()) return false;
+  if (!ok() || !open_temporary() || !flush()) return false;
   if (fsync(descriptor_) != 0) return fail("write", errno);
   if (close(descriptor_) != 0) {
     descriptor_ = -1;
@@ -192,10 +195,22 @@ bool SafeFile::commit() {
   descriptor_ = -1;
   if (rename(temporary_.c_str(), target_.c_str()) != 0) return fail("rename", errno);
   temporary_.clear();
-  const auto folder = target_.has_parent_path() ? target_.parent_path() : std::filesystem::path(".");
-  const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const Descriptor directory(open(folder_of(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (directory.get() >= 0) fsync(directory.get());  // best effort: the file itself is safe already
   return true;
+}
+
+Sink file_sink(SafeFile& file) {
+  return {[&file](std::span<const std::uint8_t> bytes) { return file.write(bytes); },
+          [&file] { return file.commit(); }, [&file] { return file.reason(); }};
+}
+
+Sink counting_sink(std::uint64_t& count, std::function<bool()> stop) {
+  return {[&count, stop = std::move(stop)](std::span<const std::uint8_t> bytes) {
+            count += bytes.size();
+            return !stop || !stop();
+          },
+          [] { return true; }, [] { return std::string("stopped"); }};
 }
 
 }  // namespace vellum

@@ -30,6 +30,10 @@ class FileContent {
 std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
                                      std::uint64_t limit);
 
+/// The first bytes of a regular file, `most` or what is there. Empty as above.
+std::optional<FileContent> read_start(const std::filesystem::path& path, std::string& reason,
+                                      std::size_t most);
+
 /// The sibling "Backup of NAME".
 std::filesystem::path backup_path(const std::filesystem::path& path);
 
@@ -37,29 +41,11 @@ std::filesystem::path backup_path(const std::filesystem::path& path);
 bool replace_by_copy(const std::filesystem::path& source, const std::filesystem::path& target,
                      std::error_code& error);
 
-/// While one lives, the files that its thread writes (SafeFile) go nowhere, and their bytes are counted: to
-/// find how long a file will be. `stop`, where it is given, is asked with every write; true fails it.
-class MeasuredWriting {
- public:
-  explicit MeasuredWriting(std::function<bool()> stop = {});
-  ~MeasuredWriting();
-  MeasuredWriting(const MeasuredWriting&) = delete;
-  MeasuredWriting& operator=(const MeasuredWriting&) = delete;
-
-  std::uint64_t bytes() const { return bytes_; }
-
- private:
-  friend class SafeFile;
-  bool take(std::size_t bytes);
-
-  std::function<bool()> stop_;
-  MeasuredWriting* outer_;
-  std::uint64_t bytes_ = 0;
-};
-
 /// A file that comes into being at `commit()`: bytes go to a temporary sibling of the target, which is synced
 /// and renamed over it. Without a commit nothing is left and the target is untouched. A link at the path is
-/// followed; the permissions of an existing target are kept.
+/// followed; the permissions of an existing target are kept, a new one has those of the mask that the program
+/// was started with. What stands there and is no regular file (a folder, a pipe, a device) is refused at
+/// once.
 class SafeFile {
  public:
   explicit SafeFile(const std::filesystem::path& target);
@@ -70,8 +56,6 @@ class SafeFile {
   /// False once anything has failed; `reason()` then tells what the system said.
   bool ok() const { return reason_.empty(); }
   const std::string& reason() const { return reason_; }
-  /// Where the bytes lie until the commit.
-  const std::filesystem::path& temporary() const { return temporary_; }
 
   bool write(std::span<const std::uint8_t> bytes);
   /// Flushes, syncs, closes and renames; false and nothing left behind on any failure.
@@ -79,6 +63,7 @@ class SafeFile {
 
  private:
   bool fail(const char* action, int error);
+  bool open_temporary();
   bool flush();
   void discard();
 
@@ -87,7 +72,22 @@ class SafeFile {
   int descriptor_ = -1;
   std::vector<std::uint8_t> buffer_;
   std::string reason_;
-  MeasuredWriting* measured_;  ///< null for a file that is really written
+  bool exists_ = false;
+  unsigned mode_ = 0, owner_ = 0, group_ = 0;
 };
+
+/// Where a writer's bytes go, one block after the other. Nothing counts before `finish`. Either may fail, and
+/// `reason` then tells why.
+struct Sink {
+  std::function<bool(std::span<const std::uint8_t>)> write;
+  std::function<bool()> finish;
+  std::function<std::string()> reason;
+};
+
+/// Into the file, which outlives the sink.
+Sink file_sink(SafeFile& file);
+/// Nowhere: the bytes are added up, to find how long a file will be. `stop`, where it is given, is asked with
+/// every write; true fails it.
+Sink counting_sink(std::uint64_t& count, std::function<bool()> stop = {});
 
 }  // namespace vellum

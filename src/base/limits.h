@@ -19,9 +19,8 @@ inline constexpr std::uint64_t kMaximumDocumentBytes = std::uint64_t{8} << 30;
 inline constexpr std::size_t kMaximumTextBytes = std::size_t{16} << 20;
 /// Most bytes that all compressed texts of one file may inflate to together.
 inline constexpr std::size_t kMaximumTextBytesOfFile = std::size_t{64} << 20;
-/// Largest file whose text goes into the identity comment, in bytes.
-inline constexpr std::uint64_t kMaximumIdentityFile = std::uint64_t{1} << 20;
-/// Most bytes of composed frames that a view keeps; beyond that frames are composed again when they are shown.
+/// Most bytes of composed frames that a view keeps; beyond that frames are composed again when they are
+/// shown.
 inline constexpr std::uint64_t kMaximumComposedBytes = std::uint64_t{1} << 30;
 /// Most bytes of pictures and payloads that undo levels alone hold.
 inline constexpr std::uint64_t kMaximumUndoBytes = std::uint64_t{1} << 30;

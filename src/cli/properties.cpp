@@ -16,8 +16,9 @@ int run_properties(const PropertiesOptions& options, Host& host) {
   DocumentWindow window;
   if (!open_document(window, options.file, host)) return kFailed;
   AnimationProperties properties = animation_properties(window);
-  properties.fileSize = settings::PropertiesFileSizeEnable != 0 ? size_when_written(window, host)
-                                                                : size_on_disk(window.document);
+  properties.fileSize = settings::PropertiesFileSizeEnable != 0
+                            ? size_when_written(window, save_options(), host)
+                            : size_on_disk(window.document);
   sort_frames(properties.frames, frame_column(settings::PropertiesSort));
   const std::string text = options.json ? properties_json(properties, property_limits())
                                         : properties_text(properties, property_limits());

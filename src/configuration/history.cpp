@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <unordered_set>
 
 #include "base/file.h"
 #include "configuration/settings.h"
@@ -95,14 +96,12 @@ std::string unescaped(const std::string& line) {
 
 std::vector<RecentFile> load_file_history(const fs::path& file) {
   std::vector<RecentFile> history;
-  // From the oldest on, so that of two equal paths the newer one stays.
-  const auto lines = read_lines(file);
-  for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-    RecentFile recent = recent_file(*line);
-    forget_file(history, recent.path);
-    if (!recent.path.empty()) history.insert(history.begin(), std::move(recent));
+  std::unordered_set<std::string> seen = {std::string()};  // a line without a path is none
+  for (const std::string& line : read_lines(file)) {
+    if (history.size() == file_limit()) break;
+    RecentFile recent = recent_file(line);
+    if (seen.insert(recent.path).second) history.push_back(std::move(recent));
   }
-  hold_to(history, file_limit());
   return history;
 }
 
@@ -127,11 +126,12 @@ void forget_file(std::vector<RecentFile>& history, const std::string& path) {
 std::vector<std::string> load_history(const fs::path& file, HistoryKind kind) {
   std::vector<std::string> history;
   if (settings::HistoryEnable == 0) return history;
+  std::unordered_set<std::string> seen;
   for (const std::string& line : read_lines(file)) {
+    if (history.size() == text_limit(kind)) break;
     std::string text = unescaped(line);
-    if (std::ranges::find(history, text) == history.end()) history.push_back(std::move(text));
+    if (seen.insert(text).second) history.push_back(std::move(text));
   }
-  hold_to(history, text_limit(kind));
   return history;
 }
 

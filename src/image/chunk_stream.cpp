@@ -48,9 +48,9 @@ bool crc_agrees(const StreamChunk& chunk) { return chunk.storedCrc == chunk_crc(
 
 bool crc_agrees_with_type(const StreamChunk& chunk) { return chunk.storedCrc == chunk_crc(chunk.tag, {}); }
 
-bool write_chunk(SafeFile& file, std::uint32_t tag, std::span<const std::uint8_t> payload) {
+bool write_chunk(const Sink& sink, std::uint32_t tag, std::span<const std::uint8_t> payload) {
   const ChunkFrame frame = frame_of(tag, payload);
-  return file.write(frame.head) && file.write(payload) && file.write(frame.crc);
+  return sink.write(frame.head) && sink.write(payload) && sink.write(frame.crc);
 }
 
 void append_chunk(std::vector<std::uint8_t>& out, std::uint32_t tag, std::span<const std::uint8_t> payload) {

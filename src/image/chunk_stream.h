@@ -39,8 +39,8 @@ bool crc_agrees(const StreamChunk& chunk);
 /// The same over the type alone, as for end chunks.
 bool crc_agrees_with_type(const StreamChunk& chunk);
 
-/// Length, type, payload and CRC, to a file or to the end of a block.
-bool write_chunk(SafeFile& file, std::uint32_t tag, std::span<const std::uint8_t> payload);
+/// Length, type, payload and CRC, to a sink or to the end of a block.
+bool write_chunk(const Sink& sink, std::uint32_t tag, std::span<const std::uint8_t> payload);
 void append_chunk(std::vector<std::uint8_t>& out, std::uint32_t tag, std::span<const std::uint8_t> payload);
 
 }  // namespace vellum

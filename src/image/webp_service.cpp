@@ -3,7 +3,6 @@
 
 #include <webp/decode.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -20,14 +19,6 @@ constexpr int kLosslessEffort = 70;
 bool is_riff_webp(std::span<const std::uint8_t> file) {
   const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
   return bytes.size() > 12 && bytes.starts_with("RIFF") && bytes.substr(8).starts_with("WEBP");
-}
-
-/// The flags of the extended header (WebP container, "Extended File Format").
-bool announces_metadata(std::span<const std::uint8_t> file) {
-  constexpr std::size_t kFlags = 20;
-  if (file.size() <= kFlags || !std::ranges::equal(file.subspan(12, 4), std::string_view("VP8X")))
-    return false;
-  return (file[kFlags] & (ICCP_FLAG | EXIF_FLAG | XMP_FLAG)) != 0;
 }
 
 Picture decode_still(std::span<const std::uint8_t> file, std::uint32_t bits) {
@@ -64,7 +55,7 @@ std::optional<WebpInfo> WEBPGetInfoEx(std::span<const std::uint8_t> file) {
       features.width <= 0 || features.height <= 0)
     return std::nullopt;
   return WebpInfo{static_cast<std::uint32_t>(features.width), static_cast<std::uint32_t>(features.height),
-                  features.has_alpha != 0, features.has_animation != 0, announces_metadata(file)};
+                  features.has_alpha != 0, features.has_animation != 0};
 }
 
 Picture WEBPDecodeBGRA(std::span<const std::uint8_t> file) { return decode_still(file, 32); }

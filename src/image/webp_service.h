@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "image/picture.h"
+#include "image/webp_container.h"
 
 namespace vellum {
 
@@ -16,7 +17,6 @@ struct WebpInfo {
   std::uint32_t width = 0, height = 0;  ///< of the canvas, in pixels
   bool hasAlpha = false;
   bool isAnimation = false;
-  bool hasMetadata = false;  ///< a color profile, EXIF or XMP
 };
 
 /// What the headers say; nothing when the bytes are no WebP stream.
@@ -72,7 +72,8 @@ struct WebpParameters {
   Colour backgroundColor = 0;  ///< 0xAABBGGRR
   bool lossless = false;
   int quality = 75;
-  bool mixed = false;  ///< each frame is tried with and without loss, the smaller stays
+  bool mixed = false;                   ///< each frame is tried with and without loss, the smaller stays
+  std::span<const WebpExtra> extras{};  ///< chunks beside the frames
 };
 
 /// A frame that is asked for.

@@ -1,7 +1,5 @@
 // Writing an animation. The library's own animation encoder merges frames that look the same and drops some;
 // here every frame is encoded by itself and the container is put together from them.
-#include <webp/mux.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -11,6 +9,7 @@
 #include "image/picture_changes.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
+#include "image/webp_container.h"
 #include "image/webp_library.h"
 #include "image/webp_service.h"
 
@@ -150,11 +149,10 @@ class AnimationWriter {
     return !failed;
   }
 
-  int duration(std::size_t i) const {
+  std::uint32_t duration(std::size_t i) const {
     const std::int64_t end = i + 1 < frames_.size() ? frames_[i + 1].start : end_;
-    return static_cast<int>(std::clamp<std::int64_t>(end - frames_[i].start, 0, kMostMilliseconds));
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(end - frames_[i].start, 0, kMostMilliseconds));
   }
-  bool push_frames(WebPMux* mux) const;
 
   const WebpParameters& parameters_;
   const std::function<bool(WebpFrameRequest&)>& next_;
@@ -163,40 +161,28 @@ class AnimationWriter {
   std::int64_t end_ = 0;  ///< when the last frame ends, in milliseconds
 };
 
-bool AnimationWriter::push_frames(WebPMux* mux) const {
+std::vector<std::uint8_t> AnimationWriter::assemble() const {
+  WebpContents contents{.width = parameters_.canvasWidth,
+                        .height = parameters_.canvasHeight,
+                        .animated = true,
+                        .background = parameters_.backgroundColor,
+                        .loops = std::min(parameters_.loopCount, kMostLoops),
+                        .frames = {},
+                        .extras = {parameters_.extras.begin(), parameters_.extras.end()}};
+  contents.frames.reserve(frames_.size());
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     const FrameOut& frame = frames_[i];
-    WebPMuxFrameInfo info{};
-    info.bitstream = {frame.stream.data(), frame.stream.size()};
-    info.x_offset = frame.area.left;
-    info.y_offset = frame.area.top;
-    info.duration = duration(i);
-    info.id = WEBP_CHUNK_ANMF;
-    info.dispose_method = frame.dispose ? WEBP_MUX_DISPOSE_BACKGROUND : WEBP_MUX_DISPOSE_NONE;
-    info.blend_method = frame.over ? WEBP_MUX_BLEND : WEBP_MUX_NO_BLEND;
-    if (WebPMuxPushFrame(mux, &info, 0) != WEBP_MUX_OK) return false;
+    const auto [left, top, right, bottom] = frame.area;
+    contents.frames.push_back({.still = frame.stream,
+                               .x = static_cast<std::uint32_t>(left),
+                               .y = static_cast<std::uint32_t>(top),
+                               .width = static_cast<std::uint32_t>(right - left),
+                               .height = static_cast<std::uint32_t>(bottom - top),
+                               .duration = duration(i),
+                               .dispose = frame.dispose,
+                               .blend = frame.over});
   }
-  return true;
-}
-
-struct MuxDelete {
-  void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
-};
-
-std::vector<std::uint8_t> AnimationWriter::assemble() const {
-  const std::unique_ptr<WebPMux, MuxDelete> mux(WebPMuxNew());
-  const WebPMuxAnimParams animation{swap_red_and_blue(parameters_.backgroundColor),
-                                    static_cast<int>(std::min(parameters_.loopCount, kMostLoops))};
-  if (!mux ||
-      WebPMuxSetCanvasSize(mux.get(), static_cast<int>(parameters_.canvasWidth),
-                           static_cast<int>(parameters_.canvasHeight)) != WEBP_MUX_OK ||
-      WebPMuxSetAnimationParams(mux.get(), &animation) != WEBP_MUX_OK || !push_frames(mux.get()))
-    return {};
-  WebPData whole{};
-  std::vector<std::uint8_t> file;
-  if (WebPMuxAssemble(mux.get(), &whole) == WEBP_MUX_OK) file.assign(whole.bytes, whole.bytes + whole.size);
-  WebPDataClear(&whole);
-  return file;
+  return webp_file(contents);
 }
 
 }  // namespace

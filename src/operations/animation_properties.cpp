@@ -4,7 +4,6 @@
 #include <map>
 #include <set>
 
-#include "base/file.h"
 #include "base/text.h"
 #include "core/files/save_document.h"
 #include "operations/frames.h"
@@ -102,16 +101,16 @@ std::optional<std::uint64_t> size_on_disk(const Document& document) {
   return error ? std::nullopt : std::optional<std::uint64_t>(size);
 }
 
-std::optional<std::uint64_t> size_when_written(const DocumentWindow& window, Host& host) {
+std::optional<std::uint64_t> size_when_written(const DocumentWindow& window, const SaveOptions& options,
+                                               Host& host) {
   DocumentWindow copy;
   copy.document = window.document;
   copy.list = window.list;
-  const MeasuredWriting measured([&host] { return host.stopped(); });
-  const bool webp = copy.document.kind == DocumentKind::WEBP;
-  // No file can have this name, so none is backed up and none written over.
+  std::uint64_t bytes = 0;
+  const Sink sink = counting_sink(bytes, [&host] { return host.stopped(); });
   Host silent;
-  if (!save_document(copy, webp ? "/dev/null/file.webp" : "/dev/null/file.png", silent)) return std::nullopt;
-  return measured.bytes();
+  const WriteResult result = write_document(copy, copy.document.kind, sink, options, silent);
+  return result == WriteResult::Done ? std::optional(bytes) : std::nullopt;
 }
 
 FrameColumn frame_column(int index) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/host.h"
+#include "core/files/save_options.h"
 #include "core/model/frame_values.h"
 
 namespace vellum {
@@ -46,7 +47,8 @@ AnimationProperties animation_properties(const DocumentWindow& window);
 std::optional<std::uint64_t> size_on_disk(const Document& document);
 /// Bytes that the document would have as a file: it is written, to nowhere. Nothing where it can't be
 /// written, or the host wants to stop. May run beside others that read the document's records.
-std::optional<std::uint64_t> size_when_written(const DocumentWindow& window, Host& host);
+std::optional<std::uint64_t> size_when_written(const DocumentWindow& window, const SaveOptions& options,
+                                               Host& host);
 
 enum class FrameColumn { Number, Size, Delay, Colors, Memory };
 inline constexpr std::array kFrameColumns = {"Number", "Size", "Delay", "Colors", "Memory"};

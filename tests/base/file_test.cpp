@@ -63,13 +63,28 @@ TEST(SafeFile, WithoutACommitNothingIsLeft) {
   EXPECT_EQ(names_in(folder.path()), 1u);
 }
 
-TEST(SafeFile, AFolderOrAMissingFolderIsRefused) {
+TEST(SafeFile, WhatIsNoRegularFileIsRefusedAndStays) {
   const testing::ScratchFolder folder;
   fs::create_directory(folder / "dir");
-  EXPECT_FALSE(save(folder / "dir", "new"));
-  EXPECT_FALSE(save(folder / "missing/a", "new"));
-  EXPECT_EQ(names_in(folder.path()), 1u);
+  ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+  fs::create_symlink("pipe", folder / "link");
+  for (const char* name : {"dir", "pipe", "link", "missing/a"}) {
+    const auto before = fs::symlink_status(folder / name).type();
+    EXPECT_FALSE(save(folder / name, "new")) << name;
+    EXPECT_FALSE(SafeFile(folder / name).reason().empty()) << name;
+    EXPECT_EQ(fs::symlink_status(folder / name).type(), before) << name;
+  }
+  EXPECT_EQ(names_in(folder.path()), 3u);
   EXPECT_EQ(names_in(folder / "dir"), 0u);
+}
+
+TEST(SafeFile, ANewFileHasThePermissionsThatTheProgramStartedWith) {
+  const testing::ScratchFolder folder;
+  const mode_t mask = umask(0);
+  EXPECT_TRUE(save(folder / "a", "new"));
+  umask(mask);
+  const auto expected = static_cast<fs::perms>(0666 & ~mask);
+  EXPECT_EQ(fs::status(folder / "a").permissions(), expected) << "another thread's mask does not count";
 }
 
 TEST(SafeFile, ADiskThatIsFullKeepsTheOldFile) {

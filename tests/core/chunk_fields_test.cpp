@@ -348,7 +348,7 @@ TEST_F(ChunkFields, PayloadsStayAsShortAsTheyCan) {
       {tag::BACK, std::string(6, '\0'), "imageId", "1", std::string(7, '\0') + be16(1)},
       {tag::BACK, std::string(6, '\0'), "tiling", "yes", std::string(9, '\0') + bytes_of({1})},
       {tag::BACK, std::string(9, '\0'), "red", "1", be16(1) + std::string(7, '\0')},
-      {tag::TERM, bytes_of({3, 0}) + be32(0) + be32(5), "action", "1", bytes_of({1, 0}) + be32(0) + be32(5)},
+      {tag::TERM, bytes_of({3, 0}) + be32(0) + be32(5), "action", "1", bytes_of({1})},
       {tag::TERM, bytes_of({0}), "action", "2", bytes_of({2})},
       {tag::TERM, bytes_of({0}), "iterations", "60", bytes_of({3, 0}) + be32(0) + sixty},
       {tag::SHOW, "", "mode", "0", be16(1) + be16(65535)},

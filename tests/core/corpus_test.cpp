@@ -145,7 +145,12 @@ TEST_F(Corpus, WhatIsSavedIsValidShowsTheSameAndIsStable) {
     // A chunk that is not known goes back as it came, also where its name breaks the rules for names.
     const bool foreign =
         judged.output.find("illegal (unless recently approved) unknown, public chunk") != std::string::npos;
-    if (judged.there && !foreign) EXPECT_EQ(judged.status, 0) << name_of(row) << ": " << judged.output;
+    // A known one that is wrong and harms nobody is kept, and told.
+    const bool kept = std::ranges::any_of(recorder.notes, [](const std::string& note) {
+      return note.find("was kept as it is") != std::string::npos;
+    });
+    if (judged.there && !foreign && !kept)
+      EXPECT_EQ(judged.status, 0) << name_of(row) << ": " << judged.output;
     ASSERT_TRUE(open_document(again, first, recorder.host)) << name_of(row);
     const auto before = images_of(window), after = images_of(again);
     ASSERT_EQ(before.size(), after.size()) << name_of(row);

@@ -315,23 +315,84 @@ TEST_F(WebpDocument, WhatCantBeWrittenLeavesTheOldFile) {
   }
 }
 
-TEST_F(WebpDocument, WhatIsLostIsTold) {
-  DocumentWindow window = document_of({{}, {}});
-  reopened(window);
-  Bytes file = bytes_of(file_);
-  file[20] |= 0x20;  // a color profile
-  const Bytes profile = {'I', 'C', 'C', 'P', 2, 0, 0, 0, 1, 2};
-  file.insert(file.begin() + 30, profile.begin(), profile.end());
-  write_le32(&file[4], static_cast<std::uint32_t>(file.size() - 8));
-  DocumentWindow again;
-  ASSERT_TRUE(read_webp(again, file, recorder_.host)) << recorder_.host.take_fault();
-  ASSERT_EQ(recorder_.status.size(), 1u);
-  EXPECT_EQ(recorder_.status[0], string_text(StringId::MetadataNotKept));
-  file.push_back('x');
-  DocumentWindow longer;
-  ASSERT_TRUE(read_webp(longer, file, recorder_.host)) << recorder_.host.take_fault();
-  ASSERT_EQ(recorder_.status.size(), 2u);
-  EXPECT_TRUE(recorder_.status[1].ends_with(string_text(StringId::BytesBehindEnd))) << recorder_.status[1];
+using NamedBytes = std::pair<std::string, std::string>;
+
+/// The entries that are no image, with their bytes.
+std::vector<NamedBytes> others_of(const DocumentWindow& window) {
+  std::vector<NamedBytes> others;
+  for (std::size_t i = 1; i < window.list.size(); ++i) {
+    const ChunkRecord& record = window.list.record(i);
+    if (record.tag == tag::WEBI) continue;
+    const auto raw = raw_payload(record);
+    others.emplace_back(tag_letters(record.tag), std::string(raw.begin(), raw.end()));
+  }
+  return others;
+}
+
+std::vector<NamedBytes> sorted(std::vector<NamedBytes> chunks) {
+  std::ranges::sort(chunks);
+  return chunks;
+}
+
+/// The header of a profile for RGB, and some bytes.
+std::string rgb_profile() {
+  std::string profile(131, '\1');
+  return profile.replace(16, 4, "RGB ");
+}
+
+DocumentWindow with_others(std::size_t images) {
+  DocumentWindow window = document_of(std::vector<Frame>(images));
+  const NamedBytes front[] = {{"ICCP", rgb_profile()}, {"a1 b", "odd"}};
+  const NamedBytes back[] = {
+      {"vlAa", ""}, {"EXIF", std::string("II*\0\x08\0\0\0\0\0", 10)}, {"XMP ", "<x>\r\n</x>"}};
+  std::size_t at = 1;
+  for (const auto& [name, bytes] : front)
+    chunk_list_insert(
+        window.list, window.document, at++,
+        testing::record_of(read_be32(reinterpret_cast<const std::uint8_t*>(name.data())), bytes));
+  for (const auto& [name, bytes] : back)
+    chunk_list_append(
+        window.list, window.document,
+        testing::record_of(read_be32(reinterpret_cast<const std::uint8_t*>(name.data())), bytes));
+  return window;
+}
+
+TEST_F(WebpDocument, ChunksBesideTheImagesComeBackByteForByte) {
+  for (const std::size_t images : {1u, 3u}) {
+    DocumentWindow window = with_others(images);
+    DocumentWindow again = reopened(window);
+    EXPECT_EQ(testing::tags_of(again.list).substr(0, 24),
+              "WEBH ICCP a1 b WEBI" + std::string(images > 1 ? " WEBI" : " vlAa"));
+    EXPECT_EQ(sorted(others_of(again)), sorted(others_of(window)));
+    EXPECT_EQ(testing::objections(file_), "");
+    const Bytes once = bytes_of(file_);
+    ASSERT_TRUE(save_document(again, file_, recorder_.host));
+    EXPECT_EQ(bytes_of(file_), once);
+    Bytes longer = once;
+    longer.push_back('x');
+    DocumentWindow with_more;
+    ASSERT_TRUE(read_webp(with_more, longer, recorder_.host));
+    EXPECT_EQ(recorder_.notes.back(), string_text(StringId::BytesBehindEnd));
+  }
+}
+
+TEST_F(WebpDocument, WhatTellsOfTheDocumentGoesThroughOtherKindsAndBack) {
+  for (const DocumentKind kind : {DocumentKind::PING, DocumentKind::APNG, DocumentKind::MING}) {
+    const DocumentWindow window = with_others(kind == DocumentKind::PING ? 1 : 2);
+    DocumentWindow other, back, read;
+    ASSERT_TRUE(convert_document(window, other, kind, recorder_.host));
+    const fs::path file = folder_ / testing::kFileNames.at(kind);
+    ASSERT_TRUE(save_document(other, file, recorder_.host));
+    EXPECT_EQ(testing::objections(file), "");
+    ASSERT_TRUE(open_document(read, file, recorder_.host));
+    ASSERT_TRUE(convert_document(read, back, DocumentKind::WEBP, recorder_.host));
+    std::vector<NamedBytes> expected = others_of(window);
+    std::erase_if(expected, [&](const NamedBytes& chunk) {
+      return chunk.first == "a1 b" || chunk.first == "vlAa" ||
+             (chunk.first == "EXIF" && kind == DocumentKind::MING);
+    });
+    EXPECT_EQ(sorted(others_of(back)), sorted(expected)) << kind_letters(kind);
+  }
 }
 
 // ------------------------------------------------------------------------------------------- from other

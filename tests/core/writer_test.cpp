@@ -92,17 +92,74 @@ TEST_F(Writer, MisplacedRepeatedAndInvalidChunksAreSetRight) {
                                   {"IDAT", zero_image(2, 2, 8, 3)},
                                   {"pHYs", be32(1) + be32(1) + "\x01"},
                                   {"gAMA", be32(1)},
-                                  {"sRGB", "\x09"},
                                   {"tEXt", std::string("Title\0x", 7)},
                                   kEnd});
   EXPECT_EQ(saved(window),
             "IHDR:00000002000000020803000000 gAMA:0000b18f PLTE:616263646566 tRNS:3132 "
             "pHYs:000000010000000101 IDAT "
             "tEXt:5469746c650078 IEND");
-  ASSERT_FALSE(recorder_.status.empty());
-  EXPECT_EQ(recorder_.status.back(),
-            "bKGD (entry 5) was left out; gAMA (entry 8) was left out; sRGB (entry 9) was left out");
-  EXPECT_EQ(window.list.size(), 11u) << "the list stays";
+  EXPECT_EQ(recorder_.notes,
+            (std::vector<std::string>{"bKGD (entry 5) was left out", "gAMA (entry 8) was left out"}));
+  EXPECT_EQ(window.list.size(), 10u) << "the list stays";
+}
+
+TEST_F(Writer, WrongChunksAreRepairedKeptOrLeftOutAlikeInAllKinds) {
+  constexpr unsigned kPngs = 1, kMng = 2, kAll = 3;
+  const std::string word(85, 'k'), none = "-";
+  struct Case {
+    unsigned kinds;
+    const char* tag;
+    std::string payload;
+    std::string expected;  ///< "-": left out
+  };
+  const auto nul = [](const std::string& a, const std::string& b = {}) {
+    return a + std::string(1, '\0') + b;
+  };
+  const Case cases[] = {
+      {kAll, "tEXt", nul("Title", "a") + std::string(2, '\0'), nul("Title", "a")},
+      {kAll, "tEXt", nul(word, "text"), nul(word.substr(0, 79), "text")},
+      {kAll, "tEXt", nul(" a  b\n ", "x"), nul("a b", "x")},
+      {kAll, "tEXt", "Alone", nul("Alone")},
+      {kAll, "tEXt", word, word},
+      {kAll, "tEXt", nul("Title", nul("a", "b")), nul("Title", nul("a", "b"))},
+      {kAll, "iTXt", nul(word, std::string(4, '\0') + "x"),
+       nul(word.substr(0, 79), std::string(4, '\0') + "x")},
+      {kAll, "zTXt", "abcde", "abcde"},
+      {kAll, "tIME", std::string("\x07\xD0\0\1\0\0\0", 7), std::string("\x07\xD0\0\1\0\0\0", 7)},
+      {kAll, "pHYs", be32(1) + be32(1) + "\2", be32(1) + be32(1) + "\2"},
+      {kAll, "gAMA", be32(45455) + "x", be32(45455)},
+      {kAll, "gAMA", be32(0), none},
+      {kAll, "gAMA", "abc", none},
+      {kAll, "sRGB", "\x09", "\x09"},
+      {kPngs, "sBIT", std::string(3, '\0'), none},
+      {kPngs, "oFFs", be32(1) + be32(1), none},
+      {kMng, "TERM", std::string(10, '\0'), std::string(1, '\0')},
+      {kMng, "TERM", "\3", "\3" + std::string(9, '\0')},
+      {kMng, "TERM", "\4", none},
+      {kMng, "BACK", std::string(8, '\0'), std::string(7, '\0')},
+      {kMng, "BACK", "abc", none},
+      {kMng, "sRGB", "", ""},
+  };
+  settings::IdentifyFiles = 0;
+  for (const auto& [kind, bit] :
+       {std::pair{DocumentKind::PING, kPngs}, {DocumentKind::APNG, kPngs}, {DocumentKind::MING, kMng}})
+    for (const Case& c : cases) {
+      if (!(c.kinds & bit)) continue;
+      DocumentWindow window = testing::small_document(kind, 1);
+      const ChunkTag tag = read_be32(reinterpret_cast<const std::uint8_t*>(c.tag));
+      chunk_list_insert(window.list, window.document, kind == DocumentKind::APNG ? 2 : 1,
+                        record_of(tag, c.payload));
+      recorder_.notes.clear();
+      ASSERT_TRUE(save_document(window, file_, recorder_.host));
+      std::string reason, found = none;
+      const auto bytes = read_file(file_, reason, 1 << 20);
+      for (const StreamChunk& chunk :
+           gather_chunks(*bytes, 8, kind == DocumentKind::MING ? tag::MEND : tag::IEND).chunks)
+        if (chunk.tag == tag) found.assign(chunk.data.begin(), chunk.data.end());
+      EXPECT_EQ(found, c.expected) << c.tag << " in " << kind_letters(kind);
+      EXPECT_EQ(recorder_.notes.size(), c.payload.empty() ? 0u : 1u) << c.tag << " in " << kind_letters(kind);
+    }
+  settings::IdentifyFiles = 1;
 }
 
 TEST_F(Writer, SixteenBitsKeepTheirKey) {
@@ -373,7 +430,7 @@ TEST_F(Writer, ReadingTellsOfWrongCrcsAndOfBytesBehindTheEnd) {
   ASSERT_EQ(recorder_.warnings.size(), 1u);
   EXPECT_EQ(recorder_.warnings[0],
             "An incorrect CRC value has been encountered. This file may be damaged.\nIHDR, offset 8");
-  EXPECT_EQ(recorder_.status.size(), 1u);
+  EXPECT_EQ(recorder_.notes.size(), 1u);
   settings::WarnBadFileCRC = 0;
   DocumentWindow silent;
   EXPECT_TRUE(read_png(silent, file, recorder_.host));

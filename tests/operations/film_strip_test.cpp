@@ -114,13 +114,13 @@ TEST(AnimationProperties, TheMeasuredSizeIsThatOfTheFile) {
   const testing::ScratchFolder folder;
   testing::Recorder recorder;
   DocumentWindow window = webp(3);
-  const auto measured = size_when_written(window, recorder.host);
+  const auto measured = size_when_written(window, save_options(), recorder.host);
   ASSERT_TRUE(measured);
   EXPECT_FALSE(window.document.dirty);
   ASSERT_TRUE(save_document(window, folder / "a.webp", recorder.host));
   EXPECT_EQ(*measured, std::filesystem::file_size(folder / "a.webp"));
   recorder.host.stop_requested = [] { return true; };
-  EXPECT_FALSE(size_when_written(window, recorder.host));
+  EXPECT_FALSE(size_when_written(window, save_options(), recorder.host));
 }
 
 }  // namespace

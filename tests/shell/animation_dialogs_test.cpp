@@ -44,7 +44,7 @@ TEST_F(AnimationDialogTest, PropertiesFindTheSizeSortAndSelect) {
   in_dialog<PropertiesDialog>(118, [&](PropertiesDialog& dialog) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return !dialog.measuring(); }, 20000));
     Host silent;
-    EXPECT_EQ(dialog.properties().fileSize, size_when_written(frame.content(), silent));
+    EXPECT_EQ(dialog.properties().fileSize, size_when_written(frame.content(), save_options(), silent));
     EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("light_File size")));
     take_picture(dialog, "properties");
     auto* table = dialog.findChild<QTableView*>(QStringLiteral("frames"));

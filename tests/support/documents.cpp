@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/byte_order.h"
+#include "base/text.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/new_document.h"
 #include "core/settings.h"
@@ -24,6 +25,7 @@ Recorder::Recorder() {
     return answer;
   };
   host.status = [this](std::string_view text) { status.emplace_back(text); };
+  host.note = [this](std::string_view text) { notes.emplace_back(text); };
 }
 
 std::vector<std::uint8_t> png_file(const std::vector<ChunkText>& chunks) {
@@ -154,7 +156,7 @@ DocumentWindow small_document(DocumentKind kind, std::size_t images, std::uint8_
 
 std::string objections(const std::filesystem::path& file) {
   std::vector<std::string> command = {"pngcheck", "-q", file};
-  if (file.extension() == ".webp") command = {"webpinfo", "-quiet", file};
+  if (equal_ignoring_case(file.extension().native(), ".webp")) command = {"webpinfo", "-quiet", file};
   const ToolResult judged = run_tool(command);
   return !judged.there || judged.status == 0 ? "" : judged.output + " ";
 }

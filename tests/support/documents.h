@@ -18,6 +18,7 @@ struct Recorder {
   std::vector<std::string> messages;  ///< text, then the additional text behind a line end
   std::vector<std::string> warnings;
   std::vector<std::string> status;
+  std::vector<std::string> notes;
   Answer answer = Answer::Yes;
 };
 

@@ -5,6 +5,8 @@
 #include <numeric>
 
 #include "core/build/build_animation.h"
+#include "core/build/carried_chunks.h"
+#include "core/chunks/chunk_policy.h"
 #include "core/chunks/new_chunk.h"
 #include "core/edit/document_colors.h"
 #include "core/edit/frame_layer.h"
@@ -178,18 +180,32 @@ void round_times(std::vector<Moved>& frames) {
 
 // ------------------------------------------------------------------------------------------ the new document
 
-constexpr ChunkTag kCarried[] = {tag::tEXt, tag::zTXt, tag::iTXt, tag::tIME};
+/// Where the next chunk goes that tells of the document: behind the header and the acTL; in a WebP a profile
+/// behind the header, the others at the end.
+std::size_t carried_place(const DocumentWindow& to, ChunkTag tag, std::size_t carried) {
+  if (to.document.kind == DocumentKind::WEBP) return tag == tag::ICCP ? 1 : to.list.size();
+  return carried + (to.document.kind == DocumentKind::MING ? 1 : static_cast<std::size_t>(to.document.caret));
+}
 
-/// Text and time go behind the header, and behind the acTL.
-bool insert_texts(DocumentWindow& to, const DocumentWindow& from) {
-  std::size_t at = to.document.kind == DocumentKind::MING ? 1 : static_cast<std::size_t>(to.document.caret);
+/// What `from` tells beside its pixels; what has no place in the new kind is told to the host. Texts that a
+/// WebP lacks are asked about where the conversion is asked for.
+bool insert_carried(DocumentWindow& to, const DocumentWindow& from, Host* host) {
+  const DocumentKind kind = to.document.kind;
+  const std::size_t caret = static_cast<std::size_t>(to.document.caret);
+  std::size_t carried = 0;
   for (std::size_t i = 0; i < from.list.size(); ++i) {
-    ChunkRecord record = from.list.record(i);
-    if (std::ranges::find(kCarried, record.tag) == std::end(kCarried)) continue;
-    record.owner = nullptr;
-    if (chunk_list_insert(to.list, to.document, at++, record) == 0) return false;
-    ++to.document.caret;
+    const ChunkRecord& old = from.list.record(i);
+    if (!tells_of_document(old.tag)) continue;
+    const auto record = carried_chunk(old, kind);
+    if (!record || (stands_once(record->tag, kind) && chunk_count_tag(to.list, record->tag) != 0)) {
+      if (host) host->add_note(mending_note(Mending::LeftOut, old.tag, i));
+      continue;
+    }
+    if (chunk_list_insert(to.list, to.document, carried_place(to, record->tag, carried), *record) == 0)
+      return false;
+    ++carried;
   }
+  if (kind != DocumentKind::WEBP) to.document.caret = static_cast<std::int32_t>(caret + carried);
   return true;
 }
 
@@ -217,7 +233,7 @@ bool begin(Conversion& conversion) {
     conversion.ticks = exact_ticks(conversion.frames);
     change_record(to.list, 0, [&](ChunkRecord& header) { header.ticksPerSecond = conversion.ticks; });
   }
-  return insert_texts(to, conversion.from);
+  return insert_carried(to, conversion.from, &conversion.host);
 }
 
 bool add(Conversion& conversion, std::size_t index) {
@@ -282,6 +298,9 @@ bool build(Conversion& conversion) {
   if (conversion.indexed && conversion.kind == DocumentKind::APNG)
     put_colors(conversion.to, conversion.frames[0].own, conversion.frames[0].table);
   put_background(conversion);
+  if (conversion.kind == DocumentKind::WEBP &&
+      !insert_carried(conversion.to, conversion.from, &conversion.host))
+    return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
   chunk_list_close_change(conversion.to.list, conversion.to.document);
   return true;
 }
@@ -300,7 +319,7 @@ bool make_still(DocumentWindow& to, const DocumentWindow& from, const Picture& p
   image.picture = picture.handle();
   if (!has_rows(picture) || !append(tag::IHDR)) return false;
   to.document.caret = 1;
-  if (!insert_texts(to, from) || !append(tag::IDAT, image) || !append(tag::IEND)) return false;
+  if (!insert_carried(to, from, nullptr) || !append(tag::IDAT, image) || !append(tag::IEND)) return false;
   to.document.caret = 0;
   header_take_picture(to, picture);
   put_colors(to, picture, table);
@@ -310,9 +329,13 @@ bool make_still(DocumentWindow& to, const DocumentWindow& from, const Picture& p
 }
 
 std::size_t texts_lost(const DocumentWindow& from, DocumentKind kind) {
-  if (kind != DocumentKind::WEBP) return 0;
-  return chunk_count_tag(from.list, tag::tEXt) + chunk_count_tag(from.list, tag::zTXt) +
-         chunk_count_tag(from.list, tag::iTXt);
+  std::size_t lost = 0;
+  for (std::size_t i = 0; i < from.list.size(); ++i) {
+    const ChunkRecord& record = from.list.record(i);
+    const bool text = record.tag == tag::tEXt || record.tag == tag::zTXt || record.tag == tag::iTXt;
+    if (text && !carried_chunk(record, kind)) ++lost;
+  }
+  return lost;
 }
 
 bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKind kind, Host& host) {

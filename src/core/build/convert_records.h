@@ -11,10 +11,10 @@ namespace vellum {
 /// carries what it rounds to the next frame), loops inside an MNG written out. Indexed pictures stay what
 /// they are where each frame can have its palette, or all have the same; others become true color with their
 /// transparency as alpha. Offset, disposal and blending are carried over where the kind can express them for
-/// all frames; otherwise frames become the whole canvases that they make. Text and time chunks go along (WebP
-/// has none). The name of `to` gets the extension of the kind. False, with the reason given to the host
-/// unless the user stopped it, when `from` has no frames, has several and `kind` is PING, or memory is
-/// exhausted.
+/// all frames; otherwise frames become the whole canvases that they make. What tells of the document goes
+/// along as the kind can hold it (core/build/carried_chunks.h). The name of `to` gets the extension of the
+/// kind. False, with the reason given to the host unless the user stopped it, when `from` has no frames, has
+/// several and `kind` is PING, or memory is exhausted.
 bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKind kind, Host& host);
 
 /// How many text chunks a document of this kind can't keep.

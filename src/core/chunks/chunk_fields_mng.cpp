@@ -151,8 +151,7 @@ constexpr ChunkField kTerminationRows[] = {
 };
 
 bool finish_termination(Applying& applying) {
-  const bool was_long = raw_payload(applying.window.list.record(applying.index)).size() >= 10;
-  return was_long || applying.values.number("action") == kRepeat || cut_payload(applying.record, 1);
+  return applying.values.number("action") == kRepeat || cut_payload(applying.record, 1);
 }
 
 // ---------------------------------------------------------------------------------------------------------

@@ -12,7 +12,7 @@
 
 namespace vellum {
 
-std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level) {
+std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level, bool update_time) {
   if (record.tag == tag::zTXt) return compressed_text_payload(record, level);
   if (record.tag == tag::acTL) {
     std::vector<std::uint8_t> payload(8);
@@ -20,7 +20,7 @@ std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level) {
     write_be32(&payload[4], record.numPlays);
     return payload;
   }
-  if (record.tag == tag::tIME && settings::AutoUpdateTime != 0) {
+  if (record.tag == tag::tIME && update_time) {
     const auto now = local_time_payload();
     return {now.begin(), now.end()};
   }
@@ -51,7 +51,7 @@ std::optional<std::vector<std::uint8_t>> chunk_payload(const ChunkRecord& record
     const auto raw = raw_payload(record);
     return std::vector<std::uint8_t>(raw.begin(), raw.end());
   }
-  return plain_payload(record, std::clamp(settings::PngCompression, 0, 9));
+  return plain_payload(record, std::clamp(settings::PngCompression, 0, 9), settings::AutoUpdateTime != 0);
 }
 
 }  // namespace vellum

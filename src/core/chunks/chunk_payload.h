@@ -12,9 +12,9 @@ namespace vellum {
 /// make, and for the header of a WebP.
 std::optional<std::vector<std::uint8_t>> chunk_payload(const ChunkRecord& record, DocumentKind kind);
 
-/// The payload of an entry that no header rules: raw bytes, a text deflated at `level`, the time of now while
-/// `AutoUpdateTime` is on, acTL from its fields.
-std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level);
+/// The payload of an entry that no header rules: raw bytes, a text deflated at `level`, the time of now where
+/// `update_time` asks for it, acTL from its fields.
+std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level, bool update_time);
 
 /// The 28 bytes of an MHDR.
 std::vector<std::uint8_t> mng_header_payload(const ChunkRecord& record);

@@ -118,6 +118,13 @@ void read_profile(PayloadReader& p) {
   profile->size() < kProfileHeader ? p.set_damaged() : read_profile_header(p, *profile);
 }
 
+void read_bare_profile(PayloadReader& p) {
+  p.line("Size", grouped(p.left()) + " bytes");
+  const auto profile = p.bytes(p.left());
+  if (profile.size() < kProfileHeader) return p.set_damaged();
+  read_profile_header(p, {reinterpret_cast<const char*>(profile.data()), profile.size()});
+}
+
 void read_rendering_intent(PayloadReader& p) { p.named("Rendering intent", p.u8(), kIntents); }
 
 void read_chromaticities(PayloadReader& p) {

@@ -48,7 +48,10 @@ void entry_line(ExifEntry* entry, void* reader) {
 }  // namespace
 
 void read_exif(PayloadReader& p) {
-  const auto payload = p.bytes(p.left());
+  auto payload = p.bytes(p.left());
+  // Some writers of WebP put it there as well.
+  if (std::string_view(reinterpret_cast<const char*>(payload.data()), payload.size()).starts_with(kMarker))
+    payload = payload.subspan(kMarker.size());
   if (!begins_as_tiff(payload)) return p.set_damaged();
   const auto data = parse(payload);
   if (!data) return p.set_damaged();

@@ -59,6 +59,8 @@ void read_international_text(PayloadReader& p) {
   p.line("Text", shortened(international_body(p, compressed)));
 }
 
+void read_xmp(PayloadReader& p) { p.line("Text", shortened(std::string(p.rest()))); }
+
 void read_physical_size(PayloadReader& p) {
   const std::uint32_t x = p.u32(), y = p.u32(), unit = p.u8();
   physical_line(p, "Horizontal", x, unit == 1);

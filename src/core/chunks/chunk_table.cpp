@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "base/byte_order.h"
+#include "image/webp_container.h"
 
 namespace vellum {
 namespace {
@@ -152,7 +153,9 @@ bool check_application_extension(Payload p, const PngContext&) { return p.size()
 bool check_palette(Payload p, const PngContext&) { return p.size() % 3 == 0; }
 
 // Lengths that MNG 1.0 knows.
-bool check_termination(Payload p, const PngContext&) { return p.size() == 1 || p.size() == 10; }
+bool check_termination(Payload p, const PngContext&) {
+  return p[0] == 3 ? p.size() == 10 : p[0] < 3 && p.size() == 1;
+}
 bool check_canvas(Payload p, const PngContext&) { return p.size() != 8; }
 bool check_definition(Payload p, const PngContext&) {
   return p.size() <= 4 || p.size() == 12 || p.size() == 28;
@@ -203,7 +206,16 @@ constexpr ChunkRow kChunks[] = {
     {tag::SHOW, kInMng, 0, ChunkPlace::Anywhere, 0, 5, check_show},
     {tag::WEBH, kInWebp, kInWebp, ChunkPlace::Fixed, 0, kAnyLength, nullptr},
     {tag::WEBI, kInWebp, 0, ChunkPlace::Image, 0, kAnyLength, nullptr},
+    {tag::ICCP, kInWebp, kInWebp, ChunkPlace::BeforeImage, 0, kAnyLength, nullptr},
+    {tag::EXIF, kInWebp, kInWebp, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
+    {tag::XMP, kInWebp, kInWebp, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
 };
+
+/// RIFF names have any printable letters, but those of the images' own chunks.
+bool is_valid_name(ChunkTag tag, DocumentKind kind) {
+  if (kind != DocumentKind::WEBP) return is_valid_tag(tag);
+  return !is_webp_image_chunk(tag) && tag_letters(tag).find('?') == std::string::npos;
+}
 
 bool is_known_anywhere(ChunkTag tag) {
   return std::ranges::find(kChunks, tag, &ChunkRow::tag) != std::end(kChunks);
@@ -237,14 +249,20 @@ ChunkPlace place_of(ChunkTag tag, DocumentKind kind) {
   return row ? row->place : ChunkPlace::Anywhere;
 }
 
+bool serves_all_images(ChunkTag tag) {
+  static constexpr ChunkTag tags[] = {tag::gAMA, tag::cHRM, tag::sRGB, tag::iCCP, tag::pHYs};
+  return std::ranges::find(tags, tag) != std::end(tags);
+}
+
 bool may_be_put(ChunkTag tag, DocumentKind kind) {
   if (const ChunkRow* row = chunk_row(tag, kind)) return row->place != ChunkPlace::Fixed;
-  return kind != DocumentKind::WEBP && is_valid_tag(tag) && is_ancillary(tag) && !is_known_anywhere(tag);
+  return is_valid_name(tag, kind) && (kind == DocumentKind::WEBP || is_ancillary(tag)) &&
+         !is_known_anywhere(tag);
 }
 
 bool is_valid_chunk(ChunkTag tag, Payload payload, const PngContext& context, DocumentKind kind) {
   const ChunkRow* row = chunk_row(tag, kind);
-  if (!row) return is_valid_tag(tag);
+  if (!row) return is_valid_name(tag, kind);
   return payload.size() >= row->shortest && payload.size() <= row->longest &&
          (!row->check || row->check(payload, context));
 }

@@ -57,12 +57,16 @@ const ChunkRow* chunk_row(ChunkTag tag, DocumentKind kind);
 bool stands_once(ChunkTag tag, DocumentKind kind);
 ChunkPlace place_of(ChunkTag tag, DocumentKind kind);
 
+/// Whether an MNG holds this chunk of a PNG for all images behind it; an empty one takes back what it told
+/// (MNG 1.0, "gAMA").
+bool serves_all_images(ChunkTag tag);
+
 /// Whether a person may put such a chunk into a document of this kind: one that belongs there and is not
-/// fixed, or an unknown one that a decoder may pass over.
+/// fixed, or an unknown one that a decoder may pass over (in a WebP every one that is no part of an image).
 bool may_be_put(ChunkTag tag, DocumentKind kind);
 
 /// Whether a payload is valid for its tag in this image: length and content. True for unknown tags with a
-/// valid name. Still and animated PNG files do not differ here.
+/// name that is valid in this kind. Still and animated PNG files do not differ here.
 bool is_valid_chunk(ChunkTag tag, std::span<const std::uint8_t> payload, const PngContext& context,
                     DocumentKind kind = DocumentKind::APNG);
 

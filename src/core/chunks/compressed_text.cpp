@@ -42,12 +42,11 @@ std::optional<std::vector<std::uint8_t>> inflate_text_chunk(std::span<const std:
 }
 
 std::vector<std::uint8_t> compressed_text_payload(const ChunkRecord& record, int level) {
+  // The zero byte behind a payload is none of its own, and ends no keyword.
+  const auto raw = raw_payload(record);
+  const auto keyword = inflatable_keyword(raw);
+  if (!keyword) return {raw.begin(), raw.end()};
   const auto block = record.data.bytes();
-  const auto keyword = inflatable_keyword(block);
-  if (!keyword) {
-    const auto raw = raw_payload(record);
-    return {raw.begin(), raw.end()};
-  }
   const auto text_begin = block.begin() + static_cast<std::ptrdiff_t>(*keyword + 1);
   const auto text_end = std::find(text_begin, block.end(), std::uint8_t{0});
   std::vector<std::uint8_t> payload(block.begin(), text_begin);

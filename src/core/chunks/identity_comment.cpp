@@ -6,9 +6,7 @@
 #include <algorithm>
 
 #include "base/file.h"
-#include "base/limits.h"
 #include "base/text.h"
-#include "core/settings.h"
 
 namespace vellum {
 namespace {
@@ -16,11 +14,11 @@ namespace {
 constexpr std::size_t kFileLimit = 16'383;
 constexpr std::string_view kKeyword("Comment\0", 8);
 
-/// The first `kFileLimit` bytes as a text of the format: line ends as CR LF, tabs as blanks, no other control
+/// These bytes as a text of the format: line ends as CR LF, tabs as blanks, no other control
 /// characters.
 std::string plain_text(std::span<const std::uint8_t> bytes) {
   std::string text;
-  for (std::size_t i = 0; i < std::min(bytes.size(), kFileLimit); ++i) {
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
     const std::uint8_t byte = bytes[i];
     const bool pair = byte == '\n' && i > 0 && bytes[i - 1] == '\r';
     if ((byte == '\r' || byte == '\n') && !pair) text += "\r\n";
@@ -40,12 +38,10 @@ std::string account_name() {
   return name.empty() ? entry->pw_name : name;
 }
 
-std::string identity_text() {
+std::string identity_text(const std::filesystem::path& path) {
   std::string text = "FILE IDENTITY\r\nCreated or modified by\r\n";
   std::string reason;
-  const auto file = settings::IdentificationFile.empty()
-                        ? std::nullopt
-                        : read_file(settings::IdentificationFile, reason, kMaximumIdentityFile);
+  const auto file = path.empty() ? std::nullopt : read_start(path, reason, kFileLimit);
   text += file ? plain_text(*file) : latin1_from_utf8(account_name());
   if (!text.ends_with("\r\n")) text += "\r\n";
   return text + "Vellumcraft 15\r\n";
@@ -61,9 +57,9 @@ bool has_text(const ChunkRecord& record, std::string_view text) {
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> identity_comment(const ChunkList& list) {
-  if (settings::IdentifyFiles == 0) return std::nullopt;
-  const std::string text = identity_text();
+std::optional<std::vector<std::uint8_t>> identity_comment(const ChunkList& list,
+                                                          const std::filesystem::path& file) {
+  const std::string text = identity_text(file);
   for (std::size_t i = 0; i < list.size(); ++i)
     if (has_text(list.record(i), text)) return std::nullopt;
   std::vector<std::uint8_t> payload(kKeyword.begin(), kKeyword.end());

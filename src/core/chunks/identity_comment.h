@@ -1,6 +1,7 @@
 // The comment that tells who made a file.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <vector>
 
@@ -8,9 +9,9 @@
 
 namespace vellum {
 
-/// The payload of a tEXt chunk, keyword "Comment", that names the account (or holds the file named by
-/// `IdentificationFile`) and the program. Nothing while `IdentifyFiles` is off, or when the list has a tEXt
-/// with the very same text.
-std::optional<std::vector<std::uint8_t>> identity_comment(const ChunkList& list);
+/// The payload of a tEXt chunk, keyword "Comment", that names the account (or holds the text of
+/// `file`, where a name is given) and the program. Nothing when the list has a tEXt with the very same text.
+std::optional<std::vector<std::uint8_t>> identity_comment(const ChunkList& list,
+                                                          const std::filesystem::path& file);
 
 }  // namespace vellum

@@ -92,6 +92,8 @@ void read_offset(PayloadReader& p);
 void read_calibration(PayloadReader& p);
 void read_scale(PayloadReader& p);
 void read_profile(PayloadReader& p);
+void read_bare_profile(PayloadReader& p);
+void read_xmp(PayloadReader& p);
 void read_rendering_intent(PayloadReader& p);
 void read_chromaticities(PayloadReader& p);
 void read_code_points(PayloadReader& p);

@@ -5,6 +5,7 @@
 
 #include "base/byte_order.h"
 #include "core/chunks/chunk_payload.h"
+#include "core/chunks/chunk_policy.h"
 
 namespace vellum {
 namespace {
@@ -106,7 +107,7 @@ constexpr ConversionRow kConversions[] = {
 };
 
 Payload payload_of(const ChunkRecord& record, const ChunksOutRequest& request) {
-  const Payload plain = plain_payload(record, request.level);
+  const Payload plain = plain_payload(record, request.level, request.updateTime);
   const auto row = std::ranges::find(kConversions, record.tag, &ConversionRow::tag);
   return row == std::end(kConversions) ? plain : row->convert(plain, request);
 }
@@ -118,14 +119,16 @@ bool belongs_to_other_header(ChunkTag tag, const ChunksOutRequest& request) {
   return is_animation_chunk(tag) && request.written != request.from;
 }
 
-bool goes_out(const ChunkOut& chunk, const ChunksOutRequest& request, std::set<ChunkTag>& seen) {
-  if (belongs_to_other_header(chunk.tag, request)) return false;
-  if (chunk.tag == tag::tRNS && request.transparencyApplied) return false;
-  if (chunk.tag == tag::PLTE && request.palette.empty()) return false;
-  const PngContext context{request.written.bitDepth, request.written.colorType,
-                           static_cast<std::uint32_t>(request.palette.size() / 3)};
-  if (!is_valid_chunk(chunk.tag, chunk.payload, context)) return false;
-  return !stands_once(chunk.tag, request.kind) || seen.insert(chunk.tag).second;
+PngContext context_of(const ChunksOutRequest& request) {
+  return {request.written.bitDepth, request.written.colorType,
+          static_cast<std::uint32_t>(request.palette.size() / 3)};
+}
+
+/// Whether there is no place for the chunk in this file, whatever it holds.
+bool has_no_place(ChunkTag tag, const ChunksOutRequest& request, const std::set<ChunkTag>& seen) {
+  return belongs_to_other_header(tag, request) || (tag == tag::tRNS && request.transparencyApplied) ||
+         (tag == tag::PLTE && request.palette.empty()) ||
+         (stands_once(tag, request.kind) && seen.contains(tag));
 }
 
 /// sRGB and iCCP tell the same thing and exclude each other (PNG standard, "sRGB"); the first one stays.
@@ -146,10 +149,11 @@ std::vector<ChunkOut> chunks_out(const ChunkList& list, const ChunksOutRequest& 
     const ChunkPlace place = place_of(record.tag, request.kind);
     if ((place == ChunkPlace::Fixed || place == ChunkPlace::Image) && !raw) continue;
     ChunkOut chunk{record.tag, payload_of(record, request), i};
-    if (repeats_color_space(chunk.tag, seen) || !goes_out(chunk, request, seen)) {
-      notes.push_back(tag_letters(record.tag) + " (entry " + std::to_string(i + 1) + ") was left out");
-      continue;
-    }
+    const bool homeless = repeats_color_space(chunk.tag, seen) || has_no_place(chunk.tag, request, seen);
+    const Mending mending =
+        homeless ? Mending::LeftOut : mend_chunk(chunk.tag, chunk.payload, context_of(request), request.kind);
+    if (mending != Mending::Good) notes.push_back(mending_note(mending, chunk.tag, i));
+    if (mending == Mending::LeftOut) continue;
     seen.insert(chunk.tag);
     out.push_back(std::move(chunk));
   }

@@ -28,15 +28,15 @@ struct ChunksOutRequest {
   bool greyBecamePalette = false;    ///< a grey document that is written with indexes into the grey table
   bool transparencyApplied = false;  ///< the pictures carry it as alpha; no tRNS goes out
   int level = 9;                     ///< of compressed texts
+  bool updateTime = true;            ///< tIME gets the time of now
 };
 
 /// The payload of an entry for this file, converted from the header it was made for where color type or depth
 /// differ; `notes` gets a line for each entry that is changed or left out. Nothing for an entry that does not
 /// go out.
 ///
-/// Left out are chunks whose payload is not valid for the written header (its length, its content), a second
-/// one of a kind that stands once, and animation chunks of a still picture whose header changed. Unknown
-/// chunks go out byte for byte.
+/// Left out are chunks that the policy (chunks/chunk_policy.h) leaves out, a second one of a kind that stands
+/// once, and animation chunks of a still picture whose header changed. Unknown chunks go out byte for byte.
 std::vector<ChunkOut> chunks_out(const ChunkList& list, const ChunksOutRequest& request,
                                  std::vector<std::string>& notes);
 

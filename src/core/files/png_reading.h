@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 
 #include "base/host.h"
 #include "base/limits.h"
@@ -40,6 +41,9 @@ void warn_of_crc(Host& host, const StreamChunk& chunk);
 /// the signature is another or the file ends before.
 bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8_t, 8>& signature,
                  ChunkTag end, GatheredChunks& gathered, Host& host);
+
+/// Tells which chunks inside images were not kept.
+void tell_dropped(const Host& host, const std::set<ChunkTag>& tags);
 
 /// The chunks of an animated PNG, read as such. Called by read_png.
 bool read_apng(PngReading& reading);

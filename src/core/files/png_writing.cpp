@@ -8,20 +8,20 @@
 
 namespace vellum {
 
-bool begin_png(SafeFile& file, const PngHeader& header) {
-  return file.write(kPngSignature) && write_chunk(file, tag::IHDR, png_header_payload(header));
+bool begin_png(const Sink& sink, const PngHeader& header) {
+  return sink.write(kPngSignature) && write_chunk(sink, tag::IHDR, png_header_payload(header));
 }
 
-bool write_chunks(SafeFile& file, std::span<const ChunkOut> chunks) {
+bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks) {
   return std::ranges::all_of(
-      chunks, [&](const ChunkOut& chunk) { return write_chunk(file, chunk.tag, chunk.payload); });
+      chunks, [&](const ChunkOut& chunk) { return write_chunk(sink, chunk.tag, chunk.payload); });
 }
 
-bool write_image_data(SafeFile& file, std::span<const std::uint8_t> stream) {
+bool write_image_data(const Sink& sink, std::span<const std::uint8_t> stream) {
   constexpr std::size_t kLongest = 0x40000000;  // well inside the 31 bits of a length
   do {
     const auto piece = stream.first(std::min(stream.size(), kLongest));
-    if (!write_chunk(file, tag::IDAT, piece)) return false;
+    if (!write_chunk(sink, tag::IDAT, piece)) return false;
     stream = stream.subspan(piece.size());
   } while (!stream.empty());
   return true;
@@ -46,9 +46,7 @@ void take_over_header(DocumentWindow& window, std::size_t header_entry, const Pn
 }
 
 void tell_notes(const Host& host, const std::vector<std::string>& notes) {
-  std::string line;
-  for (const std::string& note : notes) line += (line.empty() ? "" : "; ") + note;
-  if (!line.empty()) host.set_status(line);
+  for (const std::string& note : notes) host.add_note(note);
 }
 
 std::optional<std::array<std::uint16_t, 3>> deep_transparency_key(const ChunkList& list,

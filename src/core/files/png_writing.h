@@ -9,17 +9,17 @@
 namespace vellum {
 
 /// Signature and header.
-bool begin_png(SafeFile& file, const PngHeader& header);
-bool write_chunks(SafeFile& file, std::span<const ChunkOut> chunks);
+bool begin_png(const Sink& sink, const PngHeader& header);
+bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks);
 /// Image data as IDAT chunks: one, or several where a chunk's length would not do.
-bool write_image_data(SafeFile& file, std::span<const std::uint8_t> stream);
+bool write_image_data(const Sink& sink, std::span<const std::uint8_t> stream);
 
 /// After a save: the entries whose content the writer made anew (times) go back into the list.
 void take_over_written(DocumentWindow& window, std::span<const ChunkOut> chunks);
 /// The same for the header as it was written.
 void take_over_header(DocumentWindow& window, std::size_t header_entry, const PngHeader& written);
 
-/// Tells the notes of a save in the status line, if there are any.
+/// Tells what a save changed or left out.
 void tell_notes(const Host& host, const std::vector<std::string>& notes);
 
 /// The tRNS samples of a 16-bit grey or true-color document, for png_encode.

@@ -55,6 +55,7 @@ struct MngReading {
   Palette lastPalette{};  ///< of the last PLTE, wherever it stood
   std::uint32_t lastPaletteBytes = 0;
   std::size_t textBudget = kMaximumTextBytesOfFile;
+  std::set<ChunkTag> dropped{};  ///< what stood inside images and is not kept
 
   bool fail(const StreamChunk& chunk, const char* reason, FaultKind kind = FaultKind::Damaged) const {
     return host.fail({kind, chunk.tag, static_cast<std::int64_t>(items.size()),
@@ -205,8 +206,8 @@ bool take_definition(MngReading& reading, const StreamChunk& chunk) {
   return true;
 }
 
+/// Also one inside an embedded PNG is an entry of its own, in front of the image: that is added when it ends.
 bool take_text(MngReading& reading, const StreamChunk& chunk) {
-  if (reading.open) return reading.fail(chunk, "compressed text stands inside an image");
   ChunkRecord record = raw_record(chunk);
   if (const auto keyword = inflatable_keyword(chunk.data)) {
     const char* reason = nullptr;
@@ -233,12 +234,13 @@ bool take_end(MngReading& reading, const StreamChunk& chunk) {
   return reading.add(std::move(record), chunk);
 }
 
-/// Chunks that the program knows inside an embedded PNG; others are dropped, or a fault where they are
-/// critical.
+/// What is not known inside an embedded PNG is dropped, with a note, or a fault where it is critical.
 bool take_other(MngReading& reading, const StreamChunk& chunk) {
   if (!reading.open) return reading.add(raw_record(chunk), chunk);
-  if (is_ancillary(chunk.tag) || !reading.open->data.empty()) return true;
-  return reading.fail(chunk, "a critical chunk of the image is not known");
+  if (!is_ancillary(chunk.tag) && reading.open->data.empty())
+    return reading.fail(chunk, "a critical chunk of the image is not known");
+  reading.dropped.insert(chunk.tag);
+  return true;
 }
 
 struct HandlerRow {
@@ -247,11 +249,10 @@ struct HandlerRow {
 };
 
 constexpr HandlerRow kHandlers[] = {
-    {tag::MEND, take_end},           {tag::DEFI, take_definition},    {tag::FRAM, take_framing},
-    {tag::IHDR, open_image},         {tag::PLTE, take_palette},       {tag::bKGD, take_background},
-    {tag::tRNS, take_transparency},  {tag::IDAT, take_image_data},    {tag::IEND, close_image},
-    {tag::zTXt, take_text},          {make_tag("JHDR"), open_opaque}, {make_tag("DHDR"), open_opaque},
-    {make_tag("BASI"), open_opaque},
+    {tag::MEND, take_end},          {tag::DEFI, take_definition}, {tag::FRAM, take_framing},
+    {tag::IHDR, open_image},        {tag::PLTE, take_palette},    {tag::bKGD, take_background},
+    {tag::tRNS, take_transparency}, {tag::IDAT, take_image_data}, {tag::IEND, close_image},
+    {tag::zTXt, take_text},
 };
 
 bool take_chunk(MngReading& reading, const StreamChunk& chunk) {
@@ -262,6 +263,7 @@ bool take_chunk(MngReading& reading, const StreamChunk& chunk) {
     reading.opaque = chunk.tag != tag::IEND;
     return reading.add(raw_record(chunk), chunk);
   }
+  if (begins_opaque_image(chunk.tag)) return open_opaque(reading, chunk);
   const auto row = std::ranges::find(kHandlers, chunk.tag, &HandlerRow::tag);
   return row == std::end(kHandlers) ? take_other(reading, chunk) : row->take(reading, chunk);
 }
@@ -338,7 +340,8 @@ bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& 
   if (!walk(reading) || !decode_images(reading, progress)) return false;
   for (const Item& item : reading.items) chunk_list_append(window.list, window.document, item.record);
   chunk_list_close_change(window.list, window.document);
-  if (gathered.end < file.size()) host.set_status(string_text(StringId::BytesBehindEnd));
+  tell_dropped(host, reading.dropped);
+  if (gathered.end < file.size()) host.add_note(string_text(StringId::BytesBehindEnd));
   return true;
 }
 

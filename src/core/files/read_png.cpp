@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/byte_order.h"
+#include "base/text.h"
 #include "core/chunks/compressed_text.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
@@ -12,14 +13,11 @@
 namespace vellum {
 namespace {
 
-bool is_first_idat(std::span<const StreamChunk> chunks, const StreamChunk& chunk) {
-  return std::ranges::find(chunks, tag::IDAT, &StreamChunk::tag)->offset == chunk.offset;
-}
-
 /// Every chunk's CRC is checked, of the IDAT run the first one's only.
 void check_crcs(const PngReading& reading) {
+  bool image_seen = false;
   for (const StreamChunk& chunk : reading.chunks) {
-    if (chunk.tag == tag::IDAT && !is_first_idat(reading.chunks, chunk)) continue;
+    if (chunk.tag == tag::IDAT && std::exchange(image_seen, true)) continue;
     const bool agrees = chunk.tag == tag::IEND ? crc_agrees_with_type(chunk) : crc_agrees(chunk);
     if (!agrees) warn_of_crc(reading.host, chunk);
   }
@@ -145,6 +143,12 @@ bool append_plain_chunk(PngReading& reading, const StreamChunk& chunk) {
   return reading.append(record, chunk);
 }
 
+void tell_dropped(const Host& host, const std::set<ChunkTag>& tags) {
+  std::string names;
+  for (const ChunkTag tag : tags) names += (names.empty() ? "" : ", ") + tag_letters(tag);
+  if (!names.empty()) host.add_note(with_value(string_text(StringId::InsideImagesNotKept), names));
+}
+
 bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8_t, 8>& signature,
                  ChunkTag end, GatheredChunks& gathered, Host& host) {
   if (file.size() < signature.size() || !std::ranges::equal(file.first(signature.size()), signature))
@@ -164,7 +168,7 @@ bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& 
   PngReading reading{window, host, progress, gathered.chunks, {}};
   if (!read_gathered(reading)) return false;
   chunk_list_close_change(window.list, window.document);
-  if (gathered.end < file.size()) host.set_status(string_text(StringId::BytesBehindEnd));
+  if (gathered.end < file.size()) host.add_note(string_text(StringId::BytesBehindEnd));
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include "base/byte_order.h"
 #include "base/limits.h"
 #include "core/chunks/new_chunk.h"
+#include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
 #include "image/webp_service.h"
 
@@ -17,6 +18,8 @@ struct WebpReading {
   std::span<const std::uint8_t> file;
   std::vector<WebpFrame> frames;
   std::uint32_t frameCount = 0;
+  std::vector<WebpExtra> extras{};  ///< chunks beside the images, in their order
+  std::size_t nextExtra = 0;
   bool told = false;  ///< the reason of a failure is kept already
 
   bool fail(const char* reason, FaultKind kind = FaultKind::Damaged) {
@@ -37,6 +40,37 @@ bool append_header(WebpReading& reading, const WebpHeaderFields& fields) {
   return reading.append(record);
 }
 
+/// The chunks of the file that hold no part of an image. What the program calls its own records by is no name
+/// for raw bytes.
+void gather_extras(WebpReading& reading) {
+  std::set<ChunkTag> dropped;
+  std::size_t images = 0;
+  for (const WebpChunk& chunk : webp_chunks(reading.file)) {
+    if (is_webp_frame(chunk.tag)) ++images;
+    if (chunk.tag == tag::WEBH || chunk.tag == tag::WEBI)
+      dropped.insert(chunk.tag);
+    else if (!is_webp_image_chunk(chunk.tag))
+      reading.extras.push_back({chunk.tag, chunk.data, chunk.tag == tag::ICCP ? 0 : images});
+    for (const WebpChunk& inner : webp_frame_chunks(chunk))
+      if (!is_webp_image_chunk(inner.tag)) dropped.insert(inner.tag);
+  }
+  tell_dropped(reading.host, dropped);
+}
+
+/// The entries of the chunks that stand in front of frame `images`.
+bool append_extras(WebpReading& reading, std::size_t images) {
+  for (; reading.nextExtra < reading.extras.size(); ++reading.nextExtra) {
+    const WebpExtra& extra = reading.extras[reading.nextExtra];
+    if (extra.behind > images) break;
+    ChunkRecord record;
+    record.tag = extra.tag;
+    record.size = static_cast<std::int32_t>(extra.data.size());
+    record.data = ChunkHandle::copy_of(extra.data);
+    if (!reading.append(record)) return false;
+  }
+  return true;
+}
+
 bool append_frame(WebpReading& reading, const Picture& picture, std::int64_t delay, std::uint32_t dispose) {
   ChunkRecord record;
   NewChunkArgument argument;
@@ -55,7 +89,8 @@ bool read_still(WebpReading& reading, const WebpInfo& info) {
   header.canvasHeight = info.height;
   header.colorType = info.hasAlpha ? 6 : 2;
   header.bitsPerPixel = info.hasAlpha ? 32 : 24;
-  return append_header(reading, header) && append_frame(reading, picture, 0, 0);
+  return append_header(reading, header) && append_extras(reading, 0) &&
+         append_frame(reading, picture, 0, 0) && append_extras(reading, kNoEntry);
 }
 
 bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
@@ -85,11 +120,14 @@ bool read_animation(WebpReading& reading) {
       [&](const WebpFrame& frame) { return take_frame(reading, frame); });
   if (!decoded) return reading.told ? false : reading.fail("the animation is damaged");
   std::int64_t before = 0;
-  for (const WebpFrame& frame : reading.frames) {
-    if (!append_frame(reading, frame.canvas, frame.timestamp - before, frame.dispose)) return false;
+  for (std::size_t i = 0; i < reading.frames.size(); ++i) {
+    const WebpFrame& frame = reading.frames[i];
+    if (!append_extras(reading, i) ||
+        !append_frame(reading, frame.canvas, frame.timestamp - before, frame.dispose))
+      return false;
     before = frame.timestamp;
   }
-  return true;
+  return append_extras(reading, kNoEntry);
 }
 
 /// Whether something stands behind what the RIFF header counts (WebP container: size of what follows, and a
@@ -108,13 +146,10 @@ bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host&
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
   WebpReading reading{window, host, progress, file, {}};
+  gather_extras(reading);
   if (!(info->isAnimation ? read_animation(reading) : read_still(reading, *info))) return false;
   chunk_list_close_change(window.list, window.document);
-  std::string lost;
-  if (info->hasMetadata) lost = string_text(StringId::MetadataNotKept);
-  if (bytes_behind_end(file))
-    lost += (lost.empty() ? "" : " ") + std::string(string_text(StringId::BytesBehindEnd));
-  if (!lost.empty()) host.set_status(lost);
+  if (bytes_behind_end(file)) host.add_note(string_text(StringId::BytesBehindEnd));
   return true;
 }
 

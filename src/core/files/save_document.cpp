@@ -7,7 +7,6 @@
 #include "core/files/write_mng.h"
 #include "core/files/write_png.h"
 #include "core/files/write_webp.h"
-#include "core/settings.h"
 
 namespace vellum {
 namespace {
@@ -16,19 +15,20 @@ namespace fs = std::filesystem;
 
 struct WriterRow {
   DocumentKind kind;
-  WriteResult (*write)(DocumentWindow&, const fs::path&, int compression, Host&);
+  WriteResult (*write)(DocumentWindow&, const Sink&, const SaveOptions&, Host&);
 };
 
 constexpr WriterRow kWriters[] = {
     {DocumentKind::PING, write_png},
     {DocumentKind::APNG, write_apng},
     {DocumentKind::MING, write_mng},
+    {DocumentKind::WEBP, write_webp},
 };
 
 /// Copies what stands at the path to its sibling "Backup of ...". True when the save may go on.
 bool make_backup(const fs::path& path, Host& host) {
   std::error_code error;
-  if (settings::CreateBackups == 0 || !fs::exists(path, error)) return true;
+  if (!fs::exists(path, error)) return true;
   if (replace_by_copy(path, backup_path(path), error)) return true;
   const Message question{
       StringId::BackupError, {}, std::string(string_text(StringId::BackupError)), error.message(), nullptr};
@@ -43,18 +43,23 @@ void mark_saved(DocumentWindow& window, const fs::path& path) {
   window.document.fileTime = fs::last_write_time(path, error);
 }
 
-WriteResult write(DocumentWindow& window, const fs::path& path, Host& host) {
-  if (equal_ignoring_case(path.extension().native(), ".webp"))
-    return write_webp(window, path, std::clamp(settings::WEBPQualityFactor, 0, 100), host);
-  const auto row = std::ranges::find(kWriters, window.document.kind, &WriterRow::kind);
-  if (row == std::end(kWriters)) {
-    host.fail({FaultKind::Misuse, 0, -1, -1, "documents of this kind can't be written under this name"});
+/// Into a file, which is not opened where nothing may be written.
+WriteResult write_file(DocumentWindow& window, const fs::path& path, const SaveOptions& options, Host& host) {
+  SafeFile file(path);
+  if (!file.ok()) {
+    host.fail({FaultKind::Misuse, 0, -1, -1, file.reason()});
     return WriteResult::Failed;
   }
-  return row->write(window, path, std::clamp(settings::PngCompression, 0, 9), host);
+  if (options.backup && !make_backup(path, host)) return WriteResult::Refused;
+  return write_document(window, written_kind(path, window.document.kind), file_sink(file), options, host);
 }
 
 }  // namespace
+
+DocumentKind written_kind(const fs::path& path, DocumentKind kind) {
+  if (equal_ignoring_case(path.extension().native(), ".webp")) return DocumentKind::WEBP;
+  return kind == DocumentKind::WEBP ? DocumentKind::None : kind;
+}
 
 bool frames_exceed_first(const DocumentWindow& window) {
   if (window.document.kind != DocumentKind::APNG) return false;
@@ -73,18 +78,23 @@ bool frames_exceed_first(const DocumentWindow& window) {
   return false;
 }
 
-bool save_document(DocumentWindow& window, const fs::path& path, Host& host) {
+WriteResult write_document(DocumentWindow& window, DocumentKind written, const Sink& sink,
+                           const SaveOptions& options, Host& host) try {
   if (frames_exceed_first(window)) {
     host.show(StringId::FrameTooLarge, StringId::ErrorWritingFile);
-    return false;
+    return WriteResult::Refused;
   }
-  if (!make_backup(path, host)) return false;
-  WriteResult result = WriteResult::Failed;
-  try {
-    result = write(window, path, host);
-  } catch (const std::bad_alloc&) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
-  }
+  const auto row = std::ranges::find(kWriters, written, &WriterRow::kind);
+  if (row != std::end(kWriters)) return row->write(window, sink, options, host);
+  host.fail({FaultKind::Misuse, 0, -1, -1, "documents of this kind can't be written under this name"});
+  return WriteResult::Failed;
+} catch (const std::bad_alloc&) {
+  host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  return WriteResult::Failed;
+}
+
+bool save_document(DocumentWindow& window, const fs::path& path, Host& host, const SaveOptions& options) {
+  const WriteResult result = write_file(window, path, options, host);
   if (result == WriteResult::Failed)
     host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, host.take_fault());
   if (result != WriteResult::Done) return false;

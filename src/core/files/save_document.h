@@ -2,17 +2,27 @@
 #pragma once
 
 #include "base/host.h"
-#include "core/model/document.h"
+#include "core/files/write_png.h"
 
 namespace vellum {
+
+/// What a file of this name holds: WebP by the extension ".webp", otherwise the document's kind, and None
+/// where that is WebP.
+DocumentKind written_kind(const std::filesystem::path& path, DocumentKind kind);
 
 /// Whether a later frame of an animated PNG is wider or higher than the first image, which can't be saved.
 bool frames_exceed_first(const DocumentWindow& window);
 
-/// Writes the document to `path`: ".webp" by the extension, otherwise by kind. What stood there before
-/// survives any failure. False, with the stated message given to the host, when it was not written (also when
-/// the user refused to go on without a backup, which says nothing). The list changes only in what the save
-/// itself refreshed: the time, and a header that had to change to hold its picture.
-bool save_document(DocumentWindow& window, const std::filesystem::path& path, Host& host);
+/// Writes the document as a file of the kind `written`, its own one or WEBP, into `sink`. The list changes
+/// only in what a save itself refreshes, and not at all on a failure.
+WriteResult write_document(DocumentWindow& window, DocumentKind written, const Sink& sink,
+                           const SaveOptions& options, Host& host);
+
+/// Writes the document to `path`. What stood there before survives any failure; what is no regular file is
+/// not replaced. False, with the stated message given to the host, when it was not written (also when the
+/// user refused to go on without a backup, which says nothing). The list changes only in what the save itself
+/// refreshed: the time, and a header that had to change to hold its picture.
+bool save_document(DocumentWindow& window, const std::filesystem::path& path, Host& host,
+                   const SaveOptions& options = save_options());
 
 }  // namespace vellum

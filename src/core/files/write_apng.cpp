@@ -9,7 +9,6 @@
 #include "core/files/write_png.h"
 #include "core/model/first_frame.h"
 #include "core/model/frame_values.h"
-#include "core/settings.h"
 #include "image/picture_operations.h"
 #include "image/png_encode.h"
 #include "image/png_form.h"
@@ -28,7 +27,7 @@ struct FrameOut {
 struct Saving {
   DocumentWindow& window;
   Host& host;
-  int compression;
+  const SaveOptions& options;
   std::size_t headerEntry = kNoEntry;
   PngHeader from;  ///< the header as the list has it
   PngHeader written;
@@ -207,7 +206,7 @@ bool encode_images(Saving& saving, const Progress& progress) {
       PngHeader header = saving.written;
       header.width = image.picture.width();
       header.height = image.picture.height();
-      image.stream = png_encode(header, image.picture, saving.compression);
+      image.stream = png_encode(header, image.picture, saving.options.compression);
       if (image.stream.empty()) failed = true;
     });
     if (failed) return saving.fail("an image can't be compressed", FaultKind::Limit);
@@ -271,7 +270,8 @@ ChunksOutRequest chunks_request(const Saving& saving) {
   request.fromPalette.assign(colors.begin(), colors.end());
   request.greyBecamePalette = saving.from.colorType == 0 && saving.written.colorType == 3;
   request.transparencyApplied = saving.transparencyApplied;
-  request.level = saving.compression;
+  request.level = saving.options.compression;
+  request.updateTime = saving.options.updateTime;
   return request;
 }
 
@@ -282,8 +282,7 @@ bool palette_is_made(const Saving& saving, const std::vector<ChunkOut>& chunks) 
 
 ChunkGroups chunks_for(const Saving& saving, std::vector<std::string>& notes) {
   std::vector<ChunkOut> chunks = chunks_out(saving.window.list, chunks_request(saving), notes);
-  if (settings::APNGIncludeTextChunks == 0)
-    std::erase_if(chunks, [](const ChunkOut& c) { return is_text(c.tag); });
+  if (!saving.options.animationTexts) std::erase_if(chunks, [](const ChunkOut& c) { return is_text(c.tag); });
   if (palette_is_made(saving, chunks))
     chunks.insert(chunks.begin(), {tag::PLTE, saving.palette, saving.headerEntry});
   return group_chunks(std::move(chunks), saving.entries);
@@ -292,16 +291,16 @@ ChunkGroups chunks_for(const Saving& saving, std::vector<std::string>& notes) {
 // ------------------------------------------------------------------------------------------------------------
 // the file
 
-bool write_animation_control(SafeFile& file, const Saving& saving) {
+bool write_animation_control(const Sink& sink, const Saving& saving) {
   ChunkRecord control;
   chunk_find_first(saving.window.list, tag::acTL, &control);
   std::uint8_t payload[8];
   write_be32(payload, static_cast<std::uint32_t>(saving.entries.size()));
   write_be32(payload + 4, control.numPlays);
-  return write_chunk(file, tag::acTL, payload);
+  return write_chunk(sink, tag::acTL, payload);
 }
 
-bool write_frame_control(SafeFile& file, const FrameOut& image, std::uint32_t sequence) {
+bool write_frame_control(const Sink& sink, const FrameOut& image, std::uint32_t sequence) {
   const FrameControl& control = *image.control;
   std::uint8_t payload[26];
   write_be32(payload, sequence);
@@ -313,54 +312,51 @@ bool write_frame_control(SafeFile& file, const FrameOut& image, std::uint32_t se
   write_be16(payload + 22, control.delayDen);
   payload[24] = std::min<std::uint8_t>(control.dispose, 2);
   payload[25] = std::min<std::uint8_t>(control.blend, 1);
-  return write_chunk(file, tag::fcTL, payload);
+  return write_chunk(sink, tag::fcTL, payload);
 }
 
-bool write_frame_data(SafeFile& file, const FrameOut& image, std::uint32_t sequence) {
+bool write_frame_data(const Sink& sink, const FrameOut& image, std::uint32_t sequence) {
   std::vector<std::uint8_t> payload(4);
   write_be32(payload.data(), sequence);
   payload.insert(payload.end(), image.stream.begin(), image.stream.end());
-  return write_chunk(file, tag::fdAT, payload);
+  return write_chunk(sink, tag::fdAT, payload);
 }
 
-bool write_images(SafeFile& file, const Saving& saving, const ChunkGroups& groups) {
+bool write_images(const Sink& sink, const Saving& saving, const ChunkGroups& groups) {
   std::uint32_t sequence = 0;  // one count over fcTL and fdAT together
   std::size_t frame = 0;
   for (std::size_t i = 0; i < saving.images.size(); ++i) {
     const FrameOut& image = saving.images[i];
     if (image.control) {
-      if (!write_chunks(file, groups.between[frame++])) return false;
-      if (!write_frame_control(file, image, sequence++)) return false;
+      if (!write_chunks(sink, groups.between[frame++])) return false;
+      if (!write_frame_control(sink, image, sequence++)) return false;
     }
     const bool good =
-        i == 0 ? write_image_data(file, image.stream) : write_frame_data(file, image, sequence++);
+        i == 0 ? write_image_data(sink, image.stream) : write_frame_data(sink, image, sequence++);
     if (!good) return false;
   }
   return true;
 }
 
-bool write_file(const Saving& saving, const std::filesystem::path& path, const ChunkGroups& groups) {
-  SafeFile file(path);
-  const bool written = file.ok() && begin_png(file, saving.written) &&
-                       write_animation_control(file, saving) && write_chunks(file, groups.front) &&
-                       write_images(file, saving, groups) && write_chunks(file, groups.back) &&
-                       write_chunk(file, tag::IEND, {}) && file.commit();
-  return written || saving.fail(file.reason().c_str(), FaultKind::Limit);
+bool write_file(const Saving& saving, const Sink& sink, const ChunkGroups& groups) {
+  const bool written = begin_png(sink, saving.written) && write_animation_control(sink, saving) &&
+                       write_chunks(sink, groups.front) && write_images(sink, saving, groups) &&
+                       write_chunks(sink, groups.back) && write_chunk(sink, tag::IEND, {}) && sink.finish();
+  return written || saving.fail(sink.reason().c_str(), FaultKind::Limit);
 }
 
 }  // namespace
 
-WriteResult write_apng(DocumentWindow& window, const std::filesystem::path& path, int compression,
-                       Host& host) {
+WriteResult write_apng(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host) {
   const Progress progress(host, string_text(StringId::Writing));
-  Saving saving{window, host, compression, kNoEntry, {}, {}, {}, {}, {}, {}, false};
+  Saving saving{window, host, options, kNoEntry, {}, {}, {}, {}, {}, {}, false};
   if (!collect_frames(saving)) return WriteResult::Failed;
   grow_canvas(saving);
   if (!choose_default_image(saving) || !choose_form(saving) || !encode_images(saving, progress))
     return WriteResult::Failed;
   std::vector<std::string> notes;
   const ChunkGroups groups = chunks_for(saving, notes);
-  if (!write_file(saving, path, groups)) return WriteResult::Failed;
+  if (!write_file(saving, sink, groups)) return WriteResult::Failed;
   std::vector<ChunkOut> all = groups.front;
   all.insert(all.end(), groups.back.begin(), groups.back.end());
   for (const auto& chunks : groups.between) all.insert(all.end(), chunks.begin(), chunks.end());

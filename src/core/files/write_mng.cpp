@@ -6,7 +6,7 @@
 #include "base/byte_order.h"
 #include "base/parallel.h"
 #include "core/chunks/chunk_payload.h"
-#include "core/chunks/chunk_table.h"
+#include "core/chunks/chunk_policy.h"
 #include "core/chunks/identity_comment.h"
 #include "core/files/png_reading.h"
 #include "core/files/png_writing.h"
@@ -24,6 +24,7 @@ struct ImageOut {
   std::size_t entry;
   PngForm form;
   std::vector<std::uint8_t> stream;
+  std::vector<std::uint8_t> palette{}, background{}, transparency{};  ///< empty: not written
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -49,7 +50,8 @@ std::vector<std::uint8_t> palette_of(const ChunkRecord& record, const PngForm& f
 }
 
 /// bKGD and tRNS of an image, as long as the color type wants them; empty where they do not fit it.
-std::vector<std::uint8_t> fitted(const ChunkRecord& record, ChunkTag tag, const PngContext& context) {
+std::vector<std::uint8_t> fitted(const ChunkRecord& record, ChunkTag tag, const PngContext& context,
+                                 Mending& mending) {
   const EmbeddedImage& image = *record.image;
   std::vector<std::uint8_t> payload;
   if (tag == tag::bKGD) {
@@ -60,8 +62,25 @@ std::vector<std::uint8_t> fitted(const ChunkRecord& record, ChunkTag tag, const 
     if (context.colorType == 3) length = std::min<std::size_t>(length, context.paletteEntries);
     payload.assign(image.trans.begin(), image.trans.begin() + static_cast<std::ptrdiff_t>(length));
   }
-  if (!is_valid_chunk(tag, payload, context)) payload.clear();
+  mending = mend_chunk(tag, payload, context, DocumentKind::PING);
+  if (mending == Mending::LeftOut) payload.clear();
   return payload;
+}
+
+/// The chunks beside the image data, made to fit the form.
+void complete_image(const ChunkRecord& record, ImageOut& image, std::vector<std::string>& notes) {
+  image.palette = palette_of(record, image.form);
+  const PngHeader& header = image.form.header;
+  const PngContext context{header.bitDepth, header.colorType,
+                           static_cast<std::uint32_t>(image.palette.size() / 3)};
+  const auto take = [&](RecordFlag flag, ChunkTag tag, std::vector<std::uint8_t>& payload) {
+    if (!(record.flags & flag)) return;
+    Mending mending = Mending::Good;
+    payload = fitted(record, tag, context, mending);
+    if (mending != Mending::Good) notes.push_back(mending_note(mending, tag, image.entry));
+  };
+  take(CRF_BKGD, tag::bKGD, image.background);
+  take(CRF_TRNS, tag::tRNS, image.transparency);
 }
 
 std::optional<std::array<std::uint16_t, 3>> deep_key(const ChunkRecord& record) {
@@ -77,7 +96,7 @@ std::optional<std::array<std::uint16_t, 3>> deep_key(const ChunkRecord& record) 
 std::vector<ImageOut> image_entries(const ChunkList& list) {
   std::vector<ImageOut> images;
   for (std::size_t i = 0; i < list.size(); ++i)
-    if (list.record(i).tag == tag::PNGI) images.push_back({i, {}, {}});
+    if (list.record(i).tag == tag::PNGI) images.push_back({i, {}, {}, {}, {}, {}});
   return images;
 }
 
@@ -107,8 +126,8 @@ const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, 
   return reason;
 }
 
-bool write_optional(SafeFile& file, ChunkTag tag, std::span<const std::uint8_t> payload) {
-  return payload.empty() || write_chunk(file, tag, payload);
+bool write_optional(const Sink& sink, ChunkTag tag, std::span<const std::uint8_t> payload) {
+  return payload.empty() || write_chunk(sink, tag, payload);
 }
 
 /// Which of the two blocks are in force where the writer stands: they hold for every later image.
@@ -140,20 +159,14 @@ std::vector<std::uint8_t> definition_out(const ChunkRecord& record, InForce& for
   return definition_payload(block, 12);
 }
 
-bool write_image(SafeFile& file, const ChunkRecord& record, const ImageOut& image, InForce& force) {
-  const auto palette = palette_of(record, image.form);
-  const PngHeader& header = image.form.header;
-  const PngContext context{header.bitDepth, header.colorType, static_cast<std::uint32_t>(palette.size() / 3)};
-  const auto flagged = [&](RecordFlag flag, std::vector<std::uint8_t> payload) {
-    return record.flags & flag ? payload : std::vector<std::uint8_t>();
-  };
-  return write_optional(file, tag::FRAM, framing_out(record, force)) &&
-         write_optional(file, tag::DEFI, definition_out(record, force)) &&
-         write_chunk(file, tag::IHDR, png_header_payload(header)) &&
-         write_optional(file, tag::PLTE, palette) &&
-         write_optional(file, tag::bKGD, flagged(CRF_BKGD, fitted(record, tag::bKGD, context))) &&
-         write_optional(file, tag::tRNS, flagged(CRF_TRNS, fitted(record, tag::tRNS, context))) &&
-         write_image_data(file, image.stream) && write_chunk(file, tag::IEND, {});
+bool write_image(const Sink& sink, const ChunkRecord& record, const ImageOut& image, InForce& force) {
+  return write_optional(sink, tag::FRAM, framing_out(record, force)) &&
+         write_optional(sink, tag::DEFI, definition_out(record, force)) &&
+         write_chunk(sink, tag::IHDR, png_header_payload(image.form.header)) &&
+         write_optional(sink, tag::PLTE, image.palette) &&
+         write_optional(sink, tag::bKGD, image.background) &&
+         write_optional(sink, tag::tRNS, image.transparency) && write_image_data(sink, image.stream) &&
+         write_chunk(sink, tag::IEND, {});
 }
 
 // -----------------------------------------------------------------------------------------------------------
@@ -166,18 +179,18 @@ struct Saving {
   std::vector<ChunkOut> others;  ///< payloads of all entries but headers and images, in list order
 };
 
-bool write_entries(SafeFile& file, const Saving& saving) {
+bool write_entries(const Sink& sink, const Saving& saving) {
   auto image = saving.images.begin();
   auto other = saving.others.begin();
   InForce force;
   for (std::size_t i = 0; i < saving.list.size(); ++i) {
     bool good = true;
     if (image != saving.images.end() && image->entry == i)
-      good = write_image(file, saving.list.record(i), *image++, force);
+      good = write_image(sink, saving.list.record(i), *image++, force);
     else if (other != saving.others.end() && other->entry == i) {
       force.framing |= other->tag == tag::FRAM;
       force.definition |= other->tag == tag::DEFI;
-      good = write_chunk(file, other->tag, other->payload);
+      good = write_chunk(sink, other->tag, other->payload);
       ++other;
     }
     if (!good) return false;
@@ -185,45 +198,57 @@ bool write_entries(SafeFile& file, const Saving& saving) {
   return true;
 }
 
-bool write_file(const std::filesystem::path& path, const Saving& saving, const ChunkRecord& header,
+bool write_file(const Sink& sink, const Saving& saving, const ChunkRecord& header, const SaveOptions& options,
                 Host& host) {
-  SafeFile file(path);
-  const auto comment = identity_comment(saving.list);
+  const auto comment =
+      options.identify ? identity_comment(saving.list, options.identificationFile) : std::nullopt;
   const bool written =
-      file.ok() && file.write(kMngSignature) && write_chunk(file, tag::MHDR, mng_header_payload(header)) &&
-      (!comment || write_chunk(file, tag::tEXt, *comment)) && write_entries(file, saving) && file.commit();
-  return written || host.fail({FaultKind::Limit, 0, -1, -1, file.reason()});
+      sink.write(kMngSignature) && write_chunk(sink, tag::MHDR, mng_header_payload(header)) &&
+      (!comment || write_chunk(sink, tag::tEXt, *comment)) && write_entries(sink, saving) && sink.finish();
+  return written || host.fail({FaultKind::Limit, 0, -1, -1, sink.reason()});
 }
 
-std::vector<ChunkOut> other_entries(const ChunkList& list, int compression) {
+/// The chunks of a JNG or a delta image go out as they came.
+std::vector<ChunkOut> other_entries(const ChunkList& list, const SaveOptions& options,
+                                    std::vector<std::string>& notes) {
   std::vector<ChunkOut> others;
+  bool opaque = false;
   for (std::size_t i = 0; i < list.size(); ++i) {
     const ChunkRecord& record = list.record(i);
     if (record.tag == tag::MHDR || record.tag == tag::PNGI) continue;
-    others.push_back({record.tag, plain_payload(record, compression), i});
+    ChunkOut chunk{record.tag, plain_payload(record, options.compression, options.updateTime), i};
+    opaque = record.tag != tag::IEND && (opaque || begins_opaque_image(record.tag));
+    if (!opaque) {
+      const Mending mending = mend_chunk(chunk.tag, chunk.payload, {}, DocumentKind::MING);
+      if (mending != Mending::Good) notes.push_back(mending_note(mending, chunk.tag, i));
+      if (mending == Mending::LeftOut) continue;
+    }
+    others.push_back(std::move(chunk));
   }
   return others;
 }
 
 }  // namespace
 
-WriteResult write_mng(DocumentWindow& window, const std::filesystem::path& path, int compression,
-                      Host& host) {
+WriteResult write_mng(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host) {
   ChunkRecord header;
   if (chunk_find_first(window.list, tag::MHDR, &header) == kNoEntry) {
     host.fail({FaultKind::Misuse, 0, -1, -1, "the document has no header"});
     return WriteResult::Failed;
   }
   const Progress progress(host, string_text(StringId::Writing));
-  Saving saving{window.list, image_entries(window.list), other_entries(window.list, compression)};
-  if (const char* reason = encode_images(window.list, saving.images, compression, progress)) {
+  std::vector<std::string> notes;
+  Saving saving{window.list, image_entries(window.list), other_entries(window.list, options, notes)};
+  if (const char* reason = encode_images(window.list, saving.images, options.compression, progress)) {
     host.fail({FaultKind::Limit, 0, -1, -1, reason});
     return WriteResult::Failed;
   }
-  if (!write_file(path, saving, header, host)) return WriteResult::Failed;
+  for (ImageOut& image : saving.images) complete_image(window.list.record(image.entry), image, notes);
+  if (!write_file(sink, saving, header, options, host)) return WriteResult::Failed;
   take_over_written(window, saving.others);
   for (const ImageOut& image : saving.images) take_over_header(window, image.entry, image.form.header);
-  if (!loops_match(window.list)) tell_notes(host, {"LOOP and ENDL chunks do not match"});
+  if (!loops_match(window.list)) notes.emplace_back("LOOP and ENDL chunks do not match");
+  tell_notes(host, notes);
   return WriteResult::Done;
 }
 

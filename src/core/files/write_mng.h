@@ -6,8 +6,7 @@
 namespace vellum {
 
 /// Writes the list of a MING document: the header, the identity comment, every entry in its order, each image
-/// with the FRAM and the DEFI that it carries. `compression`: 0 to 9. What stood at `path` before survives
-/// any failure.
-WriteResult write_mng(DocumentWindow& window, const std::filesystem::path& path, int compression, Host& host);
+/// with the FRAM and the DEFI that it carries.
+WriteResult write_mng(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host);
 
 }  // namespace vellum

@@ -65,21 +65,19 @@ std::vector<std::uint8_t> palette_out(const ChunkList& list, std::size_t entry, 
   return palette;
 }
 
-bool write_file(const std::filesystem::path& path, const PngForm& form, const OrderedChunks& ordered,
+bool write_file(const Sink& sink, const PngForm& form, const OrderedChunks& ordered,
                 std::span<const std::uint8_t> stream, Host& host) {
-  SafeFile file(path);
   const std::span<const ChunkOut> chunks = ordered.chunks;
   const bool written =
-      file.ok() && begin_png(file, form.header) && write_chunks(file, chunks.first(ordered.beforeImage)) &&
-      write_image_data(file, stream) && write_chunks(file, chunks.subspan(ordered.beforeImage)) &&
-      write_chunk(file, tag::IEND, {}) && file.commit();
-  return written || host.fail({FaultKind::Limit, 0, -1, -1, file.reason()});
+      begin_png(sink, form.header) && write_chunks(sink, chunks.first(ordered.beforeImage)) &&
+      write_image_data(sink, stream) && write_chunks(sink, chunks.subspan(ordered.beforeImage)) &&
+      write_chunk(sink, tag::IEND, {}) && sink.finish();
+  return written || host.fail({FaultKind::Limit, 0, -1, -1, sink.reason()});
 }
 
 }  // namespace
 
-WriteResult write_png(DocumentWindow& window, const std::filesystem::path& path, int compression,
-                      Host& host) {
+WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host) {
   const auto refuse = [&](StringId message) {
     host.show(message, StringId::ErrorWritingFile);
     return WriteResult::Refused;
@@ -104,7 +102,7 @@ WriteResult write_png(DocumentWindow& window, const std::filesystem::path& path,
   const PngForm form = png_form(picture, wanted, chunk_find_palette(window.list, palette));
   if (!form.picture) return fail("memory is exhausted");
   const auto stream =
-      png_encode(form.header, form.picture, compression, deep_transparency_key(window.list, wanted));
+      png_encode(form.header, form.picture, options.compression, deep_transparency_key(window.list, wanted));
   if (stream.empty()) return fail("the image can't be compressed");
   progress.step(image_entry, window.list.size());
 
@@ -116,9 +114,10 @@ WriteResult write_png(DocumentWindow& window, const std::filesystem::path& path,
   const auto colors = palette_entry == kNoEntry ? std::span<const std::uint8_t>()
                                                 : raw_payload(window.list.record(palette_entry));
   request.fromPalette.assign(colors.begin(), colors.end());
-  request.level = compression;
+  request.level = options.compression;
+  request.updateTime = options.updateTime;
   const OrderedChunks ordered = in_order(chunks_out(window.list, request, notes), image_entry, palette_entry);
-  if (!write_file(path, form, ordered, stream, host)) return WriteResult::Failed;
+  if (!write_file(sink, form, ordered, stream, host)) return WriteResult::Failed;
   take_over_written(window, ordered.chunks);
   take_over_header(window, header_entry, form.header);
   tell_notes(host, notes);

@@ -1,9 +1,9 @@
 // Writers of PNG and animated PNG files.
 #pragma once
 
-#include <filesystem>
-
+#include "base/file.h"
 #include "base/host.h"
+#include "core/files/save_options.h"
 #include "core/model/document.h"
 
 namespace vellum {
@@ -14,11 +14,10 @@ enum class WriteResult {
   Refused,  ///< the user has been told why already
 };
 
-/// Writes the list of a PING document. `compression`: 0 to 9. The header record follows where it had to
-/// change to hold its picture; times are refreshed. What stood at `path` before survives any failure.
-WriteResult write_png(DocumentWindow& window, const std::filesystem::path& path, int compression, Host& host);
+/// Writes the list of a PING document. The header record follows where it had to change to hold its picture;
+/// times are refreshed. The list is as it was where the sink fails.
+WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host);
 /// The same for an APNG document.
-WriteResult write_apng(DocumentWindow& window, const std::filesystem::path& path, int compression,
-                       Host& host);
+WriteResult write_apng(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host);
 
 }  // namespace vellum

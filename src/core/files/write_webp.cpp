@@ -1,8 +1,9 @@
 #include "core/files/write_webp.h"
 
-#include "base/file.h"
+#include <set>
+
 #include "core/build/convert_records.h"
-#include "core/settings.h"
+#include "core/chunks/chunk_policy.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/webp_service.h"
@@ -16,9 +17,9 @@ constexpr std::uint32_t kMostPixels = 16383;  // of a canvas in either direction
 struct WebpSaving {
   const DocumentWindow& window;
   Host& host;
-  int quality;
+  const SaveOptions& options;
+  std::vector<WebpExtra> extras{};  ///< chunks beside the images; they refer to the list
 
-  bool lossless() const { return settings::WEBPLossless != 0; }
   std::vector<std::uint8_t> fail(const char* reason, FaultKind kind = FaultKind::Misuse) const {
     host.fail({kind, 0, -1, -1, reason});
     return {};
@@ -33,7 +34,9 @@ std::vector<std::uint8_t> make_still(const WebpSaving& saving) {
   if (!has_rows(picture)) return saving.fail("the image has lost its picture");
   if (std::max(picture.width(), picture.height()) > kMostPixels)
     return saving.fail("the image is wider or higher than 16383 pixels");
-  auto file = encode_webp_still(picture, saving.lossless(), saving.quality);
+  auto file = encode_webp_still(picture, saving.options.webpLossless, saving.options.webpQuality);
+  if (!file.empty())
+    file = webp_file({picture.width(), picture.height(), false, 0, 0, {{.still = file}}, saving.extras});
   return file.empty() ? saving.fail("the image can't be compressed", FaultKind::Limit) : file;
 }
 
@@ -95,34 +98,57 @@ std::vector<std::uint8_t> make_animation(const WebpSaving& saving, std::size_t i
   if (header.canvasWidth == 0 || header.canvasHeight == 0) return saving.fail("the canvas has no pixels");
   if (std::max(header.canvasWidth, header.canvasHeight) > kMostPixels)
     return saving.fail("the canvas is wider or higher than 16383 pixels");
-  const WebpParameters parameters{
-      header.canvasWidth,     header.canvasHeight, header.loopCount, static_cast<std::uint32_t>(images),
-      header.backgroundColor, saving.lossless(),   saving.quality,   settings::WebPAllowMixed != 0};
+  const WebpParameters parameters{header.canvasWidth,
+                                  header.canvasHeight,
+                                  header.loopCount,
+                                  static_cast<std::uint32_t>(images),
+                                  header.backgroundColor,
+                                  saving.options.webpLossless,
+                                  saving.options.webpQuality,
+                                  saving.options.webpMixed,
+                                  saving.extras};
   FrameSource source(saving, parameters);
   auto file = WEBPWriteAnimation(parameters, [&](WebpFrameRequest& request) { return source(request); });
   return file.empty() ? saving.fail("a frame can't be compressed", FaultKind::Limit) : file;
 }
 
-WriteResult write_file(const WebpSaving& saving, const std::filesystem::path& path) {
+/// The entries that are no image, and how many images stand in front of each.
+void gather_extras(WebpSaving& saving) {
+  const ChunkList& list = saving.window.list;
+  std::set<ChunkTag> seen;
+  std::size_t images = 0;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const ChunkRecord& record = list.record(i);
+    images += record.tag == tag::WEBI;
+    if (record.tag == tag::WEBI || record.tag == tag::WEBH) continue;
+    const auto payload = raw_payload(record);
+    const bool again = stands_once(record.tag, DocumentKind::WEBP) && !seen.insert(record.tag).second;
+    if (again || !is_valid_chunk(record.tag, payload, {}, DocumentKind::WEBP))
+      saving.host.add_note(mending_note(Mending::LeftOut, record.tag, i));
+    else
+      saving.extras.push_back({record.tag, payload, images});
+  }
+}
+
+WriteResult write_file(WebpSaving saving, const Sink& sink) {
+  gather_extras(saving);
   const std::size_t images = chunk_count_images(saving.window.list, DocumentKind::WEBP);
   const auto bytes = images == 0   ? saving.fail("there is no image in this document")
                      : images == 1 ? make_still(saving)
                                    : make_animation(saving, images);
   if (bytes.empty()) return WriteResult::Failed;
-  SafeFile file(path);
-  if (file.ok() && file.write(bytes) && file.commit()) return WriteResult::Done;
-  saving.fail(file.reason().c_str(), FaultKind::Limit);
+  if (sink.write(bytes) && sink.finish()) return WriteResult::Done;
+  saving.fail(sink.reason().c_str(), FaultKind::Limit);
   return WriteResult::Failed;
 }
 
 }  // namespace
 
-WriteResult write_webp(const DocumentWindow& window, const std::filesystem::path& path, int quality,
-                       Host& host) {
-  if (window.document.kind == DocumentKind::WEBP) return write_file({window, host, quality}, path);
+WriteResult write_webp(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host) {
+  if (window.document.kind == DocumentKind::WEBP) return write_file({window, host, options}, sink);
   DocumentWindow converted;
   if (!convert_document(window, converted, DocumentKind::WEBP, host)) return WriteResult::Failed;
-  return write_file({converted, host, quality}, path);
+  return write_file({converted, host, options}, sink);
 }
 
 }  // namespace vellum

@@ -8,7 +8,7 @@ std::string tag_letters(ChunkTag tag) {
   std::uint8_t bytes[4];
   write_be32(bytes, tag);
   std::string letters;
-  for (const std::uint8_t byte : bytes) letters += byte > 32 && byte < 127 ? static_cast<char>(byte) : '?';
+  for (const std::uint8_t byte : bytes) letters += byte >= 32 && byte < 127 ? static_cast<char>(byte) : '?';
   return letters;
 }
 

@@ -34,6 +34,10 @@ inline constexpr ChunkTag MHDR = make_tag("MHDR"), MEND = make_tag("MEND"), TERM
                           BACK = make_tag("BACK"), LOOP = make_tag("LOOP"), ENDL = make_tag("ENDL"),
                           FRAM = make_tag("FRAM"), DEFI = make_tag("DEFI"), MOVE = make_tag("MOVE"),
                           SHOW = make_tag("SHOW");
+// MNG 1.0: what begins an image that is not understood.
+inline constexpr ChunkTag JHDR = make_tag("JHDR"), DHDR = make_tag("DHDR"), BASI = make_tag("BASI");
+// WebP container: color profile, camera data and XMP beside the images.
+inline constexpr ChunkTag ICCP = make_tag("ICCP"), EXIF = make_tag("EXIF"), XMP = make_tag("XMP ");
 // Internal: an image of an MNG, the header and a frame of a WebP.
 inline constexpr ChunkTag PNGI = make_tag("PNGI"), WEBH = make_tag("WEBH"), WEBI = make_tag("WEBI");
 
@@ -74,6 +78,11 @@ constexpr bool is_image_entry(DocumentKind kind, ChunkTag tag) {
 /// The tag of a new image entry of this kind.
 constexpr ChunkTag image_tag(DocumentKind kind) {
   return kind == DocumentKind::MING ? tag::PNGI : kind == DocumentKind::WEBP ? tag::WEBI : tag::IDAT;
+}
+
+/// Whether a tag of an MNG begins a JNG or delta image, all of whose chunks, up to IEND, stay raw.
+constexpr bool begins_opaque_image(ChunkTag tag) {
+  return tag == tag::JHDR || tag == tag::DHDR || tag == tag::BASI;
 }
 
 /// Whether documents of this kind hold several images over time.

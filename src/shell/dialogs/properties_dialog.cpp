@@ -280,18 +280,18 @@ void PropertiesDialog::start_measuring() {
   DocumentWindow copy;
   copy.document = window_.document;
   copy.list = window_.list;
-  QThreadPool::globalInstance()->start(
-      [copy = std::move(copy), stopped = stopped_, dialog = QPointer<PropertiesDialog>(this)] {
-        Host host;
-        host.stop_requested = [stopped] { return stopped->load(); };
-        const auto size = size_when_written(copy, host);
-        QMetaObject::invokeMethod(
-            qApp,
-            [dialog, size, stopped] {
-              if (dialog && !stopped->load()) dialog->take_size(size);
-            },
-            Qt::QueuedConnection);
-      });
+  QThreadPool::globalInstance()->start([copy = std::move(copy), options = save_options(), stopped = stopped_,
+                                        dialog = QPointer<PropertiesDialog>(this)] {
+    Host host;
+    host.stop_requested = [stopped] { return stopped->load(); };
+    const auto size = size_when_written(copy, options, host);
+    QMetaObject::invokeMethod(
+        qApp,
+        [dialog, size, stopped] {
+          if (dialog && !stopped->load()) dialog->take_size(size);
+        },
+        Qt::QueuedConnection);
+  });
 }
 
 void PropertiesDialog::stop_measuring() {
