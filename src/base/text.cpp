@@ -63,6 +63,26 @@ std::string latin1_from_utf8(std::string_view utf8) {
   return text;
 }
 
+bool is_utf8(std::string_view bytes) {
+  const auto at = [&](std::size_t i) { return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0u; };
+  for (std::size_t i = 0; i < bytes.size();) {
+    const unsigned first = at(i), second = at(i + 1);
+    const std::size_t more = first < 0x80   ? 0
+                             : first < 0xC2 ? 4
+                             : first < 0xE0 ? 1
+                             : first < 0xF0 ? 2
+                             : first < 0xF5 ? 3
+                                            : 4;
+    const unsigned least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+    const unsigned most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+    if (more == 4 || (more > 0 && (second < least || second > most))) return false;
+    for (std::size_t k = 2; k <= more; ++k)
+      if ((at(i + k) & 0xC0) != 0x80) return false;
+    i += 1 + more;
+  }
+  return true;
+}
+
 std::string cut_utf8(std::string text, std::size_t bytes) {
   if (text.size() <= bytes) return text;
   while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;

@@ -19,6 +19,9 @@ std::string utf8_from_latin1(std::string_view latin1);
 /// UTF-8 as Latin-1; characters that it does not have become "?".
 std::string latin1_from_utf8(std::string_view utf8);
 
+/// Whether the bytes are UTF-8 (RFC 3629: no overlong forms, no surrogates).
+bool is_utf8(std::string_view bytes);
+
 /// `text` cut to at most `bytes` bytes at a character boundary of UTF-8.
 std::string cut_utf8(std::string text, std::size_t bytes);
 

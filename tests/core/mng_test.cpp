@@ -142,6 +142,7 @@ TEST_F(Mng, BlocksStayInForceUntilOthersReplaceThem) {
     EXPECT_EQ(record.flags, std::uint32_t{CRF_IHDR | CRF_IDAT | CRF_FRAM | CRF_DEFI});
     EXPECT_EQ(from_file_order(record.image->framBlock.interframeDelay), 50u);
     EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 1000), 50u);
+    EXPECT_EQ(&*record.image == &*window.list.record(1).image, i < 3) << "equal blocks lie in memory once";
   }
   EXPECT_EQ(GetFrameOffset(window.list.record(2), DocumentKind::MING).y, -1);
   EXPECT_EQ(window.list.record(3).image->defiBytes, 4u) << "no position";
@@ -259,6 +260,23 @@ TEST_F(Mng, TheIdentityCommentIsWrittenOnce) {
   ASSERT_TRUE(open_document(again, file_, recorder_.host));
   ASSERT_TRUE(save_document(again, file_, recorder_.host));
   EXPECT_EQ(file_bytes(file_), once);
+}
+
+TEST_F(Mng, TheIdentityFileIsUtf8OrLatin1AndItsStartCounts) {
+  settings::IdentifyFiles = 1;
+  settings::IdentificationFile = folder_ / "me.txt";
+  const std::string filler(2 << 20, 'x');
+  const std::pair<std::string, std::string> cases[] = {
+      {"\u00fc", "\xFC"}, {"\xFC", "\xFC"}, {"\u4e2d", "\u4e2d"}};
+  for (const auto& [name, written] : cases) {
+    std::ofstream(settings::IdentificationFile) << name << filler;
+    DocumentWindow window;
+    ASSERT_TRUE(read(window, joined({image(2)})));
+    const ChunkText comment = saved(window)[1];
+    EXPECT_EQ(comment.tag, name == "\u4e2d" ? "iTXt" : "tEXt");
+    EXPECT_NE(comment.payload.find("by\r\n" + written + "xxx"), std::string::npos) << name;
+    EXPECT_EQ(std::ranges::count(comment.payload, 'x'), 16'383 - static_cast<std::ptrdiff_t>(name.size()));
+  }
 }
 
 TEST_F(Mng, AnImageGoesOutInTheFormOfItsHeader) {

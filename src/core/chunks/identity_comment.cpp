@@ -12,18 +12,25 @@ namespace vellum {
 namespace {
 
 constexpr std::size_t kFileLimit = 16'383;
-constexpr std::string_view kKeyword("Comment\0", 8);
 
-/// These bytes as a text of the format: line ends as CR LF, tabs as blanks, no other control
-/// characters.
-std::string plain_text(std::span<const std::uint8_t> bytes) {
+/// The bytes as UTF-8. A character that the limit cut is dropped.
+std::string utf8_of(std::span<const std::uint8_t> bytes) {
+  constexpr std::size_t kLongestCut = 3;
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  for (std::size_t cut = 0; cut <= std::min(kLongestCut, text.size()); ++cut)
+    if (is_utf8(text.substr(0, text.size() - cut))) return std::string(text.substr(0, text.size() - cut));
+  return utf8_from_latin1(text);
+}
+
+/// As a text of the format: line ends as CR LF, tabs as blanks, no other control characters.
+std::string plain_text(std::string_view utf8) {
   std::string text;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    const std::uint8_t byte = bytes[i];
-    const bool pair = byte == '\n' && i > 0 && bytes[i - 1] == '\r';
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(utf8[i]);
+    const bool pair = byte == '\n' && i > 0 && utf8[i - 1] == '\r';
     if ((byte == '\r' || byte == '\n') && !pair) text += "\r\n";
     if (byte == '\t') text += ' ';
-    if (byte >= 32 && byte != 127) text += static_cast<char>(byte);
+    if (byte >= 32 && byte != 127) text += utf8[i];
   }
   return text;
 }
@@ -42,29 +49,27 @@ std::string identity_text(const std::filesystem::path& path) {
   std::string text = "FILE IDENTITY\r\nCreated or modified by\r\n";
   std::string reason;
   const auto file = path.empty() ? std::nullopt : read_start(path, reason, kFileLimit);
-  text += file ? plain_text(*file) : latin1_from_utf8(account_name());
+  text += file ? plain_text(utf8_of(*file)) : account_name();
   if (!text.ends_with("\r\n")) text += "\r\n";
   return text + "Vellumcraft 15\r\n";
 }
 
 /// Whether the text behind the keyword is this one, byte for byte.
-bool has_text(const ChunkRecord& record, std::string_view text) {
-  const auto raw = raw_payload(record);
-  const std::string_view bytes(reinterpret_cast<const char*>(raw.data()), raw.size());
-  const auto nul = bytes.find('\0');
-  return record.tag == tag::tEXt && nul != std::string_view::npos && bytes.substr(nul + 1) == text;
+bool says_the_same(const ChunkRecord& record, const TextPayload& comment) {
+  const auto behind_keyword = [](std::span<const std::uint8_t> payload) {
+    return std::span(std::ranges::find(payload, std::uint8_t{0}), payload.end());
+  };
+  return record.tag == comment.tag &&
+         std::ranges::equal(behind_keyword(raw_payload(record)), behind_keyword(comment.payload));
 }
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> identity_comment(const ChunkList& list,
-                                                          const std::filesystem::path& file) {
-  const std::string text = identity_text(file);
+std::optional<TextPayload> identity_comment(const ChunkList& list, const std::filesystem::path& file) {
+  const TextPayload comment = text_payload("Comment", identity_text(file));
   for (std::size_t i = 0; i < list.size(); ++i)
-    if (has_text(list.record(i), text)) return std::nullopt;
-  std::vector<std::uint8_t> payload(kKeyword.begin(), kKeyword.end());
-  payload.insert(payload.end(), text.begin(), text.end());
-  return payload;
+    if (says_the_same(list.record(i), comment)) return std::nullopt;
+  return comment;
 }
 
 }  // namespace vellum

@@ -5,13 +5,15 @@
 #include <optional>
 #include <vector>
 
+#include "core/chunks/text_chunk.h"
 #include "core/model/chunk_list.h"
 
 namespace vellum {
 
-/// The payload of a tEXt chunk, keyword "Comment", that names the account (or holds the text of
-/// `file`, where a name is given) and the program. Nothing when the list has a tEXt with the very same text.
-std::optional<std::vector<std::uint8_t>> identity_comment(const ChunkList& list,
-                                                          const std::filesystem::path& file);
+/// A tEXt chunk, keyword "Comment", or an iTXt where Latin-1 has not all of its characters, that names the
+/// account (or holds the text of `file`, where a name is given) and the program. Nothing when the list has
+/// one with the very same text. The file's first 16,383 bytes are read, as UTF-8 or, where they are none, as
+/// Latin-1.
+std::optional<TextPayload> identity_comment(const ChunkList& list, const std::filesystem::path& file);
 
 }  // namespace vellum

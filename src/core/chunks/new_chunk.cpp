@@ -5,6 +5,7 @@
 
 #include "base/byte_order.h"
 #include "base/text.h"
+#include "core/chunks/text_chunk.h"
 #include "core/model/chunk_list.h"
 #include "core/model/clock.h"
 #include "core/model/record_picture.h"
@@ -124,7 +125,12 @@ bool put_text(ChunkRecord& record, std::string_view keyword, std::string_view la
                      kSpareTextBytes);
 }
 
-bool make_text(const Making& making) { return put_text(making.record, "Comment", settings::ForRent); }
+/// A text that Latin-1 has not all characters of is an iTXt, whatever was asked for.
+bool make_text(const Making& making) {
+  const TextPayload text = text_payload("Comment", settings::ForRent);
+  if (text.tag == tag::iTXt) making.record.tag = tag::iTXt;
+  return put_payload(making.record, text.payload, kSpareTextBytes);
+}
 
 bool make_time(const Making& making) { return making.payload(local_time_payload()); }
 

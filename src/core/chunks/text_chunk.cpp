@@ -86,6 +86,14 @@ bool write_text_chunk(ChunkRecord& record, const TextChunk& text) {
   return put_payload(record, as_bytes(payload));
 }
 
+TextPayload text_payload(std::string_view keyword, std::string_view text) {
+  const bool latin1 = !first_beyond_latin1(text);
+  std::string payload(keyword);
+  payload.append(latin1 ? 1 : 5, '\0');  // iTXt: flag, method, and two empty texts
+  payload += latin1 ? latin1_from_utf8(text) : std::string(text);
+  return {latin1 ? tag::tEXt : tag::iTXt, {payload.begin(), payload.end()}};
+}
+
 std::size_t deflated_text_bytes(const TextChunk& text, bool latin1) {
   const std::string content = with_line_feeds(text.text);
   return deflate_bytes(as_bytes(latin1 ? latin1_from_utf8(content) : content), kTextLevel).size();

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/model/chunk_record.h"
 
@@ -21,6 +22,14 @@ std::optional<TextChunk> read_text_chunk(const ChunkRecord& record);
 /// Makes the payload anew. A tEXt or zTXt becomes the other as `compressed` says; characters that Latin-1
 /// lacks become "?". False when memory is exhausted.
 bool write_text_chunk(ChunkRecord& record, const TextChunk& text);
+
+/// A chunk of a text as it stands, line ends too.
+struct TextPayload {
+  ChunkTag tag = 0;
+  std::vector<std::uint8_t> payload;
+};
+/// A tEXt, or an iTXt where Latin-1 has not all characters. The keyword is ASCII, the text UTF-8.
+TextPayload text_payload(std::string_view keyword, std::string_view text);
 
 /// Bytes of the text as it would be deflated.
 std::size_t deflated_text_bytes(const TextChunk& text, bool latin1);

@@ -54,6 +54,7 @@ struct MngReading {
 
   Palette lastPalette{};  ///< of the last PLTE, wherever it stood
   std::uint32_t lastPaletteBytes = 0;
+  CopyOnWrite<EmbeddedImage> lastImage{};  ///< of the image that ended last
   std::size_t textBudget = kMaximumTextBytesOfFile;
   std::set<ChunkTag> dropped{};  ///< what stood inside images and is not kept
 
@@ -184,6 +185,9 @@ bool close_image(MngReading& reading, const StreamChunk& chunk) {
     return reading.fail(chunk, "an image ends that has no data");
   const StreamChunk& header = *reading.open->header;
   ChunkRecord record = reading.open->record;
+  // Most images carry the very same blocks, which then lie in memory once.
+  if (*record.image == *reading.lastImage) record.image = reading.lastImage;
+  reading.lastImage = record.image;
   if (!reading.add(std::move(record), header)) return false;
   reading.items.back().image = std::move(reading.open);
   return true;

@@ -202,9 +202,10 @@ bool write_file(const Sink& sink, const Saving& saving, const ChunkRecord& heade
                 Host& host) {
   const auto comment =
       options.identify ? identity_comment(saving.list, options.identificationFile) : std::nullopt;
-  const bool written =
-      sink.write(kMngSignature) && write_chunk(sink, tag::MHDR, mng_header_payload(header)) &&
-      (!comment || write_chunk(sink, tag::tEXt, *comment)) && write_entries(sink, saving) && sink.finish();
+  const bool written = sink.write(kMngSignature) &&
+                       write_chunk(sink, tag::MHDR, mng_header_payload(header)) &&
+                       (!comment || write_chunk(sink, comment->tag, comment->payload)) &&
+                       write_entries(sink, saving) && sink.finish();
   return written || host.fail({FaultKind::Limit, 0, -1, -1, sink.reason()});
 }
 

@@ -36,6 +36,7 @@ struct FramBlock {
   std::uint8_t clipType = 0;
   std::uint32_t clipLeft = 0, clipRight = 0, clipTop = 0, clipBottom = 0;
   std::uint8_t syncByte = 0;
+  bool operator==(const FramBlock&) const = default;
 };
 
 /// The first 28 bytes of a DEFI chunk (MNG 1.0, "DEFI"), in the byte order of the file.
@@ -43,6 +44,7 @@ struct DefiBlock {
   std::uint16_t objectId = 0;
   std::uint8_t doNotShow = 0, concreteFlag = 0;
   std::int32_t xLocation = 0, yLocation = 0, clipLeft = 0, clipRight = 0, clipTop = 0, clipBottom = 0;
+  bool operator==(const DefiBlock&) const = default;
 };
 
 /// fcTL of an animated PNG's frame, in host order.
@@ -80,6 +82,7 @@ struct EmbeddedImage {
   FramBlock framBlock;
   DefiBlock defiBlock;
   std::uint32_t defiBytes = 0;  ///< length of the DEFI folded in; 5 or more: its location fields are there
+  bool operator==(const EmbeddedImage&) const = default;
 };
 
 /// One layout for all kinds of chunks, copied as a whole by assignment; the groups that a kind does not use
