@@ -10,6 +10,9 @@
 
 namespace vellum {
 
+/// Pixels of a canvas or frame in either direction (VP8 data format).
+inline constexpr std::uint32_t kMostWebpPixels = 16383;
+
 /// One chunk as it lies in the file; the tag is the big-endian number of its four letters.
 struct WebpChunk {
   std::uint32_t tag = 0;

@@ -19,7 +19,6 @@ namespace {
 /// Bounds of the container's fields: 16 bits, 24 bits, 14 bits plus one.
 constexpr std::uint32_t kMostLoops = 65535;
 constexpr std::int64_t kMostMilliseconds = 16'777'215;
-constexpr std::uint32_t kMostPixels = 16383;
 /// Effort of lossless frames. The most that there is makes files 2 to 3 % smaller, and takes three times as
 /// long.
 constexpr int kLosslessQuality = 50, kLosslessMethod = 3;
@@ -189,7 +188,8 @@ std::vector<std::uint8_t> AnimationWriter::assemble() const {
 
 std::vector<std::uint8_t> WEBPWriteAnimation(const WebpParameters& parameters,
                                              const std::function<bool(WebpFrameRequest&)>& next) {
-  if (std::max(parameters.canvasWidth, parameters.canvasHeight) > kMostPixels || parameters.frameCount == 0)
+  if (std::max(parameters.canvasWidth, parameters.canvasHeight) > kMostWebpPixels ||
+      parameters.frameCount == 0)
     return {};
   AnimationWriter writer(parameters, next);
   return writer.encode() ? writer.assemble() : std::vector<std::uint8_t>();

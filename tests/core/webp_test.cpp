@@ -11,6 +11,7 @@
 #include "core/files/save_document.h"
 #include "core/model/frame_values.h"
 #include "core/settings.h"
+#include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "image/webp_service.h"
 #include "support/corpus.h"
@@ -636,6 +637,38 @@ TEST_F(WebpHostile, OtherContentIsNamed) {
     EXPECT_FALSE(open_document(window, file_, recorder.host));
     ASSERT_EQ(recorder.messages.size(), 1u);
     EXPECT_NE(recorder.messages[0].find(c.told), std::string::npos) << recorder.messages[0];
+  }
+}
+
+TEST_F(WebpHostile, OtherNamesAreReadByContentAndPicturesAreOffered) {
+  Recorder recorder;
+  for (const DocumentKind kind :
+       {DocumentKind::PING, DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP}) {
+    DocumentWindow window = testing::small_document(kind, 1), again;
+    ASSERT_TRUE(save_document(window, folder_ / testing::kFileNames.at(kind), recorder.host));
+    fs::rename(folder_ / testing::kFileNames.at(kind), folder_ / "a.apng");
+    EXPECT_TRUE(open_document(again, folder_ / "a.apng", recorder.host));
+    EXPECT_EQ(again.document.kind, kind);
+  }
+  const Picture picture = testing::small_picture(5, 3, 8);
+  for (const char* name : {"a.gif", "a.bmp"}) {
+    ASSERT_TRUE(GraphicFileWrite((folder_ / name).string(), picture));
+    DocumentWindow refused, declined, window;
+    EXPECT_FALSE(open_document(refused, folder_ / name, recorder.host));
+    EXPECT_EQ(recorder.messages.back().find("corrupted"), std::string::npos) << recorder.messages.back();
+    std::size_t answer = 1;
+    recorder.host.choose = [&](Choice& choice) {
+      choice.chosen = answer;
+      return true;
+    };
+    EXPECT_FALSE(open_document(declined, folder_ / name, recorder.host));
+    answer = 0;
+    ASSERT_TRUE(open_document(window, folder_ / name, recorder.host));
+    recorder.host.choose = {};
+    EXPECT_FALSE(window.document.HasFileName);
+    EXPECT_TRUE(window.document.dirty);
+    EXPECT_EQ(window.document.fileName, folder_ / "a.png");
+    EXPECT_EQ(testing::rgba_of(window, testing::images_of(window)[0]), testing::rgba_of(window, picture));
   }
 }
 

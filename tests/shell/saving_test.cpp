@@ -24,15 +24,11 @@ TEST(Saving, NamesGetTheExtensionOfTheirKind) {
     const char* expected;
   };
   constexpr Case cases[] = {
-      {"a.png", DocumentKind::PING, "a.png"},
-      {"a.PNG", DocumentKind::APNG, "a.PNG"},
-      {"a.apng", DocumentKind::APNG, "a.png"},
-      {"a.webp", DocumentKind::PING, "a.png"},
-      {"a", DocumentKind::PING, "a.png"},
-      {"a.v2", DocumentKind::PING, "a.v2.png"},
-      {"a.png", DocumentKind::MING, "a.mng"},
-      {"a.mng", DocumentKind::WEBP, "a.webp"},
-      {"/x.mng/a", DocumentKind::APNG, "/x.mng/a.png"},
+      {"a.png", DocumentKind::PING, "a.png"},   {"a.PNG", DocumentKind::APNG, "a.PNG"},
+      {"a.apng", DocumentKind::APNG, "a.apng"}, {"a.apng", DocumentKind::PING, "a.png"},
+      {"a.webp", DocumentKind::PING, "a.png"},  {"a", DocumentKind::PING, "a.png"},
+      {"a.v2", DocumentKind::PING, "a.v2.png"}, {"a.png", DocumentKind::MING, "a.mng"},
+      {"a.mng", DocumentKind::WEBP, "a.webp"},  {"/x.mng/a", DocumentKind::APNG, "/x.mng/a.png"},
   };
   for (const Case& c : cases) EXPECT_EQ(with_kind_extension(c.name, c.kind), c.expected) << c.name;
 }
@@ -42,7 +38,7 @@ TEST(FileDialogs, OfferEachFormatInSmallAndCapitalLetters) {
   ASSERT_EQ(filters.size(), 4);
   for (const char* extension : {"png", "PNG", "mng", "MNG", "webp", "WEBP"})
     EXPECT_TRUE(filters.front().contains(QStringLiteral("*.%1").arg(QLatin1String(extension)))) << extension;
-  EXPECT_EQ(filters[1].toStdString(), "PNG (*.png *.PNG)");
+  EXPECT_EQ(filters[1].toStdString(), "PNG (*.png *.PNG *.apng *.APNG)");
 }
 
 class SavingTest : public ::testing::Test {

@@ -1,11 +1,12 @@
 // Fields of the header and the frames of WebP files.
 #include "base/limits.h"
 #include "core/chunks/chunk_field_sets.h"
+#include "image/webp_container.h"
 
 namespace vellum {
 namespace {
 
-constexpr std::int64_t kMostCanvas = 16383;    // of the lossy coder
+constexpr std::int64_t kMostCanvas = kMostWebpPixels;
 constexpr std::int64_t kMostDelay = 0xFFFFFF;  // ms; 24 bits in the file
 
 template <auto Member>

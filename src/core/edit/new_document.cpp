@@ -1,4 +1,5 @@
 #include "core/edit/new_document.h"
+#include "image/webp_container.h"
 
 #include <algorithm>
 
@@ -18,7 +19,6 @@ namespace {
 
 constexpr std::uint32_t kMostPlays = 0x7FFFFFFF;  // 31 bits, as all counts of PNG and MNG
 constexpr std::uint32_t kMostWebpPlays = 0xFFFF;
-constexpr std::uint32_t kMostWebpPixels = 16'383;
 
 /// A document that is being made.
 struct Making {

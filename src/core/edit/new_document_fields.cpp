@@ -1,13 +1,15 @@
 #include "core/edit/new_document_fields.h"
 
+#include <algorithm>
+
 #include "core/chunks/chunk_field_sets.h"
-#include "core/model/tags.h"
+#include "core/model/kind_table.h"
 #include "core/settings.h"
 
 namespace vellum {
 namespace {
 
-constexpr std::int64_t kMostPixels = 1'000'000, kMostWebpPixels = 16'383;
+constexpr std::int64_t kMostPixels = 1'000'000;
 
 void add_png_fields(std::vector<Field>& fields, DocumentKind kind) {
   fields.push_back(choice_field("colorType", "Color type", color_types()));
@@ -37,7 +39,7 @@ void take(const FieldValues& values, const char* name, Number& number) {
 }  // namespace
 
 std::vector<Field> new_document_fields(DocumentKind kind) {
-  const std::int64_t most = kind == DocumentKind::WEBP ? kMostWebpPixels : kMostPixels;
+  const std::int64_t most = std::min(kind_row(kind).mostPixels, kMostPixels);
   std::vector<Field> fields = {whole_field("width", "Width", 1, most),
                                whole_field("height", "Height", 1, most)};
   if (kind == DocumentKind::PING || kind == DocumentKind::APNG) add_png_fields(fields, kind);

@@ -1,83 +1,104 @@
 #include "core/files/open_document.h"
 
 #include <algorithm>
-#include <array>
 
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "core/build/convert_records.h"
 #include "core/files/read_mng.h"
 #include "core/files/read_png.h"
 #include "core/files/read_webp.h"
+#include "core/model/kind_table.h"
 #include "core/settings.h"
+#include "image/graphic_file.h"
 
 namespace vellum {
 namespace {
 
 using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&);
 
-/// Who reads files of an extension.
+/// Who reads files of a kind. A PNG tells by itself whether it is an animation.
 struct ReaderRow {
-  std::string_view extension;  ///< with its dot, in any case
+  DocumentKind kind;
   Reader reader;
 };
 
 constexpr ReaderRow kReaders[] = {
-    {".mng", read_mng},
-    {".webp", read_webp},
-};
+    {DocumentKind::PING, read_png}, {DocumentKind::MING, read_mng}, {DocumentKind::WEBP, read_webp}};
 
-/// The extension alone picks the reader; every other one means PNG.
-Reader reader_for(const std::filesystem::path& path) {
-  for (const ReaderRow& row : kReaders)
-    if (equal_ignoring_case(path.extension().native(), row.extension)) return row.reader;
-  return read_png;
-}
+using namespace std::string_view_literals;
 
-/// What the first bytes of a file tell: `size` bytes at `offset` are `bytes`.
+/// What the first bytes of a file tell: `bytes` lie at `offset`, for RIFF forms behind its head.
 struct ContentRow {
   std::size_t offset;
   std::string_view bytes;
   std::string_view name;  ///< with its article
-  bool picture;           ///< a format that is inserted as an image and not opened
-  Reader reader;          ///< who reads it; null: nobody
+  DocumentKind kind;      ///< None: no document
 };
 
-using namespace std::string_view_literals;
-
-constexpr ContentRow kContents[] = {
-    {0, "\x89PNG\r\n\x1a\n"sv, "a PNG", false, read_png},
-    {0, "\x8AMNG\r\n\x1a\n"sv, "an MNG", false, read_mng},
-    {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", false, nullptr},
-    {8, "WEBP"sv, "a WebP", false, read_webp},
-    {0, "GIF8"sv, "a GIF", true, nullptr},
-    {0, "\xFF\xD8\xFF"sv, "a JPEG", true, nullptr},
-    {0, "BM"sv, "a BMP", true, nullptr},
-    {0, "\x0A\x05\x01"sv, "a PCX", true, nullptr},
-    {8, "ACON"sv, "an ANI", false, nullptr},
-    {8, "AVI "sv, "an AVI", false, nullptr},
-};
-
-/// What the content is, where it is not what `reader` reads.
-std::string content_text(std::span<const std::uint8_t> file, Reader reader) {
-  const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
-  for (const ContentRow& row : kContents) {
-    const bool riff = row.offset == 0 || bytes.starts_with("RIFF");
-    if (!riff || bytes.size() < row.offset || !bytes.substr(row.offset).starts_with(row.bytes)) continue;
-    if (row.reader == reader) return {};
-    std::string text = with_value(string_text(StringId::ContentIs), row.name);
-    if (row.picture) text.append("\n").append(string_text(StringId::OpenPictureHint));
-    return text;
-  }
-  return {};
+constexpr ContentRow content_of(DocumentKind kind, const KindRow& row, std::string_view name) {
+  return {row.signatureAt, row.signature, name, kind};
 }
 
-bool report_failure(Host& host, std::span<const std::uint8_t> file, Reader reader) {
+/// Files that are read as documents, and others that people take for them.
+const std::vector<ContentRow>& contents() {
+  static const std::vector<ContentRow> rows = {
+      content_of(DocumentKind::PING, kind_row(DocumentKind::PING), "a PNG"),
+      content_of(DocumentKind::MING, kind_row(DocumentKind::MING), "an MNG"),
+      content_of(DocumentKind::WEBP, kind_row(DocumentKind::WEBP), "a WebP"),
+      {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", DocumentKind::None},
+      {0, "GIF8"sv, "a GIF", DocumentKind::None},
+      {0, "\xFF\xD8\xFF"sv, "a JPEG", DocumentKind::None},
+      {0, "BM"sv, "a BMP", DocumentKind::None},
+      {0, "\x0A\x05\x01"sv, "a PCX", DocumentKind::None},
+      {8, "ACON"sv, "an ANI", DocumentKind::None},
+      {8, "AVI "sv, "an AVI", DocumentKind::None},
+  };
+  return rows;
+}
+
+const ContentRow* find_content(std::span<const std::uint8_t> file) {
+  const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
+  for (const ContentRow& row : contents())
+    if ((row.offset == 0 || bytes.starts_with("RIFF")) && bytes.size() >= row.offset &&
+        bytes.substr(row.offset).starts_with(row.bytes))
+      return &row;
+  return nullptr;
+}
+
+/// What a file is read as: by its name where that ends as one of a kind does, else by its content; PNG where
+/// neither tells.
+DocumentKind kind_to_read(const std::filesystem::path& path, const ContentRow* content) {
+  for (const ReaderRow& row : kReaders)
+    if (has_extension_of(path, row.kind)) return row.kind;
+  return content && content->kind != DocumentKind::None ? content->kind : DocumentKind::PING;
+}
+
+bool report_failure(Host& host, const ContentRow* content, DocumentKind kind) {
   std::string more = host.take_fault();
-  const std::string content = content_text(file, reader);
-  if (!more.empty() && !content.empty()) more += '\n';
-  host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, more + content);
+  if (content && content->kind != kind)
+    more += (more.empty() ? "" : "\n") + with_value(string_text(StringId::ContentIs), content->name);
+  host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, more);
   return false;
+}
+
+/// A healthy picture of another format: whoever is asked may have it as the image of a new document.
+bool offer_document(DocumentWindow& window, const Picture& picture, const ContentRow& content, Host& host) {
+  Choice choice{StringId::PictureTitle,
+                StringId::PictureQuestion,
+                {StringId::MakeDocumentOfIt, StringId::CancelAnswer}};
+  if (!host.choose) {
+    host.show(StringId::PictureQuestion, StringId::ErrorReadingFile,
+              with_value(string_text(StringId::ContentIs), content.name));
+    return false;
+  }
+  if (!host.choose(choice) || choice.chosen != 0) return false;
+  DocumentWindow from;
+  from.document.fileName = window.document.fileName;
+  window.document.fileName.replace_extension();
+  window.document.fileName += kind_row(DocumentKind::PING).extensions.front();
+  return make_still(window, from, picture) || report_failure(host, nullptr, DocumentKind::PING);
 }
 
 }  // namespace
@@ -92,14 +113,18 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   Document& document = window.document;
   document.fileName = path;
   document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
-  const Reader reader = reader_for(path);
+  const ContentRow* content = find_content(*file);
+  const DocumentKind kind = kind_to_read(path, content);
+  if (content && content->kind == DocumentKind::None)
+    if (const Picture picture = GraphicFileRead(path.string()); picture)
+      return offer_document(window, picture, *content, host);
   bool read = false;
   try {
-    read = reader(window, *file, host);
+    read = std::ranges::find(kReaders, kind, &ReaderRow::kind)->reader(window, *file, host);
   } catch (const std::bad_alloc&) {
     host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
   }
-  if (!read) return report_failure(host, *file, reader);
+  if (!read) return report_failure(host, content, kind);
   document.HasFileName = true;
   document.dirty = false;
   std::error_code error;

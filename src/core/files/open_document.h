@@ -1,4 +1,4 @@
-// Opening a file: the reader by extension, its message, and what the content really is.
+// Opening a file: which reader, its message, and what the content really is.
 #pragma once
 
 #include "base/host.h"
@@ -6,9 +6,10 @@
 
 namespace vellum {
 
-/// Reads `path` into the window (which is empty). The extension alone picks the reader. On failure the stated
-/// message goes to the host ("Error reading file", with the reason and what the content is below it) and the
-/// window is left for its owner to drop.
+/// Reads `path` into the window (which is empty). The extension picks the reader where it is that of a kind,
+/// else the content. A healthy picture of another format (GIF, JPEG, ...) is offered as the image of a new
+/// document that was never saved. On failure the stated message goes to the host ("Error reading file", with
+/// the reason and what the content is below it) and the window is left for its owner to drop.
 bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host);
 
 }  // namespace vellum

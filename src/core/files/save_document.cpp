@@ -7,6 +7,7 @@
 #include "core/files/write_mng.h"
 #include "core/files/write_png.h"
 #include "core/files/write_webp.h"
+#include "core/model/kind_table.h"
 
 namespace vellum {
 namespace {
@@ -57,7 +58,7 @@ WriteResult write_file(DocumentWindow& window, const fs::path& path, const SaveO
 }  // namespace
 
 DocumentKind written_kind(const fs::path& path, DocumentKind kind) {
-  if (equal_ignoring_case(path.extension().native(), ".webp")) return DocumentKind::WEBP;
+  if (has_extension_of(path, DocumentKind::WEBP)) return DocumentKind::WEBP;
   return kind == DocumentKind::WEBP ? DocumentKind::None : kind;
 }
 

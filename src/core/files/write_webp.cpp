@@ -11,8 +11,6 @@
 namespace vellum {
 namespace {
 
-constexpr std::uint32_t kMostPixels = 16383;  // of a canvas in either direction (WebP container)
-
 /// A save of a WEBP document.
 struct WebpSaving {
   const DocumentWindow& window;
@@ -32,7 +30,7 @@ std::vector<std::uint8_t> make_still(const WebpSaving& saving) {
   if (at == 0) return saving.fail("there is no header in front of the image");
   const Picture picture = picture_of(list.record(at));
   if (!has_rows(picture)) return saving.fail("the image has lost its picture");
-  if (std::max(picture.width(), picture.height()) > kMostPixels)
+  if (std::max(picture.width(), picture.height()) > kMostWebpPixels)
     return saving.fail("the image is wider or higher than 16383 pixels");
   auto file = encode_webp_still(picture, saving.options.webpLossless, saving.options.webpQuality);
   if (!file.empty())
@@ -96,7 +94,7 @@ std::vector<std::uint8_t> make_animation(const WebpSaving& saving, std::size_t i
     return saving.fail("the document has no header");
   const WebpHeaderFields& header = record.webpHeader;
   if (header.canvasWidth == 0 || header.canvasHeight == 0) return saving.fail("the canvas has no pixels");
-  if (std::max(header.canvasWidth, header.canvasHeight) > kMostPixels)
+  if (std::max(header.canvasWidth, header.canvasHeight) > kMostWebpPixels)
     return saving.fail("the canvas is wider or higher than 16383 pixels");
   const WebpParameters parameters{header.canvasWidth,
                                   header.canvasHeight,

@@ -6,6 +6,7 @@
 #include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
 #include "core/model/frame_values.h"
+#include "core/model/kind_table.h"
 #include "core/settings.h"
 
 namespace vellum {
@@ -20,9 +21,6 @@ struct Reach {
   }
   bool fits(std::int64_t most) const { return width > 0 && height > 0 && width <= most && height <= most; }
 };
-
-constexpr std::int64_t kMaximumPngExtent = 2'147'483'647;
-constexpr std::int64_t kMaximumWebpExtent = 16'383;
 
 Reach reach_of_apng(const ChunkList& list, const Document& document) {
   Reach reach;
@@ -67,19 +65,17 @@ struct ExtentRow {
   DocumentKind kind;
   ChunkTag header;
   Reach (*reach)(const ChunkList&, const Document&);
-  std::int64_t most;
   std::uint32_t& (*width)(ChunkRecord&);
   std::uint32_t& (*height)(ChunkRecord&);
 };
 
 constexpr ExtentRow kExtents[] = {
-    {DocumentKind::APNG, tag::IHDR, reach_of_apng, kMaximumPngExtent,
-     [](ChunkRecord& r) -> std::uint32_t& { return r.width; },
+    {DocumentKind::APNG, tag::IHDR, reach_of_apng, [](ChunkRecord& r) -> std::uint32_t& { return r.width; },
      [](ChunkRecord& r) -> std::uint32_t& { return r.height; }},
-    {DocumentKind::MING, tag::MHDR, reach_of_mng, kMaximumPngExtent,
+    {DocumentKind::MING, tag::MHDR, reach_of_mng,
      [](ChunkRecord& r) -> std::uint32_t& { return r.frameWidth; },
      [](ChunkRecord& r) -> std::uint32_t& { return r.frameHeight; }},
-    {DocumentKind::WEBP, tag::WEBH, reach_of_webp, kMaximumWebpExtent,
+    {DocumentKind::WEBP, tag::WEBH, reach_of_webp,
      [](ChunkRecord& r) -> std::uint32_t& { return r.webpHeader.canvasWidth; },
      [](ChunkRecord& r) -> std::uint32_t& { return r.webpHeader.canvasHeight; }},
 };
@@ -111,7 +107,7 @@ void document_extent(ChunkList& list, Document& document) {
   const auto row = std::ranges::find(kExtents, document.kind, &ExtentRow::kind);
   if (row == std::end(kExtents) || list.empty() || list.record(0).tag != row->header) return;
   const Reach reach = row->reach(list, document);
-  if (!reach.fits(row->most)) return;
+  if (!reach.fits(kind_row(document.kind).mostPixels)) return;
   update_entry(list, 0, [&](ChunkRecord& header) {
     const auto width = static_cast<std::uint32_t>(reach.width);
     const auto height = static_cast<std::uint32_t>(reach.height);
@@ -147,15 +143,7 @@ void document_clear(DocumentWindow& window) {
 
 std::string document_title(const Document& document) {
   if (!document.fileName.empty()) return document.fileName.string();
-  const std::string stem(string_text(StringId::DefaultTitle));
-  switch (document.kind) {
-    case DocumentKind::MING:
-      return stem + ".mng";
-    case DocumentKind::WEBP:
-      return stem + ".webp";
-    default:
-      return stem + ".png";
-  }
+  return std::string(string_text(StringId::DefaultTitle)).append(kind_row(document.kind).extensions.front());
 }
 
 DocumentWindow duplicate_document(const DocumentWindow& window, std::string_view prefix) {

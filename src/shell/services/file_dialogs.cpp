@@ -7,6 +7,7 @@
 #include <QStandardPaths>
 
 #include "configuration/shell_settings.h"
+#include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 #include "shell/forms/default_folders.h"
 #include "shell/look/text.h"
@@ -16,26 +17,30 @@
 namespace vellum {
 namespace {
 
-struct Format {
-  const char* name;
-  const char* extension;
-  std::span<const DocumentKind> kinds;  ///< which documents are saved as such files
-};
-
-constexpr DocumentKind kPngKinds[] = {DocumentKind::PING, DocumentKind::APNG};
-constexpr DocumentKind kMngKinds[] = {DocumentKind::MING};
-constexpr DocumentKind kWebpKinds[] = {DocumentKind::WEBP};
-
-constexpr Format kFormats[] = {
-    {"PNG", "png", kPngKinds}, {"MNG", "mng", kMngKinds}, {"WebP", "webp", kWebpKinds}};
-
 QString patterns(std::string_view name) {
   const QString extension = to_qt(name);
   return QStringLiteral("*.%1 *.%2").arg(extension, extension.toUpper());
 }
 
+/// The files that people tell apart: kinds of one name share a filter.
+struct Format {
+  std::string_view name;
+  QStringList patterns;
+};
+
+Format format_of(DocumentKind kind) {
+  Format format{kind_row(kind).name, {}};
+  for (const KindRow& row : kind_table()) {
+    if (row.name != format.name) continue;
+    for (const std::string_view extension : row.extensions)
+      if (const QString pattern = patterns(extension.substr(1)); !format.patterns.contains(pattern))
+        format.patterns << pattern;
+  }
+  return format;
+}
+
 QString filter_of(const Format& format) {
-  return QStringLiteral("%1 (%2)").arg(QString::fromLatin1(format.name), patterns(format.extension));
+  return QStringLiteral("%1 (%2)").arg(to_qt(format.name), format.patterns.join(u' '));
 }
 
 /// A folder that is there: the dialog takes another one's name for a file.
@@ -67,18 +72,19 @@ QStringList ask_with_preview(QFileDialog& dialog, const QStringList& filters, in
   return dialog.selectedFiles();
 }
 
+/// Files that are saved have the first extension of their kind.
 QString save_filter(DocumentKind kind) {
-  for (const Format& format : kFormats)
-    if (std::ranges::find(format.kinds, kind) != format.kinds.end()) return filter_of(format);
-  return {};
+  const KindRow& row = kind_row(kind);
+  return filter_of({row.name, {patterns(row.extensions.front().substr(1))}});
 }
 
 }  // namespace
 
 QString open_filters() {
   QStringList all, single;
-  for (const Format& format : kFormats) {
-    all << patterns(format.extension);
+  for (const DocumentKind kind : {DocumentKind::PING, DocumentKind::MING, DocumentKind::WEBP}) {
+    const Format format = format_of(kind);
+    all << format.patterns;
     single << filter_of(format);
   }
   single.prepend(QObject::tr("All formats (%1)").arg(all.join(u' ')));

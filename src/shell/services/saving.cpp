@@ -4,18 +4,12 @@
 
 #include "base/text.h"
 #include "core/files/save_document.h"
+#include "core/model/kind_table.h"
 
 namespace vellum {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::string_view kPictureExtensions[] = {".png", ".apng", ".mng", ".webp"};
-
-std::string_view extension_of(DocumentKind kind) {
-  if (kind == DocumentKind::MING) return ".mng";
-  return kind == DocumentKind::WEBP ? ".webp" : ".png";
-}
 
 bool needs_name(const Document& document) {
   return !document.HasFileName ||
@@ -36,15 +30,13 @@ Answer ask_about_file(Host& host, StringId id, const Document& document, bool ca
 }  // namespace
 
 bool is_document_extension(std::string_view extension) {
-  return std::ranges::any_of(kPictureExtensions,
-                             [&](std::string_view known) { return equal_ignoring_case(extension, known); });
+  return has_document_extension(fs::path("x") += extension);
 }
 
 fs::path with_kind_extension(const fs::path& name, DocumentKind kind) {
-  const std::string present = name.extension().string();
-  const std::string_view wanted = extension_of(kind);
-  if (equal_ignoring_case(present, wanted)) return name;
-  fs::path result = is_document_extension(present) ? fs::path(name).replace_extension() : name;
+  const std::string_view wanted = kind_row(kind).extensions.front();
+  if (equal_ignoring_case(name.extension().string(), wanted)) return name;
+  fs::path result = has_document_extension(name) ? fs::path(name).replace_extension() : name;
   return result += wanted;
 }
 
