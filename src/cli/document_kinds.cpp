@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 
 namespace vellum::cli {
@@ -28,8 +29,7 @@ bool name_fits_document(const std::string& path) {
 
 bool name_fits_kind(const std::string& path, DocumentKind kind) {
   if (!name_fits_document(path)) return false;
-  const std::string extension = std::filesystem::path(path).extension().string();
-  if (equal_ignoring_case(extension, ".webp") == (kind == DocumentKind::WEBP)) return true;
+  if (has_extension_of(path, DocumentKind::WEBP) == (kind == DocumentKind::WEBP)) return true;
   std::fprintf(stderr, "vellum: a WebP file, and no other, has a name that ends in .webp\n");
   return false;
 }

@@ -9,6 +9,7 @@
 #include "core/files/first_picture.h"
 #include "core/files/open_document.h"
 #include "core/model/chunk_layout.h"
+#include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
@@ -87,8 +88,8 @@ bool add_all(DocumentWindow& window, std::span<const Picture> pictures, const St
 
 GraphicReading read_still(const std::filesystem::path& file) {
   const GraphicReading header = read_graphic_file(file.string(), Part::Header);
-  const bool is_document = header.module ? header.module->extension == "png"
-                                         : equal_ignoring_case(file.extension().string(), ".mng");
+  const bool is_document =
+      header.module ? header.module->extension == "png" : has_extension_of(file, DocumentKind::MING);
   if (!is_document) return read_graphic_file(file.string());
   // As a document it has its transparency; what can't be opened as one may still be shown in part.
   DocumentWindow window;

@@ -8,6 +8,7 @@
 #include "core/edit/frame_layer.h"
 #include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
+#include "core/model/kind_table.h"
 #include "core/model/loops.h"
 #include "core/model/record_picture.h"
 #include "core/settings.h"
@@ -20,15 +21,7 @@ namespace vellum {
 namespace {
 
 /// In the order of the numbers.
-struct BuildRow {
-  DocumentKind kind;
-  const char* extension;
-  std::int64_t most;  ///< pixels of the canvas in either direction
-};
-
-constexpr BuildRow kBuilds[] = {{DocumentKind::APNG, ".png", 0x7FFFFFFF},
-                                {DocumentKind::MING, ".mng", 0x7FFFFFFF},
-                                {DocumentKind::WEBP, ".webp", 16383}};
+constexpr DocumentKind kBuilds[] = {DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP};
 
 /// What a failure brings back. Lists share their records, so this costs a pointer an entry of a header, and
 /// for a frame nothing but the caret is ever kept.
@@ -248,9 +241,9 @@ bool fill_frame(Frame& frame, ChunkRecord& record) {
 
 /// Whether the kind's canvas can hold the frame where it stands.
 bool fits_canvas(const Frame& frame) {
-  const auto row = std::ranges::find(kBuilds, frame.window.document.kind, &BuildRow::kind);
-  return std::int64_t{frame.offset.x} + frame.picture.width() <= row->most &&
-         std::int64_t{frame.offset.y} + frame.picture.height() <= row->most;
+  const std::int64_t most = kind_row(frame.window.document.kind).mostPixels;
+  return std::int64_t{frame.offset.x} + frame.picture.width() <= most &&
+         std::int64_t{frame.offset.y} + frame.picture.height() <= most;
 }
 
 /// The picture with these colors, and without what lies left and above of the canvas.
@@ -273,7 +266,7 @@ std::int32_t iterations_for(DocumentKind kind, bool loop) {
 }
 
 std::optional<std::uint32_t> build_number(DocumentKind kind) {
-  const auto row = std::ranges::find(kBuilds, kind, &BuildRow::kind);
+  const auto row = std::ranges::find(kBuilds, kind);
   if (row == std::end(kBuilds)) return std::nullopt;
   return static_cast<std::uint32_t>(row - kBuilds);
 }
@@ -281,7 +274,7 @@ std::optional<std::uint32_t> build_number(DocumentKind kind) {
 DocumentKind build_kind(std::uint32_t number) {
   if (number == kDefaultKind)
     number = static_cast<std::uint32_t>(std::clamp(settings::DefaultAnimationType, 0, 2));
-  return number < std::size(kBuilds) ? kBuilds[number].kind : DocumentKind::None;
+  return number < std::size(kBuilds) ? kBuilds[number] : DocumentKind::None;
 }
 
 bool BeginAnimation(DocumentWindow& window, std::int32_t iterations, std::uint32_t, std::uint32_t kind) {
@@ -290,7 +283,7 @@ bool BeginAnimation(DocumentWindow& window, std::int32_t iterations, std::uint32
   document.kind = build_kind(kind);
   if (document.kind == DocumentKind::None) return before.restore();
   if (!document.fileName.empty())
-    document.fileName.replace_extension(kBuilds[*build_number(document.kind)].extension);
+    document.fileName.replace_extension(kind_row(document.kind).extensions.front());
   const bool begun = document.kind == DocumentKind::APNG   ? begin_apng(window, iterations)
                      : document.kind == DocumentKind::MING ? begin_mng(window, iterations)
                                                            : begin_webp(window, iterations);

@@ -1,8 +1,8 @@
 #include "core/files/first_picture.h"
 
-#include "base/text.h"
 #include "core/edit/frame_layer.h"
 #include "core/files/open_document.h"
+#include "core/model/kind_table.h"
 
 namespace vellum {
 namespace {
@@ -26,7 +26,7 @@ GraphicReading first_picture(const std::filesystem::path& file) {
   const GraphicReading reading = read_graphic_file(file.string());
   if (reading.fault != GraphicFault::UnknownKind) return reading;
   const GraphicReading first = first_image_of_document(file);
-  return first.picture || equal_ignoring_case(file.extension().string(), ".mng") ? first : reading;
+  return first.picture || has_extension_of(file, DocumentKind::MING) ? first : reading;
 }
 
 }  // namespace vellum

@@ -37,23 +37,18 @@ struct ContentRow {
   DocumentKind kind;      ///< None: no document
 };
 
-constexpr ContentRow content_of(DocumentKind kind, const KindRow& row, std::string_view name) {
-  return {row.signatureAt, row.signature, name, kind};
+ContentRow content_of(DocumentKind kind, std::string_view name) {
+  return {kind_row(kind).signatureAt, kind_row(kind).signature, name, kind};
 }
 
 /// Files that are read as documents, and others that people take for them.
 const std::vector<ContentRow>& contents() {
   static const std::vector<ContentRow> rows = {
-      content_of(DocumentKind::PING, kind_row(DocumentKind::PING), "a PNG"),
-      content_of(DocumentKind::MING, kind_row(DocumentKind::MING), "an MNG"),
-      content_of(DocumentKind::WEBP, kind_row(DocumentKind::WEBP), "a WebP"),
-      {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", DocumentKind::None},
-      {0, "GIF8"sv, "a GIF", DocumentKind::None},
-      {0, "\xFF\xD8\xFF"sv, "a JPEG", DocumentKind::None},
-      {0, "BM"sv, "a BMP", DocumentKind::None},
-      {0, "\x0A\x05\x01"sv, "a PCX", DocumentKind::None},
-      {8, "ACON"sv, "an ANI", DocumentKind::None},
-      {8, "AVI "sv, "an AVI", DocumentKind::None},
+      content_of(DocumentKind::PING, "a PNG"),     content_of(DocumentKind::MING, "an MNG"),
+      content_of(DocumentKind::WEBP, "a WebP"),    {0, "\x8BJNG\r\n\x1a\n"sv, "a JNG", DocumentKind::None},
+      {0, "GIF8"sv, "a GIF", DocumentKind::None},  {0, "\xFF\xD8\xFF"sv, "a JPEG", DocumentKind::None},
+      {0, "BM"sv, "a BMP", DocumentKind::None},    {0, "\x0A\x05\x01"sv, "a PCX", DocumentKind::None},
+      {8, "ACON"sv, "an ANI", DocumentKind::None}, {8, "AVI "sv, "an AVI", DocumentKind::None},
   };
   return rows;
 }
