@@ -107,31 +107,40 @@ void append_frame(Bytes& out, const WebpFramePart& frame, const std::vector<Webp
 /// Puts the chunks of a file together.
 class Assembly {
  public:
-  explicit Assembly(const WebpContents& contents) : contents_(contents) {}
+  explicit Assembly(const WebpContents& contents) : contents_(contents), extras_(contents.extras) {
+    for (WebpExtra& extra : extras_)
+      if (const MetadataRow* row = metadata_row(extra.tag)) {
+        flags_ |= row->flag;
+        extra.behind = row->front ? 0 : std::max(extra.behind, contents.frames.size());
+      }
+    // A profile comes before all else, camera data and XMP behind the images; the others keep their order.
+    std::ranges::stable_sort(
+        extras_, {}, [](const WebpExtra& extra) { return std::pair(extra.behind, !is_front(extra)); });
+  }
 
   Bytes make() {
     out_.assign(kFormHead + kChunkHead + 10, 0);  // form and VP8X, known at the end
-    append_metadata(true);
+    while (next_ < extras_.size() && is_front(extras_[next_])) append_extra();
     if (contents_.animated) append_animation();
     append_others(0);
     for (std::size_t i = 0; i < contents_.frames.size(); ++i) {
       if (!append_image(contents_.frames[i])) return {};
       append_others(i + 1);
     }
-    append_metadata(false);
     if (out_.size() - 8 > 0xFFFFFFFE) return {};
     finish();
     return std::move(out_);
   }
 
  private:
-  void append_metadata(bool front) {
-    for (const MetadataRow& row : kMetadata)
-      for (const WebpExtra& extra : contents_.extras)
-        if (extra.tag == row.tag && row.front == front) {
-          flags_ |= row.flag;
-          append_chunk(out_, {extra.tag, extra.data});
-        }
+  static bool is_front(const WebpExtra& extra) {
+    const MetadataRow* row = metadata_row(extra.tag);
+    return row && row->front;
+  }
+
+  void append_extra() {
+    append_chunk(out_, {extras_[next_].tag, extras_[next_].data});
+    ++next_;
   }
 
   void append_animation() {
@@ -141,14 +150,9 @@ class Assembly {
     append_le(out_, contents_.loops, 2);
   }
 
-  /// Extras stand in the order of what is in front of them.
   void append_others(std::size_t frames) {
     const bool last = frames == contents_.frames.size();
-    for (; next_ < contents_.extras.size(); ++next_) {
-      const WebpExtra& extra = contents_.extras[next_];
-      if (extra.behind > frames && !last) return;
-      if (!metadata_row(extra.tag)) append_chunk(out_, {extra.tag, extra.data});
-    }
+    while (next_ < extras_.size() && (last || extras_[next_].behind <= frames)) append_extra();
   }
 
   bool append_image(const WebpFramePart& frame) {
@@ -174,6 +178,7 @@ class Assembly {
   }
 
   const WebpContents& contents_;
+  std::vector<WebpExtra> extras_;  ///< in the order of the file
   Bytes out_;
   std::uint8_t flags_ = 0;
   std::size_t next_ = 0;  ///< of the extras
