@@ -25,7 +25,7 @@ TEST(Saving, NamesGetTheExtensionOfTheirKind) {
   };
   constexpr Case cases[] = {
       {"a.png", DocumentKind::PING, "a.png"},   {"a.PNG", DocumentKind::APNG, "a.PNG"},
-      {"a.apng", DocumentKind::APNG, "a.png"}, {"a.apng", DocumentKind::PING, "a.png"},
+      {"a.apng", DocumentKind::APNG, "a.png"},  {"a.apng", DocumentKind::PING, "a.png"},
       {"a.webp", DocumentKind::PING, "a.png"},  {"a", DocumentKind::PING, "a.png"},
       {"a.v2", DocumentKind::PING, "a.v2.png"}, {"a.png", DocumentKind::MING, "a.mng"},
       {"a.mng", DocumentKind::WEBP, "a.webp"},  {"/x.mng/a", DocumentKind::APNG, "/x.mng/a.png"},
