@@ -32,8 +32,8 @@ std::optional<double> parse_real(std::string_view text) {
 }
 
 std::optional<std::int64_t> parse_flag(std::string_view text) {
-  static constexpr std::pair<std::string_view, int> words[] = {{"0", 0},   {"1", 1},   {"no", 0},
-                                                               {"yes", 1}, {"off", 0}, {"on", 1}};
+  static constexpr std::pair<std::string_view, int> words[] = {
+      {"0", 0}, {"1", 1}, {"no", 0}, {"yes", 1}, {"off", 0}, {"on", 1}, {"false", 0}, {"true", 1}};
   for (const auto& [word, value] : words)
     if (equal_ignoring_case(word, text)) return value;
   return std::nullopt;

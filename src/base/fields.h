@@ -48,6 +48,7 @@ enum class FieldLook {
   Lines,  ///< Text of several lines
   Suggestions,  ///< Text that may be picked from `choices`
   Path,         ///< Text that names a file
+  Bytes,        ///< Text of hexadecimal digits, or the name of a file, that stands for bytes
 };
 
 /// One row. Texts and tables live as long as the program.
@@ -88,7 +89,7 @@ void enable_field(std::span<const Field> fields, const Field& field, FieldValues
 
 /// What was typed. Numbers are decimal, or hexadecimal behind "0x"; a color is six or eight hexadecimal
 /// digits behind "#" (red first, alpha last); a choice goes by name or number, a flag by 0, 1, yes, no, on,
-/// off; a special value also by its word. What can't be read stays a text.
+/// off, true, false; a special value also by its word. What can't be read stays a text.
 FieldValue parse_field_value(const Field& field, std::string_view text);
 /// The value as it can be typed.
 std::string field_value_text(const Field& field, const FieldValue& value);

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
+#include "core/chunks/chunk_fields.h"
 #include "core/model/chunk_description.h"
 #include "core/model/frame_values.h"
 
@@ -115,6 +116,30 @@ std::string stripped(const std::string& text) {
   return first == std::string::npos ? std::string() : text.substr(first);
 }
 
+/// A value in the form that JSON has for it; what can be typed for others.
+Json value_json(const Field& field, const FieldValue& value) {
+  const auto* number = std::get_if<std::int64_t>(&value);
+  if (number && field.type == FieldType::Flag) return *number != 0;
+  if (number && field.type == FieldType::Whole && field.look != FieldLook::Bits) return *number;
+  if (const auto* real = std::get_if<double>(&value)) return *real;
+  const std::string text = field_value_text(field, value);
+  if (number && text == std::to_string(*number)) return *number;  // a choice among numbers
+  return text;
+}
+
+/// What `vellum edit --set-field` sets, under the same names.
+Json fields_json(const DocumentWindow& window, std::size_t index) {
+  Json json = Json::object();
+  const FieldValues values = read_chunk_fields(window, index);
+  const std::vector<Field> fields = chunk_fields(window, index);
+  for (const Field& field : fields) {
+    if (field.option || field.locked || !field_enabled(fields, field, values)) continue;
+    if (const FieldValue* value = values.find(field.name)) json[field.name] = value_json(field, *value);
+  }
+  if (const auto data = chunk_data_text(window, index)) json["data"] = *data;
+  return json;
+}
+
 Json entry_json(const DocumentWindow& window, std::size_t index, std::uint32_t ticks) {
   const ChunkRecord& record = window.list.record(index);
   const auto parting = record.description.find('?');
@@ -131,6 +156,7 @@ Json entry_json(const DocumentWindow& window, std::size_t index, std::uint32_t t
   if (record.tag == tag::WEBH) put_webp_header(entry, record);
   if (record.tag == tag::acTL) put_animation_control(entry, record);
   if (is_image_entry(window.document.kind, record.tag)) put_image(entry, record, window.document.kind, ticks);
+  entry["fields"] = fields_json(window, index);
   return entry;
 }
 
@@ -144,6 +170,7 @@ std::string document_json(const DocumentWindow& window) {
   document["height"] = size.height;
   if (const Picture image(window.document.defaultImage); image)
     document["defaultImage"] = {{"width", image.width()}, {"height", image.height()}, {"bits", image.bits()}};
+  document["notes"] = window.document.notes;
   document["entries"] = Json::array();
   const std::uint32_t ticks = ticks_of(window.list);
   for (std::size_t i = 0; i < window.list.size(); ++i)

@@ -7,11 +7,13 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/edit_values.h"
+#include "core/chunks/chunk_bytes.h"
 #include "core/chunks/chunk_fields.h"
 #include "core/chunks/chunk_payload.h"
 #include "core/edit/delete_chunks.h"
 #include "core/edit/edit_closing.h"
 #include "core/edit/move_chunks.h"
+#include "core/edit/undo.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 
@@ -115,18 +117,34 @@ int apply_assignment(DocumentWindow& window, const std::string& text, Host& host
   return kWrongUsage;
 }
 
-// --dump N=FILE
+// --dump N[.FIELD]=FILE
 
 struct DumpValue {
   std::size_t entry = 0;
-  std::string file;
+  std::string field, file;
 };
 
 std::optional<DumpValue> parse_dump(const std::string& text) {
   const auto parting = text.find('=');
-  const auto entry = entry_number(std::string_view(text).substr(0, parting));
+  const std::string from = text.substr(0, parting);
+  const auto dot = std::min(from.find('.'), from.size());
+  const auto entry = entry_number(std::string_view(from).substr(0, dot));
   if (!entry || parting == std::string::npos || parting + 1 == text.size()) return std::nullopt;
-  return DumpValue{*entry, text.substr(parting + 1)};
+  return DumpValue{*entry, from.substr(std::min(dot + 1, from.size())), text.substr(parting + 1)};
+}
+
+/// What a field holds: its bytes, or its value as it can be typed. Nothing for a field that isn't there.
+std::optional<std::vector<std::uint8_t>> field_bytes(const DocumentWindow& window, std::size_t index,
+                                                     const std::string& name) {
+  const std::vector<Field> fields = chunk_fields(window, index);
+  const FieldValues values = read_chunk_fields(window, index);
+  const Field* field = find_field(fields, name);
+  const FieldValue* value = values.find(name);
+  if (!field || !value) return std::nullopt;
+  const std::string text = field_value_text(*field, *value);
+  std::string reason;
+  if (field->look == FieldLook::Bytes) return parse_bytes(text, reason);
+  return std::vector<std::uint8_t>(text.begin(), text.end());
 }
 
 bool is_dump(const std::string& value) { return parse_dump(value).has_value(); }
@@ -135,9 +153,11 @@ int apply_dump(DocumentWindow& window, const std::string& text, Host& host) {
   const auto dump = parse_dump(text);
   const auto at = entry_index(window, dump->entry, host);
   if (!at) return kFailed;
-  const auto payload = chunk_payload(window.list.record(*at), window.document.kind);
+  const auto payload = dump->field.empty() ? chunk_payload(window.list.record(*at), window.document.kind)
+                                           : field_bytes(window, *at, dump->field);
   if (!payload) {
-    std::fprintf(stderr, "vellum: the data of an image is made when the file is saved\n");
+    std::fprintf(stderr, dump->field.empty() ? "vellum: the data of an image is made when the file is saved\n"
+                                             : "vellum: the entry has no such field\n");
     return kWrongUsage;
   }
   SafeFile file(dump->file);
@@ -158,12 +178,15 @@ struct OperationRow {
 
 constexpr OperationRow kOperations[] = {
     {"--delete", "N", "Delete entry N, counted from 1", is_delete, apply_delete},
-    {"--insert", "TAG@N[:VALUE]", "Insert a chunk behind entry N, or at the nearest place where it may stand",
+    {"--insert", "TAG@N[:VALUE]",
+     "Insert a chunk behind entry N, or at the nearest place where it may stand: a text as Keyword=text, a "
+     "profile as Name=@FILE, an image as its file, the bytes of any chunk as hex:... or @FILE",
      is_insert, apply_insert},
     {"--move", "N@M", "Move entry N to position M", is_move, apply_move},
     {"--set-field", "N.FIELD=VALUE", "Set a field of entry N; `data` takes hex:... or @FILE", is_assignment,
      apply_assignment},
-    {"--dump", "N=FILE", "Write the payload of entry N to a file", is_dump, apply_dump},
+    {"--dump", "N[.FIELD]=FILE", "Write the payload of entry N, or what one of its fields holds, to a file",
+     is_dump, apply_dump},
 };
 
 struct EditOptions {
@@ -188,7 +211,7 @@ std::vector<Edit> edits_in_order(const CLI::App& app, const EditOptions& options
 
 int apply_edits(DocumentWindow& window, const std::vector<Edit>& edits, Host& host) {
   for (const Edit& edit : edits) {
-    window.undoLevels.clear();  // nothing is undone here
+    undo_clear(window);  // nothing is undone here
     const int result = edit.row->apply(window, edit.value, host);
     if (result == kDone) continue;
     std::fprintf(stderr, "vellum: nothing was written, since this was refused: %s %s\n", edit.row->option,

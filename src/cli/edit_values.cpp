@@ -9,7 +9,10 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "core/chunks/chunk_fields.h"
+#include "core/chunks/text_chunk.h"
 #include "core/edit/insert_chunk.h"
+#include "core/edit/undo.h"
 #include "image/graphic_file.h"
 
 namespace vellum::cli {
@@ -61,11 +64,22 @@ bool insert_image(DocumentWindow& window, ChunkTag, const std::string& value, Ho
 bool insert_text(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
   const auto parting = value.find('=');
   if (parting == std::string::npos) return fail(host, "a text is given as Keyword=text");
-  const std::string keyword = latin1_from_utf8(value.substr(0, parting));
-  if (!is_valid_keyword(keyword)) return fail(host, "the keyword is not valid");
-  ChunkRecord record = text_record(keyword, value.substr(parting + 1));
-  record.tag = tag;
-  return insert_record(window, record, host);
+  const std::string keyword = value.substr(0, parting);
+  if (first_beyond_latin1(keyword) || !is_valid_keyword(latin1_from_utf8(keyword)))
+    return fail(host, "the keyword is not valid");
+  const TextChunk text{.keyword = keyword,
+                       .text = value.substr(parting + 1),
+                       .compressed = tag == tag::zTXt,
+                       .language = {},
+                       .translatedKeyword = {}};
+  ChunkRecord record = record_of_text(text);
+  if (tag == tag::iTXt) {
+    record.tag = tag;
+    write_text_chunk(record, text);
+  }
+  if (!insert_record(window, record, host)) return false;
+  if (record.tag != tag && record.tag == tag::iTXt) host.add_note(string_text(StringId::BecameInternational));
+  return true;
 }
 
 bool insert_gamma(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
@@ -96,21 +110,53 @@ bool insert_position(DocumentWindow& window, ChunkTag tag, const std::string& va
   return insert_chunk(window, tag, argument, host);
 }
 
+/// The bytes of a profile, from a file or in hexadecimal, under a name.
+bool insert_profile(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
+  const auto parting = value.find('=');
+  if (parting == std::string::npos) return fail(host, "a profile is given as Name=@FILE");
+  const std::int32_t caret = window.document.caret;
+  std::string reason;
+  const std::size_t at = insert_chunk(window, tag, {}, host) ? caret_entry(window) : kNoEntry;
+  if (at == kNoEntry) return false;
+  FieldValues values = read_chunk_fields(window, at);
+  values.set("name", value.substr(0, parting));
+  values.set("profile", value.substr(parting + 1));
+  const auto fault = check_chunk_fields(window, at, values);
+  if (!fault && apply_chunk_fields(window, at, values, host) == Applied::Changed) return true;
+  undo_take_back(window);
+  window.document.caret = caret;
+  return fail(host, fault ? fault->text : host.take_fault());
+}
+
+/// The default content, where it says something.
+bool insert_default(DocumentWindow& window, ChunkTag tag, Host& host) {
+  if (!has_default_content(tag)) return fail(host, "the bytes of this chunk are given as hex:... or @FILE");
+  if (!insert_chunk(window, tag, {}, host)) return false;
+  const std::size_t at = caret_entry(window);
+  const auto fault = window.list.record(at).tag == tag
+                         ? check_chunk_fields(window, at, read_chunk_fields(window, at))
+                         : std::nullopt;
+  if (!fault) return true;
+  undo_take_back(window);
+  return fail(host, fault->text);
+}
+
 struct ValueRow {
   ChunkTag tag;
   bool (*insert)(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host);
 };
 
 constexpr ValueRow kValues[] = {
-    {tag::IDAT, insert_image},  {tag::PNGI, insert_image},  {tag::WEBI, insert_image},
-    {tag::tEXt, insert_text},   {tag::zTXt, insert_text},   {tag::gAMA, insert_gamma},
-    {tag::LOOP, insert_number}, {tag::FRAM, insert_number}, {tag::DEFI, insert_position},
+    {tag::IDAT, insert_image},  {tag::PNGI, insert_image},    {tag::WEBI, insert_image},
+    {tag::tEXt, insert_text},   {tag::zTXt, insert_text},     {tag::iTXt, insert_text},
+    {tag::gAMA, insert_gamma},  {tag::iCCP, insert_profile},  {tag::LOOP, insert_number},
+    {tag::FRAM, insert_number}, {tag::DEFI, insert_position},
 };
 
 }  // namespace
 
 bool insert_value(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
-  if (value.empty()) return insert_chunk(window, tag, {}, host);
+  if (value.empty()) return insert_default(window, tag, host);
   if (value.starts_with("hex:")) return insert_hex(window, tag, std::string_view(value).substr(4), host);
   if (value.starts_with("@")) return insert_file(window, tag, value.substr(1), host);
   const auto row = std::ranges::find(kValues, tag, &ValueRow::tag);

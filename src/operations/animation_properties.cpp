@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "core/files/save_document.h"
+#include "core/model/played_frames.h"
 #include "operations/frames.h"
 
 namespace vellum {
@@ -79,7 +80,7 @@ AnimationProperties animation_properties(const DocumentWindow& window) {
   properties.name = document_title(window.document);
   properties.kind = window.document.kind;
   properties.canvas = document_size(window.list, window.document);
-  properties.plays = GetIterations(window.list, window.document);
+  properties.plays = whole_plays(window);
   const std::uint32_t ticks = ticks_per_second(window.list);
   if (properties.kind == DocumentKind::MING) properties.ticks = ticks;
   for (const std::size_t entry : frame_entries(window)) {

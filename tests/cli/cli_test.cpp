@@ -44,6 +44,11 @@ class Tool : public ::testing::Test {
     return path;
   }
 
+  static std::string bytes_of(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
   testing::ScratchFolder folder_;
 };
 
@@ -60,7 +65,8 @@ TEST_F(Tool, ListShowsRowsAndJson) {
   EXPECT_EQ(document["entries"][1]["numFrames"], 2);
   const auto expected =
       nlohmann::json::parse(R"({"index": 5, "tag": "IDAT", "size": 48, "label": "IMAGE", "text": "IDAT",
-      "width": 2, "height": 1, "x": 2, "y": 1, "delay_ms": 10, "dispose": "background", "blend": "over", "bits": 24})");
+      "width": 2, "height": 1, "x": 2, "y": 1, "delay_ms": 10, "dispose": "background", "blend": "over", "bits": 24,
+      "fields": {"x": 2, "y": 1, "delayNum": 1, "delayDen": 0, "rate": "10 ms", "dispose": "Background", "blend": "Over"}})");
   EXPECT_EQ(document["entries"][4], expected);
 }
 
@@ -85,7 +91,8 @@ TEST_F(Tool, WebpIsListedSavedAndTakenApart) {
   EXPECT_EQ(document["entries"][0]["background"], "#FFFFFF");
   const auto expected =
       nlohmann::json::parse(R"({"index": 3, "tag": "WEBI", "size": 88, "label": "IMAGE", "text": "WEBI",
-      "width": 4, "height": 3, "x": 0, "y": 0, "delay_ms": 10, "dispose": "none", "blend": "source", "bits": 32})");
+      "width": 4, "height": 3, "x": 0, "y": 0, "delay_ms": 10, "dispose": "none", "blend": "source", "bits": 32,
+      "fields": {"x": 0, "y": 0, "delay": 10, "dispose": "None"}})");
   EXPECT_EQ(document["entries"][2], expected);
   ASSERT_EQ(vellum({"frames", out, folder_ / "frames"}).status, 0);
   EXPECT_EQ(testing::rgba_by_libpng(folder_ / "frames/frame_00001.png").size(), 4u * 3 * 4);
@@ -334,6 +341,8 @@ TEST_F(Tool, EditRefusesAndWritesNothing) {
       {{"--insert", "gAMA@1:0"}, 1, "0.01 to 100"},
       {{"--insert", "abCd@1:hex:0"}, 1, "hexadecimal"},
       {{"--insert", "IDAT@4:none.png"}, 1, "Error reading file"},
+      {{"--insert", "iCCP@1"}, 1, "The profile can't be taken"},
+      {{"--insert", "MAGN@1:hex:"}, 1, "inappropriate for this document"},
       {{"--move", "1@2"}, 1, "The selected chunk can't be dropped in this location."},
       {{"--move", "1"}, 2, "is not N@M"},
       {{"--set-field", "2.numPlays=-1"}, 2, "must be a whole number from 0 to 2147483647."},
@@ -355,15 +364,79 @@ TEST_F(Tool, EditSetsFieldsAndDumpsPayloads) {
   const auto result = vellum({"edit", animation(), out, "--set-field", "4.delayNum=7", "--set-field",
                               "2.numPlays=3", "--dump", "2=" + bytes.string()});
   ASSERT_EQ(result.status, 0) << result.output;
-  std::ifstream dumped(bytes, std::ios::binary);
-  const std::string payload{std::istreambuf_iterator<char>(dumped), {}};
-  EXPECT_EQ(payload, std::string("\0\0\0\2\0\0\0\3", 8)) << "frames and plays, as they are now";
+  EXPECT_EQ(bytes_of(bytes), std::string("\0\0\0\2\0\0\0\3", 8)) << "frames and plays, as they are now";
   const auto listed = vellum({"list", "--json", out});
   EXPECT_NE(listed.output.find("\"numPlays\": 3"), std::string::npos) << listed.output;
   fs::remove(bytes);
   EXPECT_EQ(vellum({"edit", out, "--dump", "2=" + bytes.string()}).status, 0) << "needs no file to write";
   EXPECT_TRUE(fs::exists(bytes));
   EXPECT_EQ(vellum({"edit", out}).status, 2);
+}
+
+TEST_F(Tool, WhatJsonShowsIsWhatCanBeSet) {
+  const std::string text = "Comment=\u0416 " + std::string(5000, 'x');
+  const std::vector<std::string> everywhere = {"tEXt@1:" + text, "tEXt@1:Title=Two", "zTXt@1", "iTXt@1",
+                                               "tIME@1"};
+  const std::vector<std::string> png = {"gAMA@1", "cHRM@1", "sRGB@1",         "cICP@1", "mDCV@1",
+                                        "cLLI@1", "sBIT@1", "bKGD@1",         "pHYs@1", "sPLT@1",
+                                        "eXIf@1", "oFFs@1", "abCd@1:hex:00FF"};
+  struct Case {
+    const char* name;
+    std::vector<std::string> made, inserted;
+  };
+  Case cases[] = {
+      {"rgb.png", {"--kind", "png"}, png},
+      {"colors.png", {"--kind", "png", "--color", "palette"}, {"tRNS@1", "hIST@1", "bKGD@1", "sBIT@1"}},
+      {"a.png", {"--kind", "apng"}, png},
+      {"a.mng",
+       {"--kind", "mng"},
+       {"PNGI@2:" + animation().string(), "DEFI@3:2,3", "TERM@1", "BACK@1", "MAGN@3:hex:00010001020002",
+        "SHOW@3", "MOVE@3"}},
+      {"a.webp", {"--kind", "webp"}, {}}};
+  for (Case& c : cases) {
+    const std::string file = folder_ / c.name, again = folder_ / (std::string("again-") + c.name);
+    std::vector<std::string> words = {"--set", "AddInstructionsToNew=0", "--set", "IdentifyFiles=0", "new",
+                                      file};
+    words.insert(words.end(), c.made.begin(), c.made.end());
+    ASSERT_EQ(vellum(words).status, 0);
+    const bool texts = file.find("webp") == std::string::npos;
+    if (texts) c.inserted.insert(c.inserted.end(), everywhere.begin(), everywhere.end());
+    words = {"--set", "AutoUpdateTime=0", "edit", file, file};
+    for (const std::string& chunk : c.inserted) words.insert(words.end(), {"--insert", chunk});
+    const auto inserted = vellum(words);
+    ASSERT_EQ(inserted.status, 0) << inserted.output;
+    EXPECT_EQ(inserted.output.find("iTXt chunk") != std::string::npos, texts) << inserted.output;
+    const auto document = nlohmann::json::parse(vellum({"list", "--json", file}).output);
+    words = {"--set", "AutoUpdateTime=0", "edit", file, again};
+    bool whole = false;
+    for (const auto& entry : document["entries"])
+      for (const auto& [name, value] : entry["fields"].items()) {
+        const std::string typed = value.is_string() ? value.get<std::string>() : value.dump();
+        whole = whole || typed == text.substr(8);
+        words.insert(words.end(), {"--set-field", entry["index"].dump() + "." + name + "=" + typed});
+      }
+    EXPECT_EQ(whole, texts) << c.name;
+    EXPECT_GT(words.size(), texts ? 40u : 8u) << c.name;
+    const auto set = vellum(words);
+    ASSERT_EQ(set.status, 0) << set.output;
+    EXPECT_TRUE(std::ranges::equal(bytes_of(file), bytes_of(again))) << c.name;
+  }
+}
+
+TEST_F(Tool, ProfilesGoInAndOutAndNotesAreTold) {
+  std::string profile(200, '\0');
+  profile.replace(16, 4, "RGB ").replace(36, 4, "acsp");
+  std::ofstream(folder_ / "p.icc", std::ios::binary) << profile;
+  const std::string name = (folder_ / "p.icc").string(), out = folder_ / "out.png",
+                    back = folder_ / "back.icc";
+  ASSERT_EQ(vellum({"edit", animation(), out, "--insert", "iCCP@1:Mine=@" + name}).status, 0);
+  ASSERT_EQ(vellum({"edit", out, "--dump", "3.profile=" + back}).status, 0);
+  EXPECT_EQ(bytes_of(back), profile);
+  std::ofstream(out, std::ios::binary | std::ios::app) << "rest";
+  const std::string note = "behind the end";
+  const auto listed = vellum({"list", "--json", out});
+  EXPECT_NE(vellum({"list", out}).output.find(note), std::string::npos) << "on the terminal";
+  EXPECT_NE(listed.output.substr(listed.output.find("\"notes\"")).find(note), std::string::npos);
 }
 
 TEST_F(Tool, PlayWalksTheFramesAndWritesTheirCanvases) {

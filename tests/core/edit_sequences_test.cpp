@@ -3,6 +3,8 @@
 
 #include "core/edit/copy_chunks.h"
 #include "core/edit/delete_chunks.h"
+#include "core/edit/edit_closing.h"
+#include "core/edit/image_edit.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/move_chunks.h"
 #include "core/edit/paste_chunks.h"
@@ -54,6 +56,8 @@ class Editor {
         {"drop", &Editor::drop},
         {"images", &Editor::images},
         {"undo", &Editor::undo},
+        {"redo", &Editor::redo},
+        {"replace", &Editor::replace},
         {"merge", &Editor::merge},
         {"cut", &Editor::cut},
     };
@@ -81,7 +85,10 @@ class Editor {
     static constexpr ChunkTag tags[] = {tag::PLTE, tag::tRNS, tag::bKGD, tag::gAMA, tag::tEXt, tag::zTXt,
                                         tag::tIME, tag::BACK, tag::TERM, tag::LOOP, tag::ENDL, tag::FRAM,
                                         tag::DEFI, tag::IHDR, tag::IEND, tag::MEND};
-    insert_chunk(window, tags[below(std::size(tags))], {}, recorder.host);
+    const auto others = insertable_tags(window);
+    const ChunkTag tag =
+        below(2) == 0 || others.empty() ? tags[below(std::size(tags))] : others[below(others.size())];
+    insert_chunk(window, tag, {}, recorder.host);
   }
   void insert_picture() {
     const Picture pictures[] = {picture(), picture()};
@@ -123,6 +130,13 @@ class Editor {
     move_images(window, {1 + below(4), below(2) == 0, below(2) == 0}, recorder.host);
   }
   void undo() { undo_pop(window); }
+  void redo() { redo_pop(window); }
+  void replace() {
+    std::size_t entry = below(window.list.size());
+    if (!is_image_entry(window.document.kind, window.list.record(entry).tag)) return;
+    undo_push(window, recorder.host);
+    if (replace_image(window, entry, picture(), recorder.host) == Replaced::Done) finish_edit(window, true);
+  }
   void merge() {
     if (is_animation(window.document.kind) && window.list.size() < 40)
       merge_document(window, others_[below(others_.size())], {below(3), below(2) == 0}, recorder.host);
@@ -131,6 +145,24 @@ class Editor {
   std::mt19937 random_;
   std::vector<DocumentWindow> others_;
 };
+
+/// Every level back, and every one forward again: nothing differs.
+void check_undo(const DocumentWindow& now) {
+  const auto same = [](const ChunkList& a, const ChunkList& b) {
+    bool equal = a.size() == b.size();
+    for (std::size_t i = 0; equal && i < a.size(); ++i) equal = a.entry(i).record == b.entry(i).record;
+    return equal;
+  };
+  DocumentWindow window = now;
+  std::vector<ChunkList> states;
+  do states.push_back(window.list);
+  while (undo_pop(window));
+  for (std::size_t i = 1; i < states.size(); ++i) {
+    ASSERT_TRUE(redo_pop(window));
+    EXPECT_TRUE(same(window.list, states[states.size() - 1 - i]));
+  }
+  EXPECT_EQ(window.document.dirty, now.document.dirty);
+}
 
 void check_list(const DocumentWindow& window) {
   const DocumentKind kind = window.document.kind;
@@ -159,6 +191,7 @@ TEST_P(EditSequences, LeaveAFileThatIsValidAndReadsBack) {
     for (int step = 0; step < 40; ++step) {
       done += editor.edit() + ", ";
       check_list(editor.window);
+      if (step % 16 == 3) check_undo(editor.window);
       if (HasFailure()) FAIL() << seed << ": " << done << testing::tags_of(editor.window.list);
       const auto file = folder / GetParam().name;
       if (step % 8 != 7 || !save_document(editor.window, file, editor.recorder.host)) continue;

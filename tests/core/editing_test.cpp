@@ -65,7 +65,7 @@ TEST(Undo, BringsBackListSelectionCaretAndDirtyAndCostsNoPixels) {
   EXPECT_TRUE(window.undoLevels[0].list.record(2).data.shares_with(window.list.record(2).data));
   ASSERT_TRUE(delete_selected(window, recorder.host));
   EXPECT_TRUE(window.document.dirty);
-  ASSERT_TRUE(undo_pop(window)) << "the level of the deletion";
+  EXPECT_EQ(window.undoLevels.back().name, "delete 2 chunks");
   ASSERT_TRUE(undo_pop(window));
   EXPECT_EQ(tags_of(window.list), before);
   EXPECT_EQ(window.document.caret, 3);
@@ -73,7 +73,28 @@ TEST(Undo, BringsBackListSelectionCaretAndDirtyAndCostsNoPixels) {
   EXPECT_EQ(window.list.topIndex, 1u);
   EXPECT_FALSE(window.document.dirty);
   EXPECT_FALSE(window.document.undoAvailable);
-  EXPECT_FALSE(undo_pop(window));
+  EXPECT_FALSE(undo_pop(window)) << "the first level was what the second is";
+}
+
+TEST(Undo, WhatChangedNothingLeavesNoLevelAndTakesNothingFromRedo) {
+  Recorder recorder;
+  DocumentWindow window = at(small_document(A, 2), 3);
+  ASSERT_TRUE(insert_chunk(window, tag::tEXt, {}, recorder.host));
+  const std::string inserted = tags_of(window.list);
+  ASSERT_TRUE(undo_pop(window));
+  for (int i = 0; i < 3; ++i) undo_push(window, recorder.host, "look");
+  undo_settle(window);
+  EXPECT_FALSE(window.document.undoAvailable);
+  ASSERT_TRUE(redo_pop(window));
+  EXPECT_EQ(tags_of(window.list), inserted);
+  EXPECT_EQ(window.undoLevels.back().name, "insert tEXt");
+  ASSERT_TRUE(undo_pop(window));
+  ASSERT_TRUE(insert_chunk(window, tag::gAMA, {}, recorder.host));
+  EXPECT_FALSE(redo_pop(window)) << "a new change clears it";
+  ASSERT_TRUE(insert_chunk(window, tag::tIME, {}, recorder.host));
+  undo_take_back(window);
+  EXPECT_EQ(chunk_count_tag(window.list, tag::tIME), 0u);
+  EXPECT_EQ(window.undoLevels.size(), 1u);
 }
 
 TEST(Undo, TheOldestLevelGoesAtTheLimitOfTheSetting) {
@@ -85,6 +106,7 @@ TEST(Undo, TheOldestLevelGoesAtTheLimitOfTheSetting) {
     for (int i = 0; i < 40; ++i) {
       window.document.caret = i;
       ASSERT_TRUE(undo_push(window, recorder.host));
+      window.list.select(0, i % 2 == 0);
     }
     EXPECT_EQ(window.undoLevels.size(), kept);
     EXPECT_EQ(window.undoLevels.front().caret, 40 - static_cast<int>(kept));
@@ -250,31 +272,35 @@ TEST(Insert, CountsOfTheHeaderFollow) {
 // ----------------------------------------------------------------------------------------------------------
 // delete
 
-TEST(Delete, FixedChunksStayAndWarningsAreToldFromTheLastToTheFirst) {
+TEST(Delete, FixedChunksStayAndOneQuestionTellsAll) {
   Recorder recorder;
   DocumentWindow window = at(listed(P, "IHDR PLTE IDAT IEND", 3), 3);
   window.list.select_all(true);
   ASSERT_TRUE(delete_selected(window, recorder.host));
   EXPECT_EQ(tags_of(window.list), "IHDR IEND");
   EXPECT_EQ(recorder.messages, std::vector<std::string>{"Do you wish to delete all 4 chunks?"});
-  ASSERT_EQ(recorder.warnings.size(), 4u);
-  EXPECT_EQ(recorder.warnings[0], "The selected chunk can't be deleted.");
-  EXPECT_NE(recorder.warnings[1].find("without an image (IDAT)"), std::string::npos);
-  EXPECT_NE(recorder.warnings[2].find("without a palette (PLTE)"), std::string::npos);
+  EXPECT_TRUE(recorder.warnings.empty());
   EXPECT_EQ(window.document.caret, 1);
   EXPECT_TRUE(undo_pop(window));
   EXPECT_EQ(tags_of(window.list), "IHDR PLTE IDAT IEND");
+  const testing::SettingsGuard guard;
+  settings::WarnMultipleDelete = 0;
+  window.list.select_all(true);
+  ASSERT_TRUE(delete_selected(window, recorder.host));
+  ASSERT_EQ(recorder.warnings.size(), 3u) << "where it is switched off, each is told once";
+  EXPECT_EQ(recorder.warnings[0], "The selected chunk can't be deleted.");
+  EXPECT_NE(recorder.warnings[1].find("without an image (IDAT)"), std::string::npos);
+  EXPECT_NE(recorder.warnings[2].find("without a palette (PLTE)"), std::string::npos);
 }
 
-TEST(Delete, OneNeedsNoQuestionAndARefusedOneKeepsTheLevel) {
+TEST(Delete, OneNeedsNoQuestionAndARefusedOneLeavesNoLevel) {
   const testing::SettingsGuard guard;
   Recorder recorder;
   DocumentWindow window = small_document(A, 3);
   select(window, {2, 3});
   recorder.answer = Answer::No;
   EXPECT_FALSE(delete_selected(window, recorder.host));
-  EXPECT_TRUE(window.document.undoAvailable);
-  EXPECT_FALSE(window.document.dirty);
+  EXPECT_FALSE(window.document.undoAvailable || window.document.dirty);
   settings::WarnMultipleDelete = 0;
   EXPECT_TRUE(delete_selected(window, recorder.host)) << "a question that is switched off counts as Yes";
   EXPECT_EQ(tags_of(window.list), "IHDR acTL IDAT IEND");

@@ -22,7 +22,8 @@ const BackgroundCase kBackgrounds[] = {
     {"grey, beyond its depth", DocumentKind::PING, 0, 1, tag::bKGD, {0, 200}, make_colour(255, 255, 255)},
     {"palette", DocumentKind::PING, 3, 8, tag::bKGD, {7}, make_colour(1, 2, 3)},
     {"none", DocumentKind::PING, 2, 8, tag::tEXt, {0, 10, 0, 20, 0, 30}, make_colour(1, 2, 3)},
-    {"MNG", DocumentKind::MING, 0, 0, tag::BACK, {9, 10, 9, 20, 9, 30, 1}, make_colour(10, 20, 30)},
+    {"MNG", DocumentKind::MING, 0, 0, tag::BACK, {10, 0, 20, 255, 30, 9, 1}, make_colour(10, 20, 30)},
+    {"RGB, 16 bits", DocumentKind::PING, 2, 16, tag::bKGD, {10, 9, 20, 9, 30, 9}, make_colour(10, 20, 30)},
 };
 
 TEST(DocumentBackground, ComesFromTheChunkThatTheKindHasForIt) {

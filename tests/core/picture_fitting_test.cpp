@@ -1,11 +1,14 @@
 // Pictures that come into a document: what becomes of them and of the document.
 #include "core/edit/picture_fitting.h"
 
+#include "core/edit/image_edit.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/new_document.h"
+#include "core/files/save_document.h"
 #include "core/model/record_picture.h"
 #include "core/settings.h"
 #include "image/to_colors.h"
+#include "support/corpus.h"
 #include "support/documents.h"
 #include "support/settings_guard.h"
 
@@ -95,6 +98,61 @@ TEST(Fitting, AStillTakesTheFormOfItsPicture) {
     EXPECT_EQ(header.colorType, c.type) << c.bits;
     EXPECT_EQ(window.list.record(caret_entry(window)).tag, tag::IDAT);
   }
+}
+
+/// What every image but one shows, and the chunks that all of them are read by.
+std::string shown_beside(const DocumentWindow& window, std::size_t entry) {
+  std::string shown;
+  const auto add = [&](const Picture& picture) {
+    for (const std::uint8_t byte : testing::rgba_of(window, picture)) shown += static_cast<char>(byte);
+  };
+  if (const Picture kept(window.document.defaultImage); kept) add(kept);
+  for (std::size_t i = 0; i < window.list.size(); ++i)
+    if (window.list.record(i).tag == tag::IDAT && i != entry) add(picture_of(window.list.record(i)));
+  return shown;
+}
+
+std::string colors_of(const DocumentWindow& window) {
+  const ChunkRecord& header = window.list.record(0);
+  std::string colors = {static_cast<char>(header.colorType), static_cast<char>(header.bitDepth)};
+  for (std::size_t i = 0; i < window.list.size(); ++i) {
+    const ChunkRecord& record = window.list.record(i);
+    if (record.tag != tag::PLTE && record.tag != tag::tRNS && record.tag != tag::bKGD) continue;
+    for (const std::uint8_t byte : raw_payload(record)) colors += static_cast<char>(byte);
+  }
+  return colors;
+}
+
+TEST(Fitting, AFrameThatIsReplacedLeavesTheOthersAndTheirColorsAlone) {
+  const testing::ScratchFolder folder;
+  for (const std::uint8_t type : {0, 2, 3, 4, 6})
+    for (const std::size_t frame : {0u, 1u, 2u})
+      for (const std::uint32_t bits : {1u, 4u, 8u, 24u, 32u})
+        for (const bool beside : {false, true}) {
+          Recorder recorder;
+          DocumentWindow window = small_document(A, beside ? 1 : 3, type);
+          insert_chunk(window, tag::tRNS, {{}, 200}, recorder.host);
+          insert_chunk(window, tag::bKGD, {}, recorder.host);
+          std::vector<std::size_t> images;
+          for (std::size_t i = 0; i < window.list.size(); ++i)
+            if (window.list.record(i).tag == tag::IDAT) images.push_back(i);
+          if (beside) window.document.defaultImage = testing::images_of(window)[0].handle();
+          std::size_t entry = images[beside ? 0 : frame];
+          const std::string before = shown_beside(window, entry), colors = colors_of(window);
+          recorder.messages.clear();
+          ASSERT_EQ(replace_image(window, entry, small_picture(6, 4, bits, 9), recorder.host),
+                    Replaced::Done);
+          const auto what = ::testing::Message() << +type << " frame " << frame << " gets " << bits;
+          EXPECT_EQ(shown_beside(window, entry), before) << what;
+          const bool promoted = !recorder.messages.empty();  // the user agreed to alpha
+          EXPECT_EQ(promoted, type == 2 && bits == 32) << what;
+          if (!promoted) EXPECT_EQ(colors_of(window), colors) << what;
+          EXPECT_EQ(window.list.record(entry).tag, tag::IDAT);
+          if (bits == 24 && frame == 0) {
+            ASSERT_TRUE(save_document(window, folder / "a.png", recorder.host));
+            EXPECT_EQ(testing::objections(folder / "a.png"), "") << what;
+          }
+        }
 }
 
 TEST(Fitting, PalettesAreMatchedDitheredOrReplacedByTheSettings) {
@@ -239,7 +297,7 @@ TEST(Fitting, OtherColorsAreAskedAboutWhereTheUserWantsThat) {
     };
     PictureFitting fitting(window, recorder.host);
     const Picture picture = small_picture(5, 5, 8, 77);
-    const Picture fitted = fitting.fit(picture, false);
+    const Picture fitted = fitting.fit(picture);
     EXPECT_EQ(asked, c.question) << kind_letters(c.kind) << c.answer;
     EXPECT_EQ(fitted.handle().data() == picture.handle().data(), c.same) << kind_letters(c.kind) << c.answer;
     EXPECT_EQ(chunk_find_palette(window.list, after) == colors && before == after, c.kept)

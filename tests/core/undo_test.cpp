@@ -36,7 +36,7 @@ TEST(UndoBytes, PicturesThatLevelsAloneHoldAreLimitedAndTheOldestGo) {
   DocumentWindow window = document_of_images(8);
   const std::uint64_t most = 2 * picture_bytes() + 100;
   for (unsigned i = 0; i < 6; ++i) {
-    ASSERT_TRUE(undo_push(window, host, most));
+    ASSERT_TRUE(undo_push(window, host, {}, most));
     replace_picture(window, i, 100 + i);
   }
   // The newest level was the window's own state when it was taken; two pictures lie in those before it.
@@ -62,7 +62,7 @@ TEST(UndoBytes, WhatTheDocumentStillHasCostsNothing) {
     }
   };
   for (int i = 0; i < 9; ++i) {
-    ASSERT_TRUE(undo_push(window, host, 100));
+    ASSERT_TRUE(undo_push(window, host, {}, 100));
     reversed();
   }
   EXPECT_EQ(window.undoLevels.size(), 9u);
@@ -73,13 +73,13 @@ TEST(UndoBytes, APictureThatIsTakenOutAndPutBackCountsOnce) {
   DocumentWindow window = document_of_images(4);
   const auto record = window.list.entry(1).record;
   for (int i = 0; i < 3; ++i) {
-    ASSERT_TRUE(undo_push(window, host, picture_bytes() + 100));
+    ASSERT_TRUE(undo_push(window, host, {}, picture_bytes() + 100));
     window.list.remove(1);
-    ASSERT_TRUE(undo_push(window, host, picture_bytes() + 100));
+    ASSERT_TRUE(undo_push(window, host, {}, picture_bytes() + 100));
     window.list.insert(1, record);
   }
   EXPECT_EQ(window.undoLevels.size(), 6u);
-  ASSERT_TRUE(undo_push(window, host, 0));
+  ASSERT_TRUE(undo_push(window, host, {}, 0));
   EXPECT_EQ(window.undoLevels.size(), 7u) << "the document has the picture";
 }
 
@@ -88,7 +88,7 @@ TEST(UndoBytes, ThePictureBesideTheListCountsToo) {
   DocumentWindow window = document_of_images(1);
   for (unsigned i = 0; i < 4; ++i) {
     window.document.defaultImage = small_picture(kSide, kSide, 24, i).handle();
-    ASSERT_TRUE(undo_push(window, host, picture_bytes() + 100));
+    ASSERT_TRUE(undo_push(window, host, {}, picture_bytes() + 100));
   }
   EXPECT_EQ(window.undoLevels.size(), 2u);
 }

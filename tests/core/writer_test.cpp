@@ -100,6 +100,7 @@ TEST_F(Writer, MisplacedRepeatedAndInvalidChunksAreSetRight) {
             "tEXt:5469746c650078 IEND");
   EXPECT_EQ(recorder_.notes,
             (std::vector<std::string>{"bKGD (entry 5) was left out", "gAMA (entry 8) was left out"}));
+  EXPECT_EQ(window.document.notes, recorder_.notes) << "they stay on the document";
   EXPECT_EQ(window.list.size(), 10u) << "the list stays";
 }
 
@@ -414,7 +415,7 @@ TEST_F(Writer, BackupsAreMadeAndARefusedOneStopsTheSave) {
 TEST_F(Writer, ASaveMarksEveryOtherStateAsUnsaved) {
   DocumentWindow window =
       opened({{"IHDR", header_payload(1, 1, 8, 0)}, {"IDAT", zero_image(1, 1, 8, 0)}, kEnd});
-  window.undoLevels.push_back({window.list, false, 0, {}});
+  window.undoLevels.push_back({window.list, false, 0, {}, {}});
   window.document.dirty = true;
   ASSERT_TRUE(save_document(window, file_, recorder_.host));
   EXPECT_FALSE(window.document.dirty);

@@ -17,7 +17,7 @@
 namespace vellum::testing {
 namespace {
 
-enum class When { Always, Chunks, Selected, Undo };
+enum class When { Always, Chunks, Selected, Undo, NotHere };
 
 /// What is stated of a command: whether it acts on a document, and when it can be chosen. Kinds: P PING,
 /// A APNG, M MING, W WEBP.
@@ -147,12 +147,17 @@ constexpr Stated kStated[] = {
     {205, "&Edit chunk...\tEnter", true, When::Chunks, "PAMW"},
     {206, "M&ove up\tAlt+Up", true, When::Chunks, "PAMW"},
     {207, "Mo&ve down\tAlt+Down", true, When::Chunks, "PAMW"},
+    {208, "&Redo\tCtrl+Y", true, When::NotHere, "PAMW"},
+    {209, "Dism&iss notes", true, When::NotHere, "PAMW"},
+    {1070, "&Other chunk...", true, When::Chunks, "PA"},
+    {1071, "&Other chunk...", true, When::Chunks, "M"},
 };
 
 /// Whether a command that works can be chosen while the document (none for '-') is in this state.
 bool stated_enabled(const Stated& c, char kind, std::size_t entries, std::size_t selected, bool undo) {
   if (kind == '-') return c.when == When::Always && !c.on_document;
   if (c.when == When::Always) return true;
+  if (c.when == When::NotHere) return false;  // these documents have nothing to do again, and no notes
   if (c.when == When::Undo) return undo;
   if (entries == 0 || c.kinds.find(kind) == std::string_view::npos) return false;
   return c.when == When::Chunks || selected > 0;
@@ -268,7 +273,7 @@ TEST_F(CommandTest, MenusAndToolbarHaveTheirPlaces) {
     if (const QAction* action = button->defaultAction(); action && !action->text().isEmpty())
       tools += plain_label(action->text().toUtf8().constData()).toStdString() + ';';
   EXPECT_EQ(tools,
-            "Open;Save;Undo;Cut;Copy;Paste;Insert;Delete chunk;View;Animation Wizard...;Supercompress;"
+            "Open;Save;Undo;Redo;Cut;Copy;Paste;Insert;Delete chunk;View;Animation Wizard...;Supercompress;"
             "Batch processor;");
 }
 

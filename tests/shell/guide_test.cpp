@@ -54,8 +54,7 @@ TEST(Guide, EveryDialogAndEveryEditorHasItsPage) {
                         "WINDOW", "HELP",       "CHUNK",  "COLOR",      "PALETTE", "RECOVERY", "RESIZE"};
   for (const SetupPageRow& page : setup_pages())
     topics << QStringLiteral("SETUP_") + QLatin1String(page.name);
-  for (const auto sets :
-       {png_field_sets(), text_field_sets(), mng_field_sets(), framing_field_sets(), webp_field_sets()})
+  for (const auto sets : all_field_sets())
     for (const ChunkFieldSet& set : sets)
       if (set.tag != tag::fdAT) topics << QString::fromStdString("CHUNK_" + tag_letters(set.tag));
   for (const QString& topic : topics)
@@ -70,8 +69,7 @@ TEST(Guide, TheFieldsThatAPageOfAnEditorNamesAreThere) {
                                       QRegularExpression::MultilineOption);
   static const QRegularExpression word(QStringLiteral("`(\\w+)`"));
   std::size_t seen = 0;
-  for (const auto sets :
-       {png_field_sets(), text_field_sets(), mng_field_sets(), framing_field_sets(), webp_field_sets()})
+  for (const auto sets : all_field_sets())
     for (const ChunkFieldSet& set : sets) {
       if (set.tag == tag::PNGI) continue;  // what its blocks hold is on their pages
       std::set<std::string> names;

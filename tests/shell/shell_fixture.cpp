@@ -136,7 +136,9 @@ std::set<std::size_t> selected_rows(const ChunkList& list) {
 }
 
 void WindowTest::SetUp() {
+  const auto note = main_.services().host.note;
   main_.services() = answers_.services();
+  main_.services().host.note = note;  // what a window shows of itself
   main_.resize(1000, 700);
   main_.show();
   settle();

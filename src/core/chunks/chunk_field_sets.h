@@ -51,10 +51,13 @@ struct ChunkFieldSet {
 };
 
 std::span<const ChunkFieldSet> png_field_sets();
+std::span<const ChunkFieldSet> meaning_field_sets();
 std::span<const ChunkFieldSet> text_field_sets();
 std::span<const ChunkFieldSet> mng_field_sets();
 std::span<const ChunkFieldSet> framing_field_sets();
 std::span<const ChunkFieldSet> webp_field_sets();
+/// All of them.
+std::array<std::span<const ChunkFieldSet>, 6> all_field_sets();
 
 inline constexpr DocumentKind kPng[] = {DocumentKind::PING, DocumentKind::APNG};
 inline constexpr DocumentKind kApng[] = {DocumentKind::APNG};

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 
-#include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "core/chunks/chunk_bytes.h"
 #include "core/chunks/chunk_field_sets.h"
 #include "core/chunks/chunk_payload.h"
 #include "core/chunks/chunk_table.h"
+#include "core/chunks/chunk_validity.h"
 #include "core/model/chunk_description.h"
 
 namespace vellum {
@@ -15,8 +16,7 @@ namespace {
 
 const ChunkFieldSet* find_set(const EntryPlace& place) {
   if (place.index >= place.window.list.size()) return nullptr;
-  for (const auto sets :
-       {png_field_sets(), text_field_sets(), mng_field_sets(), framing_field_sets(), webp_field_sets()})
+  for (const auto sets : all_field_sets())
     for (const ChunkFieldSet& set : sets)
       if (set.tag == place.record().tag &&
           std::ranges::find(set.kinds, place.window.document.kind) != set.kinds.end())
@@ -64,50 +64,26 @@ void put_fields(const ChunkFieldSet& set, std::span<const Field> fields, const F
   }
 }
 
-constexpr std::uint64_t kLongestChunk = 0x7FFFFFFF;  // PNG standard: a length has 31 bits
-
 /// Chunks whose content rules how long an MNG plays.
 bool rules_running_time(ChunkTag tag) {
   return tag == tag::LOOP || tag == tag::ENDL || tag == tag::TERM || tag == tag::FRAM;
 }
 
-bool put_data(DocumentWindow& window, std::size_t index, std::span<const std::uint8_t> bytes,
+bool put_data(DocumentWindow& window, std::size_t index, std::span<const std::uint8_t> bytes, Host& host,
               std::string& reason) {
   ChunkRecord record = window.list.record(index);
   if (!put_payload(record, bytes)) {
     reason = string_text(StringId::AllocationError);
     return false;
   }
+  if (!keeps_anyway(window, index, record, host)) {
+    reason = string_text(*record_fault(window, index, record));
+    return false;
+  }
   record.description = chunk_description(record);
   chunk_list_put(window.list, index, record);
   window.document.dirty = true;
   return true;
-}
-
-std::optional<std::vector<std::uint8_t>> parse_hexadecimal(std::string_view text) {
-  std::vector<std::uint8_t> bytes;
-  int high = -1;
-  for (const char c : text) {
-    if (c == ' ') continue;
-    const auto digit = std::string_view("0123456789abcdef").find(lower_case(std::string_view(&c, 1)));
-    if (digit == std::string_view::npos) return std::nullopt;
-    if (high >= 0) bytes.push_back(static_cast<std::uint8_t>(high << 4 | static_cast<int>(digit)));
-    high = high >= 0 ? -1 : static_cast<int>(digit);
-  }
-  return high >= 0 ? std::nullopt : std::optional(bytes);
-}
-
-/// Bytes that "data" is set to.
-std::optional<std::vector<std::uint8_t>> parse_data(std::string_view text, std::string& reason) {
-  if (text.starts_with('@')) {
-    const auto file = read_file(std::string(text.substr(1)), reason, kLongestChunk);
-    if (!file) return std::nullopt;
-    return std::vector<std::uint8_t>(file->data(), file->data() + file->size());
-  }
-  constexpr std::string_view prefix = "hex:";
-  const auto bytes = text.starts_with(prefix) ? parse_hexadecimal(text.substr(prefix.size())) : std::nullopt;
-  if (!bytes) reason = "data is \"hex:\" and pairs of hexadecimal digits, or \"@\" and the name of a file";
-  return bytes;
 }
 
 /// Chunks of unknown content; images, headers and ends are none.
@@ -119,9 +95,10 @@ bool has_free_data(const EntryPlace& place) {
          tag != tag::PLTE;
 }
 
-bool set_data(DocumentWindow& window, std::size_t index, std::string_view text, std::string& reason) {
-  const auto bytes = parse_data(text, reason);
-  return bytes && put_data(window, index, *bytes, reason);
+bool set_data(DocumentWindow& window, std::size_t index, std::string_view text, Host& host,
+              std::string& reason) {
+  const auto bytes = parse_bytes(text, reason);
+  return bytes && put_data(window, index, *bytes, host, reason);
 }
 
 std::string names_of(std::span<const Field> fields) {
@@ -131,6 +108,11 @@ std::string names_of(std::span<const Field> fields) {
 }
 
 }  // namespace
+
+std::array<std::span<const ChunkFieldSet>, 6> all_field_sets() {
+  return {png_field_sets(), meaning_field_sets(), text_field_sets(),
+          mng_field_sets(), framing_field_sets(), webp_field_sets()};
+}
 
 bool Applying::changed(std::string_view name) const {
   const FieldValue* now = values.find(name);
@@ -148,6 +130,13 @@ FieldValues read_chunk_fields(const DocumentWindow& window, std::size_t index) {
   const EntryPlace place{window, index};
   const ChunkFieldSet* set = find_set(place);
   return set ? read_fields(*set, place, fields_of(*set, place)) : FieldValues();
+}
+
+std::optional<std::string> chunk_data_text(const DocumentWindow& window, std::size_t index) {
+  const EntryPlace place{window, index};
+  if (index >= window.list.size() || !chunk_fields(window, index).empty() || !has_free_data(place))
+    return std::nullopt;
+  return bytes_text(raw_payload(place.record()));
 }
 
 std::optional<FieldFault> check_chunk_fields(const DocumentWindow& window, std::size_t index,
@@ -193,7 +182,7 @@ bool set_chunk_field(DocumentWindow& window, std::size_t index, std::string_view
   const std::string tag = tag_letters(window.list.record(index).tag);
   const Field* field = find_field(fields, name);
   if (!field && fields.empty() && name == "data" && has_free_data({window, index}))
-    return set_data(window, index, text, reason);
+    return set_data(window, index, text, host, reason);
   if (!field) {
     reason = tag + " has no field " + std::string(name);
     reason += fields.empty() ? "" : "; it has " + names_of(fields);
@@ -207,7 +196,9 @@ bool set_chunk_field(DocumentWindow& window, std::size_t index, std::string_view
   enable_field(fields, *field, values);
   values.set(name, parse_field_value(*field, text));
   if (const auto fault = check_chunk_fields(window, index, values)) {
-    reason = fault->text;
+    reason = fault->id == StringId::Latin1Question && name == "text"
+                 ? std::string(string_text(StringId::Latin1Only))
+                 : fault->text;
     return false;
   }
   if (apply_chunk_fields(window, index, values, host) != Applied::Failed) return true;

@@ -16,6 +16,9 @@ std::vector<Field> chunk_fields(const DocumentWindow& window, std::size_t index)
 /// The values of all its fields, those outside their range brought into it.
 FieldValues read_chunk_fields(const DocumentWindow& window, std::size_t index);
 
+/// The payload of an entry that has no fields and whose bytes can be set: "hex:..."; nothing for others.
+std::optional<std::string> chunk_data_text(const DocumentWindow& window, std::size_t index);
+
 /// The first thing that is wrong with the values: a range, or fields that don't go together. A fault that is
 /// a question goes away with `repair_chunk_fields`.
 std::optional<FieldFault> check_chunk_fields(const DocumentWindow& window, std::size_t index,

@@ -180,7 +180,57 @@ constexpr ChunkField box_row(const char* name, const char* label, const char* pa
   return row;
 }
 
-constexpr std::size_t kImageRowCount = 3 + 1 + std::size(kFramingRows) + 1 + std::size(kDefinitionRows<true>);
+// The bKGD of the image: one grey sample, three, or an index.
+template <std::size_t At, std::size_t Bytes>
+FieldValue get_background(const ChunkRecord& record) {
+  const auto& bytes = record.image->background;
+  return std::int64_t{Bytes == 2 ? read_be16(&bytes[At]) : bytes[At]};
+}
+template <std::size_t At, std::size_t Bytes>
+void put_background(ChunkRecord& record, const FieldValue& value) {
+  auto& bytes = record.image.edit().background;
+  const auto number = static_cast<std::uint32_t>(std::get<std::int64_t>(value));
+  if constexpr (Bytes == 2)
+    write_be16(&bytes[At], number);
+  else
+    bytes[At] = static_cast<std::uint8_t>(number);
+}
+template <std::size_t At, std::size_t Bytes>
+constexpr ChunkField background_field(const char* name, const char* label) {
+  ChunkField row = {enabled_by(whole_field(name, label, 0, 65535), "hasBackground"),
+                    get_background<At, Bytes>, put_background<At, Bytes>};
+  row.field.page = "Background";
+  return row;
+}
+
+constexpr ChunkField kBackgroundRows[] = {
+    box_row("hasBackground", "This image has a background", "Background", carries<CRF_BKGD>),
+    background_field<0, 2>("backgroundGrey", "Grey"),
+    background_field<0, 2>("backgroundRed", "Red"),
+    background_field<2, 2>("backgroundGreen", "Green"),
+    background_field<4, 2>("backgroundBlue", "Blue"),
+    background_field<0, 1>("backgroundIndex", "Color"),
+};
+
+/// Fields of a background that images of a color type don't have go away; the others get their range.
+void adapt_image(const EntryPlace& place, std::vector<Field>& fields) {
+  const ChunkRecord& record = place.record();
+  const bool indexed = record.colorType == 3, grey = record.colorType % 4 == 0;
+  const std::int64_t most = indexed ? std::max<std::int64_t>(record.image->paletteBytes / 3, 1) - 1
+                                    : (std::int64_t{1} << record.bitDepth) - 1;
+  for (const char* name :
+       {"backgroundGrey", "backgroundRed", "backgroundGreen", "backgroundBlue", "backgroundIndex"}) {
+    const std::string_view which = name;
+    const bool has = which == "backgroundIndex" ? indexed : !indexed && grey == (which == "backgroundGrey");
+    if (has)
+      edit_field(fields, name)->most = most;
+    else
+      remove_field(fields, name);
+  }
+}
+
+constexpr std::size_t kImageRowCount =
+    3 + 1 + std::size(kFramingRows) + 1 + std::size(kDefinitionRows<true>) + std::size(kBackgroundRows);
 
 /// Position and delay first, then a page for each block with a box that tells whether the image carries it.
 constexpr std::array<ChunkField, kImageRowCount> image_rows() {
@@ -197,6 +247,7 @@ constexpr std::array<ChunkField, kImageRowCount> image_rows() {
     if (row.field.name != std::string_view("delay")) rows[count++] = on_page(row, "FRAM", "hasFram");
   rows[count++] = box_row("hasDefi", "This image has a DEFI", "DEFI", carries<CRF_DEFI>);
   for (const ChunkField& row : kDefinitionRows<true>) rows[count++] = on_page(row, "DEFI", "hasDefi");
+  for (const ChunkField& row : kBackgroundRows) rows[count++] = row;
   return rows;
 }
 constexpr auto kImageRows = image_rows();
@@ -290,6 +341,7 @@ bool finish_image(Applying& applying) {
   const FieldValues& values = applying.values;
   set_flag(record.flags, CRF_FRAM, values.number("hasFram") != 0 || applying.changed("delay"));
   if (record.flags & CRF_FRAM) raise_levels(record.image.edit().framBlock, applying);
+  set_flag(record.flags, CRF_BKGD, values.number("hasBackground") != 0);
   const bool positioned = values.number("hasPosition") != 0 && applying.changed("hasPosition");
   set_flag(record.flags, CRF_DEFI, values.number("hasDefi") != 0 || positioned);
   const bool same_length =
@@ -316,6 +368,7 @@ constexpr ChunkFieldSet kSets[] = {
      .kinds = kMng,
      .rows = kImageRows,
      .prepare = prepare_image,
+     .adapt = adapt_image,
      .check = check_name,
      .finish = finish_image},
 };

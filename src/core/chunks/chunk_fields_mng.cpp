@@ -74,6 +74,10 @@ bool rescale_entry(ChunkRecord& record, const Clocks& clocks) {
     clocks.rescale(record.image.edit().framBlock);
     return true;
   }
+  if (record.tag == tag::TERM && raw_payload(record).size() >= 10) {
+    put_payload_number<2, 4>(record, std::int64_t{rescaled(payload_be32(record, 2), clocks.from, clocks.to)});
+    return true;
+  }
   FramBlock block;
   if (record.tag != tag::FRAM || !parse_laid_out_framing(raw_payload(record), block)) return false;
   clocks.rescale(block);
@@ -83,7 +87,8 @@ bool rescale_entry(ChunkRecord& record, const Clocks& clocks) {
 void rescale_delays(ChunkList& list, const Clocks& clocks) {
   const QuietList quiet(list);
   for (std::size_t i = 0; i < list.size(); ++i) {
-    if (list.record(i).tag != tag::PNGI && list.record(i).tag != tag::FRAM) continue;
+    const ChunkTag tag = list.record(i).tag;
+    if (tag != tag::PNGI && tag != tag::FRAM && tag != tag::TERM) continue;
     ChunkRecord record = list.record(i);
     if (rescale_entry(record, clocks)) chunk_list_put(list, i, record);
   }

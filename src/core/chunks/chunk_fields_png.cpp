@@ -20,6 +20,8 @@ namespace {
 
 constexpr FieldChoice kColorTypes[] = {
     {0, "Grey"}, {2, "True color"}, {3, "Palette"}, {4, "Grey with alpha"}, {6, "True color with alpha"}};
+/// Those that an animation is written in: greys go out as a palette, or as true color.
+constexpr FieldChoice kAnimatedTypes[] = {kColorTypes[1], kColorTypes[2], kColorTypes[4]};
 constexpr FieldChoice kDepths[] = {{1, "1"}, {2, "2"}, {4, "4"}, {8, "8"}, {16, "16"}};
 
 constexpr ChunkField kHeaderRows[] = {
@@ -44,6 +46,9 @@ void adapt_header(const EntryPlace& place, std::vector<Field>& fields) {
   const bool still = place.window.document.kind == DocumentKind::PING;
   const bool images = has_images(place.window);
   if (still || !images) remove_field(fields, "enlarge");
+  const bool written = std::ranges::find(kAnimatedTypes, place.record().colorType, &FieldChoice::value) !=
+                       std::end(kAnimatedTypes);
+  if (!still && images && written) edit_field(fields, "colorType")->choices = kAnimatedTypes;
   if (still && images)
     for (const char* name : {"width", "height"}) lock(fields, name, StringId::UseResizeOrCrop);
   if (images && !convertImages)
@@ -177,6 +182,29 @@ std::optional<std::uint32_t> parse_digits(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return value;
+}
+
+/// "12.5" as 125 / 10; at most four digits behind the point.
+struct Decimal {
+  std::uint64_t num = 0, den = 1;
+};
+std::optional<Decimal> parse_decimal(std::string_view text) {
+  const std::size_t point = std::min(text.find('.'), text.size());
+  const std::string_view behind = text.substr(std::min(point + 1, text.size()));
+  if (behind.size() > 4 || (behind.empty() && point != text.size())) return std::nullopt;
+  const auto digits = parse_digits(std::string(text.substr(0, point)).append(behind));
+  if (!digits) return std::nullopt;
+  Decimal decimal{*digits, 1};
+  for (std::size_t i = 0; i < behind.size(); ++i) decimal.den *= 10;
+  return decimal;
+}
+
+/// Rates of television are written short: 29.97 is 30000/1001.
+Decimal exact_rate(Decimal rate) {
+  for (const std::uint64_t whole : {24u, 30u, 48u, 60u, 120u})
+    if (rate.den > 1 && (whole * 1000 * rate.den * 2 + 1001) / (1001 * 2) == rate.num)
+      return {whole * 1000, 1001};
+  return rate;
 }
 
 std::optional<FrameDelay> delay_from(std::uint64_t num, std::uint64_t den) {
@@ -354,16 +382,17 @@ std::int64_t stored_gamma(double gamma) { return std::llround(kGammaUnit / std::
 std::optional<FrameDelay> parse_frame_delay(std::string_view text) {
   std::string_view inner = trimmed(text);
   if (inner.ends_with("ms")) {
-    const auto time = parse_digits(trimmed(inner.substr(0, inner.size() - 2)));
+    const auto time = parse_decimal(trimmed(inner.substr(0, inner.size() - 2)));
     if (!time) return std::nullopt;
-    return delay_from(*time, 1000);
+    return delay_from(time->num, 1000 * time->den);
   }
   const std::size_t bar = inner.find('/');
-  const auto frames = parse_digits(trimmed(inner.substr(0, bar)));
+  const auto frames = parse_decimal(trimmed(inner.substr(0, bar)));
   const auto seconds =
       bar == std::string_view::npos ? std::optional(1u) : parse_digits(trimmed(inner.substr(bar + 1)));
-  if (!frames || !seconds || *frames == 0 || *seconds == 0) return std::nullopt;
-  return delay_from(*seconds, *frames);
+  if (!frames || !seconds || frames->num == 0 || *seconds == 0) return std::nullopt;
+  const Decimal rate = bar == std::string_view::npos ? exact_rate(*frames) : *frames;
+  return delay_from(*seconds * rate.den, rate.num);
 }
 
 std::string frame_delay_text(FrameDelay delay) {

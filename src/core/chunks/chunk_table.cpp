@@ -176,6 +176,8 @@ constexpr ChunkRow kChunks[] = {
     {tag::sBIT, kInPngs, kInPngs, ChunkPlace::BeforePalette, 1, 4, check_significant_bits},
     {tag::sRGB, kInPngs, kInPngs, ChunkPlace::BeforePalette, 1, 1, check_rendering_intent},
     {tag::cICP, kInPngs, kInPngs, ChunkPlace::BeforePalette, 4, 4, nullptr},
+    {tag::mDCV, kInPngs, kInPngs, ChunkPlace::BeforePalette, 24, 24, nullptr},
+    {tag::cLLI, kInPngs, kInPngs, ChunkPlace::BeforePalette, 8, 8, nullptr},
     {tag::PLTE, kInPngs, kInPngs, ChunkPlace::AtPalette, 3, 768, check_palette},
     {tag::bKGD, kInPngs, kInPngs, ChunkPlace::BehindPalette, 1, 6, check_background},
     {tag::hIST, kInPngs, kInPngs, ChunkPlace::BehindPalette, 2, 512, check_histogram},
@@ -204,6 +206,17 @@ constexpr ChunkRow kChunks[] = {
     {tag::DEFI, kInMng, 0, ChunkPlace::Folded, 2, 28, check_definition},
     {tag::MOVE, kInMng, 0, ChunkPlace::Anywhere, 13, 13, nullptr},
     {tag::SHOW, kInMng, 0, ChunkPlace::Anywhere, 0, 5, check_show},
+    {tag::CLIP, kInMng, 0, ChunkPlace::Anywhere, 21, 21, nullptr},
+    {tag::CLON, kInMng, 0, ChunkPlace::Anywhere, 4, 16, nullptr},
+    {tag::DISC, kInMng, 0, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
+    {tag::SAVE, kInMng, 0, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
+    {tag::SEEK, kInMng, 0, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
+    {tag::MAGN, kInMng, 0, ChunkPlace::Anywhere, 0, 18, nullptr},
+    {tag::PAST, kInMng, 0, ChunkPlace::Anywhere, 41, kAnyLength, nullptr},
+    {tag::nEED, kInMng, 0, ChunkPlace::Anywhere, 1, kAnyLength, nullptr},
+    {tag::eXPI, kInMng, 0, ChunkPlace::Anywhere, 3, kAnyLength, nullptr},
+    {tag::fPRI, kInMng, 0, ChunkPlace::Anywhere, 2, 2, nullptr},
+    {tag::pHYg, kInMng, 0, ChunkPlace::Anywhere, 0, 9, nullptr},
     {tag::WEBH, kInWebp, kInWebp, ChunkPlace::Fixed, 0, kAnyLength, nullptr},
     {tag::WEBI, kInWebp, 0, ChunkPlace::Image, 0, kAnyLength, nullptr},
     {tag::ICCP, kInWebp, kInWebp, ChunkPlace::BeforeImage, 0, kAnyLength, nullptr},
@@ -231,6 +244,8 @@ std::uint8_t kind_bit(DocumentKind kind) {
   const auto row = std::ranges::find(bits, kind, &std::pair<DocumentKind, KindSet>::first);
   return row == std::end(bits) ? std::uint8_t{0} : std::uint8_t{row->second};
 }
+
+std::span<const ChunkRow> chunk_table() { return kChunks; }
 
 const ChunkRow* chunk_row(ChunkTag tag, DocumentKind kind) {
   const std::uint8_t bit = kind_bit(kind);

@@ -51,6 +51,8 @@ struct ChunkRow {
   bool (*check)(std::span<const std::uint8_t> payload, const PngContext& context);
 };
 
+/// All rows.
+std::span<const ChunkRow> chunk_table();
 /// The row of a tag in documents of this kind; null for a tag that is not known there. Unknown chunks may
 /// stand anywhere, any number of times.
 const ChunkRow* chunk_row(ChunkTag tag, DocumentKind kind);

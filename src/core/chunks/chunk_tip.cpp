@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "core/chunks/chunk_field_sets.h"
+#include "core/chunks/chunk_reading.h"
 #include "core/chunks/mng_counts.h"
 #include "core/chunks/text_chunk.h"
 #include "core/model/clock.h"
@@ -231,6 +232,12 @@ std::string of_unknown(const EntryPlace& place) {
   return text;
 }
 
+/// What has no tip of its own is told as its bytes are read.
+std::string of_reading(const EntryPlace& place) {
+  const ChunkRecord& record = place.record();
+  return reading_text(chunk_reading(record.tag, raw_payload(record), place.window.document.kind));
+}
+
 struct TipRow {
   ChunkTag tag;
   std::string (*tip)(const EntryPlace&);
@@ -277,7 +284,8 @@ bool is_understood(const EntryPlace& place) {
 std::string whole_tip(const EntryPlace& place) {
   if (is_image_entry(place.window.document.kind, place.record().tag)) return of_image(place);
   const auto row = std::ranges::find(kTips, place.record().tag, &TipRow::tag);
-  if (row == std::end(kTips) || !is_understood(place)) return of_unknown(place);
+  if (!is_understood(place)) return of_unknown(place);
+  if (row == std::end(kTips)) return of_reading(place);
   return row->tip(place);
 }
 
@@ -289,9 +297,9 @@ std::string_view first_characters(std::string_view line) {
   return line.substr(0, end);
 }
 
-std::string loop_note(const EntryPlace& place, StringId found) {
+std::string loop_note(const EntryPlace& place, StringId found, StringId missing) {
   const std::size_t partner = loop_partner(place.window.list, place.index);
-  if (partner == kNoEntry) return std::string(string_text(StringId::NoMatchingEnd));
+  if (partner == kNoEntry) return std::string(string_text(missing));
   return format_text(string_text(found).data(), static_cast<unsigned>(partner + 1));
 }
 
@@ -314,9 +322,9 @@ std::string chunk_note(const DocumentWindow& window, std::size_t index) {
   const EntryPlace place{window, index};
   switch (place.record().tag) {
     case tag::LOOP:
-      return loop_note(place, StringId::LoopEndsAt);
+      return loop_note(place, StringId::LoopEndsAt, StringId::NoMatchingEnd);
     case tag::ENDL:
-      return loop_note(place, StringId::LoopBeginsAt);
+      return loop_note(place, StringId::LoopBeginsAt, StringId::NoMatchingBeginning);
     case tag::TERM:
       return std::string(string_text(StringId::ViewerRepeats));
     case tag::FRAM:

@@ -132,6 +132,13 @@ bool make_text(const Making& making) {
   return put_payload(making.record, text.payload, kSpareTextBytes);
 }
 
+bool make_international(const Making& making) {
+  using namespace std::string_view_literals;
+  std::string text("Comment\0\0\0\0\0"sv);
+  text += settings::ForRent;
+  return making.payload({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
 bool make_time(const Making& making) { return making.payload(local_time_payload()); }
 
 void put_sample(std::vector<std::uint8_t>& bytes, unsigned value) {
@@ -186,6 +193,21 @@ bool make_background(const Making& making) {
       put_sample(bytes, sample(value));
   }
   return making.payload(bytes);
+}
+
+/// All bits of each sample.
+bool make_significant_bits(const Making& making) {
+  static constexpr std::size_t samples[] = {1, 0, 3, 3, 2, 0, 4};
+  const auto header = ruling_header(making);
+  if (!header || header->colorType >= std::size(samples)) return false;
+  const std::uint8_t depth = header->colorType == 3 ? 8 : header->bitDepth;
+  return making.payload(std::vector<std::uint8_t>(samples[header->colorType], depth));
+}
+
+bool make_histogram(const Making& making) {
+  Palette palette;
+  const std::size_t colors = chunk_find_palette(making.window.list, palette);
+  return colors > 0 && making.payload(std::vector<std::uint8_t>(2 * colors));
 }
 
 bool make_mng_background(const Making& making) {
@@ -246,7 +268,10 @@ constexpr DefaultRow kDefaults[] = {
     {tag::gAMA, make_gamma},
     {tag::tEXt, make_text},
     {tag::zTXt, make_text},
+    {tag::iTXt, make_international},
     {tag::tIME, make_time},
+    {tag::sBIT, make_significant_bits},
+    {tag::hIST, make_histogram},
     {tag::tRNS, make_transparency},
     {tag::bKGD, make_background},
     {tag::BACK, make_mng_background},
@@ -256,6 +281,43 @@ constexpr DefaultRow kDefaults[] = {
     {tag::FRAM, make_framing},
     {tag::DEFI, make_definition},
 };
+
+/// Contents that depend on nothing.
+struct BytesRow {
+  ChunkTag tag;
+  std::string_view bytes;
+};
+
+using namespace std::string_view_literals;
+
+constexpr BytesRow kDefaultBytes[] = {
+    {tag::pHYs, "\0\0\x0E\xC4\0\0\x0E\xC4\1"sv},  // 3780 pixels a meter: 96 an inch
+    {tag::sRGB, "\0"sv},
+    // The primaries of sRGB, in the units of each.
+    {tag::cHRM,
+     "\0\0\x7A\x26\0\0\x80\x84\0\0\xFA\0\0\0\x80\xE8\0\0\x75\x30\0\0\xEA\x60\0\0\x3A\x98\0\0\x17\x70"sv},
+    {tag::cICP, "\1\x0D\0\1"sv},
+    {tag::mDCV, "\x7D\0\x40\x74\x3A\x98\x75\x30\x1D\x4C\x0B\xB8\x3D\x13\x40\x42\0\x98\x96\x80\0\0\0\1"sv},
+    {tag::cLLI, "\0\x98\x96\x80\0\x3D\x09\0"sv},
+    {tag::iCCP, "Profile\0\0"sv},  // the profile itself has to be given
+    {tag::sPLT, "Suggested\0\x08"sv},
+    {tag::eXIf, "MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\1\0\0\0\0\0\0"sv},  // upright
+    {tag::oFFs, "\0\0\0\0\0\0\0\0\0"sv},
+    {tag::sTER, "\0"sv},
+    {tag::sCAL, "\0011\0001"sv},
+    {tag::MAGN, ""sv},
+    {tag::DISC, ""sv},
+    {tag::SAVE, ""sv},
+    {tag::SEEK, ""sv},
+    {tag::SHOW, ""sv},
+    {tag::MOVE, "\0\0\0\0\0\0\0\0\0\0\0\0\0"sv},
+};
+
+bool put_default_bytes(ChunkRecord& record) {
+  const auto row = std::ranges::find(kDefaultBytes, record.tag, &BytesRow::tag);
+  return row != std::end(kDefaultBytes) &&
+         put_payload(record, {reinterpret_cast<const std::uint8_t*>(row->bytes.data()), row->bytes.size()});
+}
 
 }  // namespace
 
@@ -273,14 +335,18 @@ ChunkRecord text_record(std::string_view keyword, std::string_view text) {
   return record;
 }
 
+bool has_default_content(ChunkTag tag) {
+  return std::ranges::find(kDefaults, tag, &DefaultRow::tag) != std::end(kDefaults) ||
+         std::ranges::find(kDefaultBytes, tag, &BytesRow::tag) != std::end(kDefaultBytes);
+}
+
 bool new_chunk(const DocumentWindow& window, ChunkRecord& out, ChunkTag tag,
                const NewChunkArgument& argument) {
   out = {};
   const auto row = std::ranges::find(kDefaults, tag, &DefaultRow::tag);
-  if (row == std::end(kDefaults)) return false;
   out.tag = tag;
   out.owner = &window.document;
-  if (row->make({window, argument, out})) return true;
+  if (row == std::end(kDefaults) ? put_default_bytes(out) : row->make({window, argument, out})) return true;
   chunk_free(out);
   return false;
 }

@@ -17,6 +17,9 @@ struct NewChunkArgument {
 bool new_chunk(const DocumentWindow& window, ChunkRecord& out, ChunkTag tag,
                const NewChunkArgument& argument = {});
 
+/// Whether `new_chunk` knows the tag.
+bool has_default_content(ChunkTag tag);
+
 /// A tEXt record. The keyword is Latin-1, the text UTF-8; characters that Latin-1 does not have become "?",
 /// line ends LF, and a NUL ends it.
 ChunkRecord text_record(std::string_view keyword, std::string_view text);

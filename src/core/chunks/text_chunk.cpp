@@ -94,6 +94,14 @@ TextPayload text_payload(std::string_view keyword, std::string_view text) {
   return {latin1 ? tag::tEXt : tag::iTXt, {payload.begin(), payload.end()}};
 }
 
+ChunkRecord record_of_text(TextChunk text) {
+  text.text.resize(std::min(text.text.find('\0'), text.text.size()));
+  ChunkRecord record;
+  record.tag = first_beyond_latin1(text.text) ? tag::iTXt : tag::tEXt;
+  write_text_chunk(record, text);
+  return record;
+}
+
 std::size_t deflated_text_bytes(const TextChunk& text, bool latin1) {
   const std::string content = with_line_feeds(text.text);
   return deflate_bytes(as_bytes(latin1 ? latin1_from_utf8(content) : content), kTextLevel).size();

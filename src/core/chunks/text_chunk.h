@@ -12,7 +12,7 @@ namespace vellum {
 struct TextChunk {
   std::string keyword, text;
   bool compressed = false;
-  std::string language, translatedKeyword;  ///< iTXt alone
+  std::string language = {}, translatedKeyword = {};  ///< iTXt alone
 };
 
 /// Empty for a record that is no text chunk, and for one whose content can't be told: a zTXt that was kept
@@ -30,6 +30,10 @@ struct TextPayload {
 };
 /// A tEXt, or an iTXt where Latin-1 has not all characters. The keyword is ASCII, the text UTF-8.
 TextPayload text_payload(std::string_view keyword, std::string_view text);
+
+/// A tEXt or zTXt with this text, as `compressed` says; an iTXt where Latin-1 lacks one of its characters. A
+/// NUL ends the text.
+ChunkRecord record_of_text(TextChunk text);
 
 /// Bytes of the text as it would be deflated.
 std::size_t deflated_text_bytes(const TextChunk& text, bool latin1);

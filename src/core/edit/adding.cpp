@@ -26,10 +26,9 @@ bool has_room(Adding& adding) {
 /// The picture as the document holds it. The header of a document without an image may change by it, and
 /// entries around.
 Picture fitted(Adding& adding, const Picture& picture) {
-  const bool first = !adding.insertion.has_image();
-  if (first) adding.insertion.flush();
+  if (!adding.fitting.has_others()) adding.insertion.flush();
   const std::size_t before = adding.window.list.size();
-  const Picture result = adding.fitting.fit(picture, first);
+  const Picture result = adding.fitting.fit(picture);
   if (adding.window.list.size() != before) adding.insertion.restart();
   return result;
 }

@@ -99,7 +99,9 @@ std::optional<CopiedChunks> cut_selected(DocumentWindow& window, Host& host) {
     host.show(StringId::NotCut);
     return copied;
   }
-  if (!undo_push(window, host)) return std::nullopt;
+  const ChunkTag first = window.list.record(copied->entries.front()).tag;
+  if (!undo_push(window, host, undo_name(StringId::UndoCut, copied->entries.size(), first)))
+    return std::nullopt;
   std::vector<bool> marks(window.list.size());
   for (const std::size_t entry : copied->entries) marks[entry] = true;
   delete_marked(window, std::move(marks), host);

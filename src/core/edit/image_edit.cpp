@@ -9,12 +9,6 @@
 namespace vellum {
 namespace {
 
-bool is_first_image(const DocumentWindow& window, std::size_t index) {
-  for (std::size_t i = 0; i < index; ++i)
-    if (is_image_entry(window.document.kind, window.list.record(i).tag)) return false;
-  return true;
-}
-
 /// Calls change(pixel) for each four bytes of a 32-bit picture, as a number with alpha in its high byte.
 template <class Change>
 Picture changed_pixels(Picture picture, Change change) {
@@ -38,7 +32,7 @@ Replaced replace_image(DocumentWindow& window, std::size_t& index, const Picture
   if (!has_rows(picture)) return Replaced::Failed;
   const std::int32_t caret = std::exchange(window.document.caret, static_cast<std::int32_t>(index));
   PictureFitting fitting(window, host, choice);
-  const Picture fitted = fitting.fit(picture, is_first_image(window, index));
+  const Picture fitted = fitting.fit(picture, index);
   index = static_cast<std::size_t>(window.document.caret);
   window.document.caret = caret;
   ChunkRecord record;

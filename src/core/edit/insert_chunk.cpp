@@ -108,6 +108,13 @@ NewChunkArgument completed(const DocumentWindow& window, ChunkTag tag, NewChunkA
   return argument;
 }
 
+/// For tags without a content of their own: whoever inserts one types it.
+bool make_zeros(ChunkRecord& record, ChunkTag tag, DocumentKind kind) {
+  const ChunkRow* row = chunk_row(tag, kind);
+  record.tag = tag;
+  return put_payload(record, std::vector<std::uint8_t>(row ? row->shortest : 0));
+}
+
 }  // namespace
 
 std::size_t caret_entry(const DocumentWindow& window) {
@@ -164,8 +171,20 @@ std::optional<StringId> insert_refusal(const DocumentWindow& window, ChunkTag ta
       StringId::LocationInvalid);
 }
 
+std::vector<ChunkTag> insertable_tags(const DocumentWindow& window) {
+  const DocumentKind kind = window.document.kind;
+  std::vector<ChunkTag> tags;
+  for (const ChunkRow& row : chunk_table()) {
+    if (!(row.kinds & kind_bit(kind)) || !may_be_put(row.tag, kind) || row.place == ChunkPlace::Image)
+      continue;
+    if (!stands_once(row.tag, kind) || chunk_count_tag(window.list, row.tag) == 0) tags.push_back(row.tag);
+  }
+  return tags;
+}
+
 bool insert_record(DocumentWindow& window, const ChunkRecord& record, Host& host) {
-  return report(host, insert_refusal(window, record.tag)) && undo_push(window, host) &&
+  return report(host, insert_refusal(window, record.tag)) &&
+         undo_push(window, host, undo_name(StringId::UndoInsert, 1, record.tag)) &&
          place_record(window, record, host);
 }
 
@@ -174,10 +193,14 @@ bool insert_chunk(DocumentWindow& window, ChunkTag tag, const NewChunkArgument& 
     const Picture picture(argument.picture);
     return picture ? insert_pictures(window, {&picture, 1}, host) : report(host, StringId::InsertError);
   }
-  if (!report(host, insert_refusal(window, tag)) || !undo_push(window, host)) return false;
+  if (!report(host, insert_refusal(window, tag)) ||
+      !undo_push(window, host, undo_name(StringId::UndoInsert, 1, tag)))
+    return false;
   ChunkRecord record;
-  if (!new_chunk(window, record, tag, completed(window, tag, argument)))
-    return report(host, StringId::InsertError);
+  const bool made = has_default_content(tag)
+                        ? new_chunk(window, record, tag, completed(window, tag, argument))
+                        : make_zeros(record, tag, window.document.kind);
+  if (!made) return report(host, StringId::InsertError);
   return place_record(window, record, host);
 }
 
@@ -185,7 +208,8 @@ bool insert_pictures(DocumentWindow& window, std::span<const Picture> pictures, 
                      std::optional<PaletteChoice> choice) {
   if (pictures.empty() || !report(host, insert_refusal(window, image_tag(window.document.kind))))
     return false;
-  if (!undo_push(window, host)) return false;
+  const ChunkTag tag = image_tag(window.document.kind);
+  if (!undo_push(window, host, undo_name(StringId::UndoInsert, pictures.size(), tag))) return false;
   Adding adding(window, caret_entry(window) + 1, host, choice);
   for (const Picture& picture : pictures)
     if (!tell(host, add_picture(adding, picture))) break;

@@ -12,8 +12,13 @@ std::optional<StringId> insert_refusal(const DocumentWindow& window, ChunkTag ta
 /// Inserts the default content of a tag behind the caret (an undo level first), and moves the caret onto it.
 /// LOOP and ENDL go around the caret's image; FRAM and DEFI become a part of it. A LOOP whose count is 0
 /// repeats for ever; a FRAM whose delay is 0 takes `DefaultDelay`. An image needs its picture in the
-/// argument. False, with the message given to the host, when it was refused (no undo level then) or failed.
+/// argument. A tag without a default content gets as many zeros as it needs. False, with the message given to
+/// the host, when it was refused (no undo level then) or failed.
 bool insert_chunk(DocumentWindow& window, ChunkTag tag, const NewChunkArgument& argument, Host& host);
+
+/// The tags that can be inserted in this kind of document by name, in the order of the chunk table: all but
+/// images, what is fixed, and what stands once and is there.
+std::vector<ChunkTag> insertable_tags(const DocumentWindow& window);
 
 /// The same for a record that is made already: of an editor, or of the command line.
 bool insert_record(DocumentWindow& window, const ChunkRecord& record, Host& host);

@@ -37,6 +37,7 @@ Placed Insertion::add(ChunkRecord record) {
   }
   record.owner = nullptr;
   pending_.push_back(make_entry(window_.document, record));
+  added_.insert(pending_.back().get());
   shape_insert(shape_, *place, tag);
   if (!tags_.empty()) tags_.insert(tag);
   wanted_ = std::max(*place, wanted_) + 1;
@@ -44,6 +45,13 @@ Placed Insertion::add(ChunkRecord record) {
   window_.document.caret = static_cast<std::int32_t>(*place);
   ++count_;
   return Placed::Done;
+}
+
+void Insertion::select_added() {
+  flush();
+  const QuietList quiet(window_.list);
+  for (std::size_t i = 0; i < window_.list.size(); ++i)
+    window_.list.select(i, added_.contains(&window_.list.record(i)));
 }
 
 void Insertion::flush() {

@@ -28,12 +28,13 @@ class Insertion {
   /// Puts what was added into the list.
   void flush();
 
+  /// Selects what was added, and nothing else.
+  void select_added();
+
   /// Begins anew behind the caret, after others changed the list.
   void restart();
 
   std::size_t wanted() const { return wanted_; }
-  /// Whether there is an image already.
-  bool has_image() const { return shape_.firstImage != kNoEntry; }
   std::size_t count() const { return count_; }
   /// Whether an entry was added that the header counts.
   bool counted() const { return counted_; }
@@ -47,6 +48,7 @@ class Insertion {
   std::vector<std::shared_ptr<const ChunkRecord>> pending_;
   std::size_t pendingAt_ = 0;
   std::unordered_set<ChunkTag> tags_;  ///< filled when first asked for
+  std::unordered_set<const ChunkRecord*> added_;
   std::size_t count_ = 0;
   bool counted_ = false;
 };

@@ -49,7 +49,7 @@ bool apply_order(DocumentWindow& window, const Order& order, bool push, Host& ho
   ChunkList after = window.list;
   after.reorder(order);
   if (!is_legal(window.list, after, order, kind)) return refuse(host);
-  if (push && !undo_push(window, host)) return false;
+  if (push && !undo_push(window, host, undo_name(StringId::UndoMove, window))) return false;
   const bool counted = moves_counted(window.list, order, kind);
   const std::size_t caret = caret_entry(window);
   window.document.caret = static_cast<std::int32_t>(std::ranges::find(order, caret) - order.begin());
@@ -155,7 +155,8 @@ bool move_images(DocumentWindow& window, const MoveImages& request, Host& host) 
     moving[i] = window.list.entry(i).selected;
   }
   if (std::ranges::find(moving, true) == moving.end()) return refuse(host, StringId::SelectImagesToMove);
-  if (!undo_push(window, host)) return false;
+  const StringId what = request.copy ? StringId::UndoCopyImages : StringId::UndoMove;
+  if (!undo_push(window, host, undo_name(what, window))) return false;
   const auto anchor = anchor_of(images, moving, request);
   if (!anchor) return false;
   const std::size_t position = *anchor + (request.before ? 0 : 1);

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "core/chunks/new_chunk.h"
+#include "core/chunks/chunk_validity.h"
+#include "core/chunks/text_chunk.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/undo.h"
 #include "core/model/first_frame.h"
@@ -60,27 +61,6 @@ void paste_loop(Pasting& pasting, ChunkRecord record) {
   put_loop_level(record, pasting.loops);
   follow_loops(pasting.loops, record);
   paste_plain(pasting, record);
-}
-
-/// Whether a chunk is judged by the header and the palette: it stands in front of the images of a PNG.
-bool depends_on_header(ChunkTag tag, DocumentKind kind) {
-  return (kind_bit(kind) & kInPngs) && place_of(tag, kind) != ChunkPlace::Anywhere;
-}
-
-PngContext context_of(const ChunkList& list) {
-  const std::size_t header = chunk_find_first(list, tag::IHDR);
-  Palette palette;
-  if (header == kNoEntry) return {};
-  return {list.record(header).bitDepth, list.record(header).colorType, chunk_find_palette(list, palette)};
-}
-
-/// Whether the bytes are valid for this document. What anybody pastes by the thousand needs no look at the
-/// list.
-bool is_valid_here(const DocumentWindow& window, const ChunkRecord& record) {
-  const DocumentKind kind = window.document.kind;
-  const PngContext context = depends_on_header(record.tag, kind) ? context_of(window.list) : PngContext{};
-  const auto payload = record.tag == tag::zTXt ? record.data.bytes() : raw_payload(record);
-  return is_valid_chunk(record.tag, payload, context, kind);
 }
 
 void paste_record(Pasting& pasting, const ChunkRecord& record) {
@@ -182,14 +162,22 @@ std::optional<std::size_t> image_entry(const DocumentWindow& window, std::size_t
   return found;
 }
 
+/// Ends a paste: what came is selected, so that it can be moved or taken out at once.
+bool finish_paste(Adding& adding) {
+  const bool changed = adding.finish();
+  if (adding.insertion.count() > 0) adding.insertion.select_added();
+  return changed;
+}
+
 bool goes_along(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
 
 }  // namespace
 
 bool paste_block(DocumentWindow& window, std::span<const std::uint8_t> bytes, Host& host) {
-  if (!undo_push(window, host)) return false;
   const auto block = read_chunk_block(bytes);
   if (!block || block->records.empty()) return refused(host, StringId::ClipboardInvalid);
+  const std::string name = undo_name(StringId::UndoPaste, block->records.size(), block->records.front().tag);
+  if (!undo_push(window, host, name)) return false;
   if (caret_is_at_end(window)) return refused(host, StringId::PasteRefused);
   Pasting pasting{{window, paste_place(window, *block), host},
                   block->source,
@@ -199,43 +187,48 @@ bool paste_block(DocumentWindow& window, std::span<const std::uint8_t> bytes, Ho
   if (window.document.kind == DocumentKind::MING)
     pasting.loops = open_loops(window.list, std::min(pasting.adding.insertion.wanted(), window.list.size()));
   for (const ChunkRecord& record : block->records) paste_record(pasting, record);
-  return pasting.adding.finish();
+  return finish_paste(pasting.adding);
 }
 
 bool paste_picture(DocumentWindow& window, const Picture& picture, Host& host) {
-  if (!undo_push(window, host)) return false;
+  if (!undo_push(window, host, undo_name(StringId::UndoPaste, 1, image_tag(window.document.kind))))
+    return false;
   if (caret_is_at_end(window)) return refused(host, StringId::PasteRefused);
   Adding adding(window, caret_entry(window) + 1, host);
   const Added added = add_picture(adding, picture);
   refuse(adding, added, StringId::PasteRefused);
-  return adding.finish();
+  return finish_paste(adding);
 }
 
 bool paste_text(DocumentWindow& window, std::string_view text, Host& host) {
-  if (!undo_push(window, host)) return false;
-  if (caret_is_at_end(window) || !may_be_put(tag::tEXt, window.document.kind))
+  const ChunkRecord record = record_of_text({.keyword = "Comment", .text = std::string(text)});
+  if (!undo_push(window, host, undo_name(StringId::UndoPaste, 1, record.tag))) return false;
+  if (caret_is_at_end(window) || !may_be_put(record.tag, window.document.kind))
     return refused(host, StringId::PasteRefused);
-  ChunkRecord record = text_record("Comment", text);
   Adding adding(window, caret_entry(window) + 1, host);
-  if (adding.insertion.add(std::move(record)) != Placed::Done) adding.refuse(StringId::PasteRefused);
-  return adding.finish();
+  if (adding.insertion.add(record) != Placed::Done) adding.refuse(StringId::PasteRefused);
+  if (record.tag == tag::iTXt) host.add_note(string_text(StringId::BecameInternational));
+  return finish_paste(adding);
 }
 
 bool drop_rows(DocumentWindow& to, const DocumentWindow& from, std::size_t row, Host& host) {
   const FrameSource source = frame_source_of(from);
   const std::vector<ChunkRecord> records = selected_records(from);
-  return undo_push(to, host) && drop_records(to, source, records, row, host);
+  return undo_push(to, host, undo_name(StringId::UndoDrop, from)) &&
+         drop_records(to, source, records, row, host);
 }
 
 bool drop_block(DocumentWindow& to, std::span<const std::uint8_t> bytes, std::size_t row, Host& host) {
-  if (!undo_push(to, host)) return false;
   const auto block = read_chunk_block(bytes);
-  if (!block) return refused(host, StringId::ClipboardInvalid);
+  if (!block || block->records.empty()) return refused(host, StringId::ClipboardInvalid);
+  const std::string name = undo_name(StringId::UndoDrop, block->records.size(), block->records.front().tag);
+  if (!undo_push(to, host, name)) return false;
   return drop_records(to, block->source, block->records, row, host);
 }
 
 bool drop_pictures(DocumentWindow& to, std::span<const Picture> pictures, std::size_t row, Host& host) {
-  if (!undo_push(to, host)) return false;
+  const ChunkTag tag = image_tag(to.document.kind);
+  if (!undo_push(to, host, undo_name(StringId::UndoDrop, pictures.size(), tag))) return false;
   const std::int32_t caret = begin_drop(to, row);
   Adding adding(to, row + 1, host);
   for (const Picture& picture : pictures) {
@@ -252,7 +245,8 @@ bool drop_pictures(DocumentWindow& to, std::span<const Picture> pictures, std::s
 bool merge_document(DocumentWindow& to, const DocumentWindow& from, const MergeRequest& request, Host& host) {
   const FrameSource source = frame_source_of(from);
   const ChunkList list = from.list;  // which may be the same one
-  if (!undo_push(to, host) || !agrees_to_merge(to, from, host)) return false;
+  if (!undo_push(to, host, string_text(StringId::UndoMerge)) || !agrees_to_merge(to, from, host))
+    return false;
   const std::size_t behind = image_entry(to, request.after).value_or(0) + 1;
   Adding adding(to, behind, host);
   for (std::size_t i = 0; i < list.size(); ++i) {

@@ -164,31 +164,41 @@ Picture PictureFitting::fit_to_header(const Picture& picture) {
   }
 }
 
-Picture PictureFitting::fit(const Picture& picture, bool first) {
-  cancelled_ = false;
-  const Picture fitted = fit_to_kind(picture, first);
-  if (!fitted && host_.stopped()) cancelled_ = true;
-  return fitted;
+bool PictureFitting::has_others(std::size_t replaced) {
+  if (window_.document.kind == DocumentKind::APNG && window_.document.defaultImage) return true;
+  for (std::size_t i = 0; !others_ && i < window_.list.size(); ++i)
+    others_ = i != replaced && is_image_entry(window_.document.kind, window_.list.record(i).tag);
+  return others_;
 }
 
-Picture PictureFitting::fit_to_kind(const Picture& picture, bool first) {
-  switch (window_.document.kind) {
-    case DocumentKind::WEBP:
-      return picture.bits() <= 8 ? opaque_true_color(picture) : picture;
-    case DocumentKind::PING:
-    case DocumentKind::APNG:
-      break;
-    default:
-      return colors_ == 0 ? picture : in_existing_palette(picture);
-  }
+Picture PictureFitting::fit_alone(const Picture& picture, bool replaces) {
   const bool still = window_.document.kind == DocumentKind::PING;
-  if (!still && !first) return fit_to_header(picture);
   Picture fitted = picture;
-  if (still && header_.colorType == 3 && colors_ != 0) fitted = in_existing_palette(picture);
+  if ((still || replaces) && header_.colorType == 3 && colors_ != 0) fitted = in_existing_palette(picture);
   if (!fitted) return fitted;
   header_take_picture(window_, fitted);
   look_up();
   return fitted;
+}
+
+Picture PictureFitting::fit(const Picture& picture, std::size_t replaced) {
+  cancelled_ = false;
+  const Picture fitted = fit_to_kind(picture, replaced);
+  if (!fitted && host_.stopped()) cancelled_ = true;
+  return fitted;
+}
+
+Picture PictureFitting::fit_to_kind(const Picture& picture, std::size_t replaced) {
+  switch (window_.document.kind) {
+    case DocumentKind::WEBP:
+      return picture.bits() <= 8 ? opaque_true_color(picture) : picture;
+    case DocumentKind::PING:
+      return fit_alone(picture, replaced != kNoEntry);
+    case DocumentKind::APNG:
+      return has_others(replaced) ? fit_to_header(picture) : fit_alone(picture, replaced != kNoEntry);
+    default:
+      return colors_ == 0 ? picture : in_existing_palette(picture);
+  }
 }
 
 bool PictureFitting::holds(const Picture& picture, const std::vector<std::uint8_t>& table) const {

@@ -22,12 +22,19 @@ class PictureFitting {
   /// Without a choice the colors are remapped; while `AllowAdvancedPalettes` is on the user is asked.
   PictureFitting(DocumentWindow& window, Host& host, std::optional<PaletteChoice> choice = std::nullopt);
 
-  /// The picture as this document holds it. PNG and animated PNG: matched to the palette or the greys of the
-  /// header; 24 or 32 bits under a true-color header. A picture with alpha makes a 24-bit animated PNG one of
-  /// 32 bits when the user agrees. WebP: 24 or 32 bits. MNG: as it is. For the image of a still PNG and the
-  /// `first` one of an animated PNG the header follows the picture. Null when the user cancelled or memory is
+  /// The document takes a picture, whoever brings it: the picture as this document holds it. `replaced` is
+  /// the entry whose picture it becomes, none where it comes in beside the others (which are all in the
+  /// list).
+  ///
+  /// PNG and animated PNG: matched to the palette or the greys of the header; 24 or 32 bits under a
+  /// true-color header. A picture with alpha makes a 24-bit animated PNG one of 32 bits when the user agrees.
+  /// Only where the document has no other image does the header follow the picture; a palette that was there
+  /// stays all the same. WebP: 24 or 32 bits. MNG: as it is. Null when the user cancelled or memory is
   /// exhausted.
-  Picture fit(const Picture& picture, bool first);
+  Picture fit(const Picture& picture, std::size_t replaced = kNoEntry);
+
+  /// Whether the document has images beside the replaced one.
+  bool has_others(std::size_t replaced = kNoEntry);
 
   /// Whether the user cancelled the last question, or stopped the last matching.
   bool cancelled() const { return cancelled_; }
@@ -38,7 +45,8 @@ class PictureFitting {
 
  private:
   void look_up();
-  Picture fit_to_kind(const Picture& picture, bool first);
+  Picture fit_to_kind(const Picture& picture, std::size_t replaced);
+  Picture fit_alone(const Picture& picture, bool replaces);
   Picture fit_to_header(const Picture& picture);
   std::optional<PaletteChoice> choose();
   Picture in_existing_palette(const Picture& picture);
@@ -49,6 +57,7 @@ class PictureFitting {
   Host& host_;
   std::optional<PaletteChoice> choice_;
   bool cancelled_ = false;
+  bool others_ = false;  ///< an image was met that stays
   std::optional<bool> alphaAgreed_;
   PngHeader header_;
   Palette palette_{};

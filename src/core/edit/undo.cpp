@@ -4,6 +4,9 @@
 #include <new>
 #include <unordered_set>
 
+#include "base/fields.h"
+#include "core/edit/insert_chunk.h"
+#include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
 #include "core/settings.h"
 
@@ -75,16 +78,51 @@ void keep_to_bytes(std::deque<UndoLevel>& levels, std::uint64_t most) {
   while (sum_of_own_bytes(levels) > most) levels.pop_front();
 }
 
+/// What the window holds, as a level.
+UndoLevel present_state(const DocumentWindow& window, std::string_view name) {
+  const Document& document = window.document;
+  return {window.list, document.dirty, document.caret, document.defaultImage, std::string(name), 0, {}};
+}
+
+bool is_present(const UndoLevel& level, const DocumentWindow& window) {
+  const auto same = [](const ChunkList::Entry& a, const ChunkList::Entry& b) {
+    return a.record == b.record && a.selected == b.selected;
+  };
+  const ChunkList &a = level.list, &b = window.list;
+  if (a.size() != b.size() || level.defaultImage.data() != window.document.defaultImage.data()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (!same(a.entry(i), b.entry(i))) return false;
+  return true;
+}
+
+void become(DocumentWindow& window, const UndoLevel& level) {
+  const QuietList quiet(window.list);
+  Document& document = window.document;
+  window.list = level.list;
+  document.caret = level.caret;
+  document.dirty = level.dirty;
+  document.defaultImage = level.defaultImage;
+  chunk_list_close_change(window.list, document);
+}
+
+UndoLevel take_newest(DocumentWindow& window) {
+  UndoLevel level = std::move(window.undoLevels.back());
+  window.undoLevels.pop_back();
+  window.document.undoAvailable = !window.undoLevels.empty();
+  return level;
+}
+
 }  // namespace
 
-bool undo_push(DocumentWindow& window, Host& host, std::uint64_t most) {
-  const Document& document = window.document;
+bool undo_push(DocumentWindow& window, Host& host, std::string_view name, std::uint64_t most) {
+  undo_settle(window);
   try {
-    window.undoLevels.push_back({window.list, document.dirty, document.caret, document.defaultImage});
+    window.undoLevels.push_back(present_state(window, name));
   } catch (const std::bad_alloc&) {
     host.show(StringId::UndoLevelError);
     return false;
   }
+  window.undoLevels.back().redo = std::exchange(window.redoLevels, {});
   try {
     keep_to_bytes(window.undoLevels, most);
   } catch (const std::bad_alloc&) {
@@ -96,25 +134,65 @@ bool undo_push(DocumentWindow& window, Host& host, std::uint64_t most) {
   return true;
 }
 
+void undo_settle(DocumentWindow& window) {
+  auto& levels = window.undoLevels;
+  while (!levels.empty() && is_present(levels.back(), window))
+    window.redoLevels = std::move(take_newest(window).redo);
+  if (!levels.empty()) levels.back().redo.clear();
+  window.document.undoAvailable = !levels.empty();
+}
+
 bool undo_pop(DocumentWindow& window) {
-  if (!window.document.undoAvailable || window.undoLevels.empty()) return false;
-  const UndoLevel level = std::move(window.undoLevels.back());
-  window.undoLevels.pop_back();
-  Document& document = window.document;
-  document.undoAvailable = !window.undoLevels.empty();
+  undo_settle(window);
+  if (window.undoLevels.empty()) return false;
+  const UndoLevel level = take_newest(window);
   if (level.list.empty()) return false;
-  const QuietList quiet(window.list);
-  window.list = level.list;
-  document.caret = level.caret;
-  document.dirty = level.dirty;
-  document.defaultImage = level.defaultImage;
-  chunk_list_close_change(window.list, document);
+  try {
+    window.redoLevels.push_back(present_state(window, level.name));
+  } catch (const std::bad_alloc&) {
+    window.redoLevels.clear();  // undone for good
+  }
+  become(window, level);
   return true;
+}
+
+bool redo_pop(DocumentWindow& window) {
+  undo_settle(window);
+  if (window.redoLevels.empty()) return false;
+  const UndoLevel level = std::move(window.redoLevels.back());
+  window.redoLevels.pop_back();
+  window.undoLevels.push_back(present_state(window, level.name));
+  window.document.undoAvailable = true;
+  become(window, level);
+  return true;
+}
+
+void undo_take_back(DocumentWindow& window) {
+  if (window.undoLevels.empty()) return;
+  UndoLevel level = take_newest(window);
+  become(window, level);
+  window.redoLevels = std::move(level.redo);
 }
 
 void undo_clear(DocumentWindow& window) {
   window.undoLevels.clear();
+  window.redoLevels.clear();
   window.document.undoAvailable = false;
+}
+
+std::string undo_name(StringId what, std::size_t chunks, ChunkTag single) {
+  return filled(
+      what, {chunks == 1 ? tag_letters(single) : filled(StringId::NumberOfChunks, {std::to_string(chunks)})});
+}
+
+std::string undo_name(StringId what, const DocumentWindow& window) {
+  const ChunkList& list = window.list;
+  if (list.empty()) return filled(what, {{}});
+  const std::size_t chosen = list.selected_count();
+  std::size_t single = caret_entry(window);
+  for (std::size_t i = 0; chosen == 1 && i < list.size(); ++i)
+    if (list.entry(i).selected) single = i;
+  return undo_name(what, std::max<std::size_t>(chosen, 1), list.record(single).tag);
 }
 
 }  // namespace vellum

@@ -9,6 +9,7 @@
 #include "core/files/read_mng.h"
 #include "core/files/read_png.h"
 #include "core/files/read_webp.h"
+#include "core/model/document_notes.h"
 #include "core/model/kind_table.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
@@ -108,6 +109,7 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   Document& document = window.document;
   document.fileName = path;
   document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
+  const KeptNotes kept(document, host);
   const ContentRow* content = find_content(*file);
   const DocumentKind kind = kind_to_read(path, content);
   if (content && content->kind == DocumentKind::None)

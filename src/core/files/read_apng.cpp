@@ -147,8 +147,8 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<P
       return reading.fail(*found.frames[i].control, decoded[i].reason,
                           decoded[i].limit ? FaultKind::Limit : FaultKind::Damaged);
     if (decoded[i].isShort)
-      reading.host.set_status("Frame " + std::to_string(i + 1) +
-                              " has less image data than its size asks for.");
+      reading.host.add_note("Frame " + std::to_string(i + 1) +
+                            " has less image data than its size asks for.");
     pictures.push_back(std::move(decoded[i].picture));
   }
   return true;

@@ -7,6 +7,7 @@
 #include "core/files/write_mng.h"
 #include "core/files/write_png.h"
 #include "core/files/write_webp.h"
+#include "core/model/document_notes.h"
 #include "core/model/kind_table.h"
 
 namespace vellum {
@@ -40,6 +41,7 @@ bool make_backup(const fs::path& path, Host& host) {
 void mark_saved(DocumentWindow& window, const fs::path& path) {
   window.document.dirty = false;
   for (UndoLevel& level : window.undoLevels) level.dirty = true;
+  for (UndoLevel& level : window.redoLevels) level.dirty = true;
   std::error_code error;
   window.document.fileTime = fs::last_write_time(path, error);
 }
@@ -95,6 +97,7 @@ WriteResult write_document(DocumentWindow& window, DocumentKind written, const S
 }
 
 bool save_document(DocumentWindow& window, const fs::path& path, Host& host, const SaveOptions& options) {
+  const KeptNotes kept(window.document, host);
   const WriteResult result = write_file(window, path, options, host);
   if (result == WriteResult::Failed)
     host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, host.take_fault());

@@ -139,6 +139,7 @@ void document_clear(DocumentWindow& window) {
   window.document = {};
   window.list.clear();
   window.undoLevels.clear();
+  window.redoLevels.clear();
 }
 
 std::string document_title(const Document& document) {

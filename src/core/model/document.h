@@ -30,6 +30,8 @@ struct Document {
   /// An animated PNG's default image that is no frame of the animation: a picture that walkers of the list
   /// never meet.
   ChunkHandle defaultImage;
+  /// What reading and writing changed, left out or found missing, until someone has dismissed it.
+  std::vector<std::string> notes;
   /// When the file was last written, as it was loaded or saved; to see that another program changed it.
   std::filesystem::file_time_type fileTime{};
 };
@@ -41,15 +43,18 @@ struct UndoLevel {
   bool dirty = false;
   std::int32_t caret = 0;
   ChunkHandle defaultImage;
+  std::string name;  ///< of the change that it undoes ("delete 3 chunks"); of a level of Redo: does again
   /// At most the bytes that this level holds and the next newer state doesn't; see undo.cpp.
   std::uint64_t ownBytes = 0;
+  std::vector<UndoLevel> redo = {};  ///< what could be done again when it was taken
 };
 
 /// What a document window owns. The desktop shows it, the command-line tool and the tests use it as it is.
 struct DocumentWindow {
   Document document;
   ChunkList list;
-  std::deque<UndoLevel> undoLevels;  ///< the oldest first; see undo.h
+  std::deque<UndoLevel> undoLevels;   ///< the oldest first; see undo.h
+  std::vector<UndoLevel> redoLevels = {};  ///< what was undone, the last one last
 };
 
 /// Recomputes the header's dimensions from the frames, and the counts of frames that headers carry.

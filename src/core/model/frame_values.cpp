@@ -12,13 +12,18 @@ namespace {
 constexpr Colour kColourMask = 0xFFFFFF;
 
 /// The low bytes of three 16-bit samples.
-Colour three_samples(const ChunkRecord& record) {
-  return make_colour(payload_byte(record, 1), payload_byte(record, 3), payload_byte(record, 5));
+/// Which byte of a 16-bit sample tells the level of a color: the high one where samples have 16 bits.
+std::size_t level_byte(unsigned bit_depth) { return bit_depth == 16 ? 0 : 1; }
+
+Colour three_samples(const ChunkRecord& record, unsigned bit_depth) {
+  const std::size_t at = level_byte(bit_depth);
+  return make_colour(payload_byte(record, at), payload_byte(record, at + 2), payload_byte(record, at + 4));
 }
 
 Colour grey_sample(const ChunkRecord& record, unsigned bit_depth) {
   const unsigned most = bit_depth < 8 ? (1u << bit_depth) - 1 : 255;
-  const unsigned level = std::min<unsigned>(payload_byte(record, 1), most) * 255 / std::max(most, 1u);
+  const unsigned sample = std::min<unsigned>(payload_byte(record, level_byte(bit_depth)), most);
+  const unsigned level = sample * 255 / std::max(most, 1u);
   return make_colour(level, level, level);
 }
 
@@ -26,16 +31,16 @@ std::optional<Colour> background_of_png(const ChunkList& list) {
   const std::size_t header = chunk_find_first(list, tag::IHDR);
   const std::size_t at = chunk_find_first(list, tag::bKGD, nullptr, 1);
   if (header == kNoEntry || at == kNoEntry) return std::nullopt;
-  const std::uint8_t type = list.record(header).colorType;
-  if (type == 2 || type == 6) return three_samples(list.record(at));
-  if (type == 0 || type == 4) return grey_sample(list.record(at), list.record(header).bitDepth);
+  const std::uint8_t type = list.record(header).colorType, depth = list.record(header).bitDepth;
+  if (type == 2 || type == 6) return three_samples(list.record(at), depth);
+  if (type == 0 || type == 4) return grey_sample(list.record(at), depth);
   return std::nullopt;
 }
 
 std::optional<Colour> background_of_mng(const ChunkList& list) {
   const std::size_t at = chunk_find_first(list, tag::BACK, nullptr, 1);
   if (at == kNoEntry) return std::nullopt;
-  return three_samples(list.record(at));
+  return three_samples(list.record(at), 16);
 }
 
 std::optional<Colour> background_of_webp(const ChunkList& list) {

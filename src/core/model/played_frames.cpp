@@ -87,15 +87,26 @@ std::vector<std::size_t> images_of(const DocumentWindow& window) {
   return entries;
 }
 
+/// Whether the loop in front of the first image is one of those inside.
+bool begins_inside(const std::vector<Step>& steps) {
+  return !steps.empty() && steps.front().what == Step::What::Loop;
+}
+
 }  // namespace
+
+std::uint32_t whole_plays(const DocumentWindow& window) {
+  std::vector<Step> steps;
+  if (window.document.kind == DocumentKind::MING) steps = steps_of(window.list);
+  const bool inside = !take_outer(steps) && begins_inside(steps);
+  return inside ? 1 : GetIterations(window.list, window.document);
+}
 
 PlayedFrames played_frames(const DocumentWindow& window) {
   PlayedFrames result{images_of(window), GetIterations(window.list, window.document)};
   if (window.document.kind != DocumentKind::MING) return result;
   std::vector<Step> steps = steps_of(window.list);
   const bool outer = take_outer(steps);
-  // The loop in front of the first image is one of those that are written out.
-  if (!outer && !steps.empty() && steps.front().what == Step::What::Loop) result.plays = 1;
+  if (!outer && begins_inside(steps)) result.plays = 1;
   if (std::ranges::all_of(steps, [](const Step& step) { return step.what == Step::What::Image; }))
     return result;
   const auto images = unrolled(steps);

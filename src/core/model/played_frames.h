@@ -16,6 +16,9 @@ struct PlayedFrames {
   bool loopsLost = false;            ///< loops inside were left out: too many frames, or no end
 };
 
+/// How often all of it plays, 0 for ever: of an MNG the loop around all images, not one around some of them.
+std::uint32_t whole_plays(const DocumentWindow& window);
+
 /// The loop of an MNG around all of its images gives the plays; loops inside are written out.
 PlayedFrames played_frames(const DocumentWindow& window);
 

@@ -22,10 +22,11 @@ inline constexpr ChunkTag IHDR = make_tag("IHDR"), PLTE = make_tag("PLTE"), IDAT
                           IEND = make_tag("IEND"), tEXt = make_tag("tEXt"), zTXt = make_tag("zTXt"),
                           iTXt = make_tag("iTXt"), tIME = make_tag("tIME"), gAMA = make_tag("gAMA"),
                           cHRM = make_tag("cHRM"), sRGB = make_tag("sRGB"), iCCP = make_tag("iCCP"),
-                          cICP = make_tag("cICP"), sBIT = make_tag("sBIT"), bKGD = make_tag("bKGD"),
-                          hIST = make_tag("hIST"), tRNS = make_tag("tRNS"), pHYs = make_tag("pHYs"),
-                          sPLT = make_tag("sPLT"), eXIf = make_tag("eXIf"), acTL = make_tag("acTL"),
-                          fcTL = make_tag("fcTL"), fdAT = make_tag("fdAT");
+                          mDCV = make_tag("mDCV"), cLLI = make_tag("cLLI"), cICP = make_tag("cICP"),
+                          sBIT = make_tag("sBIT"), bKGD = make_tag("bKGD"), hIST = make_tag("hIST"),
+                          tRNS = make_tag("tRNS"), pHYs = make_tag("pHYs"), sPLT = make_tag("sPLT"),
+                          eXIf = make_tag("eXIf"), acTL = make_tag("acTL"), fcTL = make_tag("fcTL"),
+                          fdAT = make_tag("fdAT");
 // PNG extensions (registered chunks).
 inline constexpr ChunkTag oFFs = make_tag("oFFs"), pCAL = make_tag("pCAL"), sCAL = make_tag("sCAL"),
                           sTER = make_tag("sTER"), gIFg = make_tag("gIFg"), gIFx = make_tag("gIFx");
@@ -33,7 +34,10 @@ inline constexpr ChunkTag oFFs = make_tag("oFFs"), pCAL = make_tag("pCAL"), sCAL
 inline constexpr ChunkTag MHDR = make_tag("MHDR"), MEND = make_tag("MEND"), TERM = make_tag("TERM"),
                           BACK = make_tag("BACK"), LOOP = make_tag("LOOP"), ENDL = make_tag("ENDL"),
                           FRAM = make_tag("FRAM"), DEFI = make_tag("DEFI"), MOVE = make_tag("MOVE"),
-                          SHOW = make_tag("SHOW");
+                          SHOW = make_tag("SHOW"), CLIP = make_tag("CLIP"), CLON = make_tag("CLON"),
+                          DISC = make_tag("DISC"), SAVE = make_tag("SAVE"), SEEK = make_tag("SEEK"),
+                          nEED = make_tag("nEED"), eXPI = make_tag("eXPI"), fPRI = make_tag("fPRI"),
+                          pHYg = make_tag("pHYg"), MAGN = make_tag("MAGN"), PAST = make_tag("PAST");
 // MNG 1.0: what begins an image that is not understood.
 inline constexpr ChunkTag JHDR = make_tag("JHDR"), DHDR = make_tag("DHDR"), BASI = make_tag("BASI");
 // WebP container: color profile, camera data and XMP beside the images.

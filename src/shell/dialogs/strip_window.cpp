@@ -80,7 +80,8 @@ StripWindow::StripWindow(DocumentFrame& frame, ThumbnailCache& thumbnails, Servi
   for (const auto& [keys, command] : {std::pair(QKeySequence::Cut, 201),
                                       {QKeySequence::Copy, 202},
                                       {QKeySequence::Paste, 203},
-                                      {QKeySequence::Undo, 204}})
+                                      {QKeySequence::Undo, 204},
+                                      {QKeySequence::Redo, 208}})
     connect(new QShortcut(QKeySequence(keys), this), &QShortcut::activated, this,
             [run, number = command] { run(number); });
   connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this, [] {

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "configuration/shell_settings.h"
+#include "core/chunks/chunk_tip.h"
 #include "core/edit/image_edit.h"
 #include "core/model/frame_values.h"
 #include "core/settings.h"
@@ -111,6 +112,7 @@ ImageEditor::ImageEditor(QWidget* parent, DocumentWindow& window, std::size_t ed
     return applied != Applied::Failed;
   };
   QObject::connect(QApplication::clipboard(), &QClipboard::dataChanged, &dialog, [this] { show_state(); });
+  if (const std::string note = chunk_note(scratch, index); !note.empty()) dialog.form().add_note(to_qt(note));
   show_picture();
 }
 
@@ -240,7 +242,8 @@ void ImageEditor::paste() {
 }
 
 void ImageEditor::paint() {
-  if (const auto painted = paint_elsewhere(&dialog, picture(), services))
+  // With its transparency, whether a color's or a palette's.
+  if (const auto painted = paint_elsewhere(&dialog, panel->view().picture(), services))
     take(*painted, painted_colors(kind()));
 }
 

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "core/chunks/chunk_reading.h"
+#include "core/chunks/chunk_validity.h"
 #include "core/model/chunk_description.h"
 #include "shell/editors/editor_pages.h"
 #include "shell/look/style.h"
@@ -31,7 +32,7 @@ ChunkTag tag_of(const QString& text) {
 }
 
 struct UnknownEditor {
-  UnknownEditor(QWidget* parent, DocumentKind kind, const ChunkRecord& edited, Services& using_services);
+  UnknownEditor(QWidget* parent, const DocumentWindow& of, std::size_t entry, Services& using_services);
 
   QWidget* make_page();
   QWidget* make_head();
@@ -40,7 +41,13 @@ struct UnknownEditor {
   void append();
   void load();
   std::string check() const;
+  /// The record as it is typed now.
+  ChunkRecord typed() const;
+  bool changed() const;
+  bool may_be_taken();
 
+  const DocumentWindow& window;
+  std::size_t index;
   const ChunkRecord& record;
   DocumentKind kind;
   Services& services;
@@ -52,9 +59,14 @@ struct UnknownEditor {
   QTimer later;
 };
 
-UnknownEditor::UnknownEditor(QWidget* parent, DocumentKind of, const ChunkRecord& edited,
+UnknownEditor::UnknownEditor(QWidget* parent, const DocumentWindow& of, std::size_t entry,
                              Services& using_services)
-    : record(edited), kind(of), services(using_services), dialog(parent) {
+    : window(of),
+      index(entry),
+      record(of.list.record(entry)),
+      kind(of.document.kind),
+      services(using_services),
+      dialog(parent) {
   auto* pages = new QTabWidget(&dialog);
   pages->addTab(make_page(), QObject::tr("&Content"));
   const auto payload = [this] {
@@ -62,7 +74,8 @@ UnknownEditor::UnknownEditor(QWidget* parent, DocumentKind of, const ChunkRecord
     return std::optional(std::vector<std::uint8_t>(now.begin(), now.end()));
   };
   pages->addTab(new RawPage(record.tag, payload), QObject::tr("&Raw"));
-  finish_editor(dialog, pages, record.tag, services, [this] { return check(); });
+  finish_editor(
+      dialog, pages, record.tag, services, [this] { return check(); }, [this] { return may_be_taken(); });
   const auto content = raw_payload(record);
   bytes->view().set_bytes({content.begin(), content.end()});
   later.setSingleShot(true);
@@ -84,7 +97,7 @@ QWidget* UnknownEditor::make_head() {
   name->setFixedWidth(name->fontMetrics().horizontalAdvance(QStringLiteral("WWWWWW")));
   properties = new QLabel(head);
   properties->setTextFormat(Qt::PlainText);
-  form->addRow(QObject::tr("&Name"), name);
+  form->addRow(QObject::tr("Na&me"), name);
   form->addRow(QString(), properties);
   return head;
 }
@@ -156,23 +169,36 @@ std::string UnknownEditor::check() const {
   return allowed ? std::string() : std::string(string_text(StringId::ChunkNameRule));
 }
 
+ChunkRecord UnknownEditor::typed() const {
+  ChunkRecord now = record;
+  const auto content = bytes->view().bytes();
+  now.tag = tag_of(name->text());
+  now.data = ChunkHandle::copy_of(content);
+  now.size = static_cast<std::int32_t>(content.size());
+  return now;
+}
+
+bool UnknownEditor::changed() const {
+  return tag_of(name->text()) != record.tag ||
+         !std::ranges::equal(bytes->view().bytes(), raw_payload(record));
+}
+
+bool UnknownEditor::may_be_taken() {
+  return !changed() || keeps_anyway(window, index, typed(), services.host);
+}
+
 }  // namespace
 
 Edited edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
-  ChunkRecord record;
-  if (!chunk_list_get(window.list, index, record)) return Edited::Cancelled;
-  UnknownEditor editor(parent, window.document.kind, record, services);
+  if (index >= window.list.size()) return Edited::Cancelled;
+  UnknownEditor editor(parent, window, index, services);
   if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
-  const auto content = editor.bytes->view().bytes();
-  const ChunkTag tag = tag_of(editor.name->text());
-  if (tag == record.tag && std::ranges::equal(content, raw_payload(record))) return Edited::Same;
-  record.data = ChunkHandle::copy_of(content);
+  if (!editor.changed()) return Edited::Same;
+  ChunkRecord record = editor.typed();
   if (!record.data) {
     services.host.show(StringId::AllocationError);
     return Edited::Cancelled;
   }
-  record.tag = tag;
-  record.size = static_cast<std::int32_t>(content.size());
   record.description = chunk_description(record);
   return chunk_list_put(window.list, index, record) ? Edited::Changed : Edited::Cancelled;
 }

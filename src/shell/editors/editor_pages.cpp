@@ -31,14 +31,15 @@ void tell(Services& services, StringId id, std::string text, std::string more) {
 }
 
 void finish_editor(QDialog& dialog, QTabWidget* pages, ChunkTag tag, Services& services,
-                   std::function<std::string()> check) {
+                   std::function<std::string()> check, std::function<bool()> agree) {
   dialog.setWindowTitle(editor_title(tag));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
   QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog,
-                   [&dialog, &services, check = std::move(check)] {
+                   [&dialog, &services, check = std::move(check), agree = std::move(agree)] {
                      const std::string fault = check ? check() : std::string();
-                     fault.empty() ? dialog.accept() : tell(services, {}, fault);
+                     if (!fault.empty()) return tell(services, {}, fault);
+                     if (!agree || agree()) dialog.accept();
                    });
   add_help(dialog, *buttons, [tag] { return chunk_topic(tag); });
   QVBoxLayout* layout = dialog_layout(dialog);

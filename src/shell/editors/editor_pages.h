@@ -15,9 +15,9 @@ QString editor_title(ChunkTag tag);
 QString chunk_topic(ChunkTag tag);
 
 /// Lays the pages out over OK and Cancel and gives the dialog its title. `check` runs at OK; a text that it
-/// returns is shown, and the dialog stays.
+/// returns is shown, and the dialog stays; so it does where `agree`, asked behind it, is false.
 void finish_editor(QDialog& dialog, QTabWidget* pages, ChunkTag tag, Services& services,
-                   std::function<std::string()> check = nullptr);
+                   std::function<std::string()> check = nullptr, std::function<bool()> agree = nullptr);
 
 /// Shows a text that has its values already.
 void tell(Services& services, StringId id, std::string text, std::string more = {});

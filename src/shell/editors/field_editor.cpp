@@ -1,7 +1,9 @@
 #include "shell/editors/field_editor.h"
 
+#include <QPlainTextEdit>
 #include <QPushButton>
 
+#include "core/chunks/chunk_reading.h"
 #include "core/chunks/chunk_tip.h"
 #include "core/files/png_reading.h"
 #include "operations/convert_colors.h"
@@ -65,9 +67,22 @@ bool apply_values(Editing& editing, const FieldValues& values, bool& changed) {
   return applied != Applied::Failed;
 }
 
+/// What else the bytes say, where they are read but not all of it are fields.
+void add_details(Editing& editing) {
+  const ChunkRecord& record = editing.window.list.record(editing.index);
+  const DocumentKind kind = editing.window.document.kind;
+  if (!has_chunk_reading(record.tag, kind)) return;
+  auto* text = new QPlainTextEdit(to_qt(reading_text(chunk_reading(record.tag, raw_payload(record), kind))));
+  text->setReadOnly(true);
+  text->setTabChangesFocus(true);
+  text->setAccessibleName(QObject::tr("Details"));
+  editing.form.add_page(QObject::tr("Details"), text);
+}
+
 void add_note(Editing& editing) {
   const std::string note = chunk_note(editing.window, editing.index);
   if (!note.empty()) editing.form.add_note(to_qt(note));
+  add_details(editing);
   editing.form.add_page(QObject::tr("Raw"), make_raw_page(&editing.form, editing.window, editing.index));
 }
 

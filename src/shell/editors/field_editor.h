@@ -34,6 +34,7 @@ void decorate_frame_control(Editing& editing);  // fcTL
 void decorate_text(Editing& editing);           // tEXt, zTXt, iTXt
 void decorate_time(Editing& editing);           // tIME
 void decorate_gamma(Editing& editing);          // gAMA
+void decorate_profile(Editing& editing);        // iCCP
 void decorate_samples(Editing& editing);        // bKGD, tRNS, BACK
 
 /// Two fields (or groups of them) that tell the same thing: `follow` runs when the user edits one of `names`,

@@ -9,6 +9,7 @@
 #include "shell/editors/field_editor.h"
 #include "shell/forms/color_button.h"
 #include "shell/look/text.h"
+#include "shell/widgets/palette_grid.h"
 
 namespace vellum {
 namespace {
@@ -55,6 +56,7 @@ void link_calendar(Form& form, QCalendarWidget& calendar) {
 struct SampleScale {
   std::int64_t most;
   std::uint32_t to_byte(std::int64_t sample) const {
+    if (most == 65535) return static_cast<std::uint32_t>(sample >> 8 & 255);  // as pictures take them
     return static_cast<std::uint32_t>(std::clamp<std::int64_t>(sample, 0, most) * 255 /
                                       std::max<std::int64_t>(most, 1));
   }
@@ -74,24 +76,25 @@ void put_color(Form& form, const SampleScale& scale, bool grey, Colour color) {
   form.set_value("blue", scale.from_byte(blue_of(color)));
 }
 
-Colour palette_color(const DocumentWindow& window, std::int64_t index) {
-  Palette palette;
-  const std::int64_t colors = chunk_find_palette(window.list, palette);
-  const auto at =
-      static_cast<std::size_t>(3 * std::clamp<std::int64_t>(index, 0, std::max<std::int64_t>(colors - 1, 0)));
-  return make_colour(palette[at], palette[at + 1], palette[at + 2]);
-}
-
-/// The color that an index means, shown beside it.
+/// The palette as cells, the chosen one current; both ways.
 void decorate_index(Editing& editing) {
-  auto* swatch = new ColorButton(false, &editing.form);
-  swatch->setEnabled(false);
-  editing.form.add_row_behind("index", QObject::tr("Shown as"), swatch);
-  const auto follow = [&form = editing.form, &window = editing.window, swatch] {
-    swatch->set_color(palette_color(window, form.values().number("index")));
-  };
-  link_fields(editing.form, {"index"}, follow);
+  Palette palette;
+  const std::uint32_t colors = chunk_find_palette(editing.window.list, palette);
+  std::vector<PaletteCell> cells;
+  for (std::size_t i = 0; i < 3 * std::size_t{colors}; i += 3)
+    cells.push_back({QColor(palette[i], palette[i + 1], palette[i + 2])});
+  const int rows = std::max(static_cast<int>(colors + 15) / 16, 1);
+  auto* grid = new PaletteGrid({.rows = rows, .swaps = false}, &editing.form);
+  grid->setObjectName(QStringLiteral("cells"));
+  grid->setAccessibleName(QObject::tr("Palette"));
+  grid->set_cells(std::move(cells));
+  editing.form.add_row_behind("index", {}, grid);
+  Form& form = editing.form;
+  const auto follow = [&form, grid] { grid->set_current(static_cast<int>(form.values().number("index"))); };
+  link_fields(form, {"index"}, follow);
   follow();
+  QObject::connect(grid, &PaletteGrid::chosen, &form,
+                   [&form](int cell) { form.set_value("index", std::int64_t{cell}); });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -258,6 +259,24 @@ FormControl make_lines(const Field& field, QWidget* parent, const Edited& edited
       [field, text](const FieldValue& value) { text->setPlainText(to_qt(field_value_text(field, value))); }};
 }
 
+/// Bytes are loaded and saved by who shows the form; here they are told by their number.
+FormControl make_bytes(const Field& field, QWidget* parent, const Edited& edited) {
+  auto* label = new QLabel(parent);
+  const auto held = std::make_shared<std::string>();
+  return {field,
+          label,
+          label,
+          false,
+          false,
+          [held] { return FieldValue(*held); },
+          [field, label, held, edited](const FieldValue& value) {
+            *held = field_value_text(field, value);
+            const auto bytes = static_cast<qulonglong>(std::max<std::size_t>(held->size(), 4) - 4) / 2;
+            label->setText(QObject::tr("%1 bytes").arg(QLocale::c().toString(bytes)));
+            edited();
+          }};
+}
+
 using Make = FormControl (*)(const Field&, QWidget*, const Edited&);
 
 Make maker_of(const Field& field) {
@@ -270,7 +289,8 @@ Make maker_of(const Field& field) {
     case FieldType::Color:
       return make_color;
     case FieldType::Text:
-      return field.look == FieldLook::Lines         ? make_lines
+      return field.look == FieldLook::Bytes         ? make_bytes
+             : field.look == FieldLook::Lines       ? make_lines
              : field.look == FieldLook::Suggestions ? make_suggestions
                                                     : make_line;
     default:

@@ -8,6 +8,7 @@
 #include <QStyle>
 #include <QStyleOptionTitleBar>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <map>
 
 #include "configuration/shell_settings.h"
@@ -48,13 +49,22 @@ QString plain_title(QString text) { return text.replace(QStringLiteral("[*]"), Q
 DocumentFrame::DocumentFrame(DocumentWindow content, ThumbnailCache& thumbnails)
     : content_(std::move(content)),
       list_(new ChunkListView(content_, thumbnails, this)),
+      notes_(new NoteStrip(this)),
       number_(next_number()) {
   setObjectName(QStringLiteral("VellumcraftTask"));
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowIcon(program_icon("vellumcraft"));
   setMinimumHeight(kLeastHeight);
-  setWidget(list_);
+  auto* inside = new QWidget;
+  auto* column = new QVBoxLayout(inside);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(notes_);
+  column->addWidget(list_, 1);
+  inside->setFocusProxy(list_);
+  setWidget(inside);
   setFocusProxy(list_);
+  connect(notes_, &NoteStrip::dismissed, this, &DocumentFrame::notes_dismissed);
   remove_own_keys(*this);
   connect(list_, &ChunkListView::changed, this, &DocumentFrame::changed);
   update_title();
@@ -104,6 +114,8 @@ void DocumentFrame::size_to_content() {
   const int wanted = std::max(drawn + bar + 2 * border, settings::FileWindowX);
   resize(std::min(wanted, client.width()), std::min(height(), client.height()));
 }
+
+void DocumentFrame::show_notes() { notes_->show_notes(document().notes); }
 
 void DocumentFrame::show_caret() {
   if (!entries().empty()) list_->show_row(caret_entry(content_));

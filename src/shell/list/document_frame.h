@@ -6,6 +6,7 @@
 
 #include "core/model/document.h"
 #include "shell/list/chunk_list_view.h"
+#include "shell/list/note_strip.h"
 
 namespace vellum {
 
@@ -31,6 +32,8 @@ class DocumentFrame : public QMdiSubWindow {
   /// Takes the width that the thumbnails want, but not less than a line of text does. A maximized window does
   /// so when it is restored.
   void size_to_content();
+  /// Shows the document's notes above the list, or that it has none.
+  void show_notes();
   /// Scrolls to the caret's entry.
   void show_caret();
   /// Sets the thumbnail scale as far as the pictures fit, and keeps the top entry.
@@ -39,6 +42,8 @@ class DocumentFrame : public QMdiSubWindow {
  signals:
   /// Entries, selection or caret changed.
   void changed();
+  /// The person has read the notes.
+  void notes_dismissed();
 
  protected:
   void changeEvent(QEvent* event) override;
@@ -50,6 +55,7 @@ class DocumentFrame : public QMdiSubWindow {
 
   DocumentWindow content_;
   ChunkListView* list_;
+  NoteStrip* notes_;
   std::uint64_t number_;
   bool settled_ = false;
   bool sizePending_ = false;  ///< the width follows the content once the window is neither full nor an icon

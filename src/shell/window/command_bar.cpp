@@ -17,6 +17,8 @@
 namespace vellum {
 namespace {
 
+constexpr int kUndoCommand = 204, kRedoCommand = 208;
+
 QStringList scale_names() {
   QStringList names;
   for (const int percent : kThumbnailScales)
@@ -184,6 +186,17 @@ void CommandBar::enable(const CommandState& state) {
     if (row.parent == Menu::None) continue;
     QMenu* menu = menus_.at(row.menu);
     menu->menuAction()->setEnabled(std::ranges::any_of(menu->actions(), &QAction::isEnabled));
+  }
+}
+
+void CommandBar::show_undo(std::string_view undo, std::string_view redo) {
+  for (const auto& [command, name, format] : {std::tuple(kUndoCommand, undo, StringId::UndoNamed),
+                                              std::tuple(kRedoCommand, redo, StringId::RedoNamed)}) {
+    const QString label = QString::fromUtf8(find_command(command)->label);
+    const QString named = name.empty() ? label.section(u'\t', 0, 0)
+                                       : text_of(format).replace(QStringLiteral("%s"), to_qt(name));
+    action(command)->setText(named + u'\t' + label.section(u'\t', 1));
+    action(command)->setToolTip(QString(named).remove(u'&'));
   }
 }
 

@@ -25,6 +25,8 @@ class CommandBar : public QObject {
   /// Draws the toolbar anew after its settings have changed.
   void refresh_look();
   void show_scale(int index);
+  /// Names what Undo and Redo would do; empty for nothing.
+  void show_undo(std::string_view undo, std::string_view redo);
   int scale() const { return scale_->currentIndex(); }
   /// Whether the command that runs was chosen by its key, which may hold Control itself.
   bool by_key() const { return byKey_; }

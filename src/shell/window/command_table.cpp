@@ -54,6 +54,7 @@ const CommandRow kCommands[] = {
     {123, "E&xit", Menu::None, 0, Nothing, {}, nullptr, exit_command},
 
     {204, "&Undo\tCtrl+Z (Alt+Backspace)", Menu::Edit, 1, Undo, {}, "undo", undo_command},
+    {208, "&Redo\tCtrl+Y", Menu::Edit, 1, Redo, {}, "redo", redo_command},
     {201, "Cu&t\tCtrl+X (Shift+Del)", Menu::Edit, 2, Selection, {}, "cut", cut_command},
     {202, "&Copy\tCtrl+C (Ctrl+Ins)", Menu::Edit, 2, Selection, {}, "copy", copy_command},
     {203, "&Paste\tCtrl+V (Shift+Ins)", Menu::Edit, 2, Entries, {}, "paste", paste_command},
@@ -72,12 +73,15 @@ const CommandRow kCommands[] = {
     {1024, "T&ext (TEXT)", Menu::InsertPng, 1, Entries, kPngsAndMng, nullptr, insert_command<tag::tEXt>},
     {1023, "&Time (TIME)", Menu::InsertPng, 1, Entries, kPngsAndMng, nullptr, insert_command<tag::tIME>},
     {1026, "T&ransparency (TRNS)", Menu::InsertPng, 1, Entries, kPngs, nullptr, insert_command<tag::tRNS>},
+    {1070, "&Other chunk...", Menu::InsertPng, 2, Entries, kPngs, nullptr, insert_other_command},
+    {1071, "&Other chunk...", Menu::InsertMng, 2, Entries, kMng, nullptr, insert_other_command},
     {1060, "Image (&WEBP IDAT)", Menu::InsertWebp, 1, Entries, kWebp, nullptr, insert_images_command},
     {60, "Insert", Menu::None, 0, Entries, {}, "insert", insert_popup_command},
     {61, "&Delete chunk", Menu::Edit, 5, Selection, {}, "delete", delete_command},
     {205, "&Edit chunk...\tEnter", Menu::Edit, 6, Entries, {}, nullptr, edit_command},
     {206, "M&ove up\tAlt+Up", Menu::Edit, 6, Entries, {}, nullptr, move_up_command},
     {207, "Mo&ve down\tAlt+Down", Menu::Edit, 6, Entries, {}, nullptr, move_down_command},
+    {209, "Dism&iss notes", Menu::Edit, 7, Notes, {}, nullptr, dismiss_notes_command},
 
     {250, "&Banner", Menu::Create, 1, Nothing, {}, nullptr, kLater},
     {257, "B&utton", Menu::Create, 1, Nothing, {}, nullptr, kLater},
@@ -164,16 +168,16 @@ constexpr MenuRow kMenus[] = {{Menu::File, "&File"},
                               {Menu::Window, "&Window"},
                               {Menu::Help, "&Help"}};
 
-constexpr ToolRow kTools[] = {{1, 58}, {1, 57}, {2, 204}, {2, 201}, {2, 202}, {2, 203},          {3, 60},
-                              {3, 61}, {4, 56}, {4, 59},  {4, 111}, {4, 331}, {5, kScaleCommand}};
+constexpr ToolRow kTools[] = {{1, 58}, {1, 57}, {2, 204}, {2, 208}, {2, 201}, {2, 202}, {2, 203},
+                              {3, 60}, {3, 61}, {4, 56},  {4, 59},  {4, 111}, {4, 331}, {5, kScaleCommand}};
 
 // Ctrl+P, Ctrl+I and Ctrl+E stay without an effect.
 constexpr KeyRow kKeys[] = {
-    {"Ctrl+O", 58},    {"Ctrl+S", 57},    {"Ctrl+W", 56},     {"Ctrl+Shift+W", 56}, {"Ctrl+T", 59},
-    {"Ctrl+M", 304},   {"Ctrl+Z", 204},   {"Ctrl+X", 201},    {"Shift+Del", 201},   {"Ctrl+C", 202},
-    {"Ctrl+Ins", 202}, {"Ctrl+V", 203},   {"Shift+Ins", 203}, {"Ctrl+A", 50},       {"Del", 61},
-    {"Alt+Up", 206},   {"Alt+Down", 207}, {"Shift+F5", 801},  {"Shift+F4", 802},    {"Ctrl+F4", 106},
-    {"F1", 52},
+    {"Ctrl+O", 58},     {"Ctrl+S", 57},   {"Ctrl+W", 56},    {"Ctrl+Shift+W", 56},  {"Ctrl+T", 59},
+    {"Ctrl+M", 304},    {"Ctrl+Z", 204},  {"Ctrl+Y", 208},   {"Ctrl+Shift+Z", 208}, {"Ctrl+X", 201},
+    {"Shift+Del", 201}, {"Ctrl+C", 202},  {"Ctrl+Ins", 202}, {"Ctrl+V", 203},       {"Shift+Ins", 203},
+    {"Ctrl+A", 50},     {"Del", 61},      {"Alt+Up", 206},   {"Alt+Down", 207},     {"Shift+F5", 801},
+    {"Shift+F4", 802},  {"Ctrl+F4", 106}, {"F1", 52},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {
@@ -195,6 +199,8 @@ const CommandRow* find_command(int number) {
 bool command_enabled(const CommandRow& row, const CommandState& state) {
   if (!row.run || (row.run.on_document && !state.document)) return false;
   if (row.need == Undo) return state.undo;
+  if (row.need == Redo) return state.redo;
+  if (row.need == Notes) return state.notes;
   if (row.need == Nothing && row.kinds.empty()) return true;
   if (state.entries == 0 || !fits_kind(row, state.kind)) return false;
   return row.need != Selection || state.selected > 0;

@@ -27,7 +27,7 @@ enum class Menu {
 };
 
 /// What a command needs before it can run.
-enum class Need { Nothing, Entries, Selection, Undo };
+enum class Need { Nothing, Entries, Selection, Undo, Redo, Notes };
 
 /// What a command does: to the program, with or without a document, or to the active document. A command
 /// without a function is shown and can't be chosen.
@@ -90,7 +90,9 @@ struct CommandState {
   bool document = false;  ///< a document is active
   DocumentKind kind = DocumentKind::None;
   std::size_t entries = 0, selected = 0;
-  bool undo = false;  ///< the document has a level to go back to
+  bool undo = false;   ///< the document has a level to go back to
+  bool redo = false;   ///< and one to go forward to
+  bool notes = false;  ///< it has notes
 };
 
 bool command_enabled(const CommandRow& row, const CommandState& state);

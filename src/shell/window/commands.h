@@ -23,6 +23,7 @@ void close_all_command(MainWindow& main);
 void exit_command(MainWindow& main);
 
 void undo_command(MainWindow& main, DocumentFrame& frame);
+void redo_command(MainWindow& main, DocumentFrame& frame);
 void cut_command(MainWindow& main, DocumentFrame& frame);
 void copy_command(MainWindow& main, DocumentFrame& frame);
 void paste_command(MainWindow& main, DocumentFrame& frame);
@@ -31,6 +32,7 @@ void delete_command(MainWindow& main, DocumentFrame& frame);
 void edit_command(MainWindow& main, DocumentFrame& frame);
 void move_up_command(MainWindow& main, DocumentFrame& frame);
 void move_down_command(MainWindow& main, DocumentFrame& frame);
+void dismiss_notes_command(MainWindow& main, DocumentFrame& frame);
 /// With Shift held, the image entries only.
 void select_all_command(MainWindow& main, DocumentFrame& frame);
 void select_none_command(MainWindow& main, DocumentFrame& frame);
@@ -41,6 +43,8 @@ template <ChunkTag Tag>
 void insert_command(MainWindow& main, DocumentFrame& frame) {
   insert_chunk_command(main, frame, Tag);
 }
+/// Asks which of all chunks that the document takes.
+void insert_other_command(MainWindow& main, DocumentFrame& frame);
 /// Asks for pictures; each becomes an image behind the caret.
 void insert_images_command(MainWindow& main, DocumentFrame& frame);
 /// Drops the list of what the document takes down from the toolbar.

@@ -18,7 +18,7 @@ void manage_command(MainWindow& main, DocumentFrame& frame) {
     main.services().host.show(StringId::NoImagesHere);
     return;
   }
-  if (!undo_push(frame.content(), main.services().host)) return;
+  if (!undo_push(frame.content(), main.services().host, string_text(StringId::UndoManage))) return;
   ManageDialog(frame.content(), main.thumbnails(), main.services(), &main).exec();
 }
 

@@ -79,7 +79,7 @@ void true_color_command(MainWindow& main, DocumentFrame& frame) {
   if (!has_images(main, frame)) return;
   // There is no dialog to say it in.
   if (has_transparency(frame.content()) && !is_independent(frame.content()))
-    main.services().host.set_status(string_text(StringId::ReconstructedFirst));
+    main.services().host.add_note(string_text(StringId::ReconstructedFirst));
   convert_to_colors(main, frame, {.colorType = 2});
 }
 

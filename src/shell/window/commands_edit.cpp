@@ -14,7 +14,7 @@ namespace {
 void select_entries(MainWindow& main, DocumentFrame& frame, bool selected) {
   ChunkList& list = frame.entries();
   if (!main.services().shift_held()) return list.select_all(selected);
-  if (!undo_push(frame.content(), main.services().host)) return;
+  if (!undo_push(frame.content(), main.services().host, string_text(StringId::UndoSelect))) return;
   for (std::size_t i = 0; i < list.size(); ++i)
     if (is_image_entry(frame.document().kind, list.record(i).tag)) list.select(i, selected);
 }
@@ -28,6 +28,12 @@ void move_command(MainWindow& main, DocumentFrame& frame, bool down) {
 void undo_command(MainWindow&, DocumentFrame& frame) {
   if (undo_pop(frame.content())) frame.size_to_content();
 }
+
+void redo_command(MainWindow&, DocumentFrame& frame) {
+  if (redo_pop(frame.content())) frame.size_to_content();
+}
+
+void dismiss_notes_command(MainWindow&, DocumentFrame& frame) { frame.document().notes.clear(); }
 
 void cut_command(MainWindow& main, DocumentFrame& frame) {
   if (const auto copied = cut_selected(frame.content(), main.services().host)) put_on_clipboard(*copied);

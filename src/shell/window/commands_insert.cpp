@@ -2,6 +2,7 @@
 #include <QMenu>
 
 #include "core/edit/insert_chunk.h"
+#include "shell/dialogs/insert_dialog.h"
 #include "shell/services/picture_files.h"
 #include "shell/window/commands.h"
 #include "shell/window/editing.h"
@@ -26,12 +27,14 @@ constexpr PopupRow kPopup[] = {
     {DocumentKind::PING, "T&ext (TEXT)", 1024},
     {DocumentKind::PING, "&Time (TIME)", 1023},
     {DocumentKind::PING, "T&ransparency (TRNS)", 1026},
+    {DocumentKind::PING, "&Other chunk...", 1070},
     {DocumentKind::APNG, "&Background (BKGD)", 1022},
     {DocumentKind::APNG, "&Compressed text (ZTXT)", 1025},
     {DocumentKind::APNG, "&Image (IDAT)", 1020},
     {DocumentKind::APNG, "&Palette (PLTE)", 1021},
     {DocumentKind::APNG, "T&ext (TEXT)", 1024},
     {DocumentKind::APNG, "T&ransparency (TRNS)", 1026},
+    {DocumentKind::APNG, "&Other chunk...", 1070},
     {DocumentKind::MING, "&Background (BACK)", 1050},
     {DocumentKind::MING, "&Compressed text (ZTXT)", 1025},
     {DocumentKind::MING, "&Image", 1055},
@@ -40,6 +43,7 @@ constexpr PopupRow kPopup[] = {
     {DocumentKind::MING, "Te&rmination (TERM)", 1056},
     {DocumentKind::MING, "T&ext (TEXT)", 1024},
     {DocumentKind::MING, "&Time (TIME)", 1023},
+    {DocumentKind::MING, "&Other chunk...", 1071},
     {DocumentKind::WEBP, "&Image (WEBP IDAT)", 1060},
 };
 
@@ -49,6 +53,11 @@ void insert_chunk_command(MainWindow& main, DocumentFrame& frame, ChunkTag tag) 
   if (!insert_chunk(frame.content(), tag, {}, main.services().host)) return;
   frame.show_caret();
   edit_new_entry(main, frame);
+}
+
+void insert_other_command(MainWindow& main, DocumentFrame& frame) {
+  if (const auto tag = ask_for_chunk(&main, frame.content(), main.services()))
+    insert_chunk_command(main, frame, *tag);
 }
 
 void insert_images_command(MainWindow& main, DocumentFrame& frame) {

@@ -30,15 +30,16 @@ void edit_entry(MainWindow& main, DocumentFrame& frame, std::size_t index) {
   DocumentWindow& window = frame.content();
   Host& host = main.services().host;
   if (index >= window.list.size()) return host.show(StringId::ErrorAccessingChunk);
-  if (undo_push(window, host)) edit_in_dialog(main, frame, index, find_editor(window, index));
+  const ChunkTag tag = window.list.record(index).tag;
+  if (undo_push(window, host, undo_name(StringId::UndoEdit, 1, tag)))
+    edit_in_dialog(main, frame, index, find_editor(window, index));
 }
 
 void edit_new_entry(MainWindow& main, DocumentFrame& frame) {
   DocumentWindow& window = frame.content();
   const std::size_t index = caret_entry(window);
-  if (edit_in_dialog(main, frame, index, find_editor(window, index)) != Edited::Cancelled) return;
-  undo_pop(window);
-  undo_push(window, main.services().host);
+  if (edit_in_dialog(main, frame, index, find_editor(window, index)) == Edited::Cancelled)
+    undo_take_back(window);
 }
 
 }  // namespace vellum

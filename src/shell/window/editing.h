@@ -8,11 +8,11 @@ namespace vellum {
 class MainWindow;
 class DocumentFrame;
 
-/// Opens the editor of an entry, as a double click does. An undo level first, whatever comes of it.
+/// Opens the editor of an entry, as a double click does. An undo level first.
 void edit_entry(MainWindow& main, DocumentFrame& frame, std::size_t index);
 
 /// Opens the editor of the entry that was just inserted (with an undo level) at the caret. Cancel takes the
-/// entry away again; the level stays.
+/// entry away again, with the level.
 void edit_new_entry(MainWindow& main, DocumentFrame& frame);
 
 }  // namespace vellum

@@ -13,7 +13,9 @@
 #include "configuration/config_file.h"
 #include "core/build/convert_records.h"
 #include "core/chunks/chunk_fields.h"
+#include "core/edit/undo.h"
 #include "core/files/open_document.h"
+#include "core/model/document_notes.h"
 #include "core/settings.h"
 #include "operations/convert_colors.h"
 #include "shell/look/icon.h"
@@ -28,7 +30,7 @@
 namespace vellum {
 namespace {
 
-constexpr int kEditCommand = 205, kViewCommand = 56;
+constexpr int kEditCommand = 205, kViewCommand = 56, kDismissCommand = 209;
 constexpr int kRetryInterval = 50;  // milliseconds until a queued file is tried again
 
 Services desktop_services(MainWindow& window, DesktopHost& desktop) {
@@ -62,7 +64,7 @@ QString document_text(DocumentFrame& frame) {
 void become_animated_png(DocumentWindow& content, Host& host) {
   DocumentWindow converted;
   if (!convert_document(content, converted, DocumentKind::APNG, host)) {
-    host.set_status(host.take_fault());
+    host.add_note(host.take_fault());
     return;
   }
   Document& document = content.document;
@@ -83,6 +85,7 @@ MainWindow::MainWindow()
       desktop_(*this, status_),
       services_(desktop_services(*this, desktop_)) {
   convertImages = convert_to_header;
+  services_.host.note = [this](std::string_view text) { take_note(text); };
   setObjectName(QStringLiteral("Vellumcraft"));
   setWindowIcon(program_icon("vellumcraft"));
   setCentralWidget(&area_);
@@ -138,6 +141,7 @@ void MainWindow::run(int number) {
     row->run.on_program(*this);
   else if (frame)
     row->run.on_document(*this, *frame);
+  if (DocumentFrame* active = area_.active()) undo_settle(active->content());
   refresh();
 }
 
@@ -149,6 +153,7 @@ DocumentFrame* MainWindow::add_document(DocumentWindow content) try {
   auto* frame = new DocumentFrame(std::move(content), thumbnails_);
   frame->may_close = [this](DocumentFrame& closing) { return may_close(closing); };
   connect(frame, &DocumentFrame::changed, this, &MainWindow::refresh_later);
+  connect(frame, &DocumentFrame::notes_dismissed, this, [this] { run(kDismissCommand); });
   connect_list(*frame);
   area_.add(frame);
   return frame;
@@ -194,8 +199,21 @@ void MainWindow::open_later(const std::filesystem::path& path, bool view) {
 CommandState MainWindow::state() const {
   DocumentFrame* frame = area_.active();
   if (!frame) return {};
-  return {true, frame->document().kind, frame->entries().size(), frame->entries().selected_count(),
-          frame->document().undoAvailable};
+  return {true,
+          frame->document().kind,
+          frame->entries().size(),
+          frame->entries().selected_count(),
+          frame->document().undoAvailable,
+          !frame->content().redoLevels.empty(),
+          !frame->document().notes.empty()};
+}
+
+/// What was found while a document was read, written or changed stays on it.
+void MainWindow::take_note(std::string_view text) {
+  DocumentFrame* frame = area_.active();
+  if (!frame) return services_.host.set_status(text);
+  add_note(frame->document(), text);
+  refresh_later();
 }
 
 void MainWindow::refresh_later() {
@@ -209,9 +227,18 @@ void MainWindow::refresh() {
   DocumentFrame* frame = area_.active();
   commands_.enable(now);
   commands_.show_scale(frame ? frame->document().thumbScale : std::clamp(settings::DefaultViewMode, 0, 7));
+  show_undo_names(frame);
   refresh_status(now, frame);
   refresh_title(frame);
+  if (frame) frame->show_notes();
   emit refreshed();
+}
+
+void MainWindow::show_undo_names(DocumentFrame* frame) {
+  const DocumentWindow* window = frame ? &frame->content() : nullptr;
+  const bool undo = window && !window->undoLevels.empty(), redo = window && !window->redoLevels.empty();
+  commands_.show_undo(undo ? window->undoLevels.back().name : std::string(),
+                      redo ? window->redoLevels.back().name : std::string());
 }
 
 void MainWindow::settings_changed() {

@@ -56,6 +56,8 @@ class MainWindow : public QMainWindow {
   void run_recent(const std::filesystem::path& path);
   void refresh_later();
   void refresh_status(const CommandState& state, DocumentFrame* frame);
+  void show_undo_names(DocumentFrame* frame);
+  void take_note(std::string_view text);
   void refresh_title(DocumentFrame* frame);
   bool may_close(DocumentFrame& frame);
   void fill_window_list();

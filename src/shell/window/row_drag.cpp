@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include "core/edit/paste_chunks.h"
+#include "core/edit/undo.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -85,6 +86,7 @@ void put(MainWindow& main, DocumentFrame& frame, const Dropped& dropped, std::si
     drop_block(window, span_of(dropped.chunks), row, host);
   else if (const auto pictures = read_picture_files(dropped.files, host); !pictures.empty())
     drop_pictures(window, pictures, row, host);
+  undo_settle(window);
   frame.show_caret();
   main.refresh();
 }
