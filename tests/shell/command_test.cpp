@@ -151,6 +151,7 @@ constexpr Stated kStated[] = {
     {209, "Dism&iss notes", true, When::NotHere, "PAMW"},
     {1070, "&Other chunk...", true, When::Chunks, "PA"},
     {1071, "&Other chunk...", true, When::Chunks, "M"},
+    {1072, "&Other chunk...", true, When::Chunks, "W"},
 };
 
 /// Whether a command that works can be chosen while the document (none for '-') is in this state.

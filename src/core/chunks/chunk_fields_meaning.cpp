@@ -1,5 +1,6 @@
 // Fields of the chunks of a PNG that tell what its samples mean, or how large it is (PNG standard, third
 // edition).
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 

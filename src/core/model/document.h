@@ -53,7 +53,7 @@ struct UndoLevel {
 struct DocumentWindow {
   Document document;
   ChunkList list;
-  std::deque<UndoLevel> undoLevels;   ///< the oldest first; see undo.h
+  std::deque<UndoLevel> undoLevels;        ///< the oldest first; see undo.h
   std::vector<UndoLevel> redoLevels = {};  ///< what was undone, the last one last
 };
 

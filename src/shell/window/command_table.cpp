@@ -74,6 +74,7 @@ const CommandRow kCommands[] = {
     {1023, "&Time (TIME)", Menu::InsertPng, 1, Entries, kPngsAndMng, nullptr, insert_command<tag::tIME>},
     {1026, "T&ransparency (TRNS)", Menu::InsertPng, 1, Entries, kPngs, nullptr, insert_command<tag::tRNS>},
     {1070, "&Other chunk...", Menu::InsertPng, 2, Entries, kPngs, nullptr, insert_other_command},
+    {1072, "&Other chunk...", Menu::InsertWebp, 2, Entries, kWebp, nullptr, insert_other_command},
     {1071, "&Other chunk...", Menu::InsertMng, 2, Entries, kMng, nullptr, insert_other_command},
     {1060, "Image (&WEBP IDAT)", Menu::InsertWebp, 1, Entries, kWebp, nullptr, insert_images_command},
     {60, "Insert", Menu::None, 0, Entries, {}, "insert", insert_popup_command},

@@ -2,7 +2,6 @@
 #include "base/text.h"
 #include "configuration/operation_settings.h"
 #include "core/edit/insert_chunk.h"
-#include "core/edit/undo.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "operations/convert_kind.h"
@@ -21,9 +20,7 @@ bool has_images(MainWindow& main, DocumentFrame& frame) {
   return false;
 }
 
-/// The result stands in a window of its own; the source has a level more all the same.
 void convert_to_colors(MainWindow& main, DocumentFrame& frame, const ColorConversion& conversion) {
-  if (!undo_push(frame.content(), main.services().host)) return;
   show_result(main, frame, {StringId::ConvertedPrefix},
               [&](DocumentWindow& copy, Host& host) { return convert_colors(copy, conversion, host); });
 }
@@ -92,7 +89,7 @@ void alpha_command(MainWindow& main, DocumentFrame& frame) {
 void convert_kind_command(MainWindow& main, DocumentFrame& frame, DocumentKind kind) {
   if (!has_images(main, frame)) return;
   const auto dither = ask_for_kind(&main, frame.content(), kind, main.services());
-  if (!dither || !undo_push(frame.content(), main.services().host)) return;
+  if (!dither) return;
   show_result(main, frame, {StringId::ConvertedPrefix}, [&](DocumentWindow& copy, Host& host) {
     DocumentWindow made;
     made.document.fileName = copy.document.fileName;

@@ -45,6 +45,7 @@ constexpr PopupRow kPopup[] = {
     {DocumentKind::MING, "&Time (TIME)", 1023},
     {DocumentKind::MING, "&Other chunk...", 1071},
     {DocumentKind::WEBP, "&Image (WEBP IDAT)", 1060},
+    {DocumentKind::WEBP, "&Other chunk...", 1072},
 };
 
 }  // namespace

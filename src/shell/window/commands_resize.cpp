@@ -1,5 +1,4 @@
 // Commands that make a document of another size.
-#include "core/edit/undo.h"
 #include "operations/frames.h"
 #include "shell/dialogs/resize_dialog.h"
 #include "shell/window/commands.h"
@@ -22,7 +21,7 @@ void resize_command(MainWindow& main, DocumentFrame& frame) {
   ResizeDialog dialog(frame.content(), main.services(), &main);
   if (dialog.exec() != QDialog::Accepted) return;
   const ResizeAnimation resize = dialog.resize();
-  if (!may_promote(frame.content(), resize, host) || !undo_push(frame.content(), host)) return;
+  if (!may_promote(frame.content(), resize, host)) return;
   show_result(main, frame, {StringId::ResizedPrefix, StringId::NotResized},
               [&](DocumentWindow& copy, Host& listener) { return resize_animation(copy, resize, listener); });
 }

@@ -141,7 +141,7 @@ void MainWindow::run(int number) {
     row->run.on_program(*this);
   else if (frame)
     row->run.on_document(*this, *frame);
-  if (DocumentFrame* active = area_.active()) undo_settle(active->content());
+  for (DocumentFrame* open : area_.documents()) undo_settle(open->content());
   refresh();
 }
 
