@@ -728,6 +728,7 @@ constexpr SettingRow kSettings[] = {
     flag("WarnWatermark", WarnWatermark),
     text("RecentFolder", RecentFolder),
     flag("HidePlugins", HidePlugins),
+    flag("ClassicPlayback", ClassicPlayback),
 };
 // clang-format on
 

@@ -38,6 +38,9 @@ inline int WidePaletteInterlace = 0;   ///< flag: ... and makes the header inter
 inline int PngPaletteOption = 2;       ///< 0 replace the palette, 1 dither to it, 2 remap to it
 inline int InitialAlphaLevel = 255;    ///< 0 to 255: alpha of pixels that had none
 
+// Playing and composing
+inline int ClassicPlayback = 0;  ///< flag: frames are composed by the rules of earlier versions
+
 // Editing the list
 inline int UndoLevels = 10;         ///< 4 to 32
 inline int WarnKillChunk = 1;       ///< flag: chunks that can't be deleted are told

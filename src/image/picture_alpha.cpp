@@ -1,10 +1,6 @@
 // Composition: flattening, cross-fading and laying one picture over another.
-#include <array>
-#include <cstring>
-
-#include "base/byte_order.h"
+#include "image/alpha_runs.h"
 #include "image/picture_operations.h"
-#include "image/picture_rows.h"
 
 namespace vellum {
 namespace {
@@ -25,37 +21,6 @@ void blend_bytes(std::uint8_t* __restrict out, const std::uint8_t* __restrict sr
   }
 }
 
-/// A run of 32-bit pixels taken apart for `blend_bytes`: the channels, and for each byte its pixel's alpha.
-/// The 24-bit form is written 4 bytes at a time, hence the spare bytes.
-struct SourceRun {
-  std::array<std::uint8_t, 4 * kPixelRun + 4> channels;
-  std::array<std::uint8_t, 4 * kPixelRun + 4> alphas;
-
-  void load_for_24(const std::uint8_t* in, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) {
-      write_le32(channels.data() + 3 * x, read_le32(in + 4 * x));
-      write_le32(alphas.data() + 3 * x, in[4 * x + 3] * 0x010101u);
-    }
-  }
-  void load_for_32(const std::uint8_t* in, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) {
-      write_le32(channels.data() + 4 * x, read_le32(in + 4 * x) | 0xFF000000);
-      write_le32(alphas.data() + 4 * x, in[4 * x + 3] * 0x01010101u);
-    }
-  }
-};
-
-bool is_opaque(const std::uint8_t* pixels, std::size_t count) {
-  std::uint32_t all = 0xFF000000;
-  for (std::size_t x = 0; x < count; ++x) all &= read_le32(pixels + 4 * x);
-  return all == 0xFF000000;
-}
-
-/// Opaque pixels come through as they are.
-void take_colors(std::uint8_t* __restrict out, const std::uint8_t* __restrict pixels, std::size_t count) {
-  for (std::size_t x = 0; x < count; ++x) std::memcpy(out + 3 * x, pixels + 4 * x, 3);
-}
-
 /// 32-bit pixels over pixels of 24 or 32 bits.
 void composite_row(std::uint8_t* dst, std::size_t dst_size, const std::uint8_t* src, std::size_t width) {
   SourceRun run;
@@ -69,18 +34,6 @@ void composite_row(std::uint8_t* dst, std::size_t dst_size, const std::uint8_t* 
     std::uint8_t* out = dst + dst_size * x;
     std::memcpy(ground.data(), out, dst_size * count);
     blend_bytes(out, run.channels.data(), ground.data(), run.alphas.data(), dst_size * count);
-  }
-}
-
-/// 24-bit pixels cover what is there.
-void cover_row(std::uint8_t* dst, std::size_t dst_size, const std::uint8_t* src, std::size_t width) {
-  if (dst_size == 3) {
-    std::memcpy(dst, src, 3 * width);
-    return;
-  }
-  for (std::size_t x = 0; x < width; ++x) {
-    std::memcpy(dst + 4 * x, src + 3 * x, 3);
-    dst[4 * x + 3] = 255;
   }
 }
 
@@ -98,7 +51,7 @@ Picture PictureFlattenAlpha(const Picture& picture, Colour colour) {
     SourceRun run;
     for (std::size_t x = 0; x < width; x += kPixelRun) {
       const std::size_t count = std::min(kPixelRun, width - x);
-      if (is_opaque(picture.row(y) + 4 * x, count)) {
+      if (is_opaque_run(picture.row(y) + 4 * x, count)) {
         take_colors(rows[y] + 3 * x, picture.row(y) + 4 * x, count);
         continue;
       }

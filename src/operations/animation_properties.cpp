@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "core/files/save_document.h"
 #include "core/model/played_frames.h"
+#include "core/model/playing_rules.h"
 #include "operations/frames.h"
 
 namespace vellum {
@@ -19,9 +20,8 @@ FrameProperties frame_properties(const DocumentWindow& window, std::size_t entry
   frame.entry = entry;
   frame.offset = GetFrameOffset(record, kind);
   frame.delay = frame_delay_ms(record, kind, ticks);
-  const FrameManner manner = frame_manner(record, kind);
-  frame.dispose = manner.dispose;
-  frame.over = manner.over;
+  frame.dispose = GetFrameDispose(record, kind);
+  frame.over = frame_manner(record, kind).over;
   const Picture picture = picture_of(record);
   if (!picture) return frame;
   frame.size = {picture.width(), picture.height()};

@@ -45,6 +45,11 @@ bool in_one_palette(DocumentWindow& to, const KindConversion& conversion, Host& 
 
 }  // namespace
 
+bool may_dither(const DocumentWindow& from, DocumentKind kind) {
+  return kind == DocumentKind::APNG && from.document.kind == DocumentKind::MING && is_indexed(from) &&
+         !exact_colors(shown_pictures(from));
+}
+
 bool convert_kind(const DocumentWindow& from, DocumentWindow& to, const KindConversion& conversion,
                   Host& host) {
   if (const std::size_t lost = texts_lost(from, conversion.kind); lost > 0)

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "base/limits.h"
+#include "core/model/compose.h"
 #include "image/picture_operations.h"
 #include "image/resample.h"
 #include "operations/frames.h"
-#include "playback/compose.h"
 
 namespace vellum {
 namespace {

@@ -7,30 +7,16 @@
 #include "core/edit/edit_closing.h"
 #include "core/edit/frame_layer.h"
 #include "core/model/chunk_description.h"
+#include "core/model/compose.h"
 #include "core/model/frame_time.h"
 #include "core/model/record_picture.h"
 #include "image/picture_operations.h"
 #include "image/png_form.h"
 #include "operations/frame_pictures.h"
 #include "operations/frames.h"
-#include "playback/compose.h"
 
 namespace vellum {
 namespace {
-
-/// The frames as they play: with transparency as alpha, laid on the canvas by the rules of the compositor.
-std::vector<FrameLayer> playing_layers(const DocumentWindow& window) {
-  const FrameSource source = frame_source_of(window);
-  std::vector<FrameLayer> layers;
-  for (const std::size_t entry : frame_entries(window)) {
-    const ChunkRecord& record = window.list.record(entry);
-    FrameLayer layer = frame_layer_of(source, record);
-    layer.dispose = GetFrameDispose(record, source.kind);
-    layer.over = lies_over(source.kind, record);
-    layers.push_back(std::move(layer));
-  }
-  return layers;
-}
 
 bool is_opaque(const Picture& picture) { return picture.bits() < 32 || picture_content(picture).opaque; }
 
@@ -54,14 +40,14 @@ bool opaque_canvases(const DocumentWindow& window, Host& host, const TakeCanvas&
 
 /// 32 bits, on a transparent ground.
 bool clear_canvases(const DocumentWindow& window, Host& host, const TakeCanvas& take) {
-  std::vector<FrameLayer> layers = playing_layers(window);
-  const Extent canvas = document_size(window.list, window.document);
+  const auto entries = frame_entries(window);
   const Progress progress(host, string_text(StringId::BuildingCaption));
-  CanvasLeft left;
-  for (std::size_t i = 0; i < layers.size(); ++i) {
-    if (host.stopped() || !layers[i].picture || !make_whole_canvas(left, layers[i], canvas)) return false;
-    if (!take(i, std::exchange(layers[i].picture, {}))) return true;
-    progress.step(i + 1, layers.size());
+  StraightCanvases canvases(window);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const Picture canvas = host.stopped() ? Picture() : canvases.next(window.list.record(entries[i]));
+    if (!canvas) return false;
+    if (!take(i, canvas)) return true;
+    progress.step(i + 1, entries.size());
   }
   return true;
 }
@@ -95,7 +81,8 @@ void put_canvases(DocumentWindow& window, const std::vector<Picture>& canvases,
     chunk_list_get(window.list, entry, record);
     record_take_picture(record, kind, canvases[frame]);
     if (kind == DocumentKind::MING) put_image_transparency(record, colors.transparency);
-    put_whole_canvas(record, kind, canvases[frame++]);
+    const Picture& canvas = canvases[frame++];
+    put_whole_canvas(record, kind, canvas, canvas.bits() == 32 || !colors.transparency.empty());
     record.description = chunk_description(record);
     chunk_list_put(window.list, entry, record);
   }
@@ -143,13 +130,16 @@ bool merge_equal_frames(DocumentWindow& window) {
 }  // namespace
 
 bool is_independent(const DocumentWindow& window) {
-  std::vector<FrameLayer> layers = playing_layers(window);
-  for (std::size_t i = 0; i < layers.size(); ++i) {
-    const bool cleared = i == 0 || layers[i - 1].dispose == 1;
-    if (!layers[i].picture) return false;
-    if (cleared || is_opaque(layers[i].picture)) layers[i].over = false;
+  const FrameSource source = frame_source_of(window);
+  std::vector<FrameLayer> layers;
+  for (const std::size_t entry : frame_entries(window)) {
+    layers.push_back(frame_layer_of(source, window.list.record(entry)));
+    if (!layers.back().picture) return false;
+    if (is_opaque(layers.back().picture)) layers.back().over = false;
   }
-  return are_whole_canvases(layers, document_size(window.list, window.document));
+  const Extent canvas = document_size(window.list, window.document);
+  settle_clearing(layers, canvas);
+  return are_whole_canvases(layers, canvas);
 }
 
 bool has_transparency(const DocumentWindow& window) {

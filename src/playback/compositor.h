@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "base/limits.h"
-#include "playback/compose.h"
+#include "core/model/compose.h"
 #include "playback/frame_walk.h"
 
 namespace vellum {

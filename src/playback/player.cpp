@@ -1,6 +1,7 @@
 #include "playback/player.h"
 
 #include "base/fields.h"
+#include "core/model/frame_values.h"
 #include "playback/interlace_passes.h"
 #include "playback/settings.h"
 
@@ -28,7 +29,15 @@ void Player::stand(PlayerState state) {
 }
 
 void Player::play() {
-  if (state_ != PlayerState::Closed) state_ = PlayerState::Playing;
+  if (state_ == PlayerState::Closed) return;
+  // A still image is rewound by nothing: its passes come once.
+  if (state_ == PlayerState::Ended && is_animation()) compositor_.rewind();
+  state_ = PlayerState::Playing;
+}
+
+/// Whether nothing but what is shown can ever come: one image that has no delay, or is played for ever.
+bool Player::is_settled() const {
+  return compositor_.frames() == 1 && (shown_.delay == 0 || GetIterations(list_, document_) == 0);
 }
 
 void Player::close() { stand(PlayerState::Closed); }
@@ -47,6 +56,10 @@ std::optional<std::uint32_t> Player::tick(const std::function<void(const ShownFr
   if (!is_animation()) return show_pass(paint);
   const std::uint64_t begin = clock_();
   if (!show_next(paint)) return std::nullopt;
+  if (is_settled()) {
+    stand(PlayerState::Ended);
+    return std::nullopt;
+  }
   return wait_behind(begin);
 }
 
@@ -152,7 +165,8 @@ std::string Player::title(int zoom) const {
   std::string text =
       named ? filled(StringId::ViewTitle, {document_.fileName.filename().string(),
                                            std::to_string(canvas.width), std::to_string(canvas.height)})
-            : filled(StringId::BlockTitle, {std::to_string(compositor_.position())});
+            : filled(StringId::BlockTitle,
+                     {std::to_string(hasShown_ ? shown_.entry + 1 : compositor_.position())});
   if (zoom != 100) text += filled(StringId::ResizedTitle, {std::to_string(zoom)});
   return text;
 }

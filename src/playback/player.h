@@ -23,11 +23,12 @@ class Player {
   const ShownFrame& shown() const { return shown_; }
   const Compositor& compositor() const { return compositor_; }
 
-  /// Play: the next tick is due at once.
+  /// Play: the next tick is due at once. At the end of an animation it begins anew.
   void play();
   /// One beat of the timer: composes and shows the next frame (`paint` is called with it), and gives the time
-  /// until the next beat in milliseconds, at least 1; empty when there is none. What drawing took is charged
-  /// against the delay, unless it took as long as the delay or longer: then the delay begins anew.
+  /// until the next beat in milliseconds, at least 1; empty when there is none, as behind the only image of
+  /// an animation where nothing can follow. What drawing took is charged against the delay, unless it took as
+  /// long as the delay or longer: then the delay begins anew.
   std::optional<std::uint32_t> tick(const std::function<void(const ShownFrame&)>& paint);
   void pause();
   /// The first frame, standing.
@@ -57,8 +58,8 @@ class Player {
   /// An animation; a still image has nothing to step through.
   bool is_animation() const;
 
-  /// "View NAME [W x H]" while it plays and for a still image, "Block N" otherwise, N being the place in the
-  /// list; a zoom (percent) other than 100 is told behind it.
+  /// "View NAME [W x H]" while it plays and for a still image, "Block N" otherwise, N being the row of the
+  /// frame that is shown; a zoom (percent) other than 100 is told behind it.
   std::string title(int zoom) const;
   /// "3 of 10 frames - 200 ms".
   std::string progress_text() const;
@@ -66,6 +67,7 @@ class Player {
  private:
   bool show_next(const std::function<void(const ShownFrame&)>& paint);
   void stand(PlayerState state);
+  bool is_settled() const;
   std::uint32_t wait_behind(std::uint64_t begin) const;
   std::optional<std::uint32_t> go_to_target(const std::function<void(const ShownFrame&)>& paint);
   std::optional<std::uint32_t> show_pass(const std::function<void(const ShownFrame&)>& paint);

@@ -675,6 +675,7 @@ inline constexpr const char* kLaterSettingNames[] = {"VersionMajor",
                                                      "NewAnimationWizardFileThumbnails",
                                                      "WarnWatermark",
                                                      "RecentFolder",
-                                                     "HidePlugins"};
+                                                     "HidePlugins",
+                                                     "ClassicPlayback"};
 
 }  // namespace vellum::testing

@@ -125,6 +125,7 @@ TEST(SettingTable, BeginsWithTheStatedDefaults) {
       {"TransitionSandstormBlockSize", kNumber, 500},
       {"SpinFrame", kNumber, 110},
       {"HidePlugins", kFlag, 0},
+      {"ClassicPlayback", kFlag, 0},
   };
   for (const Case& c : cases) {
     const SettingRow* row = find_setting(c.name);

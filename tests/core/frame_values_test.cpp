@@ -73,7 +73,7 @@ TEST(FrameDelay, CountsBegunMillisecondsWhole) {
   EXPECT_EQ(apng(7, 0), 70u) << "a denominator of 0 means 100";
   EXPECT_EQ(apng(0, 10), 0u);
   record.image.edit().framBlock.interframeDelay = 201u << 24;  // the file's byte order
-  EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 25), 0u) << "no FRAM";
+  EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 25), 40u) << "no FRAM: one tick";
   record.flags = CRF_FRAM;
   EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 25), 8'040u);
   EXPECT_EQ(frame_delay_ms(record, DocumentKind::MING, 0), 201'000u);

@@ -242,11 +242,11 @@ TEST(ManageFrames, DisposalAndBlendingAreThoseOfTheKind) {
   for (const DocumentKind kind : kAnimations) {
     DocumentWindow window = animation(kind, 2);
     set_disposal(window, {1}, 1);
-    EXPECT_EQ(frame_manner(window.list.record(frame_entries(window)[1]), kind).dispose, 1u);
-    EXPECT_EQ(frame_manner(window.list.record(frame_entries(window)[0]), kind).dispose, 0u);
+    EXPECT_EQ(GetFrameDispose(window.list.record(frame_entries(window)[1]), kind), 1u);
+    EXPECT_EQ(GetFrameDispose(window.list.record(frame_entries(window)[0]), kind), 0u);
     EXPECT_EQ(set_disposal(window, {0, 1}, 2).changed, kind == DocumentKind::APNG ? 2u : 0u);
     set_disposal(window, {0, 1}, 0);
-    EXPECT_EQ(frame_manner(window.list.record(frame_entries(window)[1]), kind).dispose, 0u);
+    EXPECT_EQ(GetFrameDispose(window.list.record(frame_entries(window)[1]), kind), 0u);
     EXPECT_EQ(set_blending(window, {0, 1}, 1).changed, kind == DocumentKind::APNG ? 2u : 0u);
   }
 }

@@ -215,27 +215,5 @@ TEST(ConvertKind, PalettesOfAnMngBecomeOne) {
   EXPECT_EQ(recorder.status.back(), "1 text chunks can't be kept in a WebP file.");
 }
 
-TEST(ConvertKind, RealAnimationsPlayTheSameInOtherKinds) {
-  VELLUM_NEEDS_CORPUS();
-  std::size_t compared = 0;
-  for (const auto& row : testing::corpus_rows({"apng", "webp"})) {
-    Recorder recorder;
-    DocumentWindow window;
-    if (std::stoul("0" + row.at("width")) * std::stoul("0" + row.at("height")) > 40'000 ||
-        !open_document(window, testing::corpus_file(row), recorder.host) || frame_entries(window).size() < 2)
-      continue;
-    // Half transparent pixels over each other are composed once more, and rounded once more.
-    if (has_transparency(window)) continue;
-    for (const DocumentKind kind : {A, M, W}) {
-      if (kind == window.document.kind) continue;
-      DocumentWindow converted;
-      ASSERT_TRUE(convert_kind(window, converted, {kind, false}, recorder.host)) << row.at("path");
-      EXPECT_EQ(canvases(converted), canvases(window)) << row.at("path") << " to " << kind_letters(kind);
-      ++compared;
-    }
-  }
-  EXPECT_GT(compared, 10u);
-}
-
 }  // namespace
 }  // namespace vellum

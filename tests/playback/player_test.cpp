@@ -35,7 +35,7 @@ TEST(Player, ChargesDrawingAgainstTheDelayUnlessItTookLonger) {
       {100, 0, 100}, {100, 30, 70}, {100, 99, 1}, {100, 100, 100}, {100, 250, 100},          {0, 0, 1},
       {0, 40, 1},    {1, 0, 1},     {1, 1, 1},    {50, -20, 50},   {3'600'000, 1, 3'599'999}};
   for (const Case& c : cases) {
-    const DocumentWindow window = webp_of({c.delay});
+    const DocumentWindow window = webp_of({c.delay, 1});
     std::uint64_t now = 1000;
     Player player(window.list, window.document, [&] { return now; });
     player.play();
@@ -72,16 +72,29 @@ TEST(Player, GoesThroughItsStates) {
   EXPECT_FALSE(player.tick(paint));
   EXPECT_EQ(player.state(), PlayerState::Ended);
   EXPECT_TRUE(player.can_play());
+  EXPECT_EQ(player.title(100), "Block 4") << "the row of the last frame";
   player.play();
-  EXPECT_FALSE(player.tick(paint)) << "Play does not rewind";
+  EXPECT_EQ(player.tick(paint), 10u) << "Play begins anew";
   player.rewind(paint);
   EXPECT_EQ(player.state(), PlayerState::Paused);
-  EXPECT_EQ(shown, (std::vector<std::uint32_t>{0, 1, 2, 1, 2, 0}));
+  EXPECT_EQ(shown, (std::vector<std::uint32_t>{0, 1, 2, 1, 2, 0, 0}));
   player.close();
   player.play();
   player.step_forward(paint);
   EXPECT_EQ(player.state(), PlayerState::Closed);
-  EXPECT_EQ(shown.size(), 6u);
+  EXPECT_EQ(shown.size(), 7u);
+}
+
+TEST(Player, NothingFollowsOneImageThatStaysAsItIs) {
+  for (const auto& [delay, plays, beats] :
+       {std::tuple(0u, 0u, false), {0u, 1u, false}, {50u, 0u, false}, {50u, 2u, true}}) {
+    const DocumentWindow window = webp_of({delay}, plays);
+    Player player(window.list, window.document, [] { return 0; });
+    player.play();
+    EXPECT_EQ(player.tick({}).has_value(), beats) << delay << " ms, " << plays << " plays";
+    EXPECT_EQ(player.state(), beats ? PlayerState::Playing : PlayerState::Ended);
+    EXPECT_TRUE(player.shown().picture);
+  }
 }
 
 TEST(Player, ADocumentWithoutImagesIsOverAtOnce) {
@@ -145,7 +158,7 @@ TEST(Player, SpeedShortensDelays) {
                         {99, 1, 1},    {-99, 0, 1},  {-99, 100, 1000}, {-99, 4'000'000'000, 4'294'967'295},
                         {4, 80, 10},   {3, 50, 12}};
   for (const Case& c : cases) {
-    const DocumentWindow window = webp_of({c.delay});
+    const DocumentWindow window = webp_of({c.delay, 1});
     Player player(window.list, window.document, [] { return 0; });
     for (int i = 0; i < std::abs(c.changes); ++i) player.change_speed(c.changes < 0 ? -1 : 1);
     player.play();

@@ -1,9 +1,10 @@
 #include "core/build/convert_records.h"
 
 #include <algorithm>
-#include <cmath>
+#include <map>
 #include <numeric>
 
+#include "base/fields.h"
 #include "core/build/build_animation.h"
 #include "core/build/carried_chunks.h"
 #include "core/chunks/chunk_policy.h"
@@ -13,10 +14,13 @@
 #include "core/edit/picture_fitting.h"
 #include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
+#include "core/model/compose.h"
 #include "core/model/frame_time.h"
 #include "core/model/loops.h"
 #include "core/model/played_frames.h"
 #include "core/model/record_picture.h"
+#include "core/settings.h"
+#include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
 namespace vellum {
@@ -28,10 +32,11 @@ bool fail(Host& host, const char* reason, FaultKind kind = FaultKind::Misuse) {
 
 /// A frame on its way from one kind to the other.
 struct Moved {
-  FrameLayer layer;  ///< in true color
+  std::size_t entry;  ///< in its document
   FrameTime time;
-  Picture own;                      ///< as it is in its document
+  Picture own;                      ///< as it is there
   std::vector<std::uint8_t> table;  ///< transparency of that
+  std::uint32_t dispose = 0;        ///< as its document has it, where that is idle too
 };
 
 /// A conversion under way.
@@ -41,10 +46,11 @@ struct Conversion {
   Host& host;
   DocumentKind kind;
   std::vector<Moved> frames{};
+  std::vector<FrameLayer> layers{};  ///< of the frames, in true color
   Extent canvas{};
   std::uint32_t plays = 0;
-  std::uint32_t ticks = 1000;  ///< of an MNG that is made
-  bool indexed = false;        ///< pictures stay as they are
+  FrameClock clock{};
+  bool indexed = false;  ///< pictures stay as they are
 };
 
 bool is_opaque_table(const std::vector<std::uint8_t>& table) {
@@ -59,65 +65,105 @@ bool gather(Conversion& conversion) {
   conversion.plays = played.plays;
   for (const std::size_t entry : played.entries) {
     const ChunkRecord& record = from.list.record(entry);
-    Moved frame{frame_layer_of(source, record), frame_time(record, source.kind, source.ticks),
-                picture_of(record),
+    Moved frame{entry, frame_time(record, source.kind, source.ticks), picture_of(record),
                 source.kind == DocumentKind::MING ? image_transparency(record) : source.table};
-    if (!has_rows(frame.layer.picture)) return fail(conversion.host, "an image has lost its picture");
-    if (frame.own.bits() <= 8 && is_opaque_table(frame.table))
-      frame.layer.picture = opaque_true_color(frame.own);
-    // An image of an MNG clears the canvas before it is drawn; in the other kinds the frame in front does.
-    if (source.kind == DocumentKind::MING && std::exchange(frame.layer.dispose, 0u) == 1 &&
-        !conversion.frames.empty())
-      conversion.frames.back().layer.dispose = 1;
+    FrameLayer layer = frame_layer_of(source, record);
+    if (!has_rows(layer.picture)) return fail(conversion.host, "an image has lost its picture");
+    if (frame.own.bits() <= 8 && is_opaque_table(frame.table)) layer.picture = opaque_true_color(frame.own);
+    frame.dispose = layer.dispose;
     conversion.frames.push_back(std::move(frame));
+    conversion.layers.push_back(std::move(layer));
   }
   return !conversion.frames.empty() || fail(conversion.host, "there is no image in this document");
 }
 
 // ------------------------------------------------------------------------------------- what a kind can hold
 
-/// Previous is known to animated PNG files alone; an MNG lays every image over what is there, or over a
-/// cleared canvas; a WebP has whole canvases.
-bool holds(const Conversion& conversion) {
-  const auto all = [&](const auto& fits) {
-    return std::ranges::all_of(conversion.frames, [&](const Moved& frame) { return fits(frame.layer); });
-  };
-  switch (conversion.kind) {
-    case DocumentKind::MING:
-      return all([](const FrameLayer& frame) {
-        return frame.dispose == 0 && (frame.over || frame.picture.bits() == 24);
-      });
-    case DocumentKind::WEBP:
-      return all([&](const FrameLayer& frame) { return are_whole_canvases({frame}, conversion.canvas); });
-    default:
-      return true;
-  }
+/// An MNG lays every image over what is there, or over a cleared canvas. By the classic rules it has no
+/// place for alpha but in whole canvases.
+bool mng_holds(const FrameLayer& frame, const FrameLayer*, Extent canvas) {
+  if (frame.dispose != 0) return false;
+  const bool opaque = frame.picture.bits() == 24;
+  if (settings::ClassicPlayback == 0) return opaque || frame.over || frame.clears;
+  return covers_canvas(frame, canvas) || (opaque && !frame.clears);
 }
 
+/// An animated PNG begins with its whole canvas, and clears one where that is all of one frame.
+bool apng_holds(const FrameLayer& frame, const FrameLayer* before, Extent canvas) {
+  const bool replaces = !frame.over || frame.picture.bits() == 24;
+  if (!before || !frame.clears || (replaces && covers_canvas(frame, canvas))) return true;
+  return before->clears || covers_canvas(*before, canvas);
+}
+
+bool webp_holds(const FrameLayer& frame, const FrameLayer*, Extent canvas) {
+  return frame.clears && covers_canvas(frame, canvas);
+}
+
+/// Whether every frame, which is settled, can go over as it is.
+bool holds(const Conversion& conversion) {
+  if (conversion.kind == DocumentKind::PING) return true;
+  const auto fits = conversion.kind == DocumentKind::MING   ? mng_holds
+                    : conversion.kind == DocumentKind::APNG ? apng_holds
+                                                            : webp_holds;
+  const auto& layers = conversion.layers;
+  for (std::size_t i = 0; i < layers.size(); ++i)
+    if (!fits(layers[i], i == 0 ? nullptr : &layers[i - 1], conversion.canvas)) return false;
+  return true;
+}
+
+/// Frames become what they show. In later rounds of a loop that is what they showed in the first, as it
+/// plays.
 bool compose(Conversion& conversion) {
   if (!canvases_fit(conversion.frames.size(), conversion.canvas))
     return fail(conversion.host, "the frames are too large together", FaultKind::Limit);
   const Progress progress(conversion.host, string_text(StringId::BuildingCaption));
-  CanvasLeft left;
-  std::size_t done = 0;
-  for (Moved& frame : conversion.frames) {
+  StraightCanvases canvases(conversion.from);
+  std::map<std::size_t, Picture> shown;
+  for (std::size_t i = 0; i < conversion.frames.size(); ++i) {
     if (conversion.host.stopped()) return false;
-    if (!make_whole_canvas(left, frame.layer, conversion.canvas))
-      return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
-    progress.step(++done, conversion.frames.size());
+    const std::size_t entry = conversion.frames[i].entry;
+    Picture& canvas = shown[entry];
+    if (!canvas) canvas = canvases.next(conversion.from.list.record(entry));
+    if (!canvas) return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
+    FrameLayer& layer = conversion.layers[i];
+    layer.picture = canvas;
+    layer.offset = {};
+    layer.dispose = 0;
+    layer.over = false;
+    layer.clears = true;
+    conversion.frames[i].dispose = 0;
+    progress.step(i + 1, conversion.frames.size());
   }
   return true;
 }
 
-/// Cuts off what an animated PNG can't place.
-bool cut_to_canvas(Conversion& conversion) {
-  for (Moved& frame : conversion.frames) {
-    const Picture before = frame.layer.picture;
-    frame.layer = cut_to(frame.layer, conversion.canvas);
-    if (!frame.layer.picture) return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
-    if (frame.layer.picture.handle().data() != before.handle().data()) frame.own = {};
+/// What an animated PNG can't place is cut off, and the first frame becomes the whole canvas.
+bool fit_to_canvas(Conversion& conversion) {
+  for (std::size_t i = 0; i < conversion.layers.size(); ++i) {
+    FrameLayer& layer = conversion.layers[i];
+    const Picture before = layer.picture;
+    layer = cut_to(layer, conversion.canvas);
+    if (i == 0 && layer.picture && !covers_canvas(layer, conversion.canvas)) {
+      const Picture deep =
+          layer.picture.bits() == 32 ? layer.picture : PictureToTrueColorAlpha(layer.picture);
+      layer.picture = PictureExtendCanvas(deep, conversion.canvas.width, conversion.canvas.height,
+                                          layer.offset.x, layer.offset.y, 0);
+      layer.offset = {};
+    }
+    if (!layer.picture) return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
+    if (layer.picture.handle().data() == before.handle().data()) continue;
+    conversion.frames[i].own = {};
+    conversion.frames[i].dispose = 0;
   }
   return true;
+}
+
+/// Behind the frame in front of it an animated PNG clears the canvas of one that needs that.
+void clear_behind(std::vector<FrameLayer>& layers, Extent canvas) {
+  for (std::size_t i = 1; i < layers.size(); ++i) {
+    const bool replaces = !layers[i].over || layers[i].picture.bits() == 24;
+    if (layers[i].clears && !(replaces && covers_canvas(layers[i], canvas))) layers[i - 1].dispose = 1;
+  }
 }
 
 bool same_colors(const Moved& a, const Moved& b) {
@@ -141,13 +187,17 @@ bool prepare(Conversion& conversion) {
   if (!gather(conversion)) return false;
   if (conversion.kind == DocumentKind::PING && conversion.frames.size() > 1)
     return fail(conversion.host, "the document has several images");
-  const Picture& first = conversion.frames[0].layer.picture;
+  const Picture first = conversion.layers[0].picture;
   conversion.canvas = is_animation(conversion.from.document.kind) && conversion.kind != DocumentKind::PING
                           ? document_size(conversion.from.list, conversion.from.document)
                           : Extent{first.width(), first.height()};
+  settle_clearing(conversion.layers, conversion.canvas);
   const bool composed = !holds(conversion);
   if (composed && !compose(conversion)) return false;
-  if (conversion.kind == DocumentKind::APNG && !cut_to_canvas(conversion)) return false;
+  if (conversion.kind == DocumentKind::APNG) {
+    if (!fit_to_canvas(conversion)) return false;
+    clear_behind(conversion.layers, conversion.canvas);
+  }
   conversion.indexed = !composed && keeps_indexes(conversion);
   return true;
 }
@@ -164,18 +214,6 @@ std::uint32_t exact_ticks(const std::vector<Moved>& frames) {
     if (ticks > kMost) return kUsual;
   }
   return static_cast<std::uint32_t>(kUsual % ticks == 0 ? kUsual : ticks);
-}
-
-/// Gives each frame of a WebP whole milliseconds; what was rounded off goes to the next one.
-void round_times(std::vector<Moved>& frames) {
-  double carried = 0;
-  for (Moved& frame : frames) {
-    const double wanted =
-        1000.0 * static_cast<double>(frame.time.num) / static_cast<double>(frame.time.den) + carried;
-    const double whole = std::max(std::round(wanted), 0.0);
-    carried = wanted - whole;
-    frame.time = {static_cast<std::uint64_t>(whole), 1000};
-  }
 }
 
 // ------------------------------------------------------------------------------------------ the new document
@@ -227,28 +265,30 @@ std::int32_t iterations_of(const Conversion& conversion) {
 
 bool begin(Conversion& conversion) {
   DocumentWindow& to = conversion.to;
+  conversion.clock.kind = conversion.kind;
   if (!BeginAnimation(to, iterations_of(conversion), 0, *build_number(conversion.kind))) return false;
   if (conversion.kind == DocumentKind::WEBP) return true;
   if (conversion.kind == DocumentKind::MING) {
-    conversion.ticks = exact_ticks(conversion.frames);
-    change_record(to.list, 0, [&](ChunkRecord& header) { header.ticksPerSecond = conversion.ticks; });
+    conversion.clock.ticks = exact_ticks(conversion.frames);
+    change_record(to.list, 0, [&](ChunkRecord& header) { header.ticksPerSecond = conversion.clock.ticks; });
   }
   return insert_carried(to, conversion.from, &conversion.host);
 }
 
 bool add(Conversion& conversion, std::size_t index) {
   const Moved& frame = conversion.frames[index];
-  const FrameLayer& layer = frame.layer;
-  // What shows through a picture in place of another is a cleared canvas.
-  const bool clears = layer.dispose == 1 || (!layer.over && layer.picture.bits() == 32);
-  const AddFrameOptions options{kFrameDispose | kFrameBlend | kFrameTransparency, layer.dispose,
+  const FrameLayer& layer = conversion.layers[index];
+  const bool hides_all = layer.picture.bits() == 24 && covers_canvas(layer, conversion.canvas);
+  const bool clears = layer.clears && !hides_all;
+  const std::uint32_t dispose = layer.dispose != 0 ? layer.dispose : frame.dispose;
+  const AddFrameOptions options{kFrameDispose | kFrameBlend | kFrameTransparency, dispose,
                                 layer.over ? 1u : 0u, 0, clears};
   const std::size_t at =
       AddFrame(conversion.to, conversion.indexed ? frame.own : layer.picture, -1, nullptr, layer.delay,
                layer.offset.x, layer.offset.y, static_cast<std::uint32_t>(index), &options);
   if (at == 0) return false;
   change_record(conversion.to.list, at - 1, [&](ChunkRecord& record) {
-    set_frame_time(record, conversion.kind, conversion.ticks, frame.time);
+    conversion.clock.put_time(record, frame.time);
     if (conversion.indexed && conversion.kind == DocumentKind::MING)
       put_image_transparency(record, frame.table);
   });
@@ -283,6 +323,14 @@ void put_background(Conversion& conversion) {
     put_document_background(conversion.to, color);
 }
 
+void tell_delays(const Conversion& conversion) {
+  const auto tell = [&](StringId text, std::size_t frames) {
+    if (frames > 0) conversion.host.add_note(filled(text, {std::to_string(frames)}));
+  };
+  tell(StringId::DelaysRounded, conversion.clock.rounded);
+  tell(StringId::DelaysCut, conversion.clock.cut);
+}
+
 bool build(Conversion& conversion) {
   const Progress progress(conversion.host, string_text(StringId::BuildingCaption));
   if (!begin(conversion)) return false;
@@ -302,6 +350,7 @@ bool build(Conversion& conversion) {
       !insert_carried(conversion.to, conversion.from, &conversion.host))
     return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
   chunk_list_close_change(conversion.to.list, conversion.to.document);
+  tell_delays(conversion);
   return true;
 }
 
@@ -345,11 +394,10 @@ bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKi
   to.document.thumbScale = from.document.thumbScale;
   const QuietList quiet(to.list);
   if (!prepare(conversion)) return false;
-  if (kind == DocumentKind::WEBP) round_times(conversion.frames);
   if (kind != DocumentKind::PING) return build(conversion);
   const Moved& frame = conversion.frames[0];
   return conversion.indexed ? make_still(to, from, frame.own, frame.table)
-                            : make_still(to, from, frame.layer.picture);
+                            : make_still(to, from, conversion.layers[0].picture);
 }
 
 }  // namespace vellum

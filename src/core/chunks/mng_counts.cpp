@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/model/framing.h"
+#include "core/model/playing_rules.h"
 
 namespace vellum {
 namespace {
@@ -14,10 +14,6 @@ struct OpenLoop {
   std::uint64_t count;
   std::uint64_t ticks = 0;  ///< of one turn
 };
-
-std::uint32_t delay_of(const ChunkRecord& record) {
-  return record.flags & CRF_FRAM ? from_file_order(record.image->framBlock.interframeDelay) : 0;
-}
 
 std::uint32_t count_play_time(const ChunkList& list) {
   std::vector<OpenLoop> loops = {{1}};
@@ -31,7 +27,7 @@ std::uint32_t count_play_time(const ChunkList& list) {
     const ChunkRecord& record = list.record(i);
     if (record.tag == tag::LOOP) loops.push_back({payload_be32(record, 1)});
     if (record.tag == tag::ENDL && loops.size() > 1) close();
-    if (record.tag == tag::PNGI) loops.back().ticks = capped(loops.back().ticks + delay_of(record));
+    if (record.tag == tag::PNGI) loops.back().ticks = capped(loops.back().ticks + delay_ticks(record));
   }
   while (loops.size() > 1) close();
   return static_cast<std::uint32_t>(loops.back().ticks);

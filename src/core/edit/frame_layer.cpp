@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "core/chunks/new_chunk.h"
+#include "core/model/playing_rules.h"
 #include "core/model/record_picture.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
@@ -25,15 +26,17 @@ Picture shown_picture(const FrameSource& source, const ChunkRecord& record) {
 void put_layer(ChunkRecord& record, DocumentKind kind, const FrameLayer& frame, std::uint32_t ticks) {
   set_frame_delay(record, kind, ticks, frame.delay);
   SetFrameOffset(record, kind, frame.offset);
+  // What clears the canvas in front of it in an MNG clears behind it in the others.
+  const std::uint32_t dispose = frame.clears && frame.over ? 1u : frame.dispose;
   if (kind == DocumentKind::APNG) {
-    record.frameControl.dispose = static_cast<std::uint8_t>(frame.dispose);
+    record.frameControl.dispose = static_cast<std::uint8_t>(dispose);
     record.frameControl.blend = frame.over ? 1 : 0;
   } else if (kind == DocumentKind::MING) {
     // What shows through a picture in place of another is a cleared canvas.
-    const bool clears = frame.dispose == 1 || (!frame.over && frame.picture.bits() == 32);
+    const bool clears = frame.dispose == 1 || frame.clears || (!frame.over && frame.picture.bits() == 32);
     record.image.edit().framBlock.framingMode = clears ? 3 : 1;
   } else if (kind == DocumentKind::WEBP) {
-    record.webpImage.dispose = frame.dispose == 1;
+    record.webpImage.dispose = dispose == 1;
   }
 }
 
@@ -70,8 +73,12 @@ FrameSource frame_source_of(const DocumentWindow& window) {
 
 FrameLayer frame_layer_of(const FrameSource& source, const ChunkRecord& record) {
   const FrameManner manner = frame_manner(record, source.kind);
-  return {shown_picture(source, record), GetFrameOffset(record, source.kind),
-          frame_delay_ms(record, source.kind, source.ticks), manner.dispose, manner.over};
+  return {shown_picture(source, record),
+          GetFrameOffset(record, source.kind),
+          frame_delay_ms(record, source.kind, source.ticks),
+          manner.dispose,
+          manner.over,
+          manner.clears};
 }
 
 bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRecord& record) {
@@ -84,12 +91,11 @@ bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRec
   return true;
 }
 
-void put_whole_canvas(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
+void put_whole_canvas(ChunkRecord& record, DocumentKind kind, const Picture& picture, bool transparent) {
   record_take_picture(record, kind, picture);
   SetFrameOffset(record, kind, {});
-  // The canvas of an MNG is cleared where the image in front would show through.
-  const bool clears = kind == DocumentKind::MING && (picture.bits() == 32 || (record.flags & CRF_TRNS));
-  set_frame_dispose(record, kind, clears ? 1 : 0);
+  // A canvas is cleared where the image in front would show through; a WebP's always is.
+  set_frame_dispose(record, kind, transparent && kind != DocumentKind::WEBP ? 1 : 0);
   record.frameControl.blend = 0;
 }
 

@@ -15,7 +15,7 @@ struct FrameSource {
 FrameSource frame_source_of(const DocumentWindow& window);
 
 /// The frame of an image record: its picture in true color with its transparency as alpha (null where it has
-/// lost it), offset, delay, disposal (1 for an image of an MNG that clears the canvas) and blending.
+/// lost it), offset, delay, disposal, blending and clearing by the rules that play it.
 FrameLayer frame_layer_of(const FrameSource& source, const ChunkRecord& record);
 
 /// The part of the frame that lies on the canvas, or right of and below its origin; a transparent pixel that
@@ -28,7 +28,7 @@ FrameLayer cut_at_origin(const FrameLayer& frame);
 bool frame_record_of(const DocumentWindow& to, const FrameLayer& frame, ChunkRecord& record);
 
 /// Gives an image record a picture that is the whole canvas while it is shown: at the origin, in place of
-/// what was there, with nothing done to it afterwards. The delay stays.
-void put_whole_canvas(ChunkRecord& record, DocumentKind kind, const Picture& picture);
+/// what was there. The delay stays. `transparent`: something may show through it.
+void put_whole_canvas(ChunkRecord& record, DocumentKind kind, const Picture& picture, bool transparent);
 
 }  // namespace vellum

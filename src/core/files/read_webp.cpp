@@ -5,6 +5,7 @@
 #include "core/chunks/new_chunk.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
+#include "core/settings.h"
 #include "image/webp_service.h"
 
 namespace vellum {
@@ -89,6 +90,8 @@ bool read_still(WebpReading& reading, const WebpInfo& info) {
   header.canvasHeight = info.height;
   header.colorType = info.hasAlpha ? 6 : 2;
   header.bitsPerPixel = info.hasAlpha ? 32 : 24;
+  // A still file states no background.
+  header.backgroundColor = static_cast<Colour>(settings::DefaultBackgroundColour);
   return append_header(reading, header) && append_extras(reading, 0) &&
          append_frame(reading, picture, 0, 0) && append_extras(reading, kNoEntry);
 }

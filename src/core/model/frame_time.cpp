@@ -1,11 +1,11 @@
 #include "core/model/frame_time.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 #include "core/model/frame_values.h"
-#include "core/model/framing.h"
-#include "core/model/loops.h"
+#include "core/model/playing_rules.h"
 
 namespace vellum {
 namespace {
@@ -50,8 +50,7 @@ FrameTime frame_time(const ChunkRecord& record, DocumentKind kind, std::uint32_t
     const FrameControl& control = record.frameControl;
     return {control.delayNum, control.delayDen == 0 ? 100u : control.delayDen};
   }
-  if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return {0, ticks};
-  return {from_file_order(record.image->framBlock.interframeDelay), ticks};
+  return {kind == DocumentKind::MING ? delay_ticks(record) : 0, ticks};
 }
 
 bool set_frame_time(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks, FrameTime time) {
@@ -64,6 +63,27 @@ bool set_frame_time(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks,
   else
     record.webpImage.delay = static_cast<std::uint32_t>(amount);
   return amount != wanted;
+}
+
+void FrameClock::put_time(ChunkRecord& record, FrameTime time) {
+  // Finer than any unit, and the longest sum of clipped times still fits.
+  constexpr double kFine = 1e9;
+  const double unit = 1.0 / static_cast<double>(time_unit(kind, ticks));
+  const double own = static_cast<double>(time.num) / static_cast<double>(time.den);
+  const double wanted = own + carried;
+  // A fraction that is exact stays so until a whole unit can be given.
+  const bool adds = kind == DocumentKind::APNG ? std::abs(carried) >= unit / 2 : carried != 0;
+  FrameTime held = time;
+  if (adds) held = {static_cast<std::uint64_t>(std::max(wanted, 0.0) * kFine + 0.5), 1'000'000'000};
+  set_frame_time(record, kind, ticks, held);
+  const FrameTime put = frame_time(record, kind, ticks);
+  const double got = static_cast<double>(put.num) / static_cast<double>(put.den), lost = wanted - got;
+  carried = std::abs(lost) < 1e-9 ? 0 : lost;
+  // The longest fractions of an animated PNG have coarser units.
+  if (lost > 2 * unit && lost > own / 100)
+    ++cut;
+  else if (std::abs(got - own) > 1e-9)
+    ++rounded;
 }
 
 }  // namespace vellum

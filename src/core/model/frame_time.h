@@ -22,4 +22,16 @@ std::uint64_t time_unit(DocumentKind kind, std::uint32_t ticks);
 /// unit.
 bool set_frame_time(ChunkRecord& record, DocumentKind kind, std::uint32_t ticks, FrameTime time);
 
+/// Gives times to frames in their order. What a file can't tell of one is added to the next, so that no frame
+/// comes late because of it.
+struct FrameClock {
+  DocumentKind kind = DocumentKind::None;
+  std::uint32_t ticks = 1000;  ///< of an MNG
+  double carried = 0;          ///< seconds
+  std::size_t rounded = 0;     ///< frames whose times can't be told exactly, but to a unit
+  std::size_t cut = 0;         ///< frames whose times are longer than the longest
+
+  void put_time(ChunkRecord& record, FrameTime time);
+};
+
 }  // namespace vellum

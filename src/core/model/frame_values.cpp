@@ -4,6 +4,7 @@
 
 #include "core/model/framing.h"
 #include "core/model/loops.h"
+#include "core/model/playing_rules.h"
 #include "core/settings.h"
 
 namespace vellum {
@@ -95,8 +96,8 @@ std::uint32_t plays_of_mng(const ChunkList& list) {
 std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks) {
   if (kind == DocumentKind::WEBP) return record.webpImage.delay;
   if (kind == DocumentKind::APNG) return delay_of_fraction(record.frameControl.delayNum, record.frameControl);
-  if (kind != DocumentKind::MING || !(record.flags & CRF_FRAM)) return 0;
-  const std::uint64_t delay = from_file_order(record.image->framBlock.interframeDelay);
+  if (kind != DocumentKind::MING) return 0;
+  const std::uint64_t delay = delay_ticks(record);
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(delay * 1000 / std::max(ticks, 1u), 0xFFFFFFFF));
 }
 
@@ -110,13 +111,6 @@ std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind) {
   if (kind == DocumentKind::WEBP) return record.webpImage.dispose;
   if (kind == DocumentKind::APNG) return record.tag == tag::IDAT ? record.frameControl.dispose : 0;
   return kind == DocumentKind::MING && clears_canvas(record) ? 1 : 0;
-}
-
-FrameManner frame_manner(const ChunkRecord& record, DocumentKind kind) {
-  if (kind == DocumentKind::APNG)
-    return {std::min<std::uint32_t>(record.frameControl.dispose, 2), record.frameControl.blend == 1};
-  if (kind == DocumentKind::MING) return {clears_canvas(record) ? 1u : 0u, true};
-  return {kind == DocumentKind::WEBP && record.webpImage.dispose == 1 ? 1u : 0u, false};
 }
 
 std::uint32_t ticks_per_second(const ChunkList& list) {

@@ -16,7 +16,7 @@ struct FrameOffset {
 FrameOffset GetFrameOffset(const ChunkRecord& record, DocumentKind kind);
 
 /// How long a frame is shown, in milliseconds. APNG: its fraction of a second, a begun one counted whole;
-/// MING: the delay of the FRAM in force, `ticks` of the MHDR to a second, truncated; WEBP: its delay.
+/// MING: its `delay_ticks`, `ticks` of the MHDR to a second, truncated; WEBP: its delay.
 std::uint32_t frame_delay_ms(const ChunkRecord& record, DocumentKind kind, std::uint32_t ticks);
 
 /// The delay that playback works with, in milliseconds: as `frame_delay_ms`, but in an APNG a numerator of 0
@@ -26,14 +26,6 @@ std::uint32_t GetFrameDelay(const ChunkRecord& record, DocumentKind kind, std::u
 /// What becomes of a frame before the next one is drawn: 0 None, 1 Background, 2 Previous. MING: 1 when the
 /// FRAM in force has framing mode 3 or 4; APNG: of IDAT records only.
 std::uint32_t GetFrameDispose(const ChunkRecord& record, DocumentKind kind);
-
-/// How an image is laid on the canvas: dispose as above, of every image of its kind; and whether it lies over
-/// what is there or replaces it.
-struct FrameManner {
-  std::uint32_t dispose = 0;
-  bool over = false;
-};
-FrameManner frame_manner(const ChunkRecord& record, DocumentKind kind);
 
 /// Ticks of the MHDR to a second, at least 1; 1000 without one.
 std::uint32_t ticks_per_second(const ChunkList& list);

@@ -13,24 +13,20 @@ struct FrameLayer {
   Picture picture;  ///< 24 or 32 bits
   FrameOffset offset;
   std::uint32_t delay = 0;    ///< milliseconds
-  std::uint32_t dispose = 0;  ///< 0 None, 1 Background (transparent), 2 Previous
+  std::uint32_t dispose = 0;  ///< its place behind it: 0 None, 1 Background (transparent), 2 Previous
   bool over = false;          ///< laid over what is there; otherwise it replaces that
+  bool clears = false;        ///< the whole canvas is cleared in front of it
 };
 
-/// Whether each frame alone makes the whole canvas: it covers it, and nothing shows through.
+/// Whether the frame is as large as the canvas and lies on all of it.
+bool covers_canvas(const FrameLayer& frame, Extent canvas);
+/// Tells of every frame that begins on an empty canvas, for whatever reason, that it `clears`; what that
+/// makes idle (disposals in front of it) is taken away. What plays stays the same.
+void settle_clearing(std::vector<FrameLayer>& frames, Extent canvas);
+/// Whether each of the settled frames alone makes the whole canvas.
 bool are_whole_canvases(const std::vector<FrameLayer>& frames, Extent canvas);
 
 /// Whether that many canvases can be kept together.
 bool canvases_fit(std::size_t count, Extent canvas);
-
-/// What the frames so far have left on the canvas, 32 bits; null in front of the first.
-struct CanvasLeft {
-  Picture shown;
-};
-/// Makes the next frame the whole canvas while it is shown: 32 bits, at the origin, dispose None. False when
-/// memory is exhausted.
-bool make_whole_canvas(CanvasLeft& left, FrameLayer& frame, Extent canvas);
-/// All of them, in order.
-bool make_whole_canvases(std::vector<FrameLayer>& frames, Extent canvas);
 
 }  // namespace vellum

@@ -12,6 +12,7 @@
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "image/resample.h"
+#include "operations/convert_kind.h"
 #include "operations/frame_pictures.h"
 #include "playback/compositor.h"
 #include "shell/dialogs/change_preview.h"
@@ -173,18 +174,22 @@ std::optional<bool> ask_for_kind(QWidget* parent, const DocumentWindow& window, 
   const QString title = kind == DocumentKind::APNG   ? QObject::tr("Convert to animated PNG")
                         : kind == DocumentKind::MING ? QObject::tr("Convert to MNG")
                                                      : QObject::tr("Convert to WebP");
-  Field dither = kDither;
-  dither.tip = "Where the palettes of an MNG become one that lacks colors";
+  const bool dithers = may_dither(window, kind), whole = brings_back(window);
+  const std::size_t lost = texts_lost(window, kind);
+  // Where there is nothing to ask or to tell, nothing is asked.
+  if (!dithers && !whole && lost == 0) return settings::ConvertPaletteDither != 0;
+  std::vector<Field> fields;
+  if (dithers) fields = {kDither};
   FieldValues values, defaults;
   values.set("dither", flag_of(settings::ConvertPaletteDither));
   defaults.set("dither", std::int64_t{1});
-  FormDialog dialog(title, QStringLiteral("CONVERT"), {dither}, values, services.host, parent);
+  FormDialog dialog(title, QStringLiteral("CONVERT"), fields, values, services.host, parent);
   reset_to(dialog, defaults);
-  if (brings_back(window)) add_reconstruct_note(dialog);
-  if (const std::size_t lost = texts_lost(window, kind); lost > 0)
-    dialog.form().add_note(to_qt(filled(StringId::TextsNotKept, {std::to_string(lost)})));
-  dialog.apply = [](const FieldValues& now) {
-    store_dither(now);
+  dialog.buttons().button(QDialogButtonBox::Reset)->setVisible(dithers);
+  if (whole) dialog.form().add_note(text_of(StringId::ReconstructedFirst));
+  if (lost > 0) dialog.form().add_note(to_qt(filled(StringId::TextsNotKept, {std::to_string(lost)})));
+  dialog.apply = [dithers](const FieldValues& now) {
+    if (dithers) store_dither(now);
     return true;
   };
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;

@@ -85,7 +85,6 @@ QString ManageModel::cell(int row, int column) const {
   const DocumentKind kind = draft_.document.kind;
   const ChunkRecord& image = record(row);
   const Picture picture = picture_of(image);
-  const FrameManner manner = frame_manner(image, kind);
   switch (column) {
     case Frame:
       return QString::number(row + 1);
@@ -100,9 +99,9 @@ QString ManageModel::cell(int row, int column) const {
     case Y:
       return QString::number(GetFrameOffset(image, kind).y);
     case Dispose:
-      return QString::fromLatin1(kDisposals[manner.dispose]);
+      return QString::fromLatin1(kDisposals[std::min(GetFrameDispose(image, kind), 2u)]);
     default:
-      return QString::fromLatin1(kBlends[manner.over]);
+      return QString::fromLatin1(kBlends[image.frameControl.blend == 1]);
   }
 }
 

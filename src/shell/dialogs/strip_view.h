@@ -6,8 +6,8 @@
 #include <QPixmap>
 #include <functional>
 
+#include "core/model/compose.h"
 #include "operations/frames.h"
-#include "playback/compose.h"
 #include "shell/list/thumbnail.h"
 
 namespace vellum {

@@ -227,7 +227,7 @@ void ImageEditor::replace() {
 void ImageEditor::export_picture() {
   if (!services.choose_file) return;
   const auto path = services.choose_file(
-      {QObject::tr("Export image").toStdString(), picture_filters(false).toStdString(), {}, true});
+      {QObject::tr("Export image").toStdString(), picture_filters(false).toStdString(), "picture.png", true});
   if (path && !GraphicFileWrite(path->string(), picture()))
     services.host.show(StringId::ErrorWritingFile, {}, path->string());
 }

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStandardPaths>
 
 #include "configuration/shell_settings.h"
@@ -123,7 +124,10 @@ std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileCho
   const std::filesystem::path start = to_path(usable_folder(folder)) / choice.name;
   const QString title = to_qt(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
   const QStringList single = filters.split(QStringLiteral(";;"));
-  QString filter = single.value(choice.filter ? *choice.filter : 0, single.front());
+  const int wanted = choice.filter   ? *choice.filter
+                     : choice.saving ? filter_of_name(filters, choice.name)
+                                     : 0;
+  QString filter = single.value(wanted, single.front());
   const QString name = choice.saving ? QFileDialog::getSaveFileName(parent, title, offered, filters, &filter)
                                      : QFileDialog::getOpenFileName(parent, title, offered, filters, &filter);
   if (name.isEmpty()) return std::nullopt;
@@ -141,6 +145,16 @@ QString picture_filters(bool reading) {
   if (!reading) return single.join(QStringLiteral(";;"));
   single.prepend(QObject::tr("All pictures (%1)").arg(all.join(u' ')));
   return single.join(QStringLiteral(";;"));
+}
+
+int filter_of_name(const QString& filters, const std::filesystem::path& name) {
+  const QString pattern = u'*' + path_text(name.extension());
+  const QStringList single = filters.split(QStringLiteral(";;"));
+  for (qsizetype i = 0; i < single.size() && pattern.size() > 1; ++i) {
+    const QStringList words = single[i].split(QRegularExpression(QStringLiteral("[ ()]+")));
+    if (words.contains(pattern)) return static_cast<int>(i);
+  }
+  return 0;
 }
 
 std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool several) {

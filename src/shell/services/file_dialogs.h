@@ -17,6 +17,8 @@ std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileCho
 
 /// One entry a graphic-file module; "All pictures" in front for reading.
 QString picture_filters(bool reading);
+/// The number of the filter, of several parted by ";;", that takes a file of this name; 0 where none does.
+int filter_of_name(const QString& filters, const std::filesystem::path& name);
 /// Pictures to insert, in the order of their names; none when the user cancelled.
 std::vector<std::filesystem::path> ask_for_pictures(QWidget* parent, bool several);
 

@@ -125,6 +125,8 @@ const SettingField kDisplay[] = {
          "The thumbnails that the desktop keeps for all programs are used"),
     flag("ViewModeProgressBar", "View mode progress bar", "The viewer shows how far the animation is"),
     flag("ViewModeToolbar", "View mode tool bar", "The viewer has buttons"),
+    flag("ClassicPlayback", "View by the classic rules",
+         "Frames are laid on each other as in earlier versions, and not as their format says"),
     flag("WarnKillIDAT", "Warn before deleting IDATs", "Tells what a PNG can't be without"),
     flag("WarnMultipleDelete", "Warn before deleting multiple chunks", "Asks before several are deleted"),
     flag("WarnKillPLTE", "Warn before deleting PLTEs", "Tells what a paletted PNG can't be without"),

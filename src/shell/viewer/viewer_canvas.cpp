@@ -23,6 +23,7 @@ ViewerCanvas::ViewerCanvas(QWidget* parent) : QAbstractScrollArea(parent), aroun
   setFocusPolicy(Qt::StrongFocus);
   setAccessibleName(tr("Animation"));
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+  viewport()->setMouseTracking(true);
 }
 
 void ViewerCanvas::show_frame(const Picture& picture, bool multiplied) {
@@ -30,6 +31,7 @@ void ViewerCanvas::show_frame(const Picture& picture, bool multiplied) {
   picture_ = picture;
   reduced_ = {};
   fill_image(image_, picture, multiplied);
+  if (image_.size() != before && fits_) fit();
   if (image_.size() != before) update_scroll_bars();
   viewport()->repaint();
 }
@@ -58,7 +60,10 @@ void ViewerCanvas::update_scroll_bars() {
   set(verticalScrollBar(), size.height(), room().height());
 }
 
-void ViewerCanvas::set_zoom(int percent) { set_zoom(percent, QRectF(viewport()->rect()).center()); }
+void ViewerCanvas::set_zoom(int percent) {
+  fits_ = false;
+  set_zoom(percent, QRectF(viewport()->rect()).center());
+}
 
 void ViewerCanvas::set_zoom(int percent, QPointF anchor) {
   percent = std::clamp(percent, kLeastZoom, kMostZoom);
@@ -75,6 +80,7 @@ void ViewerCanvas::set_zoom(int percent, QPointF anchor) {
 }
 
 void ViewerCanvas::step_zoom(int direction, QPointF anchor) {
+  fits_ = false;
   const auto steps = PictureView::zoom_steps();
   const auto above = std::ranges::upper_bound(steps, zoom_), at = std::ranges::lower_bound(steps, zoom_);
   if (direction > 0 && above != steps.end()) set_zoom(*above, anchor);
@@ -82,12 +88,14 @@ void ViewerCanvas::step_zoom(int direction, QPointF anchor) {
 }
 
 void ViewerCanvas::fit() {
-  if (!image_.isNull())
-    set_zoom(fitting_zoom(image_.size(), (QSizeF(maximumViewportSize()) * devicePixelRatioF()).toSize()));
+  if (image_.isNull()) return;
+  const QSize room = (QSizeF(maximumViewportSize()) * devicePixelRatioF()).toSize();
+  set_zoom(fitting_zoom(image_.size(), room), QRectF(viewport()->rect()).center());
 }
 
-void ViewerCanvas::set_middle(bool middle) {
-  middle_ = middle;
+void ViewerCanvas::set_filling(bool filling) {
+  middle_ = fits_ = filling;
+  if (fits_) fit();
   viewport()->update();
 }
 
@@ -96,7 +104,11 @@ void ViewerCanvas::scroll_by(QPoint pixels) {
   verticalScrollBar()->setValue(verticalScrollBar()->value() + pixels.y());
 }
 
-void ViewerCanvas::resizeEvent(QResizeEvent*) { update_scroll_bars(); }
+/// A desktop gives a window its size when it likes to.
+void ViewerCanvas::resizeEvent(QResizeEvent*) {
+  if (fits_) fit();
+  update_scroll_bars();
+}
 
 void ViewerCanvas::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
@@ -137,6 +149,7 @@ void ViewerCanvas::mousePressEvent(QMouseEvent* event) {
 }
 
 void ViewerCanvas::mouseMoveEvent(QMouseEvent* event) {
+  emit pointer_moved();
   const QPoint place = event->position().toPoint();
   if (dragging_) scroll_by((std::exchange(dragFrom_, place) - place) * devicePixelRatioF());
 }

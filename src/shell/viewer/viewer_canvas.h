@@ -27,8 +27,9 @@ class ViewerCanvas : public QAbstractScrollArea {
   /// To the next of the usual zooms.
   void step_zoom(int direction, QPointF anchor);
   void fit();
-  /// The frame lies in the middle of the height too.
-  void set_middle(bool middle);
+  /// The frame lies in the middle of the height too, and fits whatever size this gets, until it is zoomed by
+  /// hand.
+  void set_filling(bool filling);
   /// In the viewport.
   QRect frame_place() const;
   void scroll_by(QPoint pixels);
@@ -37,6 +38,7 @@ class ViewerCanvas : public QAbstractScrollArea {
   void zoomed(int percent);
   void close_wanted();
   void full_screen_wanted();
+  void pointer_moved();
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -57,7 +59,7 @@ class ViewerCanvas : public QAbstractScrollArea {
   QImage image_;
   QImage reduced_;  ///< of a 1-bit picture below 100 %
   QColor around_;
-  bool checkered_ = false, middle_ = false, dragging_ = false;
+  bool checkered_ = false, middle_ = false, fits_ = false, dragging_ = false;
   int zoom_ = 100;
   QPoint dragFrom_;
 };

@@ -28,6 +28,7 @@ namespace vellum {
 namespace {
 
 constexpr std::int64_t kLongStep = 10;  // frames
+constexpr int kControlsStay = 2000;     // milliseconds after the pointer moved
 
 enum class Place { BarOnly, Bar, Menu };
 enum class Group { Steps, Zoom, Background, Speed, Frame, Window };
@@ -113,15 +114,21 @@ ViewerWindow::ViewerWindow(const DocumentWindow& window, Services& services, QWi
       services_(services),
       player_(window_.list, window_.document, clock ? std::move(clock) : system_clock()),
       canvas_(new ViewerCanvas(this)),
-      bar_(new QToolBar(this)),
-      strip_(new ProgressStrip(this)) {
+      controls_(new QWidget(this)),
+      bar_(new QToolBar(controls_)),
+      strip_(new ProgressStrip(controls_)) {
   setObjectName(QStringLiteral("ViewerWindow"));
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   layout->addWidget(canvas_, 1);
-  layout->addWidget(bar_);
-  layout->addWidget(strip_);
+  layout->addWidget(controls_);
+  auto* below = new QVBoxLayout(controls_);
+  below->setContentsMargins(0, 0, 0, 0);
+  below->setSpacing(0);
+  below->addWidget(bar_);
+  below->addWidget(strip_);
+  controls_->setAutoFillBackground(true);
   make_commands();
   fill_bar();
   strip_->set_frames(player_.compositor().frames());
@@ -133,7 +140,11 @@ ViewerWindow::ViewerWindow(const DocumentWindow& window, Services& services, QWi
   connect(canvas_, &ViewerCanvas::zoomed, this, &ViewerWindow::refresh);
   connect(canvas_, &ViewerCanvas::close_wanted, this, &QDialog::reject);
   connect(canvas_, &ViewerCanvas::full_screen_wanted, this, &ViewerWindow::toggle_full_screen);
-  canvas_->set_ground(qt_color(player_.compositor().values().background), false);
+  connect(canvas_, &ViewerCanvas::pointer_moved, this, &ViewerWindow::show_controls);
+  resting_.setSingleShot(true);
+  resting_.setInterval(kControlsStay);
+  connect(&resting_, &QTimer::timeout, this, &ViewerWindow::hide_controls);
+  canvas_->set_ground(surround(), false);
   open_at(parent);
   canvas_->setFocus();
   refresh();
@@ -358,25 +369,68 @@ void ViewerWindow::zoom_out() { canvas_->step_zoom(-1, QRectF(canvas_->viewport(
 void ViewerWindow::show_actual_size() { canvas_->set_zoom(100); }
 void ViewerWindow::fit() { canvas_->fit(); }
 
-void ViewerWindow::toggle_full_screen() {
-  if (isFullScreen()) {
-    showNormal();
-    canvas_->set_middle(false);
-    canvas_->set_zoom(zoomBefore_);
-    return;
-  }
-  zoomBefore_ = canvas_->zoom();
-  showFullScreen();
-  canvas_->set_middle(true);
-  QApplication::sendPostedEvents();  // the canvas has its new size
-  canvas_->fit();
+void ViewerWindow::toggle_full_screen() { isFullScreen() ? showNormal() : showFullScreen(); }
+
+/// The desktop may fill the screen, or end that, by itself.
+void ViewerWindow::changeEvent(QEvent* event) {
+  QDialog::changeEvent(event);
+  if (event->type() == QEvent::WindowStateChange && isFullScreen() != full_) set_full(!full_);
+}
+
+/// On a full screen the controls lie on the canvas, and go when the pointer rests.
+void ViewerWindow::set_full(bool full) {
+  full_ = full;
+  if (full)
+    zoomBefore_ = canvas_->zoom();
+  else
+    resting_.stop();
+  static_cast<QBoxLayout*>(layout())->removeWidget(controls_);
+  if (!full) layout()->addWidget(controls_);
+  full ? hide_controls() : show_controls();
+  canvas_->set_ground(surround(), player_.ground().kind == Ground::Kind::Clear);
+  canvas_->set_filling(full);
+  if (!full) canvas_->set_zoom(zoomBefore_);
+}
+
+void ViewerWindow::show_controls() {
+  canvas_->viewport()->unsetCursor();
+  controls_->show();
+  if (!full_) return;
+  place_controls();
+  resting_.start();
+}
+
+void ViewerWindow::hide_controls() {
+  if (!full_) return;
+  // Not below the pointer, and not behind an open menu.
+  if (controls_->isVisible() && (controls_->underMouse() || QApplication::activePopupWidget()))
+    return resting_.start();
+  controls_->hide();
+  canvas_->setFocus();
+  canvas_->viewport()->setCursor(Qt::BlankCursor);
+}
+
+void ViewerWindow::place_controls() {
+  const int high = controls_->sizeHint().height();
+  controls_->setGeometry(0, height() - high, width(), high);
+  controls_->raise();
+}
+
+void ViewerWindow::resizeEvent(QResizeEvent* event) {
+  QDialog::resizeEvent(event);
+  if (full_ && controls_->isVisible()) place_controls();
+}
+
+/// Around the frame: the ground that was chosen; else the document's own, and black on a full screen.
+QColor ViewerWindow::surround() const {
+  const Ground& ground = player_.ground();
+  if (ground.kind == Ground::Kind::Solid) return qt_color(ground.colour);
+  return full_ ? QColor(Qt::black) : qt_color(document_background(window_.list, window_.document));
 }
 
 void ViewerWindow::set_ground(Ground ground) {
   player_.set_ground(ground);
-  const bool solid = ground.kind == Ground::Kind::Solid;
-  canvas_->set_ground(qt_color(solid ? ground.colour : document_background(window_.list, window_.document)),
-                      ground.kind == Ground::Kind::Clear);
+  canvas_->set_ground(surround(), ground.kind == Ground::Kind::Clear);
   if (player_.is_waiting()) beat_in(0);
 }
 
@@ -428,7 +482,7 @@ void ViewerWindow::save_frame() {
 void ViewerWindow::keyPressEvent(QKeyEvent* event) {
   switch (event->key()) {
     case Qt::Key_Escape:
-      return pause();
+      return full_ ? showNormal() : pause();
     case Qt::Key_Space:
     case Qt::Key_Return:
     case Qt::Key_Enter:

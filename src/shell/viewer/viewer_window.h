@@ -65,6 +65,8 @@ class ViewerWindow : public QDialog {
 
  protected:
   void showEvent(QShowEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -76,6 +78,11 @@ class ViewerWindow : public QDialog {
   void open_at(const QWidget* beside);
   void set_background(std::size_t row);
   void set_ground(Ground ground);
+  QColor surround() const;
+  void set_full(bool full);
+  void show_controls();
+  void hide_controls();
+  void place_controls();
   void seek(std::int64_t ordinal);
   void change_speed(int direction);
   void beat_in(std::optional<std::uint32_t> wait);
@@ -89,13 +96,15 @@ class ViewerWindow : public QDialog {
   Services& services_;
   Player player_;
   ViewerCanvas* canvas_;
+  QWidget* controls_;  ///< bar and strip; over the canvas on a full screen
   QToolBar* bar_;
   ProgressStrip* strip_;
   QLabel* speed_ = nullptr;
-  QTimer timer_;
+  QTimer timer_, resting_;  ///< the beat; how long the pointer has not moved on a full screen
   std::optional<std::uint32_t> due_;
   Colour chosen_ = 0x808080;
   std::size_t background_ = 0;
+  bool full_ = false;
   int zoomBefore_ = 100;  ///< before the full screen
 };
 

@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "core/model/document.h"
-#include "image/picture_operations.h"
+#include "core/model/playing_rules.h"
+#include "image/fine_canvas.h"
 
 namespace vellum {
 
@@ -20,33 +21,42 @@ struct Ground {
   bool operator==(const Ground&) const = default;
 };
 
-/// What a document says once for all its frames.
+/// What a document says once for all its frames, and the rules by which they are laid on each other.
 struct ViewValues {
   DocumentKind kind = DocumentKind::None;
   Extent canvas;
   std::uint32_t ticks = 1000;  ///< of a second, in MING
   Colour background = 0xFFFFFF;
   bool clear = false;  ///< canvases of 32 bits whose colors are multiplied by their alpha
+  PlayingRule rule{};
   /// PING, APNG: the document's tRNS, in the form that PictureWithTransparency takes.
   std::vector<std::uint8_t> transparency;
 };
 
 ViewValues view_values(const ChunkList& list, const Document& document, Ground ground = {});
 
-/// Whether the canvas shows through where a frame is transparent. Frames of 32 bits replace what is there but
-/// in an animated PNG whose blending is Over.
-bool lies_over(DocumentKind kind, const ChunkRecord& record);
-
 /// What one frame leaves for the next. Copies share their pictures until one of them is drawn on.
 struct CanvasState {
-  Picture canvas;  ///< 24 bits, or 32 on no ground; null before the first frame
-  Picture previousRegion;
+  FineCanvas canvas;  ///< 24 bits, or 32 on no ground; null before the first frame
+  FineCanvas previousRegion;
   PictureRect lastRect;  ///< of the last frame, not clipped; empty at the start
   std::uint32_t lastDispose = 0;
 };
 
 /// Disposes of the last frame and draws the image of `record` on the canvas, which is the result. Null when
-/// the picture is lost or memory is exhausted; the state is then as it was.
+/// the picture is lost or memory is exhausted; the state is then, but for what rounding took, as it was.
 Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record);
+
+/// The canvases of a document's frames with straight alpha, 32 bits, for who builds other documents of them.
+class StraightCanvases {
+ public:
+  explicit StraightCanvases(const DocumentWindow& window);
+  /// The canvas while the next frame is shown; null as above.
+  Picture next(const ChunkRecord& record);
+
+ private:
+  ViewValues values_;
+  CanvasState state_;
+};
 
 }  // namespace vellum

@@ -1,0 +1,161 @@
+#include "core/model/compose.h"
+
+#include <algorithm>
+
+#include "core/model/frame_values.h"
+#include "image/picture_rows.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::uint32_t kDisposeBackground = 1, kDisposePrevious = 2;
+
+/// The picture with its alpha: its own, or that which its document or its record tells. 24 or 32 bits.
+Picture layer_of(const ViewValues& values, const ChunkRecord& record) {
+  const Picture picture = picture_of(record);
+  if (!has_rows(picture) || picture.bits() == 32) return has_rows(picture) ? picture : Picture();
+  const auto table = values.kind == DocumentKind::MING ? image_transparency(record) : values.transparency;
+  if (!table.empty() && values.kind != DocumentKind::WEBP) return PictureWithTransparency(picture, table);
+  // An opaque picture covers what it lies on: its alpha need not be written down.
+  return picture.bits() == 24 ? picture : PictureToTrueColorAlpha(picture);
+}
+
+std::int32_t width_of(const PictureRect& rect) { return rect.right - rect.left; }
+std::int32_t height_of(const PictureRect& rect) { return rect.bottom - rect.top; }
+
+/// On no ground a pixel of zeros is nothing, and what is composed over it has its colors multiplied by its
+/// alpha.
+Colour ground_value(const ViewValues& values) { return values.clear ? 0 : values.background; }
+
+FineCanvas empty_canvas(const ViewValues& values) {
+  const auto [width, height] = values.canvas;
+  return {values.clear ? PictureCreateAlpha(width, height)
+                       : PictureCreateFilled(width, height, values.background),
+          {}};
+}
+
+bool dispose_of_last(CanvasState& state, const ViewValues& values) {
+  const PictureRect& rect = state.lastRect;
+  if (width_of(rect) == 0) return true;
+  if (state.lastDispose == kDisposeBackground) fine_fill(state.canvas, rect, ground_value(values));
+  return state.lastDispose != kDisposePrevious || fine_put(state.canvas, rect, state.previousRegion);
+}
+
+/// Offsets of a file may lie anywhere; a frame that far out is never seen.
+std::int32_t near(std::int32_t offset) {
+  constexpr std::int32_t kFarthest = 1 << 30;
+  return std::clamp(offset, -kFarthest, kFarthest);
+}
+
+PictureRect rect_of(const Picture& picture, FrameOffset offset) {
+  const std::int32_t left = near(offset.x), top = near(offset.y);
+  return {left, top, left + static_cast<std::int32_t>(picture.width()),
+          top + static_cast<std::int32_t>(picture.height())};
+}
+
+bool covers(const PictureRect& rect, Extent canvas) {
+  return rect.left == 0 && rect.top == 0 && static_cast<std::uint32_t>(rect.right) == canvas.width &&
+         static_cast<std::uint32_t>(rect.bottom) == canvas.height;
+}
+
+/// What replaces the canvas is composed over the background where there is one.
+bool draw_truncating(FineCanvas& canvas, const ViewValues& values, const PictureRect& rect,
+                     const Picture& layer, bool over) {
+  Picture drawn = layer;
+  if (!over && values.clear)
+    fine_fill(canvas, rect, 0);
+  else if (!over && layer.bits() == 32)
+    drawn = PictureFlattenAlpha(layer, values.background);
+  PictureComposite(canvas.shown, rect.left, rect.top, drawn, width_of(rect), height_of(rect));
+  return static_cast<bool>(drawn);
+}
+
+bool draw(FineCanvas& canvas, const ViewValues& values, const PictureRect& rect, const Picture& layer,
+          bool over) {
+  if (values.rule.truncates) return draw_truncating(canvas, values, rect, layer, over);
+  if (over) return fine_lay(canvas, rect, layer);
+  // Nothing is laid over a canvas that is always cleared.
+  const bool once = values.rule.clearing == Clearing::Always && !values.clear;
+  return fine_replace(canvas, rect, layer, ground_value(values), once);
+}
+
+/// How a frame comes on the canvas.
+struct Coming {
+  Picture layer;
+  PictureRect rect;
+  FrameManner manner;
+  bool whole;  ///< it replaces the whole canvas
+};
+
+/// The canvas on which the frame is drawn: what the last one left, or a new one where nothing of that is
+/// seen.
+bool prepare_canvas(CanvasState& state, const ViewValues& values, const Coming& coming) {
+  // What was under the frame is needed only by a disposal that brings it back.
+  const bool brings_back = coming.manner.dispose == kDisposePrevious;
+  if (coming.whole && !brings_back) {
+    // Every pixel of it is about to be written.
+    state.canvas.shown =
+        create_rows(values.canvas.width, values.canvas.height, nullptr, values.clear ? 32 : 24);
+    return static_cast<bool>(state.canvas.shown);
+  }
+  if (!state.canvas.shown || coming.manner.clears)
+    state.canvas = empty_canvas(values);
+  else if (!dispose_of_last(state, values))
+    return false;
+  return static_cast<bool>(state.canvas.shown);
+}
+
+bool draw_frame(CanvasState& state, const ViewValues& values, const Coming& coming) {
+  const bool shared = coming.whole && coming.layer.bits() == 24 && !values.clear;
+  if (shared && coming.manner.dispose != kDisposePrevious) {
+    state.canvas = {coming.layer, {}};
+    state.previousRegion = {};
+    return true;
+  }
+  if (!prepare_canvas(state, values, coming)) return false;
+  state.previousRegion = {};
+  if (coming.manner.dispose == kDisposePrevious) state.previousRegion = fine_crop(state.canvas, coming.rect);
+  if (!shared) return draw(state.canvas, values, coming.rect, coming.layer, coming.manner.over);
+  state.canvas = {coming.layer, {}};
+  return true;
+}
+
+}  // namespace
+
+ViewValues view_values(const ChunkList& list, const Document& document, Ground ground) {
+  ViewValues values{document.kind,
+                    document_size(list, document),
+                    ticks_per_second(list),
+                    ground.kind == Ground::Kind::Solid ? ground.colour : document_background(list, document),
+                    ground.kind == Ground::Kind::Clear,
+                    playing_rule(document.kind),
+                    {}};
+  if (document.kind != DocumentKind::MING) values.transparency = document_transparency(list);
+  return values;
+}
+
+Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record) {
+  Coming coming{layer_of(values, record), {}, frame_manner(record, values.rule), false};
+  if (!coming.layer) return {};
+  coming.rect = rect_of(coming.layer, GetFrameOffset(record, values.kind));
+  const bool replaces = !coming.manner.over || coming.layer.bits() == 24;
+  coming.whole = replaces && covers(coming.rect, values.canvas);
+  CanvasState next = state;
+  state.canvas.rest = {};  // so that it isn't copied when it is written
+  if (!draw_frame(next, values, coming)) return {};
+  next.lastRect = coming.rect;
+  next.lastDispose = coming.manner.dispose;
+  state = std::move(next);
+  return state.canvas.shown;
+}
+
+StraightCanvases::StraightCanvases(const DocumentWindow& window)
+    : values_(view_values(window.list, window.document, {Ground::Kind::Clear})) {
+  values_.rule.truncates = false;
+}
+
+Picture StraightCanvases::next(const ChunkRecord& record) {
+  return compose_frame(state_, values_, record) ? straight_picture(state_.canvas) : Picture();
+}
+
+}  // namespace vellum

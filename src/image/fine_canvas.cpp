@@ -1,0 +1,221 @@
+#include "image/fine_canvas.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "image/alpha_runs.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::uint8_t kNoRest = 128;
+constexpr Colour kNoRests = 0x80808080;
+
+std::int32_t width_of(const PictureRect& rect) { return rect.right - rect.left; }
+std::int32_t height_of(const PictureRect& rect) { return rect.bottom - rect.top; }
+
+/// Alpha is a fraction of 65535, so products lose less than one each; the one that is added makes opaque and
+/// clear pixels exact.
+void blend_fine(std::uint8_t* __restrict shown, std::uint8_t* __restrict rest,
+                const std::uint8_t* __restrict source, const std::uint8_t* __restrict alpha,
+                std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto weight = static_cast<std::uint16_t>(alpha[i] * 257);
+    const auto left = static_cast<std::uint16_t>(65535 - weight);
+    const auto above = static_cast<std::uint16_t>(source[i] << 8 | kNoRest);
+    const auto below = static_cast<std::uint16_t>(shown[i] << 8 | rest[i]);
+    const auto first = static_cast<std::uint16_t>(std::uint32_t{above} * weight >> 16);
+    const auto second = static_cast<std::uint16_t>(std::uint32_t{below} * left >> 16);
+    const auto sum = static_cast<std::uint16_t>(first + second + 1);
+    shown[i] = static_cast<std::uint8_t>(sum >> 8);
+    rest[i] = static_cast<std::uint8_t>(sum);
+  }
+}
+
+bool is_clear_run(const std::uint8_t* pixels, std::size_t count) {
+  std::uint32_t any = 0;
+  for (std::size_t x = 0; x < count; ++x) any |= read_le32(pixels + 4 * x);
+  return any >> 24 == 0;
+}
+
+bool has_half_transparent(const std::uint8_t* pixels, std::size_t count) {
+  std::uint32_t any = 0;
+  for (std::size_t x = 0; x < count; ++x) {
+    const std::uint32_t alpha = read_le32(pixels + 4 * x) >> 24;
+    any |= (alpha + 1) & 0xFE;
+  }
+  return any != 0;
+}
+
+/// Whether laying the picture leaves rests.
+bool leaves_rests(const Picture& source) {
+  if (source.bits() != 32) return false;
+  std::atomic<bool> found = false;
+  for_each_row(source.height(), source.stride(), [&](std::uint32_t y) {
+    if (!found.load(std::memory_order_relaxed) && has_half_transparent(source.row(y), source.width()))
+      found = true;
+  });
+  return found;
+}
+
+Picture no_rests(const Picture& shown) {
+  Picture rest = PictureCreateForOverwrite(shown.width(), shown.height(), nullptr, shown.bits());
+  if (std::uint8_t* block = rest.edit_block())
+    std::fill(block + Picture::kHeaderBytes, block + rest.handle().size(), kNoRest);
+  return rest;
+}
+
+/// A run of a row on its way onto the canvas.
+struct Run {
+  std::uint8_t *shown, *rest;  ///< `rest` may be null
+  std::size_t bytes;           ///< of a pixel of the canvas
+  std::size_t count;
+
+  void forget_rests() const {
+    if (rest) std::fill_n(rest, bytes * count, kNoRest);
+  }
+  void fill(Colour colour) const {
+    fill_pixels(shown, 0, count, static_cast<std::uint32_t>(8 * bytes), colour);
+    forget_rests();
+  }
+  void lay(const std::uint8_t* pixels) const {
+    if (is_opaque_run(pixels, count)) {
+      if (bytes == 3)
+        take_colors(shown, pixels, count);
+      else
+        std::memcpy(shown, pixels, bytes * count);
+      return forget_rests();
+    }
+    if (is_clear_run(pixels, count)) return;
+    SourceRun source;
+    if (bytes == 3)
+      source.load_for_24(pixels, count);
+    else
+      source.load_for_32(pixels, count);
+    blend(source);
+  }
+
+ private:
+  /// Without rests no pixel is half transparent; those of the run go here.
+  void blend(const SourceRun& source) const {
+    std::array<std::uint8_t, 4 * kPixelRun> none;
+    if (!rest) none.fill(kNoRest);
+    blend_fine(shown, rest ? rest : none.data(), source.channels.data(), source.alphas.data(), bytes * count);
+  }
+};
+
+/// The part of a picture at a place that is on the canvas.
+struct Part {
+  std::uint32_t left, top, right, bottom;  ///< on the canvas
+  std::uint32_t fromLeft, fromTop;         ///< in the picture
+  bool empty() const { return left >= right || top >= bottom; }
+};
+
+Part visible_part(const Picture& canvas, const PictureRect& rect, const Picture& source) {
+  const auto clip = [](std::int64_t value, std::uint32_t most) {
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(value, 0, most));
+  };
+  return {clip(rect.left, canvas.width()),
+          clip(rect.top, canvas.height()),
+          clip(std::int64_t{rect.left} + source.width(), canvas.width()),
+          clip(std::int64_t{rect.top} + source.height(), canvas.height()),
+          static_cast<std::uint32_t>(std::max<std::int64_t>(-std::int64_t{rect.left}, 0)),
+          static_cast<std::uint32_t>(std::max<std::int64_t>(-std::int64_t{rect.top}, 0))};
+}
+
+/// `ground`: null to lay the picture over what is there.
+bool draw(FineCanvas& canvas, const PictureRect& rect, const Picture& source, const Colour* ground,
+          bool rests_wanted) {
+  const Part part = visible_part(canvas.shown, rect, source);
+  if (part.empty()) return true;
+  Picture rest = canvas.rest;
+  if (!rest && rests_wanted && leaves_rests(source) && !(rest = no_rests(canvas.shown))) return false;
+  canvas.rest = {};  // so that it isn't copied when it is written
+  const EditRows rows(canvas.shown);
+  const EditRows rests = rest ? EditRows(rest) : rows;
+  canvas.rest = rest;
+  if (!rows || !rests) return false;
+  const std::size_t bytes = canvas.shown.bits() / 8, source_bytes = source.bits() / 8;
+  const std::size_t width = part.right - part.left;
+  for_each_row(part.bottom - part.top, 4 * width, [&](std::uint32_t y) {
+    const std::uint8_t* from = source.row(part.fromTop + y) + source_bytes * part.fromLeft;
+    const std::size_t at = bytes * part.left;
+    std::uint8_t* shown = rows[part.top + y] + at;
+    std::uint8_t* left = rest ? rests[part.top + y] + at : nullptr;
+    if (source_bytes == 3) {
+      cover_row(shown, bytes, from, width);
+      return Run{shown, left, bytes, width}.forget_rests();
+    }
+    for (std::size_t x = 0; x < width; x += kPixelRun) {
+      const Run run{shown + bytes * x, left ? left + bytes * x : nullptr, bytes,
+                    std::min(kPixelRun, width - x)};
+      if (ground) run.fill(*ground);
+      run.lay(from + 4 * x);
+    }
+  });
+  return true;
+}
+
+/// One channel without the weight of alpha, which is above 0: both in 256ths and 128 above.
+std::uint8_t plain_channel(std::uint32_t value, float scale) {
+  const float plain = (static_cast<float>(value) - kNoRest) * scale + 0.5f;
+  return static_cast<std::uint8_t>(std::clamp(plain, 0.0f, 255.0f));
+}
+
+void straight_row(std::uint8_t* out, const std::uint8_t* shown, const std::uint8_t* rest, std::size_t width) {
+  for (std::size_t x = 0; x < width; ++x, out += 4, shown += 4, rest += 4) {
+    const std::uint8_t alpha = shown[3];
+    if (alpha == 255 || alpha == 0) {
+      write_le32(out, alpha == 0 ? 0 : read_le32(shown));
+      continue;
+    }
+    const float scale = 255.0f / static_cast<float>((alpha << 8 | rest[3]) - kNoRest);
+    for (int c = 0; c < 3; ++c)
+      out[c] = plain_channel(static_cast<std::uint32_t>(shown[c] << 8 | rest[c]), scale);
+    out[3] = alpha;
+  }
+}
+
+}  // namespace
+
+void fine_fill(FineCanvas& canvas, const PictureRect& rect, Colour colour) {
+  PictureFillRect(canvas.shown, rect.left, rect.top, width_of(rect), height_of(rect), colour);
+  if (canvas.rest)
+    PictureFillRect(canvas.rest, rect.left, rect.top, width_of(rect), height_of(rect), kNoRests);
+}
+
+FineCanvas fine_crop(const FineCanvas& canvas, const PictureRect& rect) {
+  return {PictureCrop(canvas.shown, rect), canvas.rest ? PictureCrop(canvas.rest, rect) : Picture()};
+}
+
+bool fine_put(FineCanvas& canvas, const PictureRect& rect, const FineCanvas& part) {
+  if (part.rest && !canvas.rest && !(canvas.rest = no_rests(canvas.shown))) return false;
+  if (canvas.rest && !part.rest)
+    PictureFillRect(canvas.rest, rect.left, rect.top, width_of(rect), height_of(rect), kNoRests);
+  else if (canvas.rest)
+    PictureBlit(canvas.rest, rect.left, rect.top, part.rest, 0, 0, width_of(rect), height_of(rect));
+  PictureBlit(canvas.shown, rect.left, rect.top, part.shown, 0, 0, width_of(rect), height_of(rect));
+  return true;
+}
+
+bool fine_lay(FineCanvas& canvas, const PictureRect& rect, const Picture& source) {
+  return draw(canvas, rect, source, nullptr, true);
+}
+
+bool fine_replace(FineCanvas& canvas, const PictureRect& rect, const Picture& source, Colour ground,
+                  bool once) {
+  return draw(canvas, rect, source, &ground, !once);
+}
+
+Picture straight_picture(const FineCanvas& canvas) {
+  if (!canvas.rest || !canvas.shown) return canvas.shown;
+  Picture result = create_rows(canvas.shown.width(), canvas.shown.height(), nullptr, 32);
+  const EditRows rows(result);
+  if (!rows) return {};
+  for_each_row(result.height(), result.stride(), [&](std::uint32_t y) {
+    straight_row(rows[y], canvas.shown.row(y), canvas.rest.row(y), result.width());
+  });
+  return result;
+}
+
+}  // namespace vellum
