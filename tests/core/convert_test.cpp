@@ -9,6 +9,7 @@
 #include "core/model/frame_values.h"
 #include "core/model/loops.h"
 #include "core/model/played_frames.h"
+#include "core/model/record_picture.h"
 #include "core/settings.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -215,6 +216,57 @@ TEST(Convert, DelaysStayExactWhereTheKindCanTellThem) {
   DocumentWindow rough;
   ASSERT_TRUE(convert_document(window, rough, DocumentKind::MING, host));
   EXPECT_EQ(ticks_per_second(rough.list), 1000u) << "no million ticks tell both";
+}
+
+/// What a kind can't tell is told to the person, and the next frame makes up for it.
+TEST(Convert, DelaysThatAKindCanNotHoldAreToldAndCarried) {
+  struct Case {
+    DocumentKind kind;
+    std::uint16_t num, den;
+    const char* note;
+    double first;
+  };
+  const Case cases[] = {{DocumentKind::WEBP, 60'000, 1, "cut", 16'777.215},
+                        {DocumentKind::WEBP, 1, 3, "rounded", 0.333},
+                        {DocumentKind::WEBP, 1, 4, "", 0.25},
+                        {DocumentKind::MING, 60'000, 65'521, "", 60'000.0 / 65'521},
+                        {DocumentKind::MING, 1, 3, "", 1.0 / 3}};
+  for (const Case& c : cases) {
+    DocumentWindow window = small_animation(), converted;
+    ChunkRecord record;
+    chunk_list_get(window.list, 3, record);
+    record.frameControl.delayNum = c.num;
+    record.frameControl.delayDen = c.den;
+    chunk_list_put(window.list, 3, record);
+    Recorder recorder;
+    std::string notes;
+    recorder.host.note = [&](std::string_view text) { notes += text; };
+    ASSERT_TRUE(convert_document(window, converted, c.kind, recorder.host));
+    const auto wanted = times_of(window), got = times_of(converted);
+    EXPECT_NEAR(got[0], c.first, 1e-9) << c.num << '/' << c.den;
+    EXPECT_NEAR(got[0] + got[1], wanted[0] + wanted[1], 0.00051) << c.num << '/' << c.den;
+    EXPECT_EQ(notes.empty(), c.note[0] == 0) << notes;
+    EXPECT_NE(notes.find(c.note), std::string::npos) << notes;
+  }
+}
+
+/// Frames larger than the first make the canvas, and the document can be saved.
+TEST(Convert, AnAnimatedPngBeginsWithTheWholeCanvas) {
+  const testing::ScratchFolder folder;
+  for (const std::uint32_t bits : {8u, 24u}) {
+    DocumentWindow window = looped("ii"), converted, again;
+    ChunkRecord record;
+    chunk_list_get(window.list, 2, record);
+    record_take_picture(record, DocumentKind::MING, testing::small_picture(9, 8, bits));
+    chunk_list_put(window.list, 2, record);
+    chunk_list_close_change(window.list, window.document);
+    Recorder recorder;
+    ASSERT_TRUE(convert_document(window, converted, DocumentKind::APNG, recorder.host));
+    ASSERT_TRUE(save_document(converted, folder / "a.png", recorder.host)) << recorder.host.take_fault();
+    ASSERT_TRUE(open_document(again, folder / "a.png", recorder.host));
+    EXPECT_EQ(document_size(again.list, again.document).width, 9u);
+    EXPECT_EQ(testing::objections(folder / "a.png"), "");
+  }
 }
 
 TEST(Convert, IndexedFramesStayIndexedWhereOneKindOfPaletteIsEnough) {

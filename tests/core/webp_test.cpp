@@ -260,6 +260,7 @@ TEST_F(WebpDocument, OneImageIsAStill) {
     EXPECT_EQ(header.bitsPerPixel, bits == 32 ? 32u : 24u);
     EXPECT_EQ(header.colorType, bits == 32 ? 6u : 2u);
     EXPECT_TRUE(header.loopCount == 0 && header.frameCount == 1);
+    EXPECT_EQ(document_background(again.list, again.document), 0xFFFFFFu) << "it states none";
     EXPECT_EQ(rgba_of(again, images_of(again).at(0)), rgba_of(window, images_of(window).at(0))) << bits;
     EXPECT_EQ(delays_of(again), std::vector<std::uint32_t>{0});
     const auto judged = testing::run_tool({"dwebp", file_, "-o", folder_ / "judge.png"});

@@ -39,6 +39,13 @@ TEST(FileDialogs, OfferEachFormatInSmallAndCapitalLetters) {
   for (const char* extension : {"png", "PNG", "mng", "MNG", "webp", "WEBP"})
     EXPECT_TRUE(filters.front().contains(QStringLiteral("*.%1").arg(QLatin1String(extension)))) << extension;
   EXPECT_EQ(filters[1].toStdString(), "PNG (*.png *.PNG *.apng *.APNG)");
+  const QStringList pictures = picture_filters(false).split(QStringLiteral(";;"));
+  for (const char* name : {"a.png", "b.GIF", "c.webp", "d.x.bmp"}) {
+    const int fitting = filter_of_name(pictures.join(QStringLiteral(";;")), name);
+    const auto extension = std::filesystem::path(name).extension().string().substr(1);
+    EXPECT_TRUE(pictures[fitting].contains(QString::fromStdString("*." + extension))) << name;
+  }
+  EXPECT_EQ(filter_of_name(pictures.join(QStringLiteral(";;")), "none"), 0);
 }
 
 class SavingTest : public ::testing::Test {

@@ -32,5 +32,14 @@ TEST(DesktopSession, OpensEditsSavesUndoesPlaysAndLeaves) {
     EXPECT_NE(result.output.find(line), std::string::npos) << line << " is not in\n" << result.output;
 }
 
+TEST(FullScreen, FillsTheScreenUnderAWindowManagerAndEscapeLeavesIt) {
+  const ToolResult result = run_on_display("full_screen.sh");
+  if (result.status == 77) GTEST_SKIP() << result.output;
+  ASSERT_EQ(result.status, 0) << result.output;
+  for (const char* line : {"middle 20C040", "across 20C040", "surround 000000", "bottom 000000",
+                           "controls come", "left\n", "still open"})
+    EXPECT_NE(result.output.find(line), std::string::npos) << line << " is not in\n" << result.output;
+}
+
 }  // namespace
 }  // namespace vellum::testing

@@ -253,6 +253,20 @@ TEST_F(ViewerTest, ZoomsByKeysWheelAndFullScreen) {
   EXPECT_EQ(viewer.canvas().zoom(), 150);
   key(Qt::Key_F11);
   EXPECT_TRUE(viewer.isFullScreen());
+  EXPECT_FALSE(viewer.bar().isVisible()) << "until the pointer moves";
+  EXPECT_EQ(viewer.canvas().grab().toImage().pixel(1, 1), 0xFF000000) << "black around it";
+  QTest::mouseMove(viewer.canvas().viewport(), {50, 50});
+  EXPECT_TRUE(viewer.bar().isVisible());
+  // A desktop may give the window its size long after it was asked for.
+  for (const QSize size : {QSize(700, 500), QSize(900, 640)}) {
+    viewer.resize(size);
+    EXPECT_EQ(viewer.canvas().zoom(), fitting_zoom({40, 30}, size));
+  }
+  key(Qt::Key_Escape);
+  EXPECT_FALSE(viewer.isFullScreen());
+  EXPECT_TRUE(viewer.player().can_pause()) << "it plays on";
+  EXPECT_EQ(viewer.canvas().zoom(), 150);
+  key(Qt::Key_F11);
   QTest::mouseDClick(viewer.canvas().viewport(), Qt::LeftButton);
   EXPECT_FALSE(viewer.isFullScreen());
   EXPECT_EQ(viewer.canvas().zoom(), 150);
