@@ -112,7 +112,6 @@ TEST_F(ConvertDialogTest, SaysThatFramesAreReconstructedFirstWhereTheyMustBe) {
   };
   change_frames(1, 0);
   EXPECT_FALSE(says(258)) << "each frame stands alone";
-  EXPECT_FALSE(says(264));
   change_frames(0, 1);
   EXPECT_TRUE(says(258));
   change_frames(2, 1);
@@ -139,18 +138,18 @@ TEST_F(ConvertDialogTest, KindsStillsAndWholeFrames) {
     const char* prefix;
     DocumentKind kind;
     std::size_t images;
-    const char* picture;
+    const char* picture;  ///< null where there is nothing to ask
   };
   const Row rows[] = {
-      {264, "Converted_", DocumentKind::MING, frames_, "convert"},
-      {265, "Converted_", DocumentKind::WEBP, frames_, ""},
+      {264, "Converted_", DocumentKind::MING, frames_, nullptr},
+      {265, "Converted_", DocumentKind::WEBP, frames_, ""},  // it loses a text
       {270, "Converted_", DocumentKind::PING, 1, "still"},
       {316, "Reconstructed_", DocumentKind::APNG, frames_, "reconstruct"},
       {310, "Resized_", DocumentKind::APNG, frames_, "resize"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.command);
-    run_with(row.command, {}, row.picture);
+    row.picture ? run_with(row.command, {}, row.picture) : static_cast<void>(main_.run(row.command));
     const DocumentWindow& window = made(row.prefix);
     EXPECT_EQ(window.document.kind, row.kind);
     EXPECT_EQ(images_of(window).size(), row.images);

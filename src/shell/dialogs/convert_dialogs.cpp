@@ -186,7 +186,7 @@ std::optional<bool> ask_for_kind(QWidget* parent, const DocumentWindow& window, 
   FormDialog dialog(title, QStringLiteral("CONVERT"), fields, values, services.host, parent);
   reset_to(dialog, defaults);
   dialog.buttons().button(QDialogButtonBox::Reset)->setVisible(dithers);
-  if (whole) dialog.form().add_note(text_of(StringId::ReconstructedFirst));
+  if (whole) add_reconstruct_note(dialog);
   if (lost > 0) dialog.form().add_note(to_qt(filled(StringId::TextsNotKept, {std::to_string(lost)})));
   dialog.apply = [dithers](const FieldValues& now) {
     if (dithers) store_dither(now);

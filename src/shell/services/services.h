@@ -24,7 +24,8 @@ struct FileChoice {
   std::string filters;         ///< "Text (*.txt);;All files (*)"
   std::filesystem::path name;  ///< offered to the user; or a folder
   bool saving = false;
-  int* filter = nullptr;  ///< number of the filter that was chosen last; null: the one that takes `name`, or the first
+  /// Number of the filter that was chosen last; null: the one that takes `name`, or the first.
+  int* filter = nullptr;
 };
 
 struct Services {
