@@ -41,7 +41,8 @@ std::optional<std::int64_t> parse_flag(std::string_view text) {
 
 std::optional<std::int64_t> parse_choice(const Field& field, std::string_view text) {
   for (const FieldChoice& choice : field.choices)
-    if (equal_ignoring_case(choice.name, text)) return choice.value;
+    if (equal_ignoring_case(choice.name, text) || (*choice.word && equal_ignoring_case(choice.word, text)))
+      return choice.value;
   return parse_whole(text);
 }
 
@@ -205,6 +206,36 @@ std::string field_value_text(const Field& field, const FieldValue& value) {
   if (field.type == FieldType::Choice)
     if (const FieldChoice* choice = choice_of(field, number)) return choice->name;
   return std::to_string(number);
+}
+
+FieldValue initial_value(const Field& field) {
+  if (field.type == FieldType::Text) return std::string(field.initialText);
+  if (field.type == FieldType::Real) return field.initialReal;
+  return field.initial;
+}
+
+FieldValues initial_values(std::span<const Field> fields) {
+  FieldValues values;
+  for (const Field& field : fields) values.set(field.name, initial_value(field));
+  return values;
+}
+
+FieldValues setting_values(std::span<const Field> fields) {
+  FieldValues values;
+  for (const Field& field : fields) {
+    FieldValue value = initial_value(field);
+    if (field.setting) value = clamped(field, std::int64_t{*field.setting});
+    if (field.textSetting) value = clamped(field, *field.textSetting);
+    values.set(field.name, std::move(value));
+  }
+  return values;
+}
+
+void keep_in_settings(std::span<const Field> fields, const FieldValues& values) {
+  for (const Field& field : fields) {
+    if (field.setting) *field.setting = static_cast<int>(values.number(field.name));
+    if (field.textSetting) *field.textSetting = values.text(field.name);
+  }
 }
 
 FieldValue clamped(const Field& field, FieldValue value) {

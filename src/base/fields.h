@@ -38,6 +38,7 @@ class FieldValues {
 struct FieldChoice {
   std::int64_t value = 0;
   const char* name = "";
+  const char* word = "";  ///< what a command line may say for it beside its name and number
 };
 
 /// How a form shows a field, where its type alone doesn't say.
@@ -69,6 +70,14 @@ struct Field {
   const char* tip = nullptr;
   bool locked = false;  ///< shown only
   bool option = false;  ///< steers how others are applied, and is no content itself
+
+  // What the field holds before anyone chose a value, and where a chosen one is kept. Ranges hold for both.
+  std::int64_t initial = 0;
+  double initialReal = 0;
+  const char* initialText = "";
+  int* setting = nullptr;              ///< Whole, Choice, Flag, Color
+  std::string* textSetting = nullptr;  ///< Text
+  int stateId = 0;                     ///< its line in the dialog's state file; 0: it has none
 };
 
 /// What is wrong with a field.
@@ -93,6 +102,14 @@ void enable_field(std::span<const Field> fields, const Field& field, FieldValues
 FieldValue parse_field_value(const Field& field, std::string_view text);
 /// The value as it can be typed.
 std::string field_value_text(const Field& field, const FieldValue& value);
+
+/// The value that the row gives, and those of all rows.
+FieldValue initial_value(const Field& field);
+FieldValues initial_values(std::span<const Field> fields);
+/// The values of the settings, held to their ranges; the initial ones of fields without a setting.
+FieldValues setting_values(std::span<const Field> fields);
+/// Makes the values those of the settings. Fields without a setting are passed over.
+void keep_in_settings(std::span<const Field> fields, const FieldValues& values);
 
 /// The value nearest to `value` that the field can have.
 FieldValue clamped(const Field& field, FieldValue value);

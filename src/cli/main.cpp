@@ -4,6 +4,7 @@
 #include "base/string_table.h"
 #include "cli/command.h"
 #include "cli/man_text.h"
+#include "cli/operation_command.h"
 #include "cli/terminal_host.h"
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
@@ -56,6 +57,11 @@ int run(int argc, char** argv) {
   for (const CommandRow& row : command_table()) {
     CLI::App* command = app.add_subcommand(row.name, row.help);
     Run work = row.prepare(*command);
+    command->callback([&chosen, work] { chosen = work; });
+  }
+  for (const Operation* operation : operation_table()) {
+    CLI::App* command = app.add_subcommand(operation->name, operation->help);
+    Run work = prepare_operation(*command, *operation);
     command->callback([&chosen, work] { chosen = work; });
   }
   try {

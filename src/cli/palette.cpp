@@ -5,7 +5,6 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
-#include "configuration/operation_settings.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "image/builtin_palette.h"
@@ -13,6 +12,7 @@
 #include "image/settings.h"
 #include "operations/convert_colors.h"
 #include "operations/frames.h"
+#include "operations/settings.h"
 
 namespace vellum::cli {
 namespace {

@@ -4,7 +4,6 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
-#include "configuration/operation_settings.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/new_document.h"
 #include "core/files/open_document.h"
@@ -12,6 +11,7 @@
 #include "image/graphic_file.h"
 #include "operations/film_strip.h"
 #include "operations/manage_frames.h"
+#include "operations/settings.h"
 
 namespace vellum::cli {
 namespace {

@@ -29,12 +29,39 @@ Picture transposed(const Picture& picture) {
   return result;
 }
 
+/// The same for 1 and 4 bits.
+Picture transposed_packed(const Picture& picture) {
+  const std::uint32_t width = picture.width(), height = picture.height(), bits = picture.bits();
+  const Palette palette = palette_of(picture);
+  Picture result = create_rows(height, width, &palette, bits);
+  if (!result) return result;
+  const EditRows rows(result);
+  for (std::uint32_t y = 0; y < height; ++y)
+    for_each_index_run(picture.row(y), width, bits,
+                       [&](std::size_t x, const std::uint8_t* indices, std::size_t count) {
+                         for (std::size_t i = 0; i < count; ++i) put_index(rows[x + i], y, bits, indices[i]);
+                       });
+  return result;
+}
+
+Picture any_transposed(const Picture& picture) {
+  switch (picture.bits()) {
+    case 8:
+      return transposed<1>(picture);
+    case 24:
+      return transposed<3>(picture);
+    case 32:
+      return transposed<4>(picture);
+    default:
+      return transposed_packed(picture);
+  }
+}
+
 }  // namespace
 
 Picture oriented(const Picture& picture, int orientation) {
   Picture result = picture;
-  if (swaps_sides(orientation))
-    result = picture.bits() == 8 ? transposed<1>(picture) : transposed<3>(picture);
+  if (swaps_sides(orientation)) result = any_transposed(picture);
   // What is left after the transposition is one mirror, both or none.
   const bool across = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
   const bool down = orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;

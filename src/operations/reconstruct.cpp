@@ -95,14 +95,6 @@ bool is_same(const Picture& a, const Picture& b) {
          std::equal(first.data(), first.data() + first.size(), second.data());
 }
 
-/// Gives `to` the time of both; false where its file can't tell that.
-bool add_time(ChunkRecord& to, const ChunkRecord& from, DocumentKind kind, std::uint32_t ticks) {
-  const FrameTime a = frame_time(to, kind, ticks), b = frame_time(from, kind, ticks);
-  const FrameTime sum = a.den == b.den ? FrameTime{a.num + b.num, a.den}
-                                       : FrameTime{a.num * b.den + b.num * a.den, a.den * b.den};
-  return !set_frame_time(to, kind, ticks, sum);
-}
-
 bool merge_equal_frames(DocumentWindow& window) {
   const DocumentKind kind = window.document.kind;
   const std::uint32_t ticks = ticks_per_second(window.list);
@@ -114,7 +106,7 @@ bool merge_equal_frames(DocumentWindow& window) {
     if (here.tag == tag::LOOP || here.tag == tag::ENDL || here.tag == tag::TERM) kept = kNoEntry;
     if (!is_image_entry(kind, here.tag)) continue;
     const bool same = kept != kNoEntry && is_same(picture_of(here), picture_of(window.list.record(kept)));
-    if (!same || !chunk_list_get(window.list, kept, record) || !add_time(record, here, kind, ticks)) {
+    if (!same || !chunk_list_get(window.list, kept, record) || !add_frame_time(record, here, kind, ticks)) {
       kept = i;
       continue;
     }

@@ -10,9 +10,9 @@
 #include "core/edit/edit_closing.h"
 #include "core/model/chunk_description.h"
 #include "core/model/frame_values.h"
-#include "core/model/framing.h"
 #include "core/model/record_picture.h"
 #include "image/resample.h"
+#include "operations/clips.h"
 #include "operations/convert_colors.h"
 #include "operations/frames.h"
 #include "operations/manage_frames.h"
@@ -122,23 +122,11 @@ std::int32_t held(std::int64_t at) {
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(at, INT32_MIN, INT32_MAX));
 }
 
-/// The clips that an MNG's image brings along (MNG 1.0, "DEFI" and "FRAM"): left, right, top, bottom.
 void scale_clips(ChunkRecord& record, const Axes& axes) {
-  constexpr std::uint32_t kDefiWithClip = 28;
-  const auto move = [](auto& value, const Axis& axis) {
-    const std::int64_t at = axis.edge(static_cast<std::int32_t>(from_file_order(value)));
-    value = from_file_order(static_cast<std::remove_reference_t<decltype(value)>>(held(at)));
-  };
-  const auto scale = [&](auto& block) {
-    move(block.clipLeft, axes.x);
-    move(block.clipRight, axes.x);
-    move(block.clipTop, axes.y);
-    move(block.clipBottom, axes.y);
-  };
-  if (record.flags & CRF_DEFI && record.image->defiBytes >= kDefiWithClip)
-    scale(record.image.edit().defiBlock);
-  if (record.flags & CRF_FRAM && record.image->framBlock.changeClipping != 0)
-    scale(record.image.edit().framBlock);
+  change_clips(record, [&](ClipBox box) {
+    return ClipBox{axes.x.edge(box.left), axes.x.edge(box.right), axes.y.edge(box.top),
+                   axes.y.edge(box.bottom)};
+  });
 }
 
 void put_frame(DocumentWindow& window, std::size_t entry, const Work& work, const Picture& picture,

@@ -36,7 +36,11 @@ std::optional<ShownFrame> Compositor::next() {
   return shown(*std::ranges::lower_bound(frames_, *entry, {}, &Frame::entry));
 }
 
-ShownFrame Compositor::frame(std::uint32_t ordinal) { return shown(frames_.at(ordinal)); }
+ShownFrame Compositor::frame(std::uint32_t ordinal) {
+  Frame& frame = frames_.at(ordinal);
+  if (!frame.visit && !frame.lost) prepare(ordinal, [] { return true; });
+  return shown(frame);
+}
 
 ShownFrame Compositor::shown(Frame& frame) {
   Picture picture = picture_of_frame(frame);

@@ -40,7 +40,7 @@ class Compositor {
   bool prepare(std::uint32_t ordinal, const std::function<bool()>& may_go_on);
   /// The next frame is this one, as if the list had been played up to it. There must be such a frame.
   void go_to(std::uint32_t ordinal);
-  /// A frame without going anywhere.
+  /// A frame as if the list had been played up to it, without going anywhere.
   ShownFrame frame(std::uint32_t ordinal);
   /// What the animation lies on from now on. All that was composed is composed anew, in its order, by
   /// `prepare` or before the next frame.

@@ -10,7 +10,7 @@
 #include <QToolButton>
 
 #include "base/text.h"
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/edit/undo.h"
 #include "shell/dialogs/manage_dialog.h"

@@ -2,7 +2,7 @@
 #include <QCheckBox>
 #include <QPushButton>
 
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "core/files/open_document.h"
 #include "core/model/record_picture.h"
 #include "core/settings.h"

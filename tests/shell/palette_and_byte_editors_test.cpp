@@ -13,7 +13,7 @@
 #include <QTimer>
 
 #include "base/file.h"
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "core/edit/palette_edit.h"
 #include "core/edit/transparency_edit.h"
 #include "image/graphic_file.h"

@@ -51,6 +51,11 @@ std::vector<TableRow> rows_where(const std::vector<TableRow>& table, const Wante
 std::filesystem::path source_folder() { return VELLUM_SOURCE_DIR; }
 std::filesystem::path program_folder() { return std::filesystem::path(VELLUM_BINARY_DIR) / "bin"; }
 
+std::vector<std::uint8_t> file_bytes(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 ScratchFolder::ScratchFolder() {
   std::string pattern = (std::filesystem::temp_directory_path() / "vellum-test-XXXXXX").string();
   if (const char* made = mkdtemp(pattern.data())) path_ = made;

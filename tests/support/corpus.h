@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -14,6 +15,8 @@ namespace vellum::testing {
 std::filesystem::path source_folder();
 /// Folder of the built programs.
 std::filesystem::path program_folder();
+/// All bytes of a file; none where it can't be read.
+std::vector<std::uint8_t> file_bytes(const std::filesystem::path& file);
 /// An empty folder that is removed when the object goes.
 class ScratchFolder {
  public:

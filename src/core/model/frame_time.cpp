@@ -86,4 +86,11 @@ void FrameClock::put_time(ChunkRecord& record, FrameTime time) {
     ++rounded;
 }
 
+bool add_frame_time(ChunkRecord& to, const ChunkRecord& from, DocumentKind kind, std::uint32_t ticks) {
+  const FrameTime a = frame_time(to, kind, ticks), b = frame_time(from, kind, ticks);
+  const FrameTime sum = a.den == b.den ? FrameTime{a.num + b.num, a.den}
+                                       : FrameTime{a.num * b.den + b.num * a.den, a.den * b.den};
+  return !set_frame_time(to, kind, ticks, sum);
+}
+
 }  // namespace vellum

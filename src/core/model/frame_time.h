@@ -34,4 +34,7 @@ struct FrameClock {
   void put_time(ChunkRecord& record, FrameTime time);
 };
 
+/// Gives `to` the time of both. False where its file can't tell that, which leaves it as near as it can be.
+bool add_frame_time(ChunkRecord& to, const ChunkRecord& from, DocumentKind kind, std::uint32_t ticks);
+
 }  // namespace vellum

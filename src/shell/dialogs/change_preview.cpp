@@ -39,8 +39,13 @@ void show_picture(QLabel& label, const Picture& picture) {
 
 }  // namespace
 
-ChangePreview::ChangePreview(const DocumentWindow& window, Change change, Growth growth, QWidget* parent)
-    : QWidget(parent), window_(window), change_(std::move(change)), growth_(std::move(growth)) {
+ChangePreview::ChangePreview(const DocumentWindow& window, Change change, Growth growth, QWidget* parent,
+                             Source source)
+    : QWidget(parent),
+      window_(window),
+      change_(std::move(change)),
+      growth_(std::move(growth)),
+      source_(source) {
   setAccessibleName(tr("Preview"));
   auto* panes = new QHBoxLayout;
   beforeLabel_ = add_pane(*panes, tr("Before"));
@@ -97,23 +102,33 @@ QLabel* ChangePreview::add_pane(QLayout& layout, const QString& title) {
 
 void ChangePreview::refresh() { refreshTimer_.start(0); }
 
-Picture ChangePreview::frame_picture() const {
+Picture ChangePreview::frame_picture() {
   const auto entries = frame_entries(window_);
   if (entries.empty()) return {};
   const auto at = std::min(static_cast<std::size_t>(slider_->value()), entries.size() - 1);
-  return frame_layer_of(frame_source_of(window_), window_.list.record(entries[at])).picture;
+  if (source_ == Source::ReducedFrame)
+    return frame_layer_of(frame_source_of(window_), window_.list.record(entries[at])).picture;
+  if (!compositor_) compositor_.emplace(window_.list, window_.document);
+  return at < compositor_->frames() ? compositor_->frame(static_cast<std::uint32_t>(at)).picture : Picture();
+}
+
+Picture ChangePreview::reduced(const Picture& picture, double percent) const {
+  return picture && percent < 100 ? PictureScalePercent(picture, percent, percent, ResampleFilter::Box)
+                                  : picture;
 }
 
 void ChangePreview::show_frame() {
   Shown shown{frame_picture(), static_cast<std::size_t>(slider_->value()), 100};
-  if (shown.picture) {
-    const QSizeF most = actual_->isChecked() ? largest_actual() : kFitted;
-    shown.percent = 100 * reduction(shown.picture, growth_(shown.picture), most);
-    if (shown.percent < 100)
-      shown.picture = PictureScalePercent(shown.picture, shown.percent, shown.percent, ResampleFilter::Box);
+  const QSizeF most = actual_->isChecked() ? largest_actual() : kFitted;
+  const double percent = shown.picture ? 100 * reduction(shown.picture, growth_(shown.picture), most) : 100;
+  Picture before = reduced(shown.picture, percent);
+  if (source_ == Source::ReducedFrame) {
+    shown.picture = before;
+    shown.percent = percent;
   }
   after_ = shown.picture ? change_(shown) : Picture();
-  show_picture(*beforeLabel_, shown.picture);
+  if (source_ == Source::Canvas && after_) after_ = reduced(after_, 100 * reduction(after_, 1, most));
+  show_picture(*beforeLabel_, before);
   show_picture(*afterLabel_, after_);
 }
 

@@ -8,8 +8,9 @@
 #include <QToolButton>
 #include <QWidget>
 #include <functional>
+#include <optional>
 
-#include "core/model/document.h"
+#include "playback/compositor.h"
 
 namespace vellum {
 
@@ -26,8 +27,13 @@ class ChangePreview : public QWidget {
   /// How much larger than a frame its result is: the larger of both sides.
   using Growth = std::function<double(const Picture& frame)>;
 
+  /// What is changed: a frame's own picture, made smaller first; or the canvas that it shows, as large as it
+  /// is, and its result is made smaller.
+  enum class Source { ReducedFrame, Canvas };
+
   /// The window outlives the preview.
-  ChangePreview(const DocumentWindow& window, Change change, Growth growth, QWidget* parent = nullptr);
+  ChangePreview(const DocumentWindow& window, Change change, Growth growth, QWidget* parent = nullptr,
+                Source source = Source::ReducedFrame);
 
   /// Shows the change anew, soon.
   void refresh();
@@ -37,11 +43,14 @@ class ChangePreview : public QWidget {
   QLabel* add_pane(QLayout& layout, const QString& title);
   void show_frame();
   void step();
-  Picture frame_picture() const;
+  Picture frame_picture();
+  Picture reduced(const Picture& picture, double percent) const;
 
   const DocumentWindow& window_;
   Change change_;
   Growth growth_;
+  Source source_;
+  std::optional<Compositor> compositor_;
   QLabel *beforeLabel_, *afterLabel_;
   QSlider* slider_;
   QToolButton *play_, *actual_;

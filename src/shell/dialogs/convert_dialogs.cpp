@@ -5,7 +5,7 @@
 #include <QPushButton>
 
 #include "configuration/config_file.h"
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/build/convert_records.h"
 #include "core/edit/insert_chunk.h"

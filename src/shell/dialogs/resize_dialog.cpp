@@ -5,7 +5,7 @@
 
 #include "configuration/config_file.h"
 #include "configuration/history.h"
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "image/resample.h"
 #include "operations/frames.h"
 #include "shell/look/style.h"

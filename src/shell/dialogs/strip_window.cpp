@@ -5,7 +5,7 @@
 #include <QVBoxLayout>
 
 #include "base/text.h"
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/edit/delete_chunks.h"
 #include "core/edit/insert_chunk.h"

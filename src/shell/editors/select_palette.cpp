@@ -10,7 +10,7 @@
 #include <QVBoxLayout>
 
 #include "base/text.h"
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "core/settings.h"
 #include "image/builtin_palette.h"
 #include "image/load_palette.h"

@@ -102,4 +102,11 @@ void system_information_command(MainWindow& main);
 void tip_command(MainWindow& main);
 void welcome_command(MainWindow& main);
 
+/// Asks what an operation of the table is to do, and does it.
+void run_operation_command(MainWindow& main, DocumentFrame& frame, int number);
+template <int Number>
+void operation_command(MainWindow& main, DocumentFrame& frame) {
+  run_operation_command(main, frame, Number);
+}
+
 }  // namespace vellum

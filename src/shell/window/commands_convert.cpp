@@ -1,6 +1,6 @@
 // Commands that make another document, or files, of an animation.
 #include "base/text.h"
-#include "configuration/operation_settings.h"
+#include "operations/settings.h"
 #include "core/edit/insert_chunk.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"

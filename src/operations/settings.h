@@ -1,4 +1,4 @@
-// Settings of the operations on pictures and animations. They move to the wing `operations/` when it comes.
+// Settings of the operations on pictures and animations.
 #pragma once
 
 #include <string>

@@ -1,0 +1,130 @@
+// Color and balance: more or less of each color, brightness, contrast.
+#include <algorithm>
+#include <array>
+
+#include "core/edit/edit_closing.h"
+#include "image/picture_rows.h"
+#include "operations/change_pictures.h"
+#include "operations/convert_colors.h"
+#include "operations/operation_rows.h"
+#include "operations/reconstruct.h"
+#include "operations/settings.h"
+
+namespace vellum {
+namespace {
+
+constexpr Field percent(const char* name, const char* label, int& setting) {
+  return {.name = name, .label = label, .least = -100, .most = 100, .setting = &setting};
+}
+
+constexpr Field kFields[] = {
+    percent("red", "Red", settings::ColorBalRed),
+    percent("green", "Green", settings::ColorBalGreen),
+    percent("blue", "Blue", settings::ColorBalBlue),
+    percent("brightness", "Brightness", settings::ColorBalBrightness),
+    percent("contrast", "Contrast", settings::ColorBalContrast),
+};
+
+using Curve = std::array<std::uint8_t, 256>;
+
+/// Each term is truncated toward 0, and only the result is held to its range.
+Curve curve_of(std::int64_t color, std::int64_t brightness, std::int64_t contrast) {
+  Curve curve{};
+  for (std::int64_t v = 0; v < 256; ++v) {
+    const std::int64_t moved = v + color * 255 / 100 + brightness * 255 / 100;
+    curve[static_cast<std::size_t>(v)] = static_cast<std::uint8_t>(
+        std::clamp<std::int64_t>((moved - 128) * (100 + contrast) / 100 + 128, 0, 255));
+  }
+  return curve;
+}
+
+struct Curves {
+  Curve blue, green, red;
+};
+
+/// Three bytes of a pixel or of an entry of a color table, blue first.
+void change_color(std::uint8_t* color, const Curves& curves) {
+  color[0] = curves.blue[color[0]];
+  color[1] = curves.green[color[1]];
+  color[2] = curves.red[color[2]];
+}
+
+template <std::size_t size>
+void change_rows(Picture& picture, const Curves& curves) {
+  const EditRows rows(picture);
+  for (std::uint32_t y = 0; rows && y < picture.height(); ++y)
+    for (std::uint8_t *pixel = rows[y], *end = pixel + size * picture.width(); pixel != end; pixel += size)
+      change_color(pixel, curves);
+}
+
+/// Indexed pictures keep their pixels: the colors that these mean change.
+Picture recolored(const Picture& picture, const Curves& curves) {
+  Palette palette = palette_of(picture);
+  for (std::uint32_t i = 0; i < picture.colours(); ++i) {
+    palette[3 * i] = curves.red[palette[3 * i]];
+    palette[3 * i + 1] = curves.green[palette[3 * i + 1]];
+    palette[3 * i + 2] = curves.blue[palette[3 * i + 2]];
+  }
+  Picture result = picture;
+  PictureSetPalette(result, palette);
+  return result;
+}
+
+bool change_picture(Picture& picture, const Curves& curves) {
+  if (picture.bits() <= 8)
+    picture = recolored(picture, curves);
+  else if (picture.bits() == 24)
+    change_rows<3>(picture, curves);
+  else
+    change_rows<4>(picture, curves);
+  return static_cast<bool>(picture);
+}
+
+/// All frames of an animated PNG have one palette: some of them alone can't get other colors in it.
+unsigned needs(const DocumentWindow& window, const FieldValues&, const FrameList& frames) {
+  return window.document.kind == DocumentKind::APNG && !names_all(frames, window) ? unsigned{kTrueColor} : 0;
+}
+
+/// Pixels of one color that are transparent would no longer have that color, or others would get it.
+bool free_color_key(DocumentWindow& draft, Host& host) {
+  const auto entries = frame_entries(draft);
+  const bool deep = std::ranges::any_of(
+      entries, [&](std::size_t entry) { return picture_of(draft.list.record(entry)).bits() == 24; });
+  return !deep || !has_transparency(draft) || convert_colors(draft, {.colorType = 6}, host);
+}
+
+bool run(OperationRun& run) {
+  if (std::ranges::all_of(kFields, [&](const Field& field) { return run.number(field.name) == 0; }))
+    return true;
+  if (!free_color_key(run.draft, run.host)) return false;
+  const auto curve = [&](const char* color) {
+    return curve_of(run.number(color), run.number("brightness"), run.number("contrast"));
+  };
+  const Curves curves{curve("blue"), curve("green"), curve("red")};
+  const bool changed = change_pictures(run.draft, run.frames, "Building", run.host,
+                                       [&](FrameWork& work) { return change_picture(work.picture, curves); });
+  if (!changed) return false;
+  follow_palettes(run.draft);
+  finish_edit(run.draft, false);
+  return true;
+}
+
+}  // namespace
+
+constinit const Operation kBalance{
+    .name = "balance",
+    .title = "Color and balance",
+    .help = "More or less of each color, brightness and contrast, in per cent",
+    .command = 311,
+    .kinds = kAnimatedKinds,
+    .batch = 1,
+    .batchPrefix = "ColorBalance_",
+    .scoped = true,
+    .preview = OperationPreview::Reduced,
+    .history = "EditBalanceHistory.txt",
+    .fields = kFields,
+    .needs = needs,
+    .run = run,
+};
+
+}  // namespace vellum

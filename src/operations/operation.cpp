@@ -1,0 +1,99 @@
+#include "operations/operation.h"
+
+#include <algorithm>
+
+#include "operations/convert_colors.h"
+#include "operations/manage_frames.h"
+#include "operations/reconstruct.h"
+
+namespace vellum {
+namespace {
+
+bool has_indexed_frames(const DocumentWindow& window) {
+  return std::ranges::any_of(frame_entries(window), [&](std::size_t entry) {
+    const Picture picture = picture_of(window.list.record(entry));
+    return picture && picture.bits() <= 8;
+  });
+}
+
+/// Gives the draft what the operation needs first.
+bool prepare_draft(DocumentWindow& draft, unsigned needs, Host& host) {
+  if (needs & kWholeCanvases && !reconstruct_frames(draft, CanvasDepth::AsNeeded, host)) return false;
+  if (!(needs & kTrueColor)) return true;
+  return convert_colors(draft, {.colorType = has_transparency(draft) ? std::uint8_t{6} : std::uint8_t{2}},
+                        host);
+}
+
+bool work_on(const Operation& operation, DocumentWindow& draft, OperationRun& run, unsigned needs) {
+  const QuietList quiet(draft.list);
+  return prepare_draft(draft, needs, run.host) && operation.run(run);
+}
+
+}  // namespace
+
+const Operation* find_operation(std::string_view name) {
+  const auto rows = operation_table();
+  const auto found = std::ranges::find_if(rows, [&](const Operation* row) { return row->name == name; });
+  return found == rows.end() ? nullptr : *found;
+}
+
+const Operation* find_operation(int command) {
+  const auto rows = operation_table();
+  const auto found =
+      std::ranges::find_if(rows, [&](const Operation* row) { return row->command == command; });
+  return found == rows.end() ? nullptr : *found;
+}
+
+bool operation_takes(const Operation& operation, DocumentKind kind) {
+  return std::ranges::find(operation.kinds, kind) != operation.kinds.end();
+}
+
+std::vector<Field> operation_fields(const Operation& operation, const DocumentWindow& window) {
+  std::vector<Field> fields(operation.fields.begin(), operation.fields.end());
+  if (operation.fit) operation.fit(fields, window);
+  return fields;
+}
+
+std::optional<FieldFault> check_operation(const Operation& operation, const FieldValues& values,
+                                          const DocumentWindow& window) {
+  if (auto fault = check_fields(operation_fields(operation, window), values)) return fault;
+  return operation.check ? operation.check(values, window) : std::nullopt;
+}
+
+unsigned operation_needs(const Operation& operation, const DocumentWindow& window, const FieldValues& values,
+                         const FrameList& frames) {
+  unsigned needs = operation.needs ? operation.needs(window, values, frames) : 0;
+  if (needs & kWholeCanvases && (!is_animation(window.document.kind) || is_independent(window)))
+    needs &= ~kWholeCanvases;
+  if (needs & kTrueColor && !has_indexed_frames(window)) needs &= ~kTrueColor;
+  return needs;
+}
+
+bool run_operation(const Operation& operation, DocumentWindow& window, const FieldValues& values,
+                   const FrameList& frames, Host& host) {
+  const auto tell = [&host](StringId id, std::string more = {}) {
+    host.show(id, {}, std::move(more));
+    return false;
+  };
+  if (frame_entries(window).empty()) return tell(StringId::NoImagesHere);
+  if (!operation_takes(operation, window.document.kind)) return tell(StringId::WrongKindOfDocument);
+  if (const auto fault = check_operation(operation, values, window)) {
+    if (host.message) host.message({fault->id, {}, fault->text, {}, nullptr});
+    return false;
+  }
+  const unsigned needs = operation_needs(operation, window, values, frames);
+  DocumentWindow draft{window.document, window.list, {}};
+  OperationRun run{draft, values, frames, host};
+  if (!work_on(operation, draft, run, needs)) {
+    std::string reason = host.take_fault();
+    return run.told || host.stopped() ? false : tell(operation.failure, std::move(reason));
+  }
+  take_draft(window, draft);
+  return true;
+}
+
+FieldFault fault_of(const char* field, StringId id, std::initializer_list<std::string> values) {
+  return {field, id, filled(id, values), false, 0};
+}
+
+}  // namespace vellum

@@ -1,0 +1,121 @@
+// An operation as a row: all that the desktop, the command line, the batch run, the guide and the tests know
+// of it. Its file has the row and one function that does the work on a draft; everything else follows.
+#pragma once
+
+#include "base/fields.h"
+#include "base/host.h"
+#include "operations/frames.h"
+
+namespace vellum {
+
+/// Where the result goes.
+enum class OperationResult {
+  InPlace,    ///< into the document, behind an undo level
+  NewWindow,  ///< into a document of its own, whose name begins with the row's prefix
+};
+
+/// What must be done to a document first; bits.
+enum OperationNeed : unsigned {
+  kWholeCanvases = 1,  ///< frames that build on each other become the canvases that they show
+  kTrueColor = 2,      ///< indexed frames become true color, with alpha where there is transparency
+};
+
+/// What a preview is computed from.
+enum class OperationPreview {
+  None,
+  Reduced,  ///< no value means pixels: the picture may be made smaller first
+  Full,     ///< the picture as it is; the result is made smaller
+};
+
+/// An option of the command line that gives several fields their values, as "--rect X,Y,W,H" does; or,
+/// without a form, one that takes no value and sets a field to `value`.
+struct CompoundOption {
+  const char* name;  ///< without dashes
+  const char* form;  ///< "X,Y,W,H"; null: the option is a flag
+  const char* help;
+  std::span<const char* const> fields;
+  char parting = ',';
+  std::int64_t value = 1;           ///< of a flag
+  bool lastServesRest = false;      ///< "P" means "P,P"
+  const char* alongside = nullptr;  ///< a field that gets `alongsideValue` beside them
+  std::int64_t alongsideValue = 0;
+};
+
+/// What an operation's function works on.
+struct OperationRun {
+  DocumentWindow& draft;
+  const FieldValues& values;
+  const FrameList& frames;  ///< that it is applied to, by number
+  Host& host;
+  bool told = false;  ///< why it failed was told
+
+  std::int64_t number(std::string_view field) const { return values.number(field); }
+  /// Tells why it can't be done; false.
+  bool refuse(StringId reason) {
+    host.show(reason);
+    told = true;
+    return false;
+  }
+};
+
+/// One row. Texts, tables and fields live as long as the program.
+struct Operation {
+  const char* name;   ///< of the command of `vellum`; the topic of the guide in capitals
+  const char* title;  ///< of its dialog
+  const char* help;   ///< one line, for the command line
+  int command = 0;    ///< number of the desktop's command
+  std::span<const DocumentKind> kinds = {};
+  OperationResult result = OperationResult::InPlace;
+  StringId prefix{};  ///< of a new window's name
+  StringId failure = StringId::ErrorAccessingChunk;
+  int batch = -1;                ///< number among the batch operations; -1: beyond the stated ones
+  const char* batchPrefix = "";  ///< of the files that a batch run writes
+  bool scoped = false;           ///< may be applied to some frames alone
+  OperationPreview preview = OperationPreview::None;
+  const char* stateFile = nullptr;  ///< of the dialog: keeps the fields that have a `stateId`
+  const char* history = nullptr;    ///< file that keeps the values that were chosen last
+  std::span<const Field> fields = {};
+  std::span<const CompoundOption> options = {};
+
+  /// Bits of `OperationNeed`; without it nothing is needed.
+  unsigned (*needs)(const DocumentWindow& window, const FieldValues& values,
+                    const FrameList& frames) = nullptr;
+  /// Makes ranges and initial values fit a document: the size of its canvas, the number of its frames.
+  void (*fit)(std::vector<Field>& fields, const DocumentWindow& window) = nullptr;
+  /// What the ranges of the fields can't tell.
+  std::optional<FieldFault> (*check)(const FieldValues& values, const DocumentWindow& window) = nullptr;
+  /// A line below the fields that says what the values will do.
+  std::string (*note)(const FieldValues& values, const DocumentWindow& window) = nullptr;
+  /// Changes the draft and makes the closing calls. False, with the reason kept in the host or told, leaves a
+  /// draft that is thrown away.
+  bool (*run)(OperationRun& run) = nullptr;
+};
+
+/// All operations, in the order of the menu.
+std::span<const Operation* const> operation_table();
+/// Null where there is none.
+const Operation* find_operation(std::string_view name);
+const Operation* find_operation(int command);
+
+bool operation_takes(const Operation& operation, DocumentKind kind);
+/// The fields as they fit the document.
+std::vector<Field> operation_fields(const Operation& operation, const DocumentWindow& window);
+/// The first fault of the values.
+std::optional<FieldFault> check_operation(const Operation& operation, const FieldValues& values,
+                                          const DocumentWindow& window);
+/// What the document needs first, with what it already is left out.
+unsigned operation_needs(const Operation& operation, const DocumentWindow& window, const FieldValues& values,
+                         const FrameList& frames);
+
+/// Does all of it on the window: checks, what is needed first, the work. No undo level is taken, `dirty` is
+/// set where an entry differs. False with the document as it was: after a message, or after a stop.
+bool run_operation(const Operation& operation, DocumentWindow& window, const FieldValues& values,
+                   const FrameList& frames, Host& host);
+
+/// A fault with a message whose values are filled in.
+FieldFault fault_of(const char* field, StringId id, std::initializer_list<std::string> values = {});
+
+/// The kinds that most operations take.
+inline constexpr DocumentKind kAnimatedKinds[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
+
+}  // namespace vellum

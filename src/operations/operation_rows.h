@@ -1,0 +1,10 @@
+// The rows of all operations. Each stands in the file of its name, beside the function that does its work.
+#pragma once
+
+#include "operations/operation.h"
+
+namespace vellum {
+
+extern const Operation kBalance, kCrop, kDepopulate, kFlip, kReverse, kTile;
+
+}  // namespace vellum

@@ -1,0 +1,39 @@
+// The command of every operation that is a row.
+#include "core/edit/undo.h"
+#include "operations/operation.h"
+#include "shell/dialogs/operation_dialog.h"
+#include "shell/window/commands.h"
+#include "shell/window/result_window.h"
+
+namespace vellum {
+namespace {
+
+/// Frames with a palette become true color first when the user agrees.
+bool may_promote(const Operation& operation, const DocumentWindow& window, const OperationChoice& choice,
+                 const Host& host) {
+  if (!(operation_needs(operation, window, choice.values, choice.frames) & kTrueColor) || !host.ask)
+    return true;
+  const StringId id = StringId::NeedsTrueColor;
+  return host.ask({id, {}, std::string(string_text(id)), {}, nullptr}, false) == Answer::Yes;
+}
+
+}  // namespace
+
+void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
+  const Operation& operation = *find_operation(number);
+  DocumentWindow& window = frame.content();
+  Host& host = main.services().host;
+  if (frame_entries(window).empty()) return host.show(StringId::NoImagesHere);
+  const auto choice = ask_for_operation(operation, window, main.services(), &main);
+  if (!choice || !may_promote(operation, window, *choice, host) || !undo_push(window, host)) return;
+  const auto work = [&](DocumentWindow& on, Host& listener) {
+    return run_operation(operation, on, choice->values, choice->frames, listener);
+  };
+  if (operation.result == OperationResult::NewWindow) {
+    show_result(main, frame, {operation.prefix}, work);
+    return;
+  }
+  if (work(window, host)) frame.size_to_content();
+}
+
+}  // namespace vellum

@@ -1,0 +1,210 @@
+// What operations on frames compute: seen on the canvases that an animation shows before and after.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "core/model/frame_values.h"
+#include "core/model/record_picture.h"
+#include "image/picture_operations.h"
+#include "operations/operation.h"
+#include "playback/compositor.h"
+#include "support/documents.h"
+
+namespace vellum {
+namespace {
+
+using Canvases = std::vector<Picture>;
+
+Canvases canvases_of(const DocumentWindow& window) {
+  Compositor compositor(window.list, window.document);
+  Canvases canvases;
+  for (std::uint32_t i = 0; i < compositor.frames(); ++i) canvases.push_back(compositor.frame(i).picture);
+  return canvases;
+}
+
+std::vector<std::uint32_t> delays_of(const DocumentWindow& window) {
+  std::vector<std::uint32_t> delays;
+  for (const std::size_t entry : frame_entries(window))
+    delays.push_back(
+        GetFrameDelay(window.list.record(entry), window.document.kind, ticks_per_second(window.list)));
+  return delays;
+}
+
+/// Four frames of 6 x 4; the later ones are 3 x 3 and one of them is disposed of.
+DocumentWindow animation(DocumentKind kind, std::uint8_t color_type) {
+  DocumentWindow window = testing::small_document(kind, 4, color_type);
+  const auto entries = frame_entries(window);
+  for (std::size_t i = 1; i < entries.size(); ++i) {
+    ChunkRecord record;
+    chunk_list_get(window.list, entries[i], record);
+    record_take_pixels(record, kind, PictureCrop(picture_of(record), {0, 0, 3, 3}));
+    SetFrameOffset(record, kind, {static_cast<std::int32_t>(i), 1});
+    set_frame_dispose(record, kind, i == 2);
+    chunk_list_put(window.list, entries[i], record);
+  }
+  return window;
+}
+
+struct Form {
+  DocumentKind kind;
+  std::uint8_t colorType;
+};
+constexpr Form kForms[] = {{DocumentKind::APNG, 0}, {DocumentKind::APNG, 2}, {DocumentKind::APNG, 3},
+                           {DocumentKind::APNG, 6}, {DocumentKind::MING, 2}, {DocumentKind::MING, 3},
+                           {DocumentKind::MING, 6}, {DocumentKind::WEBP, 2}, {DocumentKind::WEBP, 6}};
+
+DocumentWindow done(const char* name, const DocumentWindow& source,
+                    std::initializer_list<std::pair<const char*, std::int64_t>> given,
+                    const FrameList* frames = nullptr) {
+  const Operation& operation = *find_operation(name);
+  FieldValues values = initial_values(operation_fields(operation, source));
+  for (const auto& [field, value] : given) values.set(field, value);
+  DocumentWindow window = source;
+  testing::Recorder recorder;
+  EXPECT_TRUE(run_operation(operation, window, values,
+                            frames ? *frames : all_frames(frame_entries(source).size()), recorder.host))
+      << name << ::testing::PrintToString(recorder.messages);
+  return window;
+}
+
+using PixelOf = std::function<Colour(const Picture& before, std::uint32_t x, std::uint32_t y)>;
+
+/// The canvases after it are those before it, pixel by pixel as `pixel` says.
+void expect_canvases(const DocumentWindow& before, const DocumentWindow& after, std::uint32_t width,
+                     std::uint32_t height, const PixelOf& pixel) {
+  const Canvases were = canvases_of(before), are = canvases_of(after);
+  ASSERT_EQ(were.size(), are.size());
+  for (std::size_t i = 0; i < are.size(); ++i) {
+    ASSERT_EQ(are[i].width(), width);
+    ASSERT_EQ(are[i].height(), height);
+    for (std::uint32_t y = 0; y < height; ++y)
+      for (std::uint32_t x = 0; x < width; ++x)
+        ASSERT_EQ(PictureGetPixel(are[i], x, y) & 0xFFFFFF, pixel(were[i], x, y) & 0xFFFFFF)
+            << "frame " << i << " at " << x << ", " << y;
+  }
+}
+
+TEST(FrameOperations, GeometryMovesCanvasesAsItMovesPictures) {
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = animation(form.kind, form.colorType);
+    const auto flipped = [&](std::int64_t mode) { return done("flip", source, {{"mode", mode}}); };
+    expect_canvases(source, flipped(0), 6, 4,
+                    [](const Picture& p, auto x, auto y) { return PictureGetPixel(p, 5 - x, y); });
+    expect_canvases(source, flipped(1), 6, 4,
+                    [](const Picture& p, auto x, auto y) { return PictureGetPixel(p, x, 3 - y); });
+    expect_canvases(source, flipped(2), 4, 6,
+                    [](const Picture& p, auto x, auto y) { return PictureGetPixel(p, y, 3 - x); });
+    expect_canvases(source, flipped(3), 4, 6,
+                    [](const Picture& p, auto x, auto y) { return PictureGetPixel(p, 5 - y, x); });
+    expect_canvases(source, flipped(4), 6, 4,
+                    [](const Picture& p, auto x, auto y) { return PictureGetPixel(p, 5 - x, 3 - y); });
+    // Rectangles that some frames don't reach into, too.
+    for (const auto& [left, top, width, height] : std::initializer_list<std::array<std::uint32_t, 4>>{
+             {0, 0, 2, 2}, {1, 1, 4, 3}, {5, 0, 1, 4}, {0, 3, 6, 1}})
+      expect_canvases(
+          source, done("crop", source, {{"left", left}, {"top", top}, {"width", width}, {"height", height}}),
+          width, height, [left = left, top = top](const Picture& p, auto x, auto y) {
+            return PictureGetPixel(p, left + x, top + y);
+          });
+    for (const auto& [width, height] :
+         std::initializer_list<std::pair<std::uint32_t, std::uint32_t>>{{15, 9}, {4, 3}})
+      expect_canvases(source, done("tile", source, {{"width", width}, {"height", height}}), width, height,
+                      [](const Picture& p, auto x, auto y) { return PictureGetPixel(p, x % 6, y % 4); });
+  }
+}
+
+TEST(FrameOperations, SelectedFramesTurnAboutTheirCentreAndLeaveTheCanvas) {
+  for (const Form& form : kForms)
+    for (const std::int64_t mode : {0, 2, 3}) {
+      const DocumentWindow source = animation(form.kind, form.colorType);
+      for (const std::size_t frame : {0, 2}) {
+        const FrameList frames{frame};
+        const DocumentWindow turned = done("flip", source, {{"mode", mode}}, &frames);
+        const Extent canvas = document_size(turned.list, turned.document);
+        EXPECT_EQ(canvas.width, 6u);
+        EXPECT_EQ(canvas.height, 4u);
+      }
+    }
+}
+
+/// v + color + brightness, then the contrast about 128; each term truncated toward 0.
+Colour balanced(Colour color, const std::array<int, 3>& add, int brightness, int contrast) {
+  Colour result = 0;
+  for (unsigned c = 0; c < 3; ++c) {
+    const int v = static_cast<int>(color >> 8 * c & 255);
+    const int moved = v + static_cast<int>(std::trunc(add[c] * 255 / 100.0)) +
+                      static_cast<int>(std::trunc(brightness * 255 / 100.0));
+    const int spread = static_cast<int>(std::trunc((moved - 128) * (100 + contrast) / 100.0)) + 128;
+    result |= static_cast<Colour>(std::clamp(spread, 0, 255)) << 8 * c;
+  }
+  return result;
+}
+
+TEST(FrameOperations, BalanceMovesEachColorAndNothingElse) {
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = testing::small_document(form.kind, 2, form.colorType);
+    for (const auto& [red, green, blue, brightness, contrast] : std::initializer_list<std::array<int, 5>>{
+             {20, -7, 0, 0, 0}, {0, 0, 0, -33, 0}, {0, 0, 0, 0, 41}, {100, -100, 3, 5, -100}}) {
+      const DocumentWindow after = done("balance", source,
+                                        {{"red", red},
+                                         {"green", green},
+                                         {"blue", blue},
+                                         {"brightness", brightness},
+                                         {"contrast", contrast}});
+      const auto were = testing::images_of(source), are = testing::images_of(after);
+      for (std::size_t i = 0; i < were.size(); ++i) {
+        const Picture before = PictureWithTransparency(were[i], {}),
+                      now = PictureWithTransparency(are[i], {});
+        for (std::uint32_t y = 0; y < before.height(); ++y)
+          for (std::uint32_t x = 0; x < before.width(); ++x) {
+            const Colour old = PictureGetPixel(before, x, y);
+            ASSERT_EQ(PictureGetPixel(now, x, y),
+                      balanced(old, {red, green, blue}, brightness, contrast) | (old & 0xFF000000));
+          }
+      }
+      EXPECT_EQ(delays_of(after), delays_of(source));
+    }
+    const DocumentWindow same = done("balance", source, {});
+    for (std::size_t i = 0; i < same.list.size(); ++i)
+      EXPECT_EQ(same.list.entry(i).record, source.list.entry(i).record) << "five zeros change nothing";
+  }
+}
+
+std::vector<std::uint32_t> colors_at_origin(const DocumentWindow& window) {
+  std::vector<std::uint32_t> colors;
+  for (const Picture& canvas : canvases_of(window)) colors.push_back(PictureGetPixel(canvas, 2, 1));
+  return colors;
+}
+
+TEST(FrameOperations, OrderAndNumber) {
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    DocumentWindow source = animation(form.kind, form.colorType);
+    const auto entries = frame_entries(source);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      ChunkRecord record;
+      chunk_list_get(source.list, entries[i], record);
+      set_frame_delay(record, form.kind, ticks_per_second(source.list),
+                      static_cast<std::uint32_t>(100 * (i + 1)));
+      chunk_list_put(source.list, entries[i], record);
+    }
+    using Times = std::vector<std::uint32_t>;
+    const auto were = colors_at_origin(source);
+    const DocumentWindow back = done("reverse", source, {});
+    EXPECT_EQ(colors_at_origin(back), decltype(were)(were.rbegin(), were.rend()));
+    EXPECT_EQ(delays_of(back), (Times{400, 300, 200, 100}));
+    EXPECT_EQ(delays_of(done("reverse", source, {{"way", 1}})), (Times{100, 200, 300, 400, 300, 200}));
+    const FrameList middle{1, 3};
+    EXPECT_EQ(delays_of(done("reverse", source, {}, &middle)), (Times{100, 400, 300, 200}));
+    EXPECT_EQ(delays_of(done("depopulate", source, {})), (Times{300, 700}));
+    EXPECT_EQ(delays_of(done("depopulate", source, {{"preserve", 0}})), (Times{100, 300}));
+    EXPECT_EQ(delays_of(done("depopulate", source, {{"mode", 1}})), (Times{600, 400}));
+    EXPECT_EQ(colors_at_origin(done("depopulate", source, {{"keep", 1}, {"skip", 2}})),
+              (std::vector<std::uint32_t>{were[0], were[3]}));
+  }
+}
+
+}  // namespace
+}  // namespace vellum

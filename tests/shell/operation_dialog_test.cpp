@@ -1,0 +1,117 @@
+// Every operation through its command and its dialog: what comes out is, byte for byte, what the operation
+// makes of the values that the dialog shows.
+#include "shell/dialogs/operation_dialog.h"
+
+#include <QLabel>
+#include <QPushButton>
+
+#include "core/edit/undo.h"
+#include "core/files/save_document.h"
+#include "operations/settings.h"
+#include "shell/dialogs/change_preview.h"
+#include "shell/widgets/crop_view.h"
+#include "shell_fixture.h"
+#include "support/documents.h"
+
+namespace vellum::testing {
+namespace {
+
+class OperationDialogTest : public DialogTest {
+ protected:
+  std::vector<std::uint8_t> bytes(DocumentWindow window) {
+    const auto path = folder_ / kFileNames.at(window.document.kind);
+    Recorder recorder;
+    EXPECT_TRUE(save_document(window, path, recorder.host));
+    return file_bytes(path);
+  }
+  void close_all() {
+    for (DocumentFrame* frame : main_.area().documents()) frame->close_without_question();
+    settle();
+  }
+};
+
+TEST_F(OperationDialogTest, EveryCommandMakesWhatItsOperationMakes) {
+  for (const Operation* operation : operation_table())
+    for (const DocumentKind kind : operation->kinds) {
+      SCOPED_TRACE(std::string(operation->name) + " " + kFileNames.at(kind));
+      const DocumentWindow source = small_document(kind, 3, 2);
+      DocumentFrame& frame = add(source);
+      const auto before = bytes(frame.content());
+      FieldValues values;
+      in_dialog<OperationDialog>(operation->command, [&](OperationDialog& dialog) {
+        values = dialog.choice().values;
+        if (kind == DocumentKind::APNG) take_picture(dialog, operation->name);
+        dialog.accept();
+        EXPECT_FALSE(dialog.isVisible());
+      });
+      DocumentWindow wanted = source;
+      Recorder recorder;
+      ASSERT_TRUE(run_operation(*operation, wanted, values, all_frames(3), recorder.host));
+      const bool apart = operation->result == OperationResult::NewWindow;
+      ASSERT_EQ(documents(), apart ? 2u : 1u);
+      DocumentFrame& result = apart ? *main_.area().documents().back() : frame;
+      EXPECT_EQ(bytes(result.content()), bytes(wanted));
+      if (apart) {
+        EXPECT_EQ(bytes(frame.content()), before);
+        EXPECT_TRUE(result.document().fileName.string().starts_with(string_text(operation->prefix)));
+      } else {
+        undo_pop(frame.content());
+        EXPECT_EQ(bytes(frame.content()), before);
+      }
+      close_all();
+    }
+}
+
+TEST_F(OperationDialogTest, ValuesAreKeptAndResetAndLimitedToTheSelection) {
+  DocumentFrame& frame = add(small_document(DocumentKind::MING, 3, 2));
+  in_dialog<OperationDialog>(311, [&](OperationDialog& dialog) {
+    EXPECT_NE(dialog.findChild<ChangePreview*>(), nullptr);
+    dialog.form().set_value("brightness", std::int64_t{20});
+    dialog.accept();
+  });
+  EXPECT_EQ(settings::ColorBalBrightness, 20);
+  frame.entries().select(frame_entries(frame.content())[1], true);
+  in_dialog<OperationDialog>(311, [&](OperationDialog& dialog) {
+    EXPECT_EQ(dialog.choice().values.number("brightness"), 20);
+    dialog.form().set_value("scope", std::int64_t{1});
+    EXPECT_EQ(dialog.choice().frames, FrameList{1});
+    dialog.buttons().button(QDialogButtonBox::Reset)->click();
+    EXPECT_EQ(dialog.choice().values.number("brightness"), 0);
+    EXPECT_EQ(dialog.choice().frames.size(), 3u);
+  });
+  in_dialog<OperationDialog>(322, [&](OperationDialog& dialog) {
+    EXPECT_EQ(dialog.findChild<QLabel*>(QStringLiteral("note"))->text(),
+              QStringLiteral("2 of 3 frames will remain"));
+    // Three frames are skipped at first: none would be left.
+    dialog.form().set_value("mode", std::int64_t{1});
+    dialog.form().set_value("skip", std::int64_t{3});
+    dialog.accept();
+    EXPECT_TRUE(dialog.isVisible());
+  });
+  ASSERT_FALSE(answers_.messages.empty());
+  EXPECT_EQ(answers_.messages.back().id, StringId::KeepOneImage);
+}
+
+TEST_F(OperationDialogTest, CropIsDrawnWithMouseAndKeys) {
+  add(small_document(DocumentKind::APNG, 2, 2));
+  in_dialog<OperationDialog>(309, [&](OperationDialog& dialog) {
+    auto* view = dialog.findChild<CropView*>();
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->rectangle(), QRect(0, 0, 6, 4));
+    dialog.form().set_value("width", std::int64_t{3});
+    emit dialog.form().edited(QStringLiteral("width"));
+    QTest::keyClick(view, Qt::Key_Right);
+    QTest::keyClick(view, Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(view->rectangle(), QRect(1, 0, 3, 3));
+    // A picture is not enlarged: its pixels are those of the view, about the middle.
+    const QPoint corner(view->width() / 2 - 3, view->height() / 2 - 2);
+    QTest::mousePress(view, Qt::LeftButton, {}, corner - QPoint(40, 40));
+    QTest::mouseMove(view, view->rect().center() + QPoint(40, 40));
+    QTest::mouseRelease(view, Qt::LeftButton, {}, view->rect().center() + QPoint(40, 40));
+    EXPECT_EQ(view->rectangle(), QRect(0, 0, 6, 4));
+    EXPECT_EQ(dialog.choice().values.number("width"), 6);
+  });
+}
+
+}  // namespace
+}  // namespace vellum::testing
