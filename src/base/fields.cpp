@@ -224,7 +224,10 @@ FieldValues setting_values(std::span<const Field> fields) {
   FieldValues values;
   for (const Field& field : fields) {
     FieldValue value = initial_value(field);
-    if (field.setting) value = clamped(field, std::int64_t{*field.setting});
+    if (field.setting && field.type == FieldType::Real)
+      value = clamped(field, double(*field.setting));
+    else if (field.setting)
+      value = clamped(field, std::int64_t{*field.setting});
     if (field.textSetting) value = clamped(field, *field.textSetting);
     values.set(field.name, std::move(value));
   }
@@ -233,7 +236,10 @@ FieldValues setting_values(std::span<const Field> fields) {
 
 void keep_in_settings(std::span<const Field> fields, const FieldValues& values) {
   for (const Field& field : fields) {
-    if (field.setting) *field.setting = static_cast<int>(values.number(field.name));
+    if (field.setting && field.type == FieldType::Real)
+      *field.setting = static_cast<int>(std::lround(values.real(field.name)));
+    else if (field.setting)
+      *field.setting = static_cast<int>(values.number(field.name));
     if (field.textSetting) *field.textSetting = values.text(field.name);
   }
 }

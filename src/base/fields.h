@@ -75,7 +75,7 @@ struct Field {
   std::int64_t initial = 0;
   double initialReal = 0;
   const char* initialText = "";
-  int* setting = nullptr;              ///< Whole, Choice, Flag, Color
+  int* setting = nullptr;              ///< Whole, Choice, Flag, Color; Real: rounded
   std::string* textSetting = nullptr;  ///< Text
   int stateId = 0;                     ///< its line in the dialog's state file; 0: it has none
 };

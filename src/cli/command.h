@@ -39,7 +39,6 @@ Run prepare_properties(CLI::App& app);
 Run prepare_manage(CLI::App& app);
 Run prepare_strip(CLI::App& app);
 Run prepare_unstrip(CLI::App& app);
-Run prepare_resize(CLI::App& app);
 Run prepare_palette(CLI::App& app);
 Run prepare_config(CLI::App& app);
 

@@ -18,7 +18,6 @@ constexpr CommandRow kCommands[] = {
     {"manage", "Change many frames at a time, in the order of the options below", prepare_manage},
     {"strip", "All frames of an animation as cells of one picture", prepare_strip},
     {"unstrip", "An animation from the cells of a picture", prepare_unstrip},
-    {"resize", "Another size for a still or for each frame", prepare_resize},
     {"palette", "To the colors of a palette: built in, from a file, or computed", prepare_palette},
     {"config", "Show and change settings", prepare_config},
 };

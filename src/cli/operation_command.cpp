@@ -66,7 +66,8 @@ std::optional<std::vector<std::string>> parts_of(const CompoundOption& option, c
 }
 
 bool take_compound(const CompoundOption& option, const std::string& text, const std::vector<Field>& fields,
-                   FieldValues& values) {
+                   FieldValues& values, GivenFields& given) {
+  given.insert(option.fields.begin(), option.fields.end());
   if (option.alongside) values.set(option.alongside, option.alongsideValue);
   if (!option.form) {
     for (const char* name : option.fields) values.set(name, option.value);
@@ -84,16 +85,20 @@ std::optional<FieldValues> values_of(const Operation& operation, const Given& gi
                                      const DocumentWindow& window) {
   const std::vector<Field> fields = operation_fields(operation, window);
   FieldValues values = first_values(fields, given.stored);
+  GivenFields names;
   for (std::size_t i = 0; i < given.compounds.size(); ++i)
-    if (given.compounds[i] && !take_compound(operation.options[i], *given.compounds[i], fields, values))
+    if (given.compounds[i] &&
+        !take_compound(operation.options[i], *given.compounds[i], fields, values, names))
       return std::nullopt;
   for (const Field& row : operation.fields) {
     const auto& text = given.fields[static_cast<std::size_t>(&row - operation.fields.data())];
     const Field* field = find_field(fields, row.name);
     if (!text || !field) continue;
     enable_field(fields, *field, values);
+    names.insert(field->name);
     values.set(field->name, parse_option(*field, *text));
   }
+  if (operation.settle) operation.settle(values, window, names);
   const auto fault = check_operation(operation, values, window);
   if (!fault) return values;
   wrong_usage(fault->text);

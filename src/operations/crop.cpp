@@ -7,7 +7,8 @@
 #include "operations/change_pictures.h"
 #include "operations/clips.h"
 #include "operations/operation_rows.h"
-#include "playback/compositor.h"
+#include "operations/reconstruct.h"
+#include "playback/compose.h"
 
 namespace vellum {
 namespace {
@@ -70,33 +71,31 @@ Colour nearest_index(const Picture& picture, Colour color) {
   return nearest;
 }
 
-/// A color in the picture's form; transparent where it has alpha.
+/// A color in the picture's form.
 Colour in_form(const Picture& picture, Colour color) {
-  return picture.bits() == 32 ? 0 : picture.bits() == 24 ? color : nearest_index(picture, color);
+  return picture.bits() > 8 ? color : nearest_index(picture, color);
 }
 
-/// A pixel in the picture's form that changes nothing where it is laid: transparent, or the color that the
-/// canvas has there.
-Picture pixel_of(const Picture& picture, Colour canvas) {
+/// A pixel in the picture's form that changes nothing where it is laid: the color that the canvas has there,
+/// or a transparent one where it lies over that.
+Picture pixel_of(const Picture& picture, Colour canvas, bool over) {
   const Palette palette = palette_of(picture);
   Picture pixel = create_rows(1, 1, &palette, picture.bits());
-  if (pixel) PicturePutPixel(pixel, 0, 0, in_form(picture, canvas));
+  if (pixel) PicturePutPixel(pixel, 0, 0, picture.bits() == 32 && over ? 0 : in_form(picture, canvas));
   return pixel;
 }
 
 /// What the canvas shows at the corner of the rectangle while each frame plays; asked for frames alone that
-/// do not reach into the rectangle.
-std::vector<Colour> corner_colors(const DocumentWindow& draft, const std::vector<bool>& wanted,
-                                  const Cut& cut) {
-  std::vector<Colour> colors(wanted.size());
-  if (std::ranges::find(wanted, true) == wanted.end()) return colors;
-  Compositor compositor(draft.list, draft.document);
-  for (std::size_t i = 0; i < wanted.size(); ++i)
-    if (wanted[i])
-      colors[i] = PictureGetPixel(compositor.frame(static_cast<std::uint32_t>(i)).picture,
-                                  static_cast<std::uint32_t>(cut.left), static_cast<std::uint32_t>(cut.top)) &
-                  0xFFFFFF;
-  return colors;
+/// do not reach into the rectangle. False when a picture is lost or the user stopped it.
+bool find_corner_colors(OperationRun& run, const std::vector<bool>& wanted, const Cut& cut,
+                        std::vector<Colour>& colors) {
+  colors.resize(wanted.size());
+  if (std::ranges::find(wanted, true) == wanted.end()) return true;
+  return for_each_canvas(run.draft, CanvasDepth::AsNeeded, run.host,
+                         [&](std::size_t frame, const Picture& canvas) {
+                           colors[frame] = PictureGetPixelOpaque(canvas, cut.left, cut.top);
+                           return true;
+                         });
 }
 
 Cut part_of(const FrameWork& work, const Cut& cut) {
@@ -113,7 +112,7 @@ bool crop_frame(FrameWork& work, DocumentKind kind, const Cut& cut, Colour corne
     return ClipBox{box.left - cut.left, box.right - cut.left, box.top - cut.top, box.bottom - cut.top};
   });
   if (is_empty(part)) {
-    work.picture = pixel_of(work.picture, corner);
+    work.picture = pixel_of(work.picture, corner, lies_over(kind, work.record));
     work.offset = {};
     if (work.frame != kDefaultImageWork) set_frame_dispose(work.record, kind, 0);
     return static_cast<bool>(work.picture);
@@ -163,7 +162,8 @@ bool run(OperationRun& run) {
     const ChunkRecord& record = run.draft.list.record(entries[i]);
     outside[i] = is_empty(part_of({i, {}, picture_of(record), GetFrameOffset(record, kind)}, cut));
   }
-  const std::vector<Colour> corners = corner_colors(run.draft, outside, cut);
+  std::vector<Colour> corners;
+  if (!find_corner_colors(run, outside, cut, corners)) return false;
   const auto crop = [&](FrameWork& work) {
     return crop_frame(work, kind, cut, work.frame < corners.size() ? corners[work.frame] : 0);
   };

@@ -2,6 +2,8 @@
 // of it. Its file has the row and one function that does the work on a draft; everything else follows.
 #pragma once
 
+#include <set>
+
 #include "base/fields.h"
 #include "base/host.h"
 #include "operations/frames.h"
@@ -18,6 +20,7 @@ enum class OperationResult {
 enum OperationNeed : unsigned {
   kWholeCanvases = 1,  ///< frames that build on each other become the canvases that they show
   kTrueColor = 2,      ///< indexed frames become true color, with alpha where there is transparency
+  kAsksTrueColor = 4,  ///< the operation makes them so by itself; people are asked all the same
 };
 
 /// What a preview is computed from.
@@ -58,6 +61,9 @@ struct OperationRun {
   }
 };
 
+/// The fields that somebody gave a value, by name; the others have the initial ones.
+using GivenFields = std::set<std::string_view>;
+
 /// One row. Texts, tables and fields live as long as the program.
 struct Operation {
   const char* name;   ///< of the command of `vellum`; the topic of the guide in capitals
@@ -82,10 +88,18 @@ struct Operation {
                     const FrameList& frames) = nullptr;
   /// Makes ranges and initial values fit a document: the size of its canvas, the number of its frames.
   void (*fit)(std::vector<Field>& fields, const DocumentWindow& window) = nullptr;
+  /// Completes values of which some were given, as where one side follows the other.
+  void (*settle)(FieldValues& values, const DocumentWindow& window, const GivenFields& given) = nullptr;
   /// What the ranges of the fields can't tell.
   std::optional<FieldFault> (*check)(const FieldValues& values, const DocumentWindow& window) = nullptr;
   /// A line below the fields that says what the values will do.
   std::string (*note)(const FieldValues& values, const DocumentWindow& window) = nullptr;
+  /// How much larger than a frame its result is: the larger of both sides. Without it nothing grows.
+  double (*growth)(const FieldValues& values, const DocumentWindow& window) = nullptr;
+  /// A frame's picture, reduced for a preview, as the values make it; without it the operation works on an
+  /// animation of this one frame.
+  Picture (*previewFrame)(const Picture& frame, const FieldValues& values,
+                          const DocumentWindow& window) = nullptr;
   /// Changes the draft and makes the closing calls. False, with the reason kept in the host or told, leaves a
   /// draft that is thrown away.
   bool (*run)(OperationRun& run) = nullptr;

@@ -5,6 +5,6 @@
 
 namespace vellum {
 
-extern const Operation kBalance, kCrop, kDepopulate, kFlip, kReverse, kTile;
+extern const Operation kBalance, kCrop, kDepopulate, kFlip, kResize, kReverse, kTile;
 
 }  // namespace vellum

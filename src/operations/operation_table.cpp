@@ -3,7 +3,8 @@
 namespace vellum {
 namespace {
 
-constexpr const Operation* kOperations[] = {&kBalance, &kCrop, &kDepopulate, &kFlip, &kReverse, &kTile};
+constexpr const Operation* kOperations[] = {&kBalance, &kCrop,    &kDepopulate, &kFlip,
+                                            &kResize,  &kReverse, &kTile};
 
 }  // namespace
 

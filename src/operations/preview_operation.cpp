@@ -15,7 +15,9 @@ bool build_single(DocumentWindow& window, const Picture& picture) {
 
 }  // namespace
 
-Picture preview_operation(const Operation& operation, const Picture& picture, const FieldValues& values) {
+Picture preview_operation(const Operation& operation, const Picture& picture, const FieldValues& values,
+                          const DocumentWindow& document) {
+  if (operation.previewFrame) return operation.previewFrame(picture, values, document);
   DocumentWindow window;
   if (!picture || !operation_takes(operation, DocumentKind::MING) || !build_single(window, picture))
     return {};

@@ -5,8 +5,9 @@
 
 namespace vellum {
 
-/// The picture that the operation makes of an animation with this one frame, in true color; null where it
-/// refuses the values.
-Picture preview_operation(const Operation& operation, const Picture& picture, const FieldValues& values);
+/// The picture that the operation makes of a frame of the document, in true color; null where it refuses the
+/// values.
+Picture preview_operation(const Operation& operation, const Picture& picture, const FieldValues& values,
+                          const DocumentWindow& document);
 
 }  // namespace vellum

@@ -1,6 +1,7 @@
 // All images of a document in another size.
 #pragma once
 
+#include "base/fields.h"
 #include "base/host.h"
 #include "core/model/document.h"
 #include "image/resample_filter.h"
@@ -18,6 +19,9 @@ struct ResizeAnimation {
 std::uint32_t scaled_side(std::uint32_t side, double percent);
 /// The other side of a canvas whose `side` becomes `scaled` and whose proportions stay.
 std::uint32_t proportional_side(std::uint32_t scaled, std::uint32_t side, std::uint32_t other);
+
+/// What the fields of the operation ask for of a document.
+ResizeAnimation resize_of(const FieldValues& values, const DocumentWindow& window);
 
 /// Whether filtering would make colors that the document's palette lacks. Greys stay grey without it.
 bool resizing_needs_true_color(const DocumentWindow& window, const ResizeAnimation& resize);

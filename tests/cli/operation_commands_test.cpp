@@ -86,6 +86,8 @@ std::string guide_line(const Field& field) {
     values.append(values.empty() ? "" : "; ").append(choice.name);
   if (field.type == FieldType::Whole)
     values = std::to_string(field.least) + " to " + std::to_string(field.most);
+  if (field.type == FieldType::Real)
+    values = field_value_text(field, field.leastReal) + " to " + field_value_text(field, field.mostReal);
   const bool flag = field.type == FieldType::Flag;
   const std::string initial =
       flag ? (field.initial ? "yes" : "no") : field_value_text(field, initial_value(field));

@@ -10,12 +10,14 @@
 #include <QToolButton>
 
 #include "base/text.h"
-#include "operations/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/edit/undo.h"
+#include "operations/resize_animation.h"
+#include "operations/settings.h"
+#include "shell/dialogs/change_preview.h"
 #include "shell/dialogs/manage_dialog.h"
+#include "shell/dialogs/operation_dialog.h"
 #include "shell/dialogs/properties_dialog.h"
-#include "shell/dialogs/resize_dialog.h"
 #include "shell/dialogs/strip_window.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
@@ -85,22 +87,22 @@ TEST_F(AnimationDialogTest, APreviewInActualSizeHasTheLimitOfTheSettings) {
   } cases[] = {{0, 1000}, {800, 800}, {100, 100}, {-7, 1000}, {2000, 1000}};
   for (const auto& [most, width] : cases) {
     settings::MaximumPreviewDimension = most;
-    in_dialog<ResizeDialog>(310, [&, width = width](ResizeDialog& dialog) {
-      dialog.form().set_value("factorX", std::int64_t{200});
+    in_dialog<OperationDialog>(310, [&, width = width](OperationDialog& dialog) {
+      dialog.form().set_value("factorX", 200.0);
       for (QToolButton* button : dialog.findChildren<QToolButton*>())
         if (button->text() == QStringLiteral("Actual size")) button->setChecked(true);
-      EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview().after().width() == width; }, 5000))
-          << dialog.preview().after().width() << " of " << width;
+      EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview()->after().width() == width; }, 5000))
+          << dialog.preview()->after().width() << " of " << width;
     });
   }
 }
 
 TEST_F(AnimationDialogTest, ResizeMakesANewWindowAndRemembersTheSize) {
   DocumentFrame& frame = add(animated_document(3));
-  in_dialog<ResizeDialog>(310, [&](ResizeDialog& dialog) {
-    dialog.form().set_value("factorX", std::int64_t{50});
-    EXPECT_EQ(dialog.form().values().number("factorY"), 50) << "the proportions stay";
-    EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview().after().width() == 20; }, 5000));
+  in_dialog<OperationDialog>(310, [&](OperationDialog& dialog) {
+    dialog.form().set_value("factorX", 50.0);
+    EXPECT_EQ(dialog.form().values().real("factorY"), 50) << "the proportions stay";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.preview()->after().width() == 20; }, 5000));
     dialog.form().set_value("way", std::int64_t{0});
     dialog.form().set_value("width", std::int64_t{80});
     EXPECT_EQ(dialog.form().values().number("height"), 60);
@@ -119,12 +121,12 @@ TEST_F(AnimationDialogTest, ResizeMakesANewWindowAndRemembersTheSize) {
   EXPECT_TRUE(frame.content().undoLevels.empty());
   EXPECT_EQ(settings::ScaleWidth, 80);
   main_.area().setActiveSubWindow(&frame);
-  in_dialog<ResizeDialog>(310, [&](ResizeDialog& dialog) {
+  in_dialog<OperationDialog>(310, [&](OperationDialog& dialog) {
     auto* presets = dialog.findChild<QComboBox*>(QStringLiteral("presets"));
     EXPECT_GE(presets->findText(QStringLiteral("80 x 7")), 0);
     emit presets->textActivated(QStringLiteral("25 %"));
-    EXPECT_EQ(dialog.resize().width, 10u);
-    EXPECT_EQ(dialog.resize().height, 8u);
+    EXPECT_EQ(resize_of(dialog.choice().values, frame.content()).width, 10u);
+    EXPECT_EQ(resize_of(dialog.choice().values, frame.content()).height, 8u);
   });
   EXPECT_EQ(documents(), 2u);
 }

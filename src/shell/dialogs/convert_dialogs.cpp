@@ -5,7 +5,6 @@
 #include <QPushButton>
 
 #include "configuration/config_file.h"
-#include "operations/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/build/convert_records.h"
 #include "core/edit/insert_chunk.h"
@@ -14,6 +13,7 @@
 #include "image/resample.h"
 #include "operations/convert_kind.h"
 #include "operations/frame_pictures.h"
+#include "operations/settings.h"
 #include "playback/compositor.h"
 #include "shell/dialogs/change_preview.h"
 #include "shell/editors/select_palette.h"

@@ -154,10 +154,14 @@ void OperationDialog::add_preview() {
       [this](const ChangePreview::Shown& shown) {
         const FieldValues values = form().values();
         if (check_operation(operation_, values, window_)) return Picture();
-        return preview_operation(operation_, shown.picture, values);
+        return preview_operation(operation_, shown.picture, values, window_);
       },
-      [](const Picture&) { return 1.0; }, this,
-      full ? ChangePreview::Source::Canvas : ChangePreview::Source::ReducedFrame);
+      [this](const Picture&) {
+        const FieldValues values = form().values();
+        const bool grows = operation_.growth && !check_operation(operation_, values, window_);
+        return grows ? operation_.growth(values, window_) : 1.0;
+      },
+      this, full ? ChangePreview::Source::Canvas : ChangePreview::Source::ReducedFrame);
   static_cast<QBoxLayout*>(layout())->insertWidget(1, preview_, 1);
 }
 

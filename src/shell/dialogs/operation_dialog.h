@@ -27,12 +27,14 @@ class OperationDialog : public FormDialog {
   const Operation& operation() const { return operation_; }
   const DocumentWindow& window() const { return window_; }
   Host& host() { return services_.host; }
+  ChangePreview* preview() { return preview_; }
+  /// Works preview and note out anew; for values that were put in without a person's hand.
+  void follow();
 
  private:
   void add_scope_and_notes();
   void add_preview();
   void add_history();
-  void follow();
   bool keep();
 
   const Operation& operation_;

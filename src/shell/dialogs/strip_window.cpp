@@ -5,12 +5,12 @@
 #include <QVBoxLayout>
 
 #include "base/text.h"
-#include "operations/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/edit/delete_chunks.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/move_chunks.h"
 #include "image/graphic_file.h"
+#include "operations/settings.h"
 #include "shell/forms/form_dialog.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"

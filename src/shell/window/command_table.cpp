@@ -116,7 +116,7 @@ const CommandRow kCommands[] = {
     {317, "Overla&y", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},
     {315, "Protection Matri&x", Menu::Animation, 2, Entries, kStill, nullptr, kLater},
     {316, "Reconstr&uct", Menu::Animation, 2, Entries, kAnimations, nullptr, reconstruct_command},
-    {310, "Resi&ze", Menu::Animation, 2, Entries, kAnimations, "resize", resize_command},
+    {310, "Resi&ze", Menu::Animation, 2, Entries, kAnimations, "resize", operation_command<310>},
     {314, "Rev&erse", Menu::Animation, 2, Entries, kAnimations, "reverse", operation_command<314>},
     {319, "S&hadow", Menu::Animation, 2, Entries, kApngAndMng, nullptr, kLater},
     {274, "Social media", Menu::Animation, 2, Entries, kAnimations, nullptr, kLater},

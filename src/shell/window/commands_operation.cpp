@@ -11,7 +11,7 @@ namespace {
 /// Frames with a palette become true color first when the user agrees.
 bool may_promote(const Operation& operation, const DocumentWindow& window, const OperationChoice& choice,
                  const Host& host) {
-  if (!(operation_needs(operation, window, choice.values, choice.frames) & kTrueColor) || !host.ask)
+  if (!(operation_needs(operation, window, choice.values, choice.frames) & (kTrueColor | kAsksTrueColor)) || !host.ask)
     return true;
   const StringId id = StringId::NeedsTrueColor;
   return host.ask({id, {}, std::string(string_text(id)), {}, nullptr}, false) == Answer::Yes;
@@ -30,7 +30,7 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
     return run_operation(operation, on, choice->values, choice->frames, listener);
   };
   if (operation.result == OperationResult::NewWindow) {
-    show_result(main, frame, {operation.prefix}, work);
+    show_result(main, frame, {operation.prefix, operation.failure}, work);
     return;
   }
   if (work(window, host)) frame.size_to_content();
