@@ -8,10 +8,10 @@
 #include "configuration/exchange_settings.h"
 #include "configuration/extension_settings.h"
 #include "configuration/generator_settings.h"
-#include "operations/settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
+#include "operations/settings.h"
 #include "playback/settings.h"
 
 namespace vellum {

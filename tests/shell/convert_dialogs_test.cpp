@@ -2,12 +2,12 @@
 #include <QCheckBox>
 #include <QPushButton>
 
-#include "operations/settings.h"
 #include "core/files/open_document.h"
 #include "core/model/record_picture.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "operations/frames.h"
+#include "operations/settings.h"
 #include "shell/dialogs/change_preview.h"
 #include "shell/forms/form_dialog.h"
 #include "shell_fixture.h"

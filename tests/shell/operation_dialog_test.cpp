@@ -103,11 +103,12 @@ TEST_F(OperationDialogTest, CropIsDrawnWithMouseAndKeys) {
     QTest::keyClick(view, Qt::Key_Right);
     QTest::keyClick(view, Qt::Key_Up, Qt::ControlModifier);
     EXPECT_EQ(view->rectangle(), QRect(1, 0, 3, 3));
-    // A picture is not enlarged: its pixels are those of the view, about the middle.
-    const QPoint corner(view->width() / 2 - 3, view->height() / 2 - 2);
-    QTest::mousePress(view, Qt::LeftButton, {}, corner - QPoint(40, 40));
-    QTest::mouseMove(view, view->rect().center() + QPoint(40, 40));
-    QTest::mouseRelease(view, Qt::LeftButton, {}, view->rect().center() + QPoint(40, 40));
+    // From outside of the rectangle a new one is drawn.
+    const QPointF from(1, 1), to(view->width() - 2, view->height() - 2);
+    QMouseEvent press(QEvent::MouseButtonPress, from, from, Qt::LeftButton, Qt::LeftButton, {});
+    QMouseEvent move(QEvent::MouseMove, to, to, Qt::NoButton, Qt::LeftButton, {});
+    QMouseEvent release(QEvent::MouseButtonRelease, to, to, Qt::LeftButton, Qt::NoButton, {});
+    for (QMouseEvent* event : {&press, &move, &release}) QApplication::sendEvent(view, event);
     EXPECT_EQ(view->rectangle(), QRect(0, 0, 6, 4));
     EXPECT_EQ(dialog.choice().values.number("width"), 6);
   });

@@ -13,10 +13,10 @@
 #include <QTimer>
 
 #include "base/file.h"
-#include "operations/settings.h"
 #include "core/edit/palette_edit.h"
 #include "core/edit/transparency_edit.h"
 #include "image/graphic_file.h"
+#include "operations/settings.h"
 #include "shell/editors/edit_palette.h"
 #include "shell/editors/edit_transparency.h"
 #include "shell/editors/edit_unknown.h"

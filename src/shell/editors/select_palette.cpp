@@ -10,13 +10,13 @@
 #include <QVBoxLayout>
 
 #include "base/text.h"
-#include "operations/settings.h"
 #include "core/settings.h"
 #include "image/builtin_palette.h"
 #include "image/load_palette.h"
 #include "image/palette_from_pictures.h"
 #include "image/picture_operations.h"
 #include "image/to_colors.h"
+#include "operations/settings.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"

@@ -13,7 +13,8 @@
 namespace vellum {
 namespace {
 
-constexpr double kGrip = 7;  // device-independent pixels around an edge that take hold of it
+constexpr double kGrip = 7;           // device-independent pixels around an edge that take hold of it
+constexpr double kMostEnlarged = 16;  // small pictures are enlarged in whole steps
 constexpr int kStep = 1, kLongStep = 10;
 
 struct CursorRow {
@@ -57,7 +58,8 @@ void CropView::set_aspect(double aspect) {
 
 QRectF CropView::shown_area() const {
   if (picture_.isNull()) return {};
-  const double scale = std::min({1.0, 1.0 * width() / picture_.width(), 1.0 * height() / picture_.height()});
+  double scale = std::min(1.0 * width() / picture_.width(), 1.0 * height() / picture_.height());
+  if (scale > 1) scale = std::min(std::floor(scale), kMostEnlarged);
   const QSizeF size(picture_.width() * scale, picture_.height() * scale);
   return {{(width() - size.width()) / 2, (height() - size.height()) / 2}, size};
 }
@@ -182,7 +184,7 @@ void CropView::paintEvent(QPaintEvent*) {
   const QRectF area = shown_area();
   if (area.isEmpty()) return;
   paint_checkers(painter, area.toAlignedRect());
-  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform, area.width() < picture_.width());
   painter.drawImage(area, picture_);
   const QRectF box = on_screen(rectangle_);
   QPainterPath around;

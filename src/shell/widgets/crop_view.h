@@ -11,7 +11,7 @@ class CropView : public QWidget {
  public:
   explicit CropView(QWidget* parent = nullptr);
 
-  /// What lies below the rectangle; shown as large as fits, never enlarged.
+  /// What lies below the rectangle; shown as large as fits, enlarged in whole steps alone.
   void set_picture(const QImage& picture);
   /// In pixels of the picture, held inside it.
   void set_rectangle(const QRect& rectangle);

@@ -80,7 +80,6 @@ void reconstruct_command(MainWindow& main, DocumentFrame& frame);
 void extract_command(MainWindow& main, DocumentFrame& frame);
 void export_image_command(MainWindow& main, DocumentFrame& frame);
 
-
 /// The settings of the program; with Shift held, with the defaults put in.
 void setup_command(MainWindow& main);
 

@@ -1,10 +1,10 @@
 // Commands that make another document, or files, of an animation.
 #include "base/text.h"
-#include "operations/settings.h"
 #include "core/edit/insert_chunk.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
 #include "operations/convert_kind.h"
+#include "operations/settings.h"
 #include "shell/dialogs/convert_dialogs.h"
 #include "shell/look/text.h"
 #include "shell/services/picture_files.h"

@@ -11,7 +11,8 @@ namespace {
 /// Frames with a palette become true color first when the user agrees.
 bool may_promote(const Operation& operation, const DocumentWindow& window, const OperationChoice& choice,
                  const Host& host) {
-  if (!(operation_needs(operation, window, choice.values, choice.frames) & (kTrueColor | kAsksTrueColor)) || !host.ask)
+  if (!(operation_needs(operation, window, choice.values, choice.frames) & (kTrueColor | kAsksTrueColor)) ||
+      !host.ask)
     return true;
   const StringId id = StringId::NeedsTrueColor;
   return host.ask({id, {}, std::string(string_text(id)), {}, nullptr}, false) == Answer::Yes;
