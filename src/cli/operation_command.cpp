@@ -98,7 +98,10 @@ std::optional<FieldValues> values_of(const Operation& operation, const Given& gi
     names.insert(field->name);
     values.set(field->name, parse_option(*field, *text));
   }
-  if (operation.settle) operation.settle(values, window, names);
+  if (const char* reason = operation.settle ? operation.settle(values, window, names) : nullptr) {
+    wrong_usage(reason);
+    return std::nullopt;
+  }
   const auto fault = check_operation(operation, values, window);
   if (!fault) return values;
   wrong_usage(fault->text);

@@ -88,8 +88,10 @@ struct Operation {
                     const FrameList& frames) = nullptr;
   /// Makes ranges and initial values fit a document: the size of its canvas, the number of its frames.
   void (*fit)(std::vector<Field>& fields, const DocumentWindow& window) = nullptr;
-  /// Completes values of which some were given, as where one side follows the other.
-  void (*settle)(FieldValues& values, const DocumentWindow& window, const GivenFields& given) = nullptr;
+  /// Completes values of which a command line gave some, as where one side follows the other. Gives the
+  /// reason where they contradict each other, else null.
+  const char* (*settle)(FieldValues& values, const DocumentWindow& window,
+                        const GivenFields& given) = nullptr;
   /// What the ranges of the fields can't tell.
   std::optional<FieldFault> (*check)(const FieldValues& values, const DocumentWindow& window) = nullptr;
   /// A line below the fields that says what the values will do.

@@ -120,15 +120,18 @@ void fit(std::vector<Field>& fields, const DocumentWindow& window) {
 }
 
 /// One side alone brings the other along.
-void settle(FieldValues& values, const DocumentWindow& window, const GivenFields& given) {
+const char* settle(FieldValues& values, const DocumentWindow& window, const GivenFields& given) {
   const Extent canvas = document_size(window.list, window.document);
   const bool width = given.contains("width"), height = given.contains("height");
+  const bool factor = given.contains("factorX") || given.contains("factorY");
+  if (factor == (width || height)) return "give one of --size, --percent, or --width and --height";
   const auto whole = [&](const char* name) { return static_cast<std::uint32_t>(values.number(name)); };
   if (width && !height)
     values.set("height", std::int64_t{proportional_side(whole("width"), canvas.width, canvas.height)});
   if (height && !width)
     values.set("width", std::int64_t{proportional_side(whole("height"), canvas.height, canvas.width)});
   if (given.contains("factorX") && !given.contains("factorY")) values.set("factorY", values.real("factorX"));
+  return nullptr;
 }
 
 unsigned needs(const DocumentWindow& window, const FieldValues& values, const FrameList&) {

@@ -18,6 +18,7 @@ using testing::Recorder;
 std::vector<std::string> words_of(const Operation& operation, const FieldValues& values) {
   std::vector<std::string> words;
   for (const Field& field : operation.fields) {
+    if (!field_enabled(operation.fields, field, values)) continue;
     const FieldValue& value = *values.find(field.name);
     const std::string name = cli::option_name(field.name);
     if (field.type == FieldType::Flag) {

@@ -26,7 +26,8 @@ QRect rectangle_of(const FieldValues& values) {
           static_cast<int>(values.number("width")), static_cast<int>(values.number("height"))};
 }
 
-void put_rectangle(Form& form, const QRect& rectangle) {
+/// By value: the view follows each field while they are set.
+void put_rectangle(Form& form, QRect rectangle) {
   form.set_value("left", std::int64_t{rectangle.left()});
   form.set_value("top", std::int64_t{rectangle.top()});
   form.set_value("width", std::int64_t{rectangle.width()});

@@ -119,7 +119,7 @@ void CropView::take(QRect rectangle) {
   if (rectangle.isEmpty() || rectangle == rectangle_) return;
   rectangle_ = rectangle;
   update();
-  emit drawn(rectangle_);
+  emit drawn(QRect(rectangle_));
 }
 
 void CropView::drag_to(const QPoint& pixel) {
