@@ -2,13 +2,13 @@
 #include <algorithm>
 
 #include "core/edit/edit_closing.h"
+#include "core/model/playing_rules.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "operations/change_pictures.h"
 #include "operations/clips.h"
 #include "operations/operation_rows.h"
 #include "operations/reconstruct.h"
-#include "playback/compose.h"
 
 namespace vellum {
 namespace {
@@ -112,7 +112,7 @@ bool crop_frame(FrameWork& work, DocumentKind kind, const Cut& cut, Colour corne
     return ClipBox{box.left - cut.left, box.right - cut.left, box.top - cut.top, box.bottom - cut.top};
   });
   if (is_empty(part)) {
-    work.picture = pixel_of(work.picture, corner, lies_over(kind, work.record));
+    work.picture = pixel_of(work.picture, corner, frame_manner(work.record, kind).over);
     work.offset = {};
     if (work.frame != kDefaultImageWork) set_frame_dispose(work.record, kind, 0);
     return static_cast<bool>(work.picture);

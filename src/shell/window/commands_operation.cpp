@@ -1,4 +1,5 @@
 // The command of every operation that is a row.
+#include "base/text.h"
 #include "core/edit/undo.h"
 #include "operations/operation.h"
 #include "shell/dialogs/operation_dialog.h"
@@ -26,7 +27,7 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
   Host& host = main.services().host;
   if (frame_entries(window).empty()) return host.show(StringId::NoImagesHere);
   const auto choice = ask_for_operation(operation, window, main.services(), &main);
-  if (!choice || !may_promote(operation, window, *choice, host) || !undo_push(window, host)) return;
+  if (!choice || !may_promote(operation, window, *choice, host)) return;
   const auto work = [&](DocumentWindow& on, Host& listener) {
     return run_operation(operation, on, choice->values, choice->frames, listener);
   };
@@ -34,7 +35,7 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
     show_result(main, frame, {operation.prefix, operation.failure}, work);
     return;
   }
-  if (work(window, host)) frame.size_to_content();
+  if (undo_push(window, host, lower_case(operation.title)) && work(window, host)) frame.size_to_content();
 }
 
 }  // namespace vellum
