@@ -76,12 +76,15 @@ Colour in_form(const Picture& picture, Colour color) {
   return picture.bits() > 8 ? color : nearest_index(picture, color);
 }
 
-/// A pixel in the picture's form that changes nothing where it is laid: the color that the canvas has there,
-/// or a transparent one where it lies over that.
-Picture pixel_of(const Picture& picture, Colour canvas, bool over) {
+/// A pixel that changes nothing where it is laid: the color that the canvas has there, or a transparent one
+/// where it lies over that. In the picture's form; an image of an MNG may have another one than its
+/// neighbors, whose palette may lack the color.
+Picture pixel_of(const Picture& picture, Colour canvas, DocumentKind kind, bool over) {
+  const bool deep = kind == DocumentKind::MING && picture.bits() <= 8;
   const Palette palette = palette_of(picture);
-  Picture pixel = create_rows(1, 1, &palette, picture.bits());
-  if (pixel) PicturePutPixel(pixel, 0, 0, picture.bits() == 32 && over ? 0 : in_form(picture, canvas));
+  Picture pixel = create_rows(1, 1, &palette, deep ? 24 : picture.bits());
+  const bool clear = pixel.bits() == 32 && over;
+  if (pixel) PicturePutPixel(pixel, 0, 0, clear ? 0 : deep ? canvas & 0xFFFFFF : in_form(picture, canvas));
   return pixel;
 }
 
@@ -112,9 +115,11 @@ bool crop_frame(FrameWork& work, DocumentKind kind, const Cut& cut, Colour corne
     return ClipBox{box.left - cut.left, box.right - cut.left, box.top - cut.top, box.bottom - cut.top};
   });
   if (is_empty(part)) {
-    work.picture = pixel_of(work.picture, corner, frame_manner(work.record, kind).over);
+    work.picture = pixel_of(work.picture, corner, kind, frame_manner(work.record, kind).over);
     work.offset = {};
-    if (work.frame != kDefaultImageWork) set_frame_dispose(work.record, kind, 0);
+    // What clears the whole canvas goes on doing so.
+    const bool stays = work.frame == kDefaultImageWork || frame_manner(work.record, kind).clears;
+    if (!stays) set_frame_dispose(work.record, kind, 0);
     return static_cast<bool>(work.picture);
   }
   const auto in_picture = [](std::int64_t at, std::int32_t origin) {

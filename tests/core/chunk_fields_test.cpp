@@ -483,7 +483,9 @@ TEST_F(ChunkFields, ChunksThatAreNotLaidOutSoHaveNoFields) {
     const bool valid = chunk.tag == "FRAM" || chunk.tag == "DEFI";
     EXPECT_EQ(set(window, 1, "data", "hex:01 02fF") == "", valid);
     recorder_.answer = Answer::Yes;
-    EXPECT_EQ(set(window, 1, "data", "hex:01 02fF"), "") << "kept anyway";
+    if (!valid) {
+      EXPECT_EQ(set(window, 1, "data", "hex:01 02fF"), "") << "kept anyway";
+    }
     EXPECT_EQ(raw_payload(window.list.record(1)).size(), 3u);
     recorder_.messages.clear();
     EXPECT_NE(set(window, 1, "data", "hex:012"), "");

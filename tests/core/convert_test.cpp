@@ -240,7 +240,8 @@ TEST(Convert, DelaysThatAKindCanNotHoldAreToldAndCarried) {
     chunk_list_put(window.list, 3, record);
     Recorder recorder;
     std::string notes;
-    recorder.host.note = [&](std::string_view text) { notes += text; };
+    // What becomes of its text is told too, and is no matter here.
+    recorder.host.note = [&](std::string_view text) { notes += text.starts_with("tEXt") ? "" : text; };
     ASSERT_TRUE(convert_document(window, converted, c.kind, recorder.host));
     const auto wanted = times_of(window), got = times_of(converted);
     EXPECT_NEAR(got[0], c.first, 1e-9) << c.num << '/' << c.den;

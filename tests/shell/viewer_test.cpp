@@ -265,7 +265,7 @@ TEST_F(ViewerTest, ZoomsByKeysWheelAndFullScreen) {
   key(Qt::Key_Escape);
   EXPECT_FALSE(viewer.isFullScreen());
   EXPECT_TRUE(viewer.player().can_pause()) << "it plays on";
-  EXPECT_EQ(viewer.canvas().zoom(), 150);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return viewer.canvas().zoom() == 150; }, 5000)) << "the one before";
   key(Qt::Key_F11);
   QTest::mouseDClick(viewer.canvas().viewport(), Qt::LeftButton);
   EXPECT_FALSE(viewer.isFullScreen());

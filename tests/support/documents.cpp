@@ -1,5 +1,6 @@
 #include "support/documents.h"
 
+#include <regex>
 #include <utility>
 
 #include "base/byte_order.h"
@@ -156,9 +157,12 @@ DocumentWindow small_document(DocumentKind kind, std::size_t images, std::uint8_
 
 std::string objections(const std::filesystem::path& file) {
   std::vector<std::string> command = {"pngcheck", "-q", file};
-  if (equal_ignoring_case(file.extension().native(), ".webp")) command = {"webpinfo", "-quiet", file};
+  if (file.extension() == ".webp") command = {"webpinfo", "-quiet", file};
   const ToolResult judged = run_tool(command);
-  return !judged.there || judged.status == 0 ? "" : judged.output + " ";
+  // Chunks of the third edition of the PNG standard, which the judge doesn't know.
+  static const std::regex later("unknown, public chunk (cICP|mDCV|cLLI|eXIf|caBX)");
+  const bool younger = std::regex_search(judged.output, later);
+  return !judged.there || judged.status == 0 || younger ? "" : judged.output + " ";
 }
 
 }  // namespace vellum::testing
