@@ -310,6 +310,11 @@ constexpr BytesRow kDefaultBytes[] = {
     {tag::SAVE, ""sv},
     {tag::SEEK, ""sv},
     {tag::SHOW, ""sv},
+    // From object 1, the least that may be a source.
+    {tag::PAST,
+     "\0\0\0\0\0\0\0\0\0\0\0\0\1"
+     "\0\0\0\0\0\0\0\0\0\0\0\0\0\0"
+     "\0\0\0\0\0\0\0\0\0\0\0\0\0\0"sv},
     {tag::MOVE, "\0\0\0\0\0\0\0\0\0\0\0\0\0"sv},
 };
 

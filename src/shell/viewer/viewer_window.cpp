@@ -369,7 +369,13 @@ void ViewerWindow::zoom_out() { canvas_->step_zoom(-1, QRectF(canvas_->viewport(
 void ViewerWindow::show_actual_size() { canvas_->set_zoom(100); }
 void ViewerWindow::fit() { canvas_->fit(); }
 
-void ViewerWindow::toggle_full_screen() { isFullScreen() ? showNormal() : showFullScreen(); }
+void ViewerWindow::toggle_full_screen() { full_ ? leave_full_screen() : showFullScreen(); }
+
+/// A window that was given another size while it was full may have lost that state without an event.
+void ViewerWindow::leave_full_screen() {
+  showNormal();
+  if (full_ && !isFullScreen()) set_full(false);
+}
 
 /// The desktop may fill the screen, or end that, by itself.
 void ViewerWindow::changeEvent(QEvent* event) {
@@ -482,7 +488,7 @@ void ViewerWindow::save_frame() {
 void ViewerWindow::keyPressEvent(QKeyEvent* event) {
   switch (event->key()) {
     case Qt::Key_Escape:
-      return full_ ? showNormal() : pause();
+      return full_ ? leave_full_screen() : pause();
     case Qt::Key_Space:
     case Qt::Key_Return:
     case Qt::Key_Enter:

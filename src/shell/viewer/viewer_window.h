@@ -53,6 +53,7 @@ class ViewerWindow : public QDialog {
   void show_actual_size();
   void fit();
   void toggle_full_screen();
+  void leave_full_screen();
   void next_background();
   void choose_background();
   void faster();
