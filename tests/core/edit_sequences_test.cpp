@@ -85,9 +85,9 @@ class Editor {
     static constexpr ChunkTag tags[] = {tag::PLTE, tag::tRNS, tag::bKGD, tag::gAMA, tag::tEXt, tag::zTXt,
                                         tag::tIME, tag::BACK, tag::TERM, tag::LOOP, tag::ENDL, tag::FRAM,
                                         tag::DEFI, tag::IHDR, tag::IEND, tag::MEND};
-    // Those of an MNG mean objects that would have to be there.
-    const auto others =
-        window.document.kind == DocumentKind::MING ? std::vector<ChunkTag>() : insertable_tags(window);
+    // What has a content to begin with; a SEEK is right behind a SAVE alone.
+    auto others = insertable_tags(window);
+    std::erase_if(others, [](ChunkTag tag) { return !has_default_content(tag) || tag == tag::SEEK; });
     const ChunkTag tag =
         below(2) == 0 || others.empty() ? tags[below(std::size(tags))] : others[below(others.size())];
     insert_chunk(window, tag, {}, recorder.host);

@@ -34,6 +34,7 @@ void note(ListShape& shape, std::size_t index, ChunkTag tag) {
   if (place == ChunkPlace::AtPalette) first(shape.palette);
   if (place == ChunkPlace::BehindPalette) first(shape.behindPalette);
   if (place == ChunkPlace::BeforePalette) behind(shape.behindEarly);
+  if (place == ChunkPlace::Canvas) behind(shape.behindCanvas);
   const bool in_front = place == ChunkPlace::BeforePalette || place == ChunkPlace::AtPalette ||
                         place == ChunkPlace::BehindPalette || place == ChunkPlace::BeforeImage ||
                         place == ChunkPlace::Termination || place == ChunkPlace::Canvas || tag == tag::LOOP;
@@ -63,6 +64,7 @@ Range behind_palette_range(const ListShape& s) {
 }
 Range before_image_range(const ListShape& s) { return range(s.head, before_image(s)); }
 Range termination_range(const ListShape&) { return range(1, 1); }
+Range loop_range(const ListShape& s) { return range(std::max(s.head, s.behindCanvas), s.end); }
 Range canvas_range(const ListShape& s) { return range(s.head, std::min(before_image(s), s.firstLoop)); }
 
 // The same for an entry of the list, which is among the landmarks itself.
@@ -77,6 +79,7 @@ bool palette_holds(const ListShape& s, std::size_t i) {
 bool behind_palette_holds(const ListShape& s, std::size_t i) {
   return front_holds(s, i) && (s.palette == kNoEntry || i > s.palette);
 }
+bool loop_holds(const ListShape& s, std::size_t i) { return free_holds(s, i) && i >= s.behindCanvas; }
 bool termination_holds(const ListShape&, std::size_t i) { return i == 1; }
 bool canvas_holds(const ListShape& s, std::size_t i) { return front_holds(s, i) && i < s.firstLoop; }
 
@@ -97,7 +100,7 @@ constexpr RangeRow kRanges[] = {
     {ChunkPlace::Anywhere, anywhere, free_holds},
     {ChunkPlace::Termination, termination_range, termination_holds},
     {ChunkPlace::Canvas, canvas_range, canvas_holds},
-    {ChunkPlace::Loop, anywhere, free_holds},
+    {ChunkPlace::Loop, loop_range, loop_holds},
     {ChunkPlace::Folded, nowhere, never},
 };
 
@@ -124,7 +127,7 @@ void shape_insert(ListShape& shape, std::size_t index, ChunkTag tag) {
   for (std::size_t* at :
        {&shape.end, &shape.palette, &shape.behindPalette, &shape.firstImage, &shape.firstLoop})
     if (*at != kNoEntry && *at >= index) ++*at;
-  for (std::size_t* behind : {&shape.head, &shape.behindEarly, &shape.behindFront})
+  for (std::size_t* behind : {&shape.head, &shape.behindEarly, &shape.behindCanvas, &shape.behindFront})
     if (*behind > index) ++*behind;
   note(shape, index, tag);
 }

@@ -20,8 +20,9 @@ struct ListShape {
   std::size_t behindPalette = kNoEntry;  ///< the first that must follow a PLTE
   std::size_t firstImage = kNoEntry;     ///< the first image, or stream of an image that is not understood
   std::size_t firstLoop = kNoEntry;
-  std::size_t behindEarly = 0;  ///< behind what must stand before a PLTE
-  std::size_t behindFront = 0;  ///< behind all that images must follow
+  std::size_t behindEarly = 0;   ///< behind what must stand before a PLTE
+  std::size_t behindCanvas = 0;  ///< behind a BACK, which no loop may enclose
+  std::size_t behindFront = 0;   ///< behind all that images must follow
 };
 
 ListShape shape_of(const ChunkList& list, DocumentKind kind);
