@@ -140,12 +140,9 @@ Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkR
   coming.rect = rect_of(coming.layer, GetFrameOffset(record, values.kind));
   const bool replaces = !coming.manner.over || coming.layer.bits() == 24;
   coming.whole = replaces && covers(coming.rect, values.canvas);
-  CanvasState next = state;
-  state.canvas.rest = {};  // so that it isn't copied when it is written
-  if (!draw_frame(next, values, coming)) return {};
-  next.lastRect = coming.rect;
-  next.lastDispose = coming.manner.dispose;
-  state = std::move(next);
+  if (!draw_frame(state, values, coming)) return {};
+  state.lastRect = coming.rect;
+  state.lastDispose = coming.manner.dispose;
   return state.canvas.shown;
 }
 

@@ -44,7 +44,8 @@ struct CanvasState {
 };
 
 /// Disposes of the last frame and draws the image of `record` on the canvas, which is the result. Null when
-/// the picture is lost or memory is exhausted; the state is then, but for what rounding took, as it was.
+/// the picture is lost, which leaves the state as it was, or memory is exhausted, behind which the last frame
+/// may have been disposed of.
 Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record);
 
 /// The canvases of a document's frames with straight alpha, 32 bits, for who builds other documents of them.
