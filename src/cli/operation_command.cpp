@@ -94,7 +94,8 @@ std::optional<FieldValues> values_of(const Operation& operation, const Given& gi
     const auto& text = given.fields[static_cast<std::size_t>(&row - operation.fields.data())];
     const Field* field = find_field(fields, row.name);
     if (!text || !field) continue;
-    enable_field(fields, *field, values);
+    // What was said itself isn't overruled by what follows from another option.
+    if (!field->enabledBy || !names.contains(field->enabledBy)) enable_field(fields, *field, values);
     names.insert(field->name);
     values.set(field->name, parse_option(*field, *text));
   }

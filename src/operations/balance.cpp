@@ -101,8 +101,9 @@ bool run(OperationRun& run) {
     return curve_of(run.number(color), run.number("brightness"), run.number("contrast"));
   };
   const Curves curves{curve("blue"), curve("green"), curve("red")};
-  const bool changed = change_pictures(run.draft, run.frames, "Building", run.host,
-                                       [&](FrameWork& work) { return change_picture(work.picture, curves); });
+  const bool changed =
+      change_pictures(run.draft, run.frames, string_text(StringId::BuildingCaption), run.host,
+                      [&](FrameWork& work) { return change_picture(work.picture, curves); });
   if (!changed) return false;
   follow_palettes(run.draft);
   finish_edit(run.draft, false);

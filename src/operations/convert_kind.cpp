@@ -52,8 +52,6 @@ bool may_dither(const DocumentWindow& from, DocumentKind kind) {
 
 bool convert_kind(const DocumentWindow& from, DocumentWindow& to, const KindConversion& conversion,
                   Host& host) {
-  if (const std::size_t lost = texts_lost(from, conversion.kind); lost > 0)
-    host.add_note(filled(StringId::TextsNotKept, {std::to_string(lost)}));
   if (!convert_document(from, to, conversion.kind, host)) return false;
   if (conversion.kind == DocumentKind::WEBP || !is_indexed(from) || is_indexed(to)) return true;
   return in_one_palette(to, conversion, host);

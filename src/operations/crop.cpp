@@ -1,6 +1,7 @@
 // Crop: a rectangle of the canvas becomes the canvas.
 #include <algorithm>
 
+#include "base/limits.h"
 #include "core/edit/edit_closing.h"
 #include "core/model/playing_rules.h"
 #include "image/picture_operations.h"
@@ -13,7 +14,7 @@
 namespace vellum {
 namespace {
 
-constexpr std::int64_t kMostSide = 1'000'000;
+constexpr std::int64_t kMostSide = kMaximumDimension;
 
 constexpr Field kFields[] = {
     {.name = "left", .label = "Left", .most = kMostSide - 1, .stateId = 1},
@@ -172,7 +173,9 @@ bool run(OperationRun& run) {
   const auto crop = [&](FrameWork& work) {
     return crop_frame(work, kind, cut, work.frame < corners.size() ? corners[work.frame] : 0);
   };
-  if (!change_pictures(run.draft, all_frames(entries.size()), "Building", run.host, crop)) return false;
+  if (!change_pictures(run.draft, all_frames(entries.size()), string_text(StringId::BuildingCaption),
+                       run.host, crop))
+    return false;
   if (!hold_canvas(run.draft, {static_cast<std::uint32_t>(cut.right - cut.left),
                                static_cast<std::uint32_t>(cut.bottom - cut.top)}))
     return false;

@@ -99,7 +99,8 @@ bool run(OperationRun& run) {
     return turn_alone(work, mode, canvas, fills && work.frame == 0,
                       frame_surroundings(run.draft.list, work.picture));
   };
-  if (!change_pictures(run.draft, run.frames, "Building", run.host, turn)) return false;
+  if (!change_pictures(run.draft, run.frames, string_text(StringId::BuildingCaption), run.host, turn))
+    return false;
   finish_edit(run.draft, false);
   return true;
 }

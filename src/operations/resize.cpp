@@ -1,4 +1,6 @@
 // Resize: another canvas, and every frame scaled with it.
+#include "base/limits.h"
+#include "core/model/kind_table.h"
 #include "image/resample.h"
 #include "operations/operation_rows.h"
 #include "operations/resize_animation.h"
@@ -7,7 +9,7 @@
 namespace vellum {
 namespace {
 
-constexpr std::int64_t kMostSide = 1'000'000, kMostWebpSide = 16383;
+constexpr std::int64_t kMostSide = kMaximumDimension;
 constexpr double kLeastPercent = 0.01, kMostPercent = 1000;
 
 constexpr FieldChoice kWays[] = {{1, "By factor"}, {0, "By size"}};
@@ -113,7 +115,7 @@ void fit(std::vector<Field>& fields, const DocumentWindow& window) {
   const Extent canvas = document_size(window.list, window.document);
   for (Field& field : fields) {
     if (field.setting != &settings::ScaleWidth && field.setting != &settings::ScaleDepth) continue;
-    if (window.document.kind == DocumentKind::WEBP) field.most = kMostWebpSide;
+    field.most = std::min(field.most, kind_row(window.document.kind).mostPixels);
     const std::int64_t now = field.setting == &settings::ScaleWidth ? canvas.width : canvas.height;
     field.initial = std::clamp(now, field.least, field.most);
   }

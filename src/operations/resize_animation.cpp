@@ -4,14 +4,12 @@
 #include <cmath>
 
 #include "base/limits.h"
-#include "base/parallel.h"
 #include "core/chunks/chunk_field_sets.h"
 #include "core/edit/document_colors.h"
 #include "core/edit/edit_closing.h"
-#include "core/model/chunk_description.h"
 #include "core/model/frame_values.h"
-#include "core/model/record_picture.h"
 #include "image/resample.h"
+#include "operations/change_pictures.h"
 #include "operations/clips.h"
 #include "operations/convert_colors.h"
 #include "operations/frames.h"
@@ -98,16 +96,18 @@ bool promote(DocumentWindow& draft, const ResizeAnimation& resize, Host& host) {
   return convert_colors(draft, {.colorType = clear ? std::uint8_t{6} : std::uint8_t{2}}, host);
 }
 
-Work work_of(const DocumentWindow& window, const ChunkRecord& record, const Axes& axes) {
-  Work work{picture_of(record), {}, {}, {}, {}};
-  if (!work.picture) return work;
-  const FrameOffset offset = GetFrameOffset(record, window.document.kind);
-  work.x = scaled(axes.x, {offset.x, work.picture.width()});
-  work.y = scaled(axes.y, {offset.y, work.picture.height()});
+/// `transparency` is that of the document's pictures; an image of an MNG has its own.
+Work work_of(const DocumentWindow& window, const FrameWork& frame, const Axes& axes,
+             const std::vector<std::uint8_t>& transparency) {
+  Work work{frame.picture, {}, {}, {}, {}};
+  work.x = scaled(axes.x, {frame.offset.x, work.picture.width()});
+  work.y = scaled(axes.y, {frame.offset.y, work.picture.height()});
   if (!is_indexed(work.picture)) return work;
-  work.use.entries = usable_colors(window, record);
-  work.table = window.document.kind == DocumentKind::MING ? image_transparency(record)
-                                                          : document_transparency(window.list);
+  const std::size_t header = chunk_find_first(window.list, tag::IHDR);
+  const bool own = frame.frame != kDefaultImageWork;
+  if (own || header != kNoEntry)
+    work.use.entries = usable_colors(window, own ? frame.record : window.list.record(header));
+  work.table = window.document.kind == DocumentKind::MING ? image_transparency(frame.record) : transparency;
   return work;
 }
 
@@ -129,49 +129,17 @@ void scale_clips(ChunkRecord& record, const Axes& axes) {
   });
 }
 
-void put_frame(DocumentWindow& window, std::size_t entry, const Work& work, const Picture& picture,
-               const Axes& axes) {
-  const DocumentKind kind = window.document.kind;
-  ChunkRecord record;
-  chunk_list_get(window.list, entry, record);
-  record_take_pixels(record, kind, picture);
-  SetFrameOffset(record, kind, {held(work.x.at), held(work.y.at)});
-  if (kind == DocumentKind::MING) scale_clips(record, axes);
-  record.description = chunk_description(record);
-  chunk_list_put(window.list, entry, record);
-}
-
-/// All frames and the default image; some at a time.
+/// All frames and the default image.
 bool resize_images(DocumentWindow& draft, const ResizeAnimation& resize, const Axes& axes, Host& host) {
-  const auto entries = frame_entries(draft);
-  const Progress progress(host, "Building");
-  const std::size_t step = 2 * parallel_width();
-  for (std::size_t first = 0; first < entries.size(); first += step) {
-    if (host.stopped()) return false;
-    const std::size_t count = std::min(step, entries.size() - first);
-    std::vector<Work> works;
-    for (std::size_t i = 0; i < count; ++i)
-      works.push_back(work_of(draft, draft.list.record(entries[first + i]), axes));
-    std::vector<Picture> pictures(count);
-    parallel_for(count, [&](std::size_t i) { pictures[i] = resized(works[i], resize); });
-    for (std::size_t i = 0; i < count; ++i) {
-      if (!pictures[i]) return false;
-      put_frame(draft, entries[first + i], works[i], pictures[i], axes);
-    }
-    progress.step(first + count, entries.size());
-  }
-  return true;
-}
-
-bool resize_default_image(DocumentWindow& draft, const ResizeAnimation& resize) {
-  const Picture image(draft.document.defaultImage);
-  if (!image) return true;
-  const std::size_t header = chunk_find_first(draft.list, tag::IHDR);
-  Work work{image, {0, resize.width}, {0, resize.height}, {}, document_transparency(draft.list)};
-  if (header != kNoEntry) work.use.entries = usable_colors(draft, draft.list.record(header));
-  const Picture result = resized(work, resize);
-  draft.document.defaultImage = result.handle();
-  return static_cast<bool>(result);
+  const auto transparency = document_transparency(draft.list);
+  const FrameList all = all_frames(frame_entries(draft).size());
+  return change_pictures(draft, all, string_text(StringId::BuildingCaption), host, [&](FrameWork& frame) {
+    const Work work = work_of(draft, frame, axes, transparency);
+    frame.picture = resized(work, resize);
+    frame.offset = {held(work.x.at), held(work.y.at)};
+    scale_clips(frame.record, axes);
+    return static_cast<bool>(frame.picture);
+  });
 }
 
 bool size_allowed(const Extent& from, const ResizeAnimation& resize) {
@@ -204,7 +172,7 @@ bool resize_animation(DocumentWindow& window, const ResizeAnimation& resize, Hos
   const Axes axes{{from.width, resize.width}, {from.height, resize.height}};
   {
     const QuietList quiet(draft.list);
-    if (!resize_images(draft, resize, axes, host) || !resize_default_image(draft, resize)) return false;
+    if (!resize_images(draft, resize, axes, host)) return false;
     if (draft.document.kind == DocumentKind::PING)
       header_take_size(draft, picture_of(draft.list.record(frame_entries(draft).front())));
   }

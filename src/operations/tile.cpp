@@ -63,7 +63,8 @@ bool run(OperationRun& run) {
     work.offset = {};
     return static_cast<bool>(work.picture);
   };
-  if (!change_pictures(run.draft, all_frames(frame_entries(run.draft).size()), "Building", run.host, tile))
+  if (!change_pictures(run.draft, all_frames(frame_entries(run.draft).size()),
+                       string_text(StringId::BuildingCaption), run.host, tile))
     return false;
   finish_edit(run.draft, false);
   return true;

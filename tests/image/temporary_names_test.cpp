@@ -40,13 +40,6 @@ TEST_F(TemporaryNames, TheFirstFreeNameIsTaken) {
   EXPECT_EQ(NextTempName("Frame", ".mng", 7), temporary() / "TempFrame_00007.mng");
 }
 
-TEST_F(TemporaryNames, TheLastNameIsUsedWhenAllAreTaken) {
-  TempFolderPath("");
-  for (int number = 1; number <= 99'999; ++number)
-    fs::create_symlink("nowhere", temporary() / format_text("Temp_%05d", number));
-  EXPECT_EQ(NextTempName("", "", 1), temporary() / "Temp_99999");
-}
-
 TEST_F(TemporaryNames, BesideTheProgram) {
   EXPECT_EQ(ProgramFolderPath("x"), testing::program_folder() / "x");
 }

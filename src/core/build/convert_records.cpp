@@ -225,8 +225,10 @@ std::size_t carried_place(const DocumentWindow& to, ChunkTag tag, std::size_t ca
   return carried + (to.document.kind == DocumentKind::MING ? 1 : static_cast<std::size_t>(to.document.caret));
 }
 
-/// What `from` tells beside its pixels; what has no place in the new kind is told to the host. Texts that a
-/// WebP lacks are asked about where the conversion is asked for.
+bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
+
+/// What `from` tells beside its pixels; what has no place in the new kind is told to the host, texts that a
+/// WebP lacks together.
 bool insert_carried(DocumentWindow& to, const DocumentWindow& from, Host* host) {
   const DocumentKind kind = to.document.kind;
   const std::size_t caret = static_cast<std::size_t>(to.document.caret);
@@ -236,13 +238,16 @@ bool insert_carried(DocumentWindow& to, const DocumentWindow& from, Host* host) 
     if (!tells_of_document(old.tag)) continue;
     const auto record = carried_chunk(old, kind);
     if (!record || (stands_once(record->tag, kind) && chunk_count_tag(to.list, record->tag) != 0)) {
-      if (host) host->add_note(mending_note(Mending::LeftOut, old.tag, i));
+      const bool summed = is_text(old.tag) && kind == DocumentKind::WEBP;
+      if (host && !summed) host->add_note(mending_note(Mending::LeftOut, old.tag, i));
       continue;
     }
     if (chunk_list_insert(to.list, to.document, carried_place(to, record->tag, carried), *record) == 0)
       return false;
     ++carried;
   }
+  const std::size_t lost = kind == DocumentKind::WEBP ? texts_lost(from, kind) : 0;
+  if (host && lost > 0) host->add_note(filled(StringId::TextsNotKept, {std::to_string(lost)}));
   if (kind != DocumentKind::WEBP) to.document.caret = static_cast<std::int32_t>(caret + carried);
   return true;
 }
@@ -381,8 +386,7 @@ std::size_t texts_lost(const DocumentWindow& from, DocumentKind kind) {
   std::size_t lost = 0;
   for (std::size_t i = 0; i < from.list.size(); ++i) {
     const ChunkRecord& record = from.list.record(i);
-    const bool text = record.tag == tag::tEXt || record.tag == tag::zTXt || record.tag == tag::iTXt;
-    if (text && !carried_chunk(record, kind)) ++lost;
+    if (is_text(record.tag) && !carried_chunk(record, kind)) ++lost;
   }
   return lost;
 }
