@@ -86,13 +86,13 @@ const FieldChoice* choice_of(const Field& field, std::int64_t value) {
 std::string real_text(const Field& field, double value) { return format_text("%.*f", field.decimals, value); }
 
 FieldFault range_fault(const Field& field, StringId id, std::string least, std::string most) {
-  return {field.name, id, filled(id, {field.label, std::move(least), std::move(most)}), false, 0};
+  return fault_of(field.name, id, {field.label, std::move(least), std::move(most)});
 }
 
 FieldFault choice_fault(const Field& field) {
   std::string names;
   for (const FieldChoice& choice : field.choices) names.append(names.empty() ? "" : ", ").append(choice.name);
-  return {field.name, StringId::ChoiceRange, filled(StringId::ChoiceRange, {field.label, names}), false, 0};
+  return fault_of(field.name, StringId::ChoiceRange, {field.label, names});
 }
 
 std::size_t characters(std::string_view utf8) {
@@ -157,6 +157,10 @@ const std::string& FieldValues::text(std::string_view name) const {
   const FieldValue* value = find(name);
   const auto* text = value ? std::get_if<std::string>(value) : nullptr;
   return text ? *text : none;
+}
+
+FieldFault fault_of(std::string field, StringId id, std::initializer_list<std::string> values) {
+  return {std::move(field), id, filled(id, values), false, 0};
 }
 
 const Field* find_field(std::span<const Field> fields, std::string_view name) {

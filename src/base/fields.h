@@ -89,6 +89,9 @@ struct FieldFault {
   std::size_t at = 0;     ///< Text: characters in front of the first wrong one
 };
 
+/// A fault with a message whose values are filled in.
+FieldFault fault_of(std::string field, StringId id, std::initializer_list<std::string> values = {});
+
 const Field* find_field(std::span<const Field> fields, std::string_view name);
 
 /// Whether the field that switches this one is in use (and the one that switches that).

@@ -100,8 +100,6 @@ Managed change_places(DocumentWindow& window, const FrameList& frames, const Pla
 // ---------------------------------------------------------------------------------------------------------
 // order and number
 
-bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
-
 /// What images are read with and what plays them, beside headers, ends and the images themselves.
 bool serves_images(ChunkTag tag) {
   static constexpr ChunkTag serving[] = {tag::IHDR, tag::acTL, tag::IEND, tag::MHDR, tag::MEND, tag::WEBH,

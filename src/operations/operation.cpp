@@ -92,8 +92,4 @@ bool run_operation(const Operation& operation, DocumentWindow& window, const Fie
   return true;
 }
 
-FieldFault fault_of(const char* field, StringId id, std::initializer_list<std::string> values) {
-  return {field, id, filled(id, values), false, 0};
-}
-
 }  // namespace vellum

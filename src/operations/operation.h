@@ -128,9 +128,6 @@ unsigned operation_needs(const Operation& operation, const DocumentWindow& windo
 bool run_operation(const Operation& operation, DocumentWindow& window, const FieldValues& values,
                    const FrameList& frames, Host& host);
 
-/// A fault with a message whose values are filled in.
-FieldFault fault_of(const char* field, StringId id, std::initializer_list<std::string> values = {});
-
 /// The kinds that most operations take.
 inline constexpr DocumentKind kAnimatedKinds[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
 

@@ -225,8 +225,6 @@ std::size_t carried_place(const DocumentWindow& to, ChunkTag tag, std::size_t ca
   return carried + (to.document.kind == DocumentKind::MING ? 1 : static_cast<std::size_t>(to.document.caret));
 }
 
-bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
-
 /// What `from` tells beside its pixels; what has no place in the new kind is told to the host, texts that a
 /// WebP lacks together.
 bool insert_carried(DocumentWindow& to, const DocumentWindow& from, Host* host) {

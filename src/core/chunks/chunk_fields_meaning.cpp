@@ -24,10 +24,6 @@ std::span<const std::uint8_t> as_bytes(std::string_view text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-std::optional<FieldFault> fault(const char* field, StringId id, std::initializer_list<std::string> values) {
-  return FieldFault{field, id, filled(id, values), false, 0};
-}
-
 template <std::size_t Bytes>
 bool has_bytes(const EntryPlace& place) {
   return raw_payload(place.record()).size() == Bytes;
@@ -115,9 +111,10 @@ std::optional<FieldFault> check_chromaticities(const EntryPlace&, const FieldVal
       {"whiteX", "whiteY"}, {"redX", "redY"}, {"greenX", "greenY"}, {"blueX", "blueY"}};
   for (const auto& [x, y] : points)
     if (std::llround((values.real(x) + values.real(y)) * kChromaticityParts) > kChromaticityParts)
-      return fault(y, StringId::ChromaticityRule, {});
-  if (values.real("whiteX") == 0) return fault("whiteX", StringId::WhiteRule, {});
-  return values.real("whiteY") == 0 ? fault("whiteY", StringId::WhiteRule, {}) : std::nullopt;
+      return fault_of(y, StringId::ChromaticityRule, {});
+  if (values.real("whiteX") == 0) return fault_of("whiteX", StringId::WhiteRule, {});
+  if (values.real("whiteY") == 0) return fault_of("whiteY", StringId::WhiteRule);
+  return std::nullopt;
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -212,7 +209,7 @@ std::optional<FieldFault> check_histogram(const EntryPlace& place, const FieldVa
   const std::uint32_t colors = chunk_find_palette(place.window.list, palette);
   const auto numbers = numbers_of(values.text("frequencies"), 65535);
   if (numbers && numbers->size() == colors) return std::nullopt;
-  return fault("frequencies", StringId::HistogramRule, {std::to_string(colors)});
+  return fault_of("frequencies", StringId::HistogramRule, {std::to_string(colors)});
 }
 
 bool finish_histogram(Applying& applying) {
@@ -276,7 +273,7 @@ void read_suggested(const EntryPlace& place, FieldValues& values) {
 std::optional<FieldFault> check_name(const FieldValues& values) {
   const std::string& name = values.text("name");
   if (!first_beyond_latin1(name) && is_valid_keyword(latin1_from_utf8(name))) return std::nullopt;
-  return fault("name", StringId::KeywordRule, {});
+  return fault_of("name", StringId::KeywordRule, {});
 }
 
 std::optional<FieldFault> check_suggested(const EntryPlace&, const FieldValues& values) {
@@ -286,7 +283,8 @@ std::optional<FieldFault> check_suggested(const EntryPlace&, const FieldValues& 
   bool good = numbers && numbers->size() % kColorNumbers == 0;
   for (std::size_t i = 0; good && i < numbers->size(); ++i)
     good = i % kColorNumbers == kColorNumbers - 1 || (*numbers)[i] <= most;
-  return good ? std::nullopt : fault("colors", StringId::SuggestedRule, {std::to_string(most)});
+  if (good) return std::nullopt;
+  return fault_of("colors", StringId::SuggestedRule, {std::to_string(most)});
 }
 
 bool finish_suggested(Applying& applying) {
@@ -335,14 +333,14 @@ std::optional<FieldFault> check_profile(const EntryPlace& place, const FieldValu
   if (auto wrong = check_name(values)) return wrong;
   std::string reason;
   const auto profile = parse_bytes(values.text("profile"), reason);
-  if (!profile) return fault("profile", StringId::ProfileRule, {reason});
+  if (!profile) return fault_of("profile", StringId::ProfileRule, {reason});
   if (profile->size() < 132 || as_text(*profile).substr(36, 4) != "acsp")
-    return fault("profile", StringId::ProfileRule, {std::string(string_text(StringId::NoProfile))});
+    return fault_of("profile", StringId::ProfileRule, {std::string(string_text(StringId::NoProfile))});
   const auto header = ruling_header(place);
   const std::string_view space = as_text(*profile).substr(16, 4);
   const std::string_view wanted = header && header->colorType % 4 == 0 ? "GRAY" : "RGB ";
   if (!header || space == wanted) return std::nullopt;
-  return fault("profile", StringId::ProfileSpace, {std::string(trimmed(wanted))});
+  return fault_of("profile", StringId::ProfileSpace, {std::string(trimmed(wanted))});
 }
 
 bool finish_profile(Applying& applying) {

@@ -240,8 +240,7 @@ constexpr ChunkField kShowRows[] = {
 
 std::optional<FieldFault> check_order(const EntryPlace&, const FieldValues& values) {
   if (values.number("first") <= values.number("last")) return std::nullopt;
-  return FieldFault{"last", StringId::LastBeforeFirst, std::string(string_text(StringId::LastBeforeFirst)),
-                    false, 0};
+  return fault_of("last", StringId::LastBeforeFirst);
 }
 
 bool is_whole_move(const EntryPlace& place) { return raw_payload(place.record()).size() == 13; }

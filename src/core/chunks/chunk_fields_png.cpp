@@ -154,7 +154,7 @@ void read_frame(const EntryPlace& place, FieldValues& values) {
 
 std::optional<FieldFault> check_frame(const EntryPlace&, const FieldValues& values) {
   if (!values.find("rate") || parse_frame_delay(values.text("rate"))) return std::nullopt;
-  return FieldFault{"rate", StringId::RateRule, std::string(string_text(StringId::RateRule)), false, 0};
+  return fault_of("rate", StringId::RateRule);
 }
 
 /// A delay that was typed as a rate counts where the fraction was left alone.

@@ -93,9 +93,6 @@ constexpr PolicyRow kPolicy[] = {
     {tag::SHOW, cut_to_known<2, 4, 5>, true},
 };
 
-/// A text of any length is read by everyone.
-bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
-
 bool length_fits(ChunkTag tag, const Payload& payload, DocumentKind kind) {
   const ChunkRow* row = chunk_row(tag, kind);
   return !row || is_text(tag) || (payload.size() >= row->shortest && payload.size() <= row->longest);

@@ -225,8 +225,6 @@ struct ChunkGroups {
   std::vector<ChunkOut> back;                  ///< behind the last image
 };
 
-bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
-
 /// The rank of a chunk in front of the first image.
 int front_rank(ChunkTag tag) {
   if (is_text(tag)) return 3;

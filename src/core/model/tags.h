@@ -100,4 +100,7 @@ constexpr bool is_safe_to_copy(ChunkTag tag) { return (tag & 0x20) != 0; }
 /// Four ASCII letters, the third one upper case.
 bool is_valid_tag(ChunkTag tag);
 
+/// The three chunks of texts.
+constexpr bool is_text(ChunkTag tag) { return tag == tag::tEXt || tag == tag::zTXt || tag == tag::iTXt; }
+
 }  // namespace vellum

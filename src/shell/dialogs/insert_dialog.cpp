@@ -61,7 +61,7 @@ std::optional<ChunkTag> ask_for_chunk(QWidget* parent, const DocumentWindow& win
     const ChunkTag tag = chosen(typed);
     if (tag != 0 && may_be_put(tag, window.document.kind)) return std::nullopt;
     const StringId id = tag == 0 ? StringId::ChunkNameRule : StringId::InsertError;
-    return FieldFault{"name", id, std::string(string_text(id)), false, 0};
+    return fault_of("name", id);
   };
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return chosen(dialog.form().values());
