@@ -6,9 +6,6 @@
 
 namespace vellum::cli {
 
-/// "lineWidth" as "line-width".
-std::string option_name(std::string_view field);
-
 /// Adds the options of the row to a command: one for each field, the compound ones, `--frames` where the row
 /// has a scope, `--kind`, `--stored`.
 Run prepare_operation(CLI::App& app, const Operation& operation);

@@ -113,17 +113,20 @@ bool run(OperationRun& run) {
 }  // namespace
 
 constinit const Operation kBalance{
-    .name = "balance",
-    .title = "Color and balance",
-    .help = "More or less of each color, brightness and contrast, in per cent",
-    .command = 311,
-    .kinds = kAnimatedKinds,
+    .parameters =
+        {
+            .name = "balance",
+            .title = "Color and balance",
+            .help = "More or less of each color, brightness and contrast, in per cent",
+            .command = 311,
+            .kinds = kAnimatedKinds,
+            .history = "EditBalanceHistory.txt",
+            .fields = kFields,
+        },
     .batch = 1,
     .batchPrefix = "ColorBalance_",
     .scoped = true,
     .preview = OperationPreview::Reduced,
-    .history = "EditBalanceHistory.txt",
-    .fields = kFields,
     .needs = needs,
     .run = run,
 };

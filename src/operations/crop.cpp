@@ -186,16 +186,19 @@ bool run(OperationRun& run) {
 }  // namespace
 
 constinit const Operation kCrop{
-    .name = "crop",
-    .title = "Crop",
-    .help = "A rectangle of the canvas becomes the canvas",
-    .command = 309,
-    .kinds = kAnimatedKinds,
-    .stateFile = "CropState.txt",
-    .fields = kFields,
-    .options = kOptions,
-    .fit = fit,
-    .check = check,
+    .parameters =
+        {
+            .name = "crop",
+            .title = "Crop",
+            .help = "A rectangle of the canvas becomes the canvas",
+            .command = 309,
+            .kinds = kAnimatedKinds,
+            .stateFile = "CropState.txt",
+            .fields = kFields,
+            .options = kOptions,
+            .fit = fit,
+            .check = check,
+        },
     .run = run,
 };
 

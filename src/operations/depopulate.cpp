@@ -112,20 +112,23 @@ bool run(OperationRun& run) {
 }  // namespace
 
 constinit const Operation kDepopulate{
-    .name = "depopulate",
-    .title = "Depopulate",
-    .help = "Some frames of each group go, and the running time may stay",
-    .command = 322,
-    .kinds = kAnimatedKinds,
+    .parameters =
+        {
+            .name = "depopulate",
+            .title = "Depopulate",
+            .help = "Some frames of each group go, and the running time may stay",
+            .command = 322,
+            .kinds = kAnimatedKinds,
+            .fields = kFields,
+            .options = kOptions,
+            .check = check,
+            .note = note,
+        },
     .result = OperationResult::NewWindow,
     .prefix = StringId::DepopulatedPrefix,
     .batch = 2,
     .batchPrefix = "Depopulate_",
-    .fields = kFields,
-    .options = kOptions,
     .needs = needs,
-    .check = check,
-    .note = note,
     .run = run,
 };
 

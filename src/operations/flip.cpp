@@ -108,16 +108,19 @@ bool run(OperationRun& run) {
 }  // namespace
 
 constinit const Operation kFlip{
-    .name = "flip",
-    .title = "Flip and rotate",
-    .help = "Mirrors and turns without loss",
-    .command = 308,
-    .kinds = kAnimatedKinds,
+    .parameters =
+        {
+            .name = "flip",
+            .title = "Flip and rotate",
+            .help = "Mirrors and turns without loss",
+            .command = 308,
+            .kinds = kAnimatedKinds,
+            .fields = kFields,
+        },
     .batch = 3,
     .batchPrefix = "FlipRotate_",
     .scoped = true,
     .preview = OperationPreview::Reduced,
-    .fields = kFields,
     .run = run,
 };
 

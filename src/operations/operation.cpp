@@ -33,31 +33,16 @@ bool work_on(const Operation& operation, DocumentWindow& draft, OperationRun& ru
 
 const Operation* find_operation(std::string_view name) {
   const auto rows = operation_table();
-  const auto found = std::ranges::find_if(rows, [&](const Operation* row) { return row->name == name; });
+  const auto found =
+      std::ranges::find_if(rows, [&](const Operation* row) { return row->parameters.name == name; });
   return found == rows.end() ? nullptr : *found;
 }
 
 const Operation* find_operation(int command) {
   const auto rows = operation_table();
   const auto found =
-      std::ranges::find_if(rows, [&](const Operation* row) { return row->command == command; });
+      std::ranges::find_if(rows, [&](const Operation* row) { return row->parameters.command == command; });
   return found == rows.end() ? nullptr : *found;
-}
-
-bool operation_takes(const Operation& operation, DocumentKind kind) {
-  return std::ranges::find(operation.kinds, kind) != operation.kinds.end();
-}
-
-std::vector<Field> operation_fields(const Operation& operation, const DocumentWindow& window) {
-  std::vector<Field> fields(operation.fields.begin(), operation.fields.end());
-  if (operation.fit) operation.fit(fields, window);
-  return fields;
-}
-
-std::optional<FieldFault> check_operation(const Operation& operation, const FieldValues& values,
-                                          const DocumentWindow& window) {
-  if (auto fault = check_fields(operation_fields(operation, window), values)) return fault;
-  return operation.check ? operation.check(values, window) : std::nullopt;
 }
 
 unsigned operation_needs(const Operation& operation, const DocumentWindow& window, const FieldValues& values,
@@ -76,8 +61,8 @@ bool run_operation(const Operation& operation, DocumentWindow& window, const Fie
     return false;
   };
   if (frame_entries(window).empty()) return tell(StringId::NoImagesHere);
-  if (!operation_takes(operation, window.document.kind)) return tell(StringId::WrongKindOfDocument);
-  if (const auto fault = check_operation(operation, values, window)) {
+  if (!takes_kind(operation.parameters, window.document.kind)) return tell(StringId::WrongKindOfDocument);
+  if (const auto fault = check_values(operation.parameters, values, window)) {
     if (host.message) host.message({fault->id, {}, fault->text, {}, nullptr});
     return false;
   }

@@ -2,11 +2,9 @@
 // of it. Its file has the row and one function that does the work on a draft; everything else follows.
 #pragma once
 
-#include <set>
-
-#include "base/fields.h"
 #include "base/host.h"
 #include "operations/frames.h"
+#include "operations/parameters.h"
 
 namespace vellum {
 
@@ -30,20 +28,6 @@ enum class OperationPreview {
   Full,     ///< the picture as it is; the result is made smaller
 };
 
-/// An option of the command line that gives several fields their values, as "--rect X,Y,W,H" does; or,
-/// without a form, one that takes no value and sets a field to `value`.
-struct CompoundOption {
-  const char* name;  ///< without dashes
-  const char* form;  ///< "X,Y,W,H"; null: the option is a flag
-  const char* help;
-  std::span<const char* const> fields;
-  char parting = ',';
-  std::int64_t value = 1;           ///< of a flag
-  bool lastServesRest = false;      ///< "P" means "P,P"
-  const char* alongside = nullptr;  ///< a field that gets `alongsideValue` beside them
-  std::int64_t alongsideValue = 0;
-};
-
 /// What an operation's function works on.
 struct OperationRun {
   DocumentWindow& draft;
@@ -61,16 +45,9 @@ struct OperationRun {
   }
 };
 
-/// The fields that somebody gave a value, by name; the others have the initial ones.
-using GivenFields = std::set<std::string_view>;
-
-/// One row. Texts, tables and fields live as long as the program.
+/// One row.
 struct Operation {
-  const char* name;   ///< of the command of `vellum`; the topic of the guide in capitals
-  const char* title;  ///< of its dialog
-  const char* help;   ///< one line, for the command line
-  int command = 0;    ///< number of the desktop's command
-  std::span<const DocumentKind> kinds = {};
+  Parameters parameters;
   OperationResult result = OperationResult::InPlace;
   StringId prefix{};  ///< of a new window's name
   StringId failure = StringId::ErrorAccessingChunk;
@@ -78,24 +55,10 @@ struct Operation {
   const char* batchPrefix = "";  ///< of the files that a batch run writes
   bool scoped = false;           ///< may be applied to some frames alone
   OperationPreview preview = OperationPreview::None;
-  const char* stateFile = nullptr;  ///< of the dialog: keeps the fields that have a `stateId`
-  const char* history = nullptr;    ///< file that keeps the values that were chosen last
-  std::span<const Field> fields = {};
-  std::span<const CompoundOption> options = {};
 
   /// Bits of `OperationNeed`; without it nothing is needed.
   unsigned (*needs)(const DocumentWindow& window, const FieldValues& values,
                     const FrameList& frames) = nullptr;
-  /// Makes ranges and initial values fit a document: the size of its canvas, the number of its frames.
-  void (*fit)(std::vector<Field>& fields, const DocumentWindow& window) = nullptr;
-  /// Completes values of which a command line gave some, as where one side follows the other. Gives the
-  /// reason where they contradict each other, else null.
-  const char* (*settle)(FieldValues& values, const DocumentWindow& window,
-                        const GivenFields& given) = nullptr;
-  /// What the ranges of the fields can't tell.
-  std::optional<FieldFault> (*check)(const FieldValues& values, const DocumentWindow& window) = nullptr;
-  /// A line below the fields that says what the values will do.
-  std::string (*note)(const FieldValues& values, const DocumentWindow& window) = nullptr;
   /// How much larger than a frame its result is: the larger of both sides. Without it nothing grows.
   double (*growth)(const FieldValues& values, const DocumentWindow& window) = nullptr;
   /// A frame's picture, reduced for a preview, as the values make it; without it the operation works on an
@@ -113,12 +76,6 @@ std::span<const Operation* const> operation_table();
 const Operation* find_operation(std::string_view name);
 const Operation* find_operation(int command);
 
-bool operation_takes(const Operation& operation, DocumentKind kind);
-/// The fields as they fit the document.
-std::vector<Field> operation_fields(const Operation& operation, const DocumentWindow& window);
-/// The first fault of the values.
-std::optional<FieldFault> check_operation(const Operation& operation, const FieldValues& values,
-                                          const DocumentWindow& window);
 /// What the document needs first, with what it already is left out.
 unsigned operation_needs(const Operation& operation, const DocumentWindow& window, const FieldValues& values,
                          const FrameList& frames);
@@ -127,8 +84,5 @@ unsigned operation_needs(const Operation& operation, const DocumentWindow& windo
 /// set where an entry differs. False with the document as it was: after a message, or after a stop.
 bool run_operation(const Operation& operation, DocumentWindow& window, const FieldValues& values,
                    const FrameList& frames, Host& host);
-
-/// The kinds that most operations take.
-inline constexpr DocumentKind kAnimatedKinds[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
 
 }  // namespace vellum

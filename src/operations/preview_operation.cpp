@@ -19,12 +19,12 @@ Picture preview_operation(const Operation& operation, const Picture& picture, co
                           const DocumentWindow& document) {
   if (operation.previewFrame) return operation.previewFrame(picture, values, document);
   DocumentWindow window;
-  if (!picture || !operation_takes(operation, DocumentKind::MING) || !build_single(window, picture))
+  if (!picture || !takes_kind(operation.parameters, DocumentKind::MING) || !build_single(window, picture))
     return {};
   Host nobody;
   const FrameList frames{0};
   OperationRun run{window, values, frames, nobody};
-  if (operation.check && operation.check(values, window)) return {};
+  if (operation.parameters.check && operation.parameters.check(values, window)) return {};
   if (!operation.run(run)) return {};
   const auto entries = frame_entries(window);
   if (entries.empty()) return {};

@@ -58,17 +58,20 @@ bool run(OperationRun& run) {
 }  // namespace
 
 constinit const Operation kReverse{
-    .name = "reverse",
-    .title = "Reverse",
-    .help = "Frames in the opposite order, or there and back",
-    .command = 314,
-    .kinds = kAnimatedKinds,
+    .parameters =
+        {
+            .name = "reverse",
+            .title = "Reverse",
+            .help = "Frames in the opposite order, or there and back",
+            .command = 314,
+            .kinds = kAnimatedKinds,
+            .stateFile = "ReverseState.txt",
+            .fields = kFields,
+            .options = kOptions,
+        },
     .batch = 7,
     .batchPrefix = "Reverse_",
     .scoped = true,
-    .stateFile = "ReverseState.txt",
-    .fields = kFields,
-    .options = kOptions,
     .needs = needs,
     .run = run,
 };

@@ -73,20 +73,23 @@ bool run(OperationRun& run) {
 }  // namespace
 
 constinit const Operation kTile{
-    .name = "tile",
-    .title = "Tile",
-    .help = "Each frame repeated over a canvas of another size",
-    .command = 323,
-    .kinds = kAnimatedKinds,
+    .parameters =
+        {
+            .name = "tile",
+            .title = "Tile",
+            .help = "Each frame repeated over a canvas of another size",
+            .command = 323,
+            .kinds = kAnimatedKinds,
+            .fields = kFields,
+            .options = kOptions,
+            .check = check,
+        },
     .result = OperationResult::NewWindow,
     .prefix = StringId::TiledPrefix,
     .batch = 10,
     .batchPrefix = "Tile_",
     .preview = OperationPreview::Full,
-    .fields = kFields,
-    .options = kOptions,
     .needs = needs,
-    .check = check,
     .run = run,
 };
 

@@ -3,9 +3,10 @@
 #include <cstdlib>
 
 #include "base/file.h"
-#include "cli/operation_command.h"
+#include "cli/parameter_options.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
+#include "operations/operation.h"
 #include "support/corpus.h"
 #include "support/documents.h"
 #include "support/judge.h"
@@ -17,8 +18,8 @@ using testing::Recorder;
 
 std::vector<std::string> words_of(const Operation& operation, const FieldValues& values) {
   std::vector<std::string> words;
-  for (const Field& field : operation.fields) {
-    if (!field_enabled(operation.fields, field, values)) continue;
+  for (const Field& field : operation.parameters.fields) {
+    if (!field_enabled(operation.parameters.fields, field, values)) continue;
     const FieldValue& value = *values.find(field.name);
     const std::string name = cli::option_name(field.name);
     if (field.type == FieldType::Flag) {
@@ -35,8 +36,8 @@ TEST(OperationCommands, WriteWhatTheOperationMakes) {
   testing::ScratchFolder folder;
   setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
   for (const Operation* operation : operation_table())
-    for (const DocumentKind kind : operation->kinds) {
-      SCOPED_TRACE(std::string(operation->name) + " " + testing::kFileNames.at(kind));
+    for (const DocumentKind kind : operation->parameters.kinds) {
+      SCOPED_TRACE(std::string(operation->parameters.name) + " " + testing::kFileNames.at(kind));
       const std::string extension = std::filesystem::path(testing::kFileNames.at(kind)).extension();
       const auto in = folder / ("in" + extension), out = folder / ("out" + extension),
                  wanted = folder / ("wanted" + extension);
@@ -44,16 +45,17 @@ TEST(OperationCommands, WriteWhatTheOperationMakes) {
       DocumentWindow made = testing::small_document(kind, 3, 2), window;
       ASSERT_TRUE(save_document(made, in, recorder.host));
       ASSERT_TRUE(open_document(window, in, recorder.host));
-      FieldValues values = initial_values(operation_fields(*operation, window));
-      for (const Field& field : operation_fields(*operation, window))
+      FieldValues values = initial_values(fields_for(operation->parameters, window));
+      for (const Field& field : fields_for(operation->parameters, window))
         if (field.type == FieldType::Whole && !field.locked)
           values.set(field.name, std::min(field.most, field.initial + 1));
-      if (check_operation(*operation, values, window))
-        values = initial_values(operation_fields(*operation, window));
+      if (check_values(operation->parameters, values, window))
+        values = initial_values(fields_for(operation->parameters, window));
       ASSERT_TRUE(run_operation(*operation, window, values, all_frames(3), recorder.host));
       ASSERT_TRUE(save_document(window, wanted, recorder.host));
       auto words = words_of(*operation, values);
-      words.insert(words.begin(), {testing::program_folder() / "vellum", operation->name, in, out});
+      words.insert(words.begin(),
+                   {testing::program_folder() / "vellum", operation->parameters.name, in, out});
       const auto result = testing::run_tool(words);
       ASSERT_EQ(result.status, 0) << result.output;
       EXPECT_EQ(testing::file_bytes(out), testing::file_bytes(wanted));
@@ -68,13 +70,15 @@ TEST(OperationCommands, ValuesBeyondTheirRangeAreWrongUsage) {
   const auto in = folder / "in.png", out = folder / "out.png";
   ASSERT_TRUE(save_document(made, in, recorder.host));
   for (const Operation* operation : operation_table())
-    for (const Field& field : operation_fields(*operation, made)) {
-      if (field.type != FieldType::Whole || field.locked || !operation_takes(*operation, DocumentKind::APNG))
+    for (const Field& field : fields_for(operation->parameters, made)) {
+      if (field.type != FieldType::Whole || field.locked ||
+          !takes_kind(operation->parameters, DocumentKind::APNG))
         continue;
       for (const std::int64_t value : {field.least - 1, field.most + 1}) {
-        const auto result = testing::run_tool({testing::program_folder() / "vellum", operation->name, in, out,
-                                               "--" + cli::option_name(field.name), std::to_string(value)});
-        EXPECT_EQ(result.status, 2) << operation->name << " --" << field.name << " " << value;
+        const auto result =
+            testing::run_tool({testing::program_folder() / "vellum", operation->parameters.name, in, out,
+                               "--" + cli::option_name(field.name), std::to_string(value)});
+        EXPECT_EQ(result.status, 2) << operation->parameters.name << " --" << field.name << " " << value;
         EXPECT_FALSE(std::filesystem::exists(out));
       }
     }
@@ -98,15 +102,15 @@ std::string guide_line(const Field& field) {
 
 TEST(OperationCommands, TheGuideHasAPageOfEachWithItsFields) {
   for (const Operation* operation : operation_table()) {
-    const auto bytes =
-        testing::file_bytes(testing::source_folder() / "docs/guide" / (std::string(operation->name) + ".md"));
+    const auto bytes = testing::file_bytes(testing::source_folder() / "docs/guide" /
+                                           (std::string(operation->parameters.name) + ".md"));
     const std::string page(bytes.begin(), bytes.end());
-    for (const Field& field : operation->fields)
+    for (const Field& field : operation->parameters.fields)
       EXPECT_NE(page.find(guide_line(field) + "\n"), std::string::npos)
-          << operation->name << ": " << guide_line(field);
-    for (const CompoundOption& option : operation->options)
+          << operation->parameters.name << ": " << guide_line(field);
+    for (const CompoundOption& option : operation->parameters.options)
       EXPECT_NE(page.find("--" + std::string(option.name)), std::string::npos)
-          << operation->name << ": " << option.name;
+          << operation->parameters.name << ": " << option.name;
   }
 }
 

@@ -57,7 +57,7 @@ DocumentWindow done(const char* name, const DocumentWindow& source,
                     std::initializer_list<std::pair<const char*, std::int64_t>> given,
                     const FrameList* frames = nullptr) {
   const Operation& operation = *find_operation(name);
-  FieldValues values = initial_values(operation_fields(operation, source));
+  FieldValues values = initial_values(fields_for(operation.parameters, source));
   for (const auto& [field, value] : given) values.set(field, value);
   DocumentWindow window = source;
   testing::Recorder recorder;

@@ -60,7 +60,7 @@ std::vector<Sample> samples() {
 
 /// The values that a row is tried with: the defaults, and each field at both ends of its range.
 std::vector<FieldValues> trials(const Operation& operation, const DocumentWindow& window) {
-  const std::vector<Field> fields = operation_fields(operation, window);
+  const std::vector<Field> fields = fields_for(operation.parameters, window);
   std::vector<FieldValues> made{initial_values(fields)};
   const auto add = [&](const Field& field, FieldValue value) {
     FieldValues values = initial_values(fields);
@@ -120,13 +120,13 @@ class OperationLaw : public ::testing::TestWithParam<const Operation*> {
 TEST_P(OperationLaw, EveryValueGivesAValidFileOrNothing) {
   const Operation& operation = *GetParam();
   for (const Sample& sample : samples()) {
-    if (!operation_takes(operation, sample.window.document.kind)) continue;
+    if (!takes_kind(operation.parameters, sample.window.document.kind)) continue;
     const FrameList all = all_frames(frame_entries(sample.window).size());
     std::size_t number = 0;
     for (const FieldValues& values : trials(operation, sample.window))
       for (const FrameList& frames : operation.scoped&& all.size() > 1 ? std::vector<FrameList>{all, {0}, {2}}
                                                                        : std::vector<FrameList>{all}) {
-        SCOPED_TRACE(std::string(operation.name) + ", " + sample.name + ", trial " +
+        SCOPED_TRACE(std::string(operation.parameters.name) + ", " + sample.name + ", trial " +
                      std::to_string(number++));
         DocumentWindow window = sample.window;
         Recorder recorder;
@@ -149,11 +149,11 @@ TEST_P(OperationLaw, EveryValueGivesAValidFileOrNothing) {
 TEST_P(OperationLaw, SourcesStayAsTheyAreAndAStopLeavesNothing) {
   const Operation& operation = *GetParam();
   for (const Sample& sample : samples()) {
-    if (!operation_takes(operation, sample.window.document.kind)) continue;
+    if (!takes_kind(operation.parameters, sample.window.document.kind)) continue;
     SCOPED_TRACE(sample.name);
     const auto before = file_of(sample.window, folder.path());
     const FrameList all = all_frames(frame_entries(sample.window).size());
-    const FieldValues values = initial_values(operation_fields(operation, sample.window));
+    const FieldValues values = initial_values(fields_for(operation.parameters, sample.window));
     DocumentWindow window = sample.window;
     Recorder recorder;
     run_operation(operation, window, values, all, recorder.host);
@@ -171,29 +171,33 @@ TEST_P(OperationLaw, DocumentsWithoutImagesAndOfOtherKindsAreRefused) {
   for (const DocumentKind kind : {DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP}) {
     DocumentWindow window = testing::small_document(kind, 0);
     Recorder recorder;
-    EXPECT_FALSE(run_operation(operation, window, initial_values(operation.fields), {}, recorder.host));
+    EXPECT_FALSE(
+        run_operation(operation, window, initial_values(operation.parameters.fields), {}, recorder.host));
     EXPECT_EQ(recorder.messages.size(), 1u);
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, OperationLaw,
                          ::testing::ValuesIn(operation_table().begin(), operation_table().end()),
-                         [](const auto& row) { return std::string(row.param->name); });
+                         [](const auto& row) { return std::string(row.param->parameters.name); });
 
 TEST(OperationTable, RowsAreWhole) {
   std::set<std::string> names;
   for (const Operation* row : operation_table()) {
-    SCOPED_TRACE(row->name);
-    EXPECT_TRUE(names.insert(row->name).second);
-    EXPECT_TRUE(row->run && !row->kinds.empty() && *row->title && *row->help);
+    SCOPED_TRACE(row->parameters.name);
+    EXPECT_TRUE(names.insert(row->parameters.name).second);
+    EXPECT_TRUE(row->run && !row->parameters.kinds.empty() && *row->parameters.title &&
+                *row->parameters.help);
     EXPECT_EQ(row->result == OperationResult::NewWindow, row->prefix != StringId{});
     std::set<int> lines;
-    for (const Field& field : row->fields) {
+    for (const Field& field : row->parameters.fields) {
       EXPECT_FALSE(check_field(field, initial_value(field))) << field.name;
-      EXPECT_TRUE(field.stateId == 0 || (row->stateFile && lines.insert(field.stateId).second)) << field.name;
+      EXPECT_TRUE(field.stateId == 0 || (row->parameters.stateFile && lines.insert(field.stateId).second))
+          << field.name;
     }
-    for (const CompoundOption& option : row->options)
-      for (const char* name : option.fields) EXPECT_TRUE(find_field(row->fields, name)) << option.name;
+    for (const CompoundOption& option : row->parameters.options)
+      for (const char* name : option.fields)
+        EXPECT_TRUE(find_field(row->parameters.fields, name)) << option.name;
   }
 }
 

@@ -32,16 +32,16 @@ class OperationDialogTest : public DialogTest {
 
 TEST_F(OperationDialogTest, EveryCommandMakesWhatItsOperationMakes) {
   for (const Operation* operation : operation_table())
-    for (const DocumentKind kind : operation->kinds) {
+    for (const DocumentKind kind : operation->parameters.kinds) {
       if (!is_animation(kind)) continue;  // stills have no Animation menu
-      SCOPED_TRACE(std::string(operation->name) + " " + kFileNames.at(kind));
+      SCOPED_TRACE(std::string(operation->parameters.name) + " " + kFileNames.at(kind));
       const DocumentWindow source = small_document(kind, 3, 2);
       DocumentFrame& frame = add(source);
       const auto before = bytes(frame.content());
       FieldValues values;
-      in_dialog<OperationDialog>(operation->command, [&](OperationDialog& dialog) {
+      in_dialog<OperationDialog>(operation->parameters.command, [&](OperationDialog& dialog) {
         values = dialog.choice().values;
-        if (kind == DocumentKind::APNG) take_picture(dialog, operation->name);
+        if (kind == DocumentKind::APNG) take_picture(dialog, operation->parameters.name);
         dialog.accept();
         EXPECT_FALSE(dialog.isVisible());
       });

@@ -17,7 +17,7 @@ constexpr DecorationRow kDecorations[] = {{"crop", decorate_crop}, {"resize", de
 
 void decorate_operation(OperationDialog& dialog) {
   for (const DecorationRow& row : kDecorations)
-    if (row.operation == dialog.operation().name) row.decorate(dialog);
+    if (row.operation == dialog.operation().parameters.name) row.decorate(dialog);
 }
 
 }  // namespace vellum

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "operations/operation.h"
-#include "shell/forms/form_dialog.h"
-#include "shell/services/services.h"
+#include "shell/dialogs/parameter_dialog.h"
 
 namespace vellum {
 
@@ -14,10 +13,9 @@ struct OperationChoice {
   FrameList frames;
 };
 
-class OperationDialog : public FormDialog {
+class OperationDialog : public ParameterDialog {
   Q_OBJECT
  public:
-  /// Row and window outlive the dialog. Settings, state file and history keep the values at OK.
   OperationDialog(const Operation& operation, const DocumentWindow& window, Services& services,
                   QWidget* parent);
 
@@ -25,23 +23,15 @@ class OperationDialog : public FormDialog {
 
   // For what single operations add to their dialogs.
   const Operation& operation() const { return operation_; }
-  const DocumentWindow& window() const { return window_; }
-  Host& host() { return services_.host; }
   ChangePreview* preview() { return preview_; }
-  /// Works preview and note out anew; for values that were put in without a person's hand.
-  void follow();
+  void follow() override;
 
  private:
-  void add_scope_and_notes();
+  void add_note_of_needs();
   void add_preview();
-  void add_history();
-  bool keep();
 
   const Operation& operation_;
-  const DocumentWindow& window_;
-  Services& services_;
   ChangePreview* preview_ = nullptr;
-  QLabel* note_ = nullptr;
 };
 
 /// What an operation is to do: asked for where it has fields or a scope. Nothing when the user cancelled.

@@ -35,7 +35,8 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
     show_result(main, frame, {operation.prefix, operation.failure}, work);
     return;
   }
-  if (undo_push(window, host, lower_case(operation.title)) && work(window, host)) frame.size_to_content();
+  if (undo_push(window, host, lower_case(operation.parameters.title)) && work(window, host))
+    frame.size_to_content();
 }
 
 }  // namespace vellum

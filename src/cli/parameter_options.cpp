@@ -1,0 +1,172 @@
+#include "cli/parameter_options.h"
+
+#include "cli/frame_options.h"
+#include "configuration/setting_values.h"
+
+namespace vellum::cli {
+namespace {
+
+bool is_color(std::string_view text) {
+  return text.size() == 6 && std::ranges::all_of(text, [](unsigned char c) { return std::isxdigit(c) != 0; });
+}
+
+/// "flip-horizontally" and "Flip horizontally" are one name; a color is six hexadecimal digits.
+FieldValue parse_option(const Field& field, const std::string& text) {
+  if (field.type == FieldType::Color && is_color(text)) return parse_field_value(field, "#" + text);
+  FieldValue value = parse_field_value(field, text);
+  if (field.type != FieldType::Choice || std::holds_alternative<std::int64_t>(value)) return value;
+  std::string spaced = text;
+  std::ranges::replace(spaced, '-', ' ');
+  return parse_field_value(field, spaced);
+}
+
+/// Whether `--set` gave the field's setting a value for this run.
+bool is_set_for_run(const Field& field) {
+  for (const SettingRow& row : setting_table()) {
+    if (!(field.setting && row.number == field.setting) &&
+        !(field.textSetting && row.text == field.textSetting))
+      continue;
+    return stored_value(row) != setting_value(row);
+  }
+  return false;
+}
+
+FieldValues first_values(const std::vector<Field>& fields, bool stored) {
+  FieldValues values = stored ? setting_values(fields) : initial_values(fields);
+  const FieldValues kept = setting_values(fields);
+  for (const Field& field : fields)
+    if (is_set_for_run(field)) values.set(field.name, *kept.find(field.name));
+  return values;
+}
+
+/// The parts of "X,Y,W,H"; nothing where there are too many or too few.
+std::optional<std::vector<std::string>> parts_of(const CompoundOption& option, const std::string& text) {
+  std::vector<std::string> parts;
+  for (std::size_t at = 0; at <= text.size();) {
+    const std::size_t end = std::min(text.find(option.parting, at), text.size());
+    parts.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  if (option.lastServesRest && parts.size() < option.fields.size())
+    parts.resize(option.fields.size(), parts.back());
+  return parts.size() == option.fields.size() ? std::optional(parts) : std::nullopt;
+}
+
+bool take_compound(const CompoundOption& option, const std::string& text, const std::vector<Field>& fields,
+                   FieldValues& values, GivenFields& given) {
+  given.insert(option.fields.begin(), option.fields.end());
+  if (option.alongside) values.set(option.alongside, option.alongsideValue);
+  if (!option.form) {
+    for (const char* name : option.fields) values.set(name, option.value);
+    return true;
+  }
+  const auto parts = parts_of(option, text);
+  if (!parts) return wrong_usage("--" + std::string(option.name) + " is not " + option.form);
+  for (std::size_t i = 0; i < parts->size(); ++i)
+    values.set(option.fields[i], parse_option(*find_field(fields, option.fields[i]), (*parts)[i]));
+  return true;
+}
+
+const char* value_name(const Field& field) {
+  switch (field.type) {
+    case FieldType::Color:
+      return "RRGGBB";
+    case FieldType::Text:
+      return field.look == FieldLook::Path ? "FILE" : "TEXT";
+    case FieldType::Choice:
+      return "NAME";
+    default:
+      return "N";
+  }
+}
+
+std::string help_of(const Field& field) {
+  std::string text = field.label;
+  if (field.type == FieldType::Choice) {
+    std::string names;
+    for (const FieldChoice& choice : field.choices)
+      names.append(names.empty() ? ": " : ", ").append(*choice.word ? choice.word : choice.name);
+    text += names;
+  } else if (field.type == FieldType::Whole) {
+    text += ", " + std::to_string(field.least) + " to " + std::to_string(field.most);
+  } else if (field.type == FieldType::Real) {
+    text +=
+        ", " + field_value_text(field, field.leastReal) + " to " + field_value_text(field, field.mostReal);
+  }
+  return text;
+}
+
+void add_field_option(CLI::App& app, const Field& field, std::optional<std::string>& text) {
+  const std::string name = option_name(field.name);
+  if (field.type == FieldType::Flag) {
+    const bool on = field.initial != 0;
+    app.add_flag_callback((on ? "--no-" : "--") + name, [&text, on] { text = on ? "0" : "1"; }, field.label);
+    return;
+  }
+  auto* option = app.add_option("--" + name, text, help_of(field))->type_name(value_name(field));
+  if (field.type != FieldType::Text) option->default_str(field_value_text(field, initial_value(field)));
+}
+
+void add_compound_option(CLI::App& app, const CompoundOption& option, std::optional<std::string>& text) {
+  const std::string name = "--" + std::string(option.name);
+  if (option.form)
+    app.add_option(name, text, option.help)->type_name(option.form);
+  else
+    app.add_flag_callback(
+        name, [&text] { text = ""; }, option.help);
+}
+
+}  // namespace
+
+std::string option_name(std::string_view field) {
+  std::string name;
+  for (const char c : field) {
+    if (c >= 'A' && c <= 'Z') name += '-';
+    name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return name;
+}
+
+void add_parameter_options(CLI::App& app, const Parameters& parameters, GivenParameters& given) {
+  given.fields.resize(parameters.fields.size());
+  given.compounds.resize(parameters.options.size());
+  for (std::size_t i = 0; i < parameters.options.size(); ++i)
+    add_compound_option(app, parameters.options[i], given.compounds[i]);
+  for (std::size_t i = 0; i < parameters.fields.size(); ++i)
+    add_field_option(app, parameters.fields[i], given.fields[i]);
+}
+
+void add_stored_option(CLI::App& app, const Parameters& parameters, GivenParameters& given) {
+  if (std::ranges::any_of(parameters.fields, [](const Field& f) { return f.setting || f.textSetting; }))
+    app.add_flag("--stored", given.stored, "Begin with the values that the settings keep");
+}
+
+std::optional<FieldValues> parameter_values(const Parameters& parameters, const GivenParameters& given,
+                                            const DocumentWindow& window) {
+  const std::vector<Field> fields = fields_for(parameters, window);
+  FieldValues values = first_values(fields, given.stored);
+  GivenFields names;
+  for (std::size_t i = 0; i < given.compounds.size(); ++i)
+    if (given.compounds[i] &&
+        !take_compound(parameters.options[i], *given.compounds[i], fields, values, names))
+      return std::nullopt;
+  for (const Field& row : parameters.fields) {
+    const auto& text = given.fields[static_cast<std::size_t>(&row - parameters.fields.data())];
+    const Field* field = find_field(fields, row.name);
+    if (!text || !field) continue;
+    // What was said itself isn't overruled by what follows from another option.
+    if (!field->enabledBy || !names.contains(field->enabledBy)) enable_field(fields, *field, values);
+    names.insert(field->name);
+    values.set(field->name, parse_option(*field, *text));
+  }
+  if (const char* reason = parameters.settle ? parameters.settle(values, window, names) : nullptr) {
+    wrong_usage(reason);
+    return std::nullopt;
+  }
+  const auto fault = check_values(parameters, values, window);
+  if (!fault) return values;
+  wrong_usage(fault->text);
+  return std::nullopt;
+}
+
+}  // namespace vellum::cli

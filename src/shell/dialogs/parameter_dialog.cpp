@@ -1,0 +1,160 @@
+#include "shell/dialogs/parameter_dialog.h"
+
+#include <QComboBox>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "configuration/config_file.h"
+#include "configuration/history.h"
+#include "shell/forms/dialog_state.h"
+#include "shell/look/text.h"
+
+namespace vellum {
+namespace {
+
+std::vector<Field> all_fields(const Parameters& parameters, const DocumentWindow& window,
+                              const std::vector<Field>& more) {
+  std::vector<Field> fields = fields_for(parameters, window);
+  fields.insert(fields.end(), more.begin(), more.end());
+  return fields;
+}
+
+FieldValues first_values(const Parameters& parameters, const DocumentWindow& window,
+                         const std::vector<Field>& more) {
+  FieldValues values = setting_values(fields_for(parameters, window));
+  for (const Field& field : more) values.set(field.name, initial_value(field));
+  return values;
+}
+
+/// What a line of the state file calls the control of a field.
+const char* state_tag(const Field& field) {
+  switch (field.type) {
+    case FieldType::Flag:
+      return "CHKB";
+    case FieldType::Choice:
+      return field.look == FieldLook::Radio ? "RADB" : "CBOX";
+    case FieldType::Color:
+      return "CBTN";
+    case FieldType::Text:
+      return "TEDT";
+    case FieldType::Real:
+      return "SPNF";
+    default:
+      return "SPNI";
+  }
+}
+
+/// The lines of the state file, one for each field that has a number there.
+std::vector<DialogStateRow> state_rows(const Parameters& parameters) {
+  std::vector<DialogStateRow> rows;
+  for (const Field& field : parameters.fields) {
+    if (field.stateId == 0 || !parameters.stateFile) continue;
+    rows.push_back({.id = field.stateId,
+                    .tag = state_tag(field),
+                    .control = field.name,
+                    .members = field.look == FieldLook::Radio ? static_cast<int>(field.choices.size()) : 1,
+                    .decimals = field.decimals});
+  }
+  return rows;
+}
+
+/// The values of a row of the history: as they are typed, with blanks between.
+std::string history_line(std::span<const Field> fields, const FieldValues& values) {
+  std::string line;
+  for (const Field& field : fields)
+    if (const FieldValue* value = values.find(field.name)) {
+      const auto* number = std::get_if<std::int64_t>(value);
+      line +=
+          (line.empty() ? "" : " ") + (number ? std::to_string(*number) : field_value_text(field, *value));
+    }
+  return line;
+}
+
+}  // namespace
+
+void name_controls(Form& form) {
+  for (const Field& field : form.fields()) {
+    QWidget* input = form.input(field.name);
+    if (!input) continue;
+    const QString name = QLatin1String(field.name);
+    if (field.type != FieldType::Choice || field.look != FieldLook::Radio) {
+      input->setObjectName(name);
+      continue;
+    }
+    const auto buttons = input->parentWidget()->findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
+    for (qsizetype i = 0; i < buttons.size(); ++i)
+      buttons[i]->setObjectName(QStringLiteral("%1_%2").arg(name).arg(i));
+  }
+}
+
+ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWindow& window,
+                                 std::vector<Field> more, Services& services, QWidget* parent)
+    : FormDialog(tr(parameters.title), QString::fromLatin1(parameters.name).toUpper(),
+                 all_fields(parameters, window, more), first_values(parameters, window, more), services.host,
+                 parent),
+      parameters_(parameters),
+      window_(window),
+      services_(services) {
+  name_controls(form());
+  if (parameters.history) add_history();
+  if (parameters.note) {
+    note_ = new QLabel(this);
+    note_->setObjectName(QStringLiteral("note"));
+    form().add_row_behind({}, {}, note_);
+  }
+}
+
+void ParameterDialog::begin() {
+  const auto rows = state_rows(parameters_);
+  if (!rows.empty()) restore_dialog_state(*this, rows, config_path(parameters_.stateFile));
+  check = [this](const FieldValues& values) { return check_values(parameters_, values, window_); };
+  apply = [this](const FieldValues&) { return keep(); };
+  connect(&form(), &Form::edited, this, &ParameterDialog::follow);
+  connect(buttons().button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] {
+    for (const Field& field : form().fields()) form().set_value(field.name, initial_value(field));
+    follow();
+  });
+  follow();
+}
+
+void ParameterDialog::add_history() {
+  const auto lines = load_history(config_path(parameters_.history), HistoryKind::Values);
+  if (lines.empty()) return;
+  auto* list = new QComboBox(this);
+  list->setObjectName(QStringLiteral("history"));
+  list->setPlaceholderText(tr("Choose earlier values"));
+  for (const std::string& line : lines) list->addItem(to_qt(line));
+  list->setCurrentIndex(-1);
+  connect(list, &QComboBox::textActivated, this, [this](const QString& line) {
+    const QStringList parts = line.split(u' ');
+    for (std::size_t i = 0; i < parameters_.fields.size() && static_cast<qsizetype>(i) < parts.size(); ++i) {
+      const Field& field = parameters_.fields[i];
+      form().set_value(
+          field.name,
+          clamped(field, parse_field_value(field, parts[static_cast<qsizetype>(i)].toStdString())));
+    }
+    follow();
+  });
+  form().add_row_behind({}, tr("Last values"), list);
+}
+
+void ParameterDialog::follow() {
+  if (!note_) return;
+  const FieldValues values = form().values();
+  const bool fine = !check_fields(fields_for(parameters_, window_), values);
+  note_->setText(fine ? to_qt(parameters_.note(values, window_)) : QString());
+}
+
+bool ParameterDialog::keep() {
+  const FieldValues values = form().values();
+  keep_in_settings(parameters_.fields, values);
+  const auto rows = state_rows(parameters_);
+  if (!rows.empty()) store_dialog_state(*this, rows, config_path(parameters_.stateFile));
+  if (!parameters_.history) return true;
+  auto lines = load_history(config_path(parameters_.history), HistoryKind::Values);
+  remember_text(lines, history_line(parameters_.fields, values), HistoryKind::Values);
+  save_history(config_path(parameters_.history), lines);
+  return true;
+}
+
+}  // namespace vellum

@@ -1,0 +1,41 @@
+// A dialog over the parameters of a row: its fields, its last values, what they will do.
+#pragma once
+
+#include "operations/parameters.h"
+#include "shell/forms/form_dialog.h"
+#include "shell/services/services.h"
+
+namespace vellum {
+
+/// Gives the controls of a form the names by which the state file and tests find them: that of the field, and
+/// for radio buttons a number behind it.
+void name_controls(Form& form);
+
+class ParameterDialog : public FormDialog {
+  Q_OBJECT
+ public:
+  /// Row and window outlive the dialog. Fields beside those of the row stand behind them, with their initial
+  /// values. Settings, state file and history keep the values at OK. Call `begin` once all is in place.
+  ParameterDialog(const Parameters& parameters, const DocumentWindow& window, std::vector<Field> more,
+                  Services& services, QWidget* parent);
+
+  const DocumentWindow& window() const { return window_; }
+  Host& host() { return services_.host; }
+  /// Works out anew what follows from the values; for values that were put in without a person's hand.
+  virtual void follow();
+
+ protected:
+  /// Takes the values of the state file and listens to the form.
+  void begin();
+
+ private:
+  void add_history();
+  bool keep();
+
+  const Parameters& parameters_;
+  const DocumentWindow& window_;
+  Services& services_;
+  QLabel* note_ = nullptr;
+};
+
+}  // namespace vellum
