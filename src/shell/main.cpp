@@ -11,6 +11,7 @@
 #include "shell/look/icon.h"
 #include "shell/look/program_style.h"
 #include "shell/look/text.h"
+#include "shell/widgets/screen_room.h"
 #include "shell/window/main_window.h"
 #include "shell/window/recovery_dialog.h"
 #include "shell/window/start_screens.h"
@@ -109,6 +110,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   qInstallMessageHandler(handler);
   QApplication::setStyle(new ProgramStyle);
+  application.installEventFilter(new ScreenRoom({}, &application));
   // Numbers in texts and files have a point whatever the desktop's language is.
   std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName(QStringLiteral("vellumcraft"));

@@ -418,6 +418,8 @@ TEST_F(CommandTest, TitlesShowNamesAsTheyAre) {
 
 TEST_F(CommandTest, WindowsStandBesideEachOtherAndTakeTheirContentsWidth) {
   DocumentFrame& first = add(still_document());
+  first.showNormal();
+  settle();
   DocumentFrame& second = add(animated_document(3, 200, 120));
   second.entries().select(2, true);
   first.size_to_content();

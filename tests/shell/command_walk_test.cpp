@@ -31,6 +31,7 @@ class CommandWalk : public WindowTest {
     QWidget* opened = popup ? popup : QApplication::activeModalWidget();
     if (!opened) return;
     ++closed_;
+    if (!popup) expect_presentable(*opened);
     auto* dialog = qobject_cast<QDialog*>(opened);
     dialog ? dialog->reject() : static_cast<void>(opened->close());
   }
@@ -88,6 +89,32 @@ TEST_F(CommandWalk, WhoeverCancelsKeepsTheDocument) {
       EXPECT_EQ(documents(), 0u) << row.number;
     }
   EXPECT_TRUE(main_.isVisible());
+}
+
+TEST_F(CommandWalk, WindowsCanBeReadOnEveryPaletteOfADesktop) {
+  // Desktops leave the color of secondary text at what their light palette has, or as good as transparent.
+  QPalette dark = dark_palette(), faint, contrasts(Qt::black, Qt::black);
+  dark.setColor(QPalette::PlaceholderText, QColor(70, 70, 74));
+  faint.setColor(QPalette::PlaceholderText, QColor(0, 0, 0, 60));
+  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+    contrasts.setColor(role, Qt::yellow);
+  contrasts.setColor(QPalette::Base, Qt::black);
+  const QPalette before = QApplication::palette();
+  main_.resize(800, 560);
+  for (QPalette palette : {dark, faint, contrasts}) {
+    QApplication::style()->polish(palette);
+    QApplication::setPalette(palette);
+    settle();
+    expect_presentable(main_.area().empty_state());
+    DocumentFrame& frame = add(animated_document(2));
+    frame.entries().select(1, true);
+    for (const CommandRow& row : command_table())
+      if (!is_one_of(kLeaving, row.number) && !is_one_of(kChanging, row.number)) main_.run(row.number);
+    close_others();
+    for (DocumentFrame* open : main_.area().documents()) open->close_without_question();
+    settle();
+  }
+  QApplication::setPalette(before);
 }
 
 TEST_F(CommandWalk, TheCommandsThatLeaveLeave) {

@@ -36,7 +36,13 @@ TEST_F(DocumentFrameTest, TheHeightOfNewWindowsFollowsTheSettings) {
   for (const auto& c : cases) {
     settings::OptimumVerticalWindows = c.optimum;
     settings::FileWindowY = c.height;
-    EXPECT_EQ(add(still_document()).height(), c.expected) << c.optimum << ' ' << c.height;
+    DocumentFrame& frame = add(still_document());
+    EXPECT_TRUE(frame.isMaximized()) << "the first document";
+    frame.showNormal();
+    QTest::qWait(20);
+    EXPECT_EQ(frame.height(), c.expected) << c.optimum << ' ' << c.height;
+    frame.close_without_question();
+    settle();
   }
 }
 

@@ -1,12 +1,20 @@
 #include "shell_fixture.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
 
 #include "core/model/chunk_layout.h"
 #include "shell/look/icon.h"
+#include "shell/look/program_style.h"
+#include "shell/look/style.h"
+#include "shell/widgets/screen_room.h"
 
 namespace vellum::testing {
 namespace {
+
+constexpr QSize kSmallScreen(800, 560);  // 800 x 600 without a window's title
 
 ChunkRecord header_record(std::uint32_t width, std::uint32_t height) {
   ChunkRecord record;
@@ -121,6 +129,25 @@ QPalette dark_palette() {
   return dark;
 }
 
+void expect_presentable(QWidget& window) {
+  const std::string title = window.windowTitle().toStdString();
+  EXPECT_LE(window.width(), kSmallScreen.width()) << title;
+  EXPECT_LE(window.height(), kSmallScreen.height()) << title;
+  for (const QPushButton* button : window.findChildren<QPushButton*>()) {
+    if (!button->isVisible() || !qobject_cast<QDialogButtonBox*>(button->parentWidget())) continue;
+    const QRect place(button->mapTo(&window, QPoint()), button->size());
+    EXPECT_TRUE(window.rect().contains(place)) << title << ": " << button->text().toStdString();
+  }
+  for (const QLabel* label : window.findChildren<QLabel*>()) {
+    if (label->text().isEmpty() || !label->isEnabled()) continue;
+    const QPalette palette = label->palette();
+    const QColor ink = palette.color(label->foregroundRole()),
+                 ground = palette.color(label->backgroundRole());
+    EXPECT_EQ(ink.alpha(), 255) << title << ": " << label->text().toStdString();
+    EXPECT_GE(style::contrast(ink, ground), 4.5) << title << ": " << label->text().toStdString();
+  }
+}
+
 void take_picture(QWidget& widget, const std::string& name) {
   const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
   if (folder.isEmpty()) return;
@@ -161,6 +188,8 @@ int main(int argc, char** argv) {
   qputenv("XDG_STATE_HOME", (folder / "state").string().c_str());
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
+  QApplication::setStyle(new vellum::ProgramStyle);
+  application.installEventFilter(new vellum::ScreenRoom(vellum::testing::kSmallScreen, &application));
   if (!qEnvironmentVariableIsEmpty("VELLUM_DARK")) QApplication::setPalette(vellum::testing::dark_palette());
   vellum::register_icons();
   ::testing::InitGoogleTest(&argc, argv);

@@ -101,8 +101,14 @@ void DocumentFrame::resizeEvent(QResizeEvent* event) {
   update_title();
 }
 
+int DocumentFrame::opening_height(int area) {
+  if (settings::OptimumVerticalWindows != 0) return area;
+  return settings::FileWindowY > 0 ? std::min(settings::FileWindowY, area) : area * 3 / 4;
+}
+
 void DocumentFrame::size_to_content() {
   if (!mdiArea()) return;
+  const bool restored = sizePending_;
   sizePending_ = isMaximized() || isMinimized();
   if (sizePending_) return;
   const QSize client = mdiArea()->viewport()->size();
@@ -112,7 +118,8 @@ void DocumentFrame::size_to_content() {
   const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
   const int border = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
   const int wanted = std::max(drawn + bar + 2 * border, settings::FileWindowX);
-  resize(std::min(wanted, client.width()), std::min(height(), client.height()));
+  const int tall = restored ? opening_height(client.height()) : std::min(height(), client.height());
+  resize(std::min(wanted, client.width()), tall);
 }
 
 void DocumentFrame::show_notes() { notes_->show_notes(document().notes); }

@@ -29,8 +29,10 @@ class DocumentFrame : public QMdiSubWindow {
 
   /// Makes the title tell path and state of the document; where it is too long its beginning goes.
   void update_title();
+  /// The height of a window that comes into an area of this height.
+  static int opening_height(int area);
   /// Takes the width that the thumbnails want, but not less than a line of text does. A maximized window does
-  /// so when it is restored.
+  /// so when it is restored, and takes the height of a new one, since the area may have been smaller before.
   void size_to_content();
   /// Shows the document's notes above the list, or that it has none.
   void show_notes();

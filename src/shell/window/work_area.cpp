@@ -9,11 +9,6 @@ namespace {
 
 constexpr int kCascadeStep = 28;
 
-int new_height(int client) {
-  if (settings::OptimumVerticalWindows != 0) return client;
-  return settings::FileWindowY > 0 ? std::min(settings::FileWindowY, client) : client * 3 / 4;
-}
-
 }  // namespace
 
 WorkArea::WorkArea(RecentFiles& recent, QWidget* parent)
@@ -35,10 +30,10 @@ DocumentFrame* WorkArea::active() const { return qobject_cast<DocumentFrame*>(cu
 
 void WorkArea::add(DocumentFrame* frame) {
   const QMdiSubWindow* before = currentSubWindow();
-  const bool maximized = before && before->isMaximized();
+  const bool maximized = !before || before->isMaximized();
   const QSize client = viewport()->size();
   const QSize size(std::clamp(settings::FileWindowX, 1, std::max(client.width(), 1)),
-                   new_height(client.height()));
+                   DocumentFrame::opening_height(client.height()));
   const QPoint place = next_place(size);
   addSubWindow(frame);
   frame->setGeometry(QRect(place, size));
