@@ -31,8 +31,8 @@
 namespace vellum {
 namespace {
 
-constexpr QSize kViewSize(520, 380);
-constexpr int kButtonsInRow = 5;
+constexpr QSize kLeastView(240, 160), kOpeningSize(940, 580);
+constexpr int kButtonsInRow = 3;
 
 /// Everything is done to a copy of the document, which costs a list; OK makes it the document.
 struct ImageEditor {
@@ -129,7 +129,7 @@ void ImageEditor::lay_out() {
 QWidget* ImageEditor::make_picture_part() {
   auto* part = new QWidget(&dialog);
   panel = new PicturePanel(part);
-  panel->setMinimumSize(kViewSize);
+  panel->setMinimumSize(kLeastView);
   auto* grid = new QGridLayout;
   grid->setSpacing(style::kGap);
   add_buttons(grid);
@@ -298,7 +298,7 @@ void ImageEditor::pad_to_canvas() {
 
 Edited edit_image(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
   ImageEditor editor(parent, window, index, services);
-  editor.dialog.adjustSize();
+  editor.dialog.resize(editor.dialog.sizeHint().expandedTo(kOpeningSize));
   if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
   if (!editor.changed) return Edited::Same;
   const std::int32_t caret = window.document.caret;
