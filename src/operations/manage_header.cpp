@@ -7,6 +7,7 @@
 #include "core/edit/insertion.h"
 #include "core/model/chunk_description.h"
 #include "core/model/loops.h"
+#include "core/model/played_frames.h"
 #include "operations/manage_frames.h"
 
 namespace vellum {
@@ -46,9 +47,8 @@ bool put_repeats(ChunkRecord& record, std::uint32_t plays) {
 }
 
 bool set_mng_plays(DocumentWindow& window, std::uint32_t plays) {
-  const std::size_t image = chunk_find_first(window.list, tag::PNGI);
-  const std::size_t loop = chunk_find_first(window.list, tag::LOOP);
-  if (loop < image) return put_loop_count(window, loop, plays);
+  const std::size_t loop = whole_loop(window.list);
+  if (loop != kNoEntry) return put_loop_count(window, loop, plays);
   ChunkRecord record;
   const std::size_t at = chunk_find_first(window.list, tag::TERM, &record);
   if (at != kNoEntry) return put_repeats(record, plays) && put_record(window, at, record);
@@ -69,7 +69,7 @@ std::uint32_t most_plays(DocumentKind kind) {
 bool set_document_plays(DocumentWindow& window, std::uint32_t plays) {
   const DocumentKind kind = window.document.kind;
   if (plays > most_plays(kind)) return false;
-  if (GetIterations(window.list, window.document) == plays) return true;
+  if (whole_plays(window) == plays) return true;
   if (kind == DocumentKind::MING) return set_mng_plays(window, plays);
   const bool webp = kind == DocumentKind::WEBP;
   ChunkRecord header;

@@ -579,11 +579,13 @@ TEST_F(ChunkFields, HeadersAndFramesOfAWebpHaveFields) {
 TEST_F(ChunkFields, AnotherClockKeepsTheRunningTime) {
   DocumentWindow window = open_mng(all_of_mng());
   const std::size_t image = find(window, tag::PNGI);
+  EXPECT_EQ(set(window, find(window, tag::TERM), "delay", "100"), "");
   EXPECT_EQ(set(window, 0, "playTime", "100"), "");
   EXPECT_EQ(set(window, 0, "ticksPerSecond", "25"), "");
   EXPECT_EQ(from_file_order(window.list.record(image).image->framBlock.interframeDelay), 3u) << "2.5 rounded";
   EXPECT_EQ(window.list.record(0).playTime, 3u);
   EXPECT_EQ(payload(window, tag::FRAM).substr(6), be32(3));
+  EXPECT_EQ(payload(window, tag::TERM).substr(2, 4), be32(3));
   EXPECT_EQ(set(window, image, "delay", "8"), "");
   EXPECT_EQ(window.list.record(0).playTime, 0u) << "no longer known";
 }

@@ -3,6 +3,7 @@
 
 #include "core/chunks/new_chunk.h"
 #include "core/model/chunk_layout.h"
+#include "core/model/played_frames.h"
 #include "image/picture_operations.h"
 #include "support/documents.h"
 
@@ -234,6 +235,20 @@ TEST(ManageFrames, PlaysAreToldWhereTheKindTellsThem) {
       for (const std::uint32_t before : {5u, plays}) ASSERT_TRUE(set_document_plays(window, before));
       EXPECT_EQ(GetIterations(window.list, window.document), plays) << kind_letters(kind);
     }
+  // A loop around some of the images says nothing of the whole, and keeps what it says.
+  DocumentWindow inner = animation(DocumentKind::MING, 3);
+  const auto loop_of = [&inner](ChunkTag tag) {
+    ChunkRecord record;
+    EXPECT_TRUE(new_chunk(inner, record, tag, {.picture = {}, .number = 9}));
+    return record;
+  };
+  chunk_list_insert(inner.list, inner.document, frame_entries(inner)[2], loop_of(tag::ENDL));
+  chunk_list_insert(inner.list, inner.document, frame_entries(inner)[0], loop_of(tag::LOOP));
+  EXPECT_EQ(whole_plays(inner), 1u);
+  ASSERT_TRUE(set_document_plays(inner, 4));
+  EXPECT_EQ(whole_plays(inner), 4u);
+  EXPECT_EQ(payload_be32(inner.list.record(chunk_find_first(inner.list, tag::LOOP)), 1), 9u);
+  EXPECT_EQ(payload_be32(inner.list.record(chunk_find_first(inner.list, tag::TERM)), 6), 3u);
   DocumentWindow webp = animation(DocumentKind::WEBP, 1);
   EXPECT_FALSE(set_document_plays(webp, 65536));
 }

@@ -80,15 +80,12 @@ FramBlock& framing_of(ChunkRecord& record) {
 
 constexpr std::uint32_t kLongestWebpDelay = 0xFFFFFF;  // WebP container, "ANMF"
 
-/// MNG 1.0, "LOOP": nesting level, count; "TERM": action 3 repeats, then action after it, delay, count of
-/// repeats.
+std::uint32_t plays_of_count(std::uint32_t count) { return count >= kLoopForEver ? 0 : count; }
+
+/// MNG 1.0, "LOOP": nesting level, count.
 std::uint32_t plays_of_mng(const ChunkList& list) {
-  const auto plays = [](std::uint32_t count) { return count >= kLoopForEver ? 0 : count; };
   const std::size_t image = chunk_find_first(list, tag::PNGI), loop = chunk_find_first(list, tag::LOOP);
-  if (loop < image) return plays(payload_be32(list.record(loop), 1));
-  const std::size_t end = chunk_find_first(list, tag::TERM);
-  if (end == kNoEntry || payload_byte(list.record(end), 0) != 3) return 1;
-  return plays(std::min(payload_be32(list.record(end), 6), kLoopForEver - 1) + 1);
+  return loop < image ? plays_of_count(payload_be32(list.record(loop), 1)) : term_plays(list);
 }
 
 }  // namespace
@@ -193,6 +190,12 @@ std::vector<std::uint8_t> image_transparency(const ChunkRecord& record) {
   const std::span<const std::uint8_t> trans = record.image->trans;
   return transparency_table(trans.first(std::min<std::size_t>(record.image->transBytes, trans.size())),
                             header_of(record));
+}
+
+std::uint32_t term_plays(const ChunkList& list) {
+  const std::size_t end = chunk_find_first(list, tag::TERM);
+  if (end == kNoEntry || payload_byte(list.record(end), 0) != 3) return 1;
+  return plays_of_count(std::min(payload_be32(list.record(end), 6), kLoopForEver - 1) + 1);
 }
 
 std::uint32_t GetIterations(const ChunkList& list, const Document& document) {

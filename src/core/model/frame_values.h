@@ -60,6 +60,9 @@ std::vector<std::uint8_t> image_transparency(const ChunkRecord& record);
 /// How often the animation is played, 0 for ever. APNG: acTL; WEBP: its header; MING: the LOOP in front of
 /// the first image, else the TERM.
 std::uint32_t GetIterations(const ChunkList& list, const Document& document);
+/// What the TERM of an MNG says of it, 0 for ever; 1 without one. MNG 1.0, "TERM": action 3 repeats, then the
+/// action after it, a delay and the count of repeats.
+std::uint32_t term_plays(const ChunkList& list);
 
 /// 0x00BBGGRR: BACK, bKGD (not of paletted images) or the WebP header's color; `DefaultBackgroundColour`
 /// where the document has none.

@@ -94,19 +94,23 @@ bool begins_inside(const std::vector<Step>& steps) {
 
 }  // namespace
 
+std::size_t whole_loop(const ChunkList& list) {
+  std::vector<Step> steps = steps_of(list);
+  const std::size_t first = steps.empty() ? kNoEntry : steps.front().entry;
+  return take_outer(steps) ? first : kNoEntry;
+}
+
 std::uint32_t whole_plays(const DocumentWindow& window) {
-  std::vector<Step> steps;
-  if (window.document.kind == DocumentKind::MING) steps = steps_of(window.list);
-  const bool inside = !take_outer(steps) && begins_inside(steps);
-  return inside ? 1 : GetIterations(window.list, window.document);
+  const bool inside = window.document.kind == DocumentKind::MING && begins_inside(steps_of(window.list)) &&
+                      whole_loop(window.list) == kNoEntry;
+  return inside ? term_plays(window.list) : GetIterations(window.list, window.document);
 }
 
 PlayedFrames played_frames(const DocumentWindow& window) {
-  PlayedFrames result{images_of(window), GetIterations(window.list, window.document)};
+  PlayedFrames result{images_of(window), whole_plays(window)};
   if (window.document.kind != DocumentKind::MING) return result;
   std::vector<Step> steps = steps_of(window.list);
-  const bool outer = take_outer(steps);
-  if (!outer && begins_inside(steps)) result.plays = 1;
+  take_outer(steps);
   if (std::ranges::all_of(steps, [](const Step& step) { return step.what == Step::What::Image; }))
     return result;
   const auto images = unrolled(steps);

@@ -16,6 +16,8 @@ struct PlayedFrames {
   bool loopsLost = false;            ///< loops inside were left out: too many frames, or no end
 };
 
+/// The LOOP of an MNG that encloses all of its images; `kNoEntry` without such.
+std::size_t whole_loop(const ChunkList& list);
 /// How often all of it plays, 0 for ever: of an MNG the loop around all images, not one around some of them.
 std::uint32_t whole_plays(const DocumentWindow& window);
 

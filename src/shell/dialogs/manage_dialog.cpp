@@ -9,6 +9,7 @@
 
 #include "base/text.h"
 #include "configuration/config_file.h"
+#include "core/model/played_frames.h"
 #include "shell/forms/dialog_state.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -332,7 +333,7 @@ QWidget* ManageDialog::make_side() {
 }
 
 void ManageDialog::take_header() {
-  plays_->set(std::int64_t{GetIterations(draft_.list, draft_.document)});
+  plays_->set(std::int64_t{whole_plays(draft_)});
   if (ticks_) ticks_->set(std::int64_t{ticks_per_second(draft_.list)});
 }
 
