@@ -29,8 +29,6 @@ Run prepare_list(CLI::App& app);
 Run prepare_convert(CLI::App& app);
 Run prepare_save(CLI::App& app);
 Run prepare_frames(CLI::App& app);
-Run prepare_still(CLI::App& app);
-Run prepare_reconstruct(CLI::App& app);
 Run prepare_build(CLI::App& app);
 Run prepare_play(CLI::App& app);
 Run prepare_edit(CLI::App& app);

@@ -11,8 +11,6 @@ constexpr CommandRow kCommands[] = {
     {"edit", "Delete, insert and move chunks, in the order of the options", prepare_edit},
     {"build", "An animation of pictures", prepare_build},
     {"frames", "Write each image entry's own picture, or what it shows, as a picture file", prepare_frames},
-    {"still", "What one frame of an animation shows as a PNG", prepare_still},
-    {"reconstruct", "Make each image the whole frame that it shows", prepare_reconstruct},
     {"play", "Walk an animation as the viewer does: a line for each shown frame", prepare_play},
     {"properties", "Say what an animation is and what it takes", prepare_properties},
     {"manage", "Change many frames at a time, in the order of the options below", prepare_manage},

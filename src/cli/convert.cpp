@@ -1,49 +1,38 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
+#include "cli/frame_options.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
-#include "core/settings.h"
-#include "operations/convert_colors.h"
 #include "operations/convert_kind.h"
+#include "operations/operation.h"
 
 namespace vellum::cli {
 namespace {
 
-enum class Colors { Kept, Mono, Grey, Palette, True, Alpha };
-
-const std::map<std::string, Colors> kColors = {{"mono", Colors::Mono},
-                                               {"grey", Colors::Grey},
-                                               {"palette", Colors::Palette},
-                                               {"true", Colors::True},
-                                               {"alpha", Colors::Alpha}};
-
 struct ConvertOptions {
   std::string in, out;
   DocumentKind kind = DocumentKind::None;  ///< None: as it is
-  Colors colors = Colors::Kept;
-  int threshold = 128;
-  std::uint32_t most = 256;
+  std::string colors;                      ///< the row's name; empty: as they are
+  std::int64_t threshold = 128, most = 256;
   bool dither = false;
 };
 
-ColorConversion color_conversion(const ConvertOptions& options, const DocumentWindow& window) {
-  switch (options.colors) {
-    case Colors::Mono:
-      return black_and_white(options.threshold, options.dither);
-    case Colors::Grey:
-      return grey_scale(window);
-    case Colors::Palette:
-      return {.colorType = 3, .most = options.most, .dither = options.dither};
-    case Colors::True:
-      return {.colorType = 2};
-    default:
-      return {.colorType = 6, .alphaLevel = std::clamp(settings::InitialAlphaLevel, 0, 255)};
-  }
+std::vector<std::string> color_types() {
+  std::vector<std::string> names;
+  for (const Operation* row : operation_table())
+    if (row->convertOption && row->convertOption == std::string_view("color"))
+      names.emplace_back(row->parameters.name);
+  return names;
 }
 
-int tell_failure(Host& host) {
-  host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, host.take_fault());
-  return kFailed;
+bool convert_colors(DocumentWindow& window, const ConvertOptions& options, Host& host) {
+  const Operation& row = *find_operation(options.colors);
+  FieldValues values = initial_values(row.parameters.fields);
+  values.set("threshold", options.threshold);
+  values.set("colors", options.most);
+  values.set("dither", std::int64_t{options.dither});
+  values.set("sorted", std::int64_t{0});
+  return run_operation(row, window, values, all_frames(frame_entries(window).size()), host);
 }
 
 int run_convert(const ConvertOptions& options, Host& host) {
@@ -53,10 +42,9 @@ int run_convert(const ConvertOptions& options, Host& host) {
   if (!name_fits_kind(options.out, kind)) return kWrongUsage;
   DocumentWindow converted;
   const bool same = window.document.kind == kind;
-  if (!same && !convert_kind(window, converted, {kind, options.dither}, host)) return tell_failure(host);
+  if (!same && !convert_kind(window, converted, {kind, options.dither}, host)) return tell_of_failure(host);
   DocumentWindow& result = same ? window : converted;
-  if (options.colors != Colors::Kept && !convert_colors(result, color_conversion(options, result), host))
-    return tell_failure(host);
+  if (!options.colors.empty() && !convert_colors(result, options, host)) return kFailed;
   return save_document(result, options.out, host) ? kDone : kFailed;
 }
 
@@ -69,8 +57,7 @@ Run prepare_convert(CLI::App& app) {
   app.add_option("--kind", options->kind, "The kind of the new file; without it, that of IN")
       ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description("png|apng|mng|webp"));
   app.add_option("--color", options->colors, "What the images hold")
-      ->transform(
-          CLI::CheckedTransformer(kColors, CLI::ignore_case).description("mono|grey|palette|true|alpha"));
+      ->transform(CLI::IsMember(color_types(), CLI::ignore_case).description("mono|grey|palette|true|alpha"));
   app.add_option("--threshold", options->threshold, "mono: grey from here on is white")
       ->check(CLI::Range(1, 254))
       ->capture_default_str();

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "cli/command.h"
 #include "core/model/document.h"
 #include "core/model/frame_values.h"
 
@@ -35,6 +36,12 @@ inline std::optional<std::pair<std::int64_t, std::int64_t>> number_pair(std::str
 inline bool wrong_usage(const std::string& reason) {
   std::fprintf(stderr, "vellum: %s\n", reason.c_str());
   return false;
+}
+
+/// Tells that there is no file, with the reason that was kept; `kFailed`.
+inline int tell_of_failure(Host& host) {
+  host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, host.take_fault());
+  return kFailed;
 }
 
 }  // namespace vellum::cli

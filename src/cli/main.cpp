@@ -60,6 +60,7 @@ int run(int argc, char** argv) {
     command->callback([&chosen, work] { chosen = work; });
   }
   for (const Operation* operation : operation_table()) {
+    if (operation->convertOption) continue;
     CLI::App* command = app.add_subcommand(operation->parameters.name, operation->parameters.help);
     Run work = prepare_operation(*command, *operation);
     command->callback([&chosen, work] { chosen = work; });

@@ -17,11 +17,6 @@ struct Given {
   GivenParameters parameters;
 };
 
-int tell_of_failure(Host& host) {
-  host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, host.take_fault());
-  return kFailed;
-}
-
 /// As another kind where one was asked for, and written.
 int write_result(DocumentWindow& window, const Given& given, Host& host) {
   if (given.kind == DocumentKind::None || given.kind == window.document.kind)
@@ -34,7 +29,8 @@ int write_result(DocumentWindow& window, const Given& given, Host& host) {
 int run(const Operation& operation, const Given& given, Host& host) {
   DocumentWindow window;
   if (!open_document(window, given.in, host)) return kFailed;
-  const DocumentKind kind = given.kind == DocumentKind::None ? window.document.kind : given.kind;
+  DocumentKind kind = given.kind == DocumentKind::None ? operation.makes : given.kind;
+  if (kind == DocumentKind::None) kind = window.document.kind;
   if (!name_fits_kind(given.out, kind)) return kWrongUsage;
   const std::size_t count = frame_entries(window).size();
   if (count == 0) {
@@ -62,8 +58,10 @@ Run prepare_operation(CLI::App& app, const Operation& operation) {
   if (operation.scoped)
     app.add_option("--frames", given->frames, "The images that it is applied to, from 1, as in 1,3-5")
         ->type_name("LIST");
-  app.add_option("--kind", given->kind, "Another kind of file")
-      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
+  if (operation.makes == DocumentKind::None)
+    app.add_option("--kind", given->kind, "Another kind of file")
+        ->transform(
+            CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
   add_stored_option(app, operation.parameters, given->parameters);
   return [given, &operation](Host& host) { return run(operation, *given, host); };
 }

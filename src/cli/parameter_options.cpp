@@ -31,8 +31,11 @@ bool is_set_for_run(const Field& field) {
   return false;
 }
 
-FieldValues first_values(const std::vector<Field>& fields, bool stored) {
+FieldValues first_values(const Parameters& parameters, const std::vector<Field>& fields, bool stored) {
   FieldValues values = stored ? setting_values(fields) : initial_values(fields);
+  for (const CompoundOption& option : parameters.options)
+    for (const char* name : option.fields)
+      if (!stored && option.otherwise) values.set(name, *option.otherwise);
   const FieldValues kept = setting_values(fields);
   for (const Field& field : fields)
     if (is_set_for_run(field)) values.set(field.name, *kept.find(field.name));
@@ -107,6 +110,8 @@ void add_field_option(CLI::App& app, const Field& field, std::optional<std::stri
   if (field.type != FieldType::Text) option->default_str(field_value_text(field, initial_value(field)));
 }
 
+std::string_view name_of(const CompoundOption& option) { return option.name; }
+
 void add_compound_option(CLI::App& app, const CompoundOption& option, std::optional<std::string>& text) {
   const std::string name = "--" + std::string(option.name);
   if (option.form)
@@ -133,7 +138,8 @@ void add_parameter_options(CLI::App& app, const Parameters& parameters, GivenPar
   for (std::size_t i = 0; i < parameters.options.size(); ++i)
     add_compound_option(app, parameters.options[i], given.compounds[i]);
   for (std::size_t i = 0; i < parameters.fields.size(); ++i)
-    add_field_option(app, parameters.fields[i], given.fields[i]);
+    if (!std::ranges::count(parameters.options, std::string_view(parameters.fields[i].name), name_of))
+      add_field_option(app, parameters.fields[i], given.fields[i]);
 }
 
 void add_stored_option(CLI::App& app, const Parameters& parameters, GivenParameters& given) {
@@ -144,7 +150,7 @@ void add_stored_option(CLI::App& app, const Parameters& parameters, GivenParamet
 std::optional<FieldValues> parameter_values(const Parameters& parameters, const GivenParameters& given,
                                             const DocumentWindow& window) {
   const std::vector<Field> fields = fields_for(parameters, window);
-  FieldValues values = first_values(fields, given.stored);
+  FieldValues values = first_values(parameters, fields, given.stored);
   GivenFields names;
   for (std::size_t i = 0; i < given.compounds.size(); ++i)
     if (given.compounds[i] &&

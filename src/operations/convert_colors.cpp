@@ -230,10 +230,6 @@ ColorConversion black_and_white(int threshold, bool dither) {
   return conversion;
 }
 
-ColorConversion grey_scale(const DocumentWindow& window) {
-  return {.colorType = has_transparency(window) ? std::uint8_t{4} : std::uint8_t{0}};
-}
-
 bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, Host& host) {
   DocumentWindow draft{window.document, window.list, {}};
   std::vector<Picture> pictures = shown_pictures(draft);

@@ -1,6 +1,7 @@
 // All images of a document in another color type.
 #pragma once
 
+#include "base/fields.h"
 #include "base/host.h"
 #include "core/model/document.h"
 #include "image/palette_from_pictures.h"
@@ -21,8 +22,9 @@ struct ColorConversion {
 
 /// Two colors, black and white. Dithering finds a threshold of its own.
 ColorConversion black_and_white(int threshold, bool dither);
-/// Greys, with alpha where the document has transparency.
-ColorConversion grey_scale(const DocumentWindow& window);
+
+/// The values of the row "palette" for these colors; the others are those of the settings.
+FieldValues palette_values(std::span<const Field> fields, const PaletteColors& colors);
 
 /// Converts every image, and IHDR, PLTE, tRNS and bKGD with them. What a form can't hold of transparency is
 /// composed over the document's background, an animation as whole canvases; a palette keeps one entry for it

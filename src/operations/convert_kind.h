@@ -11,9 +11,6 @@ struct KindConversion {
   bool dither = false;  ///< where palettes of an MNG become one with fewer colors
 };
 
-/// Whether `dither` can make a difference: the palettes of the images become one that lacks colors.
-bool may_dither(const DocumentWindow& from, DocumentKind kind);
-
 /// Makes `to`, which is empty, that document (see `convert_document`). Images of an MNG with palettes of
 /// their own get one palette together in an animated PNG: exactly, where all have at most 256 colors and
 /// alphas; with 256 computed colors, one of them transparent, where none is half transparent; and true color

@@ -54,6 +54,21 @@ unsigned operation_needs(const Operation& operation, const DocumentWindow& windo
   return needs;
 }
 
+bool makes_whole_canvases(const Operation& operation, const DocumentWindow& window, const FieldValues& values,
+                          const FrameList& frames) {
+  return (operation_needs(operation, window, values, frames) & (kWholeCanvases | kTellsCanvases)) != 0;
+}
+
+bool replace_draft(OperationRun& run, const std::function<bool(DocumentWindow& made)>& make) {
+  DocumentWindow made;
+  made.document.fileName = run.draft.document.fileName;
+  made.document.thumbScale = run.draft.document.thumbScale;
+  if (!make(made)) return false;
+  run.draft.document = made.document;
+  run.draft.list = made.list;
+  return true;
+}
+
 bool run_operation(const Operation& operation, DocumentWindow& window, const FieldValues& values,
                    const FrameList& frames, Host& host) {
   const auto tell = [&host](StringId id, std::string more = {}) {
@@ -73,7 +88,12 @@ bool run_operation(const Operation& operation, DocumentWindow& window, const Fie
     std::string reason = host.take_fault();
     return run.told || host.stopped() ? false : tell(operation.failure, std::move(reason));
   }
-  take_draft(window, draft);
+  if (operation.makes == DocumentKind::None) {
+    take_draft(window, draft);
+  } else {
+    window.document = draft.document;
+    window.list = draft.list;
+  }
   return true;
 }
 

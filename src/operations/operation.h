@@ -2,11 +2,15 @@
 // of it. Its file has the row and one function that does the work on a draft; everything else follows.
 #pragma once
 
+#include <functional>
+
 #include "base/host.h"
 #include "operations/frames.h"
 #include "operations/parameters.h"
 
 namespace vellum {
+
+class Compositor;
 
 /// Where the result goes.
 enum class OperationResult {
@@ -19,6 +23,7 @@ enum OperationNeed : unsigned {
   kWholeCanvases = 1,  ///< frames that build on each other become the canvases that they show
   kTrueColor = 2,      ///< indexed frames become true color, with alpha where there is transparency
   kAsksTrueColor = 4,  ///< the operation makes them so by itself; people are asked all the same
+  kTellsCanvases = 8,  ///< the operation makes whole canvases by itself; people are told all the same
 };
 
 /// What a preview is computed from.
@@ -48,8 +53,13 @@ struct OperationRun {
 /// One row.
 struct Operation {
   Parameters parameters;
+  /// "color": `vellum convert --color NAME` does it, and no command of its own.
+  const char* convertOption = nullptr;
+  StringId question{};  ///< asked before anything else; without a number nothing is
+  int* asks = nullptr;  ///< the flag that switches the question
   OperationResult result = OperationResult::InPlace;
-  StringId prefix{};  ///< of a new window's name
+  DocumentKind makes = DocumentKind::None;  ///< of a result that isn't of its source's kind
+  StringId prefix{};                        ///< of a new window's name
   StringId failure = StringId::ErrorAccessingChunk;
   int batch = -1;                ///< number among the batch operations; -1: beyond the stated ones
   const char* batchPrefix = "";  ///< of the files that a batch run writes
@@ -64,6 +74,9 @@ struct Operation {
   /// A frame's picture, reduced for a preview, as the values make it; without it the operation works on an
   /// animation of this one frame.
   Picture (*previewFrame)(const Picture& frame, const FieldValues& values,
+                          const DocumentWindow& window) = nullptr;
+  /// What a frame shows afterwards, in its full size, where that follows from the frames in front of it.
+  Picture (*previewShown)(Compositor& playing, std::uint32_t frame, const FieldValues& values,
                           const DocumentWindow& window) = nullptr;
   /// Changes the draft and makes the closing calls. False, with the reason kept in the host or told, leaves a
   /// draft that is thrown away.
@@ -80,9 +93,16 @@ const Operation* find_operation(int command);
 unsigned operation_needs(const Operation& operation, const DocumentWindow& window, const FieldValues& values,
                          const FrameList& frames);
 
+/// Whether frames become whole canvases in front of the work or in it, of which people are told.
+bool makes_whole_canvases(const Operation& operation, const DocumentWindow& window, const FieldValues& values,
+                          const FrameList& frames);
+
 /// Does all of it on the window: checks, what is needed first, the work. No undo level is taken, `dirty` is
 /// set where an entry differs. False with the document as it was: after a message, or after a stop.
 bool run_operation(const Operation& operation, DocumentWindow& window, const FieldValues& values,
                    const FrameList& frames, Host& host);
+
+/// For `run`: makes the draft what `make` puts into an empty window of its name.
+bool replace_draft(OperationRun& run, const std::function<bool(DocumentWindow& made)>& make);
 
 }  // namespace vellum

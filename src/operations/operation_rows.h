@@ -5,6 +5,8 @@
 
 namespace vellum {
 
-extern const Operation kBalance, kCrop, kDepopulate, kFlip, kResize, kReverse, kTile;
+extern const Operation kBalance, kCrop, kDepopulate, kFlip, kReconstruct, kResize, kReverse, kStill, kTile;
+/// In the order in which `vellum convert` names them.
+extern const Operation kToMono, kToGrey, kToPalette, kToTrueColor, kToAlpha, kToApng, kToMng, kToWebp;
 
 }  // namespace vellum

@@ -3,8 +3,9 @@
 namespace vellum {
 namespace {
 
-constexpr const Operation* kOperations[] = {&kBalance, &kCrop,    &kDepopulate, &kFlip,
-                                            &kResize,  &kReverse, &kTile};
+constexpr const Operation* kOperations[] = {
+    &kStill,  &kBalance, &kToMono,     &kToGrey, &kToPalette,   &kToTrueColor, &kToAlpha, &kToApng, &kToMng,
+    &kToWebp, &kCrop,    &kDepopulate, &kFlip,   &kReconstruct, &kResize,      &kReverse, &kTile};
 
 }  // namespace
 

@@ -4,6 +4,10 @@
 
 namespace vellum {
 
+const char* guide_page(const Parameters& parameters) {
+  return parameters.page ? parameters.page : parameters.name;
+}
+
 bool takes_kind(const Parameters& parameters, DocumentKind kind) {
   return std::ranges::find(parameters.kinds, kind) != parameters.kinds.end();
 }

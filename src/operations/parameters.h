@@ -13,16 +13,18 @@
 namespace vellum {
 
 /// An option of the command line that gives several fields their values, as "--rect X,Y,W,H" does; or,
-/// without a form, one that takes no value and sets a field to `value`.
+/// without a form, one that takes no value and sets a field to `value`. One with the name of its field stands
+/// in place of that field's own option.
 struct CompoundOption {
   const char* name;  ///< without dashes
   const char* form;  ///< "X,Y,W,H"; null: the option is a flag
   const char* help;
   std::span<const char* const> fields;
   char parting = ',';
-  std::int64_t value = 1;           ///< of a flag
-  bool lastServesRest = false;      ///< "P" means "P,P"
-  const char* alongside = nullptr;  ///< a field that gets `alongsideValue` beside them
+  std::int64_t value = 1;                      ///< of a flag
+  std::optional<std::int64_t> otherwise = {};  ///< where a flag isn't given, in place of the initial value
+  bool lastServesRest = false;                 ///< "P" means "P,P"
+  const char* alongside = nullptr;             ///< a field that gets `alongsideValue` beside them
   std::int64_t alongsideValue = 0;
 };
 
@@ -32,11 +34,12 @@ using GivenFields = std::set<std::string_view>;
 /// Texts, tables and fields live as long as the program. Where there is no document yet, as with imports, the
 /// functions get an empty one.
 struct Parameters {
-  const char* name;   ///< of the command of `vellum`; the topic of the guide in capitals
-  const char* title;  ///< of its dialog
-  const char* help;   ///< one line, for the command line
-  int command = 0;    ///< number of the desktop's command
+  const char* name;                          ///< of the command of `vellum`
+  const char* title;                         ///< of its dialog
+  const char* help;                          ///< one line, for the command line
+  int command = 0;                           ///< number of the desktop's command
   std::span<const DocumentKind> kinds = {};  ///< of documents that it takes
+  const char* page = nullptr;                ///< of the guide; null: it has the name
   const char* stateFile = nullptr;           ///< of the dialog: keeps the fields that have a `stateId`
   const char* history = nullptr;             ///< file that keeps the values that were chosen last
   std::span<const Field> fields = {};
@@ -54,6 +57,8 @@ struct Parameters {
   std::string (*note)(const FieldValues& values, const DocumentWindow& window) = nullptr;
 };
 
+/// The name of the page in the guide; in capitals, the topic that Help shows.
+const char* guide_page(const Parameters& parameters);
 bool takes_kind(const Parameters& parameters, DocumentKind kind);
 /// The fields as they fit the document.
 std::vector<Field> fields_for(const Parameters& parameters, const DocumentWindow& window);
@@ -61,7 +66,9 @@ std::vector<Field> fields_for(const Parameters& parameters, const DocumentWindow
 std::optional<FieldFault> check_values(const Parameters& parameters, const FieldValues& values,
                                        const DocumentWindow& window);
 
-/// The kinds that most operations take.
+/// The kinds that most operations take, and all of them.
 inline constexpr DocumentKind kAnimatedKinds[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
+inline constexpr DocumentKind kEveryKind[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP,
+                                              DocumentKind::PING};
 
 }  // namespace vellum

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "core/build/convert_records.h"
 #include "core/edit/document_colors.h"
 #include "core/edit/edit_closing.h"
 #include "core/edit/frame_layer.h"
@@ -10,10 +9,14 @@
 #include "core/model/compose.h"
 #include "core/model/frame_time.h"
 #include "core/model/record_picture.h"
+#include "image/fine_canvas.h"
 #include "image/picture_operations.h"
 #include "image/png_form.h"
 #include "operations/frame_pictures.h"
 #include "operations/frames.h"
+#include "operations/operation_rows.h"
+#include "operations/settings.h"
+#include "playback/compositor.h"
 
 namespace vellum {
 namespace {
@@ -119,6 +122,34 @@ bool merge_equal_frames(DocumentWindow& window) {
   return any;
 }
 
+constexpr FieldChoice kDepths[] = {
+    {static_cast<int>(CanvasDepth::AsNeeded), "As needed"},
+    {static_cast<int>(CanvasDepth::TrueColor), "True color", "24"},
+    {static_cast<int>(CanvasDepth::TrueColorAlpha), "True color with alpha", "32"}};
+
+constexpr Field kFields[] = {
+    {.name = "depth", .label = "Depth", .type = FieldType::Choice, .choices = kDepths, .stateId = 1},
+    {.name = "mergeEqual",
+     .label = "Merge equal frames",
+     .type = FieldType::Flag,
+     .tip = "Frames that show the same become one that is shown as long",
+     .stateId = 2},
+};
+
+CanvasDepth depth_of(const FieldValues& values) { return static_cast<CanvasDepth>(values.number("depth")); }
+
+Picture preview_shown(Compositor& playing, std::uint32_t frame, const FieldValues& values,
+                      const DocumentWindow& window) {
+  const bool clear = depth_of(values) != CanvasDepth::TrueColor && has_transparency(window);
+  playing.set_ground({clear ? Ground::Kind::Clear : Ground::Kind::Document});
+  const Picture canvas = playing.frame(frame).picture;
+  return clear && canvas.bits() == 32 ? straight_picture({canvas, {}}) : canvas;
+}
+
+bool run(OperationRun& run) {
+  return reconstruct_frames(run.draft, depth_of(run.values), run.host, run.number("mergeEqual") != 0);
+}
+
 }  // namespace
 
 bool is_independent(const DocumentWindow& window) {
@@ -166,15 +197,23 @@ bool reconstruct_frames(DocumentWindow& window, CanvasDepth depth, Host& host, b
   return true;
 }
 
-bool still_of_frame(const DocumentWindow& from, DocumentWindow& to, std::size_t frame, bool opaque,
-                    Host& host) {
-  Picture shown;
-  const CanvasDepth depth = opaque ? CanvasDepth::TrueColor : CanvasDepth::AsNeeded;
-  const bool whole = for_each_canvas(from, depth, host, [&](std::size_t number, const Picture& canvas) {
-    if (number == frame) shown = canvas;
-    return number < frame;
-  });
-  return whole && shown && make_still(to, from, shown);
-}
+constinit const Operation kReconstruct{
+    .parameters = {.name = "reconstruct",
+                   .title = "Reconstruct",
+                   .help = "Make each image the whole frame that it shows",
+                   .command = 316,
+                   .kinds = kAnimatedKinds,
+                   .stateFile = "ReconstructState.txt",
+                   .fields = kFields},
+    .question = StringId::ReconstructQuestion,
+    .asks = &settings::WarnReconstruct,
+    .result = OperationResult::NewWindow,
+    .prefix = StringId::ReconstructedPrefix,
+    .batch = 5,
+    .batchPrefix = "Reconstruct_",
+    .preview = OperationPreview::Reduced,
+    .previewShown = preview_shown,
+    .run = run,
+};
 
 }  // namespace vellum

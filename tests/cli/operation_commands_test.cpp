@@ -16,6 +16,21 @@ namespace {
 
 using testing::Recorder;
 
+/// `vellum` with the command that does an operation.
+std::vector<std::string> command_of(const Operation& operation, const std::filesystem::path& in,
+                                    const std::filesystem::path& out) {
+  const std::string name = operation.parameters.name, program = testing::program_folder() / "vellum";
+  if (!operation.convertOption || name == "palette") return {program, name, in, out};
+  return {program, "convert", in, out, "--" + std::string(operation.convertOption), name};
+}
+
+/// How a flag is said that is on or, where nothing is said otherwise, off.
+std::string flag_option(const Operation& operation, const Field& field, bool on) {
+  for (const CompoundOption& option : operation.parameters.options)
+    if (option.name == std::string_view(field.name)) return on ? "--" + cli::option_name(field.name) : "";
+  return on == (field.initial != 0) ? "" : (on ? "--" : "--no-") + cli::option_name(field.name);
+}
+
 std::vector<std::string> words_of(const Operation& operation, const FieldValues& values) {
   std::vector<std::string> words;
   for (const Field& field : operation.parameters.fields) {
@@ -23,8 +38,8 @@ std::vector<std::string> words_of(const Operation& operation, const FieldValues&
     const FieldValue& value = *values.find(field.name);
     const std::string name = cli::option_name(field.name);
     if (field.type == FieldType::Flag) {
-      if (values.number(field.name) != field.initial)
-        words.push_back((field.initial ? "--no-" : "--") + name);
+      if (const auto word = flag_option(operation, field, values.number(field.name) != 0); !word.empty())
+        words.push_back(word);
     } else {
       words.insert(words.end(), {"--" + name, field_value_text(field, value)});
     }
@@ -39,8 +54,11 @@ TEST(OperationCommands, WriteWhatTheOperationMakes) {
     for (const DocumentKind kind : operation->parameters.kinds) {
       SCOPED_TRACE(std::string(operation->parameters.name) + " " + testing::kFileNames.at(kind));
       const std::string extension = std::filesystem::path(testing::kFileNames.at(kind)).extension();
-      const auto in = folder / ("in" + extension), out = folder / ("out" + extension),
-                 wanted = folder / ("wanted" + extension);
+      const DocumentKind result_kind = operation->makes == DocumentKind::None ? kind : operation->makes;
+      const std::string made_extension =
+          std::filesystem::path(testing::kFileNames.at(result_kind)).extension();
+      const auto in = folder / ("in" + extension), out = folder / ("out" + made_extension),
+                 wanted = folder / ("wanted" + made_extension);
       Recorder recorder;
       DocumentWindow made = testing::small_document(kind, 3, 2), window;
       ASSERT_TRUE(save_document(made, in, recorder.host));
@@ -54,8 +72,8 @@ TEST(OperationCommands, WriteWhatTheOperationMakes) {
       ASSERT_TRUE(run_operation(*operation, window, values, all_frames(3), recorder.host));
       ASSERT_TRUE(save_document(window, wanted, recorder.host));
       auto words = words_of(*operation, values);
-      words.insert(words.begin(),
-                   {testing::program_folder() / "vellum", operation->parameters.name, in, out});
+      const auto command = command_of(*operation, in, out);
+      words.insert(words.begin(), command.begin(), command.end());
       const auto result = testing::run_tool(words);
       ASSERT_EQ(result.status, 0) << result.output;
       EXPECT_EQ(testing::file_bytes(out), testing::file_bytes(wanted));
@@ -85,7 +103,7 @@ TEST(OperationCommands, ValuesBeyondTheirRangeAreWrongUsage) {
 }
 
 /// The line of the guide's table for a field.
-std::string guide_line(const Field& field) {
+std::string guide_line(const Operation& operation, const Field& field) {
   std::string values = field.type == FieldType::Flag ? "yes, no" : "";
   for (const FieldChoice& choice : field.choices)
     values.append(values.empty() ? "" : "; ").append(choice.name);
@@ -96,18 +114,22 @@ std::string guide_line(const Field& field) {
   const bool flag = field.type == FieldType::Flag;
   const std::string initial =
       flag ? (field.initial ? "yes" : "no") : field_value_text(field, initial_value(field));
-  return "| " + std::string(field.label) + " | " + values + " | " + initial + " | `--" +
-         (flag && field.initial ? "no-" : "") + cli::option_name(field.name) + "` |";
+  std::string option = "--" + cli::option_name(field.name);
+  if (flag) {
+    const std::string changed = flag_option(operation, field, field.initial == 0);
+    option = changed.empty() ? flag_option(operation, field, true) : changed;
+  }
+  return "| " + std::string(field.label) + " | " + values + " | " + initial + " | `" + option + "` |";
 }
 
 TEST(OperationCommands, TheGuideHasAPageOfEachWithItsFields) {
   for (const Operation* operation : operation_table()) {
     const auto bytes = testing::file_bytes(testing::source_folder() / "docs/guide" /
-                                           (std::string(operation->parameters.name) + ".md"));
+                                           (std::string(guide_page(operation->parameters)) + ".md"));
     const std::string page(bytes.begin(), bytes.end());
     for (const Field& field : operation->parameters.fields)
-      EXPECT_NE(page.find(guide_line(field) + "\n"), std::string::npos)
-          << operation->parameters.name << ": " << guide_line(field);
+      EXPECT_NE(page.find(guide_line(*operation, field) + "\n"), std::string::npos)
+          << operation->parameters.name << ": " << guide_line(*operation, field);
     for (const CompoundOption& option : operation->parameters.options)
       EXPECT_NE(page.find("--" + std::string(option.name)), std::string::npos)
           << operation->parameters.name << ": " << option.name;

@@ -1,14 +1,9 @@
 // The commands that make another document, or files, of an animation.
 #include <QCheckBox>
-#include <QPushButton>
 
 #include "core/files/open_document.h"
-#include "core/model/record_picture.h"
-#include "core/settings.h"
 #include "image/graphic_file.h"
-#include "operations/frames.h"
-#include "operations/settings.h"
-#include "shell/dialogs/change_preview.h"
+#include "shell/dialogs/operation_dialog.h"
 #include "shell/forms/form_dialog.h"
 #include "shell_fixture.h"
 #include "support/documents.h"
@@ -42,55 +37,9 @@ class ConvertDialogTest : public DialogTest {
     EXPECT_FALSE(dialog.isVisible());
   }
 
-  /// The window that a command made, on top and unsaved; its source is as it was.
-  const DocumentWindow& made(const std::string& prefix) {
-    DocumentFrame* frame = main_.area().documents().back();
-    EXPECT_NE(frame, source_);
-    EXPECT_EQ(main_.area().activeSubWindow(), frame);
-    EXPECT_TRUE(frame->document().dirty);
-    EXPECT_FALSE(frame->document().HasFileName);
-    EXPECT_EQ(frame->document().fileName.stem(), prefix + "welcome");
-    EXPECT_TRUE(source_->content().undoLevels.empty());
-    EXPECT_EQ(images_of(source_->content())[0].bits(), 32u);
-    return frame->content();
-  }
-  void close_made() {
-    DocumentFrame* frame = main_.area().documents().back();
-    ASSERT_NE(frame, source_);
-    frame->document().dirty = false;
-    frame->close();
-    settle();
-    main_.area().setActiveSubWindow(source_);
-  }
-
   DocumentFrame* source_ = nullptr;
   std::size_t frames_ = 0;
 };
-
-TEST_F(ConvertDialogTest, ColorsBecomeANewWindow) {
-  struct Row {
-    int command;
-    Values values;  ///< of its dialog; without any it has none
-    std::uint32_t bits;
-    const char* picture;
-  };
-  const Row rows[] = {
-      {258, {{"dither", std::int64_t{0}}, {"threshold", std::int64_t{100}}}, 1, "mono"},
-      {259, {}, 32, ""},
-      {261, {}, 24, ""},
-      {262, {}, 32, ""},
-  };
-  for (const auto& [command, values, bits, picture] : rows) {
-    SCOPED_TRACE(command);
-    values.empty() ? main_.run(command) : run_with(command, values, picture);
-    const DocumentWindow& window = made("Converted_");
-    EXPECT_EQ(images_of(window).size(), frames_);
-    EXPECT_EQ(images_of(window)[0].bits(), bits);
-    close_made();
-  }
-  EXPECT_EQ(settings::ConvertMonoThreshold, 100);
-  EXPECT_EQ(settings::ConvertPaletteDither, 0);
-}
 
 TEST_F(ConvertDialogTest, SaysThatFramesAreReconstructedFirstWhereTheyMustBe) {
   const auto says = [&](int command) {
@@ -118,47 +67,31 @@ TEST_F(ConvertDialogTest, SaysThatFramesAreReconstructedFirstWhereTheyMustBe) {
   EXPECT_TRUE(says(264)) << "an MNG can't bring back what was there";
 }
 
-TEST_F(ConvertDialogTest, PaletteColorAsksForThePaletteAndForDither) {
-  in_dialog<QDialog>(260, [&](QDialog& palettes) {
-    when_dialog_opens<FormDialog>([&](FormDialog& dialog) {
-      auto* preview = dialog.findChild<ChangePreview*>();
-      ASSERT_NE(preview, nullptr);
-      EXPECT_EQ(PictureGetPixel(preview->after(), 0, 0) >> 24, 0u) << "transparency has its entry";
-      accept(dialog, {{"dither", std::int64_t{1}}}, "palette-color");
-    });
-    palettes.accept();
+TEST_F(ConvertDialogTest, APaletteShowsItsTransparentEntryInThePreview) {
+  bool seen = false;
+  QTimer answer;
+  QObject::connect(&answer, &QTimer::timeout, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    auto* own = qobject_cast<OperationDialog*>(dialog);
+    if (!own) return dialog ? dialog->accept() : void();
+    seen = true;
+    EXPECT_EQ(PictureGetPixel(own->preview()->after(), 0, 0) >> 24, 0u);
+    own->reject();
   });
-  EXPECT_EQ(dialogs_, 2);
-  EXPECT_EQ(images_of(made("Converted_"))[0].bits(), 8u);
+  answer.start(1);
+  main_.run(260);
+  EXPECT_TRUE(seen);
 }
 
-TEST_F(ConvertDialogTest, KindsStillsAndWholeFrames) {
-  struct Row {
-    int command;
-    const char* prefix;
-    DocumentKind kind;
-    std::size_t images;
-    const char* picture;  ///< null where there is nothing to ask
-  };
-  const Row rows[] = {
-      {264, "Converted_", DocumentKind::MING, frames_, nullptr},
-      {265, "Converted_", DocumentKind::WEBP, frames_, ""},  // it loses a text
-      {270, "Converted_", DocumentKind::PING, 1, "still"},
-      {316, "Reconstructed_", DocumentKind::APNG, frames_, "reconstruct"},
-      {310, "Resized_", DocumentKind::APNG, frames_, "resize"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.command);
-    row.picture ? run_with(row.command, {}, row.picture) : static_cast<void>(main_.run(row.command));
-    const DocumentWindow& window = made(row.prefix);
-    EXPECT_EQ(window.document.kind, row.kind);
-    EXPECT_EQ(images_of(window).size(), row.images);
-    close_made();
-  }
-  ASSERT_EQ(answers_.questions.size(), 1u) << "Reconstruct asks";
+TEST_F(ConvertDialogTest, ReconstructShowsWholeFramesAndTakesNoForAnAnswer) {
+  in_dialog<OperationDialog>(316, [](OperationDialog& dialog) {
+    EXPECT_EQ(dialog.preview()->after().width(), 224u) << "the frame at the caret is smaller";
+  });
+  ASSERT_EQ(answers_.questions.size(), 1u);
   answers_.answers = {Answer::No};
   main_.run(316);
-  EXPECT_EQ(documents(), 1u) << "and takes No for an answer";
+  EXPECT_EQ(answers_.questions.size(), 2u);
+  EXPECT_EQ(documents(), 1u);
 }
 
 TEST_F(ConvertDialogTest, ExtractAsksAboutFilesThatAreThere) {

@@ -27,23 +27,13 @@
 namespace vellum {
 namespace {
 
-constexpr FieldChoice kDepths[] = {{0, "As needed"}, {1, "True color"}, {2, "True color with alpha"}};
-constexpr FieldChoice kGrounds[] = {{0, "Over the background color"}, {1, "Transparent"}};
 constexpr FieldChoice kPictures[] = {{0, "Own pictures"}, {1, "Composed canvases"}};
 constexpr FieldChoice kScopes[] = {{0, "All frames"}, {1, "Selected frames"}};
 constexpr FieldChoice kFormats[] = {{0, "jpg"}, {1, "bmp"}, {2, "gif"}, {3, "pcx"},
                                     {4, "tga"}, {5, "png"}, {6, "webp"}};
 
-constexpr const char* kReconstructFile = "ReconstructState.txt";
-constexpr DialogStateRow kReconstructState[] = {{.id = 1, .tag = "CBOX", .control = "depth"},
-                                                {.id = 2, .tag = "CHKB", .control = "merge"}};
 constexpr const char* kExtractFile = "ExtractState.txt";
 constexpr DialogStateRow kExtractState[] = {{.id = 1, .tag = "CBOX", .control = "format"}};
-
-constexpr Field kDither{.name = "dither",
-                        .label = "Dither",
-                        .type = FieldType::Flag,
-                        .tip = "Spreads the error of each pixel to its neighbors"};
 
 /// Reset puts these values in, whatever the dialog opened with.
 void reset_to(FormDialog& dialog, FieldValues defaults) {
@@ -55,209 +45,15 @@ void reset_to(FormDialog& dialog, FieldValues defaults) {
                    });
 }
 
-double same_size(const Picture&) { return 1; }
-
-/// A canvas on no ground, its colors no longer multiplied by their alpha.
-Picture with_plain_alpha(const Picture& canvas) {
-  QImage image;
-  fill_image(image, canvas, true);
-  return image.isNull() ? Picture() : picture_of_image(image.convertToFormat(QImage::Format_ARGB32));
-}
-
-/// A preview below the fields, which follows them.
-void add_preview(FormDialog& dialog, const DocumentWindow& window, ChangePreview::Change change,
-                 ChangePreview::Growth growth = same_size) {
-  auto* preview = new ChangePreview(window, std::move(change), std::move(growth), &dialog);
-  static_cast<QBoxLayout*>(dialog.layout())->insertWidget(1, preview, 1);
-  QObject::connect(&dialog.form(), &Form::edited, preview, &ChangePreview::refresh);
-  QObject::connect(dialog.buttons().button(QDialogButtonBox::Reset), &QPushButton::clicked, preview,
-                   &ChangePreview::refresh);
-}
-
 /// Names the controls that a file keeps.
 void name_controls(FormDialog& dialog, std::span<const DialogStateRow> rows) {
   for (const DialogStateRow& row : rows)
     dialog.form().input(row.control)->setObjectName(QLatin1String(row.control));
 }
 
-/// Says that the frames are made whole canvases first, which can't be left out here.
-void add_reconstruct_note(FormDialog& dialog) {
-  dialog.form().add_note(text_of(StringId::ReconstructedFirst));
-  auto* box = new QCheckBox(QObject::tr("Reconstruct first"), &dialog);
-  box->setChecked(true);
-  box->setEnabled(false);
-  dialog.form().add_row_behind("dither", {}, box);
-}
-
-/// Nothing but an animated PNG brings back what was there.
-bool brings_back(const DocumentWindow& window) {
-  return std::ranges::any_of(frame_entries(window), [&](std::size_t entry) {
-    return GetFrameDispose(window.list.record(entry), window.document.kind) == 2;
-  });
-}
-
-void store_dither(const FieldValues& values) {
-  settings::ConvertPaletteDither = values.number("dither") != 0 ? 1 : 0;
-}
-
 std::int64_t flag_of(int setting) { return setting != 0 ? 1 : 0; }
 
 }  // namespace
-
-std::optional<ColorConversion> ask_for_black_and_white(QWidget* parent, const DocumentWindow& window,
-                                                       Services& services) {
-  static constexpr std::int64_t kLeast = 1, kMost = 254, kUsual = 128;
-  const std::vector<Field> fields = {{.name = "threshold",
-                                      .label = "Threshold",
-                                      .least = kLeast,
-                                      .most = kMost,
-                                      .enabledBy = "dither",
-                                      .enabledAt = 0,
-                                      .tip = "Greys from here on become white"},
-                                     kDither};
-  FieldValues values, defaults;
-  values.set("threshold", std::clamp<std::int64_t>(settings::ConvertMonoThreshold, kLeast, kMost));
-  values.set("dither", flag_of(settings::ConvertPaletteDither));
-  defaults.set("threshold", kUsual);
-  defaults.set("dither", std::int64_t{1});
-  FormDialog dialog(QObject::tr("Black and white"), QStringLiteral("CONVERT"), fields, values, services.host,
-                    parent);
-  const auto conversion = [&] {
-    const FieldValues now = dialog.form().values();
-    return black_and_white(static_cast<int>(std::clamp(now.number("threshold"), kLeast, kMost)),
-                           now.number("dither") != 0);
-  };
-  reset_to(dialog, defaults);
-  if (has_transparency(window) && !is_independent(window)) add_reconstruct_note(dialog);
-  const Colour background = document_background(window.list, window.document);
-  add_preview(dialog, window,
-              [&](const auto& shown) { return convert_picture(shown.picture, conversion(), background); });
-  dialog.apply = [](const FieldValues& now) {
-    settings::ConvertMonoThreshold = static_cast<int>(now.number("threshold"));
-    store_dither(now);
-    return true;
-  };
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return conversion();
-}
-
-std::optional<ColorConversion> ask_for_palette_color(QWidget* parent, const DocumentWindow& window,
-                                                     Services& services) {
-  SelectPaletteRequest request{shown_pictures(window), {}, has_transparency(window) ? 255u : 256u, true};
-  Compositor compositor(window.list, window.document);
-  if (compositor.frames() > 0) request.preview = compositor.frame(0).picture;
-  const auto palette = select_palette(parent, request, services);
-  if (!palette) return std::nullopt;
-  ColorConversion conversion{.colorType = 3, .palette = *palette};
-  FieldValues values, defaults;
-  values.set("dither", flag_of(settings::ConvertPaletteDither));
-  defaults.set("dither", std::int64_t{1});
-  FormDialog dialog(QObject::tr("Palette color"), QStringLiteral("CONVERT"), {kDither}, values, services.host,
-                    parent);
-  reset_to(dialog, defaults);
-  const Colour background = document_background(window.list, window.document);
-  add_preview(dialog, window, [&](const auto& shown) {
-    conversion.dither = dialog.form().values().number("dither") != 0;
-    return convert_picture(shown.picture, conversion, background);
-  });
-  dialog.apply = [](const FieldValues& now) {
-    store_dither(now);
-    return true;
-  };
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  conversion.dither = settings::ConvertPaletteDither != 0;
-  return conversion;
-}
-
-std::optional<bool> ask_for_kind(QWidget* parent, const DocumentWindow& window, DocumentKind kind,
-                                 Services& services) {
-  const QString title = kind == DocumentKind::APNG   ? QObject::tr("Convert to animated PNG")
-                        : kind == DocumentKind::MING ? QObject::tr("Convert to MNG")
-                                                     : QObject::tr("Convert to WebP");
-  const bool dithers = may_dither(window, kind), whole = brings_back(window);
-  const std::size_t lost = texts_lost(window, kind);
-  // Where there is nothing to ask or to tell, nothing is asked.
-  if (!dithers && !whole && lost == 0) return settings::ConvertPaletteDither != 0;
-  std::vector<Field> fields;
-  if (dithers) fields = {kDither};
-  FieldValues values, defaults;
-  values.set("dither", flag_of(settings::ConvertPaletteDither));
-  defaults.set("dither", std::int64_t{1});
-  FormDialog dialog(title, QStringLiteral("CONVERT"), fields, values, services.host, parent);
-  reset_to(dialog, defaults);
-  dialog.buttons().button(QDialogButtonBox::Reset)->setVisible(dithers);
-  if (whole) add_reconstruct_note(dialog);
-  if (lost > 0) dialog.form().add_note(to_qt(filled(StringId::TextsNotKept, {std::to_string(lost)})));
-  dialog.apply = [dithers](const FieldValues& now) {
-    if (dithers) store_dither(now);
-    return true;
-  };
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return settings::ConvertPaletteDither != 0;
-}
-
-std::optional<StillChoice> ask_for_still(QWidget* parent, const DocumentWindow& window, Services& services) {
-  const auto entries = frame_entries(window);
-  const auto caret = std::ranges::find(entries, caret_entry(window));
-  std::vector<Field> fields = {
-      {.name = "frame", .label = "Frame", .least = 1, .most = static_cast<std::int64_t>(entries.size())},
-      {.name = "ground",
-       .label = "Background",
-       .type = FieldType::Choice,
-       .choices = kGrounds,
-       .look = FieldLook::Radio}};
-  FieldValues values;
-  values.set("frame", caret == entries.end() ? std::int64_t{1} : caret - entries.begin() + 1);
-  values.set("ground", std::int64_t{has_transparency(window)});
-  FormDialog dialog(QObject::tr("Animation to PNG"), QStringLiteral("STILL"), fields, values, services.host,
-                    parent);
-  std::optional<StillChoice> choice;
-  dialog.apply = [&](const FieldValues& now) {
-    choice = {static_cast<std::size_t>(now.number("frame") - 1), now.number("ground") == 0};
-    return true;
-  };
-  dialog.exec();
-  return choice;
-}
-
-std::optional<ReconstructChoice> ask_for_reconstruct(QWidget* parent, const DocumentWindow& window,
-                                                     Services& services) {
-  const std::vector<Field> fields = {
-      {.name = "depth", .label = "Depth", .type = FieldType::Choice, .choices = kDepths},
-      {.name = "merge",
-       .label = "Merge equal frames",
-       .type = FieldType::Flag,
-       .tip = "Frames that show the same become one that is shown as long"}};
-  FieldValues values;
-  values.set("depth", std::int64_t{0});
-  values.set("merge", std::int64_t{0});
-  FormDialog dialog(QObject::tr("Reconstruct"), QStringLiteral("RECONSTRUCT"), fields, values, services.host,
-                    parent);
-  const bool transparent = has_transparency(window);
-  Compositor compositor(window.list, window.document);
-  const auto canvas_of = [&](const auto& shown) {
-    const auto depth = static_cast<CanvasDepth>(dialog.form().values().number("depth"));
-    const bool clear = depth != CanvasDepth::TrueColor && transparent;
-    compositor.set_ground({clear ? Ground::Kind::Clear : Ground::Kind::Document});
-    Picture shows = compositor.frame(static_cast<std::uint32_t>(shown.frame)).picture;
-    if (clear) shows = with_plain_alpha(shows);
-    return PictureScalePercent(shows, shown.percent, shown.percent, ResampleFilter::Box);
-  };
-  const Extent canvas = document_size(window.list, window.document);
-  add_preview(dialog, window, canvas_of, [canvas](const Picture& frame) {
-    return std::max(1.0 * canvas.width / frame.width(), 1.0 * canvas.height / frame.height());
-  });
-  name_controls(dialog, kReconstructState);
-  restore_dialog_state(dialog, kReconstructState, config_path(kReconstructFile));
-  std::optional<ReconstructChoice> choice;
-  dialog.apply = [&](const FieldValues& now) {
-    choice = {static_cast<CanvasDepth>(now.number("depth")), now.number("merge") != 0};
-    store_dialog_state(dialog, kReconstructState, config_path(kReconstructFile));
-    return true;
-  };
-  dialog.exec();
-  return choice;
-}
 
 std::optional<Extraction> ask_for_extraction(QWidget* parent, const DocumentWindow& window,
                                              Services& services) {

@@ -1,6 +1,12 @@
 // What single operations have in their dialogs beside fields and a preview.
 #pragma once
 
+#include <QWidget>
+#include <optional>
+
+#include "operations/operation.h"
+#include "shell/services/services.h"
+
 namespace vellum {
 
 class OperationDialog;
@@ -8,8 +14,15 @@ class OperationDialog;
 /// Adds what the operation of the dialog has of its own; most have nothing.
 void decorate_operation(OperationDialog& dialog);
 
+/// Values that are asked for in dialogs of their own in front of that of the operation, which then doesn't
+/// show their fields. Nothing when the user cancelled.
+std::optional<FieldValues> ask_first(const Operation& operation, const DocumentWindow& window,
+                                     Services& services, QWidget* parent);
+
 // One for each operation that has something.
 void decorate_crop(OperationDialog& dialog);
 void decorate_resize(OperationDialog& dialog);
+std::optional<FieldValues> ask_for_palette(const Operation& operation, const DocumentWindow& window,
+                                           Services& services, QWidget* parent);
 
 }  // namespace vellum

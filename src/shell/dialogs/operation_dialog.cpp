@@ -3,8 +3,8 @@
 #include <QBoxLayout>
 #include <QCheckBox>
 
+#include "image/resample.h"
 #include "operations/preview_operation.h"
-#include "shell/dialogs/change_preview.h"
 #include "shell/dialogs/operation_decorations.h"
 #include "shell/look/text.h"
 
@@ -28,8 +28,9 @@ std::vector<Field> scope_field(const Operation& operation, const DocumentWindow&
 }  // namespace
 
 OperationDialog::OperationDialog(const Operation& operation, const DocumentWindow& window, Services& services,
-                                 QWidget* parent)
-    : ParameterDialog(operation.parameters, window, scope_field(operation, window), services, parent),
+                                 QWidget* parent, FieldValues asked)
+    : ParameterDialog(operation.parameters, window, scope_field(operation, window), services, parent,
+                      std::move(asked)),
       operation_(operation) {
   add_note_of_needs();
   add_preview();
@@ -38,14 +39,14 @@ OperationDialog::OperationDialog(const Operation& operation, const DocumentWindo
 }
 
 OperationChoice OperationDialog::choice() const {
-  const FieldValues values = form().values();
-  const bool some = operation_.scoped && values.number(kScope) == 1;
-  return {values, some ? selected_frames(window()) : all_frames(frame_entries(window()).size())};
+  const FieldValues all = values();
+  const bool some = operation_.scoped && all.number(kScope) == 1;
+  return {all, some ? selected_frames(window()) : all_frames(frame_entries(window()).size())};
 }
 
 void OperationDialog::add_note_of_needs() {
   const OperationChoice now = choice();
-  if (!(operation_needs(operation_, window(), now.values, now.frames) & kWholeCanvases)) return;
+  if (!makes_whole_canvases(operation_, window(), now.values, now.frames)) return;
   form().add_note(text_of(StringId::ReconstructedFirst));
   auto* box = new QCheckBox(tr("Reconstruct first"), this);
   box->setChecked(true);
@@ -53,20 +54,27 @@ void OperationDialog::add_note_of_needs() {
   form().add_row_behind({}, {}, box);
 }
 
+Picture OperationDialog::preview_of(const ChangePreview::Shown& shown) {
+  const FieldValues all = values();
+  if (check_values(operation_.parameters, all, window())) return {};
+  if (!operation_.previewShown) return preview_operation(operation_, shown.picture, all, window());
+  if (!playing_) playing_.emplace(window().list, window().document);
+  const auto frame = static_cast<std::uint32_t>(shown.frame);
+  return PictureScalePercent(operation_.previewShown(*playing_, frame, all, window()), shown.percent,
+                             shown.percent, ResampleFilter::Box);
+}
+
 void OperationDialog::add_preview() {
   if (operation_.preview == OperationPreview::None) return;
   const bool full = operation_.preview == OperationPreview::Full;
+  const Extent canvas = document_size(window().list, window().document);
   preview_ = new ChangePreview(
-      window(),
-      [this](const ChangePreview::Shown& shown) {
-        const FieldValues values = form().values();
-        if (check_values(operation_.parameters, values, window())) return Picture();
-        return preview_operation(operation_, shown.picture, values, window());
-      },
-      [this](const Picture&) {
-        const FieldValues values = form().values();
-        const bool grows = operation_.growth && !check_values(operation_.parameters, values, window());
-        return grows ? operation_.growth(values, window()) : 1.0;
+      window(), [this](const ChangePreview::Shown& shown) { return preview_of(shown); },
+      [this, canvas](const Picture& frame) {
+        if (operation_.previewShown)
+          return std::max(1.0 * canvas.width / frame.width(), 1.0 * canvas.height / frame.height());
+        const bool grows = operation_.growth && !check_values(operation_.parameters, values(), window());
+        return grows ? operation_.growth(values(), window()) : 1.0;
       },
       this, full ? ChangePreview::Source::Canvas : ChangePreview::Source::ReducedFrame);
   static_cast<QBoxLayout*>(layout())->insertWidget(1, preview_, 1);
@@ -79,9 +87,19 @@ void OperationDialog::follow() {
 
 std::optional<OperationChoice> ask_for_operation(const Operation& operation, const DocumentWindow& window,
                                                  Services& services, QWidget* parent) {
-  if (operation.parameters.fields.empty() && !operation.scoped)
-    return OperationChoice{{}, all_frames(frame_entries(window).size())};
-  OperationDialog dialog(operation, window, services, parent);
+  const Parameters& parameters = operation.parameters;
+  const auto fields = fields_for(parameters, window);
+  const OperationChoice first{setting_values(fields), all_frames(frame_entries(window).size())};
+  const bool whole = makes_whole_canvases(operation, window, first.values, first.frames);
+  if (parameters.fields.empty() && !operation.scoped) {
+    if (whole) services.host.add_note(string_text(StringId::ReconstructedFirst));
+    return first;
+  }
+  const bool tells = whole || (parameters.note && !parameters.note(first.values, window).empty());
+  if (fields.empty() && !operation.scoped && !tells) return first;
+  const auto asked = ask_first(operation, window, services, parent);
+  if (!asked) return std::nullopt;
+  OperationDialog dialog(operation, window, services, parent, *asked);
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return dialog.choice();
 }

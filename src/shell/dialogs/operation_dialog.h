@@ -2,11 +2,10 @@
 #pragma once
 
 #include "operations/operation.h"
+#include "shell/dialogs/change_preview.h"
 #include "shell/dialogs/parameter_dialog.h"
 
 namespace vellum {
-
-class ChangePreview;
 
 struct OperationChoice {
   FieldValues values;
@@ -17,7 +16,7 @@ class OperationDialog : public ParameterDialog {
   Q_OBJECT
  public:
   OperationDialog(const Operation& operation, const DocumentWindow& window, Services& services,
-                  QWidget* parent);
+                  QWidget* parent, FieldValues asked = {});
 
   OperationChoice choice() const;
 
@@ -28,13 +27,16 @@ class OperationDialog : public ParameterDialog {
 
  private:
   void add_note_of_needs();
+  Picture preview_of(const ChangePreview::Shown& shown);
   void add_preview();
 
   const Operation& operation_;
+  std::optional<Compositor> playing_;
   ChangePreview* preview_ = nullptr;
 };
 
-/// What an operation is to do: asked for where it has fields or a scope. Nothing when the user cancelled.
+/// What an operation is to do: asked where there is something to ask or to tell. Nothing when the user
+/// cancelled.
 std::optional<OperationChoice> ask_for_operation(const Operation& operation, const DocumentWindow& window,
                                                  Services& services, QWidget* parent);
 

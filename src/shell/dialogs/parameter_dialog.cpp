@@ -13,8 +13,9 @@ namespace vellum {
 namespace {
 
 std::vector<Field> all_fields(const Parameters& parameters, const DocumentWindow& window,
-                              const std::vector<Field>& more) {
+                              const std::vector<Field>& more, const FieldValues& asked) {
   std::vector<Field> fields = fields_for(parameters, window);
+  std::erase_if(fields, [&](const Field& field) { return asked.find(field.name) != nullptr; });
   fields.insert(fields.end(), more.begin(), more.end());
   return fields;
 }
@@ -88,13 +89,15 @@ void name_controls(Form& form) {
 }
 
 ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWindow& window,
-                                 std::vector<Field> more, Services& services, QWidget* parent)
-    : FormDialog(tr(parameters.title), QString::fromLatin1(parameters.name).toUpper(),
-                 all_fields(parameters, window, more), first_values(parameters, window, more), services.host,
-                 parent),
+                                 std::vector<Field> more, Services& services, QWidget* parent,
+                                 FieldValues asked)
+    : FormDialog(tr(parameters.title), QString::fromLatin1(guide_page(parameters)).toUpper(),
+                 all_fields(parameters, window, more, asked), first_values(parameters, window, more),
+                 services.host, parent),
       parameters_(parameters),
       window_(window),
-      services_(services) {
+      services_(services),
+      asked_(std::move(asked)) {
   name_controls(form());
   if (parameters.history) add_history();
   if (parameters.note) {
@@ -104,16 +107,24 @@ ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWin
   }
 }
 
+FieldValues ParameterDialog::values() const {
+  FieldValues all = asked_;
+  const FieldValues typed = form().values();
+  for (const Field& field : form().fields()) all.set(field.name, *typed.find(field.name));
+  return all;
+}
+
 void ParameterDialog::begin() {
   const auto rows = state_rows(parameters_);
   if (!rows.empty()) restore_dialog_state(*this, rows, config_path(parameters_.stateFile));
-  check = [this](const FieldValues& values) { return check_values(parameters_, values, window_); };
+  check = [this](const FieldValues&) { return check_values(parameters_, values(), window_); };
   apply = [this](const FieldValues&) { return keep(); };
   connect(&form(), &Form::edited, this, &ParameterDialog::follow);
   connect(buttons().button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] {
     for (const Field& field : form().fields()) form().set_value(field.name, initial_value(field));
     follow();
   });
+  buttons().button(QDialogButtonBox::Reset)->setVisible(!form().fields().empty());
   follow();
 }
 
@@ -140,19 +151,18 @@ void ParameterDialog::add_history() {
 
 void ParameterDialog::follow() {
   if (!note_) return;
-  const FieldValues values = form().values();
-  const bool fine = !check_fields(fields_for(parameters_, window_), values);
-  note_->setText(fine ? to_qt(parameters_.note(values, window_)) : QString());
+  const bool fine = !check_fields(fields_for(parameters_, window_), values());
+  note_->setText(fine ? to_qt(parameters_.note(values(), window_)) : QString());
+  note_->setVisible(!note_->text().isEmpty());
 }
 
 bool ParameterDialog::keep() {
-  const FieldValues values = form().values();
-  keep_in_settings(parameters_.fields, values);
+  keep_in_settings(fields_for(parameters_, window_), values());
   const auto rows = state_rows(parameters_);
   if (!rows.empty()) store_dialog_state(*this, rows, config_path(parameters_.stateFile));
   if (!parameters_.history) return true;
   auto lines = load_history(config_path(parameters_.history), HistoryKind::Values);
-  remember_text(lines, history_line(parameters_.fields, values), HistoryKind::Values);
+  remember_text(lines, history_line(parameters_.fields, values()), HistoryKind::Values);
   save_history(config_path(parameters_.history), lines);
   return true;
 }

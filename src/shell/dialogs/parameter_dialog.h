@@ -15,11 +15,14 @@ class ParameterDialog : public FormDialog {
   Q_OBJECT
  public:
   /// Row and window outlive the dialog. Fields beside those of the row stand behind them, with their initial
-  /// values. Settings, state file and history keep the values at OK. Call `begin` once all is in place.
+  /// values; fields with a value in `asked` are not shown. Settings, state file and history keep the values
+  /// at OK. Call `begin` once all is in place.
   ParameterDialog(const Parameters& parameters, const DocumentWindow& window, std::vector<Field> more,
-                  Services& services, QWidget* parent);
+                  Services& services, QWidget* parent, FieldValues asked = {});
 
   const DocumentWindow& window() const { return window_; }
+  /// Those that were asked before, and those of the form.
+  FieldValues values() const;
   Host& host() { return services_.host; }
   /// Works out anew what follows from the values; for values that were put in without a person's hand.
   virtual void follow();
@@ -35,6 +38,7 @@ class ParameterDialog : public FormDialog {
   const Parameters& parameters_;
   const DocumentWindow& window_;
   Services& services_;
+  FieldValues asked_;
   QLabel* note_ = nullptr;
 };
 

@@ -63,19 +63,6 @@ void image_strip_command(MainWindow& main, DocumentFrame& frame);
 /// With Control held (Shift where a key asks for it), a copy whose frames are whole canvases.
 void view_command(MainWindow& main, DocumentFrame& frame);
 
-// Each makes a new window, and leaves its source as it is.
-void black_and_white_command(MainWindow& main, DocumentFrame& frame);
-void grey_scale_command(MainWindow& main, DocumentFrame& frame);
-void palette_color_command(MainWindow& main, DocumentFrame& frame);
-void true_color_command(MainWindow& main, DocumentFrame& frame);
-void alpha_command(MainWindow& main, DocumentFrame& frame);
-void convert_kind_command(MainWindow& main, DocumentFrame& frame, DocumentKind kind);
-template <DocumentKind Kind>
-void to_kind_command(MainWindow& main, DocumentFrame& frame) {
-  convert_kind_command(main, frame, Kind);
-}
-void animation_to_png_command(MainWindow& main, DocumentFrame& frame);
-void reconstruct_command(MainWindow& main, DocumentFrame& frame);
 /// Images as files: of all frames, of the row under the pointer.
 void extract_command(MainWindow& main, DocumentFrame& frame);
 void export_image_command(MainWindow& main, DocumentFrame& frame);

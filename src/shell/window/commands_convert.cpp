@@ -1,15 +1,13 @@
-// Commands that make another document, or files, of an animation.
+// Commands that write images as picture files.
+#include "base/fields.h"
 #include "base/text.h"
 #include "core/edit/insert_chunk.h"
-#include "core/settings.h"
 #include "image/graphic_file.h"
-#include "operations/convert_kind.h"
-#include "operations/settings.h"
 #include "shell/dialogs/convert_dialogs.h"
 #include "shell/look/text.h"
 #include "shell/services/picture_files.h"
 #include "shell/window/commands.h"
-#include "shell/window/result_window.h"
+#include "shell/window/main_window.h"
 
 namespace vellum {
 namespace {
@@ -18,11 +16,6 @@ bool has_images(MainWindow& main, DocumentFrame& frame) {
   if (!frame_entries(frame.content()).empty()) return true;
   main.services().host.show(StringId::NoImagesHere);
   return false;
-}
-
-void convert_to_colors(MainWindow& main, DocumentFrame& frame, const ColorConversion& conversion) {
-  show_result(main, frame, {StringId::ConvertedPrefix},
-              [&](DocumentWindow& copy, Host& host) { return convert_colors(copy, conversion, host); });
 }
 
 /// Asks about files that are there already; empty when the user cancelled.
@@ -55,76 +48,6 @@ std::optional<std::vector<std::filesystem::path>> extraction_names(const Documen
 }
 
 }  // namespace
-
-void black_and_white_command(MainWindow& main, DocumentFrame& frame) {
-  if (!has_images(main, frame)) return;
-  if (const auto asked = ask_for_black_and_white(&main, frame.content(), main.services()))
-    convert_to_colors(main, frame, *asked);
-}
-
-void grey_scale_command(MainWindow& main, DocumentFrame& frame) {
-  if (has_images(main, frame)) convert_to_colors(main, frame, grey_scale(frame.content()));
-}
-
-void palette_color_command(MainWindow& main, DocumentFrame& frame) {
-  if (!has_images(main, frame)) return;
-  if (const auto asked = ask_for_palette_color(&main, frame.content(), main.services()))
-    convert_to_colors(main, frame, *asked);
-}
-
-void true_color_command(MainWindow& main, DocumentFrame& frame) {
-  if (!has_images(main, frame)) return;
-  // There is no dialog to say it in.
-  if (has_transparency(frame.content()) && !is_independent(frame.content()))
-    main.services().host.add_note(string_text(StringId::ReconstructedFirst));
-  convert_to_colors(main, frame, {.colorType = 2});
-}
-
-void alpha_command(MainWindow& main, DocumentFrame& frame) {
-  if (!has_images(main, frame)) return;
-  convert_to_colors(main, frame,
-                    {.colorType = 6, .alphaLevel = std::clamp(settings::InitialAlphaLevel, 0, 255)});
-}
-
-void convert_kind_command(MainWindow& main, DocumentFrame& frame, DocumentKind kind) {
-  if (!has_images(main, frame)) return;
-  const auto dither = ask_for_kind(&main, frame.content(), kind, main.services());
-  if (!dither) return;
-  show_result(main, frame, {StringId::ConvertedPrefix}, [&](DocumentWindow& copy, Host& host) {
-    DocumentWindow made;
-    made.document.fileName = copy.document.fileName;
-    if (!convert_kind(copy, made, {kind, *dither}, host)) return false;
-    std::swap(copy, made);
-    return true;
-  });
-}
-
-void animation_to_png_command(MainWindow& main, DocumentFrame& frame) {
-  if (!has_images(main, frame)) return;
-  const auto asked = ask_for_still(&main, frame.content(), main.services());
-  if (!asked) return;
-  show_result(main, frame, {StringId::ConvertedPrefix}, [&](DocumentWindow& copy, Host& host) {
-    DocumentWindow made;
-    made.document.fileName = copy.document.fileName;
-    made.document.thumbScale = copy.document.thumbScale;
-    if (!still_of_frame(copy, made, asked->frame, asked->opaque, host)) return false;
-    std::swap(copy, made);
-    return true;
-  });
-}
-
-void reconstruct_command(MainWindow& main, DocumentFrame& frame) {
-  if (!has_images(main, frame)) return;
-  Host& host = main.services().host;
-  const auto id = StringId::ReconstructQuestion;
-  const Message question{id, {}, std::string(string_text(id)), {}, &settings::WarnReconstruct};
-  if (settings::WarnReconstruct != 0 && host.ask && host.ask(question, false) != Answer::Yes) return;
-  const auto asked = ask_for_reconstruct(&main, frame.content(), main.services());
-  if (!asked) return;
-  show_result(main, frame, {StringId::ReconstructedPrefix}, [&](DocumentWindow& copy, Host& listener) {
-    return reconstruct_frames(copy, asked->depth, listener, asked->mergeEqual);
-  });
-}
 
 void extract_command(MainWindow& main, DocumentFrame& frame) {
   if (!has_images(main, frame)) return;

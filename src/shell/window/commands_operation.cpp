@@ -9,6 +9,14 @@
 namespace vellum {
 namespace {
 
+/// Some operations ask before anything else.
+bool may_begin(const Operation& operation, const Host& host) {
+  if (operation.question == StringId{} || !host.ask || (operation.asks && *operation.asks == 0)) return true;
+  const Message question{
+      operation.question, {}, std::string(string_text(operation.question)), {}, operation.asks};
+  return host.ask(question, false) == Answer::Yes;
+}
+
 /// Frames with a palette become true color first when the user agrees.
 bool may_promote(const Operation& operation, const DocumentWindow& window, const OperationChoice& choice,
                  const Host& host) {
@@ -26,13 +34,14 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
   DocumentWindow& window = frame.content();
   Host& host = main.services().host;
   if (frame_entries(window).empty()) return host.show(StringId::NoImagesHere);
+  if (!may_begin(operation, host)) return;
   const auto choice = ask_for_operation(operation, window, main.services(), &main);
   if (!choice || !may_promote(operation, window, *choice, host)) return;
   const auto work = [&](DocumentWindow& on, Host& listener) {
     return run_operation(operation, on, choice->values, choice->frames, listener);
   };
   if (operation.result == OperationResult::NewWindow) {
-    show_result(main, frame, {operation.prefix, operation.failure}, work);
+    show_result(main, frame, operation.prefix, work);
     return;
   }
   if (undo_push(window, host, lower_case(operation.parameters.title)) && work(window, host))

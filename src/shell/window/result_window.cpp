@@ -4,13 +4,12 @@
 
 namespace vellum {
 
-bool show_result(MainWindow& main, DocumentFrame& source, const ResultTexts& texts,
+bool show_result(MainWindow& main, DocumentFrame& source, StringId prefix,
                  const std::function<bool(DocumentWindow& copy, Host& host)>& work) try {
   Host& host = main.services().host;
-  DocumentWindow copy = duplicate_document(source.content(), string_text(texts.prefix));
+  DocumentWindow copy = duplicate_document(source.content(), string_text(prefix));
   if (!work(copy, host)) {
-    // Who stopped it needs no message.
-    host.stopped() ? QApplication::beep() : host.show(texts.failure, {}, host.take_fault());
+    if (host.stopped()) QApplication::beep();
     return false;
   }
   copy.document.dirty = true;
