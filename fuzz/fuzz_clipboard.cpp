@@ -1,19 +1,14 @@
 // Any bytes at all as a clipboard block: they are refused, or read, written back as the same records and
 // pasted into a document of every kind, whose list stays in order.
-#include <cstdint>
-#include <cstdlib>
-
 #include "core/edit/clipboard_block.h"
 #include "core/edit/new_document.h"
 #include "core/edit/paste_chunks.h"
+#include "fuzz_support.h"
 
 using namespace vellum;
+using namespace vellum::fuzz;
 
 namespace {
-
-void check(bool condition) {
-  if (!condition) std::abort();
-}
 
 void paste_into(DocumentKind kind, std::span<const std::uint8_t> bytes) {
   Host host;

@@ -1,21 +1,12 @@
 // Any bytes at all are read as a configuration; what is written of it reads back as the same settings, and is
 // written again as the same text.
-#include <cstdint>
-#include <cstdlib>
-
 #include "configuration/config_file.h"
 #include "configuration/config_line.h"
 #include "configuration/setting_values.h"
+#include "fuzz_support.h"
 
 using namespace vellum;
-
-namespace {
-
-void check(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
+using namespace vellum::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   reset_settings();

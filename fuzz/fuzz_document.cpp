@@ -1,12 +1,5 @@
 // Any bytes at all: they open or are refused with a reason; what opens is walked as a window would, is saved,
 // and what was saved opens again with the same images.
-#include <unistd.h>
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-
-#include "base/byte_order.h"
 #include "core/files/open_document.h"
 #include "core/files/read_mng.h"
 #include "core/files/read_png.h"
@@ -14,17 +7,12 @@
 #include "core/files/save_document.h"
 #include "core/model/chunk_description.h"
 #include "core/settings.h"
-#include "image/webp_service.h"
+#include "fuzz_support.h"
 
 using namespace vellum;
+using namespace vellum::fuzz;
 
 namespace {
-
-using Input = std::span<const std::uint8_t>;
-
-void check(bool condition) {
-  if (!condition) std::abort();
-}
 
 std::size_t walk(const DocumentWindow& window) {
   std::size_t images = 0;
@@ -39,39 +27,6 @@ std::size_t walk(const DocumentWindow& window) {
     PictureGetPixel(picture, picture.width() - 1, picture.height() - 1);
   }
   return images;
-}
-
-std::string scratch_file(const char* extension) {
-  const char* folder = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
-  return std::string(folder) + "/vellum-fuzz-" + std::to_string(getpid()) + extension;
-}
-
-/// Pixels that the header of a PNG promises.
-std::uint64_t png_pixels(Input file) {
-  if (file.size() < 24) return 0;
-  return std::uint64_t{read_be32(&file[16])} * read_be32(&file[20]);
-}
-
-/// The same for an MNG, over all images.
-std::uint64_t mng_pixels(Input file) {
-  std::uint64_t pixels = 0;
-  static constexpr std::string_view kHeader = "IHDR";
-  for (auto at = file.begin();
-       (at = std::search(at, file.end(), kHeader.begin(), kHeader.end())) != file.end(); ++at)
-    if (file.end() - at >= 12) pixels += std::uint64_t{read_be32(&at[4])} * read_be32(&at[8]);
-  return pixels;
-}
-
-/// The same for a WebP, over all frames.
-std::uint64_t webp_pixels(Input file) {
-  const auto info = WEBPGetInfoEx(file);
-  if (!info) return 0;
-  std::uint64_t frames = 1;
-  static constexpr std::string_view kFrame = "ANMF";
-  for (auto at = file.begin(); (at = std::search(at, file.end(), kFrame.begin(), kFrame.end())) != file.end();
-       ++at)
-    ++frames;
-  return std::uint64_t{info->width} * info->height * frames;
 }
 
 /// What a fuzz target feeds.

@@ -1,21 +1,12 @@
 // Any bytes at all as the payload of any tag, named by the first four, and as a palette file: they are
 // decoded without a fault, and what is damaged says so once, at the end.
-#include <cstdint>
-#include <cstdlib>
-
 #include "base/byte_order.h"
 #include "core/chunks/chunk_reading.h"
+#include "fuzz_support.h"
 #include "image/palette_file.h"
 
 using namespace vellum;
-
-namespace {
-
-void check(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
+using namespace vellum::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::span<const std::uint8_t> bytes(data, size);

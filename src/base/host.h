@@ -60,8 +60,8 @@ struct Host {
   /// False: cancelled. Empty: the offered answer is taken.
   std::function<bool(Choice&)> choose;
   std::function<void(std::string_view)> status;
-  /// Something that a person should know of what was read or written, and that is no failure: chunks that were
-  /// changed or left out, parts that are missing. Without a function of its own it is a status.
+  /// Something that a person should know of what was read or written, and that is no failure: chunks that
+  /// were changed or left out, parts that are missing. Without a function of its own it is a status.
   std::function<void(std::string_view)> note;
   /// Progress of a long operation: a caption, then steps with count and total, then the end.
   std::function<void(std::string_view caption)> progress_begin;

@@ -3,6 +3,7 @@
 
 #include "base/string_table.h"
 #include "cli/command.h"
+#include "cli/completion.h"
 #include "cli/man_text.h"
 #include "cli/operation_command.h"
 #include "cli/terminal_host.h"
@@ -32,8 +33,13 @@ void add_global_options(CLI::App& app, GlobalOptions& options) {
       ->expected(1);
   app.add_flag("--quiet", options.quiet, "No warnings, notes or progress");
   app.set_version_flag("--version", "vellum " VELLUM_VERSION);
-  // For the build, which makes the manual page; without a group it isn't in the help.
+  // For the build, which makes the manual page and what shells complete with; without a group they aren't in
+  // the help.
   app.add_flag_callback("--man", [&app] { throw CLI::CallForVersion(man_text(app), 0); })->group("");
+  const auto completion = [&app](const std::string& shell) {
+    throw CLI::CallForVersion(completion_text(app, shell), 0);
+  };
+  app.add_option_function<std::string>("--completion", completion)->group("");
   app.require_subcommand(1);
   app.fallthrough();
 }

@@ -107,6 +107,7 @@ std::vector<RecentFile> load_file_history(const fs::path& file) {
 
 void save_file_history(const fs::path& file, const std::vector<RecentFile>& history) {
   std::vector<std::string> lines;
+  lines.reserve(history.size());
   for (const RecentFile& recent : history)
     lines.push_back(recent.path + ',' + std::to_string(recent.position));
   write_lines(file, lines);

@@ -27,23 +27,31 @@ class Installed : public ::testing::Test {
     desktop_ = fs::exists(folder_ / "bin/vellumcraft");
   }
   fs::path share(const std::string& name) const { return folder_ / ("share/" + name); }
-  /// A judge that isn't installed has no objection.
-  static void judge(std::vector<std::string> command, const fs::path& file) {
-    command.push_back(file.string());
+  /// What a judge says; one that isn't installed leaves the test skipped in the end, and is named.
+  ToolResult judged(std::vector<std::string> command) {
     const ToolResult result = run_tool(command);
-    if (!result.there) return;
-    EXPECT_EQ(result.status, 0) << command[0] << ": " << result.output;
+    if (!result.there) missing_ += " " + command[0];
+    if (result.there) EXPECT_EQ(result.status, 0) << command[0] << ": " << result.output;
+    return result;
+  }
+  void TearDown() override {
+    if (!missing_.empty() && !HasFailure()) GTEST_SKIP() << "not installed:" << missing_;
+  }
+
+  std::string help_of(const std::string& command) {
+    return judged({folder_ / "bin/vellum", command, "--help"}).output;
   }
 
   ScratchFolder folder_;
   bool desktop_ = false;
+  std::string missing_;
 };
 
 TEST_F(Installed, DesktopFilesAreValid) {
   if (!desktop_) GTEST_SKIP() << "the desktop program is not built";
-  judge({"desktop-file-validate"}, share("applications/vellumcraft.desktop"));
-  judge({"xmllint", "--noout"}, share("mime/packages/vellumcraft.xml"));
-  judge({"appstreamcli", "validate", "--no-net"}, share("metainfo/vellumcraft.metainfo.xml"));
+  judged({"desktop-file-validate", share("applications/vellumcraft.desktop")});
+  judged({"xmllint", "--noout", share("mime/packages/vellumcraft.xml")});
+  judged({"appstreamcli", "validate", "--no-net", share("metainfo/vellumcraft.metainfo.xml")});
   // Every type that the entry names is one that the metainfo names too.
   const std::string entry = content_of(share("applications/vellumcraft.desktop"));
   const std::string metainfo = content_of(share("metainfo/vellumcraft.metainfo.xml"));
@@ -55,8 +63,7 @@ TEST_F(Installed, DesktopFilesAreValid) {
 
 TEST_F(Installed, FileTypesAreKnownToTheDatabase) {
   if (!desktop_) GTEST_SKIP() << "the desktop program is not built";
-  if (!run_tool({"update-mime-database", share("mime").string()}).there)
-    GTEST_SKIP() << "update-mime-database is not there";
+  if (!judged({"update-mime-database", share("mime")}).there) return;
   const std::string globs = content_of(share("mime/globs2"));
   EXPECT_NE(globs.find(":image/apng:*.apng"), std::string::npos) << globs;
   EXPECT_NE(globs.find(":video/x-mng:*.mng"), std::string::npos) << globs;
@@ -64,8 +71,8 @@ TEST_F(Installed, FileTypesAreKnownToTheDatabase) {
 
 TEST_F(Installed, IconsHaveTheirSizes) {
   if (!desktop_) GTEST_SKIP() << "the desktop program is not built";
-  judge({"xmllint", "--noout"}, share("icons/hicolor/scalable/apps/vellumcraft.svg"));
-  judge({"xmllint", "--noout"}, share("icons/hicolor/symbolic/apps/vellumcraft-symbolic.svg"));
+  judged({"xmllint", "--noout", share("icons/hicolor/scalable/apps/vellumcraft.svg")});
+  judged({"xmllint", "--noout", share("icons/hicolor/symbolic/apps/vellumcraft-symbolic.svg")});
   std::set<int> sizes;
   for (const auto& item : fs::recursive_directory_iterator(share("icons"))) {
     if (item.path().extension() != ".png") continue;
@@ -78,7 +85,7 @@ TEST_F(Installed, IconsHaveTheirSizes) {
     EXPECT_EQ(item.path().parent_path().parent_path().filename(), name);
     sizes.insert(number(16));
   }
-  if (run_tool({"rsvg-convert", "--version"}).there) {
+  if (judged({"rsvg-convert", "--version"}).there) {
     EXPECT_TRUE(sizes.contains(16) && sizes.contains(48) && sizes.contains(512));
   }
 }
@@ -88,19 +95,49 @@ TEST_F(Installed, ManualPagesTellWhatTheHelpTells) {
   for (const std::string program : {"vellum", "vellumcraft"}) {
     if (program == "vellumcraft" && !desktop_) continue;
     const fs::path page = share("man/man1/" + program + ".1");
-    const ToolResult shown = run_tool({"man", "--warnings", "-l", page.string()});
-    if (shown.there) {
-      EXPECT_EQ(shown.status, 0);
-      EXPECT_EQ(shown.output.find("warning:"), std::string::npos) << shown.output;
-    }
+    const ToolResult shown = judged({"man", "--warnings", "-l", page});
+    EXPECT_EQ(shown.output.find("warning:"), std::string::npos) << shown.output;
     const std::string text = std::regex_replace(content_of(page), std::regex(R"(\\-)"), "-");
     std::string help = run_tool({(folder_ / ("bin/" + program)).string(), "--help"}).output;
     ASSERT_NE(help.find("--version"), std::string::npos) << help;
     if (program == "vellum")
-      for (const char* command : {"convert", "edit", "manage"})
-        help += run_tool({(folder_ / "bin/vellum").string(), command, "--help"}).output;
+      for (const char* command : {"convert", "edit", "manage"}) help += help_of(command);
     for (auto at = std::sregex_iterator(help.begin(), help.end(), option); at != std::sregex_iterator(); ++at)
       EXPECT_NE(text.find(at->str()), std::string::npos) << program << " has " << at->str();
+  }
+}
+
+/// "--kind" and its like, each once.
+std::set<std::string> options_in(const std::string& text) {
+  static const std::regex option(R"((^|[\s,])(--[a-z][a-z-]*))");
+  std::set<std::string> found;
+  for (auto at = std::sregex_iterator(text.begin(), text.end(), option); at != std::sregex_iterator(); ++at)
+    found.insert((*at)[2]);
+  return found;
+}
+
+TEST_F(Installed, ShellsOfferTheOptionsThatTheHelpTells) {
+  for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+    setenv(name, folder_.path().c_str(), 1);
+  setenv("TERM", "dumb", 1);
+  const std::set<std::string> everywhere = options_in(help_of(""));
+  const std::string bash =
+      R"(. "$1"; shift; COMP_WORDS=("$@") COMP_CWORD=2; _vellum; printf '%s\n' "${COMPREPLY[@]}")";
+  const std::string fish =
+      "source " + share("fish/vendor_completions.d/vellum.fish").string() + "; complete -C ";
+  for (const std::string command : {"edit", "frames", "crop", "resize"}) {
+    SCOPED_TRACE(command);
+    std::set<std::string> wanted = options_in(help_of(command));
+    wanted.insert(everywhere.begin(), everywhere.end());
+    const std::string line = "vellum " + command + " --";
+    const ToolResult offers[] = {
+        judged({"bash", "--norc", "-c", bash, "bash", share("bash-completion/completions/vellum"), "vellum",
+                command, "--"}),
+        judged({"timeout", "60", "zsh", "-f", source_folder() / "tests/house/complete.zsh",
+                share("zsh/site-functions"), line, *wanted.rbegin()}),
+        judged({"fish", "--no-config", "-c", fish + "'" + line + "'"})};
+    for (const ToolResult& offer : offers)
+      if (offer.there) EXPECT_EQ(options_in(offer.output), wanted) << offer.output;
   }
 }
 

@@ -1,6 +1,7 @@
 #include "core/edit/adding.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/chunks/new_chunk.h"
 #include "core/edit/document_colors.h"

@@ -231,8 +231,8 @@ bool is_fixed(const ChunkRecord& record, DocumentKind kind) {
 bool is_sound_header(const ChunkRecord& record) {
   if (record.size < 0) return false;
   if (record.tag == tag::IHDR) return !png_header_fault(png_header_of(record));
-  return std::ranges::max({record.frameWidth, record.frameHeight, record.webpHeader.canvasWidth,
-                           record.webpHeader.canvasHeight}) <= kMaximumDimension;
+  return std::max({record.frameWidth, record.frameHeight, record.webpHeader.canvasWidth,
+                   record.webpHeader.canvasHeight}) <= kMaximumDimension;
 }
 
 bool is_sound(const ChunkRecord& record, DocumentKind kind) {

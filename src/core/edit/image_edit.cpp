@@ -1,5 +1,7 @@
 #include "core/edit/image_edit.h"
 
+#include <utility>
+
 #include "base/byte_order.h"
 #include "core/edit/picture_fitting.h"
 #include "core/model/record_picture.h"

@@ -1,6 +1,7 @@
 #include "core/edit/paste_chunks.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/chunks/chunk_validity.h"
 #include "core/chunks/text_chunk.h"

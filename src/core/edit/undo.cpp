@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <unordered_set>
+#include <utility>
 
 #include "base/fields.h"
 #include "core/edit/insert_chunk.h"

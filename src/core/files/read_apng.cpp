@@ -2,6 +2,7 @@
 // fdAT chunks.
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 #include "base/byte_order.h"
 #include "base/parallel.h"

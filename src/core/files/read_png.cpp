@@ -1,6 +1,7 @@
 #include "core/files/read_png.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/byte_order.h"
 #include "base/text.h"

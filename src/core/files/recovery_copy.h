@@ -3,7 +3,8 @@
 //
 // "VRCV", version, kind, whether a file name was chosen (32 bits each); when the copy was made (seconds since
 // 1970) and the time of the document's file (64 bits each); the file name and the default image, each behind
-// a length of 64 bits; then the entries as core/edit/clipboard_block.h writes them. Numbers are little-endian.
+// a length of 64 bits; then the entries as core/edit/clipboard_block.h writes them. Numbers are
+// little-endian.
 #pragma once
 
 #include <functional>

@@ -1,6 +1,7 @@
 #include "core/model/document.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/string_table.h"
 #include "core/model/chunk_description.h"

@@ -74,7 +74,7 @@ void FrameClock::put_time(ChunkRecord& record, FrameTime time) {
   // A fraction that is exact stays so until a whole unit can be given.
   const bool adds = kind == DocumentKind::APNG ? std::abs(carried) >= unit / 2 : carried != 0;
   FrameTime held = time;
-  if (adds) held = {static_cast<std::uint64_t>(std::max(wanted, 0.0) * kFine + 0.5), 1'000'000'000};
+  if (adds) held = {static_cast<std::uint64_t>(std::llround(std::max(wanted, 0.0) * kFine)), 1'000'000'000};
   set_frame_time(record, kind, ticks, held);
   const FrameTime put = frame_time(record, kind, ticks);
   const double got = static_cast<double>(put.num) / static_cast<double>(put.den), lost = wanted - got;
