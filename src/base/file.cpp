@@ -205,6 +205,14 @@ Sink file_sink(SafeFile& file) {
           [&file] { return file.commit(); }, [&file] { return file.reason(); }};
 }
 
+Sink memory_sink(std::vector<std::uint8_t>& bytes) {
+  return {[&bytes](std::span<const std::uint8_t> more) {
+            bytes.insert(bytes.end(), more.begin(), more.end());
+            return true;
+          },
+          [] { return true; }, [] { return std::string(); }};
+}
+
 Sink counting_sink(std::uint64_t& count, std::function<bool()> stop) {
   return {[&count, stop = std::move(stop)](std::span<const std::uint8_t> bytes) {
             count += bytes.size();

@@ -86,6 +86,8 @@ struct Sink {
 
 /// Into the file, which outlives the sink.
 Sink file_sink(SafeFile& file);
+/// Behind the bytes that are there, which outlive the sink.
+Sink memory_sink(std::vector<std::uint8_t>& bytes);
 /// Nowhere: the bytes are added up, to find how long a file will be. `stop`, where it is given, is asked with
 /// every write; true fails it.
 Sink counting_sink(std::uint64_t& count, std::function<bool()> stop = {});

@@ -1,7 +1,7 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
+#include "cli/exchange_command.h"
 #include "cli/frame_options.h"
-#include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "operations/convert_kind.h"
 #include "operations/operation.h"
@@ -37,7 +37,7 @@ bool convert_colors(DocumentWindow& window, const ConvertOptions& options, Host&
 
 int run_convert(const ConvertOptions& options, Host& host) {
   DocumentWindow window;
-  if (!open_document(window, options.in, host)) return kFailed;
+  if (!open_input(window, options.in, options.out, options.kind, host)) return kFailed;
   const DocumentKind kind = options.kind == DocumentKind::None ? window.document.kind : options.kind;
   if (!name_fits_kind(options.out, kind)) return kWrongUsage;
   DocumentWindow converted;

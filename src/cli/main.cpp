@@ -4,6 +4,7 @@
 #include "base/string_table.h"
 #include "cli/command.h"
 #include "cli/completion.h"
+#include "cli/exchange_command.h"
 #include "cli/man_text.h"
 #include "cli/operation_command.h"
 #include "cli/terminal_host.h"
@@ -71,6 +72,16 @@ int run(int argc, char** argv) {
     Run work = prepare_operation(*command, *operation);
     command->callback([&chosen, work] { chosen = work; });
   }
+  for (const Exporter* exporter : exporter_table()) {
+    CLI::App* command = app.add_subcommand(exporter->parameters.name, exporter->parameters.help);
+    Run work = prepare_export_command(*command, *exporter);
+    command->callback([&chosen, work] { chosen = work; });
+  }
+  for (const Importer* importer : importer_table()) {
+    CLI::App* command = app.add_subcommand(importer->parameters.name, importer->parameters.help);
+    Run work = prepare_import_command(*command, *importer);
+    command->callback([&chosen, work] { chosen = work; });
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -79,6 +90,7 @@ int run(int argc, char** argv) {
   config_open(options.config);
   if (!apply_settings(options.settings)) return kWrongUsage;
   convertImages = convert_to_header;
+  take_imports();
   Host host = terminal_host(options.quiet);
   return chosen(host);
 }

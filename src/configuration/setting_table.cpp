@@ -5,12 +5,12 @@
 #include <numeric>
 
 #include "configuration/batch_settings.h"
-#include "configuration/exchange_settings.h"
 #include "configuration/extension_settings.h"
 #include "configuration/generator_settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
+#include "exchange/settings.h"
 #include "operations/settings.h"
 #include "playback/settings.h"
 
@@ -729,6 +729,7 @@ constexpr SettingRow kSettings[] = {
     text("RecentFolder", RecentFolder),
     flag("HidePlugins", HidePlugins),
     flag("ClassicPlayback", ClassicPlayback),
+    flag("GIFOptimize", GIFOptimize),
 };
 // clang-format on
 

@@ -7,12 +7,12 @@
 #include "base/text.h"
 // The defaults below are taken from these variables, so they have to come first.
 #include "configuration/batch_settings.h"
-#include "configuration/exchange_settings.h"
 #include "configuration/extension_settings.h"
 #include "configuration/generator_settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
+#include "exchange/settings.h"
 #include "operations/settings.h"
 #include "playback/settings.h"
 

@@ -6,6 +6,8 @@
 #include "cli/parameter_options.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
+#include "exchange/exporter.h"
+#include "exchange/importer.h"
 #include "operations/operation.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -25,20 +27,20 @@ std::vector<std::string> command_of(const Operation& operation, const std::files
 }
 
 /// How a flag is said that is on or, where nothing is said otherwise, off.
-std::string flag_option(const Operation& operation, const Field& field, bool on) {
-  for (const CompoundOption& option : operation.parameters.options)
+std::string flag_option(const Parameters& row, const Field& field, bool on) {
+  for (const CompoundOption& option : row.options)
     if (option.name == std::string_view(field.name)) return on ? "--" + cli::option_name(field.name) : "";
   return on == (field.initial != 0) ? "" : (on ? "--" : "--no-") + cli::option_name(field.name);
 }
 
-std::vector<std::string> words_of(const Operation& operation, const FieldValues& values) {
+std::vector<std::string> words_of(const Parameters& row, const FieldValues& values) {
   std::vector<std::string> words;
-  for (const Field& field : operation.parameters.fields) {
-    if (!field_enabled(operation.parameters.fields, field, values)) continue;
+  for (const Field& field : row.fields) {
+    if (!field_enabled(row.fields, field, values)) continue;
     const FieldValue& value = *values.find(field.name);
     const std::string name = cli::option_name(field.name);
     if (field.type == FieldType::Flag) {
-      if (const auto word = flag_option(operation, field, values.number(field.name) != 0); !word.empty())
+      if (const auto word = flag_option(row, field, values.number(field.name) != 0); !word.empty())
         words.push_back(word);
     } else {
       words.insert(words.end(), {"--" + name, field_value_text(field, value)});
@@ -71,7 +73,7 @@ TEST(OperationCommands, WriteWhatTheOperationMakes) {
         values = initial_values(fields_for(operation->parameters, window));
       ASSERT_TRUE(run_operation(*operation, window, values, all_frames(3), recorder.host));
       ASSERT_TRUE(save_document(window, wanted, recorder.host));
-      auto words = words_of(*operation, values);
+      auto words = words_of(operation->parameters, values);
       const auto command = command_of(*operation, in, out);
       words.insert(words.begin(), command.begin(), command.end());
       const auto result = testing::run_tool(words);
@@ -103,7 +105,7 @@ TEST(OperationCommands, ValuesBeyondTheirRangeAreWrongUsage) {
 }
 
 /// The line of the guide's table for a field.
-std::string guide_line(const Operation& operation, const Field& field) {
+std::string guide_line(const Parameters& row, const Field& field) {
   std::string values = field.type == FieldType::Flag ? "yes, no" : "";
   for (const FieldChoice& choice : field.choices)
     values.append(values.empty() ? "" : "; ").append(choice.name);
@@ -116,23 +118,63 @@ std::string guide_line(const Operation& operation, const Field& field) {
       flag ? (field.initial ? "yes" : "no") : field_value_text(field, initial_value(field));
   std::string option = "--" + cli::option_name(field.name);
   if (flag) {
-    const std::string changed = flag_option(operation, field, field.initial == 0);
-    option = changed.empty() ? flag_option(operation, field, true) : changed;
+    const std::string changed = flag_option(row, field, field.initial == 0);
+    option = changed.empty() ? flag_option(row, field, true) : changed;
   }
   return "| " + std::string(field.label) + " | " + values + " | " + initial + " | `" + option + "` |";
 }
 
-TEST(OperationCommands, TheGuideHasAPageOfEachWithItsFields) {
-  for (const Operation* operation : operation_table()) {
+TEST(OperationCommands, TheGuideHasAPageOfEachRowWithItsFields) {
+  std::vector<const Parameters*> rows;
+  for (const Operation* row : operation_table()) rows.push_back(&row->parameters);
+  for (const Exporter* row : exporter_table()) rows.push_back(&row->parameters);
+  for (const Importer* row : importer_table()) rows.push_back(&row->parameters);
+  for (const Parameters* row : rows) {
     const auto bytes = testing::file_bytes(testing::source_folder() / "docs/guide" /
-                                           (std::string(guide_page(operation->parameters)) + ".md"));
+                                           (std::string(guide_page(*row)) + ".md"));
     const std::string page(bytes.begin(), bytes.end());
-    for (const Field& field : operation->parameters.fields)
-      EXPECT_NE(page.find(guide_line(*operation, field) + "\n"), std::string::npos)
-          << operation->parameters.name << ": " << guide_line(*operation, field);
-    for (const CompoundOption& option : operation->parameters.options)
+    for (const Field& field : row->fields)
+      EXPECT_NE(page.find(guide_line(*row, field) + "\n"), std::string::npos)
+          << row->name << ": " << guide_line(*row, field);
+    for (const CompoundOption& option : row->options)
       EXPECT_NE(page.find("--" + std::string(option.name)), std::string::npos)
-          << operation->parameters.name << ": " << option.name;
+          << row->name << ": " << option.name;
+  }
+}
+
+TEST(ExchangeCommands, WriteWhatTheRowsMake) {
+  testing::ScratchFolder folder;
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  const std::string vellum = testing::program_folder() / "vellum";
+  for (const Exporter* row : exporter_table()) {
+    SCOPED_TRACE(row->parameters.name);
+    const DocumentKind kind = row->parameters.kinds.front();
+    const std::string extension = std::filesystem::path(testing::kFileNames.at(kind)).extension();
+    const auto in = folder / ("in" + extension);
+    const std::string end(row->extension), out = folder / ("out" + end), wanted = folder / ("wanted" + end);
+    Recorder recorder;
+    DocumentWindow made = testing::small_document(kind, is_animation(kind) ? 3 : 1, 6), window;
+    ASSERT_TRUE(save_document(made, in, recorder.host));
+    ASSERT_TRUE(open_document(window, in, recorder.host));
+    FieldValues values = initial_values(fields_for(row->parameters, window));
+    for (const Field& field : row->parameters.fields)
+      values.set(field.name, field.type == FieldType::Flag ? 1 - field.initial : field.least);
+    auto words = words_of(row->parameters, values);
+    words.insert(words.begin(), {vellum, row->parameters.name, in, out});
+    const auto result = testing::run_tool(words);
+    ASSERT_EQ(result.status, 0) << result.output;
+    ASSERT_TRUE(export_document(*row, window, values, wanted, recorder.host));
+    EXPECT_EQ(testing::file_bytes(out), testing::file_bytes(wanted));
+    words[3] = folder / "out.jpg";
+    EXPECT_EQ(testing::run_tool(words).status, 2) << "a name of another format";
+    // And back, under names of each kind.
+    for (const char* name : {"back.png", "back.mng", "back.webp"}) {
+      const auto back = testing::run_tool({vellum, "convert", out, folder / name});
+      ASSERT_EQ(back.status, 0) << back.output;
+      DocumentWindow again;
+      ASSERT_TRUE(open_document(again, folder / name, recorder.host));
+      EXPECT_EQ(frame_entries(again).size(), frame_entries(window).size());
+    }
   }
 }
 

@@ -13,6 +13,7 @@
 #include "operations/operation.h"
 #include "support/corpus.h"
 #include "support/documents.h"
+#include "support/trials.h"
 
 namespace vellum {
 namespace {
@@ -58,30 +59,6 @@ std::vector<Sample> samples() {
   return made;
 }
 
-/// The values that a row is tried with: the defaults, and each field at both ends of its range.
-std::vector<FieldValues> trials(const Operation& operation, const DocumentWindow& window) {
-  const std::vector<Field> fields = fields_for(operation.parameters, window);
-  std::vector<FieldValues> made{initial_values(fields)};
-  const auto add = [&](const Field& field, FieldValue value) {
-    FieldValues values = initial_values(fields);
-    enable_field(fields, field, values);
-    values.set(field.name, std::move(value));
-    made.push_back(std::move(values));
-  };
-  for (const Field& field : fields) {
-    if (field.locked || field.type == FieldType::Text) continue;
-    for (const FieldChoice& choice : field.choices) add(field, choice.value);
-    if (field.type == FieldType::Real) add(field, field.leastReal), add(field, field.mostReal);
-    if (field.type == FieldType::Flag) add(field, std::int64_t{0}), add(field, std::int64_t{1});
-    if (field.type == FieldType::Whole) {
-      add(field, field.least);
-      // Sides of thousands of pixels would take long and tell nothing more.
-      add(field, std::min<std::int64_t>(field.most, 300));
-    }
-  }
-  return made;
-}
-
 std::vector<std::uint8_t> file_of(DocumentWindow window, const std::filesystem::path& folder) {
   const auto path = folder / testing::kFileNames.at(window.document.kind);
   Recorder recorder;
@@ -123,7 +100,7 @@ TEST_P(OperationLaw, EveryValueGivesAValidFileOrNothing) {
     if (!takes_kind(operation.parameters, sample.window.document.kind)) continue;
     const FrameList all = all_frames(frame_entries(sample.window).size());
     std::size_t number = 0;
-    for (const FieldValues& values : trials(operation, sample.window))
+    for (const FieldValues& values : testing::trials(operation.parameters, sample.window))
       for (const FrameList& frames : operation.scoped&& all.size() > 1 ? std::vector<FrameList>{all, {0}, {2}}
                                                                        : std::vector<FrameList>{all}) {
         SCOPED_TRACE(std::string(operation.parameters.name) + ", " + sample.name + ", trial " +

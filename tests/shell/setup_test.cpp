@@ -7,10 +7,10 @@
 #include <QTimer>
 
 #include "base/text.h"
-#include "configuration/exchange_settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
+#include "exchange/settings.h"
 #include "shell/forms/number_edit.h"
 #include "shell/setup/setup_dialog.h"
 #include "shell/setup/setup_fields.h"

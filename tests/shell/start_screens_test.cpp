@@ -12,9 +12,9 @@
 
 #include "configuration/batch_settings.h"
 #include "configuration/config_file.h"
-#include "configuration/exchange_settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
+#include "exchange/settings.h"
 #include "shell/dialogs/system_information.h"
 #include "shell/forms/default_folders.h"
 #include "shell/help/help_window.h"

@@ -112,6 +112,8 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   const KeptNotes kept(document, host);
   const ContentRow* content = find_content(*file);
   const DocumentKind kind = kind_to_read(path, content);
+  if (importForeign && (!content || content->kind == DocumentKind::None))
+    if (const auto imported = importForeign(window, path, *file, host)) return *imported;
   if (content && content->kind == DocumentKind::None)
     if (const Picture picture = GraphicFileRead(path.string()); picture)
       return offer_document(window, picture, *content, host);

@@ -1,6 +1,10 @@
 // Opening a file: which reader, its message, and what the content really is.
 #pragma once
 
+#include <filesystem>
+#include <optional>
+#include <span>
+
 #include "base/host.h"
 #include "core/model/document.h"
 
@@ -11,5 +15,10 @@ namespace vellum {
 /// document that was never saved. On failure the stated message goes to the host ("Error reading file", with
 /// the reason and what the content is below it) and the window is left for its owner to drop.
 bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host);
+
+/// Who makes documents of files that are none, set by the programs: the parts of the house that do lie above
+/// this one. Nothing where it doesn't know the file either; else as `open_document`.
+inline std::optional<bool> (*importForeign)(DocumentWindow& window, const std::filesystem::path& path,
+                                            std::span<const std::uint8_t> bytes, Host& host) = nullptr;
 
 }  // namespace vellum

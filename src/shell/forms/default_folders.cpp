@@ -4,8 +4,8 @@
 #include <QStandardPaths>
 
 #include "configuration/batch_settings.h"
-#include "configuration/exchange_settings.h"
 #include "configuration/shell_settings.h"
+#include "exchange/settings.h"
 #include "shell/look/text.h"
 
 namespace vellum {

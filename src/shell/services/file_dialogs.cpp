@@ -4,13 +4,17 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
+#include <QMessageBox>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
 #include "configuration/shell_settings.h"
 #include "core/model/kind_table.h"
+#include "exchange/importer.h"
 #include "image/graphic_file.h"
 #include "shell/forms/default_folders.h"
+#include "shell/forms/form.h"
 #include "shell/look/text.h"
 #include "shell/services/file_preview.h"
 #include "shell/services/saving.h"
@@ -21,6 +25,12 @@ namespace {
 QString patterns(std::string_view name) {
   const QString extension = to_qt(name);
   return QStringLiteral("*.%1 *.%2").arg(extension, extension.toUpper());
+}
+
+QStringList patterns_of(std::span<const std::string_view> extensions) {
+  QStringList all;
+  for (const std::string_view extension : extensions) all << patterns(extension.substr(1));
+  return all;
 }
 
 /// The files that people tell apart: kinds of one name share a filter.
@@ -73,6 +83,38 @@ QStringList ask_with_preview(QFileDialog& dialog, const QStringList& filters, in
   return dialog.selectedFiles();
 }
 
+/// A dialog of files with a form below the list, whose values must be in order.
+class FieldsFileDialog : public QFileDialog {
+ public:
+  FieldsFileDialog(QWidget* parent, const FileChoice& choice, const QString& folder)
+      : QFileDialog(parent, to_qt(choice.title), folder), choice_(choice) {
+    setOption(QFileDialog::DontUseNativeDialog);
+    setFileMode(choice.saving ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    setAcceptMode(choice.saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    setNameFilters(to_qt(choice.filters).split(QStringLiteral(";;")));
+    setDefaultSuffix(path_text(choice.name.extension()));
+    form_ = new Form(fields_for(*choice.parameters, *choice.window), *choice.values, this);
+    if (auto* grid = qobject_cast<QGridLayout*>(layout()))
+      grid->addWidget(form_, grid->rowCount(), 0, 1, grid->columnCount());
+    if (choice.saving) selectFile(path_text(choice.name.filename()));
+  }
+
+  void accept() override {
+    const FieldValues values = form_->values();
+    const auto fault = check_values(*choice_.parameters, values, *choice_.window);
+    if (fault) {
+      QMessageBox::warning(this, windowTitle(), to_qt(fault->text));
+      return form_->show_fault(*fault);
+    }
+    QFileDialog::accept();
+    if (result() == QDialog::Accepted) *choice_.values = values;
+  }
+
+ private:
+  const FileChoice& choice_;
+  Form* form_;
+};
+
 /// Files that are saved have the first extension of their kind.
 QString save_filter(DocumentKind kind) {
   const KindRow& row = kind_row(kind);
@@ -88,8 +130,17 @@ QString open_filters() {
     all << format.patterns;
     single << filter_of(format);
   }
+  for (const Importer* importer : importer_table()) {
+    const QStringList own = patterns_of(importer->extensions);
+    all << own;
+    single << filter_of({importer->filter, own});
+  }
   single.prepend(QObject::tr("All formats (%1)").arg(all.join(u' ')));
   return single.join(QStringLiteral(";;"));
+}
+
+QString file_filter(std::string_view name, std::span<const std::string_view> extensions) {
+  return filter_of({name, patterns_of(extensions)});
 }
 
 std::optional<std::filesystem::path> ask_for_open(QWidget* parent) {
@@ -122,6 +173,13 @@ std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileCho
   if (QWidget* dialog = QApplication::activeModalWidget()) parent = dialog;
   std::string& folder = choice.saving ? settings::OpenExportPath : settings::OpenImportPath;
   const std::filesystem::path start = to_path(usable_folder(folder)) / choice.name;
+  if (choice.parameters && !choice.parameters->fields.empty()) {
+    FieldsFileDialog dialog(parent, choice, path_text(start.parent_path()));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+    const std::filesystem::path chosen = to_path(dialog.selectedFiles().front());
+    folder = chosen.parent_path().string();
+    return chosen;
+  }
   const QString title = to_qt(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
   const QStringList single = filters.split(QStringLiteral(";;"));
   const int wanted = choice.filter   ? *choice.filter

@@ -9,6 +9,8 @@ namespace vellum {
 
 /// "All files", then one entry a format; each with small and capital letters.
 QString open_filters();
+/// The filter of a format: "GIF files (*.gif *.GIF)".
+QString file_filter(std::string_view name, std::span<const std::string_view> extensions);
 
 std::optional<std::filesystem::path> ask_for_open(QWidget* parent);
 std::optional<std::filesystem::path> ask_for_save(QWidget* parent, const SaveChoice& choice);

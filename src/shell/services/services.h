@@ -10,6 +10,7 @@
 
 #include "base/host.h"
 #include "core/model/document.h"
+#include "operations/parameters.h"
 
 namespace vellum {
 
@@ -26,6 +27,11 @@ struct FileChoice {
   bool saving = false;
   /// Number of the filter that was chosen last; null: the one that takes `name`, or the first.
   int* filter = nullptr;
+  /// Fields below the list of files: those of a row as they fit `window`; `values` are shown, and take what
+  /// the user chose.
+  const Parameters* parameters = nullptr;
+  const DocumentWindow* window = nullptr;
+  FieldValues* values = nullptr;
 };
 
 struct Services {

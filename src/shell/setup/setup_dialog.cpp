@@ -9,9 +9,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "configuration/exchange_settings.h"
 #include "configuration/setting_values.h"
 #include "configuration/shell_settings.h"
+#include "exchange/settings.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 #include "shell/setup/setup_fields.h"

@@ -43,7 +43,7 @@ const CommandRow kCommands[] = {
     {54, "Set&up", Menu::File, 5, Nothing, {}, "setup", setup_command},
     {111, "Su&percompress", Menu::File, 6, Entries, kApngAndMng, "supercompress", kLater},
     {121, "Export to &ANI", Menu::File, 7, Entries, kAnimations, "export", kLater},
-    {122, "Export to &GIF", Menu::File, 7, Entries, kAnimations, "export", kLater},
+    {122, "Export to &GIF", Menu::File, 7, Entries, kAnimations, "export", export_command<122>},
     {116, "Export to &ILG", Menu::File, 7, Entries, kAnimations, "export", kLater},
     {112, "Export to &Movie", Menu::File, 7, Entries, {}, "export", kLater},
     {115, "Export to SW&F", Menu::File, 7, Entries, kAnimations, "export", kLater},

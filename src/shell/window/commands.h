@@ -93,4 +93,17 @@ void operation_command(MainWindow& main, DocumentFrame& frame) {
   run_operation_command(main, frame, Number);
 }
 
+/// Asks for a name and the values of an export, and writes the file.
+void run_export_command(MainWindow& main, DocumentFrame& frame, int number);
+template <int Number>
+void export_command(MainWindow& main, DocumentFrame& frame) {
+  run_export_command(main, frame, Number);
+}
+/// Asks for a file of an import, which becomes a document in a window of its own.
+void run_import_command(MainWindow& main, int number);
+template <int Number>
+void import_command(MainWindow& main) {
+  run_import_command(main, Number);
+}
+
 }  // namespace vellum

@@ -17,6 +17,7 @@
 #include "core/files/open_document.h"
 #include "core/model/document_notes.h"
 #include "core/settings.h"
+#include "exchange/importer.h"
 #include "operations/convert_colors.h"
 #include "shell/look/icon.h"
 #include "shell/look/text.h"
@@ -85,6 +86,7 @@ MainWindow::MainWindow()
       desktop_(*this, status_),
       services_(desktop_services(*this, desktop_)) {
   convertImages = convert_to_header;
+  take_imports();
   services_.host.note = [this](std::string_view text) { take_note(text); };
   setObjectName(QStringLiteral("Vellumcraft"));
   setWindowIcon(program_icon("vellumcraft"));

@@ -1,4 +1,4 @@
-// Settings of imports, exports and publishing. They move to the wing `exchange/` when it comes.
+// Settings of imports, exports and publishing.
 #pragma once
 
 #include <string>
@@ -9,6 +9,7 @@ namespace vellum::settings {
 inline int GIFDither = 0;            ///< flag
 inline int GIFTransparency = 128;    ///< 0 to 255: alpha below it is transparent
 inline int GIFMaskColor = 0xFFFFFF;  ///< color of transparent pixels
+inline int GIFOptimize = 0;          ///< flag: frames are cut to what changes
 inline int WarnGifTransparency = 1;  ///< flag: alpha that is lost is told
 
 // ANI cursors

@@ -1,0 +1,12 @@
+// The rows of all exports and imports. Each stands in the file of its name.
+#pragma once
+
+#include "exchange/exporter.h"
+#include "exchange/importer.h"
+
+namespace vellum {
+
+extern const Exporter kExportGif;
+extern const Importer kImportGif;
+
+}  // namespace vellum

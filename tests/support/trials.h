@@ -1,0 +1,32 @@
+// The values that a row of parameters is tried with.
+#pragma once
+
+#include "operations/parameters.h"
+
+namespace vellum::testing {
+
+/// The defaults, and each field at both ends of its range.
+inline std::vector<FieldValues> trials(const Parameters& parameters, const DocumentWindow& window) {
+  const std::vector<Field> fields = fields_for(parameters, window);
+  std::vector<FieldValues> made{initial_values(fields)};
+  const auto add = [&](const Field& field, FieldValue value) {
+    FieldValues values = initial_values(fields);
+    enable_field(fields, field, values);
+    values.set(field.name, std::move(value));
+    made.push_back(std::move(values));
+  };
+  for (const Field& field : fields) {
+    if (field.locked || field.type == FieldType::Text) continue;
+    for (const FieldChoice& choice : field.choices) add(field, choice.value);
+    if (field.type == FieldType::Real) add(field, field.leastReal), add(field, field.mostReal);
+    if (field.type == FieldType::Flag) add(field, std::int64_t{0}), add(field, std::int64_t{1});
+    if (field.type == FieldType::Whole) {
+      add(field, field.least);
+      // Sides of thousands of pixels would take long and tell nothing more.
+      add(field, std::min<std::int64_t>(field.most, 300));
+    }
+  }
+  return made;
+}
+
+}  // namespace vellum::testing
