@@ -51,13 +51,13 @@ std::uint32_t reversed_bytes(std::uint32_t value) {
 }
 
 /// "#RRGGBB" or "#RRGGBBAA"; the value has red in its low byte.
-std::optional<std::int64_t> parse_color(std::string_view text) {
+std::optional<std::int64_t> parse_color(std::string_view text, bool alpha) {
   if (!text.starts_with('#')) return parse_whole(text);
   text.remove_prefix(1);
   std::uint32_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  if (text.size() == 6) return reversed_bytes(value << 8 | 0xFF);
+  if (text.size() == 6) return reversed_bytes(value << 8 | (alpha ? 0xFF : 0));
   if (text.size() == 8) return reversed_bytes(value);
   return std::nullopt;
 }
@@ -71,7 +71,7 @@ std::optional<std::int64_t> parse_number(const Field& field, std::string_view te
     case FieldType::Choice:
       return parse_choice(field, text);
     case FieldType::Color:
-      return parse_color(text);
+      return parse_color(text, field.most > 0xFFFFFF);
     default:
       if (field.special && equal_ignoring_case(field.special, text)) return field.specialValue;
       return parse_whole(text);
