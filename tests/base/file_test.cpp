@@ -15,11 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 void put(const fs::path& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
 
 std::size_t names_in(const fs::path& folder) {
@@ -36,7 +31,7 @@ TEST(SafeFile, ReplacesTheTargetAndKeepsItsPermissions) {
   put(folder / "a", "old");
   fs::permissions(folder / "a", fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_TRUE(save(folder / "a", "new"));
-  EXPECT_EQ(content(folder / "a"), "new");
+  EXPECT_EQ(testing::file_text(folder / "a"), "new");
   EXPECT_EQ(fs::status(folder / "a").permissions(), fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_EQ(names_in(folder.path()), 1u);
 }
@@ -48,7 +43,7 @@ TEST(SafeFile, FollowsALink) {
   fs::create_symlink("real/a", folder / "link");
   EXPECT_TRUE(save(folder / "link", "new"));
   EXPECT_TRUE(fs::is_symlink(folder / "link"));
-  EXPECT_EQ(content(folder / "real/a"), "new");
+  EXPECT_EQ(testing::file_text(folder / "real/a"), "new");
 }
 
 TEST(SafeFile, WithoutACommitNothingIsLeft) {
@@ -59,7 +54,7 @@ TEST(SafeFile, WithoutACommitNothingIsLeft) {
     const std::vector<std::uint8_t> much(1 << 20);
     EXPECT_TRUE(file.write(much));
   }
-  EXPECT_EQ(content(folder / "a"), "old");
+  EXPECT_EQ(testing::file_text(folder / "a"), "old");
   EXPECT_EQ(names_in(folder.path()), 1u);
 }
 
@@ -103,7 +98,7 @@ TEST(SafeFile, ADiskThatIsFullKeepsTheOldFile) {
   std::signal(SIGXFSZ, old_action);
   EXPECT_FALSE(written);
   EXPECT_FALSE(file.reason().empty());
-  EXPECT_EQ(content(folder / "a"), "old");
+  EXPECT_EQ(testing::file_text(folder / "a"), "old");
   EXPECT_EQ(names_in(folder.path()), 1u);
 }
 

@@ -655,22 +655,16 @@ TEST_F(ChunkFields, TipsTellWhatFieldsTell) {
   };
   const Case cases[] = {
       {png, tag::IHDR, "Width: 2\nDepth: 2\nBits: 8\nColor type: True color\nInterlaced: no"},
-      {png, tag::gAMA, "Gamma: 2.20 (45455)"},
-      {png, tag::bKGD, "Background: 0, 0, 0"},
       {png, tag::tEXt, "Title\nOne\ntwo"},
       {png, tag::tIME, "March 31, 2024, 9:07:03"},
       {png, tag::IDAT, "Image 1 of 1\nSize: 2 x 2\nColors: 16,777,216\nAlpha: no"},
-      {png, tag::IEND, "This chunk ends the file. It has no content."},
       {anim, tag::acTL, "Frames: 2\nPlays: for ever\nRunning time: 200 ms"},
       {anim, tag::IDAT,
        "Image 1 of 2\nSize: 2 x 2\nPosition: 0, 0\nDelay: 100 ms\nColors: 16,777,216\nAlpha: no\nDispose: "
        "None\n"
        "Blend: Source"},
       {mng, tag::TERM, "Action: Repeat\nIterations: 5\nDelay: 0"},
-      {mng, tag::LOOP, "Loop level: 0\nRepeats: 2"},
-      {mng, tag::BACK, "Background: 0, 0, 0\nRequired: Color is a suggestion"},
       {mng, tag::FRAM, "Framing mode: 1\nDelay: 100 ticks (100 ms)"},
-      {mng, tag::DEFI, "Object: 0\nPosition: 1, 2"},
       {mng, make_tag("DHDR"), "DHDR, 4 bytes\n00 01 01 07  ...."},
   };
   for (const Case& c : cases) EXPECT_EQ(chunk_tip(c.window, find(c.window, c.tag)), c.tip);

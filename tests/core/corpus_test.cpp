@@ -55,11 +55,6 @@ const Exception* exception_for(const std::string& name) {
 
 std::vector<testing::TableRow> rows() { return testing::corpus_rows({"png", "png-bad", "apng", "apng-bad"}); }
 
-std::string content(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// Times stay as they are, so that two saves can be compared.
 class Corpus : public ::testing::Test {
  protected:
@@ -160,7 +155,7 @@ TEST_F(Corpus, WhatIsSavedIsValidShowsTheSameAndIsStable) {
     EXPECT_EQ(static_cast<bool>(window.document.defaultImage), static_cast<bool>(again.document.defaultImage))
         << name_of(row);
     ASSERT_TRUE(save_document(again, second, recorder.host)) << name_of(row);
-    EXPECT_EQ(content(first), content(second)) << name_of(row);
+    EXPECT_EQ(testing::file_text(first), testing::file_text(second)) << name_of(row);
   }
   settings::PngCompression = 9;
 }

@@ -80,11 +80,6 @@ class Mng : public ::testing::Test {
   Recorder recorder_;
 };
 
-std::string file_bytes(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// How many delays "250,0,100x24" lists.
 std::size_t delays_in(const std::string& text) {
   std::size_t count = 0;
@@ -124,7 +119,7 @@ TEST_F(Mng, TheCorpusLoadsSavesAndIsStable) {
       EXPECT_EQ(testing::rgba_of(window, images[i]), testing::rgba_of(again, after[i]))
           << row.at("path") << " image " << i;
     ASSERT_TRUE(save_document(again, folder_ / "again.mng", recorder.host));
-    EXPECT_EQ(file_bytes(file_), file_bytes(folder_ / "again.mng")) << row.at("path");
+    EXPECT_EQ(testing::file_text(file_), testing::file_text(folder_ / "again.mng")) << row.at("path");
   }
   EXPECT_GT(pixels, 5u);
 }
@@ -256,10 +251,10 @@ TEST_F(Mng, TheIdentityCommentIsWrittenOnce) {
             std::string("Comment\0", 8) +
                 "FILE IDENTITY\r\nCreated or modified by\r\nMe myself\r\nand I\r\nVellumcraft 15\r\n");
   EXPECT_EQ(window.list.size(), 4u) << "the list does not change";
-  const std::string once = file_bytes(file_);
+  const std::string once = testing::file_text(file_);
   ASSERT_TRUE(open_document(again, file_, recorder_.host));
   ASSERT_TRUE(save_document(again, file_, recorder_.host));
-  EXPECT_EQ(file_bytes(file_), once);
+  EXPECT_EQ(testing::file_text(file_), once);
 }
 
 TEST_F(Mng, TheIdentityFileIsUtf8OrLatin1AndItsStartCounts) {

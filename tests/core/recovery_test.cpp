@@ -34,11 +34,6 @@ std::vector<std::uint8_t> block_of(const DocumentWindow& window) {
   return bytes;
 }
 
-std::string bytes_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// Writes a copy, reads it, and holds the two documents equal.
 void expect_comes_back(const DocumentWindow& window, const fs::path& path) {
   ASSERT_TRUE(write_recovery_copy(window, path, 1234567));
@@ -93,7 +88,7 @@ TEST(RecoveryCopy, DamagedCopiesAreRefused) {
   window.document.fileName = "a.png";
   window.document.defaultImage = small_picture(2, 2, 24).handle();
   ASSERT_TRUE(write_recovery_copy(window, path, 0));
-  const std::string whole = bytes_of(path);
+  const std::string whole = testing::file_text(path);
   for (std::size_t length = 0; length < whole.size(); ++length) {
     std::ofstream(path, std::ios::binary) << whole.substr(0, length);
     DocumentWindow again;

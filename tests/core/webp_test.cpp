@@ -270,19 +270,6 @@ TEST_F(WebpDocument, OneImageIsAStill) {
   }
 }
 
-TEST_F(WebpDocument, QualityCountsWithoutLossless) {
-  DocumentWindow window = document_of({{64, 64, 0x40000080}, {64, 64, 0xFF0040FF}}, 64, 64);
-  settings::WEBPLossless = 0;
-  const auto size_at = [&](int quality) {
-    settings::WEBPQualityFactor = quality;
-    EXPECT_EQ(images_of(reopened(window)).size(), 2u);
-    return fs::file_size(file_);
-  };
-  const auto low = size_at(0);
-  EXPECT_LT(low, size_at(100));
-  EXPECT_EQ(low, size_at(-5)) << "a setting out of range is brought into it";
-}
-
 TEST_F(WebpDocument, WhatCantBeWrittenLeavesTheOldFile) {
   struct Case {
     const char* what;
@@ -407,19 +394,6 @@ class WebpConversion : public WebpDocument {
     EXPECT_TRUE(read_png(window, png_file(chunks), recorder_.host)) << recorder_.host.take_fault();
     return window;
   }
-
-  /// Fills image `number` of the list with a color.
-  static void paint(DocumentWindow& window, std::size_t number, Colour colour) {
-    ChunkRecord record;
-    for (std::size_t i = 0; i < window.list.size(); ++i) {
-      if (!is_image_entry(window.document.kind, window.list.record(i).tag) || number-- != 0) continue;
-      chunk_list_get(window.list, i, record);
-      Picture picture = picture_of(record);
-      PictureFillRect(picture, 0, 0, 1000, 1000, colour);
-      record.data = picture.handle();
-      chunk_list_put(window.list, i, record);
-    }
-  }
 };
 
 TEST_F(WebpConversion, StillsGetTheirTransparencyApplied) {
@@ -469,38 +443,6 @@ TEST_F(WebpConversion, StillsGetTheirTransparencyApplied) {
   }
 }
 
-TEST_F(WebpConversion, FramesBecomeTheCanvasesThatTheyMake) {
-  // Red; half-transparent green over its left part, disposed to previous; blue in a corner, disposed to
-  // background; a clear frame over all.
-  DocumentWindow window = read({{"IHDR", header_payload(4, 4, 8, 6)},
-                                {"acTL", be32(4) + be32(3)},
-                                {"fcTL", frame_control(0, 4, 4, 0, 0, 1, 3)},
-                                {"IDAT", zero_image(4, 4, 8, 6)},
-                                {"fcTL", frame_control(1, 2, 4, 0, 0, 5, 1000, 2, 1)},
-                                {"fdAT", be32(2) + zero_image(2, 4, 8, 6)},
-                                {"fcTL", frame_control(3, 2, 2, 2, 2, 7, 0, 1, 0)},
-                                {"fdAT", be32(4) + zero_image(2, 2, 8, 6)},
-                                {"fcTL", frame_control(5, 4, 4, 0, 0, 0, 100, 0, 1)},
-                                {"fdAT", be32(6) + zero_image(4, 4, 8, 6)},
-                                {"IEND", ""}});
-  paint(window, 0, 0xFF0000FF);
-  paint(window, 1, 0x8000FF00);
-  paint(window, 2, 0x40FF0000);
-  const DocumentWindow again = reopened(window);
-  EXPECT_EQ(delays_of(again), (std::vector<std::uint32_t>{333, 5, 70, 0}));
-  EXPECT_EQ(header_of(again).loopCount, 3u);
-  const auto shown = images_of(again);
-  ASSERT_EQ(shown.size(), 4u);
-  const auto corners = [&](std::size_t i) {
-    return std::array{PictureGetPixel(shown[i], 0, 0), PictureGetPixel(shown[i], 3, 0),
-                      PictureGetPixel(shown[i], 3, 3)};
-  };
-  EXPECT_EQ(corners(0), (std::array<Colour, 3>{0xFF0000FF, 0xFF0000FF, 0xFF0000FF}));
-  EXPECT_EQ(corners(1), (std::array<Colour, 3>{0xFF00807F, 0xFF0000FF, 0xFF0000FF}));
-  EXPECT_EQ(corners(2), (std::array<Colour, 3>{0xFF0000FF, 0xFF0000FF, 0x40FF0000}));
-  EXPECT_EQ(corners(3), (std::array<Colour, 3>{0xFF0000FF, 0xFF0000FF, 0}));
-}
-
 TEST_F(WebpConversion, WholeFramesGoOverAsTheyAre) {
   DocumentWindow window = read({{"IHDR", header_payload(4, 4, 8, 2)},
                                 {"acTL", be32(2) + be32(0)},
@@ -519,43 +461,6 @@ TEST_F(WebpConversion, WholeFramesGoOverAsTheyAre) {
   EXPECT_TRUE(header.bitsPerPixel == 24 && header.colorType == 2 && header.frameCount == 2);
 }
 
-TEST_F(WebpConversion, ImagesOfAnMngPileUpUnlessTheirModeClears) {
-  DocumentWindow window;
-  window.document.kind = DocumentKind::MING;
-  ChunkRecord record;
-  new_chunk(window, record, tag::MHDR);
-  record.frameWidth = record.frameHeight = 4;
-  record.ticksPerSecond = 100;
-  chunk_list_append(window.list, window.document, record);
-  for (int i = 0; i < 3; ++i) {
-    NewChunkArgument argument;
-    argument.picture = picture_for({2, 2, 0xFF000000u >> 8 * i, 0, 0, 0, 0, i == 0 ? 24u : 32u}).handle();
-    new_chunk(window, record, tag::PNGI, argument);
-    record.flags |= CRF_FRAM | CRF_DEFI;
-    record.image.edit().defiBytes = 12;
-    record.image.edit().defiBlock.xLocation = i << 24;  // the file's byte order
-    record.image.edit().framBlock.interframeDelay = 5u << 24;
-    record.image.edit().framBlock.framingMode = i == 2 ? 4 : 1;
-    if (i == 0) {
-      record.flags |= CRF_TRNS;
-      record.image.edit().transBytes = 6;
-      record.image.edit().trans[1] = 1;  // the pixel at the origin
-    }
-    chunk_list_append(window.list, window.document, record);
-  }
-  new_chunk(window, record, tag::MEND);
-  chunk_list_append(window.list, window.document, record);
-  DocumentWindow converted;
-  ASSERT_TRUE(convert_document(window, converted, DocumentKind::WEBP, recorder_.host))
-      << recorder_.host.take_fault();
-  EXPECT_EQ(delays_of(converted), (std::vector<std::uint32_t>{50, 50, 50}));
-  EXPECT_EQ(header_of(converted).loopCount, 1u) << "without LOOP or TERM it plays once";
-  const auto shown = images_of(converted);
-  EXPECT_EQ(PictureGetPixel(shown[0], 0, 0), 0u) << "its transparent color";
-  EXPECT_EQ(PictureGetPixel(shown[1], 0, 1), 0xFF000000u) << "what the first left";
-  EXPECT_EQ(PictureGetPixel(shown[2], 1, 1), 0u) << "cleared";
-}
-
 // -------------------------------------------------------------------------------------------------- hostile
 
 class WebpHostile : public WebpDocument {
@@ -564,48 +469,7 @@ class WebpHostile : public WebpDocument {
     EXPECT_TRUE(save_document(window, file_, recorder_.host));
     return bytes_of(file_);
   }
-
-  bool survives(const Bytes& bytes) {
-    Recorder recorder;
-    DocumentWindow window, again;
-    if (!read_webp(window, bytes, recorder.host)) {
-      EXPECT_TRUE(recorder.host.has_fault) << "a failure without a reason";
-      return false;
-    }
-    if (!save_document(window, file_, recorder.host)) return true;
-    EXPECT_TRUE(open_document(again, file_, recorder.host));
-    EXPECT_EQ(images_of(window).size(), images_of(again).size());
-    return true;
-  }
-
-  std::vector<Bytes> small_files() {
-    return {saved(document_of({{12, 10, 0x800000FF}, {3, 3, 0x80FF0000, 20, 3, 3}, {12, 10, 7, 0}})),
-            encode_webp_still(picture_for({}), true, 0), encode_webp_still(picture_for({}), false, 50)};
-  }
 };
-
-TEST_F(WebpHostile, CutAtEveryLength) {
-  for (const Bytes& whole : small_files()) {
-    ASSERT_TRUE(survives(whole));
-    std::size_t opened = 0;
-    for (std::size_t length = 0; length < whole.size(); ++length)
-      opened += survives(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
-    EXPECT_LE(opened, 3u) << "the decoder may forgive padding at the end of a still";
-  }
-}
-
-TEST_F(WebpHostile, ChangedAtEveryByte) {
-  for (const Bytes& whole : small_files())
-    for (std::size_t at = 0; at < whole.size(); ++at) {
-      // Sizes of a canvas stay small.
-      if (at >= 25 && at < 30) continue;
-      for (const int change : {0x01, 0x80, 0xFF}) {
-        Bytes damaged(whole);
-        damaged[at] = static_cast<std::uint8_t>(damaged[at] ^ change);
-        survives(damaged);
-      }
-    }
-}
 
 TEST_F(WebpHostile, FramesThatPassTheMemoryOfADocumentAreRefusedBeforeTheyAreDecoded) {
   std::vector<Frame> frames(90, {1, 1});

@@ -13,11 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string content_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 class Installed : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -53,8 +48,8 @@ TEST_F(Installed, DesktopFilesAreValid) {
   judged({"xmllint", "--noout", share("mime/packages/vellumcraft.xml")});
   judged({"appstreamcli", "validate", "--no-net", share("metainfo/vellumcraft.metainfo.xml")});
   // Every type that the entry names is one that the metainfo names too.
-  const std::string entry = content_of(share("applications/vellumcraft.desktop"));
-  const std::string metainfo = content_of(share("metainfo/vellumcraft.metainfo.xml"));
+  const std::string entry = file_text(share("applications/vellumcraft.desktop"));
+  const std::string metainfo = file_text(share("metainfo/vellumcraft.metainfo.xml"));
   for (const char* type : {"image/png", "image/apng", "video/x-mng", "image/webp"}) {
     EXPECT_NE(entry.find(std::string(type) + ';'), std::string::npos) << type;
     EXPECT_NE(metainfo.find('>' + std::string(type) + '<'), std::string::npos) << type;
@@ -64,7 +59,7 @@ TEST_F(Installed, DesktopFilesAreValid) {
 TEST_F(Installed, FileTypesAreKnownToTheDatabase) {
   if (!desktop_) GTEST_SKIP() << "the desktop program is not built";
   if (!judged({"update-mime-database", share("mime")}).there) return;
-  const std::string globs = content_of(share("mime/globs2"));
+  const std::string globs = file_text(share("mime/globs2"));
   EXPECT_NE(globs.find(":image/apng:*.apng"), std::string::npos) << globs;
   EXPECT_NE(globs.find(":video/x-mng:*.mng"), std::string::npos) << globs;
 }
@@ -76,7 +71,7 @@ TEST_F(Installed, IconsHaveTheirSizes) {
   std::set<int> sizes;
   for (const auto& item : fs::recursive_directory_iterator(share("icons"))) {
     if (item.path().extension() != ".png") continue;
-    const std::string bytes = content_of(item.path());
+    const std::string bytes = file_text(item.path());
     ASSERT_GT(bytes.size(), 24u);
     const auto number = [&bytes](std::size_t at) {
       return static_cast<unsigned char>(bytes[at + 2]) << 8 | static_cast<unsigned char>(bytes[at + 3]);
@@ -97,7 +92,7 @@ TEST_F(Installed, ManualPagesTellWhatTheHelpTells) {
     const fs::path page = share("man/man1/" + program + ".1");
     const ToolResult shown = judged({"man", "--warnings", "-l", page});
     EXPECT_EQ(shown.output.find("warning:"), std::string::npos) << shown.output;
-    const std::string text = std::regex_replace(content_of(page), std::regex(R"(\\-)"), "-");
+    const std::string text = std::regex_replace(file_text(page), std::regex(R"(\\-)"), "-");
     std::string help = run_tool({(folder_ / ("bin/" + program)).string(), "--help"}).output;
     ASSERT_NE(help.find("--version"), std::string::npos) << help;
     if (program == "vellum")

@@ -126,23 +126,6 @@ TEST_F(Corpus, FieldsOfAnyWidthReachTheirWholeRange) {
   }
 }
 
-TEST_F(Corpus, JpegsTurnByTheirOrientation) {
-  settings::ImageJpegExifOrientation = 0;
-  int turned = 0;
-  for (const TableRow& row : corpus_rows({"jpeg"})) {
-    if (row.at("alt_oracle").find("EXIF") == std::string::npos) continue;
-    ++turned;
-    const std::string name = corpus_file(row).string() + "/X";
-    const Picture picture = GraphicFileRead(name);
-    EXPECT_EQ(md5_of_picture(picture), row.at("pixel_md5_alt")) << row.at("path");
-    std::uint32_t width = 0;
-    GraphicFileInfo(name, &width, nullptr, nullptr, nullptr);
-    EXPECT_EQ(width, picture.width()) << row.at("path");
-  }
-  EXPECT_GE(turned, 13);
-  settings::ImageJpegExifOrientation = 1;
-}
-
 std::vector<std::uint8_t> bytes_of(const std::filesystem::path& path) {
   std::string reason;
   const auto file = read_file(path, reason, kMaximumFileBytes);

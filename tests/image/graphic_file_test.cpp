@@ -67,12 +67,6 @@ TEST(GraphicName, AnExistingFileIsNoSwitch) {
   EXPECT_EQ(GraphicFileType(name), kNoGraphicFile);
 }
 
-TEST(GraphicFile, TheTableStandsInItsOrder) {
-  std::vector<std::string_view> extensions;
-  for (const auto& module : graphic_file_modules()) extensions.push_back(module.extension);
-  EXPECT_THAT(extensions, ::testing::ElementsAre("jpg", "bmp", "gif", "pcx", "tga", "png", "webp"));
-}
-
 TEST(GraphicFile, StatusAndInformation) {
   const ScratchFolder folder;
   std::mt19937 random(1);

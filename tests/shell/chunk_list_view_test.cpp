@@ -195,33 +195,5 @@ TEST_F(ViewTest, ThumbnailsAreMadeForTheRowsThatAreSeenAndKept) {
   EXPECT_EQ(thumbnails_.made(), made);
 }
 
-TEST_F(ViewTest, TheCaretsRowHasABracketAlongItsBottom) {
-  show(long_document(5));
-  click(2);
-  click(2, kControl);
-  settle();
-  const QImage image = view_->viewport()->grab().toImage();
-  const QRect row = view_->row_rect(2);
-  const QRgb colour = style::bracket_colour(view_->palette()).rgb();
-  const int bottom = row.bottom() + 1;
-  struct Dot {
-    int x, y;
-    bool drawn;
-  };
-  const Dot dots[] = {{0, bottom - 8, true},
-                      {1, bottom - 8, true},
-                      {0, bottom - 1, true},
-                      {150, bottom - 1, true},
-                      {150, bottom - 2, true},
-                      {row.right(), bottom - 1, true},
-                      {row.right() - 1, bottom - 8, true},
-                      {150, bottom - 3, false},
-                      {0, bottom - 9, false},
-                      {2, bottom - 5, false},
-                      {150, bottom, false}};
-  for (const Dot& dot : dots)
-    EXPECT_EQ(image.pixel(dot.x, dot.y) == colour, dot.drawn) << dot.x << ", " << dot.y - bottom;
-}
-
 }  // namespace
 }  // namespace vellum::testing

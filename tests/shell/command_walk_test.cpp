@@ -2,7 +2,6 @@
 #include <QDialog>
 #include <QTimer>
 
-#include "core/build/convert_records.h"
 #include "core/edit/undo.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
@@ -39,13 +38,6 @@ class CommandWalk : public WindowTest {
     for (QWidget* window : QApplication::topLevelWidgets())
       if (window != &main_ && window->isVisible()) window->close();
   }
-  DocumentWindow document_of(DocumentKind kind) {
-    if (kind == DocumentKind::PING) return still_document();
-    DocumentWindow converted;
-    if (kind == DocumentKind::APNG) return animated_document(2);
-    EXPECT_TRUE(convert_document(animated_document(2), converted, kind, main_.services().host));
-    return converted;
-  }
   std::vector<std::string> rows(DocumentFrame& frame) {
     std::vector<std::string> told;
     for (std::size_t i = 0; i < frame.entries().size(); ++i)
@@ -73,7 +65,7 @@ TEST_F(CommandWalk, WhoeverCancelsKeepsTheDocument) {
   for (const auto kind : {DocumentKind::PING, DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP})
     for (const CommandRow& row : command_table()) {
       if (is_one_of(kLeaving, row.number)) continue;
-      DocumentFrame& frame = add(document_of(kind));
+      DocumentFrame& frame = add(document_of(kind, main_.services().host));
       frame.entries().select(1, true);
       ASSERT_TRUE(undo_push(frame.content(), main_.services().host));
       main_.refresh();

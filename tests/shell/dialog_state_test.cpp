@@ -65,11 +65,6 @@ const char* const kLines =
     "DlgItem_000005=CBTN,4278190335\nDlgItem_000006=TEDT,a,b\\\\n\nDlgItem_000007=SPNI,-3\n"
     "DlgItem_000008=SPNF,2.500\nDlgItem_000011=RADB,1\nDlgItem_000020=SCRB,40\nDlgItem_000021=LSTB,1\n";
 
-std::string content(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 TEST(DialogState, EveryControlComesBack) {
   const ScratchFolder folder;
   std::ofstream(folder / "in.txt") << "; a comment\n" << kLines << "Other=CHKB,0\n";
@@ -87,7 +82,7 @@ TEST(DialogState, EveryControlComesBack) {
   EXPECT_EQ(sample.bar.value(), 40);
   EXPECT_EQ(sample.rows.currentRow(), 1);
   store_dialog_state(sample.dialog, sample.table(), folder / "out.txt");
-  EXPECT_EQ(content(folder / "out.txt"), kLines);
+  EXPECT_EQ(file_text(folder / "out.txt"), kLines);
 }
 
 TEST(DialogState, WhatDoesNotFitIsLeftOut) {
@@ -113,7 +108,7 @@ TEST(DialogState, WhatDoesNotFitIsLeftOut) {
   EXPECT_FALSE(other.check.isChecked());
   EXPECT_EQ(other.bar.value(), 40);
   store_dialog_state(other.dialog, other.table(), folder / "out.txt");
-  EXPECT_EQ(content(folder / "out.txt").find("000002"), std::string::npos);
+  EXPECT_EQ(file_text(folder / "out.txt").find("000002"), std::string::npos);
 }
 
 }  // namespace

@@ -126,17 +126,10 @@ const InsertCase kInserts[] = {
     {DocumentKind::PING, 2, 1024, "Edit tEXt", "IHDR tEXt IEND"},
     {DocumentKind::PING, 2, 1023, "Edit tIME", "IHDR tIME IEND"},
     {DocumentKind::PING, 2, 1026, "Edit tRNS", "IHDR tRNS IEND"},
-    {DocumentKind::APNG, 2, 1025, "Edit zTXt", "IHDR acTL zTXt IEND"},
-    {DocumentKind::APNG, 2, 1027, "Edit gAMA", "IHDR acTL gAMA IEND"},
-    {DocumentKind::APNG, 2, 1024, "Edit tEXt", "IHDR acTL tEXt IEND"},
-    {DocumentKind::APNG, 2, 1023, "Edit tIME", "IHDR acTL tIME IEND"},
     {DocumentKind::APNG, 2, 1026, "Edit tRNS", "IHDR acTL tRNS IEND"},
     {DocumentKind::MING, 2, 1050, "Edit BACK", "MHDR BACK LOOP ENDL MEND"},
     {DocumentKind::MING, 2, 1055, "", "MHDR LOOP PNGI ENDL MEND"},
     {DocumentKind::MING, 2, 1056, "Edit TERM", "MHDR TERM LOOP ENDL MEND"},
-    {DocumentKind::MING, 2, 1024, "Edit tEXt", "MHDR LOOP tEXt ENDL MEND"},
-    {DocumentKind::MING, 2, 1025, "Edit zTXt", "MHDR LOOP zTXt ENDL MEND"},
-    {DocumentKind::MING, 2, 1023, "Edit tIME", "MHDR LOOP tIME ENDL MEND"},
     {DocumentKind::WEBP, 2, 1060, "", "WEBH WEBI"},
 };
 
@@ -183,47 +176,6 @@ TEST_F(EditingTest, CancelOfAnInsertTakesTheEntryAwayAndOkWithoutAChangeKeepsIt)
   EXPECT_EQ(text_of(frame.entries().record(1)), "Hello");
 }
 
-TEST_F(EditingTest, LoopsGoAroundTheCaretsImage) {
-  DocumentFrame& frame = add_with_images(DocumentKind::MING, 2);
-  ASSERT_EQ(tags(frame), "MHDR LOOP PNGI PNGI ENDL MEND");
-  frame.document().caret = 3;
-  press_in_dialog(QDialogButtonBox::Ok);
-  main_.run(1053);
-  EXPECT_EQ(title_, "Edit LOOP");
-  ASSERT_EQ(tags(frame), "MHDR LOOP PNGI LOOP PNGI ENDL MEND");
-  frame.document().caret = 4;
-  press_in_dialog(QDialogButtonBox::Ok);
-  main_.run(1054);
-  EXPECT_EQ(tags(frame), "MHDR LOOP PNGI LOOP PNGI ENDL ENDL MEND");
-  EXPECT_TRUE(answers_.messages.empty());
-}
-
-TEST_F(EditingTest, ARefusedInsertIsToldAndLeavesNoLevel) {
-  struct Case {
-    DocumentKind kind;
-    int number;
-    StringId message;
-  };
-  const Case cases[] = {{DocumentKind::PING, 1020, StringId::AlreadyExists},
-                        {DocumentKind::MING, 1053, StringId::LoopPosition},
-                        {DocumentKind::MING, 1054, StringId::LoopEndPosition}};
-  for (const Case& c : cases) {
-    DocumentFrame& frame = add_with_images(c.kind, 1);
-    frame.document().caret = c.number == 1054 ? 3 : 0;
-    const std::size_t levels = frame.content().undoLevels.size();
-    const std::string before = tags(frame);
-    answers_.messages.clear();
-    answers_.severalPictures.reset();
-    main_.run(c.number);
-    ASSERT_EQ(answers_.messages.size(), 1u) << c.number;
-    EXPECT_EQ(answers_.messages[0].id, c.message) << answers_.messages[0].text;
-    EXPECT_FALSE(answers_.severalPictures) << "pictures were asked for in vain";
-    EXPECT_EQ(tags(frame), before);
-    EXPECT_EQ(frame.content().undoLevels.size(), levels);
-    frame.close_without_question();
-  }
-}
-
 TEST_F(EditingTest, SeveralPicturesBecomeFramesAndADamagedOneIsAskedAbout) {
   const auto bad = folder_ / "bad.png";
   std::ofstream(bad).put('x');
@@ -239,34 +191,6 @@ TEST_F(EditingTest, SeveralPicturesBecomeFramesAndADamagedOneIsAskedAbout) {
     EXPECT_EQ(tags(frame), answer == Answer::Yes ? "WEBH WEBI WEBI" : "WEBH WEBI");
     EXPECT_EQ(frame.content().undoLevels.size(), 1u);
   }
-}
-
-TEST_F(EditingTest, TheToolbarsListHasTheItemsOfTheKind) {
-  struct Case {
-    DocumentKind kind;
-    std::vector<int> numbers;
-  };
-  const Case cases[] = {{DocumentKind::PING, {1022, 1025, 1027, 1020, 1021, 1024, 1023, 1026, 1070}},
-                        {DocumentKind::APNG, {1022, 1025, 1020, 1021, 1024, 1026, 1070}},
-                        {DocumentKind::MING, {1050, 1025, 1055, 1053, 1054, 1056, 1024, 1023, 1071}},
-                        {DocumentKind::WEBP, {1060, 1072}}};
-  for (const Case& c : cases) {
-    add_new(c.kind);
-    main_.run(60);
-    auto* menu = main_.findChild<QMenu*>(QStringLiteral("insert"));
-    ASSERT_NE(menu, nullptr);
-    EXPECT_TRUE(menu->isVisible());
-    std::vector<int> numbers;
-    for (const QAction* action : menu->actions()) numbers.push_back(action->data().toInt());
-    EXPECT_EQ(numbers, c.numbers);
-    menu->close();
-    delete menu;
-  }
-  DocumentFrame& frame = add_new(DocumentKind::APNG);
-  answers_.pictures = {picture_file()};
-  main_.run(60);
-  main_.findChild<QMenu*>(QStringLiteral("insert"))->actions().at(2)->trigger();
-  EXPECT_EQ(tags(frame), "IHDR acTL IDAT IEND") << "the list inserts what the main menu does not offer here";
 }
 
 // -------------------------------------------------------------------------------------------------------
@@ -303,28 +227,6 @@ TEST_F(EditingTest, NewAsksForTheKindsParametersAndKeepsTheSize) {
 
 // -------------------------------------------------------------------------------------------------------
 // delete, undo, move
-
-TEST_F(EditingTest, DeleteAsksAboutSeveralAndSparesHeaderAndEnd) {
-  DocumentFrame& frame = add(long_document(6));
-  main_.run(50);
-  answers_.answers = {Answer::No};
-  QTest::keyClick(&main_, Qt::Key_Delete);
-  ASSERT_EQ(answers_.questions.size(), 1u);
-  EXPECT_EQ(answers_.questions[0].text, "Do you wish to delete all 6 chunks?");
-  EXPECT_TRUE(answers_.questions[0].more.starts_with(
-      "To be deleted: IDAT, 3 tEXt.\nCan't be deleted: IHDR, IEND.\n\nYou will be unable"))
-      << answers_.questions[0].more;
-  EXPECT_EQ(frame.entries().size(), 6u);
-  main_.run(61);
-  EXPECT_EQ(tags(frame), "IHDR IEND");
-  EXPECT_TRUE(answers_.messages.empty()) << "one box has told all";
-  frame.entries().select_all(false);
-  frame.entries().select(1, true);
-  settings::WarnKillChunk = 0;
-  main_.run(61);
-  EXPECT_TRUE(answers_.messages.empty()) << "the warning is switched off";
-  EXPECT_EQ(answers_.questions.size(), 2u) << "one chunk needs no question";
-}
 
 TEST_F(EditingTest, UndoBringsListSelectionCaretAndTopBack) {
   DocumentFrame& frame = add(long_document(400));
@@ -542,29 +444,6 @@ TEST_F(EditingTest, PicturesAndTextOfOtherProgramsBecomeChunks) {
   }
   ASSERT_EQ(answers_.messages.size(), 1u);
   EXPECT_EQ(answers_.messages[0].id, StringId::PasteRefused) << "a WebP holds no text";
-}
-
-TEST_F(EditingTest, HostileClipboardBytesGiveTheMessageAndNothingElse) {
-  DocumentFrame& source = add_with_images(DocumentKind::WEBP, 1);
-  source.entries().select(1, true);
-  main_.run(202);
-  const QByteArray good = QGuiApplication::clipboard()->mimeData()->data(kChunkMime);
-  ASSERT_GT(good.size(), 40);
-  std::vector<QByteArray> blocks = {"", "VCHK", QByteArray(4096, '\xff'), "VCHK" + QByteArray(64, '\xff')};
-  for (qsizetype length = 1; length < good.size(); length += 37) blocks.push_back(good.left(length));
-  DocumentFrame& frame = add(animated_document(2));
-  for (const QByteArray& block : blocks) {
-    auto* data = new QMimeData;
-    data->setData(kChunkMime, block);
-    QGuiApplication::clipboard()->setMimeData(data);
-    settle();
-    answers_.messages.clear();
-    main_.run(203);
-    ASSERT_EQ(answers_.messages.size(), 1u) << block.size();
-    EXPECT_EQ(answers_.messages[0].id, StringId::ClipboardInvalid) << block.size();
-    EXPECT_EQ(tags(frame), "IHDR acTL IDAT IDAT IEND");
-    EXPECT_FALSE(frame.document().dirty);
-  }
 }
 
 TEST(PictureImage, ImagesBecomePicturesOfTheirDepthAndBack) {
@@ -788,17 +667,6 @@ TEST_F(EditingTest, ARowTellsMoreOnceThePointerRests) {
   settings::FileTipShow = 0;
   hover(4);
   EXPECT_EQ(frame.document().TipChunk, -1);
-}
-
-TEST(FilePreview, TellsSizeAndColors) {
-  const ScratchFolder folder;
-  const auto path = folder / "a.png";
-  ASSERT_TRUE(GraphicFileWrite(path.string(), sample_picture(30, 20, 8)));
-  EXPECT_EQ(picture_file_text(QString::fromStdString(path.string())).toStdString(),
-            "Width: 30\nDepth: 20\nColors: 256\nAlpha:  no");
-  std::ofstream(path).put('x');
-  EXPECT_EQ(picture_file_text(QString::fromStdString(path.string())), QString());
-  EXPECT_TRUE(picture_filters(true).startsWith(QStringLiteral("All pictures (*.jpg *.JPG")));
 }
 
 }  // namespace

@@ -166,73 +166,6 @@ TEST_F(EditorTest, WhatIsTypedArrivesAndCancelChangesNothing) {
   }
 }
 
-/// What an outside program says of a value that was typed.
-struct Judged {
-  DocumentKind kind;
-  ChunkTag tag;
-  const char* field;
-  const char* text;
-  const char* said;
-};
-
-const Judged kJudged[] = {
-    {DocumentKind::PING, tag::gAMA, "stored", "100000", "gAMA at offset 0x00025, length 4: 1.0000"},
-    {DocumentKind::PING, tag::bKGD, "green", "5", "green = 0x0005"},
-    {DocumentKind::PING, tag::tEXt, "keyword", "Author", "keyword: Author"},
-    {DocumentKind::APNG, tag::acTL, "numPlays", "12", "numPlays\": 12"},
-    {DocumentKind::APNG, tag::IDAT, "delayNum", "30", "delay_ms\": 300"},
-    {DocumentKind::MING, tag::MHDR, "ticksPerSecond", "600", "600 ticks per second"},
-    {DocumentKind::MING, tag::BACK, "mandatory", "Color is required", "blue = 0xffff (mandatory)"},
-    {DocumentKind::MING, tag::TERM, "delay", "9", "inter-iteration delay = 9 ticks"},
-    {DocumentKind::WEBP, tag::WEBH, "loopCount", "4", "Loop count      : 4"},
-};
-
-DocumentWindow full_document(DocumentKind kind, Host& host) {
-  DocumentWindow still = still_document(), animation = animated_document(2), made;
-  if (kind == DocumentKind::PING) {
-    for (const ChunkTag tag : {tag::gAMA, tag::bKGD, tag::tEXt})
-      EXPECT_TRUE(insert_chunk(still, tag, {}, host));
-    return still;
-  }
-  if (kind == DocumentKind::APNG) return animation;
-  EXPECT_TRUE(convert_document(animation, made, kind, host));
-  if (kind == DocumentKind::MING)
-    for (const ChunkTag tag : {tag::BACK, tag::TERM})
-      if (chunk_find_first(made.list, tag) == kNoEntry) EXPECT_TRUE(insert_chunk(made, tag, {}, host));
-  return made;
-}
-
-std::string said_of(const std::filesystem::path& file, DocumentKind kind) {
-  if (kind == DocumentKind::WEBP) return run_tool({"webpinfo", file}).output;
-  if (kind == DocumentKind::APNG)
-    return run_tool({program_folder() / "vellum", "list", "--json", file}).output;
-  return run_tool({"pngcheck", "-v", "-t", file}).output;
-}
-
-TEST_F(EditorTest, OutsideProgramsSeeWhatWasTyped) {
-  if (!run_tool({"pngcheck"}).there || !run_tool({"webpinfo"}).there) GTEST_SKIP() << "no judge is installed";
-  const SettingsGuard guard;
-  settings::IdentifyFiles = 0;
-  const ScratchFolder folder;
-  for (const Judged& j : kJudged) {
-    SCOPED_TRACE(tag_letters(j.tag));
-    DocumentWindow window = full_document(j.kind, services_.host);
-    EXPECT_TRUE(edit(window, j.tag, [&] {
-      for (QCheckBox* box : dialog_->findChildren<QCheckBox*>())
-        if (box->text().contains(QLatin1String("For ever"))) box->setChecked(false);
-      if (j.tag == tag::TERM) type("action", QStringLiteral("Repeat"));
-      type(j.field, QLatin1String(j.text));
-      press(QDialogButtonBox::Ok);
-    }));
-    const auto file = folder / (j.kind == DocumentKind::MING   ? "a.mng"
-                                : j.kind == DocumentKind::WEBP ? "a.webp"
-                                                               : "a.png");
-    ASSERT_TRUE(save_document(window, file, services_.host));
-    EXPECT_EQ(objections(file), "");
-    EXPECT_NE(said_of(file, j.kind).find(j.said), std::string::npos) << said_of(file, j.kind);
-  }
-}
-
 TEST_F(EditorTest, ABadValueIsToldAndFocusedAndTheDialogStays) {
   DocumentWindow window = document_of(DocumentKind::MING, kMngTags);
   EXPECT_FALSE(edit(window, tag::MHDR, [&] {
@@ -369,18 +302,6 @@ TEST_F(EditorTest, HeadersOfferWhatTheirColorTypeAllowsAndCountTheirFrames) {
   }));
   EXPECT_EQ(mng.list.record(0).layerCount, 2u);
   EXPECT_NE(mng.list.record(0).simplicityProfile & 1, 0u);
-}
-
-TEST_F(EditorTest, EndsTellThatTheyHaveNoContent) {
-  DocumentWindow window = document_of(DocumentKind::PING, kStillTags);
-  EXPECT_FALSE(edit(window, tag::IEND, [&] {
-    bool told = false;
-    for (const QLabel* label : dialog_->findChildren<QLabel*>())
-      told = told || label->text() == "This chunk ends the file. It has no content.";
-    EXPECT_TRUE(told);
-    press(QDialogButtonBox::Ok);
-  }));
-  EXPECT_EQ(find_editor(DocumentKind::MING, tag::IEND), edit_unknown) << "there it is a raw chunk";
 }
 
 TEST_F(EditorTest, EveryControlHasANameAKeyAndAPlaceInTheTabOrder) {

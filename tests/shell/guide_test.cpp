@@ -14,9 +14,7 @@
 #include "shell/help/help_window.h"
 #include "shell/help/page_style.h"
 #include "shell/look/style.h"
-#include "shell/setup/setup_dialog.h"
 #include "shell/setup/setup_fields.h"
-#include "shell/start/tips.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 
@@ -137,7 +135,6 @@ TEST_F(HelpTest, WorksBesideADialogThatBlocksTheRest) {
     ASSERT_TRUE(help);
     EXPECT_TRUE(help->isVisible());
     EXPECT_EQ(help->view().page(), QStringLiteral("chunk_text.md"));
-    take_picture(*help, "help");
     // A click has to reach it although the dialog is modal.
     QTreeWidget* tree = help->findChild<QTreeWidget*>();
     EXPECT_EQ(tree->currentItem()->text(0), QStringLiteral("tEXt: text")) << "where the reader is";
@@ -198,16 +195,6 @@ TEST_F(HelpTest, CanBeReadOnADarkDesktopAndAfterItChanges) {
         EXPECT_GE(style::contrast(ground.color(), text), 4.5);
       }
     EXPECT_GT(shaded, 20u);
-    take_picture(help, palette == before ? "help-light" : "help-dark");
-    SetupDialog setup;
-    setup.show();
-    take_picture(setup, palette == before ? "setup-light" : "setup-dark");
-    show_tips(nullptr);
-    for (QWidget* widget : QApplication::topLevelWidgets())
-      if (widget->objectName() == QStringLiteral("TipOfTheDay")) {
-        take_picture(*widget, palette == before ? "tip-light" : "tip-dark");
-        widget->close();
-      }
   }
   QApplication::setPalette(before);
 }

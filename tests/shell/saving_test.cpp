@@ -12,11 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string bytes_of(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST(Saving, NamesGetTheExtensionOfTheirKind) {
   struct Case {
     const char* name;
@@ -70,7 +65,7 @@ TEST_F(SavingTest, ADocumentWithoutANameOfItsOwnAsksForOne) {
   EXPECT_TRUE(save(untitled, services_));
   EXPECT_EQ(untitled.document.fileName, folder_ / "new.png");
   EXPECT_TRUE(untitled.document.HasFileName);
-  EXPECT_FALSE(bytes_of(folder_ / "new.png").empty());
+  EXPECT_FALSE(file_text(folder_ / "new.png").empty());
 
   DocumentWindow stated = loaded("UnTitled.png");
   answers_.save = folder_ / "untitled.png";
@@ -117,12 +112,12 @@ TEST_F(SavingTest, AFileThatAnotherProgramChangedIsAskedAbout) {
   fs::last_write_time(folder_ / "shared.png", window.document.fileTime + std::chrono::seconds(5));
   answers_.answers = {Answer::No};
   EXPECT_FALSE(save(window, services_));
-  EXPECT_EQ(bytes_of(folder_ / "shared.png"), "another");
+  EXPECT_EQ(file_text(folder_ / "shared.png"), "another");
   ASSERT_EQ(answers_.questions.size(), 1u);
   EXPECT_NE(answers_.questions[0].text.find((folder_ / "shared.png").string()), std::string::npos);
   answers_.answers = {Answer::Yes};
   EXPECT_TRUE(save(window, services_));
-  EXPECT_NE(bytes_of(folder_ / "shared.png"), "another");
+  EXPECT_NE(file_text(folder_ / "shared.png"), "another");
   EXPECT_TRUE(save(window, services_));
   EXPECT_EQ(answers_.questions.size(), 2u);
   fs::remove(folder_ / "shared.png");

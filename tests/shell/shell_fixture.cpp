@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "core/build/convert_records.h"
 #include "core/model/chunk_layout.h"
 #include "shell/look/icon.h"
 #include "shell/look/program_style.h"
@@ -108,6 +109,14 @@ DocumentWindow animated_document(std::size_t frames, std::uint32_t width, std::u
   records.insert(records.end(), frames, image_record(width, height));
   records.push_back(plain_record(tag::IEND));
   return document_of(DocumentKind::APNG, records);
+}
+
+DocumentWindow document_of(DocumentKind kind, Host& host) {
+  if (kind == DocumentKind::PING) return still_document();
+  if (kind == DocumentKind::APNG) return animated_document(2);
+  DocumentWindow converted;
+  EXPECT_TRUE(convert_document(animated_document(2), converted, kind, host));
+  return converted;
 }
 
 DocumentWindow long_document(std::size_t rows) {

@@ -36,6 +36,8 @@ Picture sample_picture(std::uint32_t width, std::uint32_t height, std::uint32_t 
 DocumentWindow still_document(std::uint32_t width = 40, std::uint32_t height = 30);
 /// An animated PNG with frames of the canvas' size.
 DocumentWindow animated_document(std::size_t frames, std::uint32_t width = 40, std::uint32_t height = 30);
+/// One of the first, or the second with two frames, in another kind.
+DocumentWindow document_of(DocumentKind kind, Host& host);
 /// A still PNG with `rows` entries, most of them text.
 DocumentWindow long_document(std::size_t rows);
 

@@ -484,57 +484,5 @@ TEST_F(ViewCommandTest, AClickOutsideClosesWhereThatIsWanted) {
   EXPECT_TRUE(selected_rows(main_.area().active()->entries()).empty()) << "keys reach the viewer alone";
 }
 
-/// A ball with a soft edge that rolls over nothing.
-DocumentWindow rolling_ball(DocumentKind kind) {
-  constexpr int kWide = 260, kHigh = 150, kRadius = 44, kFrames = 12;
-  DocumentWindow window = small_document(kind, kFrames, 6);
-  window.document.fileName = "/somewhere/ball";
-  int number = 0;
-  for (std::size_t i = 0; i < window.list.size(); ++i) {
-    ChunkRecord record;
-    chunk_list_get(window.list, i, record);
-    if (i == 0) {
-      record.width = record.frameWidth = record.webpHeader.canvasWidth = kWide;
-      record.height = record.frameHeight = record.webpHeader.canvasHeight = kHigh;
-    }
-    if (is_image_entry(kind, record.tag)) {
-      Picture picture = PictureCreateAlpha(kWide, kHigh);
-      const int left = 50 + number++ * (kWide - 100) / (kFrames - 1);
-      for (int y = 0; y < kHigh; ++y)
-        for (int x = 0; x < kWide; ++x) {
-          const int inside = kRadius * kRadius - (x - left) * (x - left) - (y - 75) * (y - 75);
-          const auto alpha = static_cast<std::uint32_t>(std::clamp(inside / 3, 0, 255));
-          PicturePutPixel(picture, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
-                          alpha << 24 | make_colour(40, static_cast<std::uint32_t>(60 + x / 2),
-                                                    static_cast<std::uint32_t>(220 - y)));
-        }
-      record.data = picture.handle();
-      record.frameControl = {0, kWide, kHigh, 0, 0, 6, 100, 0, 0};
-      record.webpImage.delay = 60;
-    }
-    chunk_list_put(window.list, i, record);
-  }
-  return window;
-}
-
-TEST_F(ViewerTest, Pictures) {
-  if (qEnvironmentVariableIsEmpty("VELLUM_PICTURES")) GTEST_SKIP() << "nobody wants pictures";
-  const QPalette light = QApplication::palette();
-  const QPalette dark(QColor(0x30, 0x32, 0x36));
-  const std::pair<DocumentKind, const char*> kinds[] = {{DocumentKind::APNG, "apng"},
-                                                        {DocumentKind::MING, "mng"},
-                                                        {DocumentKind::WEBP, "webp"},
-                                                        {DocumentKind::PING, "png"}};
-  for (const auto& [kind, name] : kinds)
-    for (const bool night : {false, true}) {
-      QApplication::setPalette(night ? dark : light);
-      open(kind == DocumentKind::PING ? still_document(240, 150) : rolling_ball(kind));
-      for (int i = 0; i < 5; ++i) key(Qt::Key_Right);
-      if (night) key(Qt::Key_B), key(Qt::Key_Plus);
-      take_picture(*viewer_, std::string(name) + (night ? "-dark" : "-light"));
-    }
-  QApplication::setPalette(light);
-}
-
 }  // namespace
 }  // namespace vellum::testing

@@ -56,6 +56,11 @@ std::vector<std::uint8_t> file_bytes(const std::filesystem::path& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+std::string file_text(const std::filesystem::path& file) {
+  const auto bytes = file_bytes(file);
+  return {bytes.begin(), bytes.end()};
+}
+
 ScratchFolder::ScratchFolder() {
   std::string pattern = (std::filesystem::temp_directory_path() / "vellum-test-XXXXXX").string();
   if (const char* made = mkdtemp(pattern.data())) path_ = made;

@@ -17,6 +17,7 @@ std::filesystem::path source_folder();
 std::filesystem::path program_folder();
 /// All bytes of a file; none where it can't be read.
 std::vector<std::uint8_t> file_bytes(const std::filesystem::path& file);
+std::string file_text(const std::filesystem::path& file);
 /// An empty folder that is removed when the object goes.
 class ScratchFolder {
  public:
