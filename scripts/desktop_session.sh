@@ -83,7 +83,7 @@ keys "$main" ctrl+F4
 question=$(window_of '^Vellumcraft$')
 picture question
 keys "$question" alt+n
-gone '^Vellumcraft$'
+gone 'session.*Vellumcraft'
 plays 3
 keys "$main" alt+f x
 wait "$program" && echo "left with status $?"

@@ -10,9 +10,11 @@
 #include "core/model/frame_values.h"
 #include "core/model/record_picture.h"
 #include "image/picture_operations.h"
+#include "image/settings.h"
 #include "operations/operation.h"
 #include "support/corpus.h"
 #include "support/documents.h"
+#include "support/settings_guard.h"
 #include "support/trials.h"
 
 namespace vellum {
@@ -91,6 +93,8 @@ void expect_valid(const DocumentWindow& window, const std::filesystem::path& fol
 
 class OperationLaw : public ::testing::TestWithParam<const Operation*> {
  protected:
+  OperationLaw() { settings::PngCompression = 1; }  // how small the files are is nothing to these laws
+  const testing::SettingsGuard guard;
   testing::ScratchFolder folder;
 };
 

@@ -23,7 +23,7 @@ inline std::vector<FieldValues> trials(const Parameters& parameters, const Docum
     if (field.type == FieldType::Whole) {
       add(field, field.least);
       // Sides of thousands of pixels would take long and tell nothing more.
-      add(field, std::min<std::int64_t>(field.most, 300));
+      add(field, std::min<std::int64_t>(field.most, 60));
     }
   }
   return made;
