@@ -270,6 +270,19 @@ TEST_F(WebpDocument, OneImageIsAStill) {
   }
 }
 
+TEST_F(WebpDocument, QualityCountsWithoutLossless) {
+  DocumentWindow window = document_of({{64, 64, 0x40000080}, {64, 64, 0xFF0040FF}}, 64, 64);
+  settings::WEBPLossless = 0;
+  const auto size_at = [&](int quality) {
+    settings::WEBPQualityFactor = quality;
+    EXPECT_EQ(images_of(reopened(window)).size(), 2u);
+    return fs::file_size(file_);
+  };
+  const auto low = size_at(0);
+  EXPECT_LT(low, size_at(100));
+  EXPECT_EQ(low, size_at(-5)) << "a setting out of range is brought into it";
+}
+
 TEST_F(WebpDocument, WhatCantBeWrittenLeavesTheOldFile) {
   struct Case {
     const char* what;
