@@ -15,6 +15,7 @@
 #include "core/edit/insert_chunk.h"
 #include "core/files/save_document.h"
 #include "core/settings.h"
+#include "exchange/exporter.h"
 #include "fuzz_rows.h"
 #include "image/palette_file.h"
 #include "operations/operation.h"
@@ -103,6 +104,20 @@ void make_rows(const fs::path& seeds) {
     }
 }
 
+/// Files of other formats; the imports of that name read them.
+void make_exports(const fs::path& seeds) {
+  const testing::ScratchFolder scratch;
+  for (const Exporter* row : exporter_table())
+    for (const std::uint8_t type : {2, 3, 6}) {
+      const DocumentKind kind = row->parameters.kinds.front();
+      Host host;
+      const DocumentWindow window = small_document(kind, is_animation(kind) ? 3 : 1, type);
+      if (export_document(*row, window, initial_values(row->parameters.fields), scratch / "a", host))
+        write(seeds / row->parameters.name / ("type" + std::to_string(type)),
+              text_of(testing::file_bytes(scratch / "a")));
+    }
+}
+
 /// Blocks of the clipboard, and payloads behind their tags.
 void make_blocks_and_payloads(const fs::path& seeds) {
   for (const auto& [target, kind] : kTargets) {
@@ -153,6 +168,7 @@ int main(int count, char** arguments) {
   make_documents(seeds);
   make_png_forms(seeds);
   make_rows(seeds);
+  make_exports(seeds);
   make_blocks_and_payloads(seeds);
   write(seeds / "configuration/defaults", config_text(0));
   make_dictionaries(folder);

@@ -6,7 +6,7 @@
 
 namespace vellum {
 
-extern const Exporter kExportGif;
-extern const Importer kImportGif;
+extern const Exporter kExportAni, kExportCur, kExportGif;
+extern const Importer kImportAni, kImportCur, kImportGif;
 
 }  // namespace vellum

@@ -3,8 +3,8 @@
 namespace vellum {
 namespace {
 
-constexpr const Exporter* kExporters[] = {&kExportGif};
-constexpr const Importer* kImporters[] = {&kImportGif};
+constexpr const Exporter* kExporters[] = {&kExportAni, &kExportGif, &kExportCur};
+constexpr const Importer* kImporters[] = {&kImportAni, &kImportGif, &kImportCur};
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include "base/limits.h"
 #include "core/edit/edit_closing.h"
 #include "image/picture_rows.h"
+#include "image/webp_container.h"
 #include "operations/change_pictures.h"
 #include "operations/operation_rows.h"
 #include "operations/settings.h"
@@ -13,7 +14,12 @@ namespace vellum {
 namespace {
 
 constexpr Field side(const char* name, const char* label, std::int64_t initial, int& setting) {
-  return {.name = name, .label = label, .least = 1, .most = 16383, .initial = initial, .setting = &setting};
+  return {.name = name,
+          .label = label,
+          .least = 1,
+          .most = kMostWebpPixels,
+          .initial = initial,
+          .setting = &setting};
 }
 
 constexpr Field kFields[] = {

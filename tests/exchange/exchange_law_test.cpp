@@ -137,7 +137,10 @@ TEST(ImportLaw, FilesThatBreakOffOrChangeAnywhereDoNoHarm) {
   testing::ScratchFolder folder;
   for (const Exporter* exporter : exporter_table())
     for (const DocumentWindow& sample : samples(exporter->parameters)) {
-      if (frame_entries(sample).size() != 1 && sample.document.kind != DocumentKind::MING) continue;
+      const bool still = exporter->parameters.kinds.front() == DocumentKind::PING;
+      if (sample.document.kind != exporter->parameters.kinds.front() ||
+          frame_entries(sample).size() != (still ? 1u : 4u))
+        continue;
       const auto path = folder / ("a" + std::string(exporter->extension));
       Recorder recorder;
       ASSERT_TRUE(export_document(*exporter, sample, initial_values(exporter->parameters.fields), path,
@@ -145,14 +148,13 @@ TEST(ImportLaw, FilesThatBreakOffOrChangeAnywhereDoNoHarm) {
       const auto bytes = testing::file_bytes(path);
       const Importer* importer = importer_of(bytes);
       ASSERT_TRUE(importer);
-      for (std::size_t i = 0; i < bytes.size(); i += 1 + bytes.size() / 400) {
+      for (std::size_t i = 0; i < bytes.size(); i += 1 + bytes.size() / 300) {
         SCOPED_TRACE(std::string(exporter->parameters.name) + " " + std::to_string(i));
         expect_survives(*importer, std::span(bytes).first(i), folder.path());
-        for (const int change : {1, 0x80, 0xFF}) {
-          auto changed = bytes;
-          changed[i] = static_cast<std::uint8_t>(changed[i] ^ change);
-          expect_survives(*importer, changed, folder.path());
-        }
+        auto changed = bytes;
+        constexpr std::uint8_t kChanges[] = {1, 0x80, 0xFF};
+        changed[i] = static_cast<std::uint8_t>(changed[i] ^ kChanges[i % 3]);
+        expect_survives(*importer, changed, folder.path());
       }
     }
 }

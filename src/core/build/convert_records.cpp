@@ -16,6 +16,7 @@
 #include "core/model/chunk_layout.h"
 #include "core/model/compose.h"
 #include "core/model/frame_time.h"
+#include "core/model/kind_table.h"
 #include "core/model/loops.h"
 #include "core/model/played_frames.h"
 #include "core/model/record_picture.h"
@@ -362,7 +363,8 @@ bool build(Conversion& conversion) {
 bool make_still(DocumentWindow& to, const DocumentWindow& from, const Picture& picture,
                 const std::vector<std::uint8_t>& table) {
   to.document.kind = DocumentKind::PING;
-  if (!to.document.fileName.empty()) to.document.fileName.replace_extension(".png");
+  if (!to.document.fileName.empty())
+    to.document.fileName.replace_extension(kind_row(DocumentKind::PING).extensions.front());
   const auto append = [&](ChunkTag tag, const NewChunkArgument& argument = {}) {
     ChunkRecord record;
     return new_chunk(to, record, tag, argument) && chunk_list_append(to.list, to.document, record) != 0;

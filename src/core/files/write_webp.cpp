@@ -18,7 +18,7 @@ struct WebpSaving {
   const SaveOptions& options;
   std::vector<WebpExtra> extras{};  ///< chunks beside the images; they refer to the list
 
-  std::vector<std::uint8_t> fail(const char* reason, FaultKind kind = FaultKind::Misuse) const {
+  std::vector<std::uint8_t> fail(const std::string& reason, FaultKind kind = FaultKind::Misuse) const {
     host.fail({kind, 0, -1, -1, reason});
     return {};
   }
@@ -31,7 +31,7 @@ std::vector<std::uint8_t> make_still(const WebpSaving& saving) {
   const Picture picture = picture_of(list.record(at));
   if (!has_rows(picture)) return saving.fail("the image has lost its picture");
   if (std::max(picture.width(), picture.height()) > kMostWebpPixels)
-    return saving.fail("the image is wider or higher than 16383 pixels");
+    return saving.fail("the image is wider or higher than " + std::to_string(kMostWebpPixels) + " pixels");
   auto file = encode_webp_still(picture, saving.options.webpLossless, saving.options.webpQuality);
   if (!file.empty())
     file = webp_file({picture.width(), picture.height(), false, 0, 0, {{.still = file}}, saving.extras});
@@ -95,7 +95,7 @@ std::vector<std::uint8_t> make_animation(const WebpSaving& saving, std::size_t i
   const WebpHeaderFields& header = record.webpHeader;
   if (header.canvasWidth == 0 || header.canvasHeight == 0) return saving.fail("the canvas has no pixels");
   if (std::max(header.canvasWidth, header.canvasHeight) > kMostWebpPixels)
-    return saving.fail("the canvas is wider or higher than 16383 pixels");
+    return saving.fail("the canvas is wider or higher than " + std::to_string(kMostWebpPixels) + " pixels");
   const WebpParameters parameters{header.canvasWidth,
                                   header.canvasHeight,
                                   header.loopCount,

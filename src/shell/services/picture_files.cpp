@@ -1,6 +1,7 @@
 #include "shell/services/picture_files.h"
 
 #include "core/files/first_picture.h"
+#include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 #include "shell/services/file_dialogs.h"
 
@@ -34,7 +35,8 @@ std::optional<std::filesystem::path> choose_picture_file(Services& services, con
                                                          const std::string& name) {
   if (!services.choose_file) return std::nullopt;
   auto path = services.choose_file({title.toStdString(), picture_filters(false).toStdString(), name, true});
-  if (path && GraphicFileType(path->string()) == kNoGraphicFile) *path += ".png";
+  if (path && GraphicFileType(path->string()) == kNoGraphicFile)
+    *path += kind_row(DocumentKind::PING).extensions.front();
   return path;
 }
 

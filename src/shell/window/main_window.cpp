@@ -16,6 +16,7 @@
 #include "core/edit/undo.h"
 #include "core/files/open_document.h"
 #include "core/model/document_notes.h"
+#include "core/model/kind_table.h"
 #include "core/settings.h"
 #include "exchange/importer.h"
 #include "operations/convert_colors.h"
@@ -71,7 +72,7 @@ void become_animated_png(DocumentWindow& content, Host& host) {
   Document& document = content.document;
   document.kind = converted.document.kind;
   document.defaultImage = converted.document.defaultImage;
-  document.fileName.replace_extension(".png");
+  document.fileName.replace_extension(kind_row(DocumentKind::APNG).extensions.front());
   document.HasFileName = false;
   document.dirty = true;
   content.list = converted.list;
