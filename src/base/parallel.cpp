@@ -3,9 +3,12 @@
 #include <tbb/info.h>
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
+#include <tbb/task_arena.h>
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -28,6 +31,31 @@ void parallel_for(std::size_t count, const std::function<void(std::size_t)>& wor
         for (std::size_t i = range.begin(); i != range.end(); ++i) work(i);
       },
       tbb::simple_partitioner());
+}
+
+void parallel_jobs(std::size_t count, std::size_t jobs, const std::function<void(std::size_t)>& work) {
+  if (jobs == 0) jobs = parallel_width();
+  jobs = std::min(jobs, count);
+  std::atomic<std::size_t> next = 0;
+  std::exception_ptr failure;
+  std::mutex failing;
+  const auto take_all = [&] {
+    try {
+      for (std::size_t i; (i = next.fetch_add(1)) < count;) work(i);
+    } catch (...) {
+      next = count;
+      const std::lock_guard lock(failing);
+      if (!failure) failure = std::current_exception();
+    }
+  };
+  if (jobs < 2) {
+    take_all();
+  } else {
+    std::vector<std::jthread> threads;
+    for (std::size_t i = 0; i < jobs; ++i)
+      threads.emplace_back([&take_all] { tbb::task_arena(1).execute(take_all); });
+  }
+  if (failure) std::rethrow_exception(failure);
 }
 
 namespace {

@@ -11,6 +11,11 @@ namespace vellum {
 /// is one call or one core. An exception of a call is thrown again here.
 void parallel_for(std::size_t count, const std::function<void(std::size_t)>& work);
 
+/// The same in the order of i on `jobs` threads at most (0: one a core), for calls that are long and hold
+/// much memory: no more than `jobs` have begun and not ended. With several of them what a call itself does
+/// side by side stays on its own thread. An exception of a call ends the others and is thrown again here.
+void parallel_jobs(std::size_t count, std::size_t jobs, const std::function<void(std::size_t)>& work);
+
 /// Items of which each follows the one before it at a distance: `work(worker, item, step)` for every item and
 /// each of its steps in order, where step s begins when the item in front has done step s + 1 (or all). A
 /// worker, numbered below parallel_width(), does one item after the other. Steps should take some

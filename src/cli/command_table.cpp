@@ -17,6 +17,7 @@ constexpr CommandRow kCommands[] = {
     {"strip", "All frames of an animation as cells of one picture", prepare_strip},
     {"unstrip", "An animation from the cells of a picture", prepare_unstrip},
     {"palette", "To the colors of a palette: built in, from a file, or computed", prepare_palette},
+    {"batch", "One operation over many files", prepare_batch},
     {"config", "Show and change settings", prepare_config},
 };
 

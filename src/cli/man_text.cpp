@@ -5,6 +5,8 @@
 namespace vellum::cli {
 namespace {
 
+bool every(const CLI::App*) { return true; }
+
 /// What stands for the value: its name, and "..." where there may be several.
 std::string value_of(const CLI::Option& option) {
   if (option.get_type_size() == 0) return {};
@@ -38,16 +40,25 @@ std::string synopsis_of(const CLI::App& command) {
     const std::string name = roff_text(option->get_name(true));
     arguments += option->get_required() ? ".I " + name + "\n" : ".RI [ " + name + " ]\n";
   }
-  return text + arguments + (options ? ".RI [ option ...]\n" : "");
+  const bool parts = !command.get_subcommands(every).empty();
+  return text + (parts ? ".I OPERATION\n" : "") + arguments + (options ? ".RI [ option ...]\n" : "");
+}
+
+/// The commands below a command, whose options are those that they have by themselves.
+std::string parts_of(const CLI::App& command) {
+  std::string names;
+  for (const CLI::App* part : command.get_subcommands(every))
+    names.append(names.empty() ? "" : ", ").append(part->get_name());
+  return names.empty() ? names : ".PP\n" + roff_text("OPERATION is one of " + names) + ".\n";
 }
 
 }  // namespace
 
 std::string man_text(const CLI::App& app) {
   std::string text = ".SH OPTIONS\n" + items_of(app) + ".SH COMMANDS\n";
-  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+  for (const CLI::App* command : app.get_subcommands(every))
     text += ".SS " + roff_text(command->get_name()) + "\n" + roff_text(command->get_description()) +
-            ".\n.PP\n" + synopsis_of(*command) + items_of(*command);
+            ".\n.PP\n" + synopsis_of(*command) + items_of(*command) + parts_of(*command);
   return text;
 }
 

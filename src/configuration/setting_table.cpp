@@ -4,7 +4,7 @@
 #include <array>
 #include <numeric>
 
-#include "configuration/batch_settings.h"
+#include "batch/settings.h"
 #include "configuration/extension_settings.h"
 #include "configuration/generator_settings.h"
 #include "configuration/settings.h"

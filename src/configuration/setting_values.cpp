@@ -6,7 +6,7 @@
 
 #include "base/text.h"
 // The defaults below are taken from these variables, so they have to come first.
-#include "configuration/batch_settings.h"
+#include "batch/settings.h"
 #include "configuration/extension_settings.h"
 #include "configuration/generator_settings.h"
 #include "configuration/settings.h"

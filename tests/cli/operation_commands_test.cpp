@@ -1,6 +1,7 @@
 // Every operation as a command of the built tool: what it writes is, byte for byte, what the operation makes
 // of the same values.
 #include <cstdlib>
+#include <fstream>
 
 #include "base/file.h"
 #include "cli/parameter_options.h"
@@ -74,11 +75,20 @@ TEST(OperationCommands, WriteWhatTheOperationMakes) {
       ASSERT_TRUE(run_operation(*operation, window, values, all_frames(3), recorder.host));
       ASSERT_TRUE(save_document(window, wanted, recorder.host));
       auto words = words_of(operation->parameters, values);
+      auto batch_words = words;
       const auto command = command_of(*operation, in, out);
       words.insert(words.begin(), command.begin(), command.end());
       const auto result = testing::run_tool(words);
       ASSERT_EQ(result.status, 0) << result.output;
       EXPECT_EQ(testing::file_bytes(out), testing::file_bytes(wanted));
+      // A batch run writes the same.
+      const auto many = folder / "many";
+      batch_words.insert(batch_words.begin(),
+                         {testing::program_folder() / "vellum", "batch", operation->parameters.name, in,
+                          "--dest", many, "--no-prefix", "--overwrite", "silently"});
+      const auto batch = testing::run_tool(batch_words);
+      ASSERT_EQ(batch.status, 0) << batch.output;
+      EXPECT_EQ(testing::file_bytes(many / ("in" + made_extension)), testing::file_bytes(wanted));
     }
 }
 
@@ -102,6 +112,54 @@ TEST(OperationCommands, ValuesBeyondTheirRangeAreWrongUsage) {
         EXPECT_FALSE(std::filesystem::exists(out));
       }
     }
+}
+
+TEST(BatchCommand, ShardsReportsAndResumedRunsAreTogetherOneRun) {
+  testing::ScratchFolder folder;
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  std::filesystem::create_directories(folder / "in");
+  Recorder recorder;
+  for (int i = 0; i < 5; ++i) {
+    DocumentWindow made = testing::small_document(DocumentKind::APNG, 2, 2);
+    ASSERT_TRUE(save_document(made, folder / "in" / (std::to_string(i) + ".png"), recorder.host));
+  }
+  const auto batch = [&](const std::string& out, std::vector<std::string> more) {
+    more.insert(more.begin(), {testing::program_folder() / "vellum", "batch"});
+    if (!out.empty()) more.insert(more.end(), {"--dest", folder / out, folder / "in"});
+    return testing::run_tool(more);
+  };
+  const auto report = [&](const std::string& name, const std::string& text) {
+    std::ofstream(folder / name) << text;
+    return folder / name;
+  };
+  const auto whole = batch("whole", {"reverse"});
+  EXPECT_EQ(whole.status, 0) << whole.output;
+  const auto first = batch("parts", {"reverse", "--json", "--shard", "1/2"});
+  const auto second = batch("parts", {"reverse", "--json", "--shard", "2/2", "--jobs", "1"});
+  for (int i = 0; i < 5; ++i) {
+    const std::string name = "Reverse_" + std::to_string(i) + ".png";
+    EXPECT_EQ(testing::file_bytes(folder / "parts" / name), testing::file_bytes(folder / "whole" / name));
+    EXPECT_NE(whole.output.find(std::to_string(i) + ".png\tOk\n"), std::string::npos);
+  }
+  const auto one = report("1.json", first.output), two = report("2.json", second.output + "{\"path\": \"cut");
+  const auto joined = batch("", {"--report", one, "--report", two});
+  EXPECT_EQ(joined.status, 0) << joined.output;
+  EXPECT_EQ(std::ranges::count(joined.output, '\n'), 6);
+  // What the first shard did is left out: the two others are written, and the rest stands already.
+  const auto resumed = batch("parts", {"reverse", "--resume", one, "--overwrite", "skip"});
+  EXPECT_EQ(std::ranges::count(resumed.output, '\n'), 3) << resumed.output;
+  for (const std::vector<std::string>& wrong :
+       std::vector<std::vector<std::string>>{{"reverse", "--shard", "3/2"},
+                                             {"reverse", "--prefix", "a/b"},
+                                             {"reverse", "--list", "/no/such"},
+                                             {"tile", "--size", "0x4"},
+                                             {"reverse", "--resume", folder / "in" / "0.png"}})
+    EXPECT_EQ(batch("wrong", wrong).status, 2) << wrong[1];
+  EXPECT_FALSE(std::filesystem::exists(folder / "wrong"));
+  EXPECT_EQ(batch("", {"reverse", folder / "in"}).status, 2) << "without a destination";
+  const auto failing = batch("whole", {"reverse"});
+  EXPECT_EQ(failing.status, 1);
+  EXPECT_NE(failing.output.find("There were 5 errors."), std::string::npos);
 }
 
 /// The line of the guide's table for a field.

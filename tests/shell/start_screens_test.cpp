@@ -10,7 +10,7 @@
 #include <QWizard>
 #include <fstream>
 
-#include "configuration/batch_settings.h"
+#include "batch/settings.h"
 #include "configuration/config_file.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"

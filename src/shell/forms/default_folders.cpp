@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QStandardPaths>
 
-#include "configuration/batch_settings.h"
+#include "batch/settings.h"
 #include "configuration/shell_settings.h"
 #include "exchange/settings.h"
 #include "shell/look/text.h"

@@ -1,4 +1,4 @@
-// Settings of the batch processor. They move to the wing `batch/` when it comes.
+// Settings of the batch processor.
 #pragma once
 
 #include <string>

@@ -1,0 +1,31 @@
+// Files read, worked on and written side by side.
+#pragma once
+
+#include <atomic>
+
+#include "batch/batch_target.h"
+#include "batch/batch_work.h"
+
+namespace vellum {
+
+struct BatchRun {
+  BatchWork work;
+  BatchNaming naming;
+  bool stills = false;      ///< pictures of the graphic formats, each written in its own format
+  bool thumbnails = false;  ///< a small picture beside each result
+  bool hiddenThumbnails = false;
+  std::size_t jobs = 0;  ///< files at a time, 0: one a core
+};
+
+/// Works on the files, no more of them at a time than there are jobs, and calls `told` with the row of each
+/// in their order, whatever the number of jobs; from several threads, one after the other. A fault in one
+/// file is its row, and the others go on. After a stop comes a last row without a path. Sources are not
+/// changed but where a target is one.
+std::vector<BatchRow> run_batch(const BatchRun& run, std::span<const BatchFile> files,
+                                const std::atomic<bool>& stop,
+                                const std::function<void(const BatchRow&)>& told);
+
+/// The rows as they would be: what is settled before a file is read. The others are "Ok".
+std::vector<BatchRow> plan_batch(const BatchRun& run, std::span<const BatchFile> files);
+
+}  // namespace vellum

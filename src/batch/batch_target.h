@@ -1,0 +1,53 @@
+// Where the result of a file of a batch run goes.
+#pragma once
+
+#include <set>
+
+#include "batch/batch_files.h"
+#include "batch/batch_row.h"
+#include "core/model/tags.h"
+
+namespace vellum {
+
+/// What happens where something stands at the target.
+enum class Overwrite {
+  Silently,
+  KeepBoth,
+  Skip,
+  Fail,  ///< the file is not written, which is an error
+};
+
+struct BatchNaming {
+  std::filesystem::path destination;
+  std::string prefix;                       ///< in front of each name
+  DocumentKind makes = DocumentKind::None;  ///< of the results, where that isn't the kind of their sources
+  Overwrite overwrite = Overwrite::Fail;
+};
+
+/// What was settled for a file: its target, and the result where it isn't worked on for that reason.
+struct BatchTarget {
+  std::filesystem::path path;
+  std::optional<BatchResult> settled;
+  std::string reason;
+};
+
+/// Settles targets, one after the other: a name that an earlier file of the run has taken counts as standing
+/// there.
+class BatchTargets {
+ public:
+  explicit BatchTargets(BatchNaming naming) : naming_(std::move(naming)) {}
+
+  /// The prefix and the source's name, of 259 bytes at most, in the destination.
+  std::filesystem::path named(const BatchFile& file) const;
+  BatchTarget settle(const BatchFile& file);
+  bool taken(const std::filesystem::path& path) const;
+  /// "NAME (2).png" to "NAME (99999).png"; empty where all of them are taken.
+  std::filesystem::path unique(const std::filesystem::path& path) const;
+  void take(const std::filesystem::path& path) { taken_.insert(path); }
+
+ private:
+  BatchNaming naming_;
+  std::set<std::filesystem::path> taken_;
+};
+
+}  // namespace vellum
