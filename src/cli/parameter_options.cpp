@@ -42,8 +42,21 @@ FieldValues first_values(const Parameters& parameters, const std::vector<Field>&
   return values;
 }
 
+/// A flag for each letter; nothing where there are others.
+std::optional<std::vector<std::string>> flags_of(const CompoundOption& option, const std::string& text) {
+  const std::string_view letters = option.letters;
+  std::vector<std::string> flags(letters.size(), "0");
+  for (const char c : text) {
+    const std::size_t at = letters.find(static_cast<char>(std::toupper(static_cast<unsigned char>(c))));
+    if (at == std::string_view::npos) return std::nullopt;
+    flags[at] = "1";
+  }
+  return flags;
+}
+
 /// The parts of "X,Y,W,H"; nothing where there are too many or too few.
 std::optional<std::vector<std::string>> parts_of(const CompoundOption& option, const std::string& text) {
+  if (option.letters) return flags_of(option, text);
   std::vector<std::string> parts;
   for (std::size_t at = 0; at <= text.size();) {
     const std::size_t end = std::min(text.find(option.parting, at), text.size());

@@ -5,9 +5,8 @@
 #include "core/edit/edit_closing.h"
 #include "image/picture_rows.h"
 #include "operations/change_pictures.h"
-#include "operations/convert_colors.h"
 #include "operations/operation_rows.h"
-#include "operations/reconstruct.h"
+#include "operations/recoloring.h"
 #include "operations/settings.h"
 
 namespace vellum {
@@ -57,22 +56,9 @@ void change_rows(Picture& picture, const Curves& curves) {
       change_color(pixel, curves);
 }
 
-/// Indexed pictures keep their pixels: the colors that these mean change.
-Picture recolored(const Picture& picture, const Curves& curves) {
-  Palette palette = palette_of(picture);
-  for (std::uint32_t i = 0; i < picture.colours(); ++i) {
-    palette[3 * i] = curves.red[palette[3 * i]];
-    palette[3 * i + 1] = curves.green[palette[3 * i + 1]];
-    palette[3 * i + 2] = curves.blue[palette[3 * i + 2]];
-  }
-  Picture result = picture;
-  PictureSetPalette(result, palette);
-  return result;
-}
-
 bool change_picture(Picture& picture, const Curves& curves) {
   if (picture.bits() <= 8)
-    picture = recolored(picture, curves);
+    picture = with_changed_colors(picture, [&](std::uint8_t* color) { change_color(color, curves); });
   else if (picture.bits() == 24)
     change_rows<3>(picture, curves);
   else
@@ -80,17 +66,8 @@ bool change_picture(Picture& picture, const Curves& curves) {
   return static_cast<bool>(picture);
 }
 
-/// All frames of an animated PNG have one palette: some of them alone can't get other colors in it.
 unsigned needs(const DocumentWindow& window, const FieldValues&, const FrameList& frames) {
-  return window.document.kind == DocumentKind::APNG && !names_all(frames, window) ? unsigned{kTrueColor} : 0;
-}
-
-/// Pixels of one color that are transparent would no longer have that color, or others would get it.
-bool free_color_key(DocumentWindow& draft, Host& host) {
-  const auto entries = frame_entries(draft);
-  const bool deep = std::ranges::any_of(
-      entries, [&](std::size_t entry) { return picture_of(draft.list.record(entry)).bits() == 24; });
-  return !deep || !has_transparency(draft) || convert_colors(draft, {.colorType = 6}, host);
+  return needs_of_recoloring(window, frames);
 }
 
 bool run(OperationRun& run) {

@@ -1,4 +1,6 @@
 // Crop: a rectangle of the canvas becomes the canvas.
+#include "operations/crop.h"
+
 #include <algorithm>
 
 #include "base/limits.h"
@@ -51,9 +53,7 @@ std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow&
   return std::nullopt;
 }
 
-struct Cut {
-  std::int64_t left, top, right, bottom;
-};
+using Cut = CanvasCut;
 
 /// The index whose color is nearest.
 Colour nearest_index(const Picture& picture, Colour color) {
@@ -91,15 +91,14 @@ Picture pixel_of(const Picture& picture, Colour canvas, DocumentKind kind, bool 
 
 /// What the canvas shows at the corner of the rectangle while each frame plays; asked for frames alone that
 /// do not reach into the rectangle. False when a picture is lost or the user stopped it.
-bool find_corner_colors(OperationRun& run, const std::vector<bool>& wanted, const Cut& cut,
-                        std::vector<Colour>& colors) {
+bool find_corner_colors(const DocumentWindow& draft, const std::vector<bool>& wanted, const Cut& cut,
+                        std::vector<Colour>& colors, Host& host) {
   colors.resize(wanted.size());
   if (std::ranges::find(wanted, true) == wanted.end()) return true;
-  return for_each_canvas(run.draft, CanvasDepth::AsNeeded, run.host,
-                         [&](std::size_t frame, const Picture& canvas) {
-                           colors[frame] = PictureGetPixelOpaque(canvas, cut.left, cut.top);
-                           return true;
-                         });
+  return for_each_canvas(draft, CanvasDepth::AsNeeded, host, [&](std::size_t frame, const Picture& canvas) {
+    colors[frame] = PictureGetPixelOpaque(canvas, cut.left, cut.top);
+    return true;
+  });
 }
 
 Cut part_of(const FrameWork& work, const Cut& cut) {
@@ -110,10 +109,12 @@ Cut part_of(const FrameWork& work, const Cut& cut) {
 
 bool is_empty(const Cut& part) { return part.left >= part.right || part.top >= part.bottom; }
 
-bool crop_frame(FrameWork& work, DocumentKind kind, const Cut& cut, Colour corner) {
+/// What stays of a frame, which `origin` becomes the origin for.
+bool crop_frame(FrameWork& work, DocumentKind kind, const Cut& cut, const Cut& origin, Colour corner) {
   const Cut part = part_of(work, cut);
   change_clips(work.record, [&](ClipBox box) {
-    return ClipBox{box.left - cut.left, box.right - cut.left, box.top - cut.top, box.bottom - cut.top};
+    return ClipBox{box.left - origin.left, box.right - origin.left, box.top - origin.top,
+                   box.bottom - origin.top};
   });
   if (is_empty(part)) {
     work.picture = pixel_of(work.picture, corner, kind, frame_manner(work.record, kind).over);
@@ -123,14 +124,14 @@ bool crop_frame(FrameWork& work, DocumentKind kind, const Cut& cut, Colour corne
     if (!stays) set_frame_dispose(work.record, kind, 0);
     return static_cast<bool>(work.picture);
   }
-  const auto in_picture = [](std::int64_t at, std::int32_t origin) {
-    return static_cast<std::int32_t>(at - origin);
+  const auto in_picture = [](std::int64_t at, std::int32_t begin) {
+    return static_cast<std::int32_t>(at - begin);
   };
   work.picture = PictureCrop(work.picture,
                              {in_picture(part.left, work.offset.x), in_picture(part.top, work.offset.y),
                               in_picture(part.right, work.offset.x), in_picture(part.bottom, work.offset.y)});
-  work.offset = {static_cast<std::int32_t>(part.left - cut.left),
-                 static_cast<std::int32_t>(part.top - cut.top)};
+  work.offset = {static_cast<std::int32_t>(part.left - origin.left),
+                 static_cast<std::int32_t>(part.top - origin.top)};
   return static_cast<bool>(work.picture);
 }
 
@@ -161,29 +162,35 @@ bool run(OperationRun& run) {
                 run.number("top") + run.number("height")};
   const Extent canvas = document_size(run.draft.list, run.draft.document);
   if (cut.left == 0 && cut.top == 0 && cut.right == canvas.width && cut.bottom == canvas.height) return true;
-  const DocumentKind kind = run.draft.document.kind;
-  const auto entries = frame_entries(run.draft);
-  std::vector<bool> outside(entries.size());
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    const ChunkRecord& record = run.draft.list.record(entries[i]);
-    outside[i] = is_empty(part_of({i, {}, picture_of(record), GetFrameOffset(record, kind)}, cut));
-  }
-  std::vector<Colour> corners;
-  if (!find_corner_colors(run, outside, cut, corners)) return false;
-  const auto crop = [&](FrameWork& work) {
-    return crop_frame(work, kind, cut, work.frame < corners.size() ? corners[work.frame] : 0);
-  };
-  if (!change_pictures(run.draft, all_frames(entries.size()), string_text(StringId::BuildingCaption),
-                       run.host, crop))
-    return false;
-  if (!hold_canvas(run.draft, {static_cast<std::uint32_t>(cut.right - cut.left),
-                               static_cast<std::uint32_t>(cut.bottom - cut.top)}))
-    return false;
-  finish_edit(run.draft, false);
-  return true;
+  return crop_frames(run.draft, cut, false, run.host);
 }
 
 }  // namespace
+
+bool crop_frames(DocumentWindow& draft, const CanvasCut& cut, bool keep_places, Host& host) {
+  const DocumentKind kind = draft.document.kind;
+  const auto entries = frame_entries(draft);
+  std::vector<bool> outside(entries.size());
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const ChunkRecord& record = draft.list.record(entries[i]);
+    outside[i] = is_empty(part_of({i, {}, picture_of(record), GetFrameOffset(record, kind)}, cut));
+  }
+  std::vector<Colour> corners;
+  if (!find_corner_colors(draft, outside, cut, corners, host)) return false;
+  const Cut origin = keep_places ? Cut{} : cut;
+  const auto crop = [&](FrameWork& work) {
+    const bool first = work.frame == 0 || work.frame == kDefaultImageWork;
+    if (keep_places && first && kind == DocumentKind::APNG) return true;
+    return crop_frame(work, kind, cut, origin, work.frame < corners.size() ? corners[work.frame] : 0);
+  };
+  if (!change_pictures(draft, all_frames(entries.size()), string_text(StringId::BuildingCaption), host, crop))
+    return false;
+  if (!keep_places && !hold_canvas(draft, {static_cast<std::uint32_t>(cut.right - cut.left),
+                                           static_cast<std::uint32_t>(cut.bottom - cut.top)}))
+    return false;
+  finish_edit(draft, false);
+  return true;
+}
 
 constinit const Operation kCrop{
     .parameters =

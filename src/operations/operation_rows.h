@@ -5,7 +5,8 @@
 
 namespace vellum {
 
-extern const Operation kBalance, kCrop, kDepopulate, kFlip, kReconstruct, kResize, kReverse, kStill, kTile;
+extern const Operation kAdjust, kBalance, kCrop, kDepopulate, kFlip, kFrame, kReconstruct, kResize, kReverse,
+    kShadow, kStill, kTile, kTrim;
 /// In the order in which `vellum convert` names them.
 extern const Operation kToMono, kToGrey, kToPalette, kToTrueColor, kToAlpha, kToApng, kToMng, kToWebp;
 

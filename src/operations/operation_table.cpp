@@ -4,8 +4,9 @@ namespace vellum {
 namespace {
 
 constexpr const Operation* kOperations[] = {
-    &kStill,  &kBalance, &kToMono,     &kToGrey, &kToPalette,   &kToTrueColor, &kToAlpha, &kToApng, &kToMng,
-    &kToWebp, &kCrop,    &kDepopulate, &kFlip,   &kReconstruct, &kResize,      &kReverse, &kTile};
+    &kStill,   &kAdjust,      &kBalance, &kToMono,  &kToGrey, &kToPalette,  &kToTrueColor,
+    &kToAlpha, &kToApng,      &kToMng,   &kToWebp,  &kCrop,   &kDepopulate, &kFlip,
+    &kFrame,   &kReconstruct, &kResize,  &kReverse, &kShadow, &kTile,       &kTrim};
 
 }  // namespace
 

@@ -24,6 +24,7 @@ struct CompoundOption {
   std::int64_t value = 1;                      ///< of a flag
   std::optional<std::int64_t> otherwise = {};  ///< where a flag isn't given, in place of the initial value
   bool lastServesRest = false;                 ///< "P" means "P,P"
+  const char* letters = nullptr;               ///< one for each of the fields, flags: "NE" sets two of them
   const char* alongside = nullptr;             ///< a field that gets `alongsideValue` beside them
   std::int64_t alongsideValue = 0;
 };

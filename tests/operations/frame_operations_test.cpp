@@ -1,7 +1,9 @@
 // What operations on frames compute: seen on the canvases that an animation shows before and after.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <functional>
 
 #include "core/model/frame_values.h"
 #include "core/model/record_picture.h"
@@ -208,6 +210,147 @@ TEST(FrameOperations, OrderAndNumber) {
     EXPECT_EQ(delays_of(done("depopulate", source, {{"mode", 1}})), (Times{600, 400}));
     EXPECT_EQ(colors_at_origin(done("depopulate", source, {{"keep", 1}, {"skip", 2}})),
               (std::vector<std::uint32_t>{were[0], were[3]}));
+  }
+}
+
+/// Red, green, blue, alpha.
+using Pixel = std::array<int, 4>;
+
+/// The own pictures after it are those before it, pixel by pixel as `pixel` says of the whole picture.
+void expect_pictures(
+    const DocumentWindow& before, const DocumentWindow& after,
+    const std::function<Pixel(const std::function<Pixel(int x, int y)>& at, int x, int y)>& pixel) {
+  const auto were = testing::images_of(before), are = testing::images_of(after);
+  ASSERT_EQ(were.size(), are.size());
+  for (std::size_t i = 0; i < are.size(); ++i) {
+    const auto from = testing::rgba_of(before, were[i]), to = testing::rgba_of(after, are[i]);
+    const int width = static_cast<int>(were[i].width()), height = static_cast<int>(were[i].height());
+    const auto at = [&](int x, int y) {
+      x = std::clamp(x, 0, width - 1), y = std::clamp(y, 0, height - 1);
+      const std::uint8_t* p = from.data() + 4 * (y * width + x);
+      return Pixel{p[0], p[1], p[2], p[3]};
+    };
+    ASSERT_EQ(from.size(), to.size());
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x) {
+        const std::uint8_t* p = to.data() + 4 * (y * width + x);
+        ASSERT_EQ((Pixel{p[0], p[1], p[2], p[3]}), pixel(at, x, y)) << x << ", " << y;
+      }
+  }
+}
+
+TEST(FrameOperations, AdjustFollowsItsFormulas) {
+  const auto each = [](const auto& change) {
+    return [change](const auto& at, int x, int y) {
+      const Pixel p = at(x, y);
+      return Pixel{change(p[0]), change(p[1]), change(p[2]), p[3]};
+    };
+  };
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = testing::small_document(form.kind, 2, form.colorType);
+    const auto adjusted = [&](std::initializer_list<std::pair<const char*, std::int64_t>> given) {
+      return done("adjust", source, given);
+    };
+    expect_pictures(source,
+                    adjusted({{"shadows", 20}, {"highlights", 220}, {"outputLow", 10}, {"outputHigh", 200}}),
+                    each([](int v) {
+                      return static_cast<int>(std::lround(10 + 190 * std::clamp((v - 20) / 200.0, 0.0, 1.0)));
+                    }));
+    expect_pictures(source, adjusted({{"invert", 1}}), each([](int v) { return 255 - v; }));
+    expect_pictures(source, adjusted({{"lightness", 100}}), each([](int) { return 255; }));
+    expect_pictures(source, adjusted({{"lightness", -100}}), each([](int) { return 0; }));
+    // A third of a turn takes each color to the next; without saturation the middle of a color's ends stays.
+    expect_pictures(source, adjusted({{"hue", 120}}), [](const auto& at, int x, int y) {
+      const Pixel p = at(x, y);
+      return Pixel{p[2], p[0], p[1], p[3]};
+    });
+    const auto grey = adjusted({{"saturation", -100}});
+    expect_pictures(source, grey, [](const auto& at, int x, int y) {
+      const Pixel p = at(x, y);
+      const int middle =
+          static_cast<int>(std::lround((std::max({p[0], p[1], p[2]}) + std::min({p[0], p[1], p[2]})) / 2.0));
+      return Pixel{middle, middle, middle, p[3]};
+    });
+    expect_pictures(source, adjusted({{"channel", 2}, {"invert", 1}}), [](const auto& at, int x, int y) {
+      const Pixel p = at(x, y);
+      return Pixel{p[0], 255 - p[1], p[2], p[3]};
+    });
+    for (const std::int64_t k : {-10, 7})
+      expect_pictures(source, adjusted({{"sharpen", k}}), [k](const auto& at, int x, int y) {
+        Pixel result = at(x, y);
+        for (std::size_t c = 0; c < 3; ++c) {
+          int sum = 0;
+          for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx) sum += at(x + dx, y + dy)[c];
+          const double v = result[c] + static_cast<double>(k) / 10 * (result[c] - sum / 9.0);
+          result[c] = std::clamp(static_cast<int>(std::lround(v)), 0, 255);
+        }
+        return result;
+      });
+  }
+}
+
+TEST(FrameOperations, BordersComeAndGo) {
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = animation(form.kind, form.colorType);
+    const auto bordered = [](const Picture& p, std::uint32_t x, std::uint32_t y) {
+      const bool inside = x >= 2 && y >= 2 && x < 8 && y < 6;
+      return inside ? PictureGetPixel(p, x - 2, y - 2) : make_colour(0x30, 0x20, 0x10, 255);
+    };
+    const auto framed = done("frame", source, {{"thickness", 2}, {"color", 0x102030}});
+    for (const DocumentWindow& made :
+         {framed, done("frame", source, {{"absolute", 1}, {"width", 10}, {"height", 8}, {"color", 0x102030}}),
+          done("frame", source, {{"thickness", 2}, {"color", 0x102030}, {"firstOnly", 1}})})
+      expect_canvases(source, made, 10, 8, bordered);
+    const PixelOf same = [](const Picture& p, std::uint32_t x, std::uint32_t y) {
+      return PictureGetPixel(p, x, y);
+    };
+    expect_canvases(source, done("trim", framed, {{"mode", 0}, {"color", 0x102030}}), 6, 4, same);
+    expect_canvases(source, done("trim", framed, {{"mode", 2}, {"pixels", 2}}), 6, 4, same);
+    expect_canvases(source, done("trim", framed, {{"mode", 2}, {"pixels", 2}, {"north", 0}, {"east", 0}}), 8,
+                    6, [](const Picture& p, std::uint32_t x, std::uint32_t y) {
+                      return x < 6 && y >= 2 ? PictureGetPixel(p, x, y - 2)
+                                             : make_colour(0x30, 0x20, 0x10, 255);
+                    });
+    // Everything of one color.
+    const Operation& trim = *find_operation("trim");
+    DocumentWindow plain = done("adjust", source, {{"lightness", 100}});
+    if (form.colorType == 6) continue;
+    testing::Recorder recorder;
+    FieldValues values = initial_values(trim.parameters.fields);
+    EXPECT_FALSE(run_operation(trim, plain, values, all_frames(4), recorder.host));
+    EXPECT_EQ(recorder.messages, std::vector<std::string>{"Nothing would be left of this animation."});
+  }
+}
+
+TEST(FrameOperations, ShadowsLieUnderWhatThrowsThem) {
+  for (const DocumentKind kind : {DocumentKind::APNG, DocumentKind::MING}) {
+    const DocumentWindow source = testing::small_document(kind, 2, 2);
+    const auto hard = done("shadow", source, {{"softness", 0}, {"offset", 3}});
+    const auto flat = done("shadow", source,
+                           {{"softness", 0}, {"offset", 3}, {"removeAlpha", 1}, {"background", 0xFFFFFF}});
+    const auto were = testing::images_of(source), are = testing::images_of(hard),
+               over = testing::images_of(flat);
+    for (std::size_t i = 0; i < 2; ++i) {
+      ASSERT_EQ(are[i].width(), 9u);
+      ASSERT_EQ(are[i].height(), 7u);
+      EXPECT_EQ(over[i].bits(), 24u);
+      for (std::uint32_t y = 0; y < 7; ++y)
+        for (std::uint32_t x = 0; x < 9; ++x) {
+          const bool inside = x < 6 && y < 4, shaded = x >= 3 && y >= 3;
+          const Colour color = inside ? PictureGetPixel(were[i], x, y) | 0xFF000000 : shaded ? 0x80000000 : 0;
+          EXPECT_EQ(PictureGetPixel(are[i], x, y), color) << x << ", " << y;
+          const Colour light = inside ? color & 0xFFFFFF : shaded ? 0x7F7F7F : 0xFFFFFF;
+          EXPECT_EQ(PictureGetPixel(over[i], x, y) & 0xFFFFFF, light) << x << ", " << y;
+        }
+    }
+    // A soft one reaches three times its softness in every direction, and loses nothing of its darkness.
+    const auto soft =
+        testing::images_of(done("shadow", source, {{"softness", 2}, {"offset", 0}, {"opacity", 100}}));
+    EXPECT_EQ(soft[0].width(), 6u + 12);
+    EXPECT_EQ(PictureGetPixel(soft[0], 0, 9) >> 24, 1u);
   }
 }
 

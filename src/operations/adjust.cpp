@@ -1,0 +1,313 @@
+// Adjust: levels, hue, saturation and lightness, sharpness, inversion.
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "core/edit/edit_closing.h"
+#include "image/picture_rows.h"
+#include "operations/change_pictures.h"
+#include "operations/operation_rows.h"
+#include "operations/recoloring.h"
+
+namespace vellum {
+namespace {
+
+enum Channel { kAll, kRed, kGreen, kBlue, kAlpha };
+
+constexpr FieldChoice kChannels[] = {
+    {kAll, "All"}, {kRed, "Red"}, {kGreen, "Green"}, {kBlue, "Blue"}, {kAlpha, "Alpha"}};
+
+constexpr Field level(const char* name, const char* label, std::int64_t least, std::int64_t most,
+                      std::int64_t initial, int id) {
+  return {.name = name, .label = label, .least = least, .most = most, .initial = initial, .stateId = id};
+}
+
+constexpr Field manual(Field field) {
+  field.enabledBy = "auto";
+  field.enabledAt = 0;
+  return field;
+}
+
+constexpr Field kFields[] = {
+    {.name = "channel",
+     .label = "Channel",
+     .type = FieldType::Choice,
+     .most = kAlpha,
+     .choices = kChannels,
+     .stateId = 1},
+    {.name = "auto",
+     .label = "Shadows and highlights from the pictures",
+     .type = FieldType::Flag,
+     .most = 1,
+     .tip = "Leaves half a per cent of the darkest and of the lightest values aside",
+     .stateId = 2},
+    manual(level("shadows", "Shadows", 0, 253, 0, 3)),
+    manual(level("highlights", "Highlights", 2, 255, 255, 4)),
+    {.name = "midtone",
+     .label = "Midtone",
+     .type = FieldType::Real,
+     .leastReal = 0.1,
+     .mostReal = 9.99,
+     .decimals = 2,
+     .initialReal = 1,
+     .stateId = 5},
+    level("outputLow", "Output, low", 0, 255, 0, 6),
+    level("outputHigh", "Output, high", 0, 255, 255, 7),
+    level("hue", "Hue", -180, 180, 0, 8),
+    level("saturation", "Saturation", -100, 100, 0, 9),
+    level("lightness", "Lightness", -100, 100, 0, 10),
+    level("sharpen", "Sharpen", -10, 10, 0, 11),
+    {.name = "invert", .label = "Invert", .type = FieldType::Flag, .most = 1, .stateId = 12},
+};
+
+using Curve = std::array<std::uint8_t, 256>;
+
+std::uint8_t rounded(double value) {
+  return static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L));
+}
+
+struct Levels {
+  double shadows, highlights, midtone, low, high;
+
+  Curve curve() const {
+    Curve curve{};
+    for (int v = 0; v < 256; ++v) {
+      const double share = std::clamp((v - shadows) / (highlights - shadows), 0.0, 1.0);
+      curve[static_cast<std::size_t>(v)] = rounded(low + (high - low) * std::pow(share, 1 / midtone));
+    }
+    return curve;
+  }
+};
+
+struct Adjustment {
+  Channel channel;
+  Curve levels;
+  double hue, saturation, lightness;  ///< turns, and shares from -1 to 1
+  int sharpen;
+  bool invert, levelsChange;
+
+  bool changes_hsl() const { return channel != kAlpha && (hue != 0 || saturation != 0 || lightness != 0); }
+  /// Whether it is for a byte of a pixel: blue, green, red, alpha.
+  bool takes(unsigned byte) const {
+    return byte == 3 ? channel == kAlpha
+                     : channel == kAll || channel == (byte == 2   ? kRed
+                                                      : byte == 1 ? kGreen
+                                                                  : kBlue);
+  }
+};
+
+double moved(double value, double share) {
+  return share < 0 ? value * (1 + share) : value + (1 - value) * share;
+}
+
+/// One channel of a color of hue, saturation and lightness: a hexagon of six ramps. `p` and `q` are the least
+/// and the greatest channel.
+double ramp(double p, double q, double turn) {
+  turn -= std::floor(turn);
+  if (turn < 1.0 / 6) return p + (q - p) * 6 * turn;
+  if (turn < 0.5) return q;
+  return turn < 2.0 / 3 ? p + (q - p) * (2.0 / 3 - turn) * 6 : p;
+}
+
+/// Blue, green, red.
+void change_hsl(std::uint8_t* color, const Adjustment& adjustment) {
+  const double b = color[0] / 255.0, g = color[1] / 255.0, r = color[2] / 255.0;
+  const double most = std::max({r, g, b}), least = std::min({r, g, b}), range = most - least;
+  double hue = 0, saturation = 0, lightness = (most + least) / 2;
+  if (range > 0) {
+    saturation = range / (1 - std::abs(2 * lightness - 1));
+    hue = most == r ? (g - b) / range : most == g ? (b - r) / range + 2 : (r - g) / range + 4;
+  }
+  hue = hue / 6 + adjustment.hue;
+  // What is grey has no hue to be saturated with.
+  if (range > 0) saturation = std::clamp(moved(saturation, adjustment.saturation), 0.0, 1.0);
+  lightness = moved(lightness, adjustment.lightness);
+  const double q =
+      lightness < 0.5 ? lightness * (1 + saturation) : lightness + saturation - lightness * saturation;
+  const double p = 2 * lightness - q;
+  color[0] = rounded(255 * ramp(p, q, hue - 1.0 / 3));
+  color[1] = rounded(255 * ramp(p, q, hue));
+  color[2] = rounded(255 * ramp(p, q, hue + 1.0 / 3));
+}
+
+template <typename Change>
+void change_bytes(Picture& picture, const Adjustment& adjustment, const Change& change) {
+  const EditRows rows(picture);
+  const unsigned size = picture.bits() / 8;
+  for (unsigned byte = 0; rows && byte < size; ++byte)
+    if (adjustment.takes(byte))
+      for (std::uint32_t y = 0; y < picture.height(); ++y)
+        for (std::uint8_t *at = rows[y] + byte, *end = at + std::size_t{size} * picture.width(); at != end;
+             at += size)
+          *at = change(*at);
+}
+
+void change_hsl_of(Picture& picture, const Adjustment& adjustment) {
+  const EditRows rows(picture);
+  const unsigned size = picture.bits() / 8;
+  // Neighbors are often alike.
+  std::array<std::uint8_t, 3> before{}, after{};
+  change_hsl(after.data(), adjustment);
+  for (std::uint32_t y = 0; rows && y < picture.height(); ++y)
+    for (std::uint8_t *at = rows[y], *end = at + std::size_t{size} * picture.width(); at != end; at += size) {
+      if (!std::equal(before.begin(), before.end(), at)) {
+        std::copy_n(at, 3, before.begin());
+        after = before;
+        change_hsl(after.data(), adjustment);
+      }
+      std::copy_n(after.begin(), 3, at);
+    }
+}
+
+/// v + k / 10 * (v - mean of the 3 x 3 around it), rounded; beyond the edges lie the pixels of the edge.
+Picture sharpened(const Picture& picture, const Adjustment& adjustment) {
+  Picture result = picture;
+  const EditRows rows(result);
+  if (!rows) return {};
+  const unsigned size = picture.bits() / 8;
+  const std::uint32_t last_x = picture.width() - 1, last_y = picture.height() - 1;
+  const auto value = [&](int v, int sum) {
+    const int scaled = 90 * v + adjustment.sharpen * (9 * v - sum);
+    return static_cast<std::uint8_t>(std::clamp((scaled + (scaled < 0 ? -45 : 45)) / 90, 0, 255));
+  };
+  for (std::uint32_t y = 0; y <= last_y; ++y) {
+    const std::uint8_t* around[] = {picture.row(y == 0 ? 0 : y - 1), picture.row(y),
+                                    picture.row(std::min(y + 1, last_y))};
+    for (std::uint32_t x = 0; x <= last_x; ++x)
+      for (unsigned byte = 0; byte < size; ++byte) {
+        if (!adjustment.takes(byte)) continue;
+        int sum = 0;
+        for (const std::uint8_t* row : around)
+          for (const std::uint32_t column : {x == 0 ? 0 : x - 1, x, std::min(x + 1, last_x)})
+            sum += row[column * size + byte];
+        rows[y][x * size + byte] = value(around[1][x * size + byte], sum);
+      }
+  }
+  return result;
+}
+
+Picture recolored(const Picture& picture, const Adjustment& adjustment) {
+  return with_changed_colors(picture, [&](std::uint8_t* color) {
+    const auto change = [&](auto&& value) {
+      for (unsigned byte = 0; byte < 3; ++byte)
+        if (adjustment.takes(byte)) color[byte] = value(color[byte]);
+    };
+    change([&](std::uint8_t v) { return adjustment.levels[v]; });
+    if (adjustment.changes_hsl()) change_hsl(color, adjustment);
+    if (adjustment.invert) change([](std::uint8_t v) { return static_cast<std::uint8_t>(255 - v); });
+  });
+}
+
+bool change_picture(Picture& picture, const Adjustment& adjustment) {
+  if (picture.bits() <= 8) {
+    picture = recolored(picture, adjustment);
+    return static_cast<bool>(picture);
+  }
+  if (adjustment.levelsChange)
+    change_bytes(picture, adjustment, [&](std::uint8_t v) { return adjustment.levels[v]; });
+  if (adjustment.changes_hsl()) change_hsl_of(picture, adjustment);
+  if (adjustment.sharpen != 0) picture = sharpened(picture, adjustment);
+  if (picture && adjustment.invert)
+    change_bytes(picture, adjustment, [](std::uint8_t v) { return static_cast<std::uint8_t>(255 - v); });
+  return static_cast<bool>(picture);
+}
+
+using Histogram = std::array<std::uint64_t, 256>;
+
+void count_values(const Picture& picture, const Adjustment& adjustment, Histogram& histogram) {
+  if (picture.bits() <= 8) {
+    const std::uint8_t* table = picture.table();
+    for (std::uint32_t y = 0; y < picture.height(); ++y)
+      for (std::uint32_t x = 0; x < picture.width(); ++x) {
+        const std::uint8_t* entry = table + 4 * std::size_t{PictureGetPixel(picture, x, y)};
+        for (unsigned byte = 0; byte < 3; ++byte)
+          if (adjustment.takes(byte)) ++histogram[entry[byte]];
+      }
+    return;
+  }
+  const unsigned size = picture.bits() / 8;
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    for (std::uint32_t i = 0; i < size * picture.width(); ++i)
+      if (adjustment.takes(i % size)) ++histogram[picture.row(y)[i]];
+}
+
+/// The values between which all but half a per cent at each end lie, at least two apart.
+void set_automatic_levels(const OperationRun& run, const Adjustment& adjustment, Levels& levels) {
+  Histogram histogram{};
+  const auto entries = frame_entries(run.draft);
+  for (const std::size_t frame : run.frames)
+    count_values(picture_of(run.draft.list.record(entries[frame])), adjustment, histogram);
+  std::uint64_t all = 0;
+  for (const std::uint64_t count : histogram) all += count;
+  if (all == 0) return;
+  const auto tail = [&](int from, int step) {
+    std::uint64_t seen = 0;
+    int at = from;
+    while ((seen += histogram[static_cast<std::size_t>(at)]) * 200 <= all) at += step;
+    return at;
+  };
+  const int low = std::min(tail(0, 1), 253), high = std::max(tail(255, -1), low + 2);
+  levels.shadows = low;
+  levels.highlights = high;
+}
+
+unsigned needs(const DocumentWindow& window, const FieldValues& values, const FrameList& frames) {
+  return values.number("sharpen") != 0 ? unsigned{kTrueColor} : needs_of_recoloring(window, frames);
+}
+
+std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow&) {
+  const std::int64_t least = values.number("shadows") + 2;
+  if (values.number("auto") != 0 || values.number("highlights") >= least) return std::nullopt;
+  return fault_of("highlights", StringId::WholeRange, {"Highlights", std::to_string(least), "255"});
+}
+
+bool run(OperationRun& run) {
+  Levels levels{static_cast<double>(run.number("shadows")), static_cast<double>(run.number("highlights")),
+                run.values.real("midtone"), static_cast<double>(run.number("outputLow")),
+                static_cast<double>(run.number("outputHigh"))};
+  Adjustment adjustment{.channel = static_cast<Channel>(run.number("channel")),
+                        .levels = {},
+                        .hue = static_cast<double>(run.number("hue")) / 360,
+                        .saturation = static_cast<double>(run.number("saturation")) / 100,
+                        .lightness = static_cast<double>(run.number("lightness")) / 100,
+                        .sharpen = static_cast<int>(run.number("sharpen")),
+                        .invert = run.number("invert") != 0,
+                        .levelsChange = true};
+  if (!free_color_key(run.draft, run.host)) return false;
+  if (run.number("auto") != 0) set_automatic_levels(run, adjustment, levels);
+  adjustment.levels = levels.curve();
+  adjustment.levelsChange =
+      !std::ranges::all_of(adjustment.levels, [i = 0](std::uint8_t v) mutable { return v == i++; });
+  if (!adjustment.levelsChange && !adjustment.changes_hsl() && adjustment.sharpen == 0 && !adjustment.invert)
+    return true;
+  const bool changed =
+      change_pictures(run.draft, run.frames, string_text(StringId::BuildingCaption), run.host,
+                      [&](FrameWork& work) { return change_picture(work.picture, adjustment); });
+  if (!changed) return false;
+  follow_palettes(run.draft);
+  finish_edit(run.draft, false);
+  return true;
+}
+
+}  // namespace
+
+constinit const Operation kAdjust{
+    .parameters =
+        {
+            .name = "adjust",
+            .title = "Adjust",
+            .help = "Levels, hue, saturation, lightness, sharpness; inverted colors",
+            .command = 330,
+            .kinds = kAnimatedKinds,
+            .stateFile = "AdjustState.txt",
+            .history = "EditAdjustHistory.txt",
+            .fields = kFields,
+            .check = check,
+        },
+    .scoped = true,
+    .preview = OperationPreview::Full,
+    .needs = needs,
+    .run = run,
+};
+
+}  // namespace vellum

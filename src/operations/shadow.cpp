@@ -1,0 +1,189 @@
+// Shadow: what each frame shows throws one onto the canvas.
+#include <algorithm>
+#include <cstring>
+
+#include "base/limits.h"
+#include "core/edit/edit_closing.h"
+#include "core/model/kind_table.h"
+#include "image/mask.h"
+#include "image/picture_operations.h"
+#include "image/picture_rows.h"
+#include "operations/change_pictures.h"
+#include "operations/convert_colors.h"
+#include "operations/operation_rows.h"
+#include "operations/settings.h"
+
+namespace vellum {
+namespace {
+
+constexpr DocumentKind kShadowKinds[] = {DocumentKind::MING, DocumentKind::APNG};
+
+constexpr FieldChoice kDirections[] = {{0, "North", "n"},      {1, "Northeast", "ne"}, {2, "East", "e"},
+                                       {3, "Southeast", "se"}, {4, "South", "s"},      {5, "Southwest", "sw"},
+                                       {6, "West", "w"},       {7, "Northwest", "nw"}};
+constexpr int kStepX[] = {0, 1, 1, 1, 0, -1, -1, -1}, kStepY[] = {-1, -1, 0, 1, 1, 1, 0, -1};
+
+constexpr Field kFields[] = {
+    {.name = "direction",
+     .label = "Direction",
+     .type = FieldType::Choice,
+     .most = 7,
+     .choices = kDirections,
+     .initial = 3,
+     .setting = &settings::ShadowDirection},
+    {.name = "offset", .label = "Offset", .most = 100, .initial = 6, .setting = &settings::ShadowOffset},
+    {.name = "opacity", .label = "Opacity", .most = 100, .initial = 50, .setting = &settings::ShadowOpacity},
+    {.name = "softness", .label = "Softness", .most = 50, .initial = 4, .setting = &settings::ShadowSoftness},
+    {.name = "removeAlpha",
+     .label = "Over a color",
+     .type = FieldType::Flag,
+     .most = 1,
+     .tip = "The result has no transparency",
+     .setting = &settings::ShadowRemoveAlpha},
+    {.name = "background",
+     .label = "Color",
+     .type = FieldType::Color,
+     .most = 0xFFFFFF,
+     .enabledBy = "removeAlpha",
+     .initial = 0xFFFFFF,
+     .setting = &settings::ShadowBackground},
+};
+
+constexpr const char* kBackground[] = {"background"};
+constexpr CompoundOption kOptions[] = {{.name = "flatten",
+                                        .form = "RRGGBB",
+                                        .help = "No transparency: the result lies over this color",
+                                        .fields = kBackground,
+                                        .alongside = "removeAlpha",
+                                        .alongsideValue = 1}};
+
+/// How the canvas grows, and where the shadow lies.
+struct Place {
+  std::uint32_t left, top, width, height;  ///< of the frame on the new canvas, which has this size
+  std::int64_t x, y;                       ///< of the shadow, against the frame
+  std::uint32_t softness;
+};
+
+Place place_of(const FieldValues& values, const Extent& frame) {
+  const auto direction = static_cast<std::size_t>(values.number("direction"));
+  const std::int64_t x = values.number("offset") * kStepX[direction],
+                     y = values.number("offset") * kStepY[direction], reach = 3 * values.number("softness");
+  const auto room = [](std::int64_t pixels) {
+    return static_cast<std::uint32_t>(std::max<std::int64_t>(pixels, 0));
+  };
+  const std::uint32_t left = room(reach - x), top = room(reach - y);
+  return {left,
+          top,
+          frame.width + left + room(reach + x),
+          frame.height + top + room(reach + y),
+          x,
+          y,
+          static_cast<std::uint32_t>(values.number("softness"))};
+}
+
+Mask shadow_of(const Picture& picture, const Place& place) {
+  Mask mask(place.width, place.height);
+  const auto x0 = static_cast<std::uint32_t>(place.left + place.x),
+             y0 = static_cast<std::uint32_t>(place.top + place.y);
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    std::uint8_t* out = mask.row(y0 + y) + x0;
+    const std::uint8_t* in = picture.row(y);
+    if (picture.bits() != 32)
+      std::memset(out, 255, picture.width());
+    else
+      for (std::uint32_t x = 0; x < picture.width(); ++x) out[x] = in[4 * x + 3];
+  }
+  blur_mask(mask, place.softness);
+  return mask;
+}
+
+/// Lays the picture over black of the mask's alpha: "over" of the PNG standard, straight alpha.
+void lay_over(std::uint8_t* out, const std::uint8_t* in, std::uint32_t width) {
+  for (const std::uint8_t* end = in + std::size_t{4} * width; in != end; in += 4, out += 4) {
+    const std::uint32_t above = in[3] * 255u, below = out[3] * (255u - in[3]), both = above + below;
+    if (in[3] == 255 || below == 0)
+      std::memcpy(out, in, 4);
+    else if (in[3] != 0)
+      for (int c = 0; c < 3; ++c) out[c] = static_cast<std::uint8_t>((in[c] * above + both / 2) / both);
+    out[3] = static_cast<std::uint8_t>((both + 127) / 255);
+  }
+}
+
+Picture with_shadow(const Picture& frame, const FieldValues& values) {
+  const Picture picture = frame.bits() == 32 ? frame : PictureToTrueColorAlpha(frame);
+  const Place place = place_of(values, {frame.width(), frame.height()});
+  Picture result = PictureCreateAlpha(place.width, place.height);
+  const EditRows rows(result);
+  if (!picture || !rows) return {};
+  const Mask mask = shadow_of(frame, place);
+  const auto opacity = static_cast<std::uint32_t>(values.number("opacity"));
+  for (std::uint32_t y = 0; y < place.height; ++y) {
+    std::memset(rows[y], 0, std::size_t{4} * place.width);
+    for (std::uint32_t x = 0; x < place.width; ++x)
+      rows[y][4 * x + 3] = static_cast<std::uint8_t>((mask.row(y)[x] * opacity + 50) / 100);
+  }
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    lay_over(rows[place.top + y] + std::size_t{4} * place.left, picture.row(y), picture.width());
+  if (values.number("removeAlpha") == 0) return result;
+  return PictureFlattenAlpha(result, static_cast<Colour>(values.number("background")));
+}
+
+unsigned needs(const DocumentWindow&, const FieldValues&, const FrameList&) {
+  return kWholeCanvases | kTrueColor;
+}
+
+std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow& window) {
+  const Place place = place_of(values, document_size(window.list, window.document));
+  const std::int64_t most = kind_row(window.document.kind).mostPixels;
+  if (place.width <= most && place.height <= most &&
+      std::uint64_t{place.width} * place.height * 4 <= kMaximumPictureBytes)
+    return std::nullopt;
+  return fault_of("offset", StringId::ResultTooLarge);
+}
+
+double growth(const FieldValues& values, const DocumentWindow& window) {
+  const Extent canvas = document_size(window.list, window.document);
+  const Place place = place_of(values, canvas);
+  return std::max(static_cast<double>(place.width) / std::max(canvas.width, 1u),
+                  static_cast<double>(place.height) / std::max(canvas.height, 1u));
+}
+
+bool run(OperationRun& run) {
+  const auto change = [&](FrameWork& work) {
+    work.picture = with_shadow(work.picture, run.values);
+    work.offset = {};
+    return static_cast<bool>(work.picture);
+  };
+  if (!change_pictures(run.draft, all_frames(frame_entries(run.draft).size()),
+                       string_text(StringId::BuildingCaption), run.host, change))
+    return false;
+  finish_edit(run.draft, false);
+  const bool flat = run.number("removeAlpha") != 0;
+  return convert_colors(run.draft, {.colorType = flat ? std::uint8_t{2} : std::uint8_t{6}}, run.host);
+}
+
+}  // namespace
+
+constinit const Operation kShadow{
+    .parameters =
+        {
+            .name = "shadow",
+            .title = "Shadow",
+            .help = "What each frame shows throws a shadow",
+            .command = 319,
+            .kinds = kShadowKinds,
+            .fields = kFields,
+            .options = kOptions,
+            .check = check,
+        },
+    .result = OperationResult::NewWindow,
+    .prefix = StringId::ShadowedPrefix,
+    .batch = 8,
+    .batchPrefix = "Shadow_",
+    .preview = OperationPreview::Full,
+    .needs = needs,
+    .growth = growth,
+    .run = run,
+};
+
+}  // namespace vellum
