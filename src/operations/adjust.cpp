@@ -62,8 +62,9 @@ constexpr Field kFields[] = {
 
 using Curve = std::array<std::uint8_t, 256>;
 
+/// Halves go up, also those that a sum of shares comes a little below.
 std::uint8_t rounded(double value) {
-  return static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L));
+  return static_cast<std::uint8_t>(std::clamp(std::lround(value + 1e-9), 0L, 255L));
 }
 
 struct Levels {
