@@ -5,6 +5,7 @@
 #include "cli/command.h"
 #include "cli/completion.h"
 #include "cli/exchange_command.h"
+#include "cli/generator_command.h"
 #include "cli/man_text.h"
 #include "cli/operation_command.h"
 #include "cli/terminal_host.h"
@@ -70,6 +71,11 @@ int run(int argc, char** argv) {
     if (operation->convertOption) continue;
     CLI::App* command = app.add_subcommand(operation->parameters.name, operation->parameters.help);
     Run work = prepare_operation(*command, *operation);
+    command->callback([&chosen, work] { chosen = work; });
+  }
+  for (const Generator* generator : generator_table()) {
+    CLI::App* command = app.add_subcommand(generator->parameters.name, generator->parameters.help);
+    Run work = prepare_generator(*command, *generator);
     command->callback([&chosen, work] { chosen = work; });
   }
   for (const Exporter* exporter : exporter_table()) {

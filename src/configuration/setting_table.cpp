@@ -6,11 +6,11 @@
 
 #include "batch/settings.h"
 #include "configuration/extension_settings.h"
-#include "configuration/generator_settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
 #include "exchange/settings.h"
+#include "generators/settings.h"
 #include "operations/settings.h"
 #include "playback/settings.h"
 

@@ -9,6 +9,8 @@
 #include "core/files/save_document.h"
 #include "exchange/exporter.h"
 #include "exchange/importer.h"
+#include "generators/generator.h"
+#include "image/graphic_file.h"
 #include "operations/operation.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -185,6 +187,7 @@ std::string guide_line(const Parameters& row, const Field& field) {
 TEST(OperationCommands, TheGuideHasAPageOfEachRowWithItsFields) {
   std::vector<const Parameters*> rows;
   for (const Operation* row : operation_table()) rows.push_back(&row->parameters);
+  for (const Generator* row : generator_table()) rows.push_back(&row->parameters);
   for (const Exporter* row : exporter_table()) rows.push_back(&row->parameters);
   for (const Importer* row : importer_table()) rows.push_back(&row->parameters);
   for (const Parameters* row : rows) {
@@ -198,6 +201,33 @@ TEST(OperationCommands, TheGuideHasAPageOfEachRowWithItsFields) {
       EXPECT_NE(page.find("--" + std::string(option.name)), std::string::npos)
           << row->name << ": " << option.name;
   }
+}
+
+TEST(GeneratorCommands, WriteWhatTheGeneratorMakes) {
+  testing::ScratchFolder folder;
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  const auto in = folder / "in.bmp";
+  ASSERT_TRUE(GraphicFileWrite(in.string(), testing::small_picture(9, 6, 24)));
+  for (const Generator* row : generator_table())
+    for (const DocumentKind kind : kAnimatedKinds) {
+      SCOPED_TRACE(row->parameters.name);
+      const auto out = folder /
+                       ("out" + std::filesystem::path(testing::kFileNames.at(kind)).extension().string()),
+                 wanted = folder / testing::kFileNames.at(kind);
+      Recorder recorder;
+      DocumentWindow window;
+      GeneratorInputs inputs;
+      if (row->input != GeneratorInput::None) inputs.pictures.push_back(GraphicFileRead(in.string()));
+      const FieldValues values = initial_values(row->parameters.fields);
+      ASSERT_TRUE(generate(*row, values, inputs, kind, window, recorder.host));
+      ASSERT_TRUE(save_document(window, wanted, recorder.host));
+      std::vector<std::string> words = {testing::program_folder() / "vellum", row->parameters.name, "-o",
+                                        out};
+      if (row->input != GeneratorInput::None) words.push_back(in);
+      const auto result = testing::run_tool(words);
+      ASSERT_EQ(result.status, 0) << result.output;
+      EXPECT_EQ(testing::file_bytes(out), testing::file_bytes(wanted));
+    }
 }
 
 TEST(ExchangeCommands, WriteWhatTheRowsMake) {

@@ -1,5 +1,6 @@
 // Every operation against its definition in terms of PictureGetPixel and PicturePutPixel.
 #include "image/picture_operations.h"
+#include "image/rotate.h"
 
 #include "random_pictures.h"
 
@@ -330,6 +331,40 @@ TEST(PictureOperations, PicturesWithoutRowsGiveNull) {
     PictureFillRect(dst, 0, 0, 5, 5, 1);
     PictureBlit(dst, 0, 0, PictureCreate(2, 2, nullptr, 32), 0, 0, 2, 2);
     PictureComposite(dst, 0, 0, PictureCreate(2, 2, nullptr, 32), 2, 2);
+  }
+}
+
+TEST(Rotate, QuartersAreExactAndOtherAnglesKeepWhatTheyTurn) {
+  Picture picture = PictureCreateFilled(40, 25, 0);
+  picture = PictureToTrueColor(picture);
+  PictureFillRect(picture, 30, 10, 6, 5, make_colour(255, 0, 0, 255));
+  // A quarter counterclockwise takes what is right to the top.
+  const Picture quarter = rotated(picture, 90, 0);
+  ASSERT_EQ(quarter.width(), 25u);
+  ASSERT_EQ(quarter.height(), 40u);
+  EXPECT_EQ(PictureGetPixel(quarter, 12, 6) & 0xFF, 255u);
+  const auto weight = [](const Picture& p, double& x, double& y) {
+    double sum = x = y = 0;
+    for (std::uint32_t row = 0; row < p.height(); ++row)
+      for (std::uint32_t column = 0; column < p.width(); ++column) {
+        const double red = PictureGetPixel(p, column, row) & 0xFF;
+        sum += red, x += red * (column + 0.5), y += red * (row + 0.5);
+      }
+    x = x / sum - p.width() / 2.0, y = y / sum - p.height() / 2.0;
+    return sum;
+  };
+  double x0 = 0, y0 = 0;
+  const double whole = weight(picture, x0, y0);
+  for (int angle = 0; angle < 360; angle += 7) {
+    const Picture turned = rotated(picture, angle, 0);
+    const auto [width, height] = rotated_size(40, 25, angle);
+    ASSERT_EQ(turned.width(), width);
+    ASSERT_EQ(turned.height(), height);
+    double x = 0, y = 0;
+    EXPECT_NEAR(weight(turned, x, y) / whole, 1, 0.02) << angle;
+    const double a = angle * 3.14159265358979 / 180;
+    EXPECT_NEAR(x, x0 * std::cos(a) + y0 * std::sin(a), 0.7) << angle;
+    EXPECT_NEAR(y, y0 * std::cos(a) - x0 * std::sin(a), 0.7) << angle;
   }
 }
 

@@ -89,7 +89,7 @@ const CommandRow kCommands[] = {
     {273, "Photo stac&k", Menu::Create, 1, Nothing, {}, nullptr, kLater},
     {253, "&LED Signs", Menu::Create, 1, Nothing, {}, nullptr, kLater},
     {271, "&Status panel", Menu::Create, 1, Nothing, {}, nullptr, kLater},
-    {252, "&Spin", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {252, "&Spin", Menu::Create, 1, Nothing, {}, nullptr, generator_command<252>},
     {272, "Thr&obbers", Menu::Create, 1, Nothing, {}, nullptr, kLater},
     {251, "T&ransition", Menu::Create, 1, Nothing, {}, nullptr, kLater},
     {275, "Web &gallery", Menu::Create, 1, Nothing, {}, nullptr, kLater},

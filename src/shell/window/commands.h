@@ -99,6 +99,12 @@ template <int Number>
 void export_command(MainWindow& main, DocumentFrame& frame) {
   run_export_command(main, frame, Number);
 }
+/// Asks for the values of a generator, whose animation becomes a document in a window of its own.
+void run_generator_command(MainWindow& main, int number);
+template <int Number>
+void generator_command(MainWindow& main) {
+  run_generator_command(main, Number);
+}
 /// Asks for a file of an import, which becomes a document in a window of its own.
 void run_import_command(MainWindow& main, int number);
 template <int Number>

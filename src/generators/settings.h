@@ -1,5 +1,4 @@
-// Settings of the generators. They move to the wing `generators/` when it comes. Delays and pauses are ms
-// from 1 (pauses 0) to 32767 where nothing else is said.
+// Settings of the generators. Delays and pauses are ms from 1 (pauses 0) to 32767 where nothing else is said.
 #pragma once
 
 #include <string>

@@ -1,0 +1,64 @@
+#include "generators/generator.h"
+
+#include <algorithm>
+#include <new>
+
+namespace vellum {
+namespace {
+
+bool tell(Host& host, StringId id) {
+  std::string reason = host.take_fault();
+  if (!host.stopped()) host.show(id, {}, std::move(reason));
+  return false;
+}
+
+bool has_inputs(const Generator& generator, const GeneratorInputs& inputs) {
+  const std::size_t least = generator.input == GeneratorInput::None ? 0 : 1;
+  return inputs.pictures.size() >= least && std::ranges::all_of(inputs.pictures, [](const Picture& picture) {
+           return static_cast<bool>(picture);
+         });
+}
+
+}  // namespace
+
+const Generator* find_generator(std::string_view name) {
+  for (const Generator* row : generator_table())
+    if (row->parameters.name == name) return row;
+  return nullptr;
+}
+
+const Generator* find_generator(int command) {
+  for (const Generator* row : generator_table())
+    if (row->parameters.command == command) return row;
+  return nullptr;
+}
+
+std::optional<FrameStream> generated_frames(const Generator& generator, const FieldValues& values,
+                                            const GeneratorInputs& inputs, Host& host) {
+  if (const auto fault = check_values(generator.parameters, values, {})) {
+    if (host.message) host.message({fault->id, {}, fault->text, {}, nullptr});
+    return std::nullopt;
+  }
+  if (!has_inputs(generator, inputs)) {
+    tell(host, StringId::ErrorReadingFile);
+    return std::nullopt;
+  }
+  auto stream = generator.make(values, inputs, host);
+  if (!stream) {
+    tell(host, StringId::ErrorAccessingChunk);
+    return std::nullopt;
+  }
+  stream->plays = generator.loop && values.number(generator.loop) == 0 ? 1 : 0;
+  return stream;
+}
+
+bool generate(const Generator& generator, const FieldValues& values, const GeneratorInputs& inputs,
+              DocumentKind kind, DocumentWindow& window, Host& host) try {
+  const auto stream = generated_frames(generator, values, inputs, host);
+  if (!stream) return false;
+  return build_from_stream(window, *stream, kind, host) || tell(host, StringId::ErrorAccessingChunk);
+} catch (const std::bad_alloc&) {
+  return tell(host, StringId::MemoryError);
+}
+
+}  // namespace vellum

@@ -1,0 +1,48 @@
+// A generator as a row: values, and pictures where it takes some, that become an animation.
+#pragma once
+
+#include "core/build/frame_stream.h"
+#include "operations/parameters.h"
+
+namespace vellum {
+
+/// What a generator works on beside its values.
+enum class GeneratorInput {
+  None,
+  Picture,   ///< one
+  Pictures,  ///< one or more, in their order
+};
+
+struct GeneratorInputs {
+  std::vector<Picture> pictures;
+};
+
+/// One row.
+struct Generator {
+  Parameters parameters;
+  GeneratorInput input = GeneratorInput::None;
+  const char* document;                ///< "Spin": what its documents are called, with a number behind it
+  const char* loop = nullptr;          ///< the field that says whether it plays for ever; without it it does
+  std::string* fileSetting = nullptr;  ///< keeps the name of the picture
+  /// The frames that the values give; they are computed when they are asked for, and may be by several
+  /// threads. The inputs, as many as the row takes, and the values need not outlive the call. Nothing with
+  /// the reason kept in the host.
+  std::optional<FrameStream> (*make)(const FieldValues& values, const GeneratorInputs& inputs,
+                                     Host& host) = nullptr;
+};
+
+/// All generators, in the order of the menu.
+std::span<const Generator* const> generator_table();
+/// Null where there is none.
+const Generator* find_generator(std::string_view name);
+const Generator* find_generator(int command);
+
+/// The frames, checked; nothing after a message.
+std::optional<FrameStream> generated_frames(const Generator& generator, const FieldValues& values,
+                                            const GeneratorInputs& inputs, Host& host);
+/// Makes an empty window an animation of this kind. False after a message, or a stop; nothing is then left of
+/// it.
+bool generate(const Generator& generator, const FieldValues& values, const GeneratorInputs& inputs,
+              DocumentKind kind, DocumentWindow& window, Host& host);
+
+}  // namespace vellum

@@ -1,0 +1,12 @@
+#include "generators/generator_rows.h"
+
+namespace vellum {
+namespace {
+
+constexpr const Generator* kGenerators[] = {&kSpin};
+
+}  // namespace
+
+std::span<const Generator* const> generator_table() { return kGenerators; }
+
+}  // namespace vellum

@@ -1,0 +1,128 @@
+#include "shell/dialogs/generator_dialog.h"
+
+#include <QBoxLayout>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QPushButton>
+
+#include "image/graphic_file.h"
+#include "image/resample.h"
+#include "shell/look/picture_image.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+
+namespace vellum {
+namespace {
+
+constexpr double kPreviewSide = 200;  ///< pixels of a picture that a preview works on, at most
+
+Picture reduced(const Picture& picture) {
+  const double percent = 100 * std::min(1.0, kPreviewSide / std::max(picture.width(), picture.height()));
+  return percent < 100 ? PictureScalePercent(picture, percent, percent, ResampleFilter::Box) : picture;
+}
+
+const DocumentWindow& no_document() {
+  static const DocumentWindow nothing;
+  return nothing;
+}
+
+}  // namespace
+
+GeneratorDialog::GeneratorDialog(const Generator& generator, Services& services, QWidget* parent)
+    : ParameterDialog(generator.parameters, no_document(), {}, services, parent),
+      generator_(generator),
+      services_(services),
+      preview_(new MotionPreview(this)) {
+  auto* outer = static_cast<QBoxLayout*>(layout());
+  outer->removeWidget(&form());
+  auto* row = new QHBoxLayout;
+  row->setSpacing(style::kWideGap);
+  row->addWidget(&form());
+  row->addWidget(preview_, 1);
+  outer->insertLayout(0, row, 1);
+  if (generator.input == GeneratorInput::Picture) add_source();
+  add_test();
+  begin();
+}
+
+void GeneratorDialog::add_source() {
+  auto* row = new QWidget(this);
+  auto* line = new QHBoxLayout(row);
+  line->setContentsMargins(0, 0, 0, 0);
+  name_ = new QLabel(row);
+  name_->setTextFormat(Qt::PlainText);
+  name_->setObjectName(QStringLiteral("source"));
+  auto* choose = new QPushButton(tr("&Select"), row);
+  auto* paste_button = new QPushButton(tr("&Paste"), row);
+  choose->setAutoDefault(false);
+  paste_button->setAutoDefault(false);
+  line->addWidget(name_, 1);
+  line->addWidget(choose);
+  line->addWidget(paste_button);
+  static_cast<QBoxLayout*>(layout())->insertWidget(0, row);
+  connect(choose, &QPushButton::clicked, this, &GeneratorDialog::select);
+  connect(paste_button, &QPushButton::clicked, this, &GeneratorDialog::paste);
+  show_source(tr("[ No file selected ]"));
+  const std::string kept = generator_.fileSetting ? *generator_.fileSetting : std::string();
+  if (kept.empty()) return;
+  if (Picture picture = read_graphic_file(kept).picture)
+    take_picture(std::move(picture), to_qt(std::filesystem::path(kept).filename().string()));
+}
+
+void GeneratorDialog::add_test() {
+  auto* button = buttons().addButton(tr("&Test"), QDialogButtonBox::ActionRole);
+  button->setAutoDefault(false);
+  connect(button, &QPushButton::clicked, this, [this] {
+    if (!has_inputs()) return select();
+    const auto fault = check(form().values());
+    if (fault) {
+      if (host().message) host().message({fault->id, {}, fault->text, {}, nullptr});
+      return form().show_fault(*fault);
+    }
+    if (test) test(values());
+  });
+}
+
+bool GeneratorDialog::has_inputs() const {
+  return generator_.input == GeneratorInput::None || !inputs_.pictures.empty();
+}
+
+void GeneratorDialog::show_source(const QString& name) { name_->setText(name); }
+
+void GeneratorDialog::take_picture(Picture picture, const QString& name) {
+  inputs_.pictures = {std::move(picture)};
+  reduced_.pictures = {reduced(inputs_.pictures.front())};
+  show_source(name);
+  follow();
+}
+
+void GeneratorDialog::select() {
+  if (!services_.choose_pictures) return;
+  const auto chosen = services_.choose_pictures(false);
+  if (chosen.empty()) return;
+  Picture picture = read_picture_file(chosen.front(), services_.host);
+  if (!picture) return;
+  if (generator_.fileSetting) *generator_.fileSetting = chosen.front().string();
+  take_picture(std::move(picture), to_qt(chosen.front().filename().string()));
+}
+
+void GeneratorDialog::paste() {
+  Picture picture = picture_of_image(QGuiApplication::clipboard()->image());
+  if (!picture) return services_.host.show(StringId::ClipboardInvalid);
+  take_picture(std::move(picture), tr("Image from clipboard"));
+}
+
+void GeneratorDialog::follow() {
+  ParameterDialog::follow();
+  Host nobody;
+  const bool fine = has_inputs() && !check_values(generator_.parameters, values(), window());
+  preview_->play(fine ? generated_frames(generator_, values(), reduced_, nobody) : std::nullopt);
+}
+
+void GeneratorDialog::accept() {
+  if (has_inputs()) return ParameterDialog::accept();
+  select();
+}
+
+}  // namespace vellum
