@@ -240,6 +240,7 @@ Run prepare_batch(CLI::App& app) {
   app.require_subcommand(0, 1);
   app.fallthrough();
   for (const Operation* operation : operation_table()) {
+    if (operation->result == OperationResult::Files) continue;  // they name their files by themselves
     CLI::App* sub = app.add_subcommand(operation->parameters.name, operation->parameters.help);
     auto chosen = std::make_unique<Chosen>();
     chosen->operation = operation;

@@ -28,7 +28,6 @@ std::span<const CommandRow> command_table();
 Run prepare_list(CLI::App& app);
 Run prepare_convert(CLI::App& app);
 Run prepare_save(CLI::App& app);
-Run prepare_frames(CLI::App& app);
 Run prepare_build(CLI::App& app);
 Run prepare_play(CLI::App& app);
 Run prepare_edit(CLI::App& app);

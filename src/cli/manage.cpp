@@ -5,7 +5,7 @@
 #include "cli/frame_options.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
-#include "operations/manage_frames.h"
+#include "operations/manage_actions.h"
 
 namespace vellum::cli {
 namespace {
@@ -25,12 +25,6 @@ struct Managing {
 
 enum class Outcome { Done, Failed, WrongUsage };
 
-/// The value of a choice: its place among the names, or nothing.
-std::optional<std::size_t> choice_of(std::string_view text, std::span<const char* const> names) {
-  const auto at = std::ranges::find(names, text, [](const char* name) { return std::string_view(name); });
-  return at == names.end() ? std::nullopt : std::optional<std::size_t>(at - names.begin());
-}
-
 Outcome apply_every(Managing& m, const std::string& value) {
   const auto n = whole_number(value, 1, 1'000'000);
   if (!n) return Outcome::WrongUsage;
@@ -46,78 +40,26 @@ Outcome apply_invert(Managing& m, const std::string&) {
   return Outcome::Done;
 }
 
+/// An action that the dialog has, too.
+Outcome apply_action(Managing& m, std::string_view name, const std::string& text) {
+  const ManageAction& action = manage_action(name);
+  const auto field = manage_field(action, m.window.document.kind);
+  if (!field) return Outcome::WrongUsage;
+  const FieldValue value = parse_field_value(*field, text);
+  if (check_field(*field, value)) return Outcome::WrongUsage;
+  const auto done = action.apply(m.window, m.frames, value);
+  if (!done) return Outcome::WrongUsage;
+  m.add(*done);
+  return Outcome::Done;
+}
+
 Outcome apply_delay(Managing& m, const std::string& value) {
-  if (const auto ms = whole_number(value, 0, kMostDelayMs)) {
-    m.add(set_delays(m.window, m.frames, static_cast<std::uint32_t>(*ms)));
-    return Outcome::Done;
-  }
+  if (value.find('/') == std::string::npos) return apply_action(m, "delay", value);
   const auto fraction = number_pair(value, '/', 0, 65535);
   if (!fraction || fraction->second == 0) return Outcome::WrongUsage;
   m.add(set_frame_rate(
       m.window, m.frames,
       {static_cast<std::uint16_t>(fraction->first), static_cast<std::uint16_t>(fraction->second)}));
-  return Outcome::Done;
-}
-
-Outcome apply_rate(Managing& m, const std::string& value) {
-  const auto delay = parse_frame_delay(value);
-  if (!delay) return Outcome::WrongUsage;
-  m.add(set_frame_rate(m.window, m.frames, *delay));
-  return Outcome::Done;
-}
-
-Outcome apply_scale(Managing& m, const std::string& value) {
-  const auto percent = whole_number(value, 1, kMostScale);
-  if (!percent) return Outcome::WrongUsage;
-  m.add(scale_delays(m.window, m.frames, static_cast<std::uint32_t>(*percent)));
-  return Outcome::Done;
-}
-
-Outcome apply_add(Managing& m, const std::string& value) {
-  const auto ms = whole_number(value, -kMostAdded, kMostAdded);
-  if (!ms) return Outcome::WrongUsage;
-  m.add(add_to_delays(m.window, m.frames, static_cast<std::int32_t>(*ms)));
-  return Outcome::Done;
-}
-
-Outcome apply_total(Managing& m, const std::string& value) {
-  const auto ms = whole_number(value, 0, kMostTotalMs);
-  if (!ms) return Outcome::WrongUsage;
-  m.add(set_total_time(m.window, m.frames, static_cast<std::uint64_t>(*ms)));
-  return Outcome::Done;
-}
-
-template <Managed (*Change)(DocumentWindow&, const FrameList&, FrameOffset)>
-Outcome apply_place(Managing& m, const std::string& value) {
-  const auto place = number_pair(value, ',', INT32_MIN, INT32_MAX);
-  if (!place) return Outcome::WrongUsage;
-  m.add(Change(m.window, m.frames,
-               {static_cast<std::int32_t>(place->first), static_cast<std::int32_t>(place->second)}));
-  return Outcome::Done;
-}
-
-Outcome apply_align(Managing& m, const std::string& value) {
-  const auto place = choice_of(value, kAlignments);
-  if (!place) return Outcome::WrongUsage;
-  m.add(align_frames(m.window, m.frames, *place));
-  return Outcome::Done;
-}
-
-constexpr const char* kDisposals[] = {"none", "background", "previous"};
-constexpr const char* kBlends[] = {"source", "over"};
-
-Outcome apply_dispose(Managing& m, const std::string& value) {
-  const auto dispose = choice_of(value, kDisposals);
-  if (!dispose || !has_disposal(m.window.document.kind, static_cast<std::uint32_t>(*dispose)))
-    return Outcome::WrongUsage;
-  m.add(set_disposal(m.window, m.frames, static_cast<std::uint32_t>(*dispose)));
-  return Outcome::Done;
-}
-
-Outcome apply_blend(Managing& m, const std::string& value) {
-  const auto blend = choice_of(value, kBlends);
-  if (!blend || m.window.document.kind != DocumentKind::APNG) return Outcome::WrongUsage;
-  m.add(set_blending(m.window, m.frames, static_cast<std::uint32_t>(*blend)));
   return Outcome::Done;
 }
 
@@ -162,35 +104,35 @@ Outcome apply_ticks(Managing& m, const std::string& value) {
 struct ActionRow {
   const char* option;
   const char* form;  ///< of the value; null: the option has none
-  const char* help;
+  const char* help;  ///< null: option, form and help are those of the dialog's action
   Outcome (*apply)(Managing& managing, const std::string& value);
 };
 
+constexpr ActionRow dialog_action(const char* name) { return {name, nullptr, nullptr, nullptr}; }
+
 /// In the order in which they are done. What renumbers the frames comes last.
 constexpr ActionRow kActions[] = {
-    {"--every", "N", "Of these frames only every Nth: frame N, 2N, ...", apply_every},
-    {"--invert", nullptr, "All other frames instead", apply_invert},
-    {"--ticks", "N", "Ticks per second of an MNG; the delays keep their time", apply_ticks},
-    {"--delay", "MS|N/D", "The delay, in milliseconds or as a fraction of a second", apply_delay},
-    {"--rate", "R", "Frames a second, as 25 or 24000/1001", apply_rate},
-    {"--scale-delay", "P", "Scale the delays, per cent, 1 to 10000", apply_scale},
-    {"--add-delay", "MS", "Add to the delays, -60000 to 60000 ms; none falls below 0", apply_add},
-    {"--total", "MS", "Scale the delays so that their sum is this", apply_total},
-    {"--position", "X,Y", "Put the frames there", apply_place<set_positions>},
-    {"--move", "DX,DY", "Move the frames by so many pixels", apply_place<move_frames_by>},
-    {"--align", "PLACE",
-     "top-left, top, top-right, left, center, right, bottom-left, bottom or bottom-right of the canvas",
-     apply_align},
-    {"--dispose", "D", "none, background, or (animated PNG) previous", apply_dispose},
-    {"--blend", "B", "source or over, of an animated PNG", apply_blend},
-    {"--plays", "N", "How often the animation plays, 0 for ever", apply_plays},
-    {"--delete-text", nullptr, "Delete all text chunks", apply_delete_chunks<delete_texts>},
-    {"--only-images", nullptr, "Delete all chunks that images don't need",
+    {"every", "N", "Of these frames only every Nth: frame N, 2N, ...", apply_every},
+    {"invert", nullptr, "All other frames instead", apply_invert},
+    {"ticks", "N", "Ticks per second of an MNG; the delays keep their time", apply_ticks},
+    {"delay", nullptr, nullptr, apply_delay},
+    dialog_action("rate"),
+    dialog_action("scale-delay"),
+    dialog_action("add-delay"),
+    dialog_action("total"),
+    dialog_action("position"),
+    dialog_action("move"),
+    dialog_action("align"),
+    dialog_action("dispose"),
+    dialog_action("blend"),
+    {"plays", "N", "How often the animation plays, 0 for ever", apply_plays},
+    {"delete-text", nullptr, "Delete all text chunks", apply_delete_chunks<delete_texts>},
+    {"only-images", nullptr, "Delete all chunks that images don't need",
      apply_delete_chunks<delete_all_but_images>},
-    {"--move-up", nullptr, "Move the frames in front of their neighbour", apply_shift<false>},
-    {"--move-down", nullptr, "Move the frames behind their neighbour", apply_shift<true>},
-    {"--delete", nullptr, "Delete the frames", apply_delete},
-    {"--duplicate", nullptr, "Put a copy behind each of the frames", apply_duplicate},
+    {"move-up", nullptr, "Move the frames in front of their neighbour", apply_shift<false>},
+    {"move-down", nullptr, "Move the frames behind their neighbour", apply_shift<true>},
+    {"delete", nullptr, "Delete the frames", apply_delete},
+    {"duplicate", nullptr, "Put a copy behind each of the frames", apply_duplicate},
 };
 
 struct ManageOptions {
@@ -202,10 +144,13 @@ struct ManageOptions {
 int apply_actions(const ManageOptions& options, Managing& managing) {
   for (std::size_t i = 0; i < std::size(kActions); ++i) {
     if (!options.given[i]) continue;
-    const Outcome outcome = kActions[i].apply(managing, options.values[i]);
+    const ActionRow& row = kActions[i];
+    const std::string& value = options.values[i];
+    const Outcome outcome =
+        row.apply ? row.apply(managing, value) : apply_action(managing, row.option, value);
     if (outcome == Outcome::Done) continue;
     if (outcome == Outcome::Failed) return kFailed;
-    wrong_usage(std::string(kActions[i].option) + ": \"" + options.values[i] +
+    wrong_usage("--" + std::string(row.option) + ": \"" + value +
                 "\" is out of range, or no value for a file of this kind");
     return kWrongUsage;
   }
@@ -244,18 +189,18 @@ Run prepare_manage(CLI::App& app) {
       ->type_name("LIST");
   for (std::size_t i = 0; i < std::size(kActions); ++i) {
     const ActionRow& row = kActions[i];
-    if (row.form)
-      app.add_option_function<std::string>(
-             row.option,
-             [options, i](const std::string& value) {
-               options->values[i] = value;
-               options->given[i] = true;
-             },
-             row.help)
-          ->type_name(row.form);
+    const std::string name = "--" + std::string(row.option);
+    const ManageAction* shared = row.help ? nullptr : &manage_action(row.option);
+    const auto take = [options, i](const std::string& value) {
+      options->values[i] = value;
+      options->given[i] = true;
+    };
+    if (shared || row.form)
+      app.add_option_function<std::string>(name, take, shared ? shared->help : row.help)
+          ->type_name(shared ? shared->form : row.form);
     else
       app.add_flag_callback(
-          row.option, [options, i] { options->given[i] = true; }, row.help);
+          name, [take] { take({}); }, row.help);
   }
   return [options](Host& host) { return run_manage(*options, host); };
 }

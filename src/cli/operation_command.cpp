@@ -29,9 +29,10 @@ int write_result(DocumentWindow& window, const Given& given, Host& host) {
 int run(const Operation& operation, const Given& given, Host& host) {
   DocumentWindow window;
   if (!open_document(window, given.in, host)) return kFailed;
+  const bool document = operation.result != OperationResult::Files;
   DocumentKind kind = given.kind == DocumentKind::None ? operation.makes : given.kind;
   if (kind == DocumentKind::None) kind = window.document.kind;
-  if (!name_fits_kind(given.out, kind)) return kWrongUsage;
+  if (document && !name_fits_kind(given.out, kind)) return kWrongUsage;
   const std::size_t count = frame_entries(window).size();
   if (count == 0) {
     host.show(StringId::NoImagesHere);
@@ -44,8 +45,8 @@ int run(const Operation& operation, const Given& given, Host& host) {
     wrong_usage("--frames is not a list of images as in 1,3-5");
     return kWrongUsage;
   }
-  return run_operation(operation, window, *values, *frames, host) ? write_result(window, given, host)
-                                                                  : kFailed;
+  if (!run_operation(operation, window, *values, *frames, host)) return kFailed;
+  return document ? write_result(window, given, host) : kDone;
 }
 
 }  // namespace
@@ -53,12 +54,13 @@ int run(const Operation& operation, const Given& given, Host& host) {
 Run prepare_operation(CLI::App& app, const Operation& operation) {
   const auto given = std::make_shared<Given>();
   app.add_option("IN", given->in, "The file to read")->required();
-  app.add_option("OUT", given->out, "The file to write")->required();
+  const bool document = operation.result != OperationResult::Files;
+  if (document) app.add_option("OUT", given->out, "The file to write")->required();
   add_parameter_options(app, operation.parameters, given->parameters);
   if (operation.scoped)
     app.add_option("--frames", given->frames, "The images that it is applied to, from 1, as in 1,3-5")
         ->type_name("LIST");
-  if (operation.makes == DocumentKind::None)
+  if (document && operation.makes == DocumentKind::None)
     app.add_option("--kind", given->kind, "Another kind of file")
         ->transform(
             CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));

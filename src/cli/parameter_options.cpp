@@ -125,6 +125,10 @@ void add_field_option(CLI::App& app, const Field& field, std::optional<std::stri
 
 std::string_view name_of(const CompoundOption& option) { return option.name; }
 
+bool is_folder(const Parameters& parameters, const Field& field) {
+  return parameters.folder && field.name == std::string_view(parameters.folder);
+}
+
 void add_compound_option(CLI::App& app, const CompoundOption& option, std::optional<std::string>& text) {
   const std::string name = "--" + std::string(option.name);
   if (option.form)
@@ -151,7 +155,9 @@ void add_parameter_options(CLI::App& app, const Parameters& parameters, GivenPar
   for (std::size_t i = 0; i < parameters.options.size(); ++i)
     add_compound_option(app, parameters.options[i], given.compounds[i]);
   for (std::size_t i = 0; i < parameters.fields.size(); ++i)
-    if (!std::ranges::count(parameters.options, std::string_view(parameters.fields[i].name), name_of))
+    if (is_folder(parameters, parameters.fields[i]))
+      app.add_option("DIR", given.fields[i], "The folder for the files; it is made")->required();
+    else if (!std::ranges::count(parameters.options, std::string_view(parameters.fields[i].name), name_of))
       add_field_option(app, parameters.fields[i], given.fields[i]);
 }
 

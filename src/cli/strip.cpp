@@ -1,9 +1,8 @@
 // `vellum strip` and `vellum unstrip`.
-#include <algorithm>
-
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
+#include "cli/parameter_options.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/new_document.h"
 #include "core/files/open_document.h"
@@ -11,41 +10,27 @@
 #include "image/graphic_file.h"
 #include "operations/film_strip.h"
 #include "operations/manage_frames.h"
-#include "operations/settings.h"
 
 namespace vellum::cli {
 namespace {
 
 struct StripOptions {
-  std::string in, out, cell;
-  std::uint32_t columns = 0;
+  std::string in, out;
+  GivenParameters given;
   DocumentKind kind = DocumentKind::None;
   std::optional<std::uint32_t> delay;  ///< ms
 };
 
-/// "WxH"; the settings where nothing is given, which may say 0.
-bool take_cell(const std::string& text, std::uint32_t& width, std::uint32_t& height) {
-  const auto held = [](int side) { return static_cast<std::uint32_t>(std::clamp(side, 0, kMostCell)); };
-  width = held(settings::CellWide);
-  height = held(settings::CellDeep);
-  if (text.empty()) return true;
-  const auto size = number_pair(text, 'x', 1, kMostCell);
-  if (!size) return wrong_usage("--cell is not WxH with sides from 1 to " + std::to_string(kMostCell));
-  width = static_cast<std::uint32_t>(size->first);
-  height = static_cast<std::uint32_t>(size->second);
-  return true;
-}
-
 int run_strip(const StripOptions& options, Host& host) {
-  FilmStrip strip{options.columns, 0, 0};
-  if (!take_cell(options.cell, strip.cellWidth, strip.cellHeight)) return kWrongUsage;
   if (GraphicFileType(options.out) == kNoGraphicFile) {
     wrong_usage("OUT has no extension of a picture");
     return kWrongUsage;
   }
   DocumentWindow window;
   if (!open_document(window, options.in, host)) return kFailed;
-  const Picture picture = film_strip(window, strip, host);
+  const auto values = parameter_values(kSaveStrip, options.given, window);
+  if (!values) return kWrongUsage;
+  const Picture picture = film_strip(window, film_strip_of(*values), host);
   if (!picture) return kFailed;
   if (GraphicFileWrite(options.out, picture)) return kDone;
   host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, options.out);
@@ -64,12 +49,12 @@ bool build_document(DocumentWindow& window, const StripOptions& options, const C
 }
 
 int run_unstrip(const StripOptions& options, Host& host) {
-  std::uint32_t width = 0, height = 0;
-  if (!take_cell(options.cell, width, height) || !name_fits_kind(options.out, options.kind))
-    return kWrongUsage;
+  const auto values = parameter_values(kCutStrip, options.given, {});
+  if (!values || !name_fits_kind(options.out, options.kind)) return kWrongUsage;
+  const FilmStrip strip = film_strip_of(*values);
   const Picture picture = read_picture_file(options.in, host);
   if (!picture) return kFailed;
-  const CutStrip cut = cut_strip(picture, width, height);
+  const CutStrip cut = cut_strip(picture, strip.cellWidth, strip.cellHeight);
   if (cut.cells.empty()) {
     host.show(StringId::SmallerThanCell);
     return kFailed;
@@ -89,9 +74,8 @@ Run prepare_strip(CLI::App& app) {
   const auto options = std::make_shared<StripOptions>();
   app.add_option("IN", options->in, "An animation")->required();
   app.add_option("OUT", options->out, "The picture to write, by its extension")->required();
-  app.add_option("--columns", options->columns, "Cells of a row; all frames in one row otherwise")
-      ->check(CLI::Range(1, 1'000'000));
-  app.add_option("--cell", options->cell, "Size of a cell; as the canvas otherwise")->type_name("WxH");
+  add_parameter_options(app, kSaveStrip, options->given);
+  add_stored_option(app, kSaveStrip, options->given);
   return [options](Host& host) { return run_strip(*options, host); };
 }
 
@@ -99,7 +83,8 @@ Run prepare_unstrip(CLI::App& app) {
   const auto options = std::make_shared<StripOptions>();
   app.add_option("IN", options->in, "A picture of cells")->required();
   app.add_option("OUT", options->out, "The animation to write")->required();
-  app.add_option("--cell", options->cell, "Size of a cell")->required()->type_name("WxH");
+  add_parameter_options(app, kCutStrip, options->given);
+  add_stored_option(app, kCutStrip, options->given);
   app.add_option("--kind", options->kind, "The kind of the file")
       ->required()
       ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));

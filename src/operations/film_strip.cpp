@@ -7,9 +7,29 @@
 #include "image/picture_operations.h"
 #include "image/resample.h"
 #include "operations/frames.h"
+#include "operations/settings.h"
 
 namespace vellum {
 namespace {
+
+constexpr std::int64_t kMostColumns = 1'000'000, kMostCell = 4096;
+
+constexpr Field cell_field(const char* name, const char* label, int& setting) {
+  return {.name = name, .label = label, .most = kMostCell, .special = "As the canvas", .setting = &setting};
+}
+constexpr Field kFields[] = {
+    {.name = "columns", .label = "Frames in a row", .most = kMostColumns, .special = "All"},
+    cell_field("cellWidth", "Cell width", settings::CellWide),
+    cell_field("cellHeight", "Cell height", settings::CellDeep)};
+
+constexpr const char* kCell[] = {"cellWidth", "cellHeight"};
+constexpr CompoundOption kCellOption{
+    .name = "cell", .form = "WxH", .help = "Size of a cell", .fields = kCell, .parting = 'x'};
+
+/// A picture alone has no canvas that says how large a cell is.
+const char* settle_cut(FieldValues& values, const DocumentWindow&, const GivenFields&) {
+  return values.number("cellWidth") > 0 && values.number("cellHeight") > 0 ? nullptr : "give --cell WxH";
+}
 
 struct StripLayout {
   std::uint32_t columns, rows, width, height;  ///< cells, and pixels of a cell
@@ -58,6 +78,25 @@ Picture empty_strip(const StripLayout& layout, Colour background) {
 }
 
 }  // namespace
+
+constinit const Parameters kSaveStrip{.name = "strip",
+                                      .title = "Save strip",
+                                      .help = "All frames of an animation as cells of one picture",
+                                      .page = "imagestrip",
+                                      .fields = kFields,
+                                      .options = {&kCellOption, 1}};
+constinit const Parameters kCutStrip{.name = "unstrip",
+                                     .title = "Insert from strip",
+                                     .help = "An animation from the cells of a picture",
+                                     .page = "imagestrip",
+                                     .fields = std::span(kFields).subspan(1),
+                                     .options = {&kCellOption, 1},
+                                     .settle = settle_cut};
+
+FilmStrip film_strip_of(const FieldValues& values) {
+  const auto held = [&](const char* name) { return static_cast<std::uint32_t>(values.number(name)); };
+  return {held("columns"), held("cellWidth"), held("cellHeight")};
+}
 
 Picture film_strip(const DocumentWindow& window, const FilmStrip& strip, Host& host) {
   const auto entries = frame_entries(window);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/host.h"
-#include "core/model/document.h"
+#include "operations/parameters.h"
 
 namespace vellum {
 
@@ -11,7 +11,10 @@ struct FilmStrip {
   std::uint32_t cellWidth = 0, cellHeight = 0;  ///< pixels, 0: as the canvas
 };
 
-inline constexpr int kMostCell = 4096;  ///< longest side of a cell that may be asked for
+/// What is asked in front of a strip that is saved, and of one that is cut. Neither is an operation: one
+/// makes a single picture of all frames, the other frames of a picture.
+extern const Parameters kSaveStrip, kCutStrip;
+FilmStrip film_strip_of(const FieldValues& values);
 
 /// The canvas of each frame, in the order of the list, row by row from the top left; 24 bits. A canvas that
 /// is larger than a cell is made smaller; it stands in the middle of its cell, on the background color. Null,

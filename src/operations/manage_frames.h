@@ -42,9 +42,7 @@ void finish_frames(DocumentWindow& window, bool counted);
 /// comes to lie beyond it.
 Managed set_positions(DocumentWindow& window, const FrameList& frames, FrameOffset place);
 Managed move_frames_by(DocumentWindow& window, const FrameList& frames, FrameOffset distance);
-/// The nine places of a canvas, row by row.
-inline constexpr const char* kAlignments[] = {"top-left", "top",         "top-right", "left",        "center",
-                                              "right",    "bottom-left", "bottom",    "bottom-right"};
+/// One of the nine places of a canvas, row by row.
 Managed align_frames(DocumentWindow& window, const FrameList& frames, std::size_t place);
 
 /// 0 None, 1 Background, 2 Previous (animated PNG only).

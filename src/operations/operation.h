@@ -16,6 +16,7 @@ class Compositor;
 enum class OperationResult {
   InPlace,    ///< into the document, behind an undo level
   NewWindow,  ///< into a document of its own, whose name begins with the row's prefix
+  Files,      ///< into files that the work writes; the document stays as it is
 };
 
 /// What must be done to a document first; bits.

@@ -44,6 +44,8 @@ struct Parameters {
   const char* stateFile = nullptr;           ///< of the dialog: keeps the fields that have a `stateId`
   const char* history = nullptr;             ///< file that keeps the values that were chosen last
   std::span<const Field> fields = {};
+  const char* folder =
+      nullptr;  ///< field that a command line takes where others have OUT: a folder for files
   std::span<const CompoundOption> options = {};
 
   /// Makes ranges and initial values fit a document: the size of its canvas, the number of its frames.

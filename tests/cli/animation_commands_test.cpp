@@ -153,7 +153,7 @@ TEST_F(AnimationTool, RefusalsSayWhyAndWriteNothing) {
       {{"manage", in, out, "--delay", "1/0"}, 2, "--delay"},
       {{"manage", in, out, "--delete"}, 1, "An animation must keep at least one image."},
       {{"strip", in, folder_ / "out.xyz"}, 2, "no extension of a picture"},
-      {{"strip", in, out, "--cell", "5000x2"}, 2, "--cell"},
+      {{"strip", in, out, "--cell", "5000x2"}, 2, "Cell width must be"},
       {{"unstrip", in, out, "--cell", "5x5", "--kind", "apng"}, 1, "The picture is smaller than one cell."},
       {{"unstrip", in, out, "--cell", "5x5", "--kind", "png"}, 2, ""},
       {{"unstrip", folder_ / "no.png", out, "--cell", "5x5", "--kind", "apng"}, 1, "Error reading file"},

@@ -104,7 +104,7 @@ TEST_P(OperationLaw, EveryValueGivesAValidFileOrNothing) {
     if (!takes_kind(operation.parameters, sample.window.document.kind)) continue;
     const FrameList all = all_frames(frame_entries(sample.window).size());
     std::size_t number = 0;
-    for (const FieldValues& values : testing::trials(operation.parameters, sample.window))
+    for (const FieldValues& values : testing::trials(operation.parameters, sample.window, folder.path()))
       for (const FrameList& frames : operation.scoped&& all.size() > 1 ? std::vector<FrameList>{all, {0}, {2}}
                                                                        : std::vector<FrameList>{all}) {
         SCOPED_TRACE(std::string(operation.parameters.name) + ", " + sample.name + ", trial " +
@@ -134,7 +134,7 @@ TEST_P(OperationLaw, SourcesStayAsTheyAreAndAStopLeavesNothing) {
     SCOPED_TRACE(sample.name);
     const auto before = file_of(sample.window, folder.path());
     const FrameList all = all_frames(frame_entries(sample.window).size());
-    const FieldValues values = initial_values(fields_for(operation.parameters, sample.window));
+    const FieldValues values = testing::first_values(operation.parameters, sample.window, folder.path());
     DocumentWindow window = sample.window;
     Recorder recorder;
     run_operation(operation, window, values, all, recorder.host);

@@ -1,16 +1,30 @@
 // The values that a row of parameters is tried with.
 #pragma once
 
+#include <filesystem>
+
 #include "operations/parameters.h"
 
 namespace vellum::testing {
 
-/// The defaults, and each field at both ends of its range.
-inline std::vector<FieldValues> trials(const Parameters& parameters, const DocumentWindow& window) {
+/// The initial values, with a name in texts that must have one, and a folder.
+inline FieldValues first_values(const Parameters& parameters, const DocumentWindow& window,
+                                const std::filesystem::path& folder = {}) {
   const std::vector<Field> fields = fields_for(parameters, window);
-  std::vector<FieldValues> made{initial_values(fields)};
+  FieldValues values = initial_values(fields);
+  for (const Field& field : fields)
+    if (field.type == FieldType::Text && !field.enabledBy) values.set(field.name, std::string("name"));
+  if (parameters.folder) values.set(parameters.folder, (folder / "files").string());
+  return values;
+}
+
+/// The defaults, and each field at both ends of its range.
+inline std::vector<FieldValues> trials(const Parameters& parameters, const DocumentWindow& window,
+                                       const std::filesystem::path& folder = {}) {
+  const std::vector<Field> fields = fields_for(parameters, window);
+  std::vector<FieldValues> made{first_values(parameters, window, folder)};
   const auto add = [&](const Field& field, FieldValue value) {
-    FieldValues values = initial_values(fields);
+    FieldValues values = made.front();
     enable_field(fields, field, values);
     values.set(field.name, std::move(value));
     made.push_back(std::move(values));

@@ -5,7 +5,6 @@
 #include <QHeaderView>
 #include <QPushButton>
 #include <QStyledItemDelegate>
-#include <charconv>
 
 #include "base/text.h"
 #include "configuration/config_file.h"
@@ -18,85 +17,13 @@
 namespace vellum {
 namespace {
 
-constexpr FieldChoice kPlaces[] = {{0, "Top left"},    {1, "Top"},    {2, "Top right"},
-                                   {3, "Left"},        {4, "Center"}, {5, "Right"},
-                                   {6, "Bottom left"}, {7, "Bottom"}, {8, "Bottom right"}};
-constexpr FieldChoice kDisposals[] = {{0, "None"}, {1, "Background"}, {2, "Previous"}};
-constexpr FieldChoice kBlends[] = {{0, "Source"}, {1, "Over"}};
-
 constexpr const char* kStateFile = "ManageState.txt";
 // Actions go by name: which ones there are depends on the kind of the document.
 constexpr DialogStateRow kState[] = {{.id = 1, .tag = "CBSL", .control = "action"}};
 
-/// What an action got typed: a number, or a text that is taken apart.
-struct Typed {
-  std::int64_t number = 0;
-  std::string text;
-};
-
-/// "10, 20"; nothing for another text.
-std::optional<FrameOffset> parse_place(std::string_view text) {
-  const auto comma = text.find(',');
-  if (comma == std::string_view::npos) return std::nullopt;
-  FrameOffset place;
-  const auto number = [](std::string_view part, std::int32_t& out) {
-    part = trimmed(part);
-    const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), out);
-    return error == std::errc() && end == part.data() + part.size();
-  };
-  if (!number(text.substr(0, comma), place.x) || !number(text.substr(comma + 1), place.y))
-    return std::nullopt;
-  return place;
-}
-
-using Action = std::optional<Managed> (*)(DocumentWindow&, const FrameList&, const Typed&);
-
-template <auto Change, class Number>
-std::optional<Managed> with_number(DocumentWindow& draft, const FrameList& frames, const Typed& typed) {
-  return Change(draft, frames, static_cast<Number>(typed.number));
-}
-template <auto Change>
-std::optional<Managed> with_place(DocumentWindow& draft, const FrameList& frames, const Typed& typed) {
-  const auto place = parse_place(typed.text);
-  return place ? std::optional(Change(draft, frames, *place)) : std::nullopt;
-}
-std::optional<Managed> with_rate(DocumentWindow& draft, const FrameList& frames, const Typed& typed) {
-  const auto delay = parse_frame_delay(typed.text);
-  return delay ? std::optional(set_frame_rate(draft, frames, *delay)) : std::nullopt;
-}
-
-struct ActionRow {
-  Field field;
-  const char* shipped;  ///< what stands there at first
-  Action action;
-  StringId rule{};  ///< told when a text can't be read
-  bool onlyApng = false;
-};
-
 constexpr Field whole(const char* name, const char* label, std::int64_t least, std::int64_t most) {
   return {.name = name, .label = label, .least = least, .most = most};
 }
-constexpr Field text(const char* name, const char* label) {
-  return {.name = name, .label = label, .type = FieldType::Text, .most = 40};
-}
-constexpr Field choice(const char* name, const char* label, std::span<const FieldChoice> choices) {
-  return {.name = name, .label = label, .type = FieldType::Choice, .choices = choices};
-}
-
-const ActionRow kActions[] = {
-    {whole("delay", "Set delay (ms)", 0, kMostDelayMs), "100", with_number<set_delays, std::uint32_t>},
-    {whole("scale", "Scale delays (%)", 1, kMostScale), "100", with_number<scale_delays, std::uint32_t>},
-    {whole("add", "Add to delays (ms)", -kMostAdded, kMostAdded), "10",
-     with_number<add_to_delays, std::int32_t>},
-    {whole("total", "Set total time (ms)", 0, kMostTotalMs), "1000",
-     with_number<set_total_time, std::uint64_t>},
-    {text("rate", "Set rate (frames a second)"), "25", with_rate, StringId::RateRule},
-    {text("position", "Set position (X, Y)"), "0, 0", with_place<set_positions>, StringId::PlaceRule},
-    {text("move", "Move by (X, Y)"), "10, 0", with_place<move_frames_by>, StringId::PlaceRule},
-    {choice("align", "Align on the canvas", kPlaces), "4", with_number<align_frames, std::size_t>},
-    {choice("dispose", "Set dispose", kDisposals), "0", with_number<set_disposal, std::uint32_t>},
-    {choice("blend", "Set blend", kBlends), "0", with_number<set_blending, std::uint32_t>, {}, true},
-};
 
 /// A list in a cell that is chosen from; other cells are typed.
 class CellDelegate : public QStyledItemDelegate {
@@ -242,18 +169,15 @@ QWidget* ManageDialog::make_actions() {
   actions_->setObjectName(QStringLiteral("action"));
   actions_->setAccessibleName(tr("Action"));
   values_ = new QStackedWidget;
-  for (std::size_t i = 0; i < std::size(kActions); ++i) {
-    const ActionRow& row = kActions[i];
-    const DocumentKind kind = draft_.document.kind;
-    if (row.onlyApng && kind != DocumentKind::APNG) continue;
-    Field field = row.field;
-    if (field.choices.data() == kDisposals && !has_disposal(kind, 2)) field.choices = field.choices.first(2);
-    actions_->addItem(QString::fromLatin1(field.label));
-    controls_.push_back(make_control(field, values_, [] {}));
-    controls_.back().set(parse_field_value(field, row.shipped));
-    controls_.back().input->setAccessibleName(QString::fromLatin1(field.label));
+  for (const ManageAction& row : manage_actions()) {
+    const auto field = manage_field(row, draft_.document.kind);
+    if (!field) continue;
+    actions_->addItem(QString::fromLatin1(field->label));
+    controls_.push_back(make_control(*field, values_, [] {}));
+    controls_.back().set(parse_field_value(*field, row.shipped));
+    controls_.back().input->setAccessibleName(QString::fromLatin1(field->label));
     values_->addWidget(controls_.back().row);
-    rows_.push_back(static_cast<int>(i));
+    rows_.push_back(&row);
   }
   connect(actions_, &QComboBox::currentIndexChanged, values_, &QStackedWidget::setCurrentIndex);
   values_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -360,18 +284,11 @@ void ManageDialog::show_counts() {
 
 void ManageDialog::apply_action() {
   const auto at = static_cast<std::size_t>(actions_->currentIndex());
-  const ActionRow& row = kActions[static_cast<std::size_t>(rows_[at])];
+  const ManageAction& row = *rows_[at];
   const FormControl& control = controls_[at];
-  Typed typed;
-  if (control.field.type == FieldType::Text) {
-    typed.text = std::get<std::string>(control.get());
-  } else if (const auto number = number_of(control, services_.host)) {
-    typed.number = *number;
-  } else {
-    return;
-  }
+  if (control.field.type != FieldType::Text && !number_of(control, services_.host)) return;
   const FrameList frames = model_->checked();
-  const auto done = row.action(draft_, frames, typed);
+  const auto done = row.apply(draft_, frames, control.get());
   if (done) return refresh(frames, done->held);
   services_.host.show(row.rule);
   control.input->setFocus();

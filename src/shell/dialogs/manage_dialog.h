@@ -9,6 +9,7 @@
 #include <QStackedWidget>
 #include <QTableView>
 
+#include "operations/manage_actions.h"
 #include "shell/dialogs/frame_preview.h"
 #include "shell/dialogs/manage_model.h"
 #include "shell/forms/form_controls.h"
@@ -48,7 +49,7 @@ class ManageDialog : public QDialog {
   QComboBox* actions_ = nullptr;
   QStackedWidget* values_ = nullptr;
   std::vector<FormControl> controls_;
-  std::vector<int> rows_;  ///< of the table of actions, those of this kind
+  std::vector<const ManageAction*> rows_;  ///< those of this kind
   std::optional<FormControl> plays_, ticks_;
   FormControl every_;
   QLabel* counts_ = nullptr;

@@ -10,6 +10,7 @@
 namespace vellum {
 
 class OperationDialog;
+struct OperationChoice;
 
 /// Adds what the operation of the dialog has of its own; most have nothing.
 void decorate_operation(OperationDialog& dialog);
@@ -19,10 +20,16 @@ void decorate_operation(OperationDialog& dialog);
 std::optional<FieldValues> ask_first(const Operation& operation, const DocumentWindow& window,
                                      Services& services, QWidget* parent);
 
+/// The same behind it, for what depends on the choice. False when the user cancelled.
+bool ask_last(const Operation& operation, OperationChoice& choice, const DocumentWindow& window,
+              Services& services);
+
 // One for each operation that has something.
 void decorate_crop(OperationDialog& dialog);
+void decorate_extract(OperationDialog& dialog);
 void decorate_resize(OperationDialog& dialog);
 std::optional<FieldValues> ask_for_palette(const Operation& operation, const DocumentWindow& window,
                                            Services& services, QWidget* parent);
+bool ask_for_names(OperationChoice& choice, const DocumentWindow& window, Services& services);
 
 }  // namespace vellum

@@ -101,7 +101,8 @@ std::optional<OperationChoice> ask_for_operation(const Operation& operation, con
   if (!asked) return std::nullopt;
   OperationDialog dialog(operation, window, services, parent, *asked);
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return dialog.choice();
+  OperationChoice choice = dialog.choice();
+  return ask_last(operation, choice, window, services) ? std::optional(std::move(choice)) : std::nullopt;
 }
 
 }  // namespace vellum

@@ -121,7 +121,10 @@ void ParameterDialog::begin() {
   apply = [this](const FieldValues&) { return keep(); };
   connect(&form(), &Form::edited, this, &ParameterDialog::follow);
   connect(buttons().button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] {
-    for (const Field& field : form().fields()) form().set_value(field.name, initial_value(field));
+    // A text without an initial value stays: names and folders come from elsewhere.
+    for (const Field& field : form().fields())
+      if (field.type != FieldType::Text || *field.initialText)
+        form().set_value(field.name, initial_value(field));
     follow();
   });
   buttons().button(QDialogButtonBox::Reset)->setVisible(!form().fields().empty());

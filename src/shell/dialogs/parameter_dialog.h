@@ -21,15 +21,13 @@ class ParameterDialog : public FormDialog {
                   Services& services, QWidget* parent, FieldValues asked = {});
 
   const DocumentWindow& window() const { return window_; }
+  /// Takes the values of the state file and listens to the form.
+  void begin();
   /// Those that were asked before, and those of the form.
   FieldValues values() const;
   Host& host() { return services_.host; }
   /// Works out anew what follows from the values; for values that were put in without a person's hand.
   virtual void follow();
-
- protected:
-  /// Takes the values of the state file and listens to the form.
-  void begin();
 
  private:
   void add_history();

@@ -10,8 +10,7 @@
 #include "core/edit/insert_chunk.h"
 #include "core/edit/move_chunks.h"
 #include "image/graphic_file.h"
-#include "operations/settings.h"
-#include "shell/forms/form_dialog.h"
+#include "shell/dialogs/parameter_dialog.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 #include "shell/services/file_dialogs.h"
@@ -21,10 +20,6 @@ namespace vellum {
 namespace {
 
 constexpr int kEditCommand = 205;
-
-Field cell_field(const char* name, const char* label) {
-  return {.name = name, .label = label, .most = kMostCell, .special = "As the canvas"};
-}
 
 QString window_title(DocumentFrame& frame) {
   const std::filesystem::path name = document_title(frame.document());
@@ -123,45 +118,28 @@ void StripWindow::move_selected(std::size_t to) {
   move_images(frame_.content(), {at_end ? view_->frames() : to + 1, !at_end, false}, services_.host);
 }
 
-bool StripWindow::ask_for_cells(const QString& title, bool columns, FilmStrip& strip) {
-  const auto count = static_cast<std::int64_t>(std::max<std::size_t>(view_->frames(), 1));
-  std::vector<Field> fields;
-  if (columns) fields.push_back({.name = "columns", .label = "Frames in a row", .least = 1, .most = count});
-  fields.push_back(cell_field("wide", "Cell width"));
-  fields.push_back(cell_field("deep", "Cell height"));
-  FieldValues values;
-  values.set("columns", count);
-  values.set("wide", std::clamp<std::int64_t>(settings::CellWide, 0, kMostCell));
-  values.set("deep", std::clamp<std::int64_t>(settings::CellDeep, 0, kMostCell));
-  FormDialog dialog(title, QStringLiteral("IMAGESTRIP"), fields, values, services_.host, this);
-  dialog.apply = [&](const FieldValues& typed) {
-    settings::CellWide = static_cast<int>(typed.number("wide"));
-    settings::CellDeep = static_cast<int>(typed.number("deep"));
-    strip = {static_cast<std::uint32_t>(typed.number("columns")),
-             static_cast<std::uint32_t>(typed.number("wide")),
-             static_cast<std::uint32_t>(typed.number("deep"))};
-    return true;
-  };
-  return dialog.exec() == QDialog::Accepted;
+std::optional<FilmStrip> StripWindow::ask_for_cells(const Parameters& parameters) {
+  if (services_.busy() || !services_.choose_file) return std::nullopt;
+  ParameterDialog dialog(parameters, frame_.content(), {}, services_, this);
+  dialog.begin();
+  return dialog.exec() == QDialog::Accepted ? std::optional(film_strip_of(dialog.values())) : std::nullopt;
 }
 
 bool StripWindow::save_strip() {
-  FilmStrip strip;
-  if (services_.busy() || !services_.choose_file || !ask_for_cells(tr("Save strip"), true, strip))
-    return false;
+  const auto strip = ask_for_cells(kSaveStrip);
+  if (!strip) return false;
   const auto path = choose_picture_file(services_, tr("Save strip"), strip_name(frame_.document()));
   if (!path) return false;
-  const Picture picture = film_strip(frame_.content(), strip, services_.host);
+  const Picture picture = film_strip(frame_.content(), *strip, services_.host);
   return picture && write_picture_file(*path, picture, services_.host);
 }
 
 bool StripWindow::insert_from_strip() {
-  FilmStrip strip;
-  if (services_.busy() || !services_.choose_file || !ask_for_cells(tr("Insert from strip"), false, strip))
-    return false;
+  const auto strip = ask_for_cells(kCutStrip);
+  if (!strip) return false;
   const auto path = services_.choose_file(
       {tr("Insert from strip").toStdString(), picture_filters(true).toStdString(), {}, false});
-  return path && insert_cells(strip, *path);
+  return path && insert_cells(*strip, *path);
 }
 
 bool StripWindow::insert_cells(const FilmStrip& strip, const std::filesystem::path& path) {

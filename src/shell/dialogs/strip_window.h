@@ -28,7 +28,7 @@ class StripWindow : public QWidget {
  private:
   void add_option(QMenu& menu, const QString& label, StripOption bit);
   void move_selected(std::size_t to);
-  bool ask_for_cells(const QString& title, bool columns, FilmStrip& strip);
+  std::optional<FilmStrip> ask_for_cells(const Parameters& parameters);
   bool insert_cells(const FilmStrip& strip, const std::filesystem::path& path);
 
   DocumentFrame& frame_;

@@ -108,7 +108,7 @@ const CommandRow kCommands[] = {
     {265, "WebP", Menu::Convert, 2, Entries, kApngAndMng, nullptr, operation_command<265>},
     {309, "Cr&op", Menu::Animation, 2, Entries, kAnimations, "crop", operation_command<309>},
     {322, "&Depopulate", Menu::Animation, 2, Entries, kAnimations, nullptr, operation_command<322>},
-    {312, "Extra&ct", Menu::Animation, 2, Entries, kAnimations, nullptr, extract_command},
+    {312, "Extra&ct", Menu::Animation, 2, Entries, kAnimations, nullptr, operation_command<312>},
     {308, "&Flip and Rotate", Menu::Animation, 2, Entries, kAnimations, "rotate", operation_command<308>},
     {324, "F&rame", Menu::Animation, 2, Entries, kAnimations, "frame", operation_command<324>},
     {332, "Graphic Matrix", Menu::Animation, 2, Nothing, {}, nullptr, kLater},

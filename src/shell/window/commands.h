@@ -63,8 +63,7 @@ void image_strip_command(MainWindow& main, DocumentFrame& frame);
 /// With Control held (Shift where a key asks for it), a copy whose frames are whole canvases.
 void view_command(MainWindow& main, DocumentFrame& frame);
 
-/// Images as files: of all frames, of the row under the pointer.
-void extract_command(MainWindow& main, DocumentFrame& frame);
+/// Writes the image of the row under the pointer as a file.
 void export_image_command(MainWindow& main, DocumentFrame& frame);
 
 /// The settings of the program; with Shift held, with the defaults put in.

@@ -40,6 +40,10 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
   const auto work = [&](DocumentWindow& on, Host& listener) {
     return run_operation(operation, on, choice->values, choice->frames, listener);
   };
+  if (operation.result == OperationResult::Files) {
+    work(window, host);
+    return;
+  }
   if (operation.result == OperationResult::NewWindow) {
     show_result(main, frame, operation.prefix, work);
     return;
