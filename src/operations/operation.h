@@ -77,8 +77,9 @@ struct Operation {
   Picture (*previewFrame)(const Picture& frame, const FieldValues& values,
                           const DocumentWindow& window) = nullptr;
   /// What a frame shows afterwards, in its full size, where that follows from the frames in front of it.
+  /// `transparent`: what `has_transparency` says of the document.
   Picture (*previewShown)(Compositor& playing, std::uint32_t frame, const FieldValues& values,
-                          const DocumentWindow& window) = nullptr;
+                          bool transparent) = nullptr;
   /// Changes the draft and makes the closing calls. False, with the reason kept in the host or told, leaves a
   /// draft that is thrown away.
   bool (*run)(OperationRun& run) = nullptr;

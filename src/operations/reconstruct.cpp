@@ -138,9 +138,8 @@ constexpr Field kFields[] = {
 
 CanvasDepth depth_of(const FieldValues& values) { return static_cast<CanvasDepth>(values.number("depth")); }
 
-Picture preview_shown(Compositor& playing, std::uint32_t frame, const FieldValues& values,
-                      const DocumentWindow& window) {
-  const bool clear = depth_of(values) != CanvasDepth::TrueColor && has_transparency(window);
+Picture preview_shown(Compositor& playing, std::uint32_t frame, const FieldValues& values, bool transparent) {
+  const bool clear = depth_of(values) != CanvasDepth::TrueColor && transparent;
   playing.set_ground({clear ? Ground::Kind::Clear : Ground::Kind::Document});
   const Picture canvas = playing.frame(frame).picture;
   return clear && canvas.bits() == 32 ? straight_picture({canvas, {}}) : canvas;

@@ -5,6 +5,7 @@
 
 #include "image/resample.h"
 #include "operations/preview_operation.h"
+#include "operations/reconstruct.h"
 #include "shell/dialogs/operation_decorations.h"
 #include "shell/look/text.h"
 
@@ -56,11 +57,14 @@ void OperationDialog::add_note_of_needs() {
 
 Picture OperationDialog::preview_of(const ChangePreview::Shown& shown) {
   const FieldValues all = values();
-  if (check_values(operation_.parameters, all, window())) return {};
+  if (fault()) return {};
   if (!operation_.previewShown) return preview_operation(operation_, shown.picture, all, window());
-  if (!playing_) playing_.emplace(window().list, window().document);
+  if (!playing_) {
+    playing_.emplace(window().list, window().document);
+    transparent_ = has_transparency(window());
+  }
   const auto frame = static_cast<std::uint32_t>(shown.frame);
-  return PictureScalePercent(operation_.previewShown(*playing_, frame, all, window()), shown.percent,
+  return PictureScalePercent(operation_.previewShown(*playing_, frame, all, transparent_), shown.percent,
                              shown.percent, ResampleFilter::Box);
 }
 
@@ -73,7 +77,7 @@ void OperationDialog::add_preview() {
       [this, canvas](const Picture& frame) {
         if (operation_.previewShown)
           return std::max(1.0 * canvas.width / frame.width(), 1.0 * canvas.height / frame.height());
-        const bool grows = operation_.growth && !check_values(operation_.parameters, values(), window());
+        const bool grows = operation_.growth && !fault();
         return grows ? operation_.growth(values(), window()) : 1.0;
       },
       this, full ? ChangePreview::Source::Canvas : ChangePreview::Source::ReducedFrame);
@@ -90,13 +94,15 @@ std::optional<OperationChoice> ask_for_operation(const Operation& operation, con
   const Parameters& parameters = operation.parameters;
   const auto fields = fields_for(parameters, window);
   const OperationChoice first{setting_values(fields), all_frames(frame_entries(window).size())};
-  const bool whole = makes_whole_canvases(operation, window, first.values, first.frames);
+  const auto whole = [&] { return makes_whole_canvases(operation, window, first.values, first.frames); };
   if (parameters.fields.empty() && !operation.scoped) {
-    if (whole) services.host.add_note(string_text(StringId::ReconstructedFirst));
+    if (whole()) services.host.add_note(string_text(StringId::ReconstructedFirst));
     return first;
   }
-  const bool tells = whole || (parameters.note && !parameters.note(first.values, window).empty());
-  if (fields.empty() && !operation.scoped && !tells) return first;
+  const auto tells = [&] {
+    return whole() || (parameters.note && !parameters.note(first.values, window).empty());
+  };
+  if (fields.empty() && !operation.scoped && !tells()) return first;
   const auto asked = ask_first(operation, window, services, parent);
   if (!asked) return std::nullopt;
   OperationDialog dialog(operation, window, services, parent, *asked);

@@ -32,6 +32,7 @@ class OperationDialog : public ParameterDialog {
 
   const Operation& operation_;
   std::optional<Compositor> playing_;
+  bool transparent_ = false;  ///< the document, once `playing_` is there
   ChangePreview* preview_ = nullptr;
 };
 

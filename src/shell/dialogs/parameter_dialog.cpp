@@ -20,13 +20,6 @@ std::vector<Field> all_fields(const Parameters& parameters, const DocumentWindow
   return fields;
 }
 
-FieldValues first_values(const Parameters& parameters, const DocumentWindow& window,
-                         const std::vector<Field>& more) {
-  FieldValues values = setting_values(fields_for(parameters, window));
-  for (const Field& field : more) values.set(field.name, initial_value(field));
-  return values;
-}
-
 /// What a line of the state file calls the control of a field.
 const char* state_tag(const Field& field) {
   switch (field.type) {
@@ -89,15 +82,20 @@ void name_controls(Form& form) {
 }
 
 ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWindow& window,
-                                 std::vector<Field> more, Services& services, QWidget* parent,
+                                 const std::vector<Field>& more, Services& services, QWidget* parent,
                                  FieldValues asked)
-    : FormDialog(tr(parameters.title), QString::fromLatin1(guide_page(parameters)).toUpper(),
-                 all_fields(parameters, window, more, asked), first_values(parameters, window, more),
-                 services.host, parent),
+    : ParameterDialog(parameters, window, services, parent, all_fields(parameters, window, more, asked),
+                      asked) {}
+
+ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWindow& window,
+                                 Services& services, QWidget* parent, const std::vector<Field>& fields,
+                                 const FieldValues& asked)
+    : FormDialog(tr(parameters.title), QString::fromLatin1(guide_page(parameters)).toUpper(), fields,
+                 setting_values(fields), services.host, parent),
       parameters_(parameters),
       window_(window),
       services_(services),
-      asked_(std::move(asked)) {
+      asked_(asked) {
   name_controls(form());
   if (parameters.history) add_history();
   if (parameters.note) {
@@ -114,10 +112,16 @@ FieldValues ParameterDialog::values() const {
   return all;
 }
 
+std::optional<FieldFault> ParameterDialog::fault() const {
+  const FieldValues all = values();
+  if (auto found = check_fields(form().fields(), all)) return found;
+  return parameters_.check ? parameters_.check(all, window_) : std::nullopt;
+}
+
 void ParameterDialog::begin() {
   const auto rows = state_rows(parameters_);
   if (!rows.empty()) restore_dialog_state(*this, rows, config_path(parameters_.stateFile));
-  check = [this](const FieldValues&) { return check_values(parameters_, values(), window_); };
+  check = [this](const FieldValues&) { return fault(); };
   apply = [this](const FieldValues&) { return keep(); };
   connect(&form(), &Form::edited, this, &ParameterDialog::follow);
   connect(buttons().button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] {
@@ -154,13 +158,13 @@ void ParameterDialog::add_history() {
 
 void ParameterDialog::follow() {
   if (!note_) return;
-  const bool fine = !check_fields(fields_for(parameters_, window_), values());
+  const bool fine = !check_fields(form().fields(), values());
   note_->setText(fine ? to_qt(parameters_.note(values(), window_)) : QString());
   note_->setVisible(!note_->text().isEmpty());
 }
 
 bool ParameterDialog::keep() {
-  keep_in_settings(fields_for(parameters_, window_), values());
+  keep_in_settings(form().fields(), values());
   const auto rows = state_rows(parameters_);
   if (!rows.empty()) store_dialog_state(*this, rows, config_path(parameters_.stateFile));
   if (!parameters_.history) return true;

@@ -17,7 +17,7 @@ class ParameterDialog : public FormDialog {
   /// Row and window outlive the dialog. Fields beside those of the row stand behind them, with their initial
   /// values; fields with a value in `asked` are not shown. Settings, state file and history keep the values
   /// at OK. Call `begin` once all is in place.
-  ParameterDialog(const Parameters& parameters, const DocumentWindow& window, std::vector<Field> more,
+  ParameterDialog(const Parameters& parameters, const DocumentWindow& window, const std::vector<Field>& more,
                   Services& services, QWidget* parent, FieldValues asked = {});
 
   const DocumentWindow& window() const { return window_; }
@@ -25,11 +25,15 @@ class ParameterDialog : public FormDialog {
   void begin();
   /// Those that were asked before, and those of the form.
   FieldValues values() const;
+  /// What is wrong with them first.
+  std::optional<FieldFault> fault() const;
   Host& host() { return services_.host; }
   /// Works out anew what follows from the values; for values that were put in without a person's hand.
   virtual void follow();
 
  private:
+  ParameterDialog(const Parameters& parameters, const DocumentWindow& window, Services& services,
+                  QWidget* parent, const std::vector<Field>& fields, const FieldValues& asked);
   void add_history();
   bool keep();
 
