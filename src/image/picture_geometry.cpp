@@ -1,4 +1,6 @@
 // Pictures of another size or the other way round. The depth stays.
+#include <cstring>
+
 #include "base/limits.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"

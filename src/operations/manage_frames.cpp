@@ -1,6 +1,7 @@
 #include "operations/manage_frames.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <functional>
 #include <numeric>
@@ -135,7 +136,7 @@ std::uint64_t total_time_ms(const DocumentWindow& window, const FrameList& frame
     whole += time.num * 1000 / time.den;
     parts += static_cast<double>(time.num * 1000 % time.den) / static_cast<double>(time.den);
   }
-  return static_cast<std::uint64_t>(whole) + static_cast<std::uint64_t>(parts + 0.5);
+  return static_cast<std::uint64_t>(whole) + static_cast<std::uint64_t>(std::llround(parts));
 }
 
 Managed set_delays(DocumentWindow& window, const FrameList& frames, std::uint32_t milliseconds) {

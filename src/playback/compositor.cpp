@@ -1,5 +1,8 @@
 #include "playback/compositor.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "base/limits.h"
 #include "core/model/frame_values.h"
 

@@ -1,5 +1,8 @@
 #include "playback/player.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "base/fields.h"
 #include "core/model/frame_values.h"
 #include "playback/interlace_passes.h"

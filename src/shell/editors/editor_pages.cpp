@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kAnyFile = "All files (*)";
 
-std::optional<std::filesystem::path> choose(Services& services, FileChoice choice) {
+std::optional<std::filesystem::path> choose(Services& services, const FileChoice& choice) {
   return services.choose_file ? services.choose_file(choice) : std::nullopt;
 }
 

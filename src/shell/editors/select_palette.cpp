@@ -80,7 +80,7 @@ QString palette_filters(bool saving) {
   return filters.join(QStringLiteral(";;"));
 }
 
-std::optional<std::filesystem::path> choose(Services& services, FileChoice choice) {
+std::optional<std::filesystem::path> choose(Services& services, const FileChoice& choice) {
   return services.choose_file ? services.choose_file(choice) : std::nullopt;
 }
 

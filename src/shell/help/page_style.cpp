@@ -120,7 +120,7 @@ void style_tables(QTextFrame& frame, const PageColors& colors) {
 
 void style_page(QTextDocument& document, const QPalette& palette) {
   const PageColors colors = colors_of(palette);
-  document.setDocumentMargin(style::kWideGap * 3 / 2);
+  document.setDocumentMargin(style::kWideGap * 1.5);
   QTextCursor all(&document);
   all.beginEditBlock();
   style_tables(*document.rootFrame(), colors);

@@ -101,7 +101,7 @@ void ColorPlane::mix(HsbColor color) {
 
 void ColorPlane::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
-  inBar_ = event->position().x() > square().right() + style::kGap / 2;
+  inBar_ = event->position().x() > square().right() + style::kGap / 2.0;
   follow(event->position().toPoint());
 }
 

@@ -124,7 +124,7 @@ QPixmap drag_pixmap(DocumentFrame& frame) {
   const QRect plate(size.width() - style::kGap, size.height() - style::kGap, badge, kBadgeHeight);
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor::fromRgb(style::kAccent));
-  painter.drawRoundedRect(plate, kBadgeHeight / 2, kBadgeHeight / 2);
+  painter.drawRoundedRect(plate, kBadgeHeight / 2.0, kBadgeHeight / 2.0);
   painter.setPen(Qt::white);
   painter.drawText(plate, Qt::AlignCenter, count);
   return pixmap;

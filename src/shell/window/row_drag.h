@@ -3,6 +3,7 @@
 
 #include <QMimeData>
 #include <QPixmap>
+#include <filesystem>
 
 namespace vellum {
 
