@@ -1,0 +1,53 @@
+// Generators on the desktop: the dialog takes a picture, plays what it will make, and makes a document of it.
+#include "shell/dialogs/generator_dialog.h"
+
+#include <QPushButton>
+
+#include "core/settings.h"
+#include "generators/settings.h"
+#include "image/graphic_file.h"
+#include "operations/frames.h"
+#include "shell_fixture.h"
+
+namespace vellum::testing {
+namespace {
+
+using GeneratorDialogTest = DialogTest;
+
+TEST_F(GeneratorDialogTest, SpinPlaysItsPictureAndMakesADocumentOfTheDefaultKind) {
+  const auto file = folder_ / "turned.bmp";
+  ASSERT_TRUE(GraphicFileWrite(file.string(), sample_picture(60, 40, 24)));
+  answers_.pictures = {file};
+  settings::SpinFile.clear();
+  settings::DefaultAnimationType = 1;
+  in_dialog<GeneratorDialog>(252, [&](GeneratorDialog& dialog) {
+    EXPECT_EQ(dialog.findChild<QLabel*>("source")->text(), "[ No file selected ]");
+    EXPECT_FALSE(dialog.preview().shown());
+    for (QPushButton* button : dialog.findChildren<QPushButton*>())
+      if (button->text() == "&Select") button->click();
+    QTest::qWait(60);
+    EXPECT_EQ(dialog.findChild<QLabel*>("source")->text(), "turned.bmp");
+    const Picture first = dialog.preview().shown();
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first.width(), first.height()) << "a square that holds all of them";
+    take_picture(dialog, "spin");
+    dialog.form().set_value("count", std::int64_t{5});
+    dialog.follow();
+    dialog.buttons().button(QDialogButtonBox::Ok)->click();
+  });
+  ASSERT_EQ(documents(), 1u);
+  DocumentFrame& made = *main_.area().documents().front();
+  EXPECT_EQ(made.document().kind, DocumentKind::MING);
+  EXPECT_EQ(frame_entries(made.content()).size(), 5u);
+  EXPECT_FALSE(made.document().HasFileName);
+  EXPECT_EQ(settings::SpinCount, 5);
+  EXPECT_EQ(settings::SpinFile, file.string());
+  // The next time the picture is there at once; without one OK asks for it.
+  in_dialog<GeneratorDialog>(252, [&](GeneratorDialog& dialog) {
+    EXPECT_EQ(dialog.inputs().pictures.size(), 1u);
+    EXPECT_EQ(dialog.form().values().number("count"), 5);
+  });
+}
+
+}  // namespace
+}  // namespace vellum::testing
