@@ -21,7 +21,7 @@ enum class FaultKind {
   Internal,  ///< a mistake of this program
 };
 
-/// The place and the reason of a failure, shown in small print below the stated message.
+/// The place and the reason of a failure, shown in small print below the message.
 struct Fault {
   FaultKind kind = FaultKind::Damaged;
   std::uint32_t tag = 0;     ///< chunk type, 0 where there is none

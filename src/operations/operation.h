@@ -62,7 +62,7 @@ struct Operation {
   DocumentKind makes = DocumentKind::None;  ///< of a result that isn't of its source's kind
   StringId prefix{};                        ///< of a new window's name
   StringId failure = StringId::ErrorAccessingChunk;
-  int batch = -1;                ///< number among the batch operations; -1: beyond the stated ones
+  int batch = -1;                ///< number among the batch operations; -1: not among them
   const char* batchPrefix = "";  ///< of the files that a batch run writes
   bool scoped = false;           ///< may be applied to some frames alone
   OperationPreview preview = OperationPreview::None;

@@ -259,7 +259,7 @@ std::vector<ChunkText> animation(const std::vector<ChunkText>& front, const std:
   return chunks;
 }
 
-TEST_F(Writer, AnAnimationKeepsItsOtherChunksInTheStatedOrder) {
+TEST_F(Writer, AnAnimationKeepsItsOtherChunksInTheirOrder) {
   DocumentWindow window =
       opened(animation({{"vlAa", "1"}, {"tEXt", std::string("T\0x", 3)}, {"gAMA", be32(45455)}},
                        {{"vlBb", "2"}, {"vlCC", "3"}}, {{"tIME", std::string("\x07\xD0\x01\x01\0\0\0", 7)}}));

@@ -69,7 +69,7 @@ class Corpus : public ::testing::Test {
   }
 };
 
-TEST_F(Corpus, FilesThatLoadHaveTheStatedPixels) {
+TEST_F(Corpus, FilesThatLoadHaveThePixelsOfTheIndex) {
   std::map<std::string_view, int> compared;
   for (const TableRow& row : rows_of_codecs()) {
     const std::string& name = row.at("path");

@@ -215,7 +215,7 @@ TEST(Judges, SeeThePixelsThatWeWrote) {
   if (judged == 0) GTEST_SKIP() << "neither ffmpeg nor ImageMagick is installed";
 }
 
-TEST(Judges, FindNothingWrongAndTheStatedSettings) {
+TEST(Judges, FindNothingWrongAndTheSettingsThatWereAsked) {
   const ScratchFolder folder;
   const Picture picture = gradient(64, 48, 24);
   const struct {

@@ -7,9 +7,11 @@
 
 #include "core/build/convert_records.h"
 #include "core/model/chunk_layout.h"
+#include "shell/help/guide.h"
 #include "shell/look/icon.h"
 #include "shell/look/program_style.h"
 #include "shell/look/style.h"
+#include "shell/widgets/dialog_frame.h"
 #include "shell/widgets/screen_room.h"
 
 namespace vellum::testing {
@@ -147,6 +149,8 @@ void expect_presentable(QWidget& window) {
     const QRect place(button->mapTo(&window, QPoint()), button->size());
     EXPECT_TRUE(window.rect().contains(place)) << title << ": " << button->text().toStdString();
   }
+  for (const QDialogButtonBox* box : window.findChildren<QDialogButtonBox*>())
+    if (QPushButton* help = box->button(QDialogButtonBox::Help); help && help->isEnabled()) help->click();
   for (const QLabel* label : window.findChildren<QLabel*>()) {
     if (label->text().isEmpty() || !label->isEnabled()) continue;
     const QPalette palette = label->palette();
@@ -201,6 +205,11 @@ int main(int argc, char** argv) {
   application.installEventFilter(new vellum::ScreenRoom(vellum::testing::kSmallScreen, &application));
   if (!qEnvironmentVariableIsEmpty("VELLUM_DARK")) QApplication::setPalette(vellum::testing::dark_palette());
   vellum::register_icons();
+  // Whatever a dialog's Help asks for is a page of the guide.
+  const QString guide = QString::fromStdString((vellum::testing::source_folder() / "docs/guide").string());
+  vellum::showHelp = [guide](const QString& topic) {
+    EXPECT_EQ(vellum::page_of_topic(guide, topic), topic.toLower() + QStringLiteral(".md"));
+  };
   ::testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -46,8 +46,8 @@ std::set<std::size_t> selected_rows(const ChunkList& list);
 /// Colors of a dark desktop.
 QPalette dark_palette();
 
-/// Expects a window to fit a screen of 800 x 600, its buttons inside it, and its texts to have a contrast of
-/// at least 4.5 to their grounds.
+/// Expects a window to fit a screen of 800 x 600, its buttons inside it, its Help a page of the guide, and
+/// its texts to have a contrast of at least 4.5 to their grounds.
 void expect_presentable(QWidget& window);
 
 /// For people who want to see the windows: writes NAME.png to the folder that VELLUM_PICTURES names, if it is

@@ -22,7 +22,7 @@
 namespace vellum::testing {
 namespace {
 
-TEST(ViewerGeometry, OpensAtTheStatedSizeAndZoom) {
+TEST(ViewerGeometry, OpensAtItsSizeAndZoom) {
   struct Case {
     QSize canvas, frame, bar;
     bool strip;

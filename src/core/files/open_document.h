@@ -12,7 +12,7 @@ namespace vellum {
 
 /// Reads `path` into the window (which is empty). The extension picks the reader where it is that of a kind,
 /// else the content. A healthy picture of another format (GIF, JPEG, ...) is offered as the image of a new
-/// document that was never saved. On failure the stated message goes to the host ("Error reading file", with
+/// document that was never saved. On failure the message goes to the host ("Error reading file", with
 /// the reason and what the content is below it) and the window is left for its owner to drop.
 bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host);
 

@@ -19,7 +19,7 @@ WriteResult write_document(DocumentWindow& window, DocumentKind written, const S
                            const SaveOptions& options, Host& host);
 
 /// Writes the document to `path`. What stood there before survives any failure; what is no regular file is
-/// not replaced. False, with the stated message given to the host, when it was not written (also when the
+/// not replaced. False, with the message given to the host, when it was not written (also when the
 /// user refused to go on without a backup, which says nothing). The list changes only in what the save itself
 /// refreshed: the time, and a header that had to change to hold its picture.
 bool save_document(DocumentWindow& window, const std::filesystem::path& path, Host& host,
