@@ -217,13 +217,15 @@ using Histogram = std::array<std::uint64_t, 256>;
 
 void count_values(const Picture& picture, const Adjustment& adjustment, Histogram& histogram) {
   if (picture.bits() <= 8) {
-    const std::uint8_t* table = picture.table();
+    Histogram indexes{};
     for (std::uint32_t y = 0; y < picture.height(); ++y)
-      for (std::uint32_t x = 0; x < picture.width(); ++x) {
-        const std::uint8_t* entry = table + 4 * std::size_t{PictureGetPixel(picture, x, y)};
-        for (unsigned byte = 0; byte < 3; ++byte)
-          if (adjustment.takes(byte)) ++histogram[entry[byte]];
-      }
+      for_each_index_run(picture.row(y), picture.width(), picture.bits(),
+                         [&](std::size_t, const std::uint8_t* run, std::size_t count) {
+                           for (std::size_t i = 0; i < count; ++i) ++indexes[run[i]];
+                         });
+    for (std::uint32_t i = 0; i < picture.colours(); ++i)
+      for (unsigned byte = 0; byte < 3; ++byte)
+        if (adjustment.takes(byte)) histogram[picture.table()[4 * i + byte]] += indexes[i];
     return;
   }
   const unsigned size = picture.bits() / 8;

@@ -113,10 +113,8 @@ unsigned needs(const DocumentWindow& window, const FieldValues& values, const Fr
 
 std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow& window) {
   const Border border = border_of(values, window);
-  if (border.x < 0 || border.y < 0 ||
-      (values.number("absolute") != 0 &&
-       (border.width < document_size(window.list, window.document).width ||
-        border.height < document_size(window.list, window.document).height)))
+  const Extent canvas = document_size(window.list, window.document);
+  if (border.width < canvas.width || border.height < canvas.height)
     return fault_of("width", StringId::FrameIsSmaller);
   const std::int64_t most = kind_row(window.document.kind).mostPixels;
   if (border.width > most || border.height > most ||
