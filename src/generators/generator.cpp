@@ -45,7 +45,7 @@ std::optional<FrameStream> generated_frames(const Generator& generator, const Fi
   }
   auto stream = generator.make(values, inputs, host);
   if (!stream) {
-    tell(host, StringId::ErrorAccessingChunk);
+    tell(host, generator.failure);
     return std::nullopt;
   }
   stream->plays = generator.loop && values.number(generator.loop) == 0 ? 1 : 0;
@@ -54,9 +54,11 @@ std::optional<FrameStream> generated_frames(const Generator& generator, const Fi
 
 bool generate(const Generator& generator, const FieldValues& values, const GeneratorInputs& inputs,
               DocumentKind kind, DocumentWindow& window, Host& host) try {
-  const auto stream = generated_frames(generator, values, inputs, host);
+  GeneratorInputs taken = inputs;
+  taken.kind = kind;
+  const auto stream = generated_frames(generator, values, taken, host);
   if (!stream) return false;
-  return build_from_stream(window, *stream, kind, host) || tell(host, StringId::ErrorAccessingChunk);
+  return build_from_stream(window, *stream, kind, host) || tell(host, generator.failure);
 } catch (const std::bad_alloc&) {
   return tell(host, StringId::MemoryError);
 }

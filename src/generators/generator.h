@@ -15,6 +15,11 @@ enum class GeneratorInput {
 
 struct GeneratorInputs {
   std::vector<Picture> pictures;
+  /// The values that a picture has in place of the common ones, in the order of the pictures; those behind
+  /// the last have none.
+  std::vector<FieldValues> own = {};
+  DocumentKind kind = DocumentKind::MING;  ///< of the document
+  bool sketch = false;                     ///< for a preview: what all frames together tell may be guessed
 };
 
 /// One row.
@@ -24,6 +29,9 @@ struct Generator {
   const char* document;                ///< "Spin": what its documents are called, with a number behind it
   const char* loop = nullptr;          ///< the field that says whether it plays for ever; without it it does
   std::string* fileSetting = nullptr;  ///< keeps the name of the picture
+  const char* listFile = nullptr;      ///< in the configuration folder: keeps the names of the pictures
+  std::span<const char* const> ownFields = {};  ///< fields that each picture may have values of its own for
+  StringId failure = StringId::ErrorAccessingChunk;  ///< the message where frames can't be made
   /// The frames that the values give; they are computed when they are asked for, and may be by several
   /// threads. The inputs, as many as the row takes, and the values need not outlive the call. Nothing with
   /// the reason kept in the host.

@@ -9,6 +9,8 @@
 #include <set>
 
 #include "image/lanes.h"
+#include "image/picture_operations.h"
+#include "image/superpalette.h"
 
 namespace vellum {
 namespace {
@@ -189,6 +191,48 @@ TEST(Quantize, SeveralPicturesMakeOnePalette) {
             (std::array<int, 6>{0, 0, 240, 240, 0, 0}));
   EXPECT_EQ(octree.palette(1, palette), 1u);
   EXPECT_GT(palette[0], palette[2]);
+}
+
+TEST(Superpalette, IsThePlainTreesOfAllPicturesWithoutWhatIsHiddenDarkColorsFirst) {
+  std::minstd_rand dice(5);
+  for (const std::uint32_t most : {256u, 255u, 20u}) {
+    PlainTree plain(most);
+    std::vector<Picture> pictures;
+    for (const int style : {0, 1, 2}) {
+      Picture picture = PictureCreate(31, 23, nullptr, style == 1 ? 32 : 24);
+      for (std::uint32_t y = 0; y < 23; ++y)
+        for (std::uint32_t x = 0; x < 31; ++x) {
+          const Colour color = colour_of(dice, style, x, y);
+          const bool hidden = style == 1 && x < 9;
+          PicturePutPixel(picture, x, y, color | (hidden ? 127u : 128u) << 24);
+          if (!hidden) plain.add({red_of(color), green_of(color), blue_of(color)});
+        }
+      pictures.push_back(picture);
+    }
+    Picture two = PictureCreate(8, 8, nullptr, 1);
+    Palette inks{1, 200, 30, 90, 4, 250};
+    PictureSetPalette(two, inks);
+    for (int i = 0; i < 64; ++i) {
+      PicturePutPixel(two, i / 8, i % 8, i % 3 == 0);
+      plain.add(i % 3 == 0 ? std::array{90, 4, 250} : std::array{1, 200, 30});
+    }
+    pictures.push_back(two);
+    auto expected = plain.reduced(most);
+    const auto light = [](const auto& c) { return (77 * c[0] + 150 * c[1] + 28 * c[2]) / 255; };
+    for (std::size_t i = 0; i < expected.size(); ++i)
+      for (std::size_t j = i + 1; j < expected.size(); ++j)
+        if (light(expected[i]) > light(expected[j])) std::swap(expected[i], expected[j]);
+    Host host;
+    const PaletteColors colors = superpalette(
+        pictures.size(), [&](std::size_t i) { return pictures[i]; }, most, host);
+    ASSERT_EQ(colors.count, expected.size());
+    for (std::uint32_t i = 0; i < colors.count; ++i)
+      for (std::size_t c = 0; c < 3; ++c) ASSERT_EQ(colors.palette[3 * i + c], expected[i][c]) << most;
+  }
+  Host host;
+  const auto clear = [](std::size_t) { return PictureCreateAlpha(3, 3); };
+  EXPECT_EQ(superpalette(2, clear, 256, host).count, 1u) << "black";
+  EXPECT_EQ(superpalette(0, clear, 256, host).count, 0u);
 }
 
 }  // namespace
