@@ -26,8 +26,30 @@ std::vector<std::string> split(const std::string& text, char parting) {
   return parts;
 }
 
+std::string joined(const std::vector<std::string>& words, const char* between) {
+  std::string text;
+  for (const std::string& word : words) text.append(text.empty() ? "" : between).append(word);
+  return text;
+}
+
+/// The word list of `offer_words` is the name of a check that checks nothing.
+constexpr std::string_view kOffered = "offered:";
+
+std::vector<std::string> offered_words(const CLI::Option& option) {
+  for (int i = 0;; ++i) {
+    const CLI::Validator* check = nullptr;
+    try {
+      check = const_cast<CLI::Option&>(option).get_validator(i);  // there is none for what is constant
+    } catch (const CLI::OptionNotFound&) {
+      return {};
+    }
+    if (check->get_name().starts_with(kOffered)) return split(check->get_name().substr(kOffered.size()), '|');
+  }
+}
+
 /// "ENUM:png|apng" names its words; those in capitals ("MS|N/D") stand for others.
 std::vector<std::string> choices_of(const CLI::Option& option) {
+  if (auto words = offered_words(option); !words.empty()) return words;
   const std::string type = option.get_type_name();
   const bool stands_for_others =
       std::ranges::any_of(type.substr(type.rfind(':') + 1), [](char c) { return c >= 'A' && c <= 'Z'; });
@@ -72,12 +94,6 @@ std::string quoted(const std::string& text, const char* quote = "'\\''") {
     else
       result += c;
   return result + "'";
-}
-
-std::string joined(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) text.append(text.empty() ? "" : between).append(word);
-  return text;
 }
 
 std::vector<std::string> names_of(const std::vector<CommandWords>& commands) {
@@ -239,6 +255,11 @@ std::string fish_text(const CommandWords& tool) {
 }
 
 }  // namespace
+
+void offer_words(CLI::Option& option, const std::vector<std::string>& words) {
+  option.check(CLI::Validator([](std::string&) { return std::string(); }, "",
+                              std::string(kOffered) + joined(words, "|")));
+}
 
 std::string completion_text(const CLI::App& app, const std::string& shell) {
   static constexpr std::pair<const char*, std::string (*)(const CommandWords&)> kShells[] = {

@@ -1,5 +1,7 @@
 #include "cli/parameter_options.h"
 
+#include "base/text.h"
+#include "cli/completion.h"
 #include "cli/frame_options.h"
 #include "configuration/setting_values.h"
 
@@ -10,14 +12,25 @@ bool is_color(std::string_view text) {
   return text.size() == 6 && std::ranges::all_of(text, [](unsigned char c) { return std::isxdigit(c) != 0; });
 }
 
+/// As it is typed: "flip-horizontally".
+std::string word_of(const FieldChoice& choice) {
+  std::string word = *choice.word ? choice.word : lower_case(choice.name);
+  std::ranges::replace(word, ' ', '-');
+  return word;
+}
+
+std::vector<std::string> words_of(const Field& field) {
+  std::vector<std::string> words;
+  for (const FieldChoice& choice : field.choices) words.push_back(word_of(choice));
+  return words;
+}
+
 /// "flip-horizontally" and "Flip horizontally" are one name; a color is six hexadecimal digits.
 FieldValue parse_option(const Field& field, const std::string& text) {
   if (field.type == FieldType::Color && is_color(text)) return parse_field_value(field, "#" + text);
-  FieldValue value = parse_field_value(field, text);
-  if (field.type != FieldType::Choice || std::holds_alternative<std::int64_t>(value)) return value;
-  std::string spaced = text;
-  std::ranges::replace(spaced, '-', ' ');
-  return parse_field_value(field, spaced);
+  for (const FieldChoice& choice : field.choices)
+    if (field.type == FieldType::Choice && equal_ignoring_case(text, word_of(choice))) return choice.value;
+  return parse_field_value(field, text);
 }
 
 /// Whether `--set` gave the field's setting a value for this run.
@@ -100,8 +113,7 @@ std::string help_of(const Field& field) {
   std::string text = field.label;
   if (field.type == FieldType::Choice) {
     std::string names;
-    for (const FieldChoice& choice : field.choices)
-      names.append(names.empty() ? ": " : ", ").append(*choice.word ? choice.word : choice.name);
+    for (const std::string& word : words_of(field)) names.append(names.empty() ? ": " : ", ").append(word);
     text += names;
   } else if (field.type == FieldType::Whole) {
     text += ", " + std::to_string(field.least) + " to " + std::to_string(field.most);
@@ -112,6 +124,12 @@ std::string help_of(const Field& field) {
   return text;
 }
 
+std::string default_of(const Field& field) {
+  for (const FieldChoice& choice : field.choices)
+    if (choice.value == field.initial) return word_of(choice);
+  return field_value_text(field, initial_value(field));
+}
+
 void add_field_option(CLI::App& app, const Field& field, std::optional<std::string>& text) {
   const std::string name = option_name(field.name);
   if (field.type == FieldType::Flag) {
@@ -120,7 +138,8 @@ void add_field_option(CLI::App& app, const Field& field, std::optional<std::stri
     return;
   }
   auto* option = app.add_option("--" + name, text, help_of(field))->type_name(value_name(field));
-  if (field.type != FieldType::Text) option->default_str(field_value_text(field, initial_value(field)));
+  if (field.type == FieldType::Choice) offer_words(*option, words_of(field));
+  if (field.type != FieldType::Text) option->default_str(default_of(field));
 }
 
 std::string_view name_of(const CompoundOption& option) { return option.name; }

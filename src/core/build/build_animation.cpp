@@ -322,4 +322,15 @@ bool EndAnimation(DocumentWindow& window, std::int32_t iterations) {
   return true;
 }
 
+void put_loop_plays(DocumentWindow& window, std::uint32_t plays) {
+  const std::size_t at = chunk_find_first(window.list, tag::LOOP);
+  if (at == kNoEntry) return;
+  NewChunkArgument argument;
+  argument.number = plays;
+  ChunkRecord loop;
+  if (!new_chunk(window, loop, tag::LOOP, argument)) return;
+  loop.description = chunk_description(loop);
+  chunk_list_put(window.list, at, loop);
+}
+
 }  // namespace vellum

@@ -55,4 +55,7 @@ std::size_t AddFrame(DocumentWindow& window, const Picture& picture, std::int32_
 /// change: caret 0, numbers, the header's size, rows. The document counts as changed.
 bool EndAnimation(DocumentWindow& window, std::int32_t iterations);
 
+/// Gives the LOOP of an MNG that was built a count of plays, from 1. Nothing happens where there is none.
+void put_loop_plays(DocumentWindow& window, std::uint32_t plays);
+
 }  // namespace vellum

@@ -309,18 +309,6 @@ void put_colors(DocumentWindow& to, const Picture& picture, const std::vector<st
   put_document_colors(to, colors);
 }
 
-/// The count of a loop that ends.
-void put_plays(Conversion& conversion) {
-  const std::size_t at = chunk_find_first(conversion.to.list, tag::LOOP);
-  if (at == kNoEntry || conversion.plays == 0) return;
-  NewChunkArgument argument;
-  argument.number = conversion.plays;
-  ChunkRecord loop;
-  if (!new_chunk(conversion.to, loop, tag::LOOP, argument)) return;
-  loop.description = chunk_description(loop);
-  chunk_list_put(conversion.to.list, at, loop);
-}
-
 void put_background(Conversion& conversion) {
   const Colour color = document_background(conversion.from.list, conversion.from.document);
   if (color != document_background(conversion.to.list, conversion.to.document))
@@ -346,7 +334,7 @@ bool build(Conversion& conversion) {
     progress.step(i + 1, conversion.frames.size());
   }
   if (!EndAnimation(conversion.to, iterations_of(conversion))) return false;
-  put_plays(conversion);
+  if (conversion.plays > 0) put_loop_plays(conversion.to, conversion.plays);
   if (conversion.indexed && conversion.kind == DocumentKind::APNG)
     put_colors(conversion.to, conversion.frames[0].own, conversion.frames[0].table);
   put_background(conversion);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "base/byte_order.h"
 #include "core/build/build_animation.h"
 #include "core/edit/frame_layer.h"
 #include "core/model/chunk_layout.h"
@@ -77,19 +76,6 @@ bool add_frame(DocumentWindow& window, const StreamedFrame& frame, std::size_t n
                   static_cast<std::uint32_t>(number), &options) != 0;
 }
 
-/// An MNG that is played some times has them in its loop.
-void put_plays(DocumentWindow& window, std::uint32_t plays) {
-  for (std::size_t i = 0; i < window.list.size(); ++i) {
-    ChunkRecord record = window.list.record(i);
-    if (record.tag != tag::LOOP) continue;
-    std::uint8_t* bytes = record.data.edit();
-    if (!bytes || record.size < 5) return;
-    write_be32(bytes + 1, plays);
-    chunk_list_put(window.list, i, record);
-    return;
-  }
-}
-
 }  // namespace
 
 FrameStream stored_frames(const DocumentWindow& window) {
@@ -144,7 +130,7 @@ bool build_from_stream(DocumentWindow& window, const FrameStream& stream, Docume
     progress.step(i + 1, stream.count);
   }
   if (!EndAnimation(made, iterations)) return false;
-  if (mng && stream.plays > 1) put_plays(made, stream.plays);
+  if (mng && stream.plays > 1) put_loop_plays(made, stream.plays);
   window.document = made.document;
   window.list = made.list;
   chunk_list_close_change(window.list, window.document);

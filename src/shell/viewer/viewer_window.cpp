@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "configuration/shell_settings.h"
 #include "core/model/frame_values.h"
+#include "core/model/kind_table.h"
 #include "shell/forms/form_dialog.h"
 #include "shell/list/document_frame.h"
 #include "shell/look/icon.h"
@@ -478,7 +479,8 @@ void ViewerWindow::save_frame() {
   if (!picture) return;
   const std::string stem = std::filesystem::path(document_title(window_.document)).stem().string();
   const std::string number = player_.is_animation() ? std::to_string(player_.shown().ordinal + 1) : "";
-  const std::string name = number.empty() ? stem + ".png" : stem + "-" + number + ".png";
+  const std::string name = stem + (number.empty() ? "" : "-" + number) +
+                           std::string(kind_row(DocumentKind::PING).extensions.front());
   if (const auto path = choose_picture_file(services_, tr("Save frame"), name))
     write_picture_file(*path, picture, services_.host);
 }
