@@ -14,14 +14,13 @@
 #include "shell/widgets/screen_room.h"
 #include "shell/window/main_window.h"
 #include "shell/window/recovery_dialog.h"
+#include "shell/window/screenshot.h"
 #include "shell/window/start_screens.h"
 #include "shell/window/start_up.h"
 
 namespace {
 
 using namespace vellum;
-
-constexpr QSize kScreenshotSize(1200, 760);
 
 int tell_no_desktop() {
   std::fprintf(stderr, "%s\n", string_text(StringId::NeedsDesktop).data());
@@ -52,17 +51,6 @@ std::optional<int> answer_at_once(const StartOptions& options) {
   return 2;
 }
 
-/// Opens the file, if one is named, writes the picture and ends the program.
-void take_screenshot(MainWindow& window, const StartOptions& options) {
-  const bool opened = options.file.empty() || window.open(options.file);
-  // Layouts that the file has changed, and thumbnails.
-  do QCoreApplication::processEvents();
-  while (window.recent().at_work());
-  const bool written = opened && window.grab().save(path_text(options.screenshot), "PNG");
-  if (opened && !written) std::fprintf(stderr, "vellumcraft: the picture can't be written\n");
-  QCoreApplication::exit(written ? 0 : 1);
-}
-
 /// Shows the window; once it is seen, what a crash left is offered, and then work begins.
 void start(MainWindow& window, Recovery& recovery, const StartOptions& options) {
   show_main_window(window);
@@ -79,19 +67,6 @@ int run(const StartOptions& options) {
   MainWindow window;
   Recovery recovery(window);
   start(window, recovery, options);
-  return QApplication::exec();
-}
-
-int run_for_screenshot(const StartOptions& options) {
-  MainWindow window;
-  // Nobody is there to answer: what would be asked or told goes to standard error.
-  window.services().host.message = [](const Message& message) {
-    std::fprintf(stderr, "vellumcraft: %s %s\n", message.text.c_str(), message.more.c_str());
-  };
-  window.services().host.ask = nullptr;
-  window.resize(kScreenshotSize);
-  window.show();
-  QTimer::singleShot(0, &window, [&window, options] { take_screenshot(window, options); });
   return QApplication::exec();
 }
 

@@ -39,6 +39,11 @@ constexpr OptionRow kOptions[] = {
      [](StartOptions& o, const char*) { o.view = true; }},
     {"--screenshot", "OUT.png", "write a picture of the window with FILE open, and end",
      [](StartOptions& o, const char* value) { o.screenshot = value; }},
+    {"--show", "COMMAND[@ROW]", "with --screenshot: the window of this command, by its number",
+     [](StartOptions& o, const char* value) {
+       if (std::sscanf(value, "%d@%zu", &o.show, &o.row) < 1 || o.show <= 0)
+         o.error = "--show needs a number of a command";
+     }},
     {"--config", "FILE", "the configuration file of this run",
      [](StartOptions& o, const char* value) { o.config = value; }},
     {"--set", "Key=Value", "a setting for this run, never written",

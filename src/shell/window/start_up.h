@@ -16,6 +16,8 @@ struct StartOptions {
   bool view = false;                  ///< the file opens in its viewer
   std::filesystem::path file;         ///< to open; empty without one
   std::filesystem::path screenshot;   ///< where to write a picture of the window; empty: stay and work
+  int show = 0;                       ///< number of the command whose window is in the picture; 0: none
+  std::size_t row = 0;                ///< the row that it works on, from 1; 0: as the file was opened
   std::filesystem::path config;       ///< configuration file of this run; empty: the user's
   std::vector<std::string> settings;  ///< "Key=Value", for this run
   std::string error;                  ///< what is wrong with the command line; empty: nothing

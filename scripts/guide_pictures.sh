@@ -1,0 +1,71 @@
+#!/bin/sh
+# Makes the pictures of windows that the guide and the README show, anew, with the programs themselves.
+# Usage: guide_pictures.sh FOLDER_OF_PROGRAMS [FOLDER_FOR_PICTURES]; needs no display.
+set -eu
+
+here=$(cd "$(dirname "$0")" && pwd)
+programs=$1
+pictures=${2:-$here/../docs/pictures}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export HOME="$work" XDG_RUNTIME_DIR="$work" XDG_CONFIG_HOME="$work/config" XDG_STATE_HOME="$work/state" QT_QPA_PLATFORM=offscreen
+
+vellum() { "$programs/vellum" --set AutoUpdateTime=0 --set IdentifyFiles=0 "$@"; }
+
+cp "$here/../data/samples/welcome.png" "$work/apng.png"
+vellum convert "$work/apng.png" "$work/mng.mng" --kind mng
+vellum edit "$work/mng.mng" "$work/mng.mng" --insert BACK@1 --insert TERM@1 --insert SHOW@8 --insert MOVE@8
+vellum convert "$work/apng.png" "$work/webp.webp" --kind webp
+vellum play "$work/apng.png" --png "$work/frames" --steps 1 > "$work/steps"
+vellum convert "$work/frames/frame_00000.png" "$work/still.png" --color palette
+vellum edit "$work/still.png" "$work/still.png" --insert tRNS@1 --insert bKGD@1 --insert gAMA@1 --insert tIME@1 \
+  --insert tEXt@1:Title=Squares --insert abCd@1:hex:56656C6C756D
+
+# The row of the first entry that a pattern finds.
+row() { "$programs/vellum" list "$work/$1" | sed -n "s/^ *\([0-9]*\): .*$2.*/\1/p" | head -1; }
+
+take() {  # NAME COMMAND FILE [ROW]
+  mkdir -p "$(dirname "$pictures/$1.png")"
+  "$programs/vellumcraft" --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
+}
+
+# The editor of an entry is command 205.
+while read -r name file pattern; do
+  take "editors/$name" 205 "$file" "$(row "$file" "$pattern")"
+done << 'ROWS'
+IHDR still.png IHDR
+PLTE still.png PLTE
+tRNS still.png tRNS
+bKGD still.png bKGD
+gAMA still.png gAMA
+tIME still.png tIME
+tEXt still.png tEXt
+unknown still.png abCd
+IEND still.png IEND
+acTL apng.png acTL
+IDAT apng.png IDAT
+MHDR mng.mng MHDR
+PNGI mng.mng IMAGE
+LOOP mng.mng LOOP
+ENDL mng.mng ENDL
+TERM mng.mng TERM
+BACK mng.mng BACK
+SHOW mng.mng SHOW
+MOVE mng.mng MOVE
+WEBH webp.webp HEADER
+ROWS
+
+while read -r name command file; do
+  take "editors/$name" "$command" "$file"
+done << 'ROWS'
+mono 258 apng.png
+still 270 apng.png
+reconstruct 316 apng.png
+resize 310 apng.png
+extract 312 apng.png
+manage 62 apng.png
+properties 118 apng.png
+strip 307 apng.png
+ROWS
+
+"$programs/vellumcraft" --screenshot "$pictures/main-window.png" "$work/apng.png"

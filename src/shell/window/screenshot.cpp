@@ -1,0 +1,80 @@
+#include "shell/window/screenshot.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QTimer>
+#include <cstdio>
+
+#include "shell/look/text.h"
+#include "shell/window/main_window.h"
+
+namespace vellum {
+namespace {
+
+constexpr QSize kScreenshotSize(1200, 760);
+constexpr int kSettledMs = 600;  // previews and thumbnails of a window that has just opened
+
+/// The window that lies over the main one.
+QWidget* other_window(const QWidget& main) {
+  if (QWidget* modal = QApplication::activeModalWidget()) return modal;
+  for (QWidget* window : QApplication::topLevelWidgets())
+    if (window != &main && window->isVisible()) return window;
+  return nullptr;
+}
+
+/// The window of a command, which is then closed; null where none came.
+QPixmap picture_of_command(MainWindow& main, const StartOptions& options) {
+  QPixmap picture;
+  const auto take = [&] {
+    QWidget* window = other_window(main);
+    if (!window) return;
+    picture = window->grab();
+    auto* dialog = qobject_cast<QDialog*>(window);
+    dialog ? dialog->reject() : static_cast<void>(window->close());
+  };
+  QTimer::singleShot(kSettledMs, &main, take);
+  main.run(options.show);
+  if (picture.isNull()) take();
+  return picture;
+}
+
+void settle(MainWindow& window) {
+  // Layouts that the file has changed, and thumbnails.
+  do QCoreApplication::processEvents();
+  while (window.recent().at_work());
+}
+
+QPixmap picture_for(MainWindow& window, const StartOptions& options) {
+  if (!options.file.empty() && !window.open(options.file)) return {};
+  if (DocumentFrame* frame = window.area().active(); frame && options.row > 0) {
+    frame->entries().select_all(false);
+    if (options.row <= frame->entries().size()) {
+      frame->content().document.caret = static_cast<std::int32_t>(options.row - 1);
+      frame->entries().select(options.row - 1, true);
+    }
+    window.refresh();
+  }
+  settle(window);
+  return options.show > 0 ? picture_of_command(window, options) : window.grab();
+}
+
+}  // namespace
+
+int run_for_screenshot(const StartOptions& options) {
+  MainWindow window;
+  window.services().host.message = [](const Message& message) {
+    std::fprintf(stderr, "vellumcraft: %s %s\n", message.text.c_str(), message.more.c_str());
+  };
+  window.services().host.ask = nullptr;
+  window.resize(kScreenshotSize);
+  window.show();
+  QTimer::singleShot(0, &window, [&window, &options] {
+    const QPixmap picture = picture_for(window, options);
+    const bool written = !picture.isNull() && picture.save(path_text(options.screenshot), "PNG");
+    if (!written) std::fprintf(stderr, "vellumcraft: the picture can't be written\n");
+    QCoreApplication::exit(written ? 0 : 1);
+  });
+  return QApplication::exec();
+}
+
+}  // namespace vellum
