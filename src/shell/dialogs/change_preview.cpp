@@ -47,9 +47,9 @@ ChangePreview::ChangePreview(const DocumentWindow& window, Change change, Growth
       growth_(std::move(growth)),
       source_(source) {
   setAccessibleName(tr("Preview"));
-  auto* panes = new QHBoxLayout;
-  beforeLabel_ = add_pane(*panes, tr("Before"));
-  afterLabel_ = add_pane(*panes, tr("After"));
+  panes_ = new QHBoxLayout;
+  beforeLabel_ = add_pane(*panes_, tr("Before"));
+  afterLabel_ = add_pane(*panes_, tr("After"));
   slider_ = new QSlider(Qt::Horizontal, this);
   slider_->setAccessibleName(tr("Frame"));
   const auto entries = frame_entries(window);
@@ -70,7 +70,7 @@ ChangePreview::ChangePreview(const DocumentWindow& window, Change change, Growth
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(style::kGap);
-  layout->addLayout(panes, 1);
+  layout->addLayout(panes_, 1);
   layout->addLayout(line);
   refreshTimer_.setSingleShot(true);
   playTimer_.setSingleShot(true);
@@ -99,6 +99,8 @@ QLabel* ChangePreview::add_pane(QLayout& layout, const QString& title) {
   layout.addWidget(side);
   return label;
 }
+
+void ChangePreview::stack() { panes_->setDirection(QBoxLayout::TopToBottom); }
 
 void ChangePreview::refresh() { refreshTimer_.start(0); }
 

@@ -1,7 +1,8 @@
-// What a change of pixels will do: a frame before and after it, beside each other, with a slider over the
-// frames.
+// What a change of pixels will do: a frame before and after it, beside or above each other, with a slider
+// over the frames.
 #pragma once
 
+#include <QBoxLayout>
 #include <QLabel>
 #include <QSlider>
 #include <QTimer>
@@ -37,6 +38,8 @@ class ChangePreview : public QWidget {
 
   /// Shows the change anew, soon.
   void refresh();
+  /// One pane above the other, for a place beside a form.
+  void stack();
   const Picture& after() const { return after_; }
 
  private:
@@ -51,6 +54,7 @@ class ChangePreview : public QWidget {
   Growth growth_;
   Source source_;
   std::optional<Compositor> compositor_;
+  QBoxLayout* panes_;
   QLabel *beforeLabel_, *afterLabel_;
   QSlider* slider_;
   QToolButton *play_, *actual_;

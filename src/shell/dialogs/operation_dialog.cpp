@@ -7,11 +7,13 @@
 #include "operations/preview_operation.h"
 #include "operations/reconstruct.h"
 #include "shell/dialogs/operation_decorations.h"
+#include "shell/look/style.h"
 #include "shell/look/text.h"
 
 namespace vellum {
 namespace {
 
+constexpr int kTallForm = 240;  ///< pixels
 constexpr const char* kScope = "scope";
 constexpr FieldChoice kScopes[] = {{0, "All frames"}, {1, "Selected frames"}};
 
@@ -81,7 +83,19 @@ void OperationDialog::add_preview() {
         return grows ? operation_.growth(values(), window()) : 1.0;
       },
       this, full ? ChangePreview::Source::Canvas : ChangePreview::Source::ReducedFrame);
-  static_cast<QBoxLayout*>(layout())->insertWidget(1, preview_, 1);
+  auto* outer = static_cast<QBoxLayout*>(layout());
+  if (form().sizeHint().height() <= kTallForm) {
+    outer->insertWidget(1, preview_, 1);
+    return;
+  }
+  // Below a tall form nobody would see it.
+  preview_->stack();
+  outer->removeWidget(&form());
+  auto* row = new QHBoxLayout;
+  row->setSpacing(style::kWideGap);
+  row->addWidget(&form());
+  row->addWidget(preview_, 1);
+  outer->insertLayout(0, row, 1);
 }
 
 void OperationDialog::follow() {
