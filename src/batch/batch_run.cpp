@@ -70,7 +70,7 @@ class FileAtWork {
       return BatchResult::BadRead;
     }
     if (!run_.work.apply(window, host_)) return failed();
-    if (!make_folder() || !save_document(window, row_.target, host_)) return BatchResult::BadWrite;
+    if (!make_folder() || !save(window)) return BatchResult::BadWrite;
     if (run_.thumbnails)
       if (const auto entries = frame_entries(window); !entries.empty())
         shown_ = frame_layer_of(frame_source_of(window), window.list.record(entries.front())).picture;
@@ -83,6 +83,11 @@ class FileAtWork {
     if (!shown_) return failed();
     const bool written = make_folder() && GraphicFileWrite(row_.target.string(), shown_);
     return written ? BatchResult::Ok : BatchResult::BadWrite;
+  }
+
+  bool save(DocumentWindow& window) {
+    return run_.work.save ? run_.work.save(window, row_.source, row_.target, host_)
+                          : save_document(window, row_.target, host_);
   }
 
   BatchResult failed() const { return stop_ ? BatchResult::Cancelled : BatchResult::ObjectError; }

@@ -2,6 +2,7 @@
 
 #include "batch/settings.h"
 #include "operations/one_picture.h"
+#include "operations/supercompress.h"
 
 namespace vellum {
 namespace {
@@ -42,6 +43,10 @@ BatchWork operation_work(const Operation& operation, ValuesFor values, bool prom
   work.apply = [&operation, values, promote](DocumentWindow& window, Host& host) {
     return apply(operation, values, promote, window, host);
   };
+  if (operation.neverGrows) {
+    work.save = save_supercompressed;
+    return work;
+  }
   work.applyToPicture = [&operation, values](const Picture& picture, Host& host) {
     return operate_on_picture(operation, picture, values, host);
   };

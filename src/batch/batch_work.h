@@ -1,6 +1,8 @@
 // What a batch run does to each file.
 #pragma once
 
+#include <filesystem>
+
 #include "operations/operation.h"
 
 namespace vellum {
@@ -12,6 +14,10 @@ struct BatchWork {
   std::function<bool(DocumentWindow& window, Host& host)> apply;
   /// What becomes of a picture; null as above. Empty where it isn't for pictures.
   std::function<Picture(const Picture& picture, Host& host)> applyToPicture;
+  /// Writes what came of the file `source`; empty: as documents are saved.
+  std::function<bool(DocumentWindow& window, const std::filesystem::path& source,
+                     const std::filesystem::path& target, Host& host)>
+      save = {};
 };
 
 /// In front of the names of an operation's results: the setting of an operation that has one (`stored`), else

@@ -6,6 +6,7 @@
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "operations/convert_kind.h"
+#include "operations/supercompress.h"
 
 namespace vellum::cli {
 namespace {
@@ -31,7 +32,8 @@ int run(const Operation& operation, const Given& given, Host& host) {
   if (!open_document(window, given.in, host)) return kFailed;
   const bool document = operation.result != OperationResult::Files;
   DocumentKind kind = given.kind == DocumentKind::None ? operation.makes : given.kind;
-  if (kind == DocumentKind::None) kind = window.document.kind;
+  const DocumentKind opened = window.document.kind;
+  if (kind == DocumentKind::None) kind = opened;
   if (document && !name_fits_kind(given.out, kind)) return kWrongUsage;
   const std::size_t count = frame_entries(window).size();
   if (count == 0) {
@@ -46,6 +48,8 @@ int run(const Operation& operation, const Given& given, Host& host) {
     return kWrongUsage;
   }
   if (!run_operation(operation, window, *values, *frames, host)) return kFailed;
+  const bool copies = operation.neverGrows && kind == opened;
+  if (copies) return save_supercompressed(window, given.in, given.out, host) ? kDone : kFailed;
   return document ? write_result(window, given, host) : kDone;
 }
 

@@ -120,13 +120,17 @@ std::size_t filtered_bytes(const Job& job, const Part& part) {
   return size;
 }
 
-DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
+std::vector<std::uint8_t> filtered_part(const Job& job, const Part& part) {
   std::vector<std::uint8_t> filtered(filtered_bytes(job, part));
   std::uint8_t* out = filtered.data();
   for (const Segment& segment : part)
     filter_segment(
         job, segment, [&] { return out; }, [&](std::span<const std::uint8_t> row) { out += row.size(); });
-  return deflate_piece(filtered, job.level, last);
+  return filtered;
+}
+
+DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
+  return deflate_piece(filtered_part(job, part), job.level, last);
 }
 
 std::vector<std::uint8_t> store_parts(const Job& job, std::span<const Part> parts) {
@@ -140,12 +144,15 @@ std::vector<std::uint8_t> store_parts(const Job& job, std::span<const Part> part
   });
 }
 
+bool fit(const PngHeader& header, const Picture& picture) {
+  return !png_header_fault(header) && picture.width() == header.width && picture.height() == header.height;
+}
+
 }  // namespace
 
 std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
                                      std::optional<std::array<std::uint16_t, 3>> key) {
-  if (png_header_fault(header) || picture.width() != header.width || picture.height() != header.height)
-    return {};
+  if (!fit(header, picture)) return {};
   Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, level, {}};
   if (!job.write) return {};
   // As libpng: rows of indexes and of less than a byte a sample do not gain by filters; stored ones never do.
@@ -160,6 +167,20 @@ std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& pic
   for (const DeflatePiece& piece : pieces)
     if (piece.packed.empty()) return {};
   return join_pieces(pieces, level);
+}
+
+std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& picture,
+                                       PngFiltering filtering,
+                                       std::optional<std::array<std::uint16_t, 3>> key) {
+  if (!fit(header, picture)) return {};
+  Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, 9, {}};
+  if (!job.write) return {};
+  job.choice = {false, header.width > 1, header.height > 1,
+                filtering == PngFiltering::Least ? -1 : static_cast<int>(filtering)};
+  const PngPasses passes = png_passes(header);
+  Part whole;
+  for (const PngPass& pass : passes) whole.push_back({&pass, 0, pass.height});
+  return filtered_part(job, whole);
 }
 
 }  // namespace vellum

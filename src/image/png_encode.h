@@ -20,4 +20,13 @@ namespace vellum {
 std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
                                      std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
 
+/// How the rows of an image are filtered.
+enum class PngFiltering : std::uint8_t { None, Sub, Up, Average, Paeth, Least };
+
+/// The bytes that a stream of the image packs: each row behind the byte that names its filter, one filter in
+/// all of them, or the least by sum, whatever the color type. Empty as above.
+std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& picture,
+                                       PngFiltering filtering,
+                                       std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+
 }  // namespace vellum

@@ -238,9 +238,13 @@ bool png_unfilter(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prio
 
 void png_filter_row(const PngFilterChoice& choice, const std::uint8_t* row, const std::uint8_t* prior,
                     std::size_t bytes, std::size_t distance, std::uint8_t* out, std::uint8_t* scratch) {
+  if (choice.fixed > kNone) {
+    out[0] = static_cast<std::uint8_t>(choice.fixed);
+    return filter_row(out[0], row, prior, bytes, distance, out + 1);
+  }
   std::uint8_t best = kNone;
   const std::uint8_t* best_row = row;
-  if (!choice.none_only) {
+  if (!choice.none_only && choice.fixed != kNone) {
     std::uint64_t least = sum_of_weights(row, bytes);
     std::uint8_t* trial = scratch;
     for (const Filter type : {kSub, kUp, kAverage, kPaeth}) {

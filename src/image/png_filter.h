@@ -21,6 +21,7 @@ struct PngFilterChoice {
   bool none_only = false;  ///< palettes and depths below 8: rows go out as they are
   bool horizontal = true;  ///< those that look to the left: not for images of width 1
   bool vertical = true;    ///< those that look up: not for images of height 1
+  int fixed = -1;          ///< 0 to 4: this one in every row
 };
 
 /// Filters a row the way libpng does by default: of the filters None, Sub, Up, Average and Paeth the first

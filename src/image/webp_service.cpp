@@ -78,15 +78,19 @@ std::vector<std::uint8_t> WEBPEncodeLosslessBGR(std::span<const std::uint8_t> pi
   return encode_still(pixels_of(pixels, width, height, stride, 3), true, 0);
 }
 
-std::vector<std::uint8_t> encode_webp_still(const Picture& picture, bool lossless, int quality) {
+std::vector<std::uint8_t> encode_webp_still(const Picture& picture, bool lossless, int quality,
+                                            bool smallest) {
   if (!has_rows(picture)) return {};
   if (picture.bits() < 24) {
     const Picture shown = true_colour_shown(picture);
-    return shown ? encode_webp_still(shown, lossless, quality) : std::vector<std::uint8_t>();
+    return shown ? encode_webp_still(shown, lossless, quality, smallest) : std::vector<std::uint8_t>();
   }
   const std::uint32_t width = picture.width(), height = picture.height();
   const auto stride = static_cast<std::ptrdiff_t>(picture.stride());
   const auto rows = picture.handle().bytes().last(picture.stride() * height);
+  if (lossless && smallest)
+    return encode_webp_pixels(pixels_of(rows, width, height, -stride, picture.bits() / 8),
+                              {.lossless = true, .quality = 100, .threads = WebpThreads::Two, .method = 6});
   if (picture.bits() == 32)
     return lossless ? WEBPEncodeLosslessBGRA(rows, width, height, -stride)
                     : WEBPEncodeBGRA(rows, width, height, -stride, quality);

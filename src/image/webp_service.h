@@ -39,8 +39,10 @@ std::vector<std::uint8_t> WEBPEncodeLosslessBGR(std::span<const std::uint8_t> pi
                                                 std::uint32_t height, std::ptrdiff_t stride);
 
 /// A still file from a picture by the function for its depth: with alpha from 32 bits, without below;
-/// indexed pictures go through their color table.
-std::vector<std::uint8_t> encode_webp_still(const Picture& picture, bool lossless, int quality);
+/// indexed pictures go through their color table. `smallest`: what is lossless takes the most effort that
+/// there is.
+std::vector<std::uint8_t> encode_webp_still(const Picture& picture, bool lossless, int quality,
+                                            bool smallest = false);
 
 /// What the start callback is told.
 struct WebpAnimation {
@@ -72,6 +74,7 @@ struct WebpParameters {
   Colour backgroundColor = 0;  ///< 0xAABBGGRR
   bool lossless = false;
   int quality = 75;
+  bool smallest = false;                ///< lossless frames take the most effort that there is
   bool mixed = false;                   ///< each frame is tried with and without loss, the smaller stays
   std::span<const WebpExtra> extras{};  ///< chunks beside the frames
 };

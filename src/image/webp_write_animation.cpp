@@ -21,7 +21,7 @@ constexpr std::uint32_t kMostLoops = 65535;
 constexpr std::int64_t kMostMilliseconds = 16'777'215;
 /// Effort of lossless frames. The most that there is makes files 2 to 3 % smaller, and takes three times as
 /// long.
-constexpr int kLosslessQuality = 50, kLosslessMethod = 3;
+constexpr int kLosslessQuality = 50, kLosslessMethod = 3, kMostQuality = 100, kMostMethod = 6;
 
 struct FrameOut {
   Picture canvas;  ///< until it is encoded
@@ -85,7 +85,8 @@ void encode_frame(FrameOut& frame, const WebpParameters& parameters) {
   const Picture changes = whole ? changes_alone(frame, whole) : Picture();
   frame.over = static_cast<bool>(changes);
   const Picture& part = frame.over ? changes : whole;
-  const WebpEncoding exact{true, kLosslessQuality, WebpThreads::One, !frame.over, kLosslessMethod};
+  const WebpEncoding exact{true, parameters.smallest ? kMostQuality : kLosslessQuality, WebpThreads::One,
+                           !frame.over, parameters.smallest ? kMostMethod : kLosslessMethod};
   frame.stream = encode_part(part, parameters.lossless ? exact : WebpEncoding{false, parameters.quality});
   if (parameters.lossless || !parameters.mixed) return;
   auto other = encode_part(part, exact);

@@ -64,7 +64,8 @@ struct Operation {
   StringId failure = StringId::ErrorAccessingChunk;
   int batch = -1;                ///< number among the batch operations; -1: not among them
   const char* batchPrefix = "";  ///< of the files that a batch run writes
-  bool scoped = false;           ///< may be applied to some frames alone
+  bool neverGrows = false;  ///< where the result makes no smaller file, the file that it came of is copied
+  bool scoped = false;      ///< may be applied to some frames alone
   OperationPreview preview = OperationPreview::None;
 
   /// Bits of `OperationNeed`; without it nothing is needed.

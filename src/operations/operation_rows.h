@@ -6,7 +6,7 @@
 namespace vellum {
 
 extern const Operation kAdjust, kBalance, kCrop, kDepopulate, kExtract, kFlip, kFrame, kReconstruct, kResize,
-    kReverse, kShadow, kStill, kTile, kTrim;
+    kReverse, kShadow, kStill, kSupercompress, kTile, kTrim;
 /// In the order in which `vellum convert` names them.
 extern const Operation kToMono, kToGrey, kToPalette, kToTrueColor, kToAlpha, kToApng, kToMng, kToWebp;
 

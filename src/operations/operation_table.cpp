@@ -4,9 +4,9 @@ namespace vellum {
 namespace {
 
 constexpr const Operation* kOperations[] = {
-    &kStill,       &kAdjust, &kBalance, &kToMono, &kToGrey,     &kToPalette, &kToTrueColor, &kToAlpha,
-    &kToApng,      &kToMng,  &kToWebp,  &kCrop,   &kDepopulate, &kExtract,   &kFlip,        &kFrame,
-    &kReconstruct, &kResize, &kReverse, &kShadow, &kTile,       &kTrim};
+    &kStill,       &kAdjust, &kBalance, &kToMono, &kToGrey,     &kToPalette, &kToTrueColor,  &kToAlpha,
+    &kToApng,      &kToMng,  &kToWebp,  &kCrop,   &kDepopulate, &kExtract,   &kFlip,         &kFrame,
+    &kReconstruct, &kResize, &kReverse, &kShadow, &kTile,       &kTrim,      &kSupercompress};
 
 }  // namespace
 

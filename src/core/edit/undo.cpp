@@ -9,6 +9,7 @@
 #include "core/edit/insert_chunk.h"
 #include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
+#include "core/model/stored_stream.h"
 #include "core/settings.h"
 
 namespace vellum {
@@ -25,7 +26,9 @@ class BlockSet {
  public:
   /// The bytes of the record's blocks that were not met before.
   std::uint64_t add(const ChunkRecord& record) {
-    return add(record.data) + add(record.auxData) + add(record.spareData);
+    const StoredStream* stored = record.stored.get();
+    const std::uint64_t stream = stored && met_.insert(stored).second ? stored->bytes.size() : 0;
+    return add(record.data) + add(record.auxData) + add(record.spareData) + stream;
   }
   std::uint64_t add(const ChunkHandle& block) {
     return block && met_.insert(block.data()).second ? block.size() : 0;

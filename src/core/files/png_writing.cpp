@@ -5,6 +5,7 @@
 #include "base/byte_order.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_description.h"
+#include "image/png_encode.h"
 
 namespace vellum {
 
@@ -25,6 +26,26 @@ bool write_image_data(const Sink& sink, std::span<const std::uint8_t> stream) {
     stream = stream.subspan(piece.size());
   } while (!stream.empty());
   return true;
+}
+
+KeptStream image_stream(const ChunkRecord* record, const PngHeader& header, const Picture& picture,
+                        const SaveOptions& options, std::optional<std::array<std::uint16_t, 3>> key) {
+  // A key stands in the samples of the stream, and may be another by now.
+  if (record && record->stored && !key && record->stored->fits(picture.handle(), header))
+    return record->stored;
+  StoredStream made{picture.handle(), header, {}};
+  made.bytes = options.encode ? options.encode(header, picture, key)
+                              : png_encode(header, picture, options.compression, key);
+  return made.bytes.empty() ? nullptr : std::make_shared<const StoredStream>(std::move(made));
+}
+
+void keep_stream(ChunkList& list, std::size_t entry, const KeptStream& stream) {
+  ChunkRecord record;
+  if (!chunk_list_get(list, entry, record) || record.stored == stream ||
+      !stream->picture.shares_with(record.data))
+    return;
+  record.stored = stream;
+  chunk_list_put(list, entry, record);
 }
 
 void take_over_written(DocumentWindow& window, std::span<const ChunkOut> chunks) {

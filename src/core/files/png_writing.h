@@ -4,7 +4,9 @@
 #include "base/file.h"
 #include "base/host.h"
 #include "core/files/png_chunks_out.h"
+#include "core/files/save_options.h"
 #include "core/model/document.h"
+#include "core/model/stored_stream.h"
 
 namespace vellum {
 
@@ -13,6 +15,14 @@ bool begin_png(const Sink& sink, const PngHeader& header);
 bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks);
 /// Image data as IDAT chunks: one, or several where a chunk's length would not do.
 bool write_image_data(const Sink& sink, std::span<const std::uint8_t> stream);
+
+/// The image data of a picture: those that its record keeps, where they stand for this picture in this form,
+/// else made anew. `record` may be null. Null where they can't be made.
+KeptStream image_stream(const ChunkRecord* record, const PngHeader& header, const Picture& picture,
+                        const SaveOptions& options,
+                        std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+/// The record keeps the stream where that stands for its picture.
+void keep_stream(ChunkList& list, std::size_t entry, const KeptStream& stream);
 
 /// After a save: the entries whose content the writer made anew (times) go back into the list.
 void take_over_written(DocumentWindow& window, std::span<const ChunkOut> chunks);

@@ -1,9 +1,20 @@
 // What a save depends on beside the document: taken from the settings once, before anything is written.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "image/png_header.h"
 
 namespace vellum {
+
+/// Makes the zlib stream of an image as png_encode does. Asked on several threads; empty on a failure.
+using EncodeImage = std::function<std::vector<std::uint8_t>(const PngHeader& header, const Picture& picture,
+                                                            std::optional<std::array<std::uint16_t, 3>> key)>;
 
 struct SaveOptions {
   int compression = 9;                       ///< of PNG streams, 0 to 9
@@ -14,7 +25,10 @@ struct SaveOptions {
   bool backup = false;                       ///< what stood at the path is copied to a sibling first
   int webpQuality = 75;                      ///< 0 to 100; counts where frames are written with loss
   bool webpLossless = false;
-  bool webpMixed = false;  ///< each frame is tried with and without loss
+  bool webpMixed = false;     ///< each frame is tried with and without loss
+  bool webpSmallest = false;  ///< lossless frames take the most effort that there is
+  EncodeImage encode = {};    ///< empty: png_encode at `compression`
+  bool keepStreams = false;   ///< the records keep the streams that were written, for the next save
 };
 
 /// As the settings are, within their ranges.

@@ -19,8 +19,9 @@ namespace {
 /// An image of the file: a frame, or the default image outside the animation.
 struct FrameOut {
   Picture picture;
-  const FrameControl* control = nullptr;  ///< null for the default image
-  std::vector<std::uint8_t> stream;
+  const ChunkRecord* record = nullptr;  ///< null for the default image
+  KeptStream stream = {};
+  const FrameControl* control() const { return record ? &record->frameControl : nullptr; }
 };
 
 /// What a save of an animated PNG works on.
@@ -60,7 +61,7 @@ bool collect_frames(Saving& saving) {
     if (!is_image_entry(DocumentKind::APNG, list.record(i).tag)) continue;
     if (!picture_of(list.record(i))) return saving.fail("a frame has lost its picture");
     saving.entries.push_back(i);
-    saving.images.push_back({picture_of(list.record(i)), &list.record(i).frameControl, {}});
+    saving.images.push_back({picture_of(list.record(i)), &list.record(i)});
   }
   return !saving.images.empty() || saving.fail("there is no image in this file");
 }
@@ -68,13 +69,14 @@ bool collect_frames(Saving& saving) {
 /// The header holds all frames; it never cuts one.
 void grow_canvas(Saving& saving) {
   for (const FrameOut& image : saving.images) {
-    saving.written.width = std::max(saving.written.width, image.control->xOffset + image.picture.width());
-    saving.written.height = std::max(saving.written.height, image.control->yOffset + image.picture.height());
+    saving.written.width = std::max(saving.written.width, image.control()->xOffset + image.picture.width());
+    saving.written.height =
+        std::max(saving.written.height, image.control()->yOffset + image.picture.height());
   }
 }
 
 bool covers_canvas(const FrameOut& image, const PngHeader& header) {
-  return image.control->xOffset == 0 && image.control->yOffset == 0 &&
+  return image.control()->xOffset == 0 && image.control()->yOffset == 0 &&
          image.picture.width() == header.width && image.picture.height() == header.height;
 }
 
@@ -90,8 +92,8 @@ bool choose_default_image(Saving& saving) {
     return true;
   } else {
     image.picture = PictureExtendCanvas(first.picture, saving.written.width, saving.written.height,
-                                        static_cast<std::int32_t>(first.control->xOffset),
-                                        static_cast<std::int32_t>(first.control->yOffset),
+                                        static_cast<std::int32_t>(first.control()->xOffset),
+                                        static_cast<std::int32_t>(first.control()->yOffset),
                                         frame_surroundings(saving.window.list, first.picture));
     if (!image.picture) return saving.fail("memory is exhausted", FaultKind::Limit);
   }
@@ -191,9 +193,30 @@ bool true_color_form(Saving& saving) {
   return true;
 }
 
+/// Kept streams that all have one form, which holds what the chosen one holds, decide: an index may have
+/// fewer bits, grey with alpha fewer samples.
+void take_stored_form(Saving& saving) {
+  PngHeader& written = saving.written;
+  const PngHeader* form = nullptr;
+  for (const FrameOut& image : saving.images) {
+    const StoredStream* stored = image.record ? image.record->stored.get() : nullptr;
+    if (!stored || !stored->picture.shares_with(image.picture.handle())) return;
+    if (form && (form->colorType != stored->header.colorType || form->bitDepth != stored->header.bitDepth))
+      return;
+    form = &stored->header;
+  }
+  if (!form) return;
+  const bool indexed = written.colorType == 3 && form->colorType == 3 &&
+                       saving.palette.size() <= std::size_t{3} << form->bitDepth;
+  if (!indexed && !(written.colorType == 6 && form->colorType == 4)) return;
+  written.colorType = form->colorType;
+  written.bitDepth = form->bitDepth;
+}
+
 bool choose_form(Saving& saving) {
-  if (deepest(saving.images) <= 8 && palette_form(saving)) return true;
-  return true_color_form(saving);
+  if (!(deepest(saving.images) <= 8 && palette_form(saving)) && !true_color_form(saving)) return false;
+  take_stored_form(saving);
+  return true;
 }
 
 bool encode_images(Saving& saving, const Progress& progress) {
@@ -206,8 +229,8 @@ bool encode_images(Saving& saving, const Progress& progress) {
       PngHeader header = saving.written;
       header.width = image.picture.width();
       header.height = image.picture.height();
-      image.stream = png_encode(header, image.picture, saving.options.compression);
-      if (image.stream.empty()) failed = true;
+      image.stream = image_stream(image.record, header, image.picture, saving.options);
+      if (!image.stream) failed = true;
     });
     if (failed) return saving.fail("an image can't be compressed", FaultKind::Limit);
     progress.step(first + count, saving.images.size());
@@ -299,7 +322,7 @@ bool write_animation_control(const Sink& sink, const Saving& saving) {
 }
 
 bool write_frame_control(const Sink& sink, const FrameOut& image, std::uint32_t sequence) {
-  const FrameControl& control = *image.control;
+  const FrameControl& control = *image.control();
   std::uint8_t payload[26];
   write_be32(payload, sequence);
   write_be32(payload + 4, image.picture.width());
@@ -316,7 +339,7 @@ bool write_frame_control(const Sink& sink, const FrameOut& image, std::uint32_t 
 bool write_frame_data(const Sink& sink, const FrameOut& image, std::uint32_t sequence) {
   std::vector<std::uint8_t> payload(4);
   write_be32(payload.data(), sequence);
-  payload.insert(payload.end(), image.stream.begin(), image.stream.end());
+  payload.insert(payload.end(), image.stream->bytes.begin(), image.stream->bytes.end());
   return write_chunk(sink, tag::fdAT, payload);
 }
 
@@ -325,12 +348,12 @@ bool write_images(const Sink& sink, const Saving& saving, const ChunkGroups& gro
   std::size_t frame = 0;
   for (std::size_t i = 0; i < saving.images.size(); ++i) {
     const FrameOut& image = saving.images[i];
-    if (image.control) {
+    if (image.control()) {
       if (!write_chunks(sink, groups.between[frame++])) return false;
       if (!write_frame_control(sink, image, sequence++)) return false;
     }
     const bool good =
-        i == 0 ? write_image_data(sink, image.stream) : write_frame_data(sink, image, sequence++);
+        i == 0 ? write_image_data(sink, image.stream->bytes) : write_frame_data(sink, image, sequence++);
     if (!good) return false;
   }
   return true;
@@ -341,6 +364,13 @@ bool write_file(const Saving& saving, const Sink& sink, const ChunkGroups& group
                        write_chunks(sink, groups.front) && write_images(sink, saving, groups) &&
                        write_chunks(sink, groups.back) && write_chunk(sink, tag::IEND, {}) && sink.finish();
   return written || saving.fail(sink.reason().c_str(), FaultKind::Limit);
+}
+
+/// The entries in their order; the default image in front of them has none.
+void keep_streams(const Saving& saving) {
+  const std::size_t others = saving.images.size() - saving.entries.size();
+  for (std::size_t i = 0; i < saving.entries.size(); ++i)
+    keep_stream(saving.window.list, saving.entries[i], saving.images[others + i].stream);
 }
 
 }  // namespace
@@ -359,6 +389,7 @@ WriteResult write_apng(DocumentWindow& window, const Sink& sink, const SaveOptio
   all.insert(all.end(), groups.back.begin(), groups.back.end());
   for (const auto& chunks : groups.between) all.insert(all.end(), chunks.begin(), chunks.end());
   take_over_written(window, all);
+  if (options.keepStreams) keep_streams(saving);
   tell_notes(host, notes);
   return WriteResult::Done;
 }

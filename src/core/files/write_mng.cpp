@@ -13,7 +13,6 @@
 #include "core/model/chunk_description.h"
 #include "core/model/framing.h"
 #include "core/model/loops.h"
-#include "image/png_encode.h"
 #include "image/png_form.h"
 
 namespace vellum {
@@ -23,7 +22,7 @@ namespace {
 struct ImageOut {
   std::size_t entry;
   PngForm form;
-  std::vector<std::uint8_t> stream;
+  KeptStream stream;
   std::vector<std::uint8_t> palette{}, background{}, transparency{};  ///< empty: not written
 };
 
@@ -101,7 +100,7 @@ std::vector<ImageOut> image_entries(const ChunkList& list) {
 }
 
 /// Fits and encodes the images side by side; the reason of a failure, or null.
-const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, int compression,
+const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, const SaveOptions& options,
                           const Progress& progress) {
   constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
   std::atomic<const char*> reason = nullptr;
@@ -118,8 +117,9 @@ const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, 
       const std::uint32_t entries = record.flags & CRF_PLTE ? record.image->paletteBytes / 3 : 0;
       image.form = png_form(picture, png_header_of(record), entries);
       if (image.form.picture)
-        image.stream = png_encode(image.form.header, image.form.picture, compression, deep_key(record));
-      if (image.stream.empty()) reason = "an image can't be compressed";
+        image.stream =
+            image_stream(&record, image.form.header, image.form.picture, options, deep_key(record));
+      if (!image.stream) reason = "an image can't be compressed";
     });
     progress.step(images[first + count - 1].entry, list.size());
   }
@@ -165,7 +165,7 @@ bool write_image(const Sink& sink, const ChunkRecord& record, const ImageOut& im
          write_chunk(sink, tag::IHDR, png_header_payload(image.form.header)) &&
          write_optional(sink, tag::PLTE, image.palette) &&
          write_optional(sink, tag::bKGD, image.background) &&
-         write_optional(sink, tag::tRNS, image.transparency) && write_image_data(sink, image.stream) &&
+         write_optional(sink, tag::tRNS, image.transparency) && write_image_data(sink, image.stream->bytes) &&
          write_chunk(sink, tag::IEND, {});
 }
 
@@ -240,14 +240,17 @@ WriteResult write_mng(DocumentWindow& window, const Sink& sink, const SaveOption
   const Progress progress(host, string_text(StringId::Writing));
   std::vector<std::string> notes;
   Saving saving{window.list, image_entries(window.list), other_entries(window.list, options, notes)};
-  if (const char* reason = encode_images(window.list, saving.images, options.compression, progress)) {
+  if (const char* reason = encode_images(window.list, saving.images, options, progress)) {
     host.fail({FaultKind::Limit, 0, -1, -1, reason});
     return WriteResult::Failed;
   }
   for (ImageOut& image : saving.images) complete_image(window.list.record(image.entry), image, notes);
   if (!write_file(sink, saving, header, options, host)) return WriteResult::Failed;
   take_over_written(window, saving.others);
-  for (const ImageOut& image : saving.images) take_over_header(window, image.entry, image.form.header);
+  for (const ImageOut& image : saving.images) {
+    if (options.keepStreams) keep_stream(window.list, image.entry, image.stream);
+    take_over_header(window, image.entry, image.form.header);
+  }
   if (!loops_match(window.list)) notes.emplace_back("LOOP and ENDL chunks do not match");
   tell_notes(host, notes);
   return WriteResult::Done;

@@ -4,7 +4,6 @@
 
 #include "core/files/png_reading.h"
 #include "core/files/png_writing.h"
-#include "image/png_encode.h"
 #include "image/png_form.h"
 
 namespace vellum {
@@ -101,9 +100,9 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   Palette palette;
   const PngForm form = png_form(picture, wanted, chunk_find_palette(window.list, palette));
   if (!form.picture) return fail("memory is exhausted");
-  const auto stream =
-      png_encode(form.header, form.picture, options.compression, deep_transparency_key(window.list, wanted));
-  if (stream.empty()) return fail("the image can't be compressed");
+  const KeptStream stream = image_stream(&image_record, form.header, form.picture, options,
+                                         deep_transparency_key(window.list, wanted));
+  if (!stream) return fail("the image can't be compressed");
   progress.step(image_entry, window.list.size());
 
   std::vector<std::string> notes;
@@ -117,7 +116,8 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   request.level = options.compression;
   request.updateTime = options.updateTime;
   const OrderedChunks ordered = in_order(chunks_out(window.list, request, notes), image_entry, palette_entry);
-  if (!write_file(sink, form, ordered, stream, host)) return WriteResult::Failed;
+  if (!write_file(sink, form, ordered, stream->bytes, host)) return WriteResult::Failed;
+  if (options.keepStreams) keep_stream(window.list, image_entry, stream);
   take_over_written(window, ordered.chunks);
   take_over_header(window, header_entry, form.header);
   tell_notes(host, notes);

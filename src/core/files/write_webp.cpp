@@ -32,7 +32,8 @@ std::vector<std::uint8_t> make_still(const WebpSaving& saving) {
   if (!has_rows(picture)) return saving.fail("the image has lost its picture");
   if (std::max(picture.width(), picture.height()) > kMostWebpPixels)
     return saving.fail("the image is wider or higher than " + std::to_string(kMostWebpPixels) + " pixels");
-  auto file = encode_webp_still(picture, saving.options.webpLossless, saving.options.webpQuality);
+  auto file = encode_webp_still(picture, saving.options.webpLossless, saving.options.webpQuality,
+                                saving.options.webpSmallest);
   if (!file.empty())
     file = webp_file({picture.width(), picture.height(), false, 0, 0, {{.still = file}}, saving.extras});
   return file.empty() ? saving.fail("the image can't be compressed", FaultKind::Limit) : file;
@@ -96,15 +97,16 @@ std::vector<std::uint8_t> make_animation(const WebpSaving& saving, std::size_t i
   if (header.canvasWidth == 0 || header.canvasHeight == 0) return saving.fail("the canvas has no pixels");
   if (std::max(header.canvasWidth, header.canvasHeight) > kMostWebpPixels)
     return saving.fail("the canvas is wider or higher than " + std::to_string(kMostWebpPixels) + " pixels");
-  const WebpParameters parameters{header.canvasWidth,
-                                  header.canvasHeight,
-                                  header.loopCount,
-                                  static_cast<std::uint32_t>(images),
-                                  header.backgroundColor,
-                                  saving.options.webpLossless,
-                                  saving.options.webpQuality,
-                                  saving.options.webpMixed,
-                                  saving.extras};
+  const WebpParameters parameters{.canvasWidth = header.canvasWidth,
+                                  .canvasHeight = header.canvasHeight,
+                                  .loopCount = header.loopCount,
+                                  .frameCount = static_cast<std::uint32_t>(images),
+                                  .backgroundColor = header.backgroundColor,
+                                  .lossless = saving.options.webpLossless,
+                                  .quality = saving.options.webpQuality,
+                                  .smallest = saving.options.webpSmallest,
+                                  .mixed = saving.options.webpMixed,
+                                  .extras = saving.extras};
   FrameSource source(saving, parameters);
   auto file = WEBPWriteAnimation(parameters, [&](WebpFrameRequest& request) { return source(request); });
   return file.empty() ? saving.fail("a frame can't be compressed", FaultKind::Limit) : file;

@@ -1,0 +1,51 @@
+#include "image/png_smallest.h"
+
+#include <algorithm>
+
+#include "base/parallel.h"
+#include "image/deflate.h"
+#include "image/deflate_slowly.h"
+#include "image/png_encode.h"
+
+namespace vellum {
+namespace {
+
+constexpr int kSmallest = 9, kQuick = 2;
+/// Filters that are packed at the highest level: all of a small image, of a large one those that came first.
+constexpr std::size_t kSmallImage = std::size_t{64} << 10, kOfLarge = 2;
+
+struct Trial {
+  std::vector<std::uint8_t> rows, stream;
+};
+
+void pack(Trial& trial, int level) { trial.stream = deflate_bytes(trial.rows, level); }
+
+bool smaller(const Trial& a, const Trial& b) {
+  return !a.stream.empty() && (b.stream.empty() || a.stream.size() < b.stream.size());
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> png_encode_smallest(const PngHeader& header, const Picture& picture,
+                                              std::optional<std::array<std::uint16_t, 3>> key, int iterations,
+                                              const std::function<bool()>& stop) {
+  constexpr PngFiltering kWays[] = {PngFiltering::None, PngFiltering::Least, PngFiltering::Sub,
+                                    PngFiltering::Up,   PngFiltering::Paeth, PngFiltering::Average};
+  std::vector<Trial> trials(std::size(kWays));
+  const bool small = png_filtered_bytes(header) <= kSmallImage;
+  parallel_for(trials.size(), [&](std::size_t i) {
+    trials[i].rows = png_filtered(header, picture, kWays[i], key);
+    if (!trials[i].rows.empty()) pack(trials[i], small ? kSmallest : kQuick);
+  });
+  if (!small) {
+    std::ranges::stable_sort(trials, smaller);
+    trials.resize(kOfLarge);
+    parallel_for(trials.size(), [&](std::size_t i) { pack(trials[i], kSmallest); });
+  }
+  Trial& best = *std::ranges::min_element(trials, smaller);
+  if (iterations == 0 || best.stream.empty() || (stop && stop())) return std::move(best.stream);
+  auto slow = deflate_slowly(best.rows, iterations, stop);
+  return !slow.empty() && slow.size() < best.stream.size() ? std::move(slow) : std::move(best.stream);
+}
+
+}  // namespace vellum

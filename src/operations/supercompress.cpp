@@ -1,0 +1,196 @@
+#include "operations/supercompress.h"
+
+#include <algorithm>
+
+#include "base/file.h"
+#include "base/text.h"
+#include "core/chunks/chunk_table.h"
+#include "core/edit/edit_closing.h"
+#include "core/files/save_document.h"
+#include "image/picture_rows.h"
+#include "operations/same_animation.h"
+#include "operations/supercompress_passes.h"
+
+namespace vellum {
+namespace {
+
+struct PassRow {
+  unsigned bit;
+  bool (*run)(Supercompression& work);
+  bool shapes;  ///< it changes what frames draw, which a check behind it puts right
+};
+
+/// In the order in which they run. The last two prove by themselves what they do, or change no pixel.
+constexpr PassRow kPasses[] = {
+    {kPalettePass, palette_pass, true},
+    {kPrunePass, prune_pass, true},
+    {kRedundancyPass, redundancy_pass, true},
+    {kTextPass, text_pass, false},
+    {kDeepPass, deep_pass, false},
+    {kRecompressPass, recompress_pass, false},
+};
+
+constexpr unsigned kStatedPasses = kTextPass | kPalettePass | kPrunePass | kRedundancyPass;
+
+// ------------------------------------------------------------------------------------------- what can be
+// done
+
+struct Findings {
+  bool texts = false, paletted = false, differing = false, transparent = false, lost = false;
+};
+
+Findings look_at(const DocumentWindow& window) {
+  Findings found;
+  const DocumentKind kind = window.document.kind;
+  std::optional<Picture> first;
+  for (std::size_t i = 1; i < window.list.size(); ++i) {
+    const ChunkRecord& record = window.list.record(i);
+    found.texts |= record.tag == tag::tEXt || record.tag == tag::zTXt;
+    found.transparent |= kind == DocumentKind::APNG && record.tag == tag::tRNS && record.size > 0;
+    if (!is_image_entry(kind, record.tag)) continue;
+    const Picture picture = picture_of(record);
+    if (!has_rows(picture)) {
+      found.lost = true;
+      continue;
+    }
+    found.paletted |= picture.bits() <= 8;
+    if (kind != DocumentKind::MING) continue;
+    found.transparent |= record.image->transBytes > 0;
+    if (!first) first = picture;
+    const bool same = first->bits() == picture.bits() && palette_of(*first) == palette_of(picture);
+    found.differing |= !same;
+  }
+  return found;
+}
+
+// ------------------------------------------------------------------------------------------------- bytes
+
+/// `window` keeps the streams, so that saving it doesn't pack them again.
+std::uint64_t bytes_as_saved(DocumentWindow& window) {
+  std::uint64_t bytes = 0;
+  Host silent;
+  SaveOptions options = save_options();
+  options.keepStreams = true;
+  const auto result = write_document(window, window.document.kind, counting_sink(bytes), options, silent);
+  return result == WriteResult::Done ? bytes : UINT64_MAX;
+}
+
+/// Of its file, where the document is what that holds; else as it would be saved.
+std::uint64_t bytes_now(const DocumentWindow& window) {
+  std::error_code error;
+  const auto size = window.document.HasFileName && !window.document.dirty
+                        ? std::filesystem::file_size(window.document.fileName, error)
+                        : 0;
+  if (size != 0 && !error) return size;
+  DocumentWindow copy{window.document, window.list, {}};
+  return bytes_as_saved(copy);
+}
+
+std::string change_text(std::uint64_t before, std::uint64_t after) {
+  const double percent = before == 0 ? 0 : 100.0 * static_cast<double>(after) / static_cast<double>(before);
+  return filled(StringId::BytesBeforeAndAfter,
+                {grouped(before), grouped(after), std::to_string(static_cast<int>(percent + 0.5))});
+}
+
+/// The result in place of the document; else that document again.
+void keep_if_smaller(Supercompression& work, const DocumentWindow& source, std::uint64_t before) {
+  // How small WebP is shows when it is saved.
+  if (work.draft.document.kind == DocumentKind::WEBP) return;
+  const std::uint64_t after = bytes_as_saved(work.draft);
+  if (work.tell) work.tell(change_text(before, after));
+  if (after <= before) return;
+  work.draft.document = source.document;
+  work.draft.list = source.list;
+  work.say(StringId::FileStaysAsItIs);
+}
+
+/// The bytes, or without them what the file `source` holds.
+bool put_file(const std::vector<std::uint8_t>* bytes, const std::filesystem::path& source,
+              const std::filesystem::path& target, std::string& reason) {
+  std::error_code error;
+  if (!bytes) {
+    if (std::filesystem::equivalent(source, target, error) || replace_by_copy(source, target, error))
+      return true;
+    reason = error.message();
+    return false;
+  }
+  SafeFile file(target);
+  const bool written = file.ok() && file.write(*bytes) && file.commit();
+  reason = file.reason();
+  return written;
+}
+
+/// Runs a pass, and the check behind those that need it.
+bool run_pass(Supercompression& work, const PassRow& pass, const DocumentWindow& source) {
+  if (!pass.run(work)) return false;
+  if (pass.bit != kRecompressPass) finish_edit(work.draft, false);
+  if (!pass.shapes) return true;
+  const auto restored = restore_differing_frames(source, work.draft, work.host);
+  if (restored && *restored > 0) work.say(StringId::FramesKeptAsTheyWere, {std::to_string(*restored)});
+  if (restored) return true;
+  work.draft.list = source.list;
+  if (!work.host.stopped()) work.say(StringId::NotTheSame);
+  return !work.host.stopped();
+}
+
+}  // namespace
+
+SupercompressOffer supercompress_offer(const DocumentWindow& window, unsigned options) {
+  const Findings found = look_at(window);
+  const bool mng = window.document.kind == DocumentKind::MING;
+  SupercompressOffer offer{.hasTexts = found.texts, .lost = found.lost};
+  offer.enabled = kPrunePass | kRecompressPass | kDeepPass;
+  if (mng) offer.enabled |= kRedundancyPass;
+  if (found.texts) offer.enabled |= kTextPass;
+  if (found.paletted && !found.transparent) offer.enabled |= kPalettePass;
+  offer.checked = options & offer.enabled & kStatedPasses;
+  if (!found.paletted) offer.checked &= ~kRedundancyPass;
+  if (found.paletted && found.differing && found.transparent) {
+    offer.enabled &= ~(kPrunePass | kRedundancyPass);
+    offer.checked &= ~(kPrunePass | kRedundancyPass);
+    offer.mayStart = false;
+  }
+  return offer;
+}
+
+bool supercompress(DocumentWindow& draft, unsigned passes, const TellStatus& tell, Host& host) try {
+  const SupercompressOffer offer = supercompress_offer(draft, kStatedPasses);
+  Supercompression work{draft, tell, host, passes & offer.enabled};
+  const DocumentWindow source{draft.document, draft.list, {}};
+  const std::uint64_t before = work.passes == 0 ? 0 : bytes_now(source);
+  bool ran = false, good = true;
+  for (const PassRow& pass : kPasses) {
+    if (!(work.passes & pass.bit)) continue;
+    good = run_pass(work, pass, source);
+    ran |= good;
+    if (!good) break;
+  }
+  if (host.stopped()) work.say(StringId::StoppedHere);
+  if (!ran) work.say(StringId::NothingAchieved);
+  if (good && ran) keep_if_smaller(work, source, before);
+  return good && ran;
+} catch (const std::bad_alloc&) {
+  if (tell) tell(std::string(string_text(StringId::MemoryError)));
+  if (tell) tell(std::string(string_text(StringId::SupercompressAborted)));
+  return false;
+}
+
+bool save_supercompressed(DocumentWindow& window, const std::filesystem::path& source,
+                          const std::filesystem::path& target, Host& host) {
+  SaveOptions options = save_options();
+  if (window.document.kind == DocumentKind::WEBP) options.webpLossless = options.webpSmallest = true;
+  std::vector<std::uint8_t> bytes;
+  std::string reason;
+  std::error_code error;
+  const auto now = std::filesystem::file_size(source, error);
+  const bool written =
+      write_document(window, window.document.kind, memory_sink(bytes), options, host) == WriteResult::Done;
+  const bool smaller = written && (error || bytes.size() < now);
+  host.set_status(smaller ? change_text(now, bytes.size())
+                          : std::string(string_text(StringId::FileStaysAsItIs)));
+  if (put_file(smaller ? &bytes : nullptr, source, target, reason)) return true;
+  host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, reason);
+  return false;
+}
+
+}  // namespace vellum
