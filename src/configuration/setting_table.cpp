@@ -730,6 +730,8 @@ constexpr SettingRow kSettings[] = {
     flag("HidePlugins", HidePlugins),
     flag("ClassicPlayback", ClassicPlayback),
     flag("GIFOptimize", GIFOptimize),
+    flag("GIFBest", GIFBest),
+    flag("WidePaletteBest", WidePaletteBest),
 };
 // clang-format on
 

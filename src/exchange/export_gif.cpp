@@ -41,11 +41,16 @@ constexpr Field kFields[] = {
      .type = FieldType::Flag,
      .tip = "Frames are cut to what changes; the file becomes smaller",
      .setting = &settings::GIFOptimize},
+    {.name = "best",
+     .label = "Best colors",
+     .type = FieldType::Flag,
+     .tip = "A computed palette is moved to where the colors are; this takes a moment longer",
+     .setting = &settings::GIFBest},
 };
 
 GifOptions options_of(const FieldValues& values) {
   return {values.number("dither") != 0, static_cast<std::uint32_t>(values.number("threshold")),
-          static_cast<Colour>(values.number("maskColor"))};
+          static_cast<Colour>(values.number("maskColor")), values.number("best") != 0};
 }
 
 /// What a frame of an animated PNG asks of the others, that a GIF with one palette can't do.
@@ -164,7 +169,7 @@ std::optional<GifColors> computed_colors(const FrameStream& stream, bool masked,
     palette.add(with_sharp_alpha(frame.picture, frame.transparency, options.threshold));
     progress.step(i + 1, stream.count);
   }
-  return palette.colors(masked, options.mask);
+  return palette.colors(masked, options.mask, options.best);
 }
 
 /// All that the frames are written with.

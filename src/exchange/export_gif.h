@@ -10,6 +10,7 @@ struct GifOptions {
   bool dither = false;
   std::uint32_t threshold = 128;  ///< alpha at or below it is transparent
   Colour mask = 0xFFFFFF;         ///< color of the transparent entry
+  bool best = false;              ///< a computed palette is refined
 };
 
 /// Hundredths of a second, at least one.

@@ -141,7 +141,7 @@ class Optimizer {
     // One entry less for colors is worth what transparent pixels save; 256 exact ones are worth more.
     const bool all_needed = !holes && palette.is_exact(false) && !palette.is_exact(true);
     exact_ = palette.is_exact(!all_needed);
-    colors_ = palette.colors(!all_needed, options_.mask);
+    colors_ = palette.colors(!all_needed, options_.mask, options_.best);
     return true;
   }
 
@@ -189,7 +189,7 @@ class Optimizer {
     if (!exact_ && colors_.transparent && needs_own_colors(frame, drawn)) {
       GifPalette own;
       own.add(picture);
-      frame.local = own.colors(true, options_.mask);
+      frame.local = own.colors(true, options_.mask, options_.best);
       frame.hasLocal = true;
       drawn = in_gif_colors(picture, frame.local, options_.dither);
       if (!drawn) return false;

@@ -31,13 +31,13 @@ void GifPalette::add(const Picture& picture) {
   }
 }
 
-GifColors GifPalette::colors(bool transparent, Colour mask) const {
+GifColors GifPalette::colors(bool transparent, Colour mask, bool best) const {
   GifColors result;
   if (is_exact(transparent)) {
     result.palette = exact_;
     result.count = count_;
   } else {
-    result.count = octree_.palette(transparent ? 255 : 256, result.palette);
+    result.count = octree_.palette(transparent ? 255 : 256, result.palette, best);
   }
   if (transparent) {
     const std::uint8_t color[] = {red_of(mask), green_of(mask), blue_of(mask)};

@@ -12,8 +12,8 @@ class GifPalette {
  public:
   void add(const Picture& picture);
   /// At most 256 colors, or 255 and one more where something is `transparent`: exactly those of the pictures
-  /// where they are no more, else the octree's.
-  GifColors colors(bool transparent, Colour mask) const;
+  /// where they are no more, else the octree's; `best`: refined.
+  GifColors colors(bool transparent, Colour mask, bool best = false) const;
   /// Whether that holds all colors.
   bool is_exact(bool transparent) const { return few_ && count_ <= (transparent ? 255u : 256u); }
 

@@ -10,6 +10,7 @@ inline int GIFDither = 0;            ///< flag
 inline int GIFTransparency = 128;    ///< 0 to 255: alpha below it is transparent
 inline int GIFMaskColor = 0xFFFFFF;  ///< color of transparent pixels
 inline int GIFOptimize = 0;          ///< flag: frames are cut to what changes
+inline int GIFBest = 0;              ///< flag: colors are moved to where those of the frames are
 inline int WarnGifTransparency = 1;  ///< flag: alpha that is lost is told
 
 // ANI cursors

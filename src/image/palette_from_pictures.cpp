@@ -109,7 +109,7 @@ PaletteColors CountedPictures::chosen(std::uint32_t target, Host* host) {
     if (frames_.empty() || !count_frames(octree, frames_, host, counted())) return {};
     octree_ = std::move(octree);
   }
-  result.count = octree_->palette(target, result.palette);
+  result.count = octree_->palette(target, result.palette, method_.best);
   return result;
 }
 

@@ -16,6 +16,7 @@ struct PaletteMethod {
   bool fifteenBits = false;  ///< colors count by their 5 high bits of each channel, the others read as 0
   bool sketch = false;       ///< for drawings: frequent colors stay exactly, the others share what is left
   bool sorted = false;       ///< dark colors first
+  bool best = false;         ///< colors are moved to where those are that they stand for
   bool holes = false;        ///< pixels with little alpha don't count: an entry of their own stands for them
 
   bool operator==(const PaletteMethod&) const = default;

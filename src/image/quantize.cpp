@@ -11,6 +11,7 @@
 
 #include "image/lanes.h"
 #include "image/picture_rows.h"
+#include "image/refine_palette.h"
 #include "image/to_colors.h"
 
 namespace vellum {
@@ -511,11 +512,19 @@ void ColorOctree::add(const Picture& picture, const CountedColors& counted) {
   });
 }
 
-std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out) const {
+std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out, bool best) const {
   target = held_target(target);
   Tree tree(cells_->totals, depth_of(target));
   tree.reduce(target);
-  return tree.assign(out);
+  const std::uint32_t count = tree.assign(out);
+  if (!best) return count;
+  std::vector<ColorSum> colors;
+  for (const Totals& totals : cells_->totals)
+    if (totals.count != 0) colors.push_back({totals.count, totals.sums});
+  // The tree may end below what is wanted; what is missing goes where the error is largest.
+  const auto all = static_cast<std::uint32_t>(std::min<std::size_t>(target, colors.size()));
+  refine_palette(colors, out, std::max(count, all));
+  return std::max(count, all);
 }
 
 std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,

@@ -35,8 +35,8 @@ class ColorOctree {
   void add(Colour color, std::uint64_t count);
 
   /// The palette of at most `target` colors (0 and what is above 256 count as 256) in the order of the tree,
-  /// and how many there are. 0 where nothing was added.
-  std::uint32_t palette(std::uint32_t target, Palette& out) const;
+  /// and how many there are. 0 where nothing was added. `best`: then moved to where the colors are.
+  std::uint32_t palette(std::uint32_t target, Palette& out, bool best = false) const;
 
  private:
   struct Cells;

@@ -155,6 +155,7 @@ constexpr Field kPaletteFields[] = {
     flag("sorted", "Dark colors first", 1, settings::WidePaletteSorted),
     flag("fifteenBits", "Count at 15 bits", 0, settings::WidePaletteQ15),
     flag("sketch", "For drawings", 0, settings::WidePaletteSketch),
+    flag("best", "Best colors", 0, settings::WidePaletteBest),
     kDither};
 
 constexpr const char* kSortedFields[] = {"sorted"};
@@ -187,7 +188,7 @@ std::optional<ColorConversion> palette_of(const FieldValues& values, const Docum
   const auto on = [&](const char* name) { return values.number(name) != 0; };
   ColorConversion conversion{.colorType = 3,
                              .most = static_cast<std::uint32_t>(values.number("colors")),
-                             .method = {on("fifteenBits"), on("sketch"), on("sorted")},
+                             .method = {on("fifteenBits"), on("sketch"), on("sorted"), on("best")},
                              .dither = on("dither")};
   std::optional<PaletteColors> colors;
   switch (values.number("source")) {

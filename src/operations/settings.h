@@ -17,7 +17,8 @@ inline int WidePaletteSize = 256;         ///< colors, 2 to 256
 inline int WidePaletteSorted = 1;         ///< flag: by luminance
 inline int WidePaletteQ15 = 0;            ///< flag: colors are counted at 15 bits
 inline int WidePaletteSketch = 0;         ///< flag: for drawings, rare colors are merged
-inline int SupercompressionOptions = 58;  ///< bits: 2 text, 8 palette, 16 prune, 32 redundancy, 128 close
+inline int WidePaletteBest = 0;           ///< flag: colors are moved to where those of the images are
+inline int SupercompressionOptions = 58;  ///< bits: see operations/supercompress.h
 
 // Frames taken out, put together, cut apart
 inline int DepopulateMode = 0;            ///< 0 keep, then skip; 1 skip, then keep

@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "base/file.h"
+#include "base/limits.h"
 #include "base/text.h"
 #include "core/chunks/chunk_table.h"
 #include "core/edit/edit_closing.h"
 #include "core/files/save_document.h"
 #include "image/picture_rows.h"
+#include "image/webp_container.h"
 #include "operations/same_animation.h"
 #include "operations/supercompress_passes.h"
 
@@ -75,17 +77,6 @@ std::uint64_t bytes_as_saved(DocumentWindow& window) {
   return result == WriteResult::Done ? bytes : UINT64_MAX;
 }
 
-/// Of its file, where the document is what that holds; else as it would be saved.
-std::uint64_t bytes_now(const DocumentWindow& window) {
-  std::error_code error;
-  const auto size = window.document.HasFileName && !window.document.dirty
-                        ? std::filesystem::file_size(window.document.fileName, error)
-                        : 0;
-  if (size != 0 && !error) return size;
-  DocumentWindow copy{window.document, window.list, {}};
-  return bytes_as_saved(copy);
-}
-
 std::string change_text(std::uint64_t before, std::uint64_t after) {
   const double percent = before == 0 ? 0 : 100.0 * static_cast<double>(after) / static_cast<double>(before);
   return filled(StringId::BytesBeforeAndAfter,
@@ -102,6 +93,19 @@ void keep_if_smaller(Supercompression& work, const DocumentWindow& source, std::
   work.draft.document = source.document;
   work.draft.list = source.list;
   work.say(StringId::FileStaysAsItIs);
+}
+
+/// Whether something of a WebP was written with loss: without, it never becomes smaller.
+bool has_loss(const std::filesystem::path& path) {
+  constexpr std::uint32_t kLossy = 0x56503820;  // "VP8 "
+  std::string reason;
+  const auto file = read_file(path, reason, kMaximumFileBytes);
+  if (!file) return false;
+  const auto lossy = [](const WebpChunk& chunk) { return chunk.tag == kLossy; };
+  const auto chunks = webp_chunks(*file);
+  return std::ranges::any_of(chunks, [&](const WebpChunk& chunk) {
+    return lossy(chunk) || std::ranges::any_of(webp_frame_chunks(chunk), lossy);
+  });
 }
 
 /// The bytes, or without them what the file `source` holds.
@@ -122,13 +126,19 @@ bool put_file(const std::vector<std::uint8_t>* bytes, const std::filesystem::pat
 
 /// Runs a pass, and the check behind those that need it.
 bool run_pass(Supercompression& work, const PassRow& pass, const DocumentWindow& source) {
-  if (!pass.run(work)) return false;
+  const DocumentWindow before{work.draft.document, work.draft.list, {}};
+  const auto put_back = [&] {
+    work.draft.document = before.document;
+    work.draft.list = before.list;
+    return false;
+  };
+  if (!pass.run(work)) return put_back();
   if (pass.bit != kRecompressPass) finish_edit(work.draft, false);
   if (!pass.shapes) return true;
   const auto restored = restore_differing_frames(source, work.draft, work.host);
   if (restored && *restored > 0) work.say(StringId::FramesKeptAsTheyWere, {std::to_string(*restored)});
   if (restored) return true;
-  work.draft.list = source.list;
+  put_back();
   if (!work.host.stopped()) work.say(StringId::NotTheSame);
   return !work.host.stopped();
 }
@@ -153,26 +163,36 @@ SupercompressOffer supercompress_offer(const DocumentWindow& window, unsigned op
   return offer;
 }
 
-bool supercompress(DocumentWindow& draft, unsigned passes, const TellStatus& tell, Host& host) try {
+std::uint64_t document_bytes(const DocumentWindow& window) {
+  std::error_code error;
+  const auto size = window.document.HasFileName && !window.document.dirty
+                        ? std::filesystem::file_size(window.document.fileName, error)
+                        : 0;
+  if (size != 0 && !error) return size;
+  DocumentWindow copy{window.document, window.list, {}};
+  return bytes_as_saved(copy);
+}
+
+SupercompressResult supercompress(DocumentWindow& draft, unsigned passes, const TellStatus& tell, Host& host,
+                                  std::uint64_t now) try {
   const SupercompressOffer offer = supercompress_offer(draft, kStatedPasses);
   Supercompression work{draft, tell, host, passes & offer.enabled};
   const DocumentWindow source{draft.document, draft.list, {}};
-  const std::uint64_t before = work.passes == 0 ? 0 : bytes_now(source);
-  bool ran = false, good = true;
+  const Progress whole_of_it(host, string_text(StringId::Searching));
+  SupercompressResult result{.whole = true};
   for (const PassRow& pass : kPasses) {
-    if (!(work.passes & pass.bit)) continue;
-    good = run_pass(work, pass, source);
-    ran |= good;
-    if (!good) break;
+    if (!(work.passes & pass.bit) || !result.whole) continue;
+    result.whole = run_pass(work, pass, source);
+    result.ran |= result.whole;
   }
   if (host.stopped()) work.say(StringId::StoppedHere);
-  if (!ran) work.say(StringId::NothingAchieved);
-  if (good && ran) keep_if_smaller(work, source, before);
-  return good && ran;
+  if (!result.ran) work.say(StringId::NothingAchieved);
+  if (result.ran) keep_if_smaller(work, source, now);
+  return result;
 } catch (const std::bad_alloc&) {
   if (tell) tell(std::string(string_text(StringId::MemoryError)));
   if (tell) tell(std::string(string_text(StringId::SupercompressAborted)));
-  return false;
+  return {};
 }
 
 bool save_supercompressed(DocumentWindow& window, const std::filesystem::path& source,
@@ -183,8 +203,9 @@ bool save_supercompressed(DocumentWindow& window, const std::filesystem::path& s
   std::string reason;
   std::error_code error;
   const auto now = std::filesystem::file_size(source, error);
-  const bool written =
-      write_document(window, window.document.kind, memory_sink(bytes), options, host) == WriteResult::Done;
+  const bool lossy = window.document.kind == DocumentKind::WEBP && has_loss(source);
+  const bool written = !lossy && write_document(window, window.document.kind, memory_sink(bytes), options,
+                                                host) == WriteResult::Done;
   const bool smaller = written && (error || bytes.size() < now);
   host.set_status(smaller ? change_text(now, bytes.size())
                           : std::string(string_text(StringId::FileStaysAsItIs)));

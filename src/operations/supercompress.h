@@ -35,11 +35,21 @@ struct SupercompressOffer {
 };
 SupercompressOffer supercompress_offer(const DocumentWindow& window, unsigned options);
 
+struct SupercompressResult {
+  bool ran = false;    ///< a pass came to its end
+  bool whole = false;  ///< all of them did
+};
+
+/// How many bytes the document takes: in its file, where that holds what the document is; else as it would be
+/// saved now.
+std::uint64_t document_bytes(const DocumentWindow& window);
+
 /// Runs these passes of those that may run, in their fixed order, and sees to it that each canvas stays as it
-/// is: frames that would change one go back to what they were. Where the document would take more bytes than
-/// it takes now it is put back as a whole. False, with the draft as the finished passes left it, when it was
-/// stopped or failed, of which `tell` hears too, and where nothing ran.
-bool supercompress(DocumentWindow& draft, unsigned passes, const TellStatus& tell, Host& host);
+/// is: frames that would change one go back to what they were. Where the result would take more bytes than
+/// `now` the draft is put back as a whole. A pass that was stopped or failed leaves nothing, and none follows
+/// it; those in front of it stay.
+SupercompressResult supercompress(DocumentWindow& draft, unsigned passes, const TellStatus& tell, Host& host,
+                                  std::uint64_t now);
 
 /// Saves what came of the file `source`, of the same kind, if that makes a smaller file than `source` is;
 /// else copies that file. False after a message.

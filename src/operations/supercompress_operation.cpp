@@ -47,8 +47,7 @@ bool run(OperationRun& run) {
     if (passes & ~offer.enabled & row.pass)
       tell(filled(StringId::PassCannotRun, {find_field(kFields, row.field)->label}));
   if (offer.lost) return run.host.fail({FaultKind::Misuse, 0, -1, -1, "an image has lost its picture"});
-  const bool any = (passes & offer.enabled) != 0;
-  return supercompress(run.draft, passes, tell, run.host) || (!any && !run.host.stopped());
+  return supercompress(run.draft, passes, tell, run.host, document_bytes(run.draft)).whole;
 }
 
 }  // namespace

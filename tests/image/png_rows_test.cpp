@@ -13,6 +13,7 @@
 #include "image/png_encode.h"
 #include "image/png_filter.h"
 #include "image/png_form.h"
+#include "image/png_smallest.h"
 
 namespace vellum {
 namespace {
@@ -164,6 +165,8 @@ TEST(PngRows, DecodesWhatLibpngWrites) {
   }
 }
 
+constexpr int kSmallest = 10;  // behind the levels: the best of all ways, and the slow packer
+
 TEST(PngRows, LibpngReadsWhatWeEncodeAndHasChosenTheSameFilters) {
   for (const Shape& shape : all_shapes()) {
     const PngHeader header = header_of(shape);
@@ -177,8 +180,9 @@ TEST(PngRows, LibpngReadsWhatWeEncodeAndHasChosenTheSameFilters) {
     const Palette palette{};
     const Picture picture = png_decode(header, pieces, palette).picture;
     ASSERT_TRUE(picture);
-    for (const int level : {0, 1, 9}) {
-      const Bytes stream = png_encode(header, picture, level);
+    for (const int level : {0, 1, 9, kSmallest}) {
+      const Bytes stream = level == kSmallest ? png_encode_smallest(header, picture, std::nullopt, 1)
+                                              : png_encode(header, picture, level);
       Bytes file(kPngSignature.begin(), kPngSignature.end());
       append_chunk(file, 0x49484452, png_header_payload(header));
       const Bytes colors(3u << header.bitDepth % 16);
@@ -188,7 +192,8 @@ TEST(PngRows, LibpngReadsWhatWeEncodeAndHasChosenTheSameFilters) {
       ASSERT_EQ(read_by_libpng(file, header), rows)
           << "type " << +shape.colorType << " depth " << +shape.bitDepth << " interlace " << +shape.interlace
           << " level " << level;
-      if (level == 0) continue;  // stored rows are not filtered
+      if (level == kSmallest) EXPECT_LE(stream.size(), png_encode(header, picture, 9).size());
+      if (level == 0 || level == kSmallest) continue;  // not filtered, or by other rules
       Bytes ours(png_filtered_bytes(header)), wanted(ours.size());
       ASSERT_EQ(inflate_into(stream, ours), ours.size());
       ASSERT_EQ(inflate_into(theirs_stream, wanted), wanted.size());

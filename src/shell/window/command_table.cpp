@@ -41,7 +41,7 @@ const CommandRow kCommands[] = {
     {119, "Pr&int", Menu::File, 5, Entries, kAnimations, "print", kLater},
     {118, "P&roperties", Menu::File, 5, Entries, kAnimations, "properties", properties_command},
     {54, "Set&up", Menu::File, 5, Nothing, {}, "setup", setup_command},
-    {111, "Su&percompress", Menu::File, 6, Entries, kApngAndMng, "supercompress", kLater},
+    {111, "Su&percompress", Menu::File, 6, Entries, kApngAndMng, "supercompress", supercompress_command},
     {121, "Export to &ANI", Menu::File, 7, Entries, kAnimations, "export", export_command<121>},
     {122, "Export to &GIF", Menu::File, 7, Entries, kAnimations, "export", export_command<122>},
     {116, "Export to &ILG", Menu::File, 7, Entries, kAnimations, "export", kLater},

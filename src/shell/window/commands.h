@@ -59,6 +59,7 @@ void scale_command(MainWindow& main, DocumentFrame& frame);
 
 void properties_command(MainWindow& main, DocumentFrame& frame);
 void manage_command(MainWindow& main, DocumentFrame& frame);
+void supercompress_command(MainWindow& main, DocumentFrame& frame);
 void image_strip_command(MainWindow& main, DocumentFrame& frame);
 /// With Control held (Shift where a key asks for it), a copy whose frames are whole canvases.
 void view_command(MainWindow& main, DocumentFrame& frame);
