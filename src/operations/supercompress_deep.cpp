@@ -279,8 +279,7 @@ class DeepSearch {
     std::vector<Way> ways;
     const PictureRect rect = changed_rect(ground.canvas, canvas);
     const bool over = form_.holes && can_lie_over(ground.canvas, canvas, rect);
-    if (over || mng()) {
-      if (!over && form_.holes) return {};  // an image of an MNG that is opaque replaces what is there
+    if (over) {
       const auto same = [&](std::uint32_t x, std::uint32_t y) {
         return ground.canvas.row(y)[x] == canvas.row(y)[x];
       };

@@ -72,7 +72,7 @@ TEST(Supercompress, ShowsTheSameAndNeverGrowsOverRealAnimations) {
   const testing::ScratchFolder folder;
   for (const auto& row : testing::corpus_rows({"apng", "mng", "webp"})) {
     const auto file = testing::corpus_file(row);
-    if (std::filesystem::file_size(file) > 12'000) continue;
+    if (std::filesystem::file_size(file) > 4'000) continue;
     Recorder recorder;
     DocumentWindow window;
     if (!open_document(window, file, recorder.host) || frame_entries(window).empty()) continue;
