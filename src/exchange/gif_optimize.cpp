@@ -265,13 +265,15 @@ class Optimizer {
     return ways;
   }
 
-  Bytes pack(const Frame& frame, std::span<const std::uint8_t> indexes, bool transparent) const {
+  Bytes pack(const Frame& frame, std::span<const std::uint8_t> indexes, bool transparent,
+             std::span<const std::uint8_t> others = {}) const {
     const GifColors& colors = colors_of(frame);
     GifImage image{.left = frame.rect.left,
                    .top = frame.rect.top,
                    .width = frame.rect.width(),
                    .height = frame.rect.height(),
                    .indexes = indexes,
+                   .others = others,
                    .delay = frame.delay,
                    .disposal = frame.clears ? GifDisposal::Background : GifDisposal::Keep,
                    .transparent = transparent ? colors.transparent : std::nullopt,
@@ -295,17 +297,22 @@ class Optimizer {
       for (std::uint32_t y = frames[i].rect.top; y < frames[i].rect.bottom; ++y)
         std::fill_n(shown_.row(y) + frames[i].rect.left, frames[i].rect.width(), 0);
     }
-    std::vector<Bytes> packed(2 * count);
-    parallel_for(2 * (count - first), [&](std::size_t i) {
-      const std::size_t frame = first + i / 2;
-      const bool hidden = i % 2 != 0;
-      if (hidden && ways[frame].hidden == ways[frame].drawn) return;
-      packed[2 * frame + i % 2] =
-          pack(frames[frame], hidden ? ways[frame].hidden : ways[frame].drawn, hidden || ways[frame].holes);
+    // All drawn, all hidden, and each pixel as it packs better.
+    constexpr std::size_t kWays = 3;
+    std::vector<Bytes> packed(kWays * count);
+    parallel_for(kWays * (count - first), [&](std::size_t i) {
+      const std::size_t frame = first + i / kWays, way = i % kWays;
+      const auto& [drawn, hidden, holes] = ways[frame];
+      if (way != 0 && hidden == drawn) return;
+      packed[kWays * frame + way] = pack(frames[frame], way == 1 ? hidden : drawn, way != 0 || holes,
+                                         way == 2 ? std::span(hidden) : std::span<const std::uint8_t>());
     });
     for (std::size_t i = first; i < count; ++i) {
-      const Bytes &drawn = packed[2 * i], &hidden = packed[2 * i + 1];
-      if (!sink_.write(!hidden.empty() && hidden.size() < drawn.size() ? hidden : drawn)) return false;
+      const auto of_frame = std::span(packed).subspan(kWays * i, kWays);
+      const auto smaller = [](const Bytes& a, const Bytes& b) {
+        return !a.empty() && (b.empty() || a.size() < b.size());
+      };
+      if (!sink_.write(*std::ranges::min_element(of_frame, smaller))) return false;
     }
     frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(count - 1));
     written_ = true;

@@ -63,7 +63,7 @@ SupercompressDialog::SupercompressDialog(const DocumentWindow& source, DocumentW
   close_->setObjectName(QStringLiteral("close"));
   close_->setChecked((options() & kCloseWhenDone) != 0);
   connect(close_, &QCheckBox::clicked, this,
-          [](bool on) { put_options(kCloseWhenDone, on ? kCloseWhenDone : 0); });
+          [](bool on) { put_options(kCloseWhenDone, on ? unsigned{kCloseWhenDone} : 0u); });
   layout->addWidget(close_);
   buttons_ =
       add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, QStringLiteral("SUPERCOMPRESS"));
