@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "base/kept_block.h"
 #include "base/large_block.h"
 
 namespace vellum {
@@ -34,8 +35,27 @@ ChunkHandle ChunkHandle::copy_of(std::span<const std::uint8_t> bytes, std::size_
   return handle;
 }
 
+ChunkHandle ChunkHandle::kept(const ChunkHandle& block, std::size_t head,
+                              std::shared_ptr<const BlockSource> source) {
+  ChunkHandle handle;
+  handle.kept_ = std::make_shared<KeptBlock>(block, head, std::move(source));
+  handle.size_ = block.size();
+  return handle;
+}
+
+const std::uint8_t* ChunkHandle::kept_bytes() const { return kept_->bytes(); }
+const std::uint8_t* ChunkHandle::kept_head() const { return kept_->head(); }
+
+std::shared_ptr<const BlockSource> ChunkHandle::source() const { return kept_ ? kept_->source() : nullptr; }
+
+std::size_t ChunkHandle::held_bytes() const {
+  const auto made_again = source();
+  return made_again ? made_again->held_bytes() : size_;
+}
+
 std::uint8_t* ChunkHandle::edit() {
-  if (block_.use_count() > 1) {
+  if (kept_ || block_.use_count() > 1) {
+    const BlockPin pin(*this);
     ChunkHandle own = copy_of(bytes(), 0);
     if (!own) return nullptr;
     *this = std::move(own);
@@ -43,6 +63,19 @@ std::uint8_t* ChunkHandle::edit() {
   // use_count() is a relaxed load: what another thread read before it let its share go must be over by now.
   std::atomic_thread_fence(std::memory_order_acquire);
   return block_.get();
+}
+
+BlockPin::BlockPin(const ChunkHandle& block) : block_(block.kept_) {
+  if (block_) block_->pin();
+}
+
+BlockPin::BlockPin(const BlockPin& other) : block_(other.block_) {
+  if (block_) block_->pin();
+}
+
+void BlockPin::release() {
+  if (block_) block_->unpin();
+  block_.reset();
 }
 
 }  // namespace vellum

@@ -15,6 +15,8 @@ inline constexpr std::uint32_t kMaximumDimension = 1'000'000;
 inline constexpr std::uint64_t kMaximumPictureBytes = std::uint64_t{2} << 30;
 /// Most bytes that the pictures of one document may take together when it is read.
 inline constexpr std::uint64_t kMaximumDocumentBytes = std::uint64_t{8} << 30;
+/// The same where pictures can be let go and made again.
+inline constexpr std::uint64_t kMaximumKeptBytes = std::uint64_t{1} << 40;
 /// Most bytes that one compressed text may inflate to.
 inline constexpr std::size_t kMaximumTextBytes = std::size_t{16} << 20;
 /// Most bytes that all compressed texts of one file may inflate to together.

@@ -4,6 +4,7 @@
 #include <array>
 #include <numeric>
 
+#include "base/settings.h"
 #include "batch/settings.h"
 #include "configuration/extension_settings.h"
 #include "configuration/settings.h"
@@ -732,6 +733,8 @@ constexpr SettingRow kSettings[] = {
     flag("GIFOptimize", GIFOptimize),
     flag("GIFBest", GIFBest),
     flag("WidePaletteBest", WidePaletteBest),
+    flag("KeepStoredImages", KeepStoredImages),
+    number("PictureMemoryMegabytes", PictureMemoryMegabytes),
 };
 // clang-format on
 

@@ -18,6 +18,7 @@ inline int WarnBadFileCRC = 1;         ///< flag of a warning; holds for the run
 inline int AutoUpdateTime = 1;          ///< flag: tIME gets the local time at each save
 inline int CreateBackups = 0;           ///< flag
 inline int IdentifyFiles = 1;           ///< flag: a comment in saved files tells who made them
+inline int KeepStoredImages = 1;        ///< flag: images that nobody changed are written as they were stored
 inline std::string IdentificationFile;  ///< text of that comment; empty: name and organization of the user
 
 // New documents and chunks

@@ -75,11 +75,14 @@ std::optional<std::size_t> inflate_by_zlib(std::span<const std::uint8_t> stream,
 
 }  // namespace
 
-std::optional<std::size_t> inflate_into(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out) {
+std::optional<std::size_t> inflate_into(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out,
+                                        bool* exact) {
+  if (exact) *exact = false;
   std::size_t consumed = 0, produced = 0;
   if (libdeflate_decompressor* fast = decompressor()) {
     const auto result = libdeflate_zlib_decompress_ex(fast, stream.data(), stream.size(), out.data(),
                                                       out.size(), &consumed, &produced);
+    if (exact) *exact = result == LIBDEFLATE_SUCCESS && produced == out.size() && consumed == stream.size();
     if (result == LIBDEFLATE_SUCCESS) return produced;
   }
   return inflate_by_zlib(stream, out);

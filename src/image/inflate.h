@@ -10,8 +10,10 @@ namespace vellum {
 
 /// Inflates the stream into `out`. Returns the bytes that it gave: all of `out`, or fewer when the stream
 /// ends (with the right check value) before. Bytes of the stream beyond a full `out` are not looked at. Empty
-/// when the stream is damaged or cut.
-std::optional<std::size_t> inflate_into(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out);
+/// when the stream is damaged or cut. `exact` tells whether all of the stream, with its check value, gave all
+/// of `out`.
+std::optional<std::size_t> inflate_into(std::span<const std::uint8_t> stream, std::span<std::uint8_t> out,
+                                        bool* exact = nullptr);
 
 /// The whole content of the stream. Empty when it is damaged, cut, or longer than `limit` bytes (`over_limit`
 /// is then set).

@@ -65,9 +65,15 @@ Picture create(std::uint32_t width, std::uint32_t height, const Palette* palette
 
 }  // namespace
 
+ChunkHandle kept_picture(const Picture& picture, std::shared_ptr<const BlockSource> source) {
+  if (!picture) return {};
+  return ChunkHandle::kept(picture.handle(), Picture::kHeaderBytes + 4 * std::size_t{picture.colours()},
+                           std::move(source));
+}
+
 bool is_picture(const ChunkHandle& block) {
   if (!block || block.size() < Picture::kHeaderBytes) return false;
-  const std::uint8_t* p = block.data();
+  const std::uint8_t* p = block.head();
   const std::uint32_t width = read_le32(p + kWidth);
   const std::uint32_t height = read_le32(p + kHeight);
   const std::uint32_t bits = read_le16(p + kBitCount);
@@ -79,11 +85,12 @@ bool is_picture(const ChunkHandle& block) {
   return block.size() == whole || block.size() == head;
 }
 
-Picture::Picture(ChunkHandle block) : block_(is_picture(block) ? std::move(block) : ChunkHandle()) {}
+Picture::Picture(ChunkHandle block)
+    : block_(is_picture(block) ? std::move(block) : ChunkHandle()), pin_(block_) {}
 
-std::uint32_t Picture::width() const { return read_le32(block_.data() + kWidth); }
-std::uint32_t Picture::height() const { return read_le32(block_.data() + kHeight); }
-std::uint32_t Picture::bits() const { return read_le16(block_.data() + kBitCount); }
+std::uint32_t Picture::width() const { return read_le32(block_.head() + kWidth); }
+std::uint32_t Picture::height() const { return read_le32(block_.head() + kHeight); }
+std::uint32_t Picture::bits() const { return read_le16(block_.head() + kBitCount); }
 std::size_t Picture::stride() const { return picture_stride(width(), bits()); }
 
 std::size_t Picture::row_offset(std::uint32_t y) const {
@@ -92,14 +99,20 @@ std::size_t Picture::row_offset(std::uint32_t y) const {
 
 const std::uint8_t* Picture::row(std::uint32_t y) const { return block_.data() + row_offset(y); }
 
-std::uint8_t* Picture::edit_table() {
+std::uint8_t* Picture::edit_block() {
   std::uint8_t* block = block_.edit();
+  if (pin_) pin_ = {};  // what is written is no kept block any more
+  return block;
+}
+
+std::uint8_t* Picture::edit_table() {
+  std::uint8_t* block = edit_block();
   return block ? block + kHeaderBytes : nullptr;
 }
 
 std::uint8_t* Picture::edit_row(std::uint32_t y) {
   const std::size_t offset = row_offset(y);
-  std::uint8_t* block = block_.edit();
+  std::uint8_t* block = edit_block();
   return block ? block + offset : nullptr;
 }
 

@@ -37,7 +37,8 @@ constexpr std::uint32_t swap_red_and_blue(std::uint32_t value) {
 }
 
 /// A thin value over a block; null when default-made or when memory was exhausted. Copies share the block
-/// until one of them is written.
+/// until one of them is written. The rows of a kept block stay in memory while a picture of it lives, once
+/// they were asked for; records hold the block alone.
 class Picture {
  public:
   static constexpr std::size_t kHeaderBytes = 40;
@@ -59,7 +60,7 @@ class Picture {
   std::uint32_t colours() const { return bits() > 8 ? 0 : 1u << bits(); }
 
   /// The color table (4 bytes an entry: blue, green, red, 0) and the row y, counted from the top.
-  const std::uint8_t* table() const { return block_.data() + kHeaderBytes; }
+  const std::uint8_t* table() const { return block_.head() + kHeaderBytes; }
   const std::uint8_t* row(std::uint32_t y) const;
   /// The stored row, counted from the bottom as the block holds them.
   const std::uint8_t* stored_row(std::uint32_t y) const { return row(height() - 1 - y); }
@@ -67,12 +68,16 @@ class Picture {
   /// The same for writing: the first call detaches the block. Null only when memory is exhausted.
   std::uint8_t* edit_table();
   std::uint8_t* edit_row(std::uint32_t y);
-  std::uint8_t* edit_block() { return block_.edit(); }
+  std::uint8_t* edit_block();
 
  private:
   std::size_t row_offset(std::uint32_t y) const;
   ChunkHandle block_;
+  BlockPin pin_;
 };
+
+/// The block of a picture as one of the memory budget, which may let its rows go and have them made again.
+ChunkHandle kept_picture(const Picture& picture, std::shared_ptr<const BlockSource> source);
 
 /// Whether a block is laid out as a picture: header, size, depth and length all agree.
 bool is_picture(const ChunkHandle& block);

@@ -121,7 +121,7 @@ ScratchPages& scratch_for(std::size_t bytes, std::optional<ScratchPages>& own) {
   return *kept;
 }
 
-PngDecoded failure(const char* reason, bool limit = false) { return {{}, reason, false, limit}; }
+PngDecoded failure(const char* reason, bool limit = false) { return {{}, reason, false, limit, false}; }
 
 }  // namespace
 
@@ -139,8 +139,9 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
   std::optional<ScratchPages> own;
   ScratchPages& filtered = scratch_for(static_cast<std::size_t>(filtered_bytes) + kFilterSlack, own);
   if (!filtered) return failure("memory is exhausted", true);
+  bool exact = false;
   const auto inflated =
-      inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)));
+      inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)), &exact);
   if (!inflated) return failure("the image data is damaged");
   const bool is_short = *inflated < filtered_bytes;
   if (is_short && (short_data == PngShortData::Fault || *inflated == 0))
@@ -152,7 +153,7 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
   if (!picture) return failure("the image is too large", true);
   const auto rows = header.interlace ? read_interlaced : read_rows;
   if (!rows(header, filtered, picture)) return failure("a row has a filter type that does not exist");
-  return {std::move(picture), nullptr, is_short, false};
+  return {std::move(picture), nullptr, is_short, false, exact};
 }
 
 }  // namespace vellum

@@ -14,6 +14,7 @@ struct PngDecoded {
   const char* reason = nullptr;  ///< why, as a sentence part
   bool isShort = false;          ///< rows were missing and are 0
   bool limit = false;            ///< the failure is a limit of this program and not a fault of the file
+  bool exact = false;            ///< the stream holds this image and not a byte more
 };
 
 /// What an image whose stream is whole, but holds fewer rows than the header asks for, is.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "image/picture_operations.h"
+#include "image/stored_image.h"
 
 namespace vellum {
 namespace {
@@ -70,6 +71,11 @@ std::uint32_t largest_index(const Picture& picture) {
 }
 
 PngForm png_form(const Picture& picture, const PngHeader& wanted, std::uint32_t palette_entries) {
+  // Where it came from says so without a look at its pixels.
+  if (const auto stored = stored_image_of(picture.handle());
+      stored && stored->exact() && stored->header() == wanted &&
+      (wanted.colorType != 3 || palette_entries <= 1u << wanted.bitDepth))
+    return {wanted, picture};
   PngForm form{wanted, picture};
   if (picture.width() != wanted.width || picture.height() != wanted.height)
     form.picture = PictureExtendCanvas(picture, wanted.width, wanted.height, 0, 0, 0);

@@ -33,7 +33,7 @@ void put_back(DocumentWindow& draft, std::size_t entry, FrameWork& work) {
   const FrameOffset now = GetFrameOffset(work.record, kind);
   if (!has_same_form(before, work.picture))
     record_take_picture(work.record, kind, work.picture);
-  else if (before.handle().data() != work.picture.handle().data())
+  else if (!before.handle().shares_with(work.picture.handle()))
     record_take_pixels(work.record, kind, work.picture);
   if (now.x != work.offset.x || now.y != work.offset.y) SetFrameOffset(work.record, kind, work.offset);
   work.record.description = chunk_description(work.record);

@@ -1,5 +1,7 @@
 // Recompression: every image is packed by the best of many ways, and its record keeps that.
 #include <algorithm>
+#include <map>
+#include <mutex>
 
 #include "base/file.h"
 #include "base/parallel.h"
@@ -18,41 +20,41 @@ int slow_iterations(std::uint64_t bytes) {
   return bytes <= kMega / 2 ? 15 : bytes <= 2 * kMega ? 5 : bytes <= 6 * kMega ? 1 : 0;
 }
 
-/// Lets the writer tell in which form each image goes out: its records then keep empty streams.
-bool learn_forms(DocumentWindow& draft) {
+/// A picture and the form in which it is to be packed.
+struct Packing {
+  Picture picture;
+  PngHeader header;
+  KeptStream stream = nullptr;
+};
+
+/// The writer tells in which form each image goes out: none where it is not asked for one.
+std::optional<std::map<const void*, PngHeader>> forms_of(DocumentWindow& draft) {
+  std::map<const void*, PngHeader> forms;
+  std::mutex lock;
   SaveOptions options = save_options();
-  options.keepStreams = true;
-  options.encode = [](const PngHeader&, const Picture&, auto) { return std::vector<std::uint8_t>(1); };
+  options.keepStored = false;
+  options.encode = [&](const PngHeader& header, const Picture& picture, auto) {
+    const std::lock_guard guard(lock);
+    forms.emplace(picture.handle().identity(), header);
+    return std::vector<std::uint8_t>(1);
+  };
   std::uint64_t bytes = 0;
   Host silent;
-  return write_document(draft, draft.document.kind, counting_sink(bytes), options, silent) ==
-         WriteResult::Done;
-}
-
-void forget_streams(DocumentWindow& draft) {
-  ChunkRecord record;
-  for (const std::size_t entry : frame_entries(draft)) {
-    if (!draft.list.record(entry).stored) continue;
-    chunk_list_get(draft.list, entry, record);
-    record.stored.reset();
-    chunk_list_put(draft.list, entry, record);
-  }
+  const auto result = write_document(draft, draft.document.kind, counting_sink(bytes), options, silent);
+  return result == WriteResult::Done ? std::optional(std::move(forms)) : std::nullopt;
 }
 
 /// Indexes of two bits, and grey with alpha, where all images allow that: what the writers of animations take
 /// from kept streams alone.
-void narrow_forms(std::vector<KeptStream>& streams) {
-  if (std::ranges::find(streams, nullptr) != streams.end()) return;
+void narrow_forms(std::vector<Packing>& images) {
   const auto all = [&](const auto& holds) {
-    return std::ranges::all_of(streams,
-                               [&](const KeptStream& s) { return holds(Picture(s->picture), s->header); });
+    return std::ranges::all_of(images,
+                               [&](const Packing& p) { return p.picture && holds(p.picture, p.header); });
   };
   const auto put = [&](std::uint8_t type, std::uint8_t depth) {
-    for (KeptStream& stream : streams) {
-      StoredStream narrow{stream->picture, stream->header, {}};
-      narrow.header.colorType = type;
-      narrow.header.bitDepth = depth;
-      stream = std::make_shared<const StoredStream>(std::move(narrow));
+    for (Packing& image : images) {
+      image.header.colorType = type;
+      image.header.bitDepth = depth;
     }
   };
   if (all([](const Picture& picture, const PngHeader& header) {
@@ -69,36 +71,39 @@ void narrow_forms(std::vector<KeptStream>& streams) {
 
 bool recompress_pass(Supercompression& work) {
   const auto entries = frame_entries(work.draft);
-  if (work.draft.document.kind == DocumentKind::WEBP || !learn_forms(work.draft)) return true;
+  if (work.draft.document.kind == DocumentKind::WEBP) return true;
+  const auto forms = forms_of(work.draft);
+  if (!forms) return true;
   const Progress progress(work.host, string_text(StringId::Recompressing));
   work.say(StringId::RecompressBegins);
   std::uint64_t bytes = 0;
-  std::vector<KeptStream> streams;
+  std::vector<Packing> images;
   for (const std::size_t entry : entries) {
-    streams.push_back(work.draft.list.record(entry).stored);
-    if (streams.back()) bytes += png_filtered_bytes(streams.back()->header);
+    const ChunkHandle& block = work.draft.list.record(entry).data;
+    const auto form = forms->find(block.identity());
+    images.push_back(form == forms->end() ? Packing{} : Packing{Picture(block), form->second});
+    if (images.back().picture) bytes += png_filtered_bytes(images.back().header);
   }
-  forget_streams(work.draft);
-  if (work.passes & kDeepPass) narrow_forms(streams);
+  if (work.passes & kDeepPass) narrow_forms(images);
   const int iterations = work.passes & kDeepPass ? slow_iterations(bytes) : 0;
   std::size_t packed = 0;
   const std::size_t at_once = parallel_width();
-  for (std::size_t first = 0; first < streams.size(); first += at_once) {
+  for (std::size_t first = 0; first < images.size(); first += at_once) {
     if (work.host.stopped()) return false;
-    const std::size_t count = std::min(at_once, streams.size() - first);
+    const std::size_t count = std::min(at_once, images.size() - first);
     parallel_for(count, [&](std::size_t k) {
-      KeptStream& stream = streams[first + k];
-      if (!stream) return;
-      StoredStream made{stream->picture, stream->header, {}};
-      made.bytes = png_encode_smallest(made.header, Picture(made.picture), std::nullopt, iterations);
-      stream = made.bytes.empty() ? nullptr : std::make_shared<const StoredStream>(std::move(made));
+      Packing& image = images[first + k];
+      if (image.picture)
+        image.stream = new_stream(image.header, image.picture,
+                                  png_encode_smallest(image.header, image.picture, std::nullopt, iterations));
     });
     for (std::size_t k = first; k < first + count; ++k) {
-      if (!streams[k]) continue;
-      keep_stream(work.draft.list, entries[k], streams[k]);
+      if (!images[k].stream) continue;
+      keep_stream(work.draft.list, entries[k], images[k].stream);
+      images[k].picture = {};
       ++packed;
     }
-    progress.step(first + count, streams.size());
+    progress.step(first + count, images.size());
   }
   work.say(StringId::ImagesPacked, {std::to_string(packed)});
   return true;

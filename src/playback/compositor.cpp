@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kCheckpointStep = 32;
 
 std::uint64_t own_bytes(const Picture& composed, const ChunkRecord& record) {
-  return composed.handle().data() == record.data.data() ? 0 : composed.handle().size();
+  return composed.handle().shares_with(record.data) ? 0 : composed.handle().size();
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ bool survives(const Bytes& bytes, const std::filesystem::path& scratch) {
   Recorder recorder;
   DocumentWindow window;
   const auto read = scratch.extension() == ".webp" ? read_webp : read_png;
-  if (!read(window, bytes, recorder.host)) {
+  if (!read(window, bytes, recorder.host, nullptr)) {
     EXPECT_TRUE(recorder.host.has_fault) << "a failure without a reason";
     return false;
   }

@@ -340,7 +340,8 @@ TEST_F(Writer, FramesOfDifferentDepthShareTheDeepestForm) {
   }
 }
 
-TEST_F(Writer, AGreyAnimationBecomesIndexesWithItsTransparency) {
+TEST_F(Writer, AGreyAnimationThatIsPackedAnewBecomesIndexesWithItsTransparency) {
+  settings::KeepStoredImages = 0;
   DocumentWindow window =
       opened(animation({{"sBIT", "\x06"}, {"tRNS", be16(2)}, {"bKGD", be16(3)}}, {}, {}, 0));
   const std::string file = saved(window);

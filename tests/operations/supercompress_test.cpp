@@ -8,9 +8,9 @@
 #include "core/files/save_document.h"
 #include "core/model/frame_values.h"
 #include "core/model/record_picture.h"
-#include "core/model/stored_stream.h"
 #include "image/picture_operations.h"
 #include "image/settings.h"
+#include "image/stored_image.h"
 #include "operations/frames.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -193,15 +193,17 @@ TEST(Supercompress, StreamsAreKeptUntilAPictureChangesAndAStopLeavesTheRest) {
   run_passes(window, kRecompressPass);
   const std::size_t entry = frame_entries(window)[1];
   ChunkRecord record = window.list.record(entry);
-  ASSERT_TRUE(record.stored);
+  const auto stream = stored_image_of(record.data);
+  ASSERT_TRUE(stream);
   std::vector<std::uint8_t> bytes;
   Host host;
   SaveOptions stored;
   stored.compression = 0;
   write_document(window, DocumentKind::APNG, memory_sink(bytes), stored, host);
-  EXPECT_NE(std::ranges::search(bytes, record.stored->bytes).begin(), bytes.end()) << "the file holds them";
+  EXPECT_NE(std::ranges::search(bytes, stream->pieces().front()).begin(), bytes.end())
+      << "the file holds them";
   record_take_pixels(record, DocumentKind::APNG, testing::small_picture(6, 4, 24, 9));
-  EXPECT_FALSE(record.stored);
+  EXPECT_FALSE(stored_image_of(record.data));
 
   DocumentWindow stopped = testing::small_document(DocumentKind::APNG, 3);
   const auto before = stopped.list.entry(entry).record;

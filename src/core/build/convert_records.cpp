@@ -152,7 +152,7 @@ bool fit_to_canvas(Conversion& conversion) {
       layer.offset = {};
     }
     if (!layer.picture) return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
-    if (layer.picture.handle().data() == before.handle().data()) continue;
+    if (layer.picture.handle().shares_with(before.handle())) continue;
     conversion.frames[i].own = {};
     conversion.frames[i].dispose = 0;
   }

@@ -168,6 +168,7 @@ void write_record(Writer& writer, ChunkRecord record, DocumentKind kind) {
   writer.number(size);
   simple_fields(writer, record);
   if (kind == DocumentKind::MING && record.tag == tag::PNGI) write_embedded(writer, *record.image);
+  const BlockPin pin(record.data);
   write_sized(writer, record.data.bytes());
 }
 

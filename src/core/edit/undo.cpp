@@ -9,7 +9,6 @@
 #include "core/edit/insert_chunk.h"
 #include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
-#include "core/model/stored_stream.h"
 #include "core/settings.h"
 
 namespace vellum {
@@ -26,12 +25,10 @@ class BlockSet {
  public:
   /// The bytes of the record's blocks that were not met before.
   std::uint64_t add(const ChunkRecord& record) {
-    const StoredStream* stored = record.stored.get();
-    const std::uint64_t stream = stored && met_.insert(stored).second ? stored->bytes.size() : 0;
-    return add(record.data) + add(record.auxData) + add(record.spareData) + stream;
+    return add(record.data) + add(record.auxData) + add(record.spareData);
   }
   std::uint64_t add(const ChunkHandle& block) {
-    return block && met_.insert(block.data()).second ? block.size() : 0;
+    return block && met_.insert(block.identity()).second ? block.held_bytes() : 0;
   }
   std::uint64_t add(const ChunkList& list, std::size_t first, std::size_t end) {
     std::uint64_t bytes = 0;
@@ -93,7 +90,8 @@ bool is_present(const UndoLevel& level, const DocumentWindow& window) {
     return a.record == b.record && a.selected == b.selected;
   };
   const ChunkList &a = level.list, &b = window.list;
-  if (a.size() != b.size() || level.defaultImage.data() != window.document.defaultImage.data()) return false;
+  if (a.size() != b.size() || level.defaultImage.identity() != window.document.defaultImage.identity())
+    return false;
   for (std::size_t i = 0; i < a.size(); ++i)
     if (!same(a.entry(i), b.entry(i))) return false;
   return true;

@@ -17,7 +17,8 @@
 namespace vellum {
 namespace {
 
-using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&);
+using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&,
+                        std::shared_ptr<const void> owner);
 
 /// Who reads files of a kind. A PNG tells by itself whether it is an animation.
 struct ReaderRow {
@@ -119,7 +120,8 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
       return offer_document(window, picture, *content, host);
   bool read = false;
   try {
-    read = std::ranges::find(kReaders, kind, &ReaderRow::kind)->reader(window, *file, host);
+    read = std::ranges::find(kReaders, kind, &ReaderRow::kind)
+               ->reader(window, *file, host, std::make_shared<const FileContent>(*file));
   } catch (const std::bad_alloc&) {
     host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
   }

@@ -20,7 +20,8 @@ struct PngReading {
   Host& host;
   const Progress& progress;
   std::span<const StreamChunk> chunks;  ///< IHDR first, IEND last
-  PngHeader header;
+  std::shared_ptr<const void> owner;    ///< of the bytes of the file; may be null
+  PngHeader header = {};
   Palette palette{};  ///< the color table of pictures
   std::size_t textBudget = kMaximumTextBytesOfFile;
 

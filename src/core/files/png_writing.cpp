@@ -18,33 +18,41 @@ bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks) {
       chunks, [&](const ChunkOut& chunk) { return write_chunk(sink, chunk.tag, chunk.payload); });
 }
 
-bool write_image_data(const Sink& sink, std::span<const std::uint8_t> stream) {
+bool write_image_data(const Sink& sink, const StoredImage& stream) {
   constexpr std::size_t kLongest = 0x40000000;  // well inside the 31 bits of a length
-  do {
-    const auto piece = stream.first(std::min(stream.size(), kLongest));
-    if (!write_chunk(sink, tag::IDAT, piece)) return false;
-    stream = stream.subspan(piece.size());
-  } while (!stream.empty());
+  for (auto left : stream.pieces()) {
+    do {
+      const auto piece = left.first(std::min(left.size(), kLongest));
+      if (!write_chunk(sink, tag::IDAT, piece)) return false;
+      left = left.subspan(piece.size());
+    } while (!left.empty());
+  }
   return true;
 }
 
-KeptStream image_stream(const ChunkRecord* record, const PngHeader& header, const Picture& picture,
-                        const SaveOptions& options, std::optional<std::array<std::uint16_t, 3>> key) {
+KeptStream new_stream(const PngHeader& header, const Picture& picture, std::vector<std::uint8_t> bytes) {
+  if (bytes.empty()) return nullptr;
+  Palette table;
+  PictureGetPalette(picture, table);
+  const auto owner = std::make_shared<const std::vector<std::uint8_t>>(std::move(bytes));
+  return std::make_shared<const StoredImage>(header, table, std::vector{StoredImage::Bytes(*owner)}, owner,
+                                             true);
+}
+
+KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
+                        std::optional<std::array<std::uint16_t, 3>> key) {
+  const KeptStream stored = stored_image_of(picture.handle());
   // A key stands in the samples of the stream, and may be another by now.
-  if (record && record->stored && !key && record->stored->fits(picture.handle(), header))
-    return record->stored;
-  StoredStream made{picture.handle(), header, {}};
-  made.bytes = options.encode ? options.encode(header, picture, key)
-                              : png_encode(header, picture, options.compression, key);
-  return made.bytes.empty() ? nullptr : std::make_shared<const StoredStream>(std::move(made));
+  if (options.keepStored && stored && stored->exact() && stored->header() == header && !key) return stored;
+  return new_stream(header, picture,
+                    options.encode ? options.encode(header, picture, key)
+                                   : png_encode(header, picture, options.compression, key));
 }
 
 void keep_stream(ChunkList& list, std::size_t entry, const KeptStream& stream) {
   ChunkRecord record;
-  if (!chunk_list_get(list, entry, record) || record.stored == stream ||
-      !stream->picture.shares_with(record.data))
-    return;
-  record.stored = stream;
+  if (!chunk_list_get(list, entry, record) || record.data.source() == stream) return;
+  record.data = kept_picture(picture_of(record), stream);
   chunk_list_put(list, entry, record);
 }
 

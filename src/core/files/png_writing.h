@@ -6,22 +6,25 @@
 #include "core/files/png_chunks_out.h"
 #include "core/files/save_options.h"
 #include "core/model/document.h"
-#include "core/model/stored_stream.h"
+#include "image/stored_image.h"
 
 namespace vellum {
 
 /// Signature and header.
 bool begin_png(const Sink& sink, const PngHeader& header);
 bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks);
-/// Image data as IDAT chunks: one, or several where a chunk's length would not do.
-bool write_image_data(const Sink& sink, std::span<const std::uint8_t> stream);
+/// Image data as IDAT chunks, divided as the stream is.
+bool write_image_data(const Sink& sink, const StoredImage& stream);
 
-/// The image data of a picture: those that its record keeps, where they stand for this picture in this form,
-/// else made anew. `record` may be null. Null where they can't be made.
-KeptStream image_stream(const ChunkRecord* record, const PngHeader& header, const Picture& picture,
-                        const SaveOptions& options,
+using KeptStream = std::shared_ptr<const StoredImage>;
+
+/// The image data of a picture: those that it came from, where they may stand in this form, else made anew.
+/// Null where they can't be made.
+KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
                         std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
-/// The record keeps the stream where that stands for its picture.
+/// A stream of this picture that has just been made; null without bytes.
+KeptStream new_stream(const PngHeader& header, const Picture& picture, std::vector<std::uint8_t> bytes);
+/// The picture of the record has the stream for its source from now on.
 void keep_stream(ChunkList& list, std::size_t entry, const KeptStream& stream);
 
 /// After a save: the entries whose content the writer made anew (times) go back into the list.

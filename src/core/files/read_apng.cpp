@@ -8,7 +8,7 @@
 #include "base/parallel.h"
 #include "core/files/png_reading.h"
 #include "core/settings.h"
-#include "image/png_decode.h"
+#include "image/stored_image.h"
 
 namespace vellum {
 namespace {
@@ -122,23 +122,35 @@ bool pictures_fit_memory(const PngReading& reading, const StreamFrames& found) {
   const std::uint32_t bits = png_picture_bits(reading.header);
   for (const StreamFrame& frame : found.frames)
     bytes += std::uint64_t{picture_stride(frame.fields.frameWidth, bits)} * frame.fields.frameHeight;
-  return bytes <= kMaximumDocumentBytes ||
+  return bytes <= kMaximumKeptBytes ||
          reading.fail(reading.chunks.front(), "the frames together are too large", FaultKind::Limit);
 }
 
 /// Frames decoded between two steps of the progress bar: enough to keep all cores busy.
 constexpr std::size_t kFramesAtOnce = 64;
 
+/// What decoding a frame gave; its rows may be let go as soon as they are known to be right.
+struct DecodedFrame {
+  ChunkHandle picture;
+  const char* reason = nullptr;
+  bool isShort = false, limit = false;
+};
+
+DecodedFrame decode_frame(const PngReading& reading, const StreamFrame& frame) {
+  const PngHeader header = frame_header(reading.header, frame.fields);
+  const PngDecoded decoded = png_decode(header, frame.data, reading.palette, PngShortData::Zeros);
+  return {kept_with_stream(decoded, header, frame.data, reading.owner), decoded.reason, decoded.isShort,
+          decoded.limit};
+}
+
 /// Decodes all frames, side by side.
-bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<Picture>& pictures) {
-  std::vector<PngDecoded> decoded(found.frames.size());
+bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<ChunkHandle>& pictures) {
+  std::vector<DecodedFrame> decoded(found.frames.size());
   std::atomic<bool> damaged = false;
   for (std::size_t first = 0; first < decoded.size(); first += kFramesAtOnce) {
     parallel_for(std::min(kFramesAtOnce, decoded.size() - first), [&](std::size_t k) {
       if (damaged) return;
-      const StreamFrame& frame = found.frames[first + k];
-      decoded[first + k] = png_decode(frame_header(reading.header, frame.fields), frame.data, reading.palette,
-                                      PngShortData::Zeros);
+      decoded[first + k] = decode_frame(reading, found.frames[first + k]);
       if (!decoded[first + k].picture) damaged = true;
     });
     reading.progress.step(std::min(first + kFramesAtOnce, decoded.size()), decoded.size());
@@ -158,17 +170,18 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<P
 bool decode_default_image(PngReading& reading, const StreamFrames& found) {
   if (found.defaultImage.data.empty()) return true;
   PngDecoded decoded = png_decode(reading.header, found.defaultImage.data, reading.palette);
-  reading.window.document.defaultImage = decoded.picture.handle();
+  reading.window.document.defaultImage =
+      kept_with_stream(decoded, reading.header, found.defaultImage.data, reading.owner);
   if (decoded.picture) return true;
   const auto chunk = std::ranges::find(reading.chunks, tag::IDAT, &StreamChunk::tag);
   return reading.fail(*chunk, decoded.reason, decoded.limit ? FaultKind::Limit : FaultKind::Damaged);
 }
 
-bool append_frame(PngReading& reading, const StreamFrame& frame, const Picture& picture) {
+bool append_frame(PngReading& reading, const StreamFrame& frame, const ChunkHandle& picture) {
   ChunkRecord record;
   record.tag = tag::IDAT;
-  record.data = picture.handle();
-  record.size = static_cast<std::int32_t>(std::min<std::size_t>(picture.handle().size(), 0x7FFFFFFF));
+  record.data = picture;
+  record.size = static_cast<std::int32_t>(std::min<std::size_t>(picture.size(), 0x7FFFFFFF));
   put_png_header(record, frame_header(reading.header, frame.fields));
   record.frameControl = frame.fields;
   return reading.append(record, *frame.control);
@@ -183,7 +196,7 @@ bool is_dropped_text(ChunkTag tag) {
 bool read_apng(PngReading& reading) {
   reading.window.document.kind = DocumentKind::APNG;
   StreamFrames found;
-  std::vector<Picture> pictures;
+  std::vector<ChunkHandle> pictures;
   if (!gather_frames(reading, found) || !pictures_fit_memory(reading, found) ||
       !decode_frames(reading, found, pictures) || !decode_default_image(reading, found))
     return false;

@@ -14,7 +14,7 @@
 #include "core/model/framing.h"
 #include "core/settings.h"
 #include "image/chunk_stream.h"
-#include "image/png_decode.h"
+#include "image/stored_image.h"
 
 namespace vellum {
 namespace {
@@ -42,6 +42,7 @@ struct MngReading {
   DocumentWindow& window;
   Host& host;
   std::span<const StreamChunk> chunks;
+  std::shared_ptr<const void> owner;  ///< of the bytes of the file; may be null
   std::vector<Item> items{};
   std::unique_ptr<OpenImage> open{};
   bool opaque = false;  ///< inside a JNG or delta image, whose chunks stay raw
@@ -304,7 +305,7 @@ bool pictures_fit_memory(const MngReading& reading, const std::vector<Item*>& im
   for (const Item* item : images)
     bytes += std::uint64_t{picture_stride(item->image->fields.width, png_picture_bits(item->image->fields))} *
              item->image->fields.height;
-  return bytes <= kMaximumDocumentBytes ||
+  return bytes <= kMaximumKeptBytes ||
          reading.fail(reading.chunks.front(), "the images together are too large", FaultKind::Limit);
 }
 
@@ -312,36 +313,38 @@ bool decode_images(MngReading& reading, const Progress& progress) {
   constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
   const std::vector<Item*> images = images_of(reading);
   if (!pictures_fit_memory(reading, images)) return false;
-  std::vector<PngDecoded> decoded(images.size());
+  std::vector<const char*> reasons(images.size());
+  std::vector<char> limits(images.size());
   std::atomic<bool> damaged = false;
   for (std::size_t first = 0; first < images.size() && !damaged; first += kAtOnce) {
     const std::size_t count = std::min(kAtOnce, images.size() - first);
     parallel_for(count, [&](std::size_t k) {
       if (damaged) return;
       const OpenImage& image = *images[first + k]->image;
-      decoded[first + k] = png_decode(image.fields, image.data, image.palette);
-      if (!decoded[first + k].picture) damaged = true;
+      const PngDecoded decoded = png_decode(image.fields, image.data, image.palette);
+      images[first + k]->record.data = kept_with_stream(decoded, image.fields, image.data, reading.owner);
+      reasons[first + k] = decoded.reason;
+      limits[first + k] = decoded.limit;
+      if (!decoded.picture) damaged = true;
     });
     progress.step(first + count, images.size());
   }
-  for (std::size_t i = 0; i < images.size(); ++i) {
-    if (decoded[i].reason)
-      return reading.fail(*images[i]->chunk, decoded[i].reason,
-                          decoded[i].limit ? FaultKind::Limit : FaultKind::Damaged);
-    images[i]->record.data = decoded[i].picture.handle();
-  }
+  for (std::size_t i = 0; i < images.size(); ++i)
+    if (reasons[i])
+      return reading.fail(*images[i]->chunk, reasons[i], limits[i] ? FaultKind::Limit : FaultKind::Damaged);
   return true;
 }
 
 }  // namespace
 
-bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
+bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+              std::shared_ptr<const void> owner) {
   window.document.kind = DocumentKind::MING;
   GatheredChunks gathered;
   if (!gather_file(file, kMngSignature, tag::MEND, gathered, host)) return false;
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
-  MngReading reading{window, host, gathered.chunks};
+  MngReading reading{window, host, gathered.chunks, std::move(owner)};
   if (!walk(reading) || !decode_images(reading, progress)) return false;
   for (const Item& item : reading.items) chunk_list_append(window.list, window.document, item.record);
   chunk_list_close_change(window.list, window.document);

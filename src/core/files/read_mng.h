@@ -12,6 +12,8 @@ namespace vellum {
 /// that are in force, becomes one PNGI record; JNG and delta images are kept as raw records. False on
 /// failure, with the place and the reason given to the host; the caller reports. Wrong CRCs warn and never
 /// fail.
-bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host);
+/// Images keep their streams, which lie in `owner`; without one they are copied.
+bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+              std::shared_ptr<const void> owner = nullptr);
 
 }  // namespace vellum

@@ -9,7 +9,7 @@
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
 #include "core/settings.h"
-#include "image/png_decode.h"
+#include "image/stored_image.h"
 
 namespace vellum {
 namespace {
@@ -69,7 +69,7 @@ bool append_still_image(PngReading& reading, const StreamChunk& first) {
   ChunkRecord record;
   record.tag = tag::IDAT;
   record.size = static_cast<std::int32_t>(first.data.size());
-  record.data = decoded.picture.handle();
+  record.data = kept_with_stream(decoded, reading.header, std::move(data), reading.owner);
   put_png_header(record, reading.header);
   return reading.append(record, first);
 }
@@ -161,12 +161,13 @@ bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8
                     "the file ends inside a chunk or without its end chunk"});
 }
 
-bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
+bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+              std::shared_ptr<const void> owner) {
   GatheredChunks gathered;
   if (!gather_file(file, kPngSignature, tag::IEND, gathered, host)) return false;
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
-  PngReading reading{window, host, progress, gathered.chunks, {}};
+  PngReading reading{window, host, progress, gathered.chunks, std::move(owner)};
   if (!read_gathered(reading)) return false;
   chunk_list_close_change(window.list, window.document);
   if (gathered.end < file.size()) host.add_note(string_text(StringId::BytesBehindEnd));

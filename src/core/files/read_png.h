@@ -11,6 +11,8 @@ namespace vellum {
 /// Reads a PNG file into the (empty) window: a PING document, or an APNG one when the file has an acTL in
 /// front of its image and `APNGOpen` is on. False on failure, with the place and the reason given to the
 /// host; the caller reports. Wrong CRCs warn and never fail.
-bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host);
+/// Images keep their streams, which lie in `owner`; without one they are copied.
+bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+              std::shared_ptr<const void> owner = nullptr);
 
 }  // namespace vellum

@@ -142,7 +142,8 @@ bool bytes_behind_end(std::span<const std::uint8_t> file) {
 
 }  // namespace
 
-bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host) {
+bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+               std::shared_ptr<const void>) {
   const auto info = WEBPGetInfoEx(file);
   if (!info)
     return host.fail({FaultKind::Damaged, 0, -1, 0, "the header of a WebP file is missing or damaged"});

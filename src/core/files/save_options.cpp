@@ -16,6 +16,7 @@ SaveOptions save_options() {
   options.backup = settings::CreateBackups != 0;
   options.webpQuality = std::clamp(settings::WEBPQualityFactor, 0, 100);
   options.webpLossless = settings::WEBPLossless != 0;
+  options.keepStored = settings::KeepStoredImages != 0;
   options.webpMixed = settings::WebPAllowMixed != 0;
   return options;
 }

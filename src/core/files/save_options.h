@@ -28,6 +28,7 @@ struct SaveOptions {
   bool webpMixed = false;     ///< each frame is tried with and without loss
   bool webpSmallest = false;  ///< lossless frames take the most effort that there is
   EncodeImage encode = {};    ///< empty: png_encode at `compression`
+  bool keepStored = true;     ///< images that nobody changed are written as they were stored
   bool keepStreams = false;   ///< the records keep the streams that were written, for the next save
 };
 

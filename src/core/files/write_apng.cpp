@@ -193,22 +193,51 @@ bool true_color_form(Saving& saving) {
   return true;
 }
 
-/// Kept streams that all have one form, which holds what the chosen one holds, decide: an index may have
-/// fewer bits, grey with alpha fewer samples.
-void take_stored_form(Saving& saving) {
-  PngHeader& written = saving.written;
+/// The form that all kept streams have; null where there are none, or not of one form.
+const PngHeader* stored_form(const Saving& saving) {
   const PngHeader* form = nullptr;
   for (const FrameOut& image : saving.images) {
-    const StoredStream* stored = image.record ? image.record->stored.get() : nullptr;
-    if (!stored || !stored->picture.shares_with(image.picture.handle())) return;
-    if (form && (form->colorType != stored->header.colorType || form->bitDepth != stored->header.bitDepth))
-      return;
-    form = &stored->header;
+    const KeptStream stored = stored_image_of(image.picture.handle());
+    if (!stored || !stored->exact()) continue;
+    const PngHeader& own = stored->header();
+    if (own.interlace != saving.written.interlace ||
+        (form && (form->colorType != own.colorType || form->bitDepth != own.bitDepth)))
+      return nullptr;
+    form = &own;
   }
+  return form;
+}
+
+/// Whether the images without a stream can be told in the form, too.
+bool others_fit(const Saving& saving, const PngHeader& form) {
+  return std::ranges::all_of(saving.images, [&](const FrameOut& image) {
+    if (stored_image_of(image.picture.handle())) return true;
+    return image.picture.bits() <= 8
+               ? largest_index(image.picture) < 1u << std::min<unsigned>(form.bitDepth, 8)
+               : form.colorType != 4 || picture_content(image.picture).grey;
+  });
+}
+
+/// Whether the palette is the one that greys of this depth stand for.
+bool is_grey_table(const std::vector<std::uint8_t>& palette, std::uint8_t depth) {
+  const Palette greys = png_grey_palette(std::min<std::uint8_t>(depth, 8));
+  return palette.size() <= greys.size() && std::equal(palette.begin(), palette.end(), greys.begin());
+}
+
+/// The streams of images that nobody changed decide, where their form holds what the chosen one holds: an
+/// index may have fewer bits, a sample more, grey may stay grey.
+void take_stored_form(Saving& saving) {
+  PngHeader& written = saving.written;
+  const PngHeader* form = saving.options.keepStored ? stored_form(saving) : nullptr;
   if (!form) return;
   const bool indexed = written.colorType == 3 && form->colorType == 3 &&
                        saving.palette.size() <= std::size_t{3} << form->bitDepth;
-  if (!indexed && !(written.colorType == 6 && form->colorType == 4)) return;
+  const bool grey = written.colorType == 3 && form->colorType == 0 && saving.from.colorType == 0 &&
+                    is_grey_table(saving.palette, form->bitDepth);
+  const bool same = written.colorType == form->colorType && written.colorType != 3;
+  const bool grey_alpha = written.colorType == 6 && form->colorType == 4;
+  if (!(indexed || grey || same || grey_alpha) || !others_fit(saving, *form)) return;
+  if (grey) saving.palette.clear();
   written.colorType = form->colorType;
   written.bitDepth = form->bitDepth;
 }
@@ -229,7 +258,7 @@ bool encode_images(Saving& saving, const Progress& progress) {
       PngHeader header = saving.written;
       header.width = image.picture.width();
       header.height = image.picture.height();
-      image.stream = image_stream(image.record, header, image.picture, saving.options);
+      image.stream = image_stream(header, image.picture, saving.options);
       if (!image.stream) failed = true;
     });
     if (failed) return saving.fail("an image can't be compressed", FaultKind::Limit);
@@ -336,11 +365,15 @@ bool write_frame_control(const Sink& sink, const FrameOut& image, std::uint32_t 
   return write_chunk(sink, tag::fcTL, payload);
 }
 
-bool write_frame_data(const Sink& sink, const FrameOut& image, std::uint32_t sequence) {
-  std::vector<std::uint8_t> payload(4);
-  write_be32(payload.data(), sequence);
-  payload.insert(payload.end(), image.stream->bytes.begin(), image.stream->bytes.end());
-  return write_chunk(sink, tag::fdAT, payload);
+/// Each piece of the stream takes a sequence number.
+bool write_frame_data(const Sink& sink, const FrameOut& image, std::uint32_t& sequence) {
+  for (const auto piece : image.stream->pieces()) {
+    std::vector<std::uint8_t> payload(4);
+    write_be32(payload.data(), sequence++);
+    payload.insert(payload.end(), piece.begin(), piece.end());
+    if (!write_chunk(sink, tag::fdAT, payload)) return false;
+  }
+  return true;
 }
 
 bool write_images(const Sink& sink, const Saving& saving, const ChunkGroups& groups) {
@@ -353,7 +386,7 @@ bool write_images(const Sink& sink, const Saving& saving, const ChunkGroups& gro
       if (!write_frame_control(sink, image, sequence++)) return false;
     }
     const bool good =
-        i == 0 ? write_image_data(sink, image.stream->bytes) : write_frame_data(sink, image, sequence++);
+        i == 0 ? write_image_data(sink, *image.stream) : write_frame_data(sink, image, sequence);
     if (!good) return false;
   }
   return true;

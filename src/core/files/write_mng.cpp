@@ -117,8 +117,7 @@ const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, 
       const std::uint32_t entries = record.flags & CRF_PLTE ? record.image->paletteBytes / 3 : 0;
       image.form = png_form(picture, png_header_of(record), entries);
       if (image.form.picture)
-        image.stream =
-            image_stream(&record, image.form.header, image.form.picture, options, deep_key(record));
+        image.stream = image_stream(image.form.header, image.form.picture, options, deep_key(record));
       if (!image.stream) reason = "an image can't be compressed";
     });
     progress.step(images[first + count - 1].entry, list.size());
@@ -165,7 +164,7 @@ bool write_image(const Sink& sink, const ChunkRecord& record, const ImageOut& im
          write_chunk(sink, tag::IHDR, png_header_payload(image.form.header)) &&
          write_optional(sink, tag::PLTE, image.palette) &&
          write_optional(sink, tag::bKGD, image.background) &&
-         write_optional(sink, tag::tRNS, image.transparency) && write_image_data(sink, image.stream->bytes) &&
+         write_optional(sink, tag::tRNS, image.transparency) && write_image_data(sink, *image.stream) &&
          write_chunk(sink, tag::IEND, {});
 }
 

@@ -65,7 +65,7 @@ std::vector<std::uint8_t> palette_out(const ChunkList& list, std::size_t entry, 
 }
 
 bool write_file(const Sink& sink, const PngForm& form, const OrderedChunks& ordered,
-                std::span<const std::uint8_t> stream, Host& host) {
+                const StoredImage& stream, Host& host) {
   const std::span<const ChunkOut> chunks = ordered.chunks;
   const bool written =
       begin_png(sink, form.header) && write_chunks(sink, chunks.first(ordered.beforeImage)) &&
@@ -100,8 +100,8 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   Palette palette;
   const PngForm form = png_form(picture, wanted, chunk_find_palette(window.list, palette));
   if (!form.picture) return fail("memory is exhausted");
-  const KeptStream stream = image_stream(&image_record, form.header, form.picture, options,
-                                         deep_transparency_key(window.list, wanted));
+  const KeptStream stream =
+      image_stream(form.header, form.picture, options, deep_transparency_key(window.list, wanted));
   if (!stream) return fail("the image can't be compressed");
   progress.step(image_entry, window.list.size());
 
@@ -116,7 +116,7 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   request.level = options.compression;
   request.updateTime = options.updateTime;
   const OrderedChunks ordered = in_order(chunks_out(window.list, request, notes), image_entry, palette_entry);
-  if (!write_file(sink, form, ordered, stream->bytes, host)) return WriteResult::Failed;
+  if (!write_file(sink, form, ordered, *stream, host)) return WriteResult::Failed;
   if (options.keepStreams) keep_stream(window.list, image_entry, stream);
   take_over_written(window, ordered.chunks);
   take_over_header(window, header_entry, form.header);

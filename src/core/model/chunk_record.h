@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "base/chunk_handle.h"
@@ -14,7 +13,6 @@
 namespace vellum {
 
 struct Document;
-struct StoredStream;
 
 /// What an image record of an MNG carries (`ChunkRecord::flags`). A complete image has at least CRF_IHDR and
 /// CRF_IDAT.
@@ -106,8 +104,6 @@ struct ChunkRecord {
   CopyOnWrite<EmbeddedImage> image;           ///< palette ... defiBytes of a PNGI
   std::uint32_t numFrames = 0, numPlays = 0;  ///< acTL; 0 plays mean for ever
   FrameControl frameControl;
-  /// Of an image: its data as they were written (core/model/stored_stream.h), while the picture is the same.
-  std::shared_ptr<const StoredStream> stored;
 
   const Document* owner = nullptr;  ///< which document this record was read from; an identity, never followed
   std::string description;          ///< the text of the entry: UTF-8, at most 260 bytes

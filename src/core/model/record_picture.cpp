@@ -45,7 +45,6 @@ void put_image_transparency(ChunkRecord& record, std::span<const std::uint8_t> b
 
 void record_take_pixels(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
   record.data = picture.handle();
-  record.stored.reset();
   record.size = static_cast<std::int32_t>(std::min<std::size_t>(picture.handle().size(), 0x7FFFFFFF));
   record.width = picture.width();
   record.height = picture.height();

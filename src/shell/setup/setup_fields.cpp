@@ -63,6 +63,8 @@ const SettingField kFiles[] = {
     flag("ClassicCaptionWindow", "Classic caption window", "Captions are edited in the older window"),
     flag("ImageJpegExifOrientation", "Correct image orientation in JPEGs",
          "Photos that a camera took upright are turned when they are read"),
+    flag("KeepStoredImages", "Keep images as they are stored",
+         "Saving copies the images that nobody changed, and doesn't pack them again"),
     flag("CreateBackups", "Create backups", "Saving keeps the file that was there as \"Backup of ...\""),
     flag("FastRemap", "Fast color matching",
          "Colors are matched to palettes a little less exactly, and faster"),

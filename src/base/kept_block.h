@@ -1,0 +1,43 @@
+// The block behind a kept handle.
+#pragma once
+
+#include <atomic>
+#include <list>
+#include <mutex>
+#include <vector>
+
+#include "base/chunk_handle.h"
+
+namespace vellum {
+
+/// Its bytes are in memory or not; the budget's lock guards that for blocks that nobody has pinned, the pin
+/// for all others.
+class KeptBlock {
+ public:
+  KeptBlock(const ChunkHandle& block, std::size_t head, std::shared_ptr<const BlockSource> source);
+  ~KeptBlock();
+  KeptBlock(const KeptBlock&) = delete;
+  KeptBlock& operator=(const KeptBlock&) = delete;
+
+  void pin();
+  void unpin();
+  /// The bytes, made again where they are not in memory. Throws std::bad_alloc when they can't be. The block
+  /// is pinned.
+  const std::uint8_t* bytes();
+  const std::uint8_t* head() const { return head_.data(); }
+  std::shared_ptr<const BlockSource> source() const;
+  std::size_t size() const { return size_; }
+
+ private:
+  friend class MemoryBudget;
+  const std::size_t size_;
+  std::vector<std::uint8_t> head_;
+  std::shared_ptr<const BlockSource> source_;
+  std::shared_ptr<std::uint8_t[]> memory_;  ///< while `resident_`
+  std::atomic<const std::uint8_t*> resident_{nullptr};
+  std::atomic<int> pins_{0};
+  std::mutex making_;
+  std::list<KeptBlock*>::iterator place_;  ///< among the resident ones, the last read behind
+};
+
+}  // namespace vellum

@@ -1,0 +1,47 @@
+// The image data of a picture as a PNG stream holds them: what the picture came from, or was packed to.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "image/png_decode.h"
+
+namespace vellum {
+
+/// The zlib stream of an image, under the header that it fits. A picture whose block has one for its source
+/// has not been changed since: who writes it under the same header may write these bytes.
+class StoredImage : public BlockSource {
+ public:
+  using Bytes = std::span<const std::uint8_t>;
+
+  /// `pieces` are what single chunks held, in their order, and lie in what `owner` keeps alive. `table` is
+  /// the color table of pictures of at most 8 bits. `exact`: the stream is that of this image and nothing
+  /// else, so that it may be written again.
+  StoredImage(const PngHeader& header, const Palette& table, std::vector<Bytes> pieces,
+              std::shared_ptr<const void> owner, bool exact);
+
+  ChunkHandle make() const override;
+  std::size_t held_bytes() const override { return bytes_; }
+
+  const PngHeader& header() const { return header_; }
+  std::span<const Bytes> pieces() const { return pieces_; }
+  bool exact() const { return exact_; }
+
+ private:
+  PngHeader header_;
+  std::unique_ptr<const Palette> table_;  ///< null above 8 bits
+  std::vector<Bytes> pieces_;
+  std::shared_ptr<const void> owner_;
+  std::size_t bytes_ = 0;
+  bool exact_;
+};
+
+/// The stream that a block came from; null where it has none, or another source.
+std::shared_ptr<const StoredImage> stored_image_of(const ChunkHandle& block);
+
+/// A picture that was decoded from these pieces, as a block that keeps them for its source.
+ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
+                             std::vector<StoredImage::Bytes> pieces, std::shared_ptr<const void> owner);
+
+}  // namespace vellum

@@ -1,0 +1,149 @@
+// Images that nobody changed are written as they were stored, and their rows may be let go meanwhile.
+#include <zlib.h>
+
+#include <cstring>
+#include <fstream>
+
+#include "base/settings.h"
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
+#include "core/model/record_picture.h"
+#include "core/settings.h"
+#include "image/picture_operations.h"
+#include "image/stored_image.h"
+#include "operations/frames.h"
+#include "support/corpus.h"
+#include "support/documents.h"
+#include "support/judge.h"
+
+namespace vellum {
+namespace {
+
+using testing::be32;
+using testing::frame_control;
+using testing::Recorder;
+
+class StoredImages : public ::testing::Test {
+ protected:
+  StoredImages() {
+    settings::AutoUpdateTime = settings::IdentifyFiles = 0;
+    settings::PictureMemoryMegabytes = 1;
+  }
+  ~StoredImages() override {
+    settings::AutoUpdateTime = settings::IdentifyFiles = settings::KeepStoredImages = 1;
+    settings::PictureMemoryMegabytes = 0;
+  }
+
+  std::vector<std::uint8_t> saved(DocumentWindow& window) {
+    EXPECT_TRUE(save_document(window, folder_ / "out", recorder_.host));
+    return testing::file_bytes(folder_ / "out");
+  }
+
+  Recorder recorder_;
+  testing::ScratchFolder folder_;
+};
+
+bool holds(const std::vector<std::uint8_t>& file, const StoredImage& image) {
+  return std::ranges::all_of(image.pieces(), [&](StoredImage::Bytes piece) {
+    return memmem(file.data(), file.size(), piece.data(), piece.size()) != nullptr;
+  });
+}
+
+/// How many images of the document stand in the file with the very streams that they came from.
+std::size_t kept_in(const DocumentWindow& window, const std::vector<std::uint8_t>& file) {
+  return static_cast<std::size_t>(std::ranges::count_if(frame_entries(window), [&](std::size_t entry) {
+    const auto stored = stored_image_of(window.list.record(entry).data);
+    return stored && holds(file, *stored);
+  }));
+}
+
+/// A frame whose stream is another image's, too long, or bound to a transparent color of 16 bits.
+bool can_stay(const DocumentWindow& window) {
+  if (window.list.record(0).bitDepth == 16 && chunk_find_first(window.list, tag::tRNS) != kNoEntry)
+    return false;
+  return std::ranges::all_of(frame_entries(window), [&](std::size_t entry) {
+    const auto stored = stored_image_of(window.list.record(entry).data);
+    return stored && stored->exact();
+  });
+}
+
+void change_first(DocumentWindow& window) {
+  const std::size_t entry = frame_entries(window).front();
+  ChunkRecord record = window.list.record(entry);
+  Picture picture = picture_of(record);
+  const Colour first = PictureGetPixel(picture, 0, 0);
+  PicturePutPixel(picture, 0, 0, PictureGetPixel(picture, picture.width() - 1, picture.height() - 1));
+  if (PictureGetPixel(picture, 0, 0) == first) PicturePutPixel(picture, 0, 0, first);  // written all the same
+  record_take_pixels(record, window.document.kind, picture);
+  chunk_list_put(window.list, entry, record);
+}
+
+TEST_F(StoredImages, OfTheCorpusGoBackAsTheyCame) {
+  VELLUM_NEEDS_CORPUS();
+  std::size_t files = 0, equal = 0;
+  for (const auto& row : testing::corpus_rows({"png", "apng"})) {
+    SCOPED_TRACE(row.at("path"));
+    DocumentWindow window;
+    if (!open_document(window, testing::corpus_file(row), recorder_.host) || !can_stay(window)) continue;
+    const auto before = testing::file_bytes(testing::corpus_file(row));
+    const std::size_t frames = frame_entries(window).size();
+    const auto out = saved(window);
+    EXPECT_EQ(kept_in(window, out), frames);
+    ++files;
+    equal += out == before;
+    if (frames < 2) continue;
+    change_first(window);
+    EXPECT_EQ(kept_in(window, saved(window)), frames - 1) << "all others keep their bytes";
+  }
+  EXPECT_GT(files, 150u);
+  EXPECT_GT(10 * equal, 8 * files) << "files that come back byte for byte";
+}
+
+std::string deflated(const std::string& bytes) {
+  uLongf size = compressBound(bytes.size());
+  std::string out(size, '\0');
+  compress2(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(bytes.data()),
+            bytes.size(), 1);
+  out.resize(size);
+  return out;
+}
+
+/// Rows of 3 pixels of 16 bits a sample whose bytes are all different.
+std::string deep_rows(int samples, int seed) {
+  std::string rows;
+  for (int y = 0; y < 2; ++y) {
+    rows += '\0';
+    for (int i = 0; i < 6 * samples; ++i) rows += static_cast<char>(seed + 31 * i + 7 * y);
+  }
+  return deflated(rows);
+}
+
+TEST_F(StoredImages, OfSixteenBitsStayWhatTheyAre) {
+  constexpr std::pair<unsigned, int> kTypes[] = {{0, 1}, {2, 3}, {4, 2}, {6, 4}};
+  for (const auto& [type, samples] : kTypes) {
+    SCOPED_TRACE(type);
+    const auto first = deep_rows(samples, 1), second = deep_rows(samples, 100);
+    const auto file = testing::png_file({{"IHDR", testing::header_payload(3, 2, 16, type)},
+                                         {"acTL", be32(2) + be32(0)},
+                                         {"fcTL", frame_control(0, 3, 2)},
+                                         {"IDAT", first.substr(0, 9)},
+                                         {"IDAT", first.substr(9)},
+                                         {"fcTL", frame_control(1, 3, 2)},
+                                         {"fdAT", be32(2) + second.substr(0, 5)},
+                                         {"fdAT", be32(3) + second.substr(5)},
+                                         {"IEND", ""}});
+    const auto in = folder_ / "in.png";
+    std::ofstream(in, std::ios::binary)
+        .write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
+    DocumentWindow window, anew;
+    ASSERT_TRUE(open_document(window, in, recorder_.host));
+    EXPECT_EQ(saved(window), file);
+    ASSERT_TRUE(open_document(anew, in, recorder_.host));
+    settings::KeepStoredImages = 0;
+    EXPECT_NE(saved(anew), file);
+    settings::KeepStoredImages = 1;
+  }
+}
+
+}  // namespace
+}  // namespace vellum
