@@ -39,5 +39,6 @@ Run prepare_unstrip(CLI::App& app);
 Run prepare_palette(CLI::App& app);
 Run prepare_config(CLI::App& app);
 Run prepare_batch(CLI::App& app);
+Run prepare_wizard(CLI::App& app);
 
 }  // namespace vellum::cli

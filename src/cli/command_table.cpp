@@ -10,6 +10,8 @@ constexpr CommandRow kCommands[] = {
     {"new", "Write a new document", prepare_new},
     {"edit", "Delete, insert and move chunks, in the order of the options", prepare_edit},
     {"build", "An animation of pictures", prepare_build},
+    {"wizard", "An animation of picture files with the palette choices of the Animation Wizard",
+     prepare_wizard},
     {"play", "Walk an animation as the viewer does: a line for each shown frame", prepare_play},
     {"properties", "Say what an animation is and what it takes", prepare_properties},
     {"manage", "Change many frames at a time, in the order of the options below", prepare_manage},

@@ -5,6 +5,7 @@
 
 #include "core/model/kind_table.h"
 #include "image/graphic_file.h"
+#include "operations/parameters.h"
 
 namespace vellum::cli {
 
@@ -15,6 +16,18 @@ const std::map<std::string, DocumentKind>& animation_kinds() {
     return kinds;
   }();
   return animations;
+}
+
+void add_kind_option(CLI::App& app, DocumentKind& kind) {
+  app.add_option("--kind", kind, "The kind of file; without it the name decides")
+      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
+}
+
+DocumentKind kind_of_result(DocumentKind given, const std::string& out) {
+  if (given != DocumentKind::None) return given;
+  for (const DocumentKind kind : kAnimatedKinds)
+    if (has_extension_of(out, kind)) return kind;
+  return DocumentKind::APNG;
 }
 
 bool name_fits_document(const std::string& path) {

@@ -1,6 +1,7 @@
 // Kinds of documents as options name them.
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <map>
 #include <string>
 
@@ -16,6 +17,11 @@ inline const std::map<std::string, DocumentKind> kKinds = {{"png", DocumentKind:
 
 /// Those of animations alone.
 const std::map<std::string, DocumentKind>& animation_kinds();
+
+/// "--kind" of an animation that is made. Where it isn't given, the name of the result decides: an animated
+/// PNG where that says nothing.
+void add_kind_option(CLI::App& app, DocumentKind& kind);
+DocumentKind kind_of_result(DocumentKind given, const std::string& out);
 
 /// Whether a document may have a name: those of other formats would lie about its content. Tells where not.
 bool name_fits_document(const std::string& path);

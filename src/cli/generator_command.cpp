@@ -4,7 +4,6 @@
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
 #include "core/files/save_document.h"
-#include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 
 namespace vellum::cli {
@@ -17,16 +16,8 @@ struct Given {
   GivenParameters parameters;
 };
 
-/// What was asked for, else what the name says; an animated PNG where it says nothing.
-DocumentKind kind_of(const Given& given) {
-  if (given.kind != DocumentKind::None) return given.kind;
-  for (const DocumentKind kind : kAnimatedKinds)
-    if (has_extension_of(given.out, kind)) return kind;
-  return DocumentKind::APNG;
-}
-
 int run(const Generator& generator, const Given& given, Host& host) {
-  const DocumentKind kind = kind_of(given);
+  const DocumentKind kind = kind_of_result(given.kind, given.out);
   if (!name_fits_kind(given.out, kind)) return kWrongUsage;
   const auto values = parameter_values(generator.parameters, given.parameters, {});
   if (!values) return kWrongUsage;
@@ -50,8 +41,7 @@ Run prepare_generator(CLI::App& app, const Generator& generator) {
     app.add_option("FILE", given->files, "A picture")->required()->expected(1);
   if (generator.input == GeneratorInput::Pictures)
     app.add_option("FILE", given->files, "Pictures, in their order")->required();
-  app.add_option("--kind", given->kind, "The kind of file; without it the name decides")
-      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
+  add_kind_option(app, given->kind);
   add_parameter_options(app, generator.parameters, given->parameters);
   add_stored_option(app, generator.parameters, given->parameters);
   return [given, &generator](Host& host) { return run(generator, *given, host); };

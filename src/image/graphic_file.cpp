@@ -109,20 +109,27 @@ const GraphicFileModule* graphic_module_of(std::span<const std::uint8_t> file) {
   return row == kModules.end() ? nullptr : &*row;
 }
 
-GraphicReading read_graphic_file(std::string_view name, Part part) try {
-  const GraphicName parsed = parse_graphic_name(name);
-  std::string reason;
-  const auto file = read_file(parsed.path, reason, kMaximumFileBytes);
-  if (!file) return {{}, GraphicFault::Missing, reason};
-  const GraphicFileModule* module = graphic_module_of(*file);
+GraphicReading read_graphic_bytes(std::span<const std::uint8_t> file, Part part,
+                                  const GraphicSwitches& switches) try {
+  const GraphicFileModule* module = graphic_module_of(file);
   if (!module) return {{}, GraphicFault::UnknownKind, "the content is no picture of a kind that can be read"};
-  GraphicReading reading = module->decode(*file, part, reading_switches(module, parsed.switches));
+  GraphicReading reading = module->decode(file, part, reading_switches(module, switches));
   reading.module = module;
   if (!reading.picture && reading.fault == GraphicFault::None) reading.fault = GraphicFault::Damaged;
   if (!reading.picture && reading.told.empty()) reading.told = "the file is damaged";
   if (!reading.picture || !reading.told.empty())
     reading.told = std::string(module->name) + ": " + reading.told;
   return reading;
+} catch (const std::bad_alloc&) {
+  return {{}, GraphicFault::TooLarge, "memory is exhausted"};
+}
+
+GraphicReading read_graphic_file(std::string_view name, Part part) try {
+  const GraphicName parsed = parse_graphic_name(name);
+  std::string reason;
+  const auto file = read_file(parsed.path, reason, kMaximumFileBytes);
+  if (!file) return {{}, GraphicFault::Missing, reason};
+  return read_graphic_bytes(*file, part, parsed.switches);
 } catch (const std::bad_alloc&) {
   return {{}, GraphicFault::TooLarge, "memory is exhausted"};
 }
@@ -140,6 +147,13 @@ Picture told_reading(const std::filesystem::path& path, const GraphicReading& re
   else if (!reading.told.empty())
     host.add_note(text);
   return reading.picture;
+}
+
+bool passes_over(const std::filesystem::path& path, const GraphicReading& reading, Host& host) {
+  if (!host.ask) return true;
+  const auto id = StringId::CorruptedGraphicQuestion;
+  return host.ask({id, {}, std::string(string_text(id)), reading_text(path, reading), nullptr}, false) ==
+         Answer::Yes;
 }
 
 Picture read_picture_file(const std::filesystem::path& path, Host& host) {

@@ -77,13 +77,18 @@ const GraphicFileModule* graphic_module_of(std::span<const std::uint8_t> file);
 /// The picture of a file, or its header and color table alone. A JPEG is turned by its EXIF orientation while
 /// `ImageJpegExifOrientation` is on.
 GraphicReading read_graphic_file(std::string_view name, Part part = Part::Whole);
+/// The same of bytes that are read already.
+GraphicReading read_graphic_bytes(std::span<const std::uint8_t> file, Part part = Part::Whole,
+                                  const GraphicSwitches& switches = {});
 
 /// "a.jpg: JPEG: 3 of 40 rows are missing"; the name's last part alone where nothing is told.
 std::string reading_text(const std::filesystem::path& path, const GraphicReading& reading);
 
 /// Tells a person: what is missing of a picture is a note, and why there is none is shown. Its picture.
 Picture told_reading(const std::filesystem::path& path, const GraphicReading& reading, Host& host);
-/// The same of a file that is read for it.
+/// Asks whether a file without a picture is passed over; where nobody can be asked it is.
+bool passes_over(const std::filesystem::path& path, const GraphicReading& reading, Host& host);
+/// The picture of a file that is read for it, told in the same way.
 Picture read_picture_file(const std::filesystem::path& path, Host& host);
 
 /// Width, height, bits and, when the bits are below 9, the palette. Any output may be null. False on failure.

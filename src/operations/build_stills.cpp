@@ -3,20 +3,17 @@
 #include <algorithm>
 
 #include "base/parallel.h"
-#include "base/text.h"
-#include "core/build/build_animation.h"
 #include "core/edit/picture_fitting.h"
 #include "core/files/first_picture.h"
 #include "core/files/open_document.h"
-#include "core/model/chunk_layout.h"
 #include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
+#include "image/remap.h"
 #include "operations/changed_parts.h"
 #include "operations/extract_frames.h"
 #include "operations/frames.h"
-#include "operations/manage_frames.h"
 
 namespace vellum {
 namespace {
@@ -32,56 +29,50 @@ bool fills(const Picture& picture, Extent canvas) {
   return picture.width() == canvas.width && picture.height() == canvas.height;
 }
 
-/// The first frame of an animation makes its canvas: around a smaller one it is transparent.
-Picture on_canvas(const Picture& picture, Extent canvas) {
-  if (fills(picture, canvas)) return picture;
-  const Picture deep = picture.bits() == 32 ? picture : PictureToTrueColorAlpha(picture);
-  return PictureExtendCanvas(deep, canvas.width, canvas.height, 0, 0, 0);
+/// The entry of a picture's own table that is nearest to a color.
+std::uint32_t index_of(const Picture& picture, Colour color) {
+  Palette palette;
+  const std::uint32_t count = PictureGetPalette(picture, palette);
+  return NearestPaletteIndex(red_of(color), green_of(color), blue_of(color), palette, count);
 }
 
-/// WebP gets true color, with the colors that the table of a 1-bit picture has.
-Picture for_kind(const Picture& picture, DocumentKind kind) {
-  return kind == DocumentKind::WEBP && picture.bits() <= 8 ? opaque_true_color(picture) : picture;
+Picture on_ground(const Picture& picture, Extent canvas, Colour ground) {
+  const Colour filling = picture.bits() <= 8    ? index_of(picture, ground)
+                         : picture.bits() == 24 ? ground & 0xFFFFFF
+                                                : ground | 0xFF000000;
+  return PictureExtendCanvas(picture, canvas.width, canvas.height, 0, 0, filling);
 }
 
-/// The frames as the document gets them.
-std::vector<FrameLayer> layers_of(std::span<const Picture> pictures, const StillsBuild& build) {
-  const Extent canvas = largest(pictures);
-  const bool same_size =
-      std::ranges::all_of(pictures, [&](const Picture& picture) { return fills(picture, canvas); });
-  const bool same_depth = std::ranges::all_of(
-      pictures, [&](const Picture& picture) { return picture.bits() == pictures[0].bits(); });
-  const bool clear = !same_size || !same_depth || pictures[0].bits() == 32;
-  std::vector<FrameLayer> layers(pictures.size());
-  if (build.kind == DocumentKind::APNG && !build.whole && same_size && same_depth && pictures[0].bits() > 8) {
-    layers[0].picture = pictures[0];
-    parallel_for(layers.size() - 1,
-                 [&](std::size_t i) { layers[i + 1] = changed_part(pictures[i], pictures[i + 1]); });
-    return layers;
-  }
-  for (std::size_t i = 0; i < pictures.size(); ++i) {
-    // Frames of a WebP replace what is there.
-    const bool whole = i == 0 || build.kind == DocumentKind::WEBP;
-    layers[i].picture = for_kind(whole ? on_canvas(pictures[i], canvas) : pictures[i], build.kind);
-    layers[i].dispose = clear && build.kind != DocumentKind::WEBP ? 1 : 0;
-  }
-  return layers;
+bool fills_canvas(DocumentKind kind, std::size_t number) {
+  return kind == DocumentKind::WEBP || (kind == DocumentKind::APNG && number == 0);
 }
 
-bool add_all(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
-             Host& host) {
-  const Progress progress(host, string_text(StringId::BuildingCaption));
-  const std::vector<FrameLayer> layers = layers_of(pictures, build);
-  for (std::size_t i = 0; i < layers.size(); ++i) {
-    const FrameLayer& layer = layers[i];
-    const AddFrameOptions options{kFrameDispose | kFrameBlend | kFrameTransparency, layer.dispose,
-                                  layer.over ? 1u : 0u, 0, layer.dispose == 1};
-    if (host.stopped() || AddFrame(window, layer.picture, -1, nullptr, build.delay, layer.offset.x,
-                                   layer.offset.y, static_cast<std::uint32_t>(i), &options) == 0)
-      return false;
-    progress.step(i + 1, layers.size());
-  }
-  return true;
+/// Where all have one size and depth, an animated PNG has what changes from one to the next.
+bool is_cut(std::span<const Picture> pictures, const StillsBuild& build) {
+  return build.kind == DocumentKind::APNG && !build.whole && pictures[0].bits() > 8 &&
+         std::ranges::all_of(pictures, [&](const Picture& picture) {
+           return picture.bits() == pictures[0].bits() &&
+                  fills(picture, {pictures[0].width(), pictures[0].height()});
+         });
+}
+
+std::vector<StreamedFrame> cut_frames(std::span<const Picture> pictures) {
+  std::vector<StreamedFrame> frames(pictures.size());
+  frames[0].picture = pictures[0];
+  parallel_for(frames.size() - 1, [&](std::size_t i) {
+    static_cast<FrameLayer&>(frames[i + 1]) = changed_part(pictures[i], pictures[i + 1]);
+  });
+  return frames;
+}
+
+std::vector<StreamedFrame> whole_frames(std::span<const Picture> pictures, Extent size, DocumentKind kind) {
+  const bool clear = !std::ranges::all_of(pictures, [&](const Picture& picture) {
+    return fills(picture, size) && picture.bits() == pictures[0].bits() && picture.bits() != 32;
+  });
+  std::vector<StreamedFrame> frames(pictures.size());
+  for (std::size_t i = 0; i < pictures.size(); ++i)
+    frames[i] = placed_still(pictures[i], {}, i, {size, kind, clear});
+  return frames;
 }
 
 }  // namespace
@@ -100,21 +91,39 @@ GraphicReading read_still(const std::filesystem::path& file) {
   return first_picture(file);
 }
 
+StreamedFrame placed_still(const Picture& picture, std::vector<std::uint8_t> transparency, std::size_t number,
+                           const StillCanvas& canvas) {
+  StreamedFrame frame;
+  frame.picture = picture;
+  frame.transparency = std::move(transparency);
+  const bool whole = fills(picture, canvas.size);
+  if (!whole && fills_canvas(canvas.kind, number)) {
+    if (canvas.ground) frame.picture = on_ground(picture, canvas.size, *canvas.ground);
+    if (!canvas.ground)
+      frame.picture =
+          PictureExtendCanvas(PictureWithTransparency(picture, std::exchange(frame.transparency, {})),
+                              canvas.size.width, canvas.size.height, 0, 0, 0);
+  }
+  // The colors that the table of a 1-bit picture has.
+  if (canvas.kind == DocumentKind::WEBP && frame.transparency.empty() && frame.picture.bits() <= 8)
+    frame.picture = opaque_true_color(frame.picture);
+  frame.dispose = canvas.clear && canvas.kind != DocumentKind::WEBP ? 1 : 0;
+  frame.clears = canvas.clear;
+  return frame;
+}
+
 bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
                        Host& host) {
-  const auto number = build_number(build.kind);
-  if (!number || pictures.empty() || !std::ranges::all_of(pictures, has_rows)) return false;
-  DocumentWindow made;
-  made.document.fileName = window.document.fileName;
-  const std::int32_t iterations = iterations_for(build.kind, build.plays == 0);
-  const bool whole = BeginAnimation(made, iterations, 0, *number) && add_all(made, pictures, build, host) &&
-                     EndAnimation(made, iterations);
-  if (!whole) return false;
-  if (build.plays > 1) set_document_plays(made, build.plays);
-  window.document = made.document;
-  window.list = made.list;
-  chunk_list_close_change(window.list, window.document);
-  return true;
+  if (pictures.empty() || !std::ranges::all_of(pictures, has_rows)) return false;
+  const Extent canvas = largest(pictures);
+  const auto frames =
+      is_cut(pictures, build) ? cut_frames(pictures) : whole_frames(pictures, canvas, build.kind);
+  const FrameStream stream{canvas, frames.size(), build.plays, [&](std::size_t i) {
+                             StreamedFrame frame = frames[i];
+                             frame.delay = build.delay;
+                             return frame;
+                           }};
+  return build_from_stream(window, stream, build.kind, host);
 }
 
 }  // namespace vellum

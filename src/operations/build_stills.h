@@ -5,7 +5,7 @@
 #include <span>
 
 #include "base/host.h"
-#include "core/model/document.h"
+#include "core/build/frame_stream.h"
 #include "image/graphic_file.h"
 
 namespace vellum {
@@ -19,6 +19,20 @@ struct StillsBuild {
 
 /// The picture of a file, with its transparency as alpha; of an animation the first one.
 GraphicReading read_still(const std::filesystem::path& file);
+
+/// A canvas on which pictures of any size are shown, each alone.
+struct StillCanvas {
+  Extent size;
+  DocumentKind kind = DocumentKind::APNG;
+  bool clear = false;              ///< something of the frame before would show through
+  std::optional<Colour> ground{};  ///< around a smaller picture that must fill the canvas; none: transparent
+};
+
+/// A frame of a picture (with its transparency, as PictureWithTransparency takes it) in the left top corner.
+/// The first one of an animated PNG makes its canvas, and those of a WebP replace what is there: they fill
+/// the canvas. With a ground they keep their depth.
+StreamedFrame placed_still(const Picture& picture, std::vector<std::uint8_t> transparency, std::size_t number,
+                           const StillCanvas& canvas);
 
 /// Makes an empty window an animation of these pictures, each alone on the canvas, which has the size of the
 /// largest. Behind the first one an animated PNG has what changes alone, where all have one size and depth.

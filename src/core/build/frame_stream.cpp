@@ -4,10 +4,12 @@
 
 #include "core/build/build_animation.h"
 #include "core/edit/frame_layer.h"
+#include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
 #include "core/model/compose.h"
 #include "core/model/frame_values.h"
 #include "core/model/loops.h"
+#include "core/model/record_picture.h"
 #include "image/picture_operations.h"
 
 namespace vellum {
@@ -61,9 +63,19 @@ std::optional<std::int32_t> single_key(const Picture& picture, std::span<const s
   return found;
 }
 
+/// An image of an MNG has an alpha for each of its colors.
+bool put_alphas(DocumentWindow& window, std::size_t place, std::span<const std::uint8_t> table) {
+  ChunkRecord record = window.list.record(place);
+  put_image_transparency(record, table);
+  record.description = chunk_description(record);
+  return chunk_list_put(window.list, place, record);
+}
+
 bool add_frame(DocumentWindow& window, const StreamedFrame& frame, std::size_t number) {
   Picture picture = frame.picture;
   auto key = single_key(picture, frame.transparency);
+  const bool alphas = !key && window.document.kind == DocumentKind::MING;
+  if (alphas) key = -1;
   const bool keyed = key && *key >= 0;
   const bool holds_key = window.document.kind == DocumentKind::MING || picture.bits() <= 8;
   if (!key || (keyed && (!holds_key || window.document.kind == DocumentKind::WEBP))) {
@@ -72,8 +84,9 @@ bool add_frame(DocumentWindow& window, const StreamedFrame& frame, std::size_t n
   }
   const AddFrameOptions options{kFrameDispose | kFrameBlend | kFrameTransparency, frame.dispose,
                                 frame.over ? 1u : 0u, 0, frame.clears};
-  return AddFrame(window, picture, *key, nullptr, frame.delay, frame.offset.x, frame.offset.y,
-                  static_cast<std::uint32_t>(number), &options) != 0;
+  const std::size_t behind = AddFrame(window, picture, *key, nullptr, frame.delay, frame.offset.x,
+                                      frame.offset.y, static_cast<std::uint32_t>(number), &options);
+  return behind != 0 && (!alphas || put_alphas(window, behind - 1, frame.transparency));
 }
 
 }  // namespace
@@ -113,7 +126,8 @@ FrameStream canvas_frames(const DocumentWindow& window) {
   return stream;
 }
 
-bool build_from_stream(DocumentWindow& window, const FrameStream& stream, DocumentKind kind, Host& host) {
+bool build_from_stream(DocumentWindow& window, const FrameStream& stream, DocumentKind kind, Host& host,
+                       StringId caption) {
   const auto number = build_number(kind);
   if (!number || stream.count == 0) return false;
   const bool mng = kind == DocumentKind::MING;
@@ -124,7 +138,7 @@ bool build_from_stream(DocumentWindow& window, const FrameStream& stream, Docume
   made.document.thumbScale = window.document.thumbScale;
   const QuietList quiet(made.list);
   if (!BeginAnimation(made, iterations, 0, *number)) return false;
-  const Progress progress(host, string_text(StringId::BuildingCaption));
+  const Progress progress(host, string_text(caption));
   for (std::size_t i = 0; i < stream.count; ++i) {
     if (host.stopped() || !add_frame(made, stream.frame(i), i)) return false;
     progress.step(i + 1, stream.count);

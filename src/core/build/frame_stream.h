@@ -33,8 +33,9 @@ FrameStream canvas_frames(const DocumentWindow& window);
 
 /// Makes an empty window an animation of this kind. An animated PNG takes frames of one form: of one depth
 /// and, below 24 bits, of one palette and one transparent index, the first one as large as the canvas.
-/// Partial transparency of indexed frames makes true color of them. False when a frame is lost or too large
-/// for the kind, memory is exhausted or the user stopped it; nothing is then left of it.
-bool build_from_stream(DocumentWindow& window, const FrameStream& stream, DocumentKind kind, Host& host);
+/// Partial transparency of indexed frames makes true color of them, but in an MNG. False when a frame is lost
+/// or too large for the kind, memory is exhausted or the user stopped it; nothing is then left of it.
+bool build_from_stream(DocumentWindow& window, const FrameStream& stream, DocumentKind kind, Host& host,
+                       StringId caption = StringId::BuildingCaption);
 
 }  // namespace vellum

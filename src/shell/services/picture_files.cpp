@@ -6,17 +6,6 @@
 #include "shell/services/file_dialogs.h"
 
 namespace vellum {
-namespace {
-
-bool passes_over(const std::filesystem::path& file, const GraphicReading& reading, Host& host) {
-  if (!host.ask) return true;
-  const auto id = StringId::CorruptedGraphicQuestion;
-  return host.ask({id, {}, std::string(string_text(id)), reading_text(file, reading), nullptr}, false) ==
-         Answer::Yes;
-}
-
-}  // namespace
-
 std::vector<Picture> read_picture_files(const std::vector<std::filesystem::path>& files, Host& host) {
   std::vector<Picture> pictures;
   const Progress progress(host, string_text(StringId::Loading));
