@@ -84,9 +84,12 @@ class Wizard : public ::testing::Test {
     alphas[PictureGetPixel(paletted, 3, 2)] = 90;
     Picture deep = PictureToTrueColorAlpha(small_picture(6, 4, 24, 7));
     PicturePutPixel(deep, 2, 2, 0x40123456);
-    return {png("a.png", paletted, alphas, alphas),     png("b.png", grey, {0, level}, levels),
-            png("c.png", rgb, triple, triple),          png("d.png", deep, {}, {}),
-            gif("e.gif", small_picture(6, 3, 8, 4), 0), png("f.png", small_picture(6, 4, 1, 5), {}, {})};
+    return {png("source_a.png", paletted, alphas, alphas),
+            png("source_b.png", grey, {0, level}, levels),
+            png("source_c.png", rgb, triple, triple),
+            png("source_d.png", deep, {}, {}),
+            gif("e.gif", small_picture(6, 3, 8, 4), 0),
+            png("source_f.png", small_picture(6, 4, 1, 5), {}, {})};
   }
   static std::vector<std::filesystem::path> paths(const std::vector<Source>& sources) {
     std::vector<std::filesystem::path> files;
@@ -279,6 +282,7 @@ TEST_F(Wizard, FilesThatCanNotBeReadAreAskedAboutAndAStopLeavesNothing) {
     for (std::size_t patience = 0; patience < 8; ++patience) {
       std::size_t heard = 0;
       Recorder impatient;
+      impatient.host.ask = nullptr;
       impatient.host.stop_requested = [&] { return heard++ >= patience; };
       EXPECT_FALSE(build_wizard(files, values(choice, true, true), M, none, impatient.host));
       EXPECT_TRUE(none.list.empty() && impatient.messages.empty()) << patience;

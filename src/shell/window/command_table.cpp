@@ -35,7 +35,7 @@ const CommandRow kCommands[] = {
     {104, "Save &as...", Menu::File, 2, Entries, {}, nullptr, save_as_command},
     {106, "&Close", Menu::File, 3, Entries, {}, "close", close_command},
     {109, "Close a&ll", Menu::File, 3, Entries, {}, nullptr, close_all_command},
-    {59, "Animation &Wizard...\tCtrl+T", Menu::File, 4, Nothing, {}, "wizard", kLater},
+    {59, "Animation &Wizard...\tCtrl+T", Menu::File, 4, Nothing, {}, "wizard", wizard_command},
     {117, "Com&bine", Menu::File, 4, Nothing, {}, "combine", kLater},
     {403, "Fa&vorites", Menu::File, 4, Nothing, {}, "favorites", kLater},
     {119, "Pr&int", Menu::File, 5, Entries, kAnimations, "print", kLater},

@@ -105,6 +105,8 @@ template <int Number>
 void generator_command(MainWindow& main) {
   run_generator_command(main, Number);
 }
+/// The animation wizard, whose animation becomes a document in a window of its own.
+void wizard_command(MainWindow& main);
 /// Asks for a file of an import, which becomes a document in a window of its own.
 void run_import_command(MainWindow& main, int number);
 template <int Number>
