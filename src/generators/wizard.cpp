@@ -19,13 +19,13 @@
 namespace vellum {
 namespace {
 
-constexpr FieldChoice kPalettes[] = {{kUseAsIs, "Use as is"},
-                                     {kTrueColor, "True color"},
-                                     {kMatchSuperpalette, "Match to superpalette", "match"},
-                                     {kDitherSuperpalette, "Dither to superpalette", "dither"},
-                                     {kMatchFirstPalette, "Match to first palette", "first"},
-                                     {kPhotorealistic, "Fixed photorealistic", "photorealistic"},
-                                     {kDrawn, "Fixed drawn", "drawn"}};
+constexpr FieldChoice kPalettes[] = {{kWizardAsIs, "Use as is"},
+                                     {kWizardTrueColor, "True color"},
+                                     {kWizardMatch, "Match to superpalette", "match"},
+                                     {kWizardDither, "Dither to superpalette", "dither"},
+                                     {kWizardFirst, "Match to first palette", "first"},
+                                     {kWizardPhotorealistic, "Fixed photorealistic", "photorealistic"},
+                                     {kWizardDrawn, "Fixed drawn", "drawn"}};
 
 constexpr Field kFields[] = {
     {.name = "delay",
@@ -77,8 +77,8 @@ constexpr Field kFields[] = {
 
 /// The colors of the last three choices. False after a message when the first file can't tell its own.
 bool give_colors(WizardPlan& plan, const std::filesystem::path& first, Host& host) {
-  if (plan.palette < kMatchFirstPalette) return true;
-  if (plan.palette == kMatchFirstPalette) {
+  if (plan.palette < kWizardFirst) return true;
+  if (plan.palette == kWizardFirst) {
     const StillFile file = read_still_file(first, Part::Header);
     if (!file.reading.picture) {
       host.show(StringId::ErrorReadingFile, {}, reading_text(first, file.reading));
@@ -114,7 +114,7 @@ class WizardStream {
   WizardStream(WizardSources sources, const WizardPlan& plan, std::uint32_t delay)
       : sources_(std::move(sources)), plan_(plan), delay_(delay), canvas_{sources_.canvas(), plan.kind} {
     if (plan.gathers()) plan_.given = gathered_colors(sources_, plan);
-    if (plan.palette != kUseAsIs) canvas_.ground = static_cast<Colour>(settings::DefaultBackgroundColour);
+    if (plan.palette != kWizardAsIs) canvas_.ground = static_cast<Colour>(settings::DefaultBackgroundColour);
     alone_ = std::ranges::any_of(sources_.files, [&](const WizardSource& file) { return shows_more(file); });
   }
 
@@ -156,7 +156,7 @@ class WizardStream {
       if (again.reading.picture) frame = wizard_frame(again, plan_);
     }
     const bool clear = frame.picture && frame.picture.bits() == 32;
-    frame.picture = to_colors(frame.picture, plan_.given, plan_.palette == kDitherSuperpalette);
+    frame.picture = to_colors(frame.picture, plan_.given, plan_.palette == kWizardDither);
     if (clear) frame.transparency = plan_.given.alpha;
     return frame;
   }
@@ -201,8 +201,8 @@ constinit const Parameters kWizard{
 };
 
 std::size_t wizard_palettes(DocumentKind kind) {
-  if (kind == DocumentKind::WEBP) return kTrueColor + 1;
-  return settings::AllowAdvancedPalettes != 0 ? kDrawn + 1 : kDitherSuperpalette + 1;
+  if (kind == DocumentKind::WEBP) return kWizardTrueColor + 1;
+  return settings::AllowAdvancedPalettes != 0 ? kWizardDrawn + 1 : kWizardDither + 1;
 }
 
 bool build_wizard(const std::vector<std::filesystem::path>& files, const FieldValues& values,
@@ -211,7 +211,7 @@ bool build_wizard(const std::vector<std::filesystem::path>& files, const FieldVa
   if (files.empty() || !give_colors(plan, files.front(), host)) return false;
   auto sources = read_wizard_files(files, plan, host);
   if (!sources) return false;
-  const auto caption = plan.palette == kUseAsIs ? StringId::BuildingCaption : StringId::Remapping;
+  const auto caption = plan.palette == kWizardAsIs ? StringId::BuildingCaption : StringId::Remapping;
   WizardStream frames(std::move(*sources), plan, static_cast<std::uint32_t>(values.number("delay")));
   if (build_from_stream(window, frames.stream(values.number("loop") != 0 ? 0 : 1), kind, host, caption)) {
     if (frames.colors() > 0) cut_palettes(window, frames.colors());

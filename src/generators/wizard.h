@@ -10,13 +10,13 @@ namespace vellum {
 
 /// What becomes of the colors.
 enum WizardPalette {
-  kUseAsIs,
-  kTrueColor,
-  kMatchSuperpalette,
-  kDitherSuperpalette,
-  kMatchFirstPalette,
-  kPhotorealistic,  ///< dithered to 256 evenly spaced colors
-  kDrawn,           ///< matched to them
+  kWizardAsIs,
+  kWizardTrueColor,
+  kWizardMatch,
+  kWizardDither,
+  kWizardFirst,
+  kWizardPhotorealistic,  ///< dithered to 256 evenly spaced colors
+  kWizardDrawn,           ///< matched to them
 };
 
 /// Its values: delay (ms), loop, palette (WizardPalette), preserveTransparency, masks, maskColor,

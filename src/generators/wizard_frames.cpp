@@ -106,11 +106,11 @@ bool WizardSources::any_clear() const { return std::ranges::any_of(files, &Wizar
 WizardPlan wizard_plan(const FieldValues& values, DocumentKind kind) {
   WizardPlan plan{.kind = kind, .palette = values.number("palette")};
   const bool preserve = values.number("preserveTransparency") != 0, mng = kind == DocumentKind::MING;
-  if (!mng && preserve) plan.palette = kUseAsIs;
-  if (kind == DocumentKind::WEBP) plan.palette = std::min<std::int64_t>(plan.palette, kTrueColor);
-  plan.keeps = preserve && plan.palette == kUseAsIs;
-  plan.masks = preserve && mng && values.number("masks") != 0 && plan.palette >= kTrueColor &&
-               plan.palette <= kDitherSuperpalette;
+  if (!mng && preserve) plan.palette = kWizardAsIs;
+  if (kind == DocumentKind::WEBP) plan.palette = std::min<std::int64_t>(plan.palette, kWizardTrueColor);
+  plan.keeps = preserve && plan.palette == kWizardAsIs;
+  plan.masks = preserve && mng && values.number("masks") != 0 && plan.palette >= kWizardTrueColor &&
+               plan.palette <= kWizardDither;
   plan.improve = values.number("improvePalette") != 0;
   plan.maskColor = static_cast<Colour>(values.number("maskColor"));
   return plan;
@@ -118,13 +118,13 @@ WizardPlan wizard_plan(const FieldValues& values, DocumentKind kind) {
 
 WizardFrame wizard_frame(const StillFile& file, const WizardPlan& plan) {
   const Picture& picture = file.reading.picture;
-  if (plan.palette == kUseAsIs) return as_it_is(file, plan);
-  if (plan.palette == kTrueColor) return with_mask_color(cut_out(file, plan.masks), plan.maskColor);
+  if (plan.palette == kWizardAsIs) return as_it_is(file, plan);
+  if (plan.palette == kWizardTrueColor) return with_mask_color(cut_out(file, plan.masks), plan.maskColor);
   if (plan.gathers()) return {cut_out(file, plan.masks), {}};
   const bool indexed = picture.bits() == 4 || picture.bits() == 8;
-  return {
-      to_colors(indexed ? picture : opaque_true_color(picture), plan.given, plan.palette == kPhotorealistic),
-      {}};
+  return {to_colors(indexed ? picture : opaque_true_color(picture), plan.given,
+                    plan.palette == kWizardPhotorealistic),
+          {}};
 }
 
 std::size_t wizard_step(std::uint64_t bytes) {

@@ -17,7 +17,7 @@ namespace vellum {
 /// What is done, once the kind has had its say.
 struct WizardPlan {
   DocumentKind kind = DocumentKind::MING;
-  std::int64_t palette = kUseAsIs;
+  std::int64_t palette = kWizardAsIs;
   bool keeps = false;    ///< transparency of the files stays what it is
   bool masks = false;    ///< it becomes an entry of the palette, or a color
   bool improve = false;  ///< the superpalette
@@ -25,7 +25,7 @@ struct WizardPlan {
   GivenColors given{};  ///< of the last three choices
 
   /// Whether frames can be made only when all were seen.
-  bool gathers() const { return palette == kMatchSuperpalette || palette == kDitherSuperpalette; }
+  bool gathers() const { return palette == kWizardMatch || palette == kWizardDither; }
 };
 
 WizardPlan wizard_plan(const FieldValues& values, DocumentKind kind);

@@ -148,5 +148,28 @@ TEST_F(AnimationTool, PaletteTakesBuiltInComputedAndFilesColors) {
   EXPECT_EQ(vellum({"palette", in, out, "--file", in}).status, 0) << "the colors of a picture";
 }
 
+TEST_F(AnimationTool, WizardTellsWhatItLeavesOutAndWritesAllOrNothing) {
+  const std::string one = animation(), bad = folder_ / "bad.gif", out = folder_ / "o.mng";
+  std::ofstream(bad) << "GIF89a";
+  const auto told =
+      vellum({"wizard", "-o", out, one, bad, one, "--delay", "40", "--palette", "dither", "--no-loop"});
+  EXPECT_EQ(told.status, 0) << told.output;
+  EXPECT_NE(told.output.find("Left out: bad.gif"), std::string::npos) << told.output;
+  EXPECT_EQ(column(out, "delay_ms"), std::vector<int>(2, 40));
+  EXPECT_EQ(properties(out)["plays"], 1);
+  for (const auto& [options, status] :
+       std::vector<std::pair<std::vector<std::string>, int>>{{{one, bad, one, "--strict"}, 1},
+                                                             {{bad, bad}, 1},
+                                                             {{one}, 2},
+                                                             {{one, one, "--delay", "32761"}, 2},
+                                                             {{one, one, "--palette", "7"}, 2},
+                                                             {{one, one, "--kind", "webp"}, 2}}) {
+    std::vector<std::string> words = {"wizard", "-o", folder_ / "none.mng"};
+    words.insert(words.end(), options.begin(), options.end());
+    EXPECT_EQ(vellum(words).status, status) << ::testing::PrintToString(options);
+    EXPECT_FALSE(fs::exists(folder_ / "none.mng"));
+  }
+}
+
 }  // namespace
 }  // namespace vellum

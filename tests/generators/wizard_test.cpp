@@ -136,10 +136,10 @@ std::optional<Colour> pixel_wanted(const Source& source, std::uint32_t x, std::u
                                    std::int64_t choice, bool preserve, bool masks, const Colors& colors) {
   const Colour pixel = PictureGetPixel(source.shown, x, y);
   const bool marked = source.table && alpha_of(pixel) < 255;
-  if (choice == kUseAsIs) return source.own_alpha || preserve ? pixel : pixel | 0xFF000000;
-  if (choice <= kDitherSuperpalette && preserve && masks && marked) return 0;
-  if (choice == kTrueColor) return pixel | 0xFF000000;
-  if (choice == kDitherSuperpalette || choice == kPhotorealistic) return std::nullopt;
+  if (choice == kWizardAsIs) return source.own_alpha || preserve ? pixel : pixel | 0xFF000000;
+  if (choice <= kWizardDither && preserve && masks && marked) return 0;
+  if (choice == kWizardTrueColor) return pixel | 0xFF000000;
+  if (choice == kWizardDither || choice == kWizardPhotorealistic) return std::nullopt;
   const std::uint32_t index = NearestPaletteIndex(red_of(pixel), green_of(pixel), blue_of(pixel),
                                                   colors.palette, colors.count - (colors.mask ? 1 : 0));
   return make_colour(colors.palette[3 * index], colors.palette[3 * index + 1], colors.palette[3 * index + 2],
@@ -166,14 +166,14 @@ TEST_F(Wizard, MakesOfEveryFileWhatChoiceAndKindSay) {
   settings::AllowAdvancedPalettes = 1;
   const auto files = sources();
   for (const DocumentKind kind : {A, M, W})
-    for (std::int64_t given = kUseAsIs; given <= kDrawn; ++given)
+    for (std::int64_t given = kWizardAsIs; given <= kWizardDrawn; ++given)
       for (const bool preserve : {true, false})
         for (const bool masks : {true, false}) {
           SCOPED_TRACE(std::string(testing::kFileNames.at(kind)) + " choice " + std::to_string(given) +
                        (preserve ? " preserving" : "") + (masks ? " masks" : ""));
           std::int64_t choice = given;
-          if (kind != M && preserve) choice = kUseAsIs;
-          if (kind == W) choice = std::min<std::int64_t>(choice, kTrueColor);
+          if (kind != M && preserve) choice = kWizardAsIs;
+          if (kind == W) choice = std::min<std::int64_t>(choice, kWizardTrueColor);
           DocumentWindow window, read;
           ASSERT_TRUE(
               build_wizard(paths(files), values(given, preserve, masks), kind, window, recorder_.host));
@@ -184,13 +184,13 @@ TEST_F(Wizard, MakesOfEveryFileWhatChoiceAndKindSay) {
           const Extent canvas = document_size(read.list, read.document);
           ASSERT_TRUE(canvas.width == 6 && canvas.height == 4);
           EXPECT_EQ(GetIterations(read.list, read.document), 0u);
-          const Colors colors = choice >= kMatchSuperpalette ? colors_of(window) : Colors{};
-          if (choice == kMatchSuperpalette || choice == kDitherSuperpalette)
+          const Colors colors = choice >= kWizardMatch ? colors_of(window) : Colors{};
+          if (choice == kWizardMatch || choice == kWizardDither)
             expect_superpalette(colors, kind == M && preserve && masks);
-          if (choice == kMatchFirstPalette) {
+          if (choice == kWizardFirst) {
             EXPECT_EQ(colors.count, 16u);
           }
-          if (choice >= kPhotorealistic) {
+          if (choice >= kWizardPhotorealistic) {
             EXPECT_EQ(colors.count, 256u);
           }
           const FrameStream shown = canvas_frames(read);
@@ -200,8 +200,8 @@ TEST_F(Wizard, MakesOfEveryFileWhatChoiceAndKindSay) {
             EXPECT_EQ(frame.delay, 70u);
             const Picture& source = files[i].shown;
             const Picture made = testing::images_of(window)[i];
-            EXPECT_TRUE(choice < kMatchSuperpalette || made.bits() <= 8) << i;
-            EXPECT_TRUE(choice != kTrueColor || made.bits() == 24) << i;
+            EXPECT_TRUE(choice < kWizardMatch || made.bits() <= 8) << i;
+            EXPECT_TRUE(choice != kWizardTrueColor || made.bits() == 24) << i;
             for (std::uint32_t y = 0; y < source.height(); ++y)
               for (std::uint32_t x = 0; x < source.width(); ++x) {
                 const auto wanted = pixel_wanted(files[i], x, y, choice, preserve, masks, colors);
@@ -220,7 +220,7 @@ TEST_F(Wizard, MakesOfEveryFileWhatChoiceAndKindSay) {
 
 TEST_F(Wizard, FramesOfASuperpaletteDoNotDependOnWhatIsKeptInMemory) {
   const auto files = paths(sources());
-  const auto dithered = values(kDitherSuperpalette, true, true);
+  const auto dithered = values(kWizardDither, true, true);
   DocumentWindow kept, again;
   ASSERT_TRUE(build_wizard(files, dithered, M, kept, recorder_.host));
   const std::uint64_t room = std::exchange(wizardBytes, 1);
@@ -247,7 +247,7 @@ TEST_F(Wizard, PalettesOfExactlySoManyColorsKeepTheMaskBehindThem) {
     alphas.back() = 0;
     const auto source = png("x.png", picture, alphas, alphas);
     DocumentWindow window;
-    ASSERT_TRUE(build_wizard({source.path, source.path}, values(kMatchSuperpalette, true, true), M, window,
+    ASSERT_TRUE(build_wizard({source.path, source.path}, values(kWizardMatch, true, true), M, window,
                              recorder_.host));
     const ChunkRecord& record = window.list.record(frame_entries(window).back());
     EXPECT_EQ(record.image->paletteBytes, 3 * (count + 1));
@@ -265,7 +265,7 @@ TEST_F(Wizard, FilesThatCanNotBeReadAreAskedAboutAndAStopLeavesNothing) {
   cut.resize(40);
   write(folder_ / "cut.png", cut);
   files.insert(files.begin() + 2, {folder_ / "empty.png", folder_ / "gone.gif", folder_ / "cut.png"});
-  for (const std::int64_t choice : {kUseAsIs, kMatchSuperpalette}) {
+  for (const std::int64_t choice : {kWizardAsIs, kWizardMatch}) {
     std::size_t asked = 0;
     recorder_.host.ask = [&](const Message& message, bool) {
       EXPECT_EQ(message.id, StringId::CorruptedGraphicQuestion);
@@ -290,10 +290,10 @@ TEST_F(Wizard, FilesThatCanNotBeReadAreAskedAboutAndAStopLeavesNothing) {
   }
   DocumentWindow none;
   EXPECT_FALSE(
-      build_wizard({files[2], files[0]}, values(kMatchFirstPalette, false, true), A, none, recorder_.host));
+      build_wizard({files[2], files[0]}, values(kWizardFirst, false, true), A, none, recorder_.host));
   EXPECT_EQ(recorder_.messages.size(), 1u) << "the first file has no palette to give";
   recorder_.host.ask = nullptr;
-  EXPECT_FALSE(build_wizard({files[2], files[3]}, values(kUseAsIs, true, true), A, none, recorder_.host));
+  EXPECT_FALSE(build_wizard({files[2], files[3]}, values(kWizardAsIs, true, true), A, none, recorder_.host));
   EXPECT_EQ(recorder_.messages.size(), 2u) << "none is left";
   EXPECT_TRUE(none.list.empty());
 }

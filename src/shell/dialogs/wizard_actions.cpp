@@ -43,29 +43,12 @@ void WizardDialog::make_actions() {
   }
   connect(chosen_, &ThumbnailList::edited, this, [this] { follow_sizes(true); });
   connect(chosen_, &ThumbnailList::files_dropped, this, &WizardDialog::take_files);
-  make_chosen_keys();
   connect(new QShortcut(QKeySequence::Refresh, this), &QShortcut::activated, this, [this] {
     thumbnails_.forget_changed(true);
     refresh();
   });
   connect(panes_, &QSplitter::splitterMoved, this, &WizardDialog::store_panes);
   follow_files();
-}
-
-void WizardDialog::make_chosen_keys() {
-  auto* erase = new QShortcut(QKeySequence::Delete, chosen_, nullptr, nullptr, Qt::WidgetShortcut);
-  connect(erase, &QShortcut::activated, chosen_, &ThumbnailList::remove_selected);
-  for (const int step : {-1, 1}) {
-    const auto key = QKeySequence(Qt::CTRL | (step < 0 ? Qt::Key_Up : Qt::Key_Down));
-    auto* move = new QShortcut(key, chosen_, nullptr, nullptr, Qt::WidgetShortcut);
-    connect(move, &QShortcut::activated, this, [this, step] {
-      const auto rows = chosen_->selected_rows();
-      const int count = static_cast<int>(chosen_->paths().size());
-      if (rows.empty()) return;
-      const int to = step < 0 ? rows.front() - 1 : rows.back() + 2;
-      if (to >= 0 && to <= count) chosen_->move_selected(to);
-    });
-  }
 }
 
 /// What is made, and what happens in the folder.

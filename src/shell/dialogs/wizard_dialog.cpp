@@ -97,7 +97,7 @@ WizardDialog::~WizardDialog() = default;
 void WizardDialog::reset_settings() {
   settings::NewAnimationWizardDelay = 10;
   settings::NewAnimationWizardLoop = 1;
-  settings::NewAnimationWizardPaletteOption = kUseAsIs;
+  settings::NewAnimationWizardPaletteOption = kWizardAsIs;
   settings::NewAnimationWizardDialogWide = settings::NewAnimationWizardDialogDeep = 0;
   settings::NewAnimationWizardTreeWide = settings::NewAnimationWizardFilesWide = 0;
   settings::NewAnimationWizardSelFilesWide = 0;
@@ -133,15 +133,17 @@ void WizardDialog::make_lists() {
   left->setStretchFactor(0, 1);
   left->setSizes({400, kPreviewSide + 4});
   panes_->addWidget(left);
-  panes_->addWidget(make_pane(tr("A&vailable files"), available_));
-  panes_->addWidget(make_pane(tr("A&nimation"), chosen_));
+  add_ = new QPushButton(tr("A&dd"), this);
+  remove_ = new QPushButton(tr("&Remove"), this);
+  panes_->addWidget(make_pane(tr("A&vailable files"), available_, add_));
+  panes_->addWidget(make_pane(tr("A&nimation"), chosen_, remove_));
   for (int i = 0; i < panes_->count(); ++i) {
     panes_->widget(i)->setMinimumWidth(kLeastPane);
     panes_->handle(i)->setObjectName(QStringLiteral("QDXPRONewAnimationWizardHorzDragClass"));
   }
 }
 
-QWidget* WizardDialog::make_pane(const QString& title, QWidget* list) {
+QWidget* WizardDialog::make_pane(const QString& title, QWidget* list, QPushButton* below) {
   auto* pane = new QWidget(panes_);
   auto* layout = new QVBoxLayout(pane);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -151,6 +153,7 @@ QWidget* WizardDialog::make_pane(const QString& title, QWidget* list) {
   list->setAccessibleName(QString(title).remove(u'&'));
   layout->addWidget(label);
   layout->addWidget(list, 1);
+  if (below) layout->addWidget(below, 0, Qt::AlignRight);
   return pane;
 }
 
@@ -175,15 +178,11 @@ void WizardDialog::make_controls(QVBoxLayout* layout) {
     row->addWidget(label);
     row->addWidget(control);
   };
-  add_ = new QPushButton(tr("A&dd"), this);
-  remove_ = new QPushButton(tr("&Remove"), this);
   labelled(tr("&Palette:"), palette_);
   labelled(tr("De&lay:"), delay_);
   row->addWidget(loop_);
   row->addWidget(preserve_);
   row->addStretch(1);
-  row->addWidget(add_);
-  row->addWidget(remove_);
   layout->addLayout(row);
   layout->addWidget(status_);
   buttons_ = add_buttons(*this, QDialogButtonBox::Cancel, QStringLiteral("ANIMATIONWIZARD"));
@@ -347,9 +346,9 @@ void WizardDialog::accept() {
 
 void WizardDialog::run_test() {
   DocumentWindow temporary;
-  if (!run(temporary) || !show) return;
+  if (!run(temporary) || !view) return;
   motion_->play(std::nullopt);
-  show(temporary);
+  view(temporary);
   play();
 }
 

@@ -41,7 +41,7 @@ class WizardDialog : public QDialog {
   /// Makes the animation; the host shows its progress in the dialog. Where that fails the dialog stays.
   std::function<bool(const WizardChoice& choice, DocumentWindow& window, Host& host)> build;
   /// What Test does with an animation that was made.
-  std::function<void(const DocumentWindow& window)> show;
+  std::function<void(const DocumentWindow& window)> view;
   /// What Build made.
   DocumentWindow& made() { return made_; }
 
@@ -69,10 +69,9 @@ class WizardDialog : public QDialog {
  private:
   void reset_settings();
   void make_lists();
-  QWidget* make_pane(const QString& title, QWidget* list);
+  QWidget* make_pane(const QString& title, QWidget* list, QPushButton* below = nullptr);
   void make_controls(QVBoxLayout* layout);
   void make_actions();
-  void make_chosen_keys();
   void follow_files();
   void choose_size();
   void lay_out_panes();

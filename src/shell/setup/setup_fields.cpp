@@ -107,7 +107,7 @@ const SettingField kDisplay[] = {
     flag("ViewWindowSizeAdjust", "Adjust oversize View windows ",
          "What is larger than the screen is made to fit"),
     flag("NewAnimationWizardPreviewSizeas", "Animation Wizard preview size as",
-         "The preview opens at the size of the animation"),
+         "The preview of a picture opens at its own size"),
     flag("ClickOutsideAnimToClose", "Click outside View to close",
          "A click beside the animation ends the view"),
     flag("DisplayInterlace", "Display interlace", "Interlaced images are shown pass by pass"),

@@ -4,6 +4,7 @@
 #include <QDrag>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
@@ -291,7 +292,21 @@ void ThumbnailList::keyPressEvent(QKeyEvent* event) {
     emit opened(paths()[currentIndex().row()]);
     return event->accept();
   }
-  QListView::keyPressEvent(event);
+  if (!acceptDrops() || !edit_by_key(*event)) QListView::keyPressEvent(event);
+}
+
+bool ThumbnailList::edit_by_key(const QKeyEvent& event) {
+  const auto rows = selected_rows();
+  if (rows.empty()) return false;
+  if (event.matches(QKeySequence::Delete)) {
+    remove_selected();
+    return true;
+  }
+  const bool up = event.key() == Qt::Key_Up, down = event.key() == Qt::Key_Down;
+  if (!(up || down) || event.modifiers() != Qt::ControlModifier) return false;
+  const int to = up ? rows.front() - 1 : rows.back() + 2;
+  if (to >= 0 && to <= static_cast<int>(paths().size())) move_selected(to);
+  return true;
 }
 
 void ThumbnailList::paintEvent(QPaintEvent* event) {

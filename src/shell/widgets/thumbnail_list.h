@@ -75,6 +75,7 @@ class ThumbnailList : public QListView {
 
  private:
   int row_at(QPoint place) const;
+  bool edit_by_key(const QKeyEvent& event);
   void select_rows(int first, int count);
 
   ThumbnailListForm form_;

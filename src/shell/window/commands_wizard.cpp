@@ -33,7 +33,7 @@ void wizard_command(MainWindow& main) {
     if (!built && host.stopped()) QApplication::beep();
     return built;
   };
-  dialog.show = [&](const DocumentWindow& made) { view_document(made, false, services, &dialog); };
+  dialog.view = [&](const DocumentWindow& made) { view_document(made, false, services, &dialog); };
   if (dialog.exec() != QDialog::Accepted) return;
   if (DocumentFrame* frame = main.add_document(std::move(dialog.made()))) frame->size_to_content();
 }
