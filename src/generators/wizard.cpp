@@ -19,8 +19,8 @@
 namespace vellum {
 namespace {
 
-constexpr FieldChoice kPalettes[] = {{kWizardAsIs, "Use as is"},
-                                     {kWizardTrueColor, "True color"},
+constexpr FieldChoice kPalettes[] = {{kWizardAsIs, "Use as is", "as-is"},
+                                     {kWizardTrueColor, "True color", "true"},
                                      {kWizardMatch, "Match to superpalette", "match"},
                                      {kWizardDither, "Dither to superpalette", "dither"},
                                      {kWizardFirst, "Match to first palette", "first"},

@@ -6,6 +6,7 @@
 #include "core/edit/picture_fitting.h"
 #include "core/files/first_picture.h"
 #include "core/files/open_document.h"
+#include "core/files/still_file.h"
 #include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
@@ -81,7 +82,12 @@ GraphicReading read_still(const std::filesystem::path& file) {
   const GraphicReading header = read_graphic_file(file.string(), Part::Header);
   const bool is_document =
       header.module ? header.module->extension == "png" : has_extension_of(file, DocumentKind::MING);
-  if (!is_document) return read_graphic_file(file.string());
+  if (!is_document) {
+    StillFile still = read_still_file(file);
+    if (still.reading.picture && !still.transparency.empty())
+      still.reading.picture = PictureWithTransparency(still.reading.picture, still.transparency);
+    return still.reading;
+  }
   // As a document it has its transparency; what can't be opened as one may still be shown in part.
   DocumentWindow window;
   Host nobody;

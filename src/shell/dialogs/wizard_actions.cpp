@@ -1,5 +1,6 @@
 // What the animation wizard does: menus, keys, and what follows folders and files.
 #include <QMenu>
+#include <QScrollBar>
 #include <QShortcut>
 
 #include "configuration/shell_settings.h"
@@ -28,6 +29,16 @@ void WizardDialog::make_actions() {
   connect(test_, &QPushButton::clicked, this, &WizardDialog::run_test);
   connect(folders_->selectionModel(), &QItemSelectionModel::currentChanged, this,
           [this](const QModelIndex& index) { show_folder(tree_.filePath(index)); });
+  // The model lists folders when it has time, and each list moves the others.
+  connect(&tree_, &QFileSystemModel::directoryLoaded, this, [this](const QString& loaded) {
+    if (!sought_ || !(folder_ + u'/').startsWith(loaded)) return;
+    const auto show = [this] {
+      folders_->scrollTo(folders_->currentIndex(), QAbstractItemView::PositionAtCenter);
+    };
+    QTimer::singleShot(0, folders_, show);
+  });
+  connect(folders_->verticalScrollBar(), &QScrollBar::sliderPressed, this, [this] { sought_ = false; });
+  connect(folders_, &QTreeView::clicked, this, [this] { sought_ = false; });
   connect(available_, &ThumbnailList::opened, this, &WizardDialog::add_selected);
   connect(chosen_, &ThumbnailList::opened, this, &WizardDialog::preview);
   for (ThumbnailList* list : {available_, chosen_}) {

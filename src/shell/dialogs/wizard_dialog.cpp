@@ -91,7 +91,11 @@ WizardDialog::WizardDialog(Services& services, QWidget* parent)
   show_folder(first_folder());
 }
 
-WizardDialog::~WizardDialog() = default;
+/// The tree outlives its model.
+WizardDialog::~WizardDialog() {
+  disconnect(folders_->selectionModel(), nullptr, this, nullptr);
+  folders_->setModel(nullptr);
+}
 
 /// On purpose other values than those of the first time.
 void WizardDialog::reset_settings() {
@@ -247,8 +251,8 @@ void WizardDialog::show_folder(const QString& folder) {
   const QModelIndex index = tree_.index(folder);
   if (folders_->currentIndex() != index) {
     folders_->setCurrentIndex(index);
-    // The model lists folders when it has time.
-    QTimer::singleShot(0, folders_, [this] { folders_->scrollTo(folders_->currentIndex()); });
+    sought_ = true;
+    folders_->scrollTo(index, QAbstractItemView::PositionAtCenter);
   }
   available_->clearSelection();
   refresh();

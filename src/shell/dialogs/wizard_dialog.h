@@ -92,6 +92,7 @@ class WizardDialog : public QDialog {
   Services& services_;
   DocumentKind kind_;
   QString folder_, statusText_;
+  bool sought_ = false;  ///< the tree is to show its folder when it has been listed
   DocumentWindow made_;
   Thumbnails thumbnails_, pictures_;  ///< of the rows, of the preview
   QFileSystemModel tree_;
