@@ -18,6 +18,7 @@
 #include "image/png_file.h"
 #include "image/remap.h"
 #include "image/settings.h"
+#include "operations/build_stills.h"
 #include "operations/frames.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -216,6 +217,16 @@ TEST_F(Wizard, MakesOfEveryFileWhatChoiceAndKindSay) {
             }
           }
         }
+}
+
+TEST_F(Wizard, APlainBuildReadsTheTransparencyOfTheSameFiles) {
+  for (const Source& source : sources()) {
+    const Picture read = PictureWithTransparency(read_still(source.path).picture, {});
+    for (std::uint32_t y = 0; y < read.height(); ++y)
+      for (std::uint32_t x = 0; x < read.width(); ++x)
+        ASSERT_EQ(PictureGetPixel(read, x, y), PictureGetPixel(source.shown, x, y))
+            << source.path << x << ", " << y;
+  }
 }
 
 TEST_F(Wizard, FramesOfASuperpaletteDoNotDependOnWhatIsKeptInMemory) {

@@ -32,10 +32,7 @@ void WizardDialog::make_actions() {
   // The model lists folders when it has time, and each list moves the others.
   connect(&tree_, &QFileSystemModel::directoryLoaded, this, [this](const QString& loaded) {
     if (!sought_ || !(folder_ + u'/').startsWith(loaded)) return;
-    const auto show = [this] {
-      folders_->scrollTo(folders_->currentIndex(), QAbstractItemView::PositionAtCenter);
-    };
-    QTimer::singleShot(0, folders_, show);
+    QTimer::singleShot(0, this, &WizardDialog::show_in_tree);
   });
   connect(folders_->verticalScrollBar(), &QScrollBar::sliderPressed, this, [this] { sought_ = false; });
   connect(folders_, &QTreeView::clicked, this, [this] { sought_ = false; });

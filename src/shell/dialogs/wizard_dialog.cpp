@@ -5,6 +5,7 @@
 #include <QHeaderView>
 #include <QResizeEvent>
 #include <QScreen>
+#include <QScrollBar>
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
@@ -252,11 +253,19 @@ void WizardDialog::show_folder(const QString& folder) {
   if (folders_->currentIndex() != index) {
     folders_->setCurrentIndex(index);
     sought_ = true;
-    folders_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    show_in_tree();
   }
   available_->clearSelection();
   refresh();
   available_->scrollToTop();
+}
+
+void WizardDialog::show_in_tree() {
+  const QModelIndex index = folders_->currentIndex();
+  folders_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+  // Names begin at the left edge, with the arrow of the folder around them.
+  QScrollBar* across = folders_->horizontalScrollBar();
+  across->setValue(across->value() + folders_->visualRect(index).left() - 2 * folders_->indentation());
 }
 
 void WizardDialog::watch(const QString& folder) {

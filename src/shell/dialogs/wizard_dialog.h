@@ -76,6 +76,7 @@ class WizardDialog : public QDialog {
   void choose_size();
   void lay_out_panes();
   void store_panes();
+  void show_in_tree();
   void watch(const QString& folder);
   void take_files(int row, const QStringList& paths);
   void preview(const QString& path);
