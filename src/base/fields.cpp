@@ -224,6 +224,26 @@ FieldValues initial_values(std::span<const Field> fields) {
   return values;
 }
 
+namespace {
+
+/// What the setting says of a field that may be some of its bits.
+std::int64_t stored_number(const Field& field) {
+  if (field.settingBits == 0) return *field.setting;
+  const int bits = *field.setting & field.settingBits;
+  return field.type == FieldType::Flag ? bits != 0 : bits;
+}
+
+void store_number(const Field& field, std::int64_t number) {
+  int bits = static_cast<int>(number);
+  if (field.settingBits != 0) {
+    if (field.type == FieldType::Flag && number != 0) bits = field.settingBits;
+    bits = (*field.setting & ~field.settingBits) | (bits & field.settingBits);
+  }
+  *field.setting = bits;
+}
+
+}  // namespace
+
 FieldValues setting_values(std::span<const Field> fields) {
   FieldValues values;
   for (const Field& field : fields) {
@@ -231,7 +251,7 @@ FieldValues setting_values(std::span<const Field> fields) {
     if (field.setting && field.type == FieldType::Real)
       value = clamped(field, double(*field.setting));
     else if (field.setting)
-      value = clamped(field, std::int64_t{*field.setting});
+      value = clamped(field, stored_number(field));
     if (field.textSetting) value = clamped(field, *field.textSetting);
     values.set(field.name, std::move(value));
   }
@@ -243,7 +263,7 @@ void keep_in_settings(std::span<const Field> fields, const FieldValues& values) 
     if (field.setting && field.type == FieldType::Real)
       *field.setting = static_cast<int>(std::lround(values.real(field.name)));
     else if (field.setting)
-      *field.setting = static_cast<int>(values.number(field.name));
+      store_number(field, values.number(field.name));
     if (field.textSetting) *field.textSetting = values.text(field.name);
   }
 }

@@ -76,6 +76,7 @@ struct Field {
   double initialReal = 0;
   const char* initialText = "";
   int* setting = nullptr;              ///< Whole, Choice, Flag, Color; Real: rounded
+  int settingBits = 0;                 ///< Choice, Flag: the bits of the setting that it is; 0: all of it
   std::string* textSetting = nullptr;  ///< Text
   int stateId = 0;                     ///< its line in the dialog's state file; 0: it has none
 };

@@ -12,6 +12,7 @@ constexpr CommandRow kCommands[] = {
     {"build", "An animation of pictures", prepare_build},
     {"wizard", "An animation of picture files with the palette choices of the Animation Wizard",
      prepare_wizard},
+    {"combine", "The frames of several files, one after the other, as one animation", prepare_combine},
     {"play", "Walk an animation as the viewer does: a line for each shown frame", prepare_play},
     {"properties", "Say what an animation is and what it takes", prepare_properties},
     {"manage", "Change many frames at a time, in the order of the options below", prepare_manage},

@@ -13,8 +13,41 @@ struct Given {
   std::string out;
   std::vector<std::string> files;
   DocumentKind kind = DocumentKind::None;
+  std::vector<std::string> overrides;
   GivenParameters parameters;
 };
+
+/// "ROW=EFFECT[,PAUSE[,DELAY]]".
+std::string override_form(const Generator& generator) {
+  std::string form = "ROW=", ends;
+  for (const char* field : generator.ownFields) {
+    std::string name = option_name(field);
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
+    form += form.back() == '=' ? name : "[," + name;
+    if (field != generator.ownFields.front()) ends += ']';
+  }
+  return form + ends;
+}
+
+/// The values that one picture gets for itself, in the order of the row's fields.
+bool take_override(const Generator& generator, const std::string& text, std::vector<FieldValues>& own) {
+  const auto no_form = [&] { return wrong_usage("--override is not " + override_form(generator)); };
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos) return no_form();
+  const auto row = whole_number(text.substr(0, equals), 1, static_cast<std::int64_t>(own.size()));
+  if (!row) return wrong_usage("--override " + text + ": there is no such picture");
+  FieldValues& values = own[static_cast<std::size_t>(*row - 1)];
+  std::size_t at = equals + 1, field = 0;
+  for (; at <= text.size() && field < generator.ownFields.size(); ++field) {
+    const std::size_t end = std::min(text.find(',', at), text.size());
+    const Field& found = *find_field(generator.parameters.fields, generator.ownFields[field]);
+    const FieldValue value = option_value(found, text.substr(at, end - at));
+    if (const auto fault = check_field(found, value)) return wrong_usage(fault->text);
+    values.set(found.name, value);
+    at = end + 1;
+  }
+  return at > text.size() || no_form();
+}
 
 int run(const Generator& generator, const Given& given, Host& host) {
   const DocumentKind kind = kind_of_result(given.kind, given.out);
@@ -22,6 +55,9 @@ int run(const Generator& generator, const Given& given, Host& host) {
   const auto values = parameter_values(generator.parameters, given.parameters, {});
   if (!values) return kWrongUsage;
   GeneratorInputs inputs;
+  inputs.own.resize(given.overrides.empty() ? 0 : given.files.size());
+  for (const std::string& text : given.overrides)
+    if (!take_override(generator, text, inputs.own)) return kWrongUsage;
   for (const std::string& file : given.files) {
     Picture picture = read_picture_file(file, host);
     if (!picture) return kFailed;
@@ -43,6 +79,13 @@ Run prepare_generator(CLI::App& app, const Generator& generator) {
     app.add_option("FILE", given->files, "Pictures, in their order")->required();
   add_kind_option(app, given->kind);
   add_parameter_options(app, generator.parameters, given->parameters);
+  if (!generator.ownFields.empty())
+    app.add_option("--override", given->overrides,
+                   "Values of its own for the picture of a row, from 1; repeatable")
+        ->type_name(override_form(generator))
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   add_stored_option(app, generator.parameters, given->parameters);
   return [given, &generator](Host& host) { return run(generator, *given, host); };
 }

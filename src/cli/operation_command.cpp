@@ -58,6 +58,7 @@ int run(const Operation& operation, const Given& given, Host& host) {
 Run prepare_operation(CLI::App& app, const Operation& operation) {
   const auto given = std::make_shared<Given>();
   app.add_option("IN", given->in, "The file to read")->required();
+  add_second_file(app, operation.parameters, given->parameters);
   const bool document = operation.result != OperationResult::Files;
   if (document) app.add_option("OUT", given->out, "The file to write")->required();
   add_parameter_options(app, operation.parameters, given->parameters);

@@ -25,14 +25,6 @@ std::vector<std::string> words_of(const Field& field) {
   return words;
 }
 
-/// "flip-horizontally" and "Flip horizontally" are one name; a color is six hexadecimal digits.
-FieldValue parse_option(const Field& field, const std::string& text) {
-  if (field.type == FieldType::Color && is_color(text)) return parse_field_value(field, "#" + text);
-  for (const FieldChoice& choice : field.choices)
-    if (field.type == FieldType::Choice && equal_ignoring_case(text, word_of(choice))) return choice.value;
-  return parse_field_value(field, text);
-}
-
 /// Whether `--set` gave the field's setting a value for this run.
 bool is_set_for_run(const Field& field) {
   for (const SettingRow& row : setting_table()) {
@@ -92,7 +84,7 @@ bool take_compound(const CompoundOption& option, const std::string& text, const 
   const auto parts = parts_of(option, text);
   if (!parts) return wrong_usage("--" + std::string(option.name) + " is not " + option.form);
   for (std::size_t i = 0; i < parts->size(); ++i)
-    values.set(option.fields[i], parse_option(*find_field(fields, option.fields[i]), (*parts)[i]));
+    values.set(option.fields[i], option_value(*find_field(fields, option.fields[i]), (*parts)[i]));
   return true;
 }
 
@@ -159,6 +151,13 @@ void add_compound_option(CLI::App& app, const CompoundOption& option, std::optio
 
 }  // namespace
 
+FieldValue option_value(const Field& field, const std::string& text) {
+  if (field.type == FieldType::Color && is_color(text)) return parse_field_value(field, "#" + text);
+  for (const FieldChoice& choice : field.choices)
+    if (field.type == FieldType::Choice && equal_ignoring_case(text, word_of(choice))) return choice.value;
+  return parse_field_value(field, text);
+}
+
 std::string option_name(std::string_view field) {
   std::string name;
   for (const char c : field) {
@@ -168,13 +167,25 @@ std::string option_name(std::string_view field) {
   return name;
 }
 
+void add_second_file(CLI::App& app, const Parameters& parameters, GivenParameters& given) {
+  if (!parameters.second) return;
+  given.fields.resize(parameters.fields.size());
+  const Field* field = find_field(parameters.fields, parameters.second);
+  app.add_option("FILE", given.fields[static_cast<std::size_t>(field - parameters.fields.data())],
+                 "The other file")
+      ->required();
+  given.secondIsNamed = true;
+}
+
 void add_parameter_options(CLI::App& app, const Parameters& parameters, GivenParameters& given) {
   given.fields.resize(parameters.fields.size());
   given.compounds.resize(parameters.options.size());
   for (std::size_t i = 0; i < parameters.options.size(); ++i)
     add_compound_option(app, parameters.options[i], given.compounds[i]);
   for (std::size_t i = 0; i < parameters.fields.size(); ++i)
-    if (is_folder(parameters, parameters.fields[i]))
+    if (given.secondIsNamed && parameters.fields[i].name == std::string_view(parameters.second))
+      continue;
+    else if (is_folder(parameters, parameters.fields[i]))
       app.add_option("DIR", given.fields[i], "The folder for the files; it is made")->required();
     else if (!std::ranges::count(parameters.options, std::string_view(parameters.fields[i].name), name_of))
       add_field_option(app, parameters.fields[i], given.fields[i]);
@@ -201,7 +212,7 @@ std::optional<FieldValues> parameter_values(const Parameters& parameters, const 
     // What was said itself isn't overruled by what follows from another option.
     if (!field->enabledBy || !names.contains(field->enabledBy)) enable_field(fields, *field, values);
     names.insert(field->name);
-    values.set(field->name, parse_option(*field, *text));
+    values.set(field->name, option_value(*field, *text));
   }
   if (const char* reason = parameters.settle ? parameters.settle(values, window, names) : nullptr) {
     wrong_usage(reason);

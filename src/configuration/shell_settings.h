@@ -85,7 +85,6 @@ inline int AppToFrontDelay = 500;        ///< ms, 0 to 5000
 
 // Dialogs
 inline int SetupPageIndex = 0;            ///< tab that was open last
-inline int ClassicCaptionWindow = 0;      ///< flag: the classic form of the caption dialog
 inline int AnnotatePromptSave = 1;        ///< flag: a caption that was changed and not used is asked about
 inline int PropertiesSort = 0;            ///< column
 inline int PropertiesFileSizeEnable = 1;  ///< flag: the size is found by writing to memory

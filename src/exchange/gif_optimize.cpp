@@ -265,15 +265,22 @@ class Optimizer {
     return ways;
   }
 
-  Bytes pack(const Frame& frame, std::span<const std::uint8_t> indexes, bool transparent,
-             std::span<const std::uint8_t> others = {}) const {
+  /// The hidden pixels, but for those that go on with the color in front of them.
+  static std::vector<std::uint8_t> with_runs(const std::vector<std::uint8_t>& drawn,
+                                             const std::vector<std::uint8_t>& hidden) {
+    std::vector<std::uint8_t> mixed = hidden;
+    for (std::size_t i = 1; i < mixed.size(); ++i)
+      if (drawn[i] == mixed[i - 1]) mixed[i] = drawn[i];
+    return mixed;
+  }
+
+  Bytes pack(const Frame& frame, std::span<const std::uint8_t> indexes, bool transparent) const {
     const GifColors& colors = colors_of(frame);
     GifImage image{.left = frame.rect.left,
                    .top = frame.rect.top,
                    .width = frame.rect.width(),
                    .height = frame.rect.height(),
                    .indexes = indexes,
-                   .others = others,
                    .delay = frame.delay,
                    .disposal = frame.clears ? GifDisposal::Background : GifDisposal::Keep,
                    .transparent = transparent ? colors.transparent : std::nullopt,
@@ -297,15 +304,19 @@ class Optimizer {
       for (std::uint32_t y = frames[i].rect.top; y < frames[i].rect.bottom; ++y)
         std::fill_n(shown_.row(y) + frames[i].rect.left, frames[i].rect.width(), 0);
     }
-    // All drawn, all hidden, and each pixel as it packs better.
+    // All drawn, all hidden, and hidden but where the color in front goes on.
     constexpr std::size_t kWays = 3;
     std::vector<Bytes> packed(kWays * count);
     parallel_for(kWays * (count - first), [&](std::size_t i) {
       const std::size_t frame = first + i / kWays, way = i % kWays;
       const auto& [drawn, hidden, holes] = ways[frame];
       if (way != 0 && hidden == drawn) return;
-      packed[kWays * frame + way] = pack(frames[frame], way == 1 ? hidden : drawn, way != 0 || holes,
-                                         way == 2 ? std::span(hidden) : std::span<const std::uint8_t>());
+      const auto going_on = way == 2 ? with_runs(drawn, hidden) : std::vector<std::uint8_t>();
+      packed[kWays * frame + way] = pack(frames[frame],
+                                         way == 0   ? drawn
+                                         : way == 1 ? hidden
+                                                    : going_on,
+                                         way != 0 || holes);
     });
     for (std::size_t i = first; i < count; ++i) {
       const auto of_frame = std::span(packed).subspan(kWays * i, kWays);

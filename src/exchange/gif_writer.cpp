@@ -90,10 +90,7 @@ class Dictionary {
 
 constexpr std::uint32_t kMostCodes = 4096;
 
-/// Where a pixel may be one of two, that which goes on with a string is taken, and in front of a new one that
-/// which repeats the pixel before it.
-void put_lzw(Bytes& out, std::span<const std::uint8_t> indexes, std::span<const std::uint8_t> others,
-             std::uint32_t bits) {
+void put_lzw(Bytes& out, std::span<const std::uint8_t> indexes, std::uint32_t bits) {
   const std::uint32_t least = std::max(bits, 2u), clear = 1u << least, end = clear + 1;
   out.push_back(static_cast<std::uint8_t>(least));
   BlockWriter writer(out);
@@ -102,21 +99,9 @@ void put_lzw(Bytes& out, std::span<const std::uint8_t> indexes, std::span<const 
   writer.put(clear, width);
   if (!indexes.empty()) {
     std::uint32_t prefix = indexes[0];
-    std::uint8_t last = indexes[0];
-    for (std::size_t i = 1; i < indexes.size(); ++i) {
-      std::uint8_t pixel = indexes[i], other = others.empty() ? pixel : others[i];
-      if (other == last) std::swap(pixel, other);
+    for (const std::uint8_t pixel : indexes.subspan(1)) {
       std::uint32_t code = 0;
-      bool known = strings.find(prefix, pixel, code);
-      if (!known && other != pixel) {
-        known = strings.find(prefix, other, code);
-        if (known)
-          pixel = other;
-        else
-          strings.find(prefix, pixel, code);  // where it goes
-      }
-      last = pixel;
-      if (known) {
+      if (strings.find(prefix, pixel, code)) {
         prefix = code;
         continue;
       }
@@ -190,7 +175,7 @@ void put_gif_image(Bytes& out, const GifImage& image, std::uint32_t bits) {
   if (image.local) bits = table_bits(image.local->count);
   out.push_back(static_cast<std::uint8_t>(image.local ? 0x80 | (bits - 1) : image.packed));
   if (image.local) put_table(out, *image.local);
-  put_lzw(out, image.indexes, image.others, bits);
+  put_lzw(out, image.indexes, bits);
 }
 
 }  // namespace vellum

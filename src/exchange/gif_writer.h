@@ -38,9 +38,7 @@ enum class GifDisposal : std::uint8_t { None = 0, Keep = 1, Background = 2, Prev
 struct GifImage {
   std::uint32_t left = 0, top = 0, width = 0, height = 0;
   std::span<const std::uint8_t> indexes;  ///< one byte a pixel, rows from the top
-  /// What each pixel may be instead, which shows the same; empty: nothing else.
-  std::span<const std::uint8_t> others = {};
-  std::uint32_t delay = 0;  ///< hundredths of a second
+  std::uint32_t delay = 0;                ///< hundredths of a second
   GifDisposal disposal = GifDisposal::None;
   std::optional<std::uint8_t> transparent = {};
   const GifColors* local = nullptr;  ///< a table of its own

@@ -19,6 +19,17 @@ bool has_inputs(const Generator& generator, const GeneratorInputs& inputs) {
          });
 }
 
+/// What is wrong with the values first, those of single pictures behind the common ones.
+std::optional<FieldFault> fault_in(const Generator& generator, const FieldValues& values,
+                                   const GeneratorInputs& inputs) {
+  if (auto fault = check_values(generator.parameters, values, {})) return fault;
+  for (const FieldValues& own : inputs.own)
+    for (const char* name : generator.ownFields)
+      if (const FieldValue* value = own.find(name))
+        if (auto fault = check_field(*find_field(generator.parameters.fields, name), *value)) return fault;
+  return std::nullopt;
+}
+
 }  // namespace
 
 const Generator* find_generator(std::string_view name) {
@@ -34,8 +45,8 @@ const Generator* find_generator(int command) {
 }
 
 std::optional<FrameStream> generated_frames(const Generator& generator, const FieldValues& values,
-                                            const GeneratorInputs& inputs, Host& host) {
-  if (const auto fault = check_values(generator.parameters, values, {})) {
+                                            const GeneratorInputs& inputs, Host& host) try {
+  if (const auto fault = fault_in(generator, values, inputs)) {
     if (host.message) host.message({fault->id, {}, fault->text, {}, nullptr});
     return std::nullopt;
   }
@@ -50,6 +61,9 @@ std::optional<FrameStream> generated_frames(const Generator& generator, const Fi
   }
   stream->plays = generator.loop && values.number(generator.loop) == 0 ? 1 : 0;
   return stream;
+} catch (const std::bad_alloc&) {
+  tell(host, StringId::MemoryError);
+  return std::nullopt;
 }
 
 bool generate(const Generator& generator, const FieldValues& values, const GeneratorInputs& inputs,

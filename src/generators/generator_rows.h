@@ -6,5 +6,6 @@
 namespace vellum {
 
 extern const Generator kSpin;
+extern const Generator kTransition;
 
 }  // namespace vellum

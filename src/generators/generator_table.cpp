@@ -3,7 +3,7 @@
 namespace vellum {
 namespace {
 
-constexpr const Generator* kGenerators[] = {&kSpin};
+constexpr const Generator* kGenerators[] = {&kSpin, &kTransition};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/limits.h"
+#include "core/edit/picture_fitting.h"
 #include "generators/generator_rows.h"
 #include "generators/settings.h"
 #include "image/picture_operations.h"
@@ -89,7 +90,7 @@ Picture centered(const Picture& picture, const Extent& canvas, Colour background
 }
 
 std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs& inputs, Host& host) {
-  const Picture source = PictureToTrueColor(inputs.pictures.front());
+  const Picture source = opaque_true_color(inputs.pictures.front());
   if (!source) {
     host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
     return std::nullopt;

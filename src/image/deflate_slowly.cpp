@@ -12,7 +12,7 @@
 namespace vellum {
 namespace {
 
-/// Bytes between two questions; those of a piece may repeat what stands in the one in front of it.
+/// Bytes that are looked at together; those of a piece may repeat what stands in the one in front of it.
 constexpr std::size_t kPiece = std::size_t{1} << 20;
 constexpr int kBestBlocks = 2;  ///< the library chooses the kind of each block
 
@@ -29,15 +29,13 @@ struct Growing {
 
 }  // namespace
 
-std::vector<std::uint8_t> deflate_slowly(std::span<const std::uint8_t> bytes, int iterations,
-                                         const std::function<bool()>& stop) {
+std::vector<std::uint8_t> deflate_slowly(std::span<const std::uint8_t> bytes, int iterations) {
   ZopfliOptions options;
   ZopfliInitOptions(&options);
   options.numiterations = std::max(iterations, 1);
   Growing out;
   std::size_t at = 0;
   do {
-    if (stop && stop()) return {};
     const std::size_t end = std::min(bytes.size(), at + kPiece);
     ZopfliDeflatePart(&options, kBestBlocks, end == bytes.size(), bytes.data(), at, end, &out.bits,
                       &out.bytes, &out.size);

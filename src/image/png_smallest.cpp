@@ -27,11 +27,11 @@ bool smaller(const Trial& a, const Trial& b) {
 }  // namespace
 
 std::vector<std::uint8_t> png_encode_smallest(const PngHeader& header, const Picture& picture,
-                                              std::optional<std::array<std::uint16_t, 3>> key, int iterations,
-                                              const std::function<bool()>& stop) {
+                                              std::optional<std::array<std::uint16_t, 3>> key,
+                                              const PngEffort& effort) {
   constexpr PngFiltering kWays[] = {PngFiltering::None, PngFiltering::Least, PngFiltering::Sub,
                                     PngFiltering::Up,   PngFiltering::Paeth, PngFiltering::Average};
-  std::vector<Trial> trials(std::size(kWays));
+  std::vector<Trial> trials(effort.quick ? 2 : std::size(kWays));
   const bool small = png_filtered_bytes(header) <= kSmallImage;
   parallel_for(trials.size(), [&](std::size_t i) {
     trials[i].rows = png_filtered(header, picture, kWays[i], key);
@@ -39,12 +39,12 @@ std::vector<std::uint8_t> png_encode_smallest(const PngHeader& header, const Pic
   });
   if (!small) {
     std::ranges::stable_sort(trials, smaller);
-    trials.resize(kOfLarge);
+    trials.resize(effort.quick ? 1 : kOfLarge);
     parallel_for(trials.size(), [&](std::size_t i) { pack(trials[i], kSmallest); });
   }
   Trial& best = *std::ranges::min_element(trials, smaller);
-  if (iterations == 0 || best.stream.empty() || (stop && stop())) return std::move(best.stream);
-  auto slow = deflate_slowly(best.rows, iterations, stop);
+  if (effort.iterations == 0 || best.stream.empty()) return std::move(best.stream);
+  auto slow = deflate_slowly(best.rows, effort.iterations);
   return !slow.empty() && slow.size() < best.stream.size() ? std::move(slow) : std::move(best.stream);
 }
 

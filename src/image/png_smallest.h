@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <functional>
 #include <optional>
 
 #include "image/picture.h"
@@ -10,10 +9,15 @@
 
 namespace vellum {
 
+struct PngEffort {
+  int iterations = 0;  ///< of the slow packer; 0: it is not asked
+  bool quick = false;  ///< of the filters only none and the usual choice are tried, one at the highest level
+};
+
 /// As png_encode, by the best of all filters: each is packed quickly, and those that did well at the highest
-/// level. The best of them once more by the slow packer, where `iterations` isn't 0, until `stop` gives true.
+/// level; the best of them once more by the slow packer.
 std::vector<std::uint8_t> png_encode_smallest(const PngHeader& header, const Picture& picture,
-                                              std::optional<std::array<std::uint16_t, 3>> key, int iterations,
-                                              const std::function<bool()>& stop = {});
+                                              std::optional<std::array<std::uint16_t, 3>> key,
+                                              const PngEffort& effort);
 
 }  // namespace vellum

@@ -4,7 +4,6 @@
 #include "base/limits.h"
 #include "core/edit/edit_closing.h"
 #include "core/model/kind_table.h"
-#include "core/model/playing_rules.h"
 #include "image/picture_operations.h"
 #include "operations/change_pictures.h"
 #include "operations/operation_rows.h"
@@ -66,19 +65,9 @@ constexpr CompoundOption kOptions[] = {{.name = "size",
                                         .alongside = "absolute",
                                         .alongsideValue = 1}};
 
-/// Whether what the first frame has drawn around the others stays there.
-bool border_stays(const DocumentWindow& window) {
-  const DocumentKind kind = window.document.kind;
-  const auto entries = frame_entries(window);
-  if (kind == DocumentKind::WEBP) return entries.size() < 2;
-  return std::ranges::none_of(entries, [&](std::size_t entry) {
-    return entry != entries.front() && frame_manner(window.list.record(entry), kind).clears;
-  });
-}
-
 void fit(std::vector<Field>& fields, const DocumentWindow& window) {
   Field& first_only = fields.back();
-  if (border_stays(window)) return;
+  if (first_frame_stays(window)) return;
   first_only.locked = true;
   first_only.setting = nullptr;
   first_only.tip = "Later frames of this animation begin with an empty canvas";
@@ -102,7 +91,7 @@ Border border_of(const FieldValues& values, const DocumentWindow& window) {
           static_cast<std::uint32_t>(height),
           (width - canvas.width) / 2,
           (height - canvas.height) / 2,
-          values.number("firstOnly") != 0 && border_stays(window),
+          values.number("firstOnly") != 0 && first_frame_stays(window),
           static_cast<Colour>(values.number("color")) | 0xFF000000};
 }
 

@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "base/text.h"
+#include "core/model/playing_rules.h"
 
 namespace vellum {
 namespace {
@@ -59,6 +60,15 @@ FrameList selected_frames(const DocumentWindow& window) {
   for (std::size_t i = 0; i < entries.size(); ++i)
     if (window.list.entry(entries[i]).selected) frames.push_back(i);
   return frames;
+}
+
+bool first_frame_stays(const DocumentWindow& window) {
+  const DocumentKind kind = window.document.kind;
+  const auto entries = frame_entries(window);
+  if (kind == DocumentKind::WEBP) return entries.size() < 2;
+  return std::ranges::none_of(entries, [&](std::size_t entry) {
+    return entry != entries.front() && frame_manner(window.list.record(entry), kind).clears;
+  });
 }
 
 std::optional<FrameList> parse_frame_list(std::string_view text, std::size_t count) {

@@ -19,6 +19,9 @@ FrameList all_frames(std::size_t count);
 /// The frames whose entries are selected.
 FrameList selected_frames(const DocumentWindow& window);
 
+/// Whether what the first frame alone draws beside the others is seen as long as the animation plays.
+bool first_frame_stays(const DocumentWindow& window);
+
 /// "1,3-5", counted from 1, among `count` frames. Nothing for another text, and for a frame that isn't there.
 std::optional<FrameList> parse_frame_list(std::string_view text, std::size_t count);
 

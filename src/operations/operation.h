@@ -66,6 +66,7 @@ struct Operation {
   const char* batchPrefix = "";  ///< of the files that a batch run writes
   bool neverGrows = false;  ///< where the result makes no smaller file, the file that it came of is copied
   bool scoped = false;      ///< may be applied to some frames alone
+  bool ofSelected = false;  ///< the desktop applies it to the selected frames, of which there must be one
   OperationPreview preview = OperationPreview::None;
 
   /// Bits of `OperationNeed`; without it nothing is needed.

@@ -43,9 +43,12 @@ struct Parameters {
   const char* page = nullptr;                ///< of the guide; null: it has the name
   const char* stateFile = nullptr;           ///< of the dialog: keeps the fields that have a `stateId`
   const char* history = nullptr;             ///< file that keeps the values that were chosen last
+  const char* texts = nullptr;               ///< file that keeps the last texts of the first text field
   std::span<const Field> fields = {};
   const char* folder =
       nullptr;  ///< field that a command line takes where others have OUT: a folder for files
+  const char* second =
+      nullptr;  ///< field that a command line takes between IN and OUT: the name of another file
   std::span<const CompoundOption> options = {};
 
   /// Makes ranges and initial values fit a document: the size of its canvas, the number of its frames.

@@ -124,6 +124,16 @@ bool is_same_animation(const DocumentWindow& before, const DocumentWindow& after
   return comparison.comparable() && !comparison.next_difference(host);
 }
 
+bool shows_canvases(const DocumentWindow& window, const std::function<Picture(std::size_t frame)>& canvas,
+                    Host& host) {
+  StraightCanvases canvases(window);
+  std::size_t frame = 0;
+  for (const std::size_t entry : frame_entries(window))
+    if (host.stopped() || !same_canvas(canvas(frame++), canvases.next(window.list.record(entry))))
+      return false;
+  return true;
+}
+
 std::optional<std::size_t> restore_differing_frames(const DocumentWindow& before, DocumentWindow& after,
                                                     Host& host) {
   Comparison comparison(before, after);

@@ -72,6 +72,8 @@ inline int ShadowSoftness = 4;           ///< pixels, 0 to 50
 inline int ShadowBackground = 0xFFFFFF;  ///< color
 inline int ShadowRemoveAlpha = 0;        ///< flag
 
+inline int ClassicCaptionWindow = 0;  ///< flag: the classic form of the caption dialog
+
 // Caption, classic form: sizes in points, distances in pixels
 inline std::string CaptionFontName = "Arial";
 inline int CaptionSize = 14;          ///< 4 to 400

@@ -13,6 +13,7 @@
 #include "core/model/chunk_description.h"
 #include "core/model/compose.h"
 #include "core/model/frame_values.h"
+#include "core/model/playing_rules.h"
 #include "core/model/record_picture.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
@@ -57,7 +58,9 @@ struct Stock {
   std::unordered_map<Pixel, std::uint32_t> few;                      ///< colors, until they are more than 256
   std::vector<bool> used = std::vector<bool>(std::size_t{1} << 24);  ///< colors of opaque pixels
   bool partial = false;  ///< something has alpha between 0 and 255
+  bool grey = true;      ///< everything is
   bool clear = false;    ///< something has alpha 0
+                         ///< something has alpha 0
 
   void add(const Canvas& canvas) {
     Pixel last = 1;  // a clear pixel with a color: none is like it
@@ -66,6 +69,7 @@ struct Stock {
       last = pixel;
       const Pixel alpha = alpha_of_pixel(pixel);
       clear = clear || alpha == 0;
+      grey = grey && (pixel & 255) == (pixel >> 8 & 255) && (pixel & 255) == (pixel >> 16 & 255);
       partial = partial || (alpha != 0 && alpha != 255);
       if (alpha == 255) used[pixel & 0xFFFFFF] = true;
       if (few.size() <= 256) few.try_emplace(pixel, 0);
@@ -107,7 +111,7 @@ Form palette_form(const Stock& stock, bool holes) {
       form.colors.transparency.push_back(static_cast<std::uint8_t>(alpha_of_pixel(pixels[i])));
     form.indexes.emplace(pixels[i], i);
   }
-  form.colors.bitDepth = static_cast<std::uint8_t>(form.bits);
+  form.colors.bitDepth = static_cast<std::uint8_t>(pixels.size() > 2 && pixels.size() <= 4 ? 2 : form.bits);
   form.colors.colors = static_cast<std::uint32_t>(pixels.size());
   form.holes = holes;
   return form;
@@ -120,7 +124,7 @@ Form smallest_form(const Stock& stock, bool animated) {
   if (fits) return palette_form(stock, stock.clear || (animated && room));
   const auto unused = std::ranges::find(stock.used, false);
   if (stock.partial || ((stock.clear || animated) && unused == stock.used.end()))
-    return {.colors = {.colorType = 6}};
+    return {.colors = {.colorType = stock.grey ? std::uint8_t{4} : std::uint8_t{6}}};
   Form form{.colors = {.colorType = 2}, .bits = 24, .holes = stock.clear || animated};
   if (!form.holes) return form;
   form.key = static_cast<Pixel>(unused - stock.used.begin());
@@ -214,21 +218,50 @@ Picture default_image(const DocumentWindow& window) {
   return kept ? PictureWithTransparency(kept, document_transparency(window.list)) : Picture();
 }
 
+/// The canvases of a document in their order, which are asked for several times: kept where they are no more
+/// than that.
+class SourceCanvases {
+ public:
+  explicit SourceCanvases(DocumentWindow window)
+      : window_(std::move(window)), entries_(frame_entries(window_)) {
+    constexpr std::uint64_t kMostKept = std::uint64_t{512} << 20;
+    const auto [width, height] = document_size(window_.list, window_.document);
+    if (entries_.size() * picture_stride(width, 32) * height <= kMostKept) kept_.resize(entries_.size());
+  }
+
+  std::size_t size() const { return entries_.size(); }
+  const DocumentWindow& window() const { return window_; }
+  /// Null where a picture is lost.
+  Picture canvas(std::size_t frame) {
+    if (frame < kept_.size() && kept_[frame]) return kept_[frame];
+    if (frame == 0) canvases_.emplace(window_);
+    const Picture canvas = canvases_->next(window_.list.record(entries_[frame]));
+    if (frame < kept_.size()) kept_[frame] = canvas;
+    return canvas;
+  }
+
+ private:
+  DocumentWindow window_;
+  std::vector<std::size_t> entries_;
+  std::vector<Picture> kept_;
+  std::optional<StraightCanvases> canvases_;
+};
+
 /// Chooses the frames, one after the other.
 class DeepSearch {
  public:
-  DeepSearch(Supercompression& work, const Form& form) : work_(work), form_(form) {}
+  DeepSearch(Supercompression& work, const Form& form, SourceCanvases& source)
+      : work_(work), form_(form), source_(source) {}
 
   /// Whether the draft got its frames. False when it was stopped or memory is exhausted.
   bool run() {
     const auto entries = frame_entries(work_.draft);
     const Progress progress(work_.host, string_text(StringId::SearchingDeeper));
-    StraightCanvases canvases(work_.draft);
     ways_.reserve(entries.size());
     disposals_.assign(entries.size(), 0);
     for (std::size_t i = 0; i < entries.size(); ++i) {
       if (work_.host.stopped()) return false;
-      const Picture picture = canvases.next(work_.draft.list.record(entries[i]));
+      const Picture picture = source_.canvas(i);
       if (!picture) return false;
       if (!(i == 0 ? take_first(canvas_of(picture)) : take_next(i, canvas_of(picture)))) return false;
       progress.step(i + 1, entries.size());
@@ -334,6 +367,7 @@ class DeepSearch {
   void put_frames(const std::vector<std::size_t>& entries) {
     DocumentWindow& draft = work_.draft;
     const DocumentKind kind = draft.document.kind;
+    const bool clearing = std::ranges::any_of(ways_, &Way::clears);
     ChunkRecord record;
     for (std::size_t i = 0; i < entries.size(); ++i) {
       const Way& way = ways_[i];
@@ -346,9 +380,15 @@ class DeepSearch {
       }
       record.interlace = 0;
       if (kind == DocumentKind::MING) {
-        if (way.clears || clears_canvas(record)) set_frame_dispose(record, kind, way.clears ? 1 : 0);
+        // Behind an image with a FRAM one without says another delay than it had alone.
+        const std::uint32_t ticks = delay_ticks(record);
+        if (clearing || clears_canvas(record)) {
+          set_frame_dispose(record, kind, way.clears ? 1 : 0);
+          set_frame_ticks(record, ticks);
+        }
         record.image.edit().paletteBytes = 3 * form_.colors.colors;
         record.colorType = form_.colors.colorType;
+        record.bitDepth = form_.colors.bitDepth;
         put_image_transparency(record, form_.colors.transparency);
       }
       record.description = chunk_description(record);
@@ -380,21 +420,21 @@ class DeepSearch {
 
   Supercompression& work_;
   const Form& form_;
+  SourceCanvases& source_;
   std::vector<Way> ways_;
   std::vector<std::uint32_t> disposals_;
   Canvas last_, under_;  ///< the last canvas, and what was there in front of its frame
 };
 
 /// All colors of a document; nothing when a picture is lost or the user stopped it.
-std::optional<Stock> stock_of(const DocumentWindow& window, Host& host) {
+std::optional<Stock> stock_of(SourceCanvases& source, Host& host) {
   Stock stock;
-  StraightCanvases canvases(window);
-  for (const std::size_t entry : frame_entries(window)) {
-    const Picture canvas = host.stopped() ? Picture() : canvases.next(window.list.record(entry));
+  for (std::size_t i = 0; i < source.size(); ++i) {
+    const Picture canvas = host.stopped() ? Picture() : source.canvas(i);
     if (!canvas) return std::nullopt;
     stock.add(canvas_of(canvas));
   }
-  if (const Picture kept = default_image(window)) stock.add(canvas_of(kept));
+  if (const Picture kept = default_image(source.window())) stock.add(canvas_of(kept));
   return stock;
 }
 
@@ -408,6 +448,28 @@ std::uint64_t quick_bytes(DocumentWindow window) {
   return result == WriteResult::Done ? bytes : UINT64_MAX;
 }
 
+std::uint64_t pixel_bytes(const DocumentWindow& window) {
+  std::uint64_t bytes = 0;
+  for (const std::size_t entry : frame_entries(window)) {
+    const Picture picture = picture_of(window.list.record(entry));
+    bytes += picture.stride() * std::uint64_t{picture.height()};
+  }
+  return bytes;
+}
+
+/// By what is packed, where that differs much, else by a quickly packed file.
+bool is_smaller(const DocumentWindow& draft, const DocumentWindow& before) {
+  constexpr std::uint64_t kMuch = 3;
+  return kMuch * pixel_bytes(draft) < pixel_bytes(before) || quick_bytes(draft) < quick_bytes(before);
+}
+
+/// In an MNG that is played round and round what one round leaves matters too.
+bool shows_the_same(SourceCanvases& source, const DocumentWindow& draft, Host& host) {
+  if (draft.document.kind == DocumentKind::MING) return is_same_animation(source.window(), draft, host);
+  return shows_canvases(
+      draft, [&](std::size_t frame) { return source.canvas(frame); }, host);
+}
+
 }  // namespace
 
 bool deep_pass(Supercompression& work) {
@@ -416,20 +478,21 @@ bool deep_pass(Supercompression& work) {
     work.say(StringId::DeepFoundNothing);
     return true;
   }
-  const auto stock = stock_of(work.draft, work.host);
+  SourceCanvases source({work.draft.document, work.draft.list, {}});
+  const DocumentWindow& before = source.window();
+  const auto stock = stock_of(source, work.host);
   if (!stock) return work.host.stopped() ? false : work.abort(StringId::ErrorAccessingChunk);
-  const DocumentWindow before{work.draft.document, work.draft.list, {}};
   const Form form = smallest_form(*stock, is_animation(work.draft.document.kind));
   const auto put_back = [&] {
     work.draft.document = before.document;
     work.draft.list = before.list;
   };
-  if (!DeepSearch(work, form).run()) {
+  if (!DeepSearch(work, form, source).run()) {
     put_back();
     return work.host.stopped() ? false : work.abort(StringId::MemoryError);
   }
-  const bool smaller = quick_bytes(work.draft) < quick_bytes(before);
-  if (!smaller || !is_same_animation(before, work.draft, work.host)) {
+  const bool smaller = is_smaller(work.draft, before);
+  if (!smaller || !shows_the_same(source, work.draft, work.host)) {
     put_back();
     if (work.host.stopped()) return false;
     work.say(smaller ? StringId::NotTheSame : StringId::DeepFoundNothing);

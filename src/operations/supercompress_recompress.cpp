@@ -14,10 +14,13 @@
 namespace vellum {
 namespace {
 
+/// Bytes of rows beyond which each image is packed once at the highest level, and not by several filters.
+constexpr std::uint64_t kLargeDocument = std::uint64_t{12} << 20;
+
 /// How often the slow packer goes over each piece: more for less, nothing where it would take minutes.
 int slow_iterations(std::uint64_t bytes) {
   constexpr std::uint64_t kMega = std::uint64_t{1} << 20;
-  return bytes <= kMega / 2 ? 15 : bytes <= 2 * kMega ? 5 : bytes <= 6 * kMega ? 1 : 0;
+  return bytes <= kMega / 2 ? 15 : bytes <= 2 * kMega ? 5 : 0;
 }
 
 /// A picture and the form in which it is to be packed.
@@ -44,8 +47,8 @@ std::optional<std::map<const void*, PngHeader>> forms_of(DocumentWindow& draft) 
   return result == WriteResult::Done ? std::optional(std::move(forms)) : std::nullopt;
 }
 
-/// Indexes of two bits, and grey with alpha, where all images allow that: what the writers of animations take
-/// from kept streams alone.
+/// Indexes of two bits, and grey with alpha, where all images allow that: what the writer of animated PNGs
+/// takes from kept streams alone.
 void narrow_forms(std::vector<Packing>& images) {
   const auto all = [&](const auto& holds) {
     return std::ranges::all_of(images,
@@ -67,6 +70,13 @@ void narrow_forms(std::vector<Packing>& images) {
     put(4, 8);
 }
 
+/// Whether the image came from a stream of this form that is no larger.
+bool has_smaller(const Packing& image) {
+  const KeptStream stored = stored_image_of(image.picture.handle());
+  return stored && stored->exact() && stored->header() == image.header &&
+         stored->held_bytes() <= image.stream->held_bytes();
+}
+
 }  // namespace
 
 bool recompress_pass(Supercompression& work) {
@@ -84,8 +94,10 @@ bool recompress_pass(Supercompression& work) {
     images.push_back(form == forms->end() ? Packing{} : Packing{Picture(block), form->second});
     if (images.back().picture) bytes += png_filtered_bytes(images.back().header);
   }
-  if (work.passes & kDeepPass) narrow_forms(images);
+  const bool animated = work.draft.document.kind == DocumentKind::APNG && !work.draft.document.defaultImage;
+  if (work.passes & kDeepPass && animated) narrow_forms(images);
   const int iterations = work.passes & kDeepPass ? slow_iterations(bytes) : 0;
+  const bool large = bytes > kLargeDocument;
   std::size_t packed = 0;
   const std::size_t at_once = parallel_width();
   for (std::size_t first = 0; first < images.size(); first += at_once) {
@@ -94,11 +106,12 @@ bool recompress_pass(Supercompression& work) {
     parallel_for(count, [&](std::size_t k) {
       Packing& image = images[first + k];
       if (image.picture)
-        image.stream = new_stream(image.header, image.picture,
-                                  png_encode_smallest(image.header, image.picture, std::nullopt, iterations));
+        image.stream =
+            new_stream(image.header, image.picture,
+                       png_encode_smallest(image.header, image.picture, std::nullopt, {iterations, large}));
     });
     for (std::size_t k = first; k < first + count; ++k) {
-      if (!images[k].stream) continue;
+      if (!images[k].stream || has_smaller(images[k])) continue;
       keep_stream(work.draft.list, entries[k], images[k].stream);
       images[k].picture = {};
       ++packed;

@@ -12,7 +12,9 @@
 #include "generators/generator.h"
 #include "generators/wizard.h"
 #include "image/graphic_file.h"
+#include "operations/combine.h"
 #include "operations/operation.h"
+#include "operations/supercompress.h"
 #include "support/corpus.h"
 #include "support/documents.h"
 #include "support/judge.h"
@@ -50,7 +52,9 @@ std::vector<std::string> words_of(const Parameters& row, const FieldValues& valu
   std::vector<std::string> words;
   for (const Field& field : row.fields) {
     const FieldValue* value = values.find(field.name);
-    if (!value || is_folder(row, field) || !field_enabled(row.fields, field, values)) continue;
+    if (!value || is_folder(row, field) || (row.second && row.second == std::string_view(field.name)) ||
+        !field_enabled(row.fields, field, values))
+      continue;
     const auto more = words_for(row, field, *value);
     words.insert(words.end(), more.begin(), more.end());
   }
@@ -90,15 +94,21 @@ TEST(OperationCommands, WriteWhatTheOperationMakes) {
         values = initial_values(fields_for(operation->parameters, window));
       const bool files = operation->result == OperationResult::Files;
       for (const Field& field : operation->parameters.fields)
-        if (field.type == FieldType::Text) values.set(field.name, std::string("name"));
+        if (field.type == FieldType::Text)
+          values.set(field.name, field.look == FieldLook::Path ? in.string() : std::string("name"));
       if (files) values.set(operation->parameters.folder, wanted.string());
       const FrameList all = all_frames(frame_entries(window).size());
       ASSERT_TRUE(run_operation(*operation, window, values, all, recorder.host));
-      ASSERT_TRUE(files || save_document(window, wanted, recorder.host));
+      ASSERT_TRUE(files || (operation->neverGrows ? save_supercompressed(window, in, wanted, recorder.host)
+                                                  : save_document(window, wanted, recorder.host)));
       auto words = words_of(operation->parameters, values);
       auto batch_words = words;
       const auto command = command_of(*operation, in, out);
       words.insert(words.begin(), command.begin(), command.end());
+      if (const char* second = operation->parameters.second) {
+        words.insert(words.begin() + 3, values.text(second));
+        batch_words.insert(batch_words.end(), {"--" + std::string(second), values.text(second)});
+      }
       const auto result = testing::run_tool(words);
       ASSERT_EQ(result.status, 0) << result.output;
       EXPECT_EQ(written(out), written(wanted));
@@ -202,6 +212,7 @@ std::string guide_line(const Parameters& row, const Field& field) {
   const auto words = words_for(row, field, flag ? std::int64_t{!field.initial} : initial_value(field));
   std::string option = words.empty() ? "--" + cli::option_name(field.name) : words[0];
   if (is_folder(row, field)) option = "DIR";
+  if (row.second && row.second == std::string_view(field.name)) option = "FILE";
   return "| " + std::string(field.label) + " | " + values + " | " + initial + " | `" + option + "` |";
 }
 
@@ -211,6 +222,7 @@ TEST(OperationCommands, TheGuideHasAPageOfEachRowWithItsFields) {
   for (const Generator* row : generator_table()) rows.push_back(&row->parameters);
   for (const Exporter* row : exporter_table()) rows.push_back(&row->parameters);
   for (const Importer* row : importer_table()) rows.push_back(&row->parameters);
+  rows.push_back(&kCombine);
   for (const Parameters* row : rows) {
     const auto bytes = testing::file_bytes(testing::source_folder() / "docs/guide" /
                                            (std::string(guide_page(*row)) + ".md"));
@@ -249,6 +261,37 @@ TEST(GeneratorCommands, WriteWhatTheGeneratorMakes) {
       ASSERT_EQ(result.status, 0) << result.output;
       EXPECT_EQ(testing::file_bytes(out), testing::file_bytes(wanted));
     }
+}
+
+TEST(GeneratorCommands, PicturesHaveValuesOfTheirOwnAndWhatNeverEndsIsWrongUsage) {
+  testing::ScratchFolder folder;
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  const auto in = folder / "in.bmp";
+  ASSERT_TRUE(GraphicFileWrite(in.string(), testing::small_picture(9, 6, 24)));
+  const auto run = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {testing::program_folder() / "vellum", "transition", "-o", folder / "out.png"});
+    more.insert(more.end(), {in, in});
+    return testing::run_tool(more).status;
+  };
+  ASSERT_EQ(run({"--effect", "wipe-in-from-left", "--override", "2=none,77", "--override", "1=13,5,6"}), 0);
+  DocumentWindow window;
+  Recorder recorder;
+  ASSERT_TRUE(open_document(window, folder / "out.png", recorder.host));
+  std::vector<std::uint32_t> delays;
+  for (const std::size_t entry : frame_entries(window))
+    delays.push_back(GetFrameDelay(window.list.record(entry), DocumentKind::APNG, 1000));
+  EXPECT_EQ(delays, (std::vector<std::uint32_t>{5, 6, 6, 77})) << "a still one, a roll in two steps, none";
+  std::filesystem::remove(folder / "out.png");
+  for (const std::vector<std::string>& wrong :
+       std::vector<std::vector<std::string>>{{"--radar-step-angle", "0"},
+                                             {"--override", "3=none"},
+                                             {"--override", "1"},
+                                             {"--override", "1=23"},
+                                             {"--override", "1=0,1,1,1"},
+                                             {"--override", "1=0,1001"}})
+    EXPECT_EQ(run(wrong), 2) << wrong[1];
+  EXPECT_EQ(run({"/no/such.png"}), 1);
+  EXPECT_FALSE(std::filesystem::exists(folder / "out.png"));
 }
 
 TEST(ExchangeCommands, WriteWhatTheRowsMake) {

@@ -181,7 +181,7 @@ TEST(PngRows, LibpngReadsWhatWeEncodeAndHasChosenTheSameFilters) {
     const Picture picture = png_decode(header, pieces, palette).picture;
     ASSERT_TRUE(picture);
     for (const int level : {0, 1, 9, kSmallest}) {
-      const Bytes stream = level == kSmallest ? png_encode_smallest(header, picture, std::nullopt, 1)
+      const Bytes stream = level == kSmallest ? png_encode_smallest(header, picture, std::nullopt, {1, false})
                                               : png_encode(header, picture, level);
       Bytes file(kPngSignature.begin(), kPngSignature.end());
       append_chunk(file, 0x49484452, png_header_payload(header));

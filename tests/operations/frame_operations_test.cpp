@@ -4,18 +4,28 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <numbers>
+#include <numeric>
 
+#include "core/files/open_document.h"
+#include "core/files/save_document.h"
 #include "core/model/frame_values.h"
 #include "core/model/record_picture.h"
+#include "image/graphic_file.h"
 #include "image/picture_operations.h"
+#include "image/rotate.h"
+#include "image/text_mask.h"
+#include "operations/combine.h"
 #include "operations/operation.h"
 #include "playback/compositor.h"
+#include "support/corpus.h"
 #include "support/documents.h"
 
 namespace vellum {
 namespace {
 
 using Canvases = std::vector<Picture>;
+using Given = std::vector<std::pair<const char*, std::int64_t>>;
 
 Canvases canvases_of(const DocumentWindow& window) {
   Compositor compositor(window.list, window.document);
@@ -33,7 +43,7 @@ std::vector<std::uint32_t> delays_of(const DocumentWindow& window) {
 }
 
 /// Four frames of 6 x 4; the later ones are 3 x 3 and one of them is disposed of.
-DocumentWindow animation(DocumentKind kind, std::uint8_t color_type) {
+DocumentWindow animation(DocumentKind kind, std::uint8_t color_type, bool disposes = true) {
   DocumentWindow window = testing::small_document(kind, 4, color_type);
   const auto entries = frame_entries(window);
   for (std::size_t i = 1; i < entries.size(); ++i) {
@@ -41,8 +51,14 @@ DocumentWindow animation(DocumentKind kind, std::uint8_t color_type) {
     chunk_list_get(window.list, entries[i], record);
     record_take_pixels(record, kind, PictureCrop(picture_of(record), {0, 0, 3, 3}));
     SetFrameOffset(record, kind, {static_cast<std::int32_t>(i), 1});
-    set_frame_dispose(record, kind, i == 2);
+    set_frame_dispose(record, kind, disposes && i == 2);
     chunk_list_put(window.list, entries[i], record);
+  }
+  if (!disposes) {
+    ChunkRecord first;
+    chunk_list_get(window.list, entries[0], first);
+    set_frame_dispose(first, kind, 0);
+    chunk_list_put(window.list, entries[0], first);
   }
   return window;
 }
@@ -55,8 +71,7 @@ constexpr Form kForms[] = {{DocumentKind::APNG, 0}, {DocumentKind::APNG, 2}, {Do
                            {DocumentKind::APNG, 6}, {DocumentKind::MING, 2}, {DocumentKind::MING, 3},
                            {DocumentKind::MING, 6}, {DocumentKind::WEBP, 2}, {DocumentKind::WEBP, 6}};
 
-DocumentWindow done(const char* name, const DocumentWindow& source,
-                    std::initializer_list<std::pair<const char*, std::int64_t>> given,
+DocumentWindow done(const char* name, const DocumentWindow& source, const Given& given,
                     const FrameList* frames = nullptr) {
   const Operation& operation = *find_operation(name);
   FieldValues values = initial_values(fields_for(operation.parameters, source));
@@ -73,7 +88,7 @@ using PixelOf = std::function<Colour(const Picture& before, std::uint32_t x, std
 
 /// The canvases after it are those before it, pixel by pixel as `pixel` says.
 void expect_canvases(const DocumentWindow& before, const DocumentWindow& after, std::uint32_t width,
-                     std::uint32_t height, const PixelOf& pixel) {
+                     std::uint32_t height, const PixelOf& pixel, int tolerance = 1) {
   const Canvases were = canvases_of(before), are = canvases_of(after);
   ASSERT_EQ(were.size(), are.size());
   for (std::size_t i = 0; i < are.size(); ++i) {
@@ -82,7 +97,7 @@ void expect_canvases(const DocumentWindow& before, const DocumentWindow& after, 
     for (std::uint32_t y = 0; y < height; ++y)
       for (std::uint32_t x = 0; x < width; ++x)
         for (unsigned c = 0; c < 24; c += 8)  // reconstructed frames of 32 bits have been rounded once more
-          ASSERT_NEAR(PictureGetPixel(are[i], x, y) >> c & 255, pixel(were[i], x, y) >> c & 255, 1)
+          ASSERT_NEAR(PictureGetPixel(are[i], x, y) >> c & 255, pixel(were[i], x, y) >> c & 255, tolerance)
               << "frame " << i << " at " << x << ", " << y;
   }
 }
@@ -249,9 +264,7 @@ TEST(FrameOperations, AdjustFollowsItsFormulas) {
   for (const Form& form : kForms) {
     SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
     const DocumentWindow source = testing::small_document(form.kind, 2, form.colorType);
-    const auto adjusted = [&](std::initializer_list<std::pair<const char*, std::int64_t>> given) {
-      return done("adjust", source, given);
-    };
+    const auto adjusted = [&](const Given& given) { return done("adjust", source, given); };
     expect_pictures(source,
                     adjusted({{"shadows", 20}, {"highlights", 220}, {"outputLow", 10}, {"outputHigh", 200}}),
                     each([](int v) {
@@ -352,6 +365,362 @@ TEST(FrameOperations, ShadowsLieUnderWhatThrowsThem) {
     EXPECT_EQ(soft[0].width(), 6u + 12);
     EXPECT_EQ(PictureGetPixel(soft[0], 0, 9) >> 24, 1u);
   }
+}
+
+/// The letters of the trials below, which are larger than most of the canvas.
+const Mask& letters(const char* text = "A%i") {
+  static std::map<std::string, Mask> drawn;
+  Mask& mask = drawn[text];
+  if (mask.values.empty()) mask = draw_text(text, {.family = "DejaVu Sans", .points = 4}).mask;
+  return mask;
+}
+
+/// What shows where letters of a color lie over a pixel with their left and top at (left, top).
+Colour lettered(Colour below, std::int64_t x, std::int64_t y, Colour color, std::uint32_t percent,
+                const Mask& mask = letters()) {
+  if (x < 0 || y < 0 || x >= mask.width || y >= mask.height) return below;
+  const std::uint32_t alpha = (mask.row(static_cast<std::uint32_t>(y))[x] * percent + 50) / 100;
+  Colour shown = 0;
+  for (unsigned c = 0; c < 24; c += 8)
+    shown |= ((color >> c & 255) * alpha + (below >> c & 255) * (255 - alpha)) / 255 << c;
+  return shown;
+}
+
+FieldValues lettering(const char* operation, const DocumentWindow& source, const Given& given) {
+  FieldValues values = initial_values(fields_for(find_operation(operation)->parameters, source));
+  values.set("text", std::string(operation == std::string("caption") ? "i" : "A%i"));
+  values.set("font", std::string("DejaVu Sans"));
+  for (const char* name : {"bold", "italic"}) values.set(name, std::int64_t{0});
+  values.set("size", std::int64_t{4});
+  for (const auto& [name, value] : given) values.set(name, value);
+  return values;
+}
+
+DocumentWindow lettered(const char* operation, const DocumentWindow& source, const Given& given) {
+  DocumentWindow window = source;
+  testing::Recorder recorder;
+  EXPECT_TRUE(run_operation(*find_operation(operation), window, lettering(operation, source, given),
+                            all_frames(4), recorder.host))
+      << operation << ::testing::PrintToString(recorder.messages);
+  return window;
+}
+
+TEST(FrameOperations, LettersLieOnTheCanvasesWhereTheyAreWanted) {
+  const Mask& mask = letters("i");
+  ASSERT_LE(mask.width, 4u);
+  const auto high = mask.height + 2;
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = animation(form.kind, form.colorType);
+    for (const std::int64_t x : {0, -2, 3}) {
+      const auto drawn = [&](const Picture& p, auto px, auto py) {
+        return lettered(PictureGetPixel(p, px, py), px - x, py, 0x2010F0, 70);
+      };
+      expect_canvases(
+          source,
+          lettered("text", source,
+                   {{"at", 0}, {"margin", 0}, {"offsetX", x}, {"color", 0x2010F0}, {"opacity", 70}}),
+          6, 4, drawn, 3);
+    }
+    // The second and the third frame alone: the fourth shows nothing of it.
+    const DocumentWindow some =
+        lettered("text", source, {{"at", 0}, {"margin", 0}, {"first", 2}, {"last", 3}, {"color", 0xFF00FF}});
+    const Canvases were = canvases_of(source), are = canvases_of(some);
+    for (std::size_t i = 0; i < 4; ++i)
+      for (std::uint32_t y = 0; y < 4; ++y)
+        for (std::uint32_t x = 0; x < 6; ++x) {
+          const Colour before = PictureGetPixel(were[i], x, y),
+                       wanted = i == 1 || i == 2 ? lettered(before, x, y, 0xFF00FF, 100) : before;
+          for (unsigned c = 0; c < 24; c += 8)
+            ASSERT_NEAR(PictureGetPixel(are[i], x, y) >> c & 255, wanted >> c & 255, 3) << i;
+        }
+    // A strip of one pixel more than the letters at each side, below or above.
+    const auto left = (6 - static_cast<std::int64_t>(mask.width)) / 2;
+    for (const bool above : {false, true}) {
+      const DocumentWindow captioned =
+          lettered("caption", source, {{"padding", 1}, {"above", above}, {"background", 0x80C0E0}});
+      expect_canvases(
+          source, captioned, 6, 4 + high,
+          [&](const Picture& p, std::uint32_t x, std::uint32_t y) {
+            const bool strip = above ? y < high : y >= 4;
+            if (!strip) return PictureGetPixel(p, x, above ? y - high : y);
+            return lettered(0x80C0E0, x - left, std::int64_t{y} - (above ? 0 : 4) - 1, 0, 100, mask);
+          },
+          3);
+    }
+    // What no frame covers has no mark: where a frame was cleared behind it, and around partial ones of a
+    // WebP.
+    if (form.kind == DocumentKind::WEBP) continue;
+    const DocumentWindow standing = animation(form.kind, form.colorType, false);
+    expect_canvases(
+        standing, lettered("watermark", standing, {{"at", 0}, {"margin", 0}, {"color", 0x30F0F0}}), 6, 4,
+        [](const Picture& p, auto x, auto y) {
+          return lettered(PictureGetPixel(p, x, y), x, y, 0x30F0F0, 50);
+        },
+        3);
+  }
+}
+
+/// A file of two frames of 3 x 2 with alpha.
+std::string other_file(const testing::ScratchFolder& folder, DocumentWindow& other, std::uint8_t type) {
+  other = testing::small_document(DocumentKind::APNG, 2, type);
+  const auto path = folder / "other.png";
+  testing::Recorder recorder;
+  EXPECT_TRUE(save_document(other, path, recorder.host));
+  return path;
+}
+
+DocumentWindow with_file(const char* operation, const DocumentWindow& source, const std::string& path,
+                         const Given& given) {
+  FieldValues values = initial_values(fields_for(find_operation(operation)->parameters, source));
+  values.set("with", path);
+  for (const auto& [name, value] : given) values.set(name, value);
+  DocumentWindow window = source;
+  testing::Recorder recorder;
+  EXPECT_TRUE(run_operation(*find_operation(operation), window, values, all_frames(4), recorder.host))
+      << operation << ::testing::PrintToString(recorder.messages);
+  return window;
+}
+
+TEST(FrameOperations, AnOverlayLiesOverEachFrameAndAnUnderlayUnderIt) {
+  const testing::ScratchFolder folder;
+  DocumentWindow other;
+  const std::string path = other_file(folder, other, 6);
+  const auto pictures = testing::images_of(other);
+  const auto laid = [&](Colour below, std::size_t frame, std::int64_t x, std::int64_t y,
+                        std::uint32_t percent) {
+    const Picture& top = pictures[frame % 2];
+    if (x < 0 || y < 0 || x >= top.width() || y >= top.height()) return below & 0xFFFFFF;
+    const Colour color = PictureGetPixel(top, x, y);
+    const std::uint32_t alpha = ((color >> 24) * percent + 50) / 100;
+    Colour shown = 0;
+    for (unsigned c = 0; c < 24; c += 8)
+      shown |= ((color >> c & 255) * alpha + (below >> c & 255) * (255 - alpha)) / 255 << c;
+    return shown;
+  };
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = animation(form.kind, form.colorType);
+    const Canvases were = canvases_of(source);
+    const auto expect = [&](const DocumentWindow& after, const auto& pixel) {
+      const Canvases are = canvases_of(after);
+      ASSERT_EQ(are.size(), were.size());
+      for (std::size_t i = 0; i < are.size(); ++i)
+        for (std::uint32_t y = 0; y < are[i].height(); ++y)
+          for (std::uint32_t x = 0; x < are[i].width(); ++x)
+            for (unsigned c = 0; c < 24; c += 8)
+              ASSERT_NEAR(PictureGetPixel(are[i], x, y) >> c & 255, pixel(i, x, y) >> c & 255, 2)
+                  << i << " at " << x << ", " << y;
+    };
+    expect(with_file("overlay", source, path, {{"at", 0}, {"offsetX", -1}, {"offsetY", 2}, {"opacity", 60}}),
+           [&](std::size_t i, std::int64_t x, std::int64_t y) {
+             return laid(PictureGetPixel(were[i], x, y), i, x + 1, y - 2, 60);
+           });
+    expect(with_file("overlay", source, path, {{"at", 0}, {"first", 2}, {"last", 2}}),
+           [&](std::size_t i, std::int64_t x, std::int64_t y) {
+             const Colour before = PictureGetPixel(were[i], x, y);
+             return i == 1 ? laid(before, 0, x, y, 100) : before & 0xFFFFFF;
+           });
+    if (form.colorType == 6) continue;
+    // What is opaque hides it, and beside it there is room.
+    const DocumentWindow under =
+        with_file("underlay", source, path, {{"canvas", 1}, {"scale", 200}, {"at", 8}});
+    const Extent canvas = document_size(under.list, under.document);
+    EXPECT_TRUE(canvas.width == 2 * pictures[0].width() && canvas.height == 2 * pictures[0].height());
+    const Canvases are = canvases_of(under);
+    for (std::size_t i = 0; i < are.size(); ++i)
+      EXPECT_EQ(PictureGetPixel(are[i], canvas.width - 1, canvas.height - 1) & 0xFFFFFF,
+                PictureGetPixel(were[i], 5, 3) & 0xFFFFFF);
+  }
+}
+
+TEST(FrameOperations, EveryKindShowsTheSameOfWhatWholeCanvasesBecome) {
+  const auto small = [](const char* name, const Given& given, DocumentKind kind, std::uint8_t type) {
+    return canvases_of(done(name, testing::small_document(kind, 4, type), given));
+  };
+  const auto expect_equal = [](const Canvases& a, const Canvases& b) {
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      ASSERT_TRUE(a[i].width() == b[i].width() && a[i].height() == b[i].height());
+      for (std::uint32_t y = 0; y < a[i].height(); ++y)
+        for (std::uint32_t x = 0; x < a[i].width(); ++x)
+          for (unsigned c = 0; c < 24; c += 8)
+            ASSERT_NEAR(PictureGetPixel(a[i], x, y) >> c & 255, PictureGetPixel(b[i], x, y) >> c & 255, 1)
+                << i << " at " << x << ", " << y;
+    }
+  };
+  {
+    const std::uint8_t type = 2;
+    const std::int64_t white = 0xFFFFFF;
+    const std::pair<const char*, Given> work[] = {
+        {"flip", {{"mode", 5}, {"angle", 30}, {"background", white}}},
+        {"flip", {{"mode", 6}, {"shear", -20}, {"background", white}}},
+        {"flip", {{"mode", 7}, {"shear", 40}, {"background", white}}},
+        {"social", {{"destination", 11}, {"width", 50}, {"height", 30}, {"margin", 5}, {"keyline", 1}}}};
+    for (const auto& [name, given] : work) {
+      SCOPED_TRACE(std::string(name) + std::to_string(type));
+      const Canvases wanted = small(name, given, DocumentKind::MING, type);
+      expect_equal(small(name, given, DocumentKind::APNG, type), wanted);
+      expect_equal(small(name, given, DocumentKind::WEBP, type), wanted);
+    }
+  }
+  // An angle that is a quarter turn is that turn; one that isn't leaves the middle of a plain picture plain.
+  for (const Form& form : kForms)
+    expect_equal(
+        canvases_of(done("flip", animation(form.kind, form.colorType), {{"mode", 5}, {"angle", -90}})),
+        canvases_of(done("flip", animation(form.kind, form.colorType), {{"mode", 3}})));
+  for (const std::uint32_t bits : {24u, 32u}) {
+    const Picture plain = bits == 24 ? PictureCreateFilled(40, 30, 0x123456)
+                                     : PictureToTrueColorAlpha(PictureCreateFilled(40, 30, 0x123456));
+    for (const int angle : {7, -33, 45, 100, 200, 359}) {
+      const Picture turned = rotated(plain, angle, 0);
+      EXPECT_EQ(PictureGetPixelOpaque(turned, turned.width() / 2, turned.height() / 2) & 0xFFFFFF, 0x123456u);
+      const double turn = angle * std::numbers::pi / 180;
+      EXPECT_NEAR(turned.width(), std::abs(40 * std::cos(turn)) + std::abs(30 * std::sin(turn)), 1.1);
+    }
+    const Picture leaning = sheared(plain, 45, false, 0);
+    EXPECT_EQ(leaning.width(), 70u);
+    EXPECT_EQ(PictureGetPixel(leaning, 0, 0) & 0xFFFFFF, 0u) << "the top goes to the right";
+    EXPECT_EQ(PictureGetPixel(leaning, 60, 2) & 0xFFFFFF, 0x123456u);
+  }
+}
+
+TEST(FrameOperations, ImagesMoveAndAreCopiedAndOthersComeAmongThem) {
+  const testing::ScratchFolder folder;
+  DocumentWindow other;
+  const std::string path = other_file(folder, other, 2);
+  const auto order = [](const DocumentWindow& window, const DocumentWindow& source) {
+    const auto are = testing::images_of(window), were = testing::images_of(source);
+    std::string text;
+    for (const Picture& picture : are) {
+      const auto same = [&](const Picture& p) { return p.handle().data() == picture.handle().data(); };
+      const auto at = std::ranges::find_if(were, same);
+      text += at == were.end() ? '-' : static_cast<char>('1' + (at - were.begin()));
+    }
+    return text;
+  };
+  struct Case {
+    const char* operation;
+    FrameList frames;
+    std::int64_t image, side;
+    const char* wanted;
+  };
+  const Case cases[] = {{"move", {0}, 4, 0, "2341"},      {"move", {2, 3}, 1, 1, "3412"},
+                        {"move", {1, 3}, 1, 0, "1243"},   {"move", {1}, 2, 0, "1234"},
+                        {"copy", {0, 1}, 4, 0, "123412"}, {"copy", {3}, 1, 1, "41234"}};
+  for (const DocumentKind kind : {DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP}) {
+    const DocumentWindow source = testing::small_document(kind, 4, 2);
+    for (const Case& c : cases)
+      EXPECT_EQ(order(done(c.operation, source, {{"image", c.image}, {"side", c.side}}, &c.frames), source),
+                c.wanted)
+          << c.operation;
+    for (const std::int64_t after : {0, 2, 4}) {
+      const DocumentWindow merged = with_file("merge", source, path, {{"after", after}});
+      std::string wanted = "1234";
+      wanted.insert(static_cast<std::size_t>(after), "--");
+      EXPECT_EQ(order(merged, source), wanted);
+      const auto delays = delays_of(merged), own = delays_of(source), theirs = delays_of(other);
+      EXPECT_EQ(
+          std::accumulate(delays.begin(), delays.end(), 0u),
+          std::accumulate(own.begin(), own.end(), 0u) + std::accumulate(theirs.begin(), theirs.end(), 0u));
+    }
+  }
+}
+
+TEST(Combine, FilesPlayOneAfterTheOtherInTheMiddleOfTheLargest) {
+  const testing::ScratchFolder folder;
+  testing::Recorder recorder;
+  const Form forms[] = {{DocumentKind::APNG, 0}, {DocumentKind::MING, 2}, {DocumentKind::WEBP, 2}};
+  for (const bool whole : {true, false})
+    for (const DocumentKind kind : {DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP}) {
+      std::vector<std::string> files;
+      Canvases wanted;
+      std::vector<std::uint32_t> delays;
+      for (const Form& form : forms) {
+        // Around partial frames of a WebP there would be nothing.
+        DocumentWindow window = form.kind == DocumentKind::WEBP
+                                    ? testing::small_document(form.kind, 4, form.colorType)
+                                    : animation(form.kind, form.colorType, false);
+        files.push_back(folder / (std::to_string(files.size()) + testing::kFileNames.at(form.kind)));
+        ASSERT_TRUE(save_document(window, files.back(), recorder.host));
+        DocumentWindow read;
+        ASSERT_TRUE(open_document(read, files.back(), recorder.host));
+        for (const Picture& canvas : canvases_of(read)) wanted.push_back(canvas);
+        for (const std::uint32_t delay : delays_of(read)) delays.push_back(delay);
+      }
+      files.push_back(folder / "large.bmp");
+      ASSERT_TRUE(GraphicFileWrite(files.back(), PictureCreateFilled(10, 9, 0x405060)));
+      wanted.push_back(PictureCreateFilled(10, 9, 0x405060));
+      delays.push_back(100);
+      FieldValues values = initial_values(kCombine.fields);
+      values.set("reconstruct", std::int64_t{whole});
+      values.set("background", std::int64_t{0x0000FF});
+      DocumentWindow made;
+      ASSERT_TRUE(combine_files(made, files, values, kind, recorder.host))
+          << ::testing::PrintToString(recorder.messages);
+      EXPECT_EQ(delays_of(made), delays);
+      const Canvases are = canvases_of(made);
+      ASSERT_EQ(are.size(), wanted.size());
+      for (std::size_t i = 0; i < are.size(); ++i) {
+        const auto left = (10 - wanted[i].width()) / 2, top = (9 - wanted[i].height()) / 2;
+        for (std::uint32_t y = 0; y < 9; ++y)
+          for (std::uint32_t x = 0; x < 10; ++x) {
+            const bool inside =
+                x >= left && y >= top && x < left + wanted[i].width() && y < top + wanted[i].height();
+            ASSERT_EQ(PictureGetPixel(are[i], x, y) & 0xFFFFFF,
+                      inside ? PictureGetPixel(wanted[i], x - left, y - top) & 0xFFFFFF : 0x0000FFu)
+                << i << " at " << x << ", " << y;
+          }
+      }
+    }
+  DocumentWindow made;
+  EXPECT_FALSE(combine_files(made, {folder / "no.png"}, initial_values(kCombine.fields), DocumentKind::APNG,
+                             recorder.host));
+  EXPECT_EQ(recorder.messages.size(), 1u);
+}
+
+TEST(TextMask, IsTightAndTheSameEachTimeInEveryStyleAndScript) {
+  const std::string texts[] = {"Wave", "two\nlines", "\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d", "broken \xff\xc3",
+                               "e\xcc\x81"};
+  for (const std::string& text : texts)
+    for (const bool smooth : {true, false})
+      for (const std::int32_t space : {-3, 0, 9}) {
+        SCOPED_TRACE(text + " " + std::to_string(space));
+        const TextStyle style{.family = "No Such Font", .smooth = smooth, .letterSpace = space, .gutter = 3};
+        const DrawnText drawn = draw_text(text, style), again = draw_text(text, style);
+        EXPECT_EQ(drawn.mask.values, again.mask.values);
+        EXPECT_NE(drawn.family, style.family);
+        Extent ink{};
+        std::uint32_t left = drawn.mask.width, top = drawn.mask.height;
+        for (std::uint32_t y = 0; y < drawn.mask.height; ++y)
+          for (std::uint32_t x = 0; x < drawn.mask.width; ++x) {
+            const std::uint8_t value = drawn.mask.row(y)[x];
+            EXPECT_TRUE(smooth || value == 0 || value == 255);
+            if (value == 0) continue;
+            left = std::min(left, x), top = std::min(top, y);
+            ink = {std::max(ink.width, x + 1), std::max(ink.height, y + 1)};
+          }
+        EXPECT_TRUE(left == 3 && top == 3 && ink.width + 3 == drawn.mask.width &&
+                    ink.height + 3 == drawn.mask.height);
+        // Letter by letter it becomes the whole, at its place.
+        std::uint64_t before = 0;
+        for (std::size_t shown = 0; shown <= count_characters(text); ++shown) {
+          const Mask part = draw_text(text, style, shown).mask;
+          ASSERT_EQ(part.width, drawn.mask.width);
+          ASSERT_EQ(part.height, drawn.mask.height);
+          std::uint64_t sum = 0;
+          for (const std::uint8_t value : part.values) sum += value;
+          EXPECT_GE(sum, before);
+          before = sum;
+        }
+      }
+  EXPECT_TRUE(draw_text("", {}).mask.values.empty());
+  EXPECT_TRUE(draw_text(" \n ", {}).mask.values.empty());
+  const std::string long_text(100'000, 'm'), longer(100'001, 'm');
+  EXPECT_TRUE(draw_text(long_text, {.points = 400}).large && draw_text(longer, {}).large);
+  const DrawnText wrapped = draw_text(long_text, {.points = 4, .wrap = 300});
+  EXPECT_TRUE(!wrapped.large && wrapped.broken && wrapped.mask.width <= 300 && wrapped.mask.height > 8192);
+  EXPECT_FALSE(draw_text("some words of a text", {.wrap = 300}).broken);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include "generators/settings.h"
 #include "image/graphic_file.h"
 #include "operations/frames.h"
+#include "shell/forms/color_button.h"
+#include "shell/widgets/color_dialog.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {
@@ -31,6 +33,11 @@ TEST_F(GeneratorDialogTest, SpinPlaysItsPictureAndMakesADocumentOfTheDefaultKind
     ASSERT_TRUE(first);
     EXPECT_EQ(first.width(), first.height()) << "a square that holds all of them";
     take_picture(dialog, "spin");
+    when_dialog_opens<ColorDialog>([](ColorDialog& color) {
+      EXPECT_EQ(color.findChild<QTabWidget*>()->count(), 3)
+          << "mixed, of the picture's palette, of the picture";
+    });
+    qobject_cast<ColorButton*>(dialog.form().input("backColor"))->click();
     dialog.form().set_value("count", std::int64_t{5});
     dialog.follow();
     dialog.buttons().button(QDialogButtonBox::Ok)->click();

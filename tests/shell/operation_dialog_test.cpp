@@ -34,13 +34,20 @@ class OperationDialogTest : public DialogTest {
 
 TEST_F(OperationDialogTest, EveryCommandMakesWhatItsOperationMakes) {
   settings::OpenExportPath = (folder_ / "").string();
+  const auto other = folder_ / "other.png";
+  DocumentWindow second = small_document(DocumentKind::APNG, 2, 6);
+  Recorder saving;
+  ASSERT_TRUE(save_document(second, other, saving.host));
   for (const Operation* operation : operation_table())
     for (const DocumentKind kind : operation->parameters.kinds) {
       const auto kinds = find_command(operation->parameters.command)->kinds;
       if (std::ranges::find(kinds, kind) == kinds.end()) continue;
+      if (operation->parameters.name == std::string_view("supercompress"))
+        continue;  // its dialog runs by itself
       SCOPED_TRACE(std::string(operation->parameters.name) + " " + kFileNames.at(kind));
       const DocumentWindow source = small_document(kind, 3, 2);
       DocumentFrame& frame = add(source);
+      for (const std::size_t entry : frame_entries(frame.content())) frame.entries().select(entry, true);
       const auto before = bytes(frame.content());
       FieldValues values = setting_values(fields_for(operation->parameters, frame.content()));
       // Some have no dialog, one has two.
@@ -48,6 +55,10 @@ TEST_F(OperationDialogTest, EveryCommandMakesWhatItsOperationMakes) {
       QObject::connect(&answer, &QTimer::timeout, [&] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (auto* own = qobject_cast<OperationDialog*>(dialog)) {
+          for (const Field& field : own->form().fields())
+            if (field.type == FieldType::Text && own->choice().values.text(field.name).empty())
+              own->form().set_value(field.name,
+                                    field.look == FieldLook::Path ? other.string() : std::string("Text"));
           values = own->choice().values;
           if (kind == DocumentKind::APNG) take_picture(*own, operation->parameters.name);
         }

@@ -40,7 +40,7 @@ TEST_F(SupercompressDialogTest, TellsWhatItDoesAndMakesAWindowOfTheResult) {
     EXPECT_FALSE(dialog.isVisible()) << "it closes by itself";
   });
   ASSERT_EQ(documents(), 2u);
-  const DocumentFrame& made = *main_.area().documents().back();
+  DocumentFrame& made = *main_.area().documents().back();
   EXPECT_TRUE(made.document().fileName.string().starts_with("Supercompressed_"));
   EXPECT_TRUE(made.document().dirty && !made.document().HasFileName);
   EXPECT_EQ(settings::SupercompressionOptions,

@@ -3,17 +3,35 @@
 
 #include <filesystem>
 
+#include "core/files/save_document.h"
 #include "operations/parameters.h"
+#include "support/documents.h"
 
 namespace vellum::testing {
 
-/// The initial values, with a name in texts that must have one, and a folder.
+/// The initial values, with a name in texts that must have one, another file, and a folder.
 inline FieldValues first_values(const Parameters& parameters, const DocumentWindow& window,
                                 const std::filesystem::path& folder = {}) {
   const std::vector<Field> fields = fields_for(parameters, window);
   FieldValues values = initial_values(fields);
   for (const Field& field : fields)
-    if (field.type == FieldType::Text && !field.enabledBy) values.set(field.name, std::string("name"));
+    if (field.type == FieldType::Text && !field.enabledBy && field.look != FieldLook::Path)
+      values.set(field.name, std::string("name"));
+  for (const Field& field : fields)
+    if (field.look == FieldLook::Path && !field.enabledBy && !folder.empty()) {
+      const auto other = folder / "other.png";
+      DocumentWindow made = small_document(DocumentKind::APNG, 2, 6);
+      Host host;
+      if (!std::filesystem::exists(other)) save_document(made, other, host);
+      values.set(field.name, other.string());
+    }
+  // A destination has a million pixels, which would take long and tell nothing more.
+  if (const Field* field = find_field(fields, "destination")) {
+    values.set(field->name, field->choices.back().value);
+    values.set("width", std::int64_t{60});
+    values.set("height", std::int64_t{40});
+    values.set("blur", std::int64_t{2});
+  }
   if (parameters.folder) values.set(parameters.folder, (folder / "files").string());
   return values;
 }
@@ -30,7 +48,8 @@ inline std::vector<FieldValues> trials(const Parameters& parameters, const Docum
     made.push_back(std::move(values));
   };
   for (const Field& field : fields) {
-    if (field.locked || field.type == FieldType::Text) continue;
+    if (field.locked || field.type == FieldType::Text || field.name == std::string_view("destination"))
+      continue;
     for (const FieldChoice& choice : field.choices) add(field, choice.value);
     if (field.type == FieldType::Real) add(field, field.leastReal), add(field, field.mostReal);
     if (field.type == FieldType::Flag) add(field, std::int64_t{0}), add(field, std::int64_t{1});

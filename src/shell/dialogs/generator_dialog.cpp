@@ -8,6 +8,7 @@
 
 #include "image/graphic_file.h"
 #include "image/resample.h"
+#include "shell/forms/color_button.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -93,6 +94,8 @@ void GeneratorDialog::show_source(const QString& name) { name_->setText(name); }
 void GeneratorDialog::take_picture(Picture picture, const QString& name) {
   inputs_.pictures = {std::move(picture)};
   reduced_.pictures = {reduced(inputs_.pictures.front())};
+  for (ColorButton* button : form().findChildren<ColorButton*>())
+    button->set_picture(reduced_.pictures.front());
   show_source(name);
   follow();
 }
@@ -110,7 +113,7 @@ void GeneratorDialog::select() {
 void GeneratorDialog::paste() {
   Picture picture = picture_of_image(QGuiApplication::clipboard()->image());
   if (!picture) return services_.host.show(StringId::ClipboardInvalid);
-  take_picture(std::move(picture), tr("Image from clipboard"));
+  take_picture(std::move(picture), text_of(StringId::ImageFromClipboard));
 }
 
 void GeneratorDialog::follow() {

@@ -17,6 +17,11 @@ Picture visible(const StreamedFrame& frame) {
   return PictureWithTransparency(frame.picture, frame.transparency);
 }
 
+QImage fitted(const QImage& image, QSize room) {
+  if (image.width() <= room.width() && image.height() <= room.height()) return image;
+  return image.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
 }  // namespace
 
 MotionPreview::MotionPreview(QWidget* parent) : QLabel(parent) {
@@ -24,6 +29,8 @@ MotionPreview::MotionPreview(QWidget* parent) : QLabel(parent) {
   setAlignment(Qt::AlignCenter);
   setMinimumSize(kPane);
   setFrameShape(QFrame::StyledPanel);
+  // What it shows must not say how large it is.
+  setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
   timer_.setSingleShot(true);
   connect(&timer_, &QTimer::timeout, this, &MotionPreview::step);
 }
@@ -55,7 +62,7 @@ void MotionPreview::step() {
   const StreamedFrame frame = stream_->frame(next_);
   const Picture before = canvas_;
   lay(frame);
-  setPixmap(canvas_ ? QPixmap::fromImage(image_of_picture(canvas_)) : QPixmap());
+  setPixmap(QPixmap::fromImage(fitted(image_of_picture(canvas_), contentsRect().size())));
   // What the next frame finds.
   if (frame.dispose == 2) canvas_ = before;
   if (frame.dispose == 1 && canvas_ && frame.picture)

@@ -14,9 +14,12 @@ struct DecorationRow {
   std::optional<FieldValues> (*first)(const Operation&, const DocumentWindow&, Services&, QWidget*) = nullptr;
   bool (*last)(OperationChoice&, const DocumentWindow&, Services&) = nullptr;
 };
-constexpr DecorationRow kDecorations[] = {{"crop", decorate_crop},
+constexpr DecorationRow kDecorations[] = {{"caption", decorate_caption, fields_of_caption},
+                                          {"crop", decorate_crop},
                                           {"frames", decorate_extract, nullptr, ask_for_names},
                                           {"palette", nullptr, ask_for_palette},
+                                          {"overlay", nullptr, nullptr, warn_of_opaque_overlay},
+                                          {"underlay", nullptr, nullptr, warn_of_opaque_animation},
                                           {"resize", decorate_resize}};
 
 /// An empty row for those that have nothing.

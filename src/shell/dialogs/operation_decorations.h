@@ -25,11 +25,16 @@ bool ask_last(const Operation& operation, OperationChoice& choice, const Documen
               Services& services);
 
 // One for each operation that has something.
+void decorate_caption(OperationDialog& dialog);
 void decorate_crop(OperationDialog& dialog);
 void decorate_extract(OperationDialog& dialog);
 void decorate_resize(OperationDialog& dialog);
 std::optional<FieldValues> ask_for_palette(const Operation& operation, const DocumentWindow& window,
                                            Services& services, QWidget* parent);
+std::optional<FieldValues> fields_of_caption(const Operation& operation, const DocumentWindow& window,
+                                             Services& services, QWidget* parent);
+bool warn_of_opaque_overlay(OperationChoice& choice, const DocumentWindow& window, Services& services);
+bool warn_of_opaque_animation(OperationChoice& choice, const DocumentWindow& window, Services& services);
 bool ask_for_names(OperationChoice& choice, const DocumentWindow& window, Services& services);
 
 }  // namespace vellum

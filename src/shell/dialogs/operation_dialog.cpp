@@ -19,7 +19,7 @@ constexpr FieldChoice kScopes[] = {{0, "All frames"}, {1, "Selected frames"}};
 
 /// What an operation's dialog has beside the fields of its row.
 std::vector<Field> scope_field(const Operation& operation, const DocumentWindow& window) {
-  if (!operation.scoped) return {};
+  if (!operation.scoped || operation.ofSelected) return {};
   return {{.name = kScope,
            .label = "Apply to",
            .type = FieldType::Choice,
@@ -43,7 +43,7 @@ OperationDialog::OperationDialog(const Operation& operation, const DocumentWindo
 
 OperationChoice OperationDialog::choice() const {
   const FieldValues all = values();
-  const bool some = operation_.scoped && all.number(kScope) == 1;
+  const bool some = operation_.ofSelected || (operation_.scoped && all.number(kScope) == 1);
   return {all, some ? selected_frames(window()) : all_frames(frame_entries(window()).size())};
 }
 
@@ -106,6 +106,10 @@ void OperationDialog::follow() {
 std::optional<OperationChoice> ask_for_operation(const Operation& operation, const DocumentWindow& window,
                                                  Services& services, QWidget* parent) {
   const Parameters& parameters = operation.parameters;
+  if (operation.ofSelected && selected_frames(window).empty()) {
+    services.host.show(StringId::SelectImagesToMove);
+    return std::nullopt;
+  }
   const auto fields = fields_for(parameters, window);
   const OperationChoice first{setting_values(fields), all_frames(frame_entries(window).size())};
   const auto whole = [&] { return makes_whole_canvases(operation, window, first.values, first.frames); };

@@ -64,6 +64,21 @@ std::string history_line(std::span<const Field> fields, const FieldValues& value
   return line;
 }
 
+/// The field whose last texts a file keeps.
+const Field* text_of(const Parameters& parameters) {
+  const auto field = std::ranges::find(parameters.fields, FieldType::Text, &Field::type);
+  return parameters.texts && field != parameters.fields.end() ? &*field : nullptr;
+}
+
+/// As one line of a list shows it.
+QString first_line(const std::string& text) { return to_qt(text).section(u'\n', 0, 0); }
+
+void keep_line(const char* file, const std::string& line, HistoryKind kind) {
+  auto lines = load_history(config_path(file), kind);
+  remember_text(lines, line, kind);
+  save_history(config_path(file), lines);
+}
+
 }  // namespace
 
 void name_controls(Form& form) {
@@ -98,6 +113,7 @@ ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWin
       asked_(asked) {
   name_controls(form());
   if (parameters.history) add_history();
+  if (text_of(parameters)) add_texts();
   if (parameters.note) {
     note_ = new QLabel(this);
     note_->setObjectName(QStringLiteral("note"));
@@ -156,6 +172,24 @@ void ParameterDialog::add_history() {
   form().add_row_behind({}, tr("Last values"), list);
 }
 
+void ParameterDialog::add_texts() {
+  const Field& field = *text_of(parameters_);
+  const auto texts = load_history(config_path(parameters_.texts), HistoryKind::Texts);
+  if (texts.empty()) return;
+  auto* list = new QComboBox(this);
+  list->setObjectName(QStringLiteral("texts"));
+  list->setPlaceholderText(tr("Choose an earlier text"));
+  list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  list->setMinimumContentsLength(24);
+  for (const std::string& text : texts) list->addItem(first_line(text));
+  list->setCurrentIndex(-1);
+  connect(list, &QComboBox::activated, this, [this, texts, name = field.name](int row) {
+    form().set_value(name, texts[static_cast<std::size_t>(row)]);
+    follow();
+  });
+  form().add_row_behind(field.name, tr("Earlier texts"), list);
+}
+
 void ParameterDialog::follow() {
   if (!note_) return;
   const bool fine = !check_fields(form().fields(), values());
@@ -163,14 +197,22 @@ void ParameterDialog::follow() {
   note_->setVisible(!note_->text().isEmpty());
 }
 
+std::string ParameterDialog::kept_text() const {
+  const Field* field = text_of(parameters_);
+  return field ? values().text(field->name) : std::string();
+}
+
+void ParameterDialog::keep_text() const {
+  if (text_of(parameters_)) keep_line(parameters_.texts, kept_text(), HistoryKind::Texts);
+}
+
 bool ParameterDialog::keep() {
   keep_in_settings(form().fields(), values());
   const auto rows = state_rows(parameters_);
   if (!rows.empty()) store_dialog_state(*this, rows, config_path(parameters_.stateFile));
-  if (!parameters_.history) return true;
-  auto lines = load_history(config_path(parameters_.history), HistoryKind::Values);
-  remember_text(lines, history_line(parameters_.fields, values()), HistoryKind::Values);
-  save_history(config_path(parameters_.history), lines);
+  keep_text();
+  if (parameters_.history)
+    keep_line(parameters_.history, history_line(parameters_.fields, values()), HistoryKind::Values);
   return true;
 }
 

@@ -30,11 +30,15 @@ class ParameterDialog : public FormDialog {
   Host& host() { return services_.host; }
   /// Works out anew what follows from the values; for values that were put in without a person's hand.
   virtual void follow();
+  /// The text whose earlier ones a file keeps; the file gets it.
+  std::string kept_text() const;
+  void keep_text() const;
 
  private:
   ParameterDialog(const Parameters& parameters, const DocumentWindow& window, Services& services,
                   QWidget* parent, const std::vector<Field>& fields, const FieldValues& asked);
   void add_history();
+  void add_texts();
   bool keep();
 
   const Parameters& parameters_;

@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include "base/fields.h"
+#include "image/palette_from_pictures.h"
 #include "shell/look/text.h"
 #include "shell/widgets/color_dialog.h"
 
@@ -19,8 +20,12 @@ QColor qt_of(Colour color, bool alpha) {
 }
 
 /// The program's own dialog knows no alpha; the desktop's takes its place then.
-std::optional<Colour> ask_user(QWidget* parent, Colour color, bool alpha) {
-  if (!alpha) return ask_for_color(parent, {.color = color, .picture = {}, .palette = {}, .title = {}});
+std::optional<Colour> ask_user(QWidget* parent, const Picture& picture, Colour color, bool alpha) {
+  if (!alpha)
+    return ask_for_color(parent, {.color = color,
+                                  .picture = picture,
+                                  .palette = picture ? palette_of_picture(picture) : PaletteColors(),
+                                  .title = {}});
   const QColor chosen =
       QColorDialog::getColor(qt_of(color, alpha), parent, {}, QColorDialog::ShowAlphaChannel);
   if (!chosen.isValid()) return std::nullopt;
@@ -57,13 +62,16 @@ void ColorButton::set_color(Colour color) {
   show_color();
 }
 
+void ColorButton::set_picture(const Picture& picture) { picture_ = picture; }
+
 void ColorButton::changeEvent(QEvent* event) {
   QPushButton::changeEvent(event);
   if (event->type() == QEvent::PaletteChange) show_color();
 }
 
 void ColorButton::choose() {
-  const auto chosen = (chooseColor ? chooseColor : ChooseColor(ask_user))(this, color_, alpha_);
+  const auto chosen =
+      chooseColor ? chooseColor(this, color_, alpha_) : ask_user(this, picture_, color_, alpha_);
   if (!chosen) return;
   set_color(*chosen);
   emit this->chosen();

@@ -21,6 +21,8 @@ class ColorButton : public QPushButton {
 
   Colour color() const { return color_; }
   void set_color(Colour color);
+  /// A picture that colors can be picked from, and the colors of its palette.
+  void set_picture(const Picture& picture);
 
  signals:
   /// The user chose one.
@@ -34,6 +36,7 @@ class ColorButton : public QPushButton {
   void show_color();
 
   Colour color_ = 0;
+  Picture picture_;
   bool alpha_;
 };
 

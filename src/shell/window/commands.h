@@ -69,6 +69,7 @@ void export_image_command(MainWindow& main, DocumentFrame& frame);
 
 /// The settings of the program; with Shift held, with the defaults put in.
 void setup_command(MainWindow& main);
+void combine_command(MainWindow& main);
 
 /// The guide's first page; with Shift held, the list of its pages.
 void contents_command(MainWindow& main);
@@ -101,6 +102,7 @@ void export_command(MainWindow& main, DocumentFrame& frame) {
 }
 /// Asks for the values of a generator, whose animation becomes a document in a window of its own.
 void run_generator_command(MainWindow& main, int number);
+void transition_command(MainWindow& main);
 template <int Number>
 void generator_command(MainWindow& main) {
   run_generator_command(main, Number);

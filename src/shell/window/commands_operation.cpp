@@ -45,7 +45,15 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
     return;
   }
   if (operation.result == OperationResult::NewWindow) {
-    show_result(main, frame, operation.prefix, work);
+    // Texts may name the file that is worked on, and not its copy.
+    const auto under_its_name = [&](DocumentWindow& copy, Host& listener) {
+      if (operation.makes != DocumentKind::None) return work(copy, listener);
+      const std::filesystem::path shown = std::exchange(copy.document.fileName, window.document.fileName);
+      const bool done = work(copy, listener);
+      copy.document.fileName = shown;
+      return done;
+    };
+    show_result(main, frame, operation.prefix, under_its_name);
     return;
   }
   if (undo_push(window, host, lower_case(operation.parameters.title)) && work(window, host))

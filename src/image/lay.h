@@ -1,0 +1,18 @@
+// Pictures laid over pictures, with straight alpha.
+#pragma once
+
+#include "image/picture.h"
+
+namespace vellum {
+
+enum class Lay : std::uint8_t {
+  Over,  ///< "over" of the PNG standard
+  Atop,  ///< colors alone: the alpha of what lies below stays
+};
+
+/// Lays `top` (24 or 32 bits) with its left and top at (x, y) of `picture` (24 or 32 bits), clipped, with
+/// this much of its opacity, in per cent. False when memory is exhausted, or for another depth.
+bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture& top,
+                 std::uint32_t percent = 100, Lay how = Lay::Over);
+
+}  // namespace vellum

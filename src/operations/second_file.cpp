@@ -1,0 +1,87 @@
+#include "operations/second_file.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "core/edit/frame_layer.h"
+#include "core/files/open_document.h"
+#include "core/model/whole_canvases.h"
+#include "image/picture_operations.h"
+#include "image/png_form.h"
+#include "operations/frames.h"
+#include "operations/reconstruct.h"
+
+namespace vellum {
+namespace {
+
+bool read_pictures(const DocumentWindow& window, FilePictures& pictures, Host& host) {
+  pictures.opaque = !has_transparency(window);
+  if (!is_animation(window.document.kind)) {
+    const auto entries = frame_entries(window);
+    const Picture picture =
+        entries.empty()
+            ? Picture()
+            : frame_layer_of(frame_source_of(window), window.list.record(entries.front())).picture;
+    if (picture) pictures.canvases = {picture.bits() == 32 ? picture : PictureToTrueColorAlpha(picture)};
+    return static_cast<bool>(picture);
+  }
+  bool covers = true;
+  const bool done =
+      for_each_canvas(window, CanvasDepth::TrueColorAlpha, host, [&](std::size_t, const Picture& canvas) {
+        pictures.canvases.push_back(canvas);
+        covers = covers && picture_content(canvas).opaque;
+        return static_cast<bool>(canvas);
+      });
+  pictures.opaque = covers;
+  return done && !pictures.canvases.empty();
+}
+
+/// What tells one state of a file from another.
+struct FileMark {
+  std::string path;
+  std::filesystem::file_time_type time;
+  bool operator==(const FileMark&) const = default;
+};
+
+FileMark mark_of(const std::string& path) {
+  std::error_code error;
+  return {path, std::filesystem::last_write_time(path, error)};
+}
+
+}  // namespace
+
+std::optional<FieldFault> check_file(const FieldValues& values, const char* name) {
+  return values.text(name).empty() ? std::optional(fault_of(name, StringId::ChooseAFile)) : std::nullopt;
+}
+
+bool open_second_file(DocumentWindow& window, const std::string& path, Host& host) {
+  Host quiet;
+  quiet.stop_requested = host.stop_requested;
+  quiet.choose = [](Choice&) { return true; };
+  quiet.message = host.message;
+  return open_document(window, path, quiet);
+}
+
+std::shared_ptr<const FilePictures> pictures_of_file(const std::string& path, Host& host) {
+  DocumentWindow window;
+  if (!open_second_file(window, path, host)) return nullptr;
+  const auto made = std::make_shared<FilePictures>();
+  const Extent canvas = document_size(window.list, window.document);
+  const bool fits = canvases_fit(frame_entries(window).size(), canvas);
+  if (fits && read_pictures(window, *made, host)) return made;
+  if (!host.stopped()) host.show(fits ? StringId::ErrorReadingFile : StringId::ResultTooLarge, {}, path);
+  return nullptr;
+}
+
+std::shared_ptr<const FilePictures> kept_pictures_of_file(const std::string& path) {
+  static FileMark mark;
+  static std::shared_ptr<const FilePictures> kept;
+  const FileMark now = mark_of(path);
+  if (kept && now == mark) return kept;
+  Host nobody;
+  kept = pictures_of_file(path, nobody);
+  mark = now;
+  return kept;
+}
+
+}  // namespace vellum

@@ -1,0 +1,406 @@
+// Social media: the animation on a ground of its own, in a size that a destination wants.
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "base/limits.h"
+#include "base/text.h"
+#include "core/edit/edit_closing.h"
+#include "core/files/save_options.h"
+#include "core/model/kind_table.h"
+#include "image/lay.h"
+#include "image/mask.h"
+#include "image/picture_operations.h"
+#include "image/picture_rows.h"
+#include "image/resample.h"
+#include "operations/animation_properties.h"
+#include "operations/change_pictures.h"
+#include "operations/changed_parts.h"
+#include "operations/convert_colors.h"
+#include "operations/one_picture.h"
+#include "operations/operation_rows.h"
+#include "operations/recoloring.h"
+#include "operations/reconstruct.h"
+#include "operations/settings.h"
+#include "operations/text_art.h"
+
+namespace vellum {
+namespace {
+
+constexpr std::int64_t kMostSide = 16383;
+enum { kDocumentSize = 10, kOwnSize = 11 };
+
+struct DestinationRow {
+  std::uint32_t width, height;
+  std::uint64_t most = 0;  ///< bytes that it accepts; 0: no bound is known
+};
+constexpr DestinationRow kSizes[] = {{1080, 1080}, {1080, 1350},         {1080, 1920}, {1200, 630},
+                                     {1600, 900},  {1000, 1500},         {1280, 720},  {400, 400},
+                                     {1500, 500},  {512, 512, 512 << 10}};
+constexpr FieldChoice kDestinations[] = {{0, "Square post 1080 x 1080"},
+                                         {1, "Portrait post 1080 x 1350"},
+                                         {2, "Story or reel 1080 x 1920"},
+                                         {3, "Landscape post 1200 x 630"},
+                                         {4, "Wide post 1600 x 900"},
+                                         {5, "Pin 1000 x 1500"},
+                                         {6, "Video cover 1280 x 720"},
+                                         {7, "Profile picture 400 x 400"},
+                                         {8, "Banner 1500 x 500"},
+                                         {9, "Message sticker 512 x 512"},
+                                         {kDocumentSize, "Document size", "document"},
+                                         {kOwnSize, "Own size", "own"}};
+enum Process { kColor, kGradient, kBlurred, kAverage };
+constexpr FieldChoice kProcesses[] = {{kColor, "Color", "color"},
+                                      {kGradient, "Gradient", "gradient"},
+                                      {kBlurred, "Blurred image", "blurred"},
+                                      {kAverage, "Image average", "average"}};
+enum GradientType { kLinear, kRadial, kByAngle };
+constexpr FieldChoice kGradients[] = {
+    {kLinear, "Linear", "linear"}, {kRadial, "Radial", "radial"}, {kByAngle, "Angle", "angle"}};
+
+constexpr const char *kGround = "Background", *kImage = "Image";
+
+constexpr Field ground(Field field, Process process) {
+  return on_page(enabled_by(field, "process", process), kGround);
+}
+constexpr Field choice(const char* name, const char* label, std::span<const FieldChoice> choices,
+                       std::int64_t initial, int& setting) {
+  return {.name = name,
+          .label = label,
+          .type = FieldType::Choice,
+          .most = static_cast<std::int64_t>(choices.size()) - 1,
+          .choices = choices,
+          .initial = initial,
+          .setting = &setting};
+}
+
+constexpr Field kFields[] = {
+    choice("destination", "Destination", kDestinations, 0, settings::SocialMediaDestination),
+    enabled_by(whole_field("width", "Width", 1, kMostSide, 640), "destination", kOwnSize),
+    enabled_by(whole_field("height", "Height", 1, kMostSide, 480), "destination", kOwnSize),
+    on_page(choice("process", "Background", kProcesses, kBlurred, settings::SocialMediaProcess), kGround),
+    on_page(color_field("color1", "Color", 0xFFFFFF, &settings::SocialMediaColor1), kGround),
+    ground(color_field("color2", "Second color", 0x808080, &settings::SocialMediaColor2), kGradient),
+    ground(choice("gradient", "Gradient", kGradients, kLinear, settings::SocialMediaGradientType), kGradient),
+    ground(whole_field("gradientAngle", "Angle", 0, 359, 90, &settings::SocialMediaGradientAngle), kGradient),
+    ground(whole_field("gradientX", "Center across", 0, 100, 50, &settings::SocialMediaGradientX), kGradient),
+    ground(whole_field("gradientY", "Center down", 0, 100, 50, &settings::SocialMediaGradientY), kGradient),
+    ground(whole_field("blur", "Blur", 0, 100, 24, &settings::SocialMediaBlur), kBlurred),
+    on_page(whole_field("hue", "Hue", -180, 180, 0, &settings::SocialMediaHSBHue), kGround),
+    on_page(whole_field("saturation", "Saturation", -100, 100, 0, &settings::SocialMediaHSBSat), kGround),
+    on_page(whole_field("brightness", "Brightness", -100, 100, 0, &settings::SocialMediaHSBBri), kGround),
+    on_page(whole_field("size", "Size (per cent)", 10, 100, 90, &settings::SocialMediaFrameSize), kImage),
+    on_page(whole_field("margin", "Margin", 0, 500, 40, &settings::SocialMediaFrameMargin), kImage),
+    on_page(whole_field("across", "Place across", 0, 100, 50, &settings::SocialMediaHorzPos), kImage),
+    on_page(whole_field("down", "Place down", 0, 100, 50, &settings::SocialMediaVertPos), kImage),
+    on_page(flag_field("keyline", "Keyline", 0, &settings::SocialMediaKeylineEnable), kImage),
+    on_page(enabled_by(whole_field("keylineSize", "Width of the keyline", 1, 50, 2,
+                                   &settings::SocialMediaKeylineSize),
+                       "keyline"),
+            kImage),
+    on_page(
+        enabled_by(color_field("keylineColor", "Color of the keyline", 0, &settings::SocialMediaKeylineColor),
+                   "keyline"),
+        kImage),
+    on_page(flag_field("shadow", "Shadow", 1, &settings::SocialMediaShadowEnable), kImage),
+    on_page(
+        enabled_by(color_field("shadowColor", "Color of the shadow", 0, &settings::SocialMediaShadowColor),
+                   "shadow"),
+        kImage),
+    on_page(enabled_by(whole_field("shadowOffset", "Offset of the shadow", 0, 100, 8,
+                                   &settings::SocialMediaShadowOffset),
+                       "shadow"),
+            kImage),
+    on_page(enabled_by(whole_field("shadowOpacity", "Opacity of the shadow", 0, 100, 50,
+                                   &settings::SocialMediaShadowOpacity),
+                       "shadow"),
+            kImage),
+    on_page(enabled_by(whole_field("shadowSoftness", "Softness of the shadow", 0, 50, 12,
+                                   &settings::SocialMediaShadowSoftness),
+                       "shadow"),
+            kImage),
+};
+
+constexpr const char* kSides[] = {"width", "height"};
+constexpr CompoundOption kOptions[] = {{.name = "to",
+                                        .form = "WxH",
+                                        .help = "A size of your own",
+                                        .fields = kSides,
+                                        .parting = 'x',
+                                        .alongside = "destination",
+                                        .alongsideValue = kOwnSize}};
+
+Extent size_of(const FieldValues& values, const Extent& canvas) {
+  const std::int64_t destination = values.number("destination");
+  if (destination == kDocumentSize) return canvas;
+  if (destination == kOwnSize)
+    return {static_cast<std::uint32_t>(values.number("width")),
+            static_cast<std::uint32_t>(values.number("height"))};
+  const DestinationRow& row = kSizes[static_cast<std::size_t>(destination)];
+  return {row.width, row.height};
+}
+
+std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow& window) {
+  const Extent size = size_of(values, document_size(window.list, window.document));
+  const std::int64_t most = kind_row(window.document.kind).mostPixels;
+  if (size.width <= most && size.height <= most && canvases_fit(frame_entries(window).size(), size))
+    return std::nullopt;
+  return fault_of("destination", StringId::ResultTooLarge);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// the ground
+
+/// How far from the first color to the second a pixel is, 0 to 1.
+double gradient_at(const FieldValues& values, const Extent& size, double x, double y) {
+  const double dx = x - size.width * static_cast<double>(values.number("gradientX")) / 100,
+               dy = y - size.height * static_cast<double>(values.number("gradientY")) / 100;
+  const double turn = static_cast<double>(values.number("gradientAngle")) * std::numbers::pi / 180;
+  const double length = std::hypot(size.width, size.height) / 2;
+  if (values.number("gradient") == kRadial) return std::min(std::hypot(dx, dy) / length, 1.0);
+  if (values.number("gradient") == kByAngle) {
+    const double share = (std::atan2(dy, dx) - turn) / (2 * std::numbers::pi);
+    return share - std::floor(share);
+  }
+  const double reach = (std::abs(size.width * std::cos(turn)) + std::abs(size.height * std::sin(turn))) / 2;
+  return std::clamp(0.5 + (dx * std::cos(turn) + dy * std::sin(turn)) / (2 * reach), 0.0, 1.0);
+}
+
+Picture gradient(const FieldValues& values, const Extent& size) {
+  Picture picture = PictureCreate(size.width, size.height, nullptr, 24);
+  const EditRows rows(picture);
+  if (!rows) return {};
+  const auto first = static_cast<Colour>(values.number("color1")),
+             second = static_cast<Colour>(values.number("color2"));
+  const std::uint8_t from[] = {blue_of(first), green_of(first), red_of(first)},
+                     to[] = {blue_of(second), green_of(second), red_of(second)};
+  for_each_row(size.height, std::size_t{size.width} * 30, [&](std::uint32_t y) {
+    for (std::uint32_t x = 0; x < size.width; ++x) {
+      const double share = gradient_at(values, size, x + 0.5, y + 0.5);
+      for (int c = 0; c < 3; ++c)
+        rows[y][3 * std::size_t{x} + static_cast<std::size_t>(c)] =
+            static_cast<std::uint8_t>(std::lround(from[c] + (to[c] - from[c]) * share));
+    }
+  });
+  return picture;
+}
+
+void blur_picture(Picture& picture, std::uint32_t radius) {
+  const EditRows rows(picture);
+  for (std::size_t c = 0; rows && c < 3; ++c) {
+    Mask plane(picture.width(), picture.height());
+    for (std::uint32_t y = 0; y < plane.height; ++y)
+      for (std::uint32_t x = 0; x < plane.width; ++x) plane.row(y)[x] = rows[y][3 * std::size_t{x} + c];
+    blur_mask(plane, radius);
+    for (std::uint32_t y = 0; y < plane.height; ++y)
+      for (std::uint32_t x = 0; x < plane.width; ++x) rows[y][3 * std::size_t{x} + c] = plane.row(y)[x];
+  }
+}
+
+/// The picture scaled until it covers the size, and cut to it.
+Picture covering(const Picture& picture, const Extent& size) {
+  const double scale = std::max(1.0 * size.width / picture.width(), 1.0 * size.height / picture.height());
+  const auto side = [&](std::uint32_t length, std::uint32_t least) {
+    return std::max(least, static_cast<std::uint32_t>(std::lround(length * scale)));
+  };
+  const Picture large = PictureResample(picture, side(picture.width(), size.width),
+                                        side(picture.height(), size.height), ResampleFilter::Automatic);
+  if (!large) return {};
+  const auto left = static_cast<std::int32_t>((large.width() - size.width) / 2),
+             top = static_cast<std::int32_t>((large.height() - size.height) / 2);
+  return PictureCrop(large, {left, top, left + static_cast<std::int32_t>(size.width),
+                             top + static_cast<std::int32_t>(size.height)});
+}
+
+/// Blurred where more than is needed is there, so that nothing of the edges comes in.
+Picture blurred(const Picture& image, const Extent& size, std::uint32_t radius) {
+  const std::uint32_t room = 3 * radius;
+  Picture large = covering(image, {size.width + 2 * room, size.height + 2 * room});
+  if (!large) return {};
+  blur_picture(large, radius);
+  const auto edge = static_cast<std::int32_t>(room);
+  return PictureCrop(large, {edge, edge, edge + static_cast<std::int32_t>(size.width),
+                             edge + static_cast<std::int32_t>(size.height)});
+}
+
+Colour average_of(const Picture& image) {
+  std::uint64_t sums[3] = {};
+  for (std::uint32_t y = 0; y < image.height(); ++y)
+    for (std::size_t x = 0; x < image.width(); ++x)
+      for (std::size_t c = 0; c < 3; ++c) sums[c] += image.row(y)[3 * x + c];
+  const std::uint64_t count = std::uint64_t{image.width()} * image.height();
+  const auto mean = [&](int c) { return static_cast<std::uint32_t>((sums[c] + count / 2) / count); };
+  return make_colour(mean(2), mean(1), mean(0));
+}
+
+Picture adjusted_ground(const Picture& picture, const FieldValues& values, Host& host) {
+  const std::int64_t hue = values.number("hue"), saturation = values.number("saturation"),
+                     brightness = values.number("brightness");
+  if (!picture || (hue == 0 && saturation == 0 && brightness == 0)) return picture;
+  FieldValues wanted = initial_values(kAdjust.parameters.fields);
+  wanted.set("hue", hue);
+  wanted.set("saturation", saturation);
+  wanted.set("lightness", brightness);
+  return operate_on_picture(
+      kAdjust, picture, [&](const DocumentWindow&) { return std::optional(wanted); }, host);
+}
+
+/// `image`: what the first frame shows, opaque.
+Picture make_ground(const FieldValues& values, const Picture& image, const Extent& size, Host& host) {
+  Picture ground;
+  switch (values.number("process")) {
+    case kGradient:
+      ground = gradient(values, size);
+      break;
+    case kBlurred:
+      ground = blurred(image, size, static_cast<std::uint32_t>(values.number("blur")));
+      break;
+    default:
+      ground = PictureCreateFilled(size.width, size.height,
+                                   values.number("process") == kAverage
+                                       ? average_of(image)
+                                       : static_cast<Colour>(values.number("color1")));
+  }
+  return adjusted_ground(ground, values, host);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// the image
+
+struct Place {
+  std::int64_t x, y;
+  std::uint32_t width, height;
+};
+
+Place place_of(const FieldValues& values, const Extent& image, const Extent& size) {
+  const std::int64_t margin = values.number("margin"), percent = values.number("size");
+  const auto room = [&](std::uint32_t side) { return std::max<std::int64_t>(side - 2 * margin, 1); };
+  const double scale = std::min(room(size.width) * static_cast<double>(percent) / 100 / image.width,
+                                room(size.height) * static_cast<double>(percent) / 100 / image.height);
+  const auto side = [&](std::uint32_t length) {
+    return std::max(1u, static_cast<std::uint32_t>(std::lround(length * scale)));
+  };
+  Place place{0, 0, side(image.width), side(image.height)};
+  const auto at = [&](std::uint32_t whole, std::uint32_t part, std::int64_t share) {
+    return (std::int64_t{whole} - room(whole)) / 2 + (room(whole) - std::int64_t{part}) * share / 100;
+  };
+  place.x = at(size.width, place.width, values.number("across"));
+  place.y = at(size.height, place.height, values.number("down"));
+  return place;
+}
+
+bool put_shadow(Picture& ground, const FieldValues& values, const Place& place, const Picture& image) {
+  if (values.number("shadow") == 0) return true;
+  const auto softness = static_cast<std::uint32_t>(values.number("shadowSoftness"));
+  const std::uint32_t reach = 3 * softness;
+  Mask mask(place.width + 2 * reach, place.height + 2 * reach);
+  for (std::uint32_t y = 0; y < place.height; ++y) {
+    std::uint8_t* out = mask.row(reach + y) + reach;
+    if (image.bits() == 32)
+      for (std::uint32_t x = 0; x < place.width; ++x) out[x] = image.row(y)[4 * std::size_t{x} + 3];
+    else
+      std::fill_n(out, place.width, std::uint8_t{255});
+  }
+  blur_mask(mask, softness);
+  const std::int64_t away = values.number("shadowOffset") - std::int64_t{reach};
+  return lay_picture(ground, place.x + away, place.y + away,
+                     colored_mask(mask, static_cast<Colour>(values.number("shadowColor"))),
+                     static_cast<std::uint32_t>(values.number("shadowOpacity")));
+}
+
+void put_keyline(Picture& ground, const FieldValues& values, const Place& place) {
+  if (values.number("keyline") == 0) return;
+  const auto line = static_cast<std::int32_t>(values.number("keylineSize"));
+  PictureFrameRect(
+      ground, static_cast<std::int32_t>(place.x) - line, static_cast<std::int32_t>(place.y) - line,
+      static_cast<std::int32_t>(place.width) + 2 * line, static_cast<std::int32_t>(place.height) + 2 * line,
+      static_cast<Colour>(values.number("keylineColor")), line);
+}
+
+/// Later frames become the part in which they differ from the one in front. WebP does so when it is written.
+bool cut_to_changes(OperationRun& run) {
+  if (run.draft.document.kind == DocumentKind::WEBP) return true;
+  std::vector<Picture> whole;
+  for (const std::size_t entry : frame_entries(run.draft))
+    whole.push_back(picture_of(run.draft.list.record(entry)));
+  return change_pictures(run.draft, all_frames(whole.size()), string_text(StringId::BuildingCaption),
+                         run.host, [&](FrameWork& work) {
+                           if (work.frame == 0 || work.frame == kDefaultImageWork) return true;
+                           const FrameLayer part = changed_part(whole[work.frame - 1], whole[work.frame]);
+                           work.picture = part.picture;
+                           work.offset = part.offset;
+                           set_frame_dispose(work.record, run.draft.document.kind, 0);
+                           return static_cast<bool>(part.picture);
+                         });
+}
+
+void tell_of_size(OperationRun& run) {
+  const auto destination = static_cast<std::size_t>(run.number("destination"));
+  const std::uint64_t most = destination < std::size(kSizes) ? kSizes[destination].most : 0;
+  if (most == 0) return;
+  const auto bytes = size_when_written(run.draft, save_options(), run.host);
+  if (bytes && *bytes > most)
+    run.host.add_note(
+        filled(StringId::LargerThanAccepted, {grouped(*bytes) + " bytes", grouped(most) + " bytes"}));
+}
+
+unsigned needs(const DocumentWindow&, const FieldValues&, const FrameList&) {
+  return kWholeCanvases | kTrueColor;
+}
+
+bool run(OperationRun& run) {
+  if (!free_color_key(run.draft, run.host)) return false;
+  const DocumentKind kind = run.draft.document.kind;
+  const Extent canvas = document_size(run.draft.list, run.draft.document), size = size_of(run.values, canvas);
+  const auto entries = frame_entries(run.draft);
+  const Picture first = picture_of(run.draft.list.record(entries.front()));
+  const Colour background = document_background(run.draft.list, run.draft.document);
+  const Picture opaque = first ? PictureFlatten(first, background) : Picture();
+  if (!opaque) return false;
+  Picture ground = make_ground(run.values, opaque, size, run.host);
+  if (!ground) return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  const Place place = place_of(run.values, canvas, size);
+  const bool clear = has_transparency(run.draft);
+  if (!clear && !put_shadow(ground, run.values, place, opaque)) return false;
+  put_keyline(ground, run.values, place);
+  const auto change = [&](FrameWork& work) {
+    const Picture image = PictureResample(work.picture, place.width, place.height, ResampleFilter::Automatic);
+    Picture result = ground;
+    if (!image || (clear && !put_shadow(result, run.values, place, image))) return false;
+    work.picture = lay_picture(result, place.x, place.y, image) ? result : Picture();
+    work.offset = {};
+    set_frame_dispose(work.record, kind, 0);
+    return static_cast<bool>(work.picture);
+  };
+  if (!change_pictures(run.draft, all_frames(entries.size()), string_text(StringId::BuildingCaption),
+                       run.host, change) ||
+      !cut_to_changes(run))
+    return false;
+  finish_edit(run.draft, false);
+  if (!convert_colors(run.draft, {.colorType = 2}, run.host)) return false;
+  tell_of_size(run);
+  return true;
+}
+
+}  // namespace
+
+constinit const Operation kSocial{
+    .parameters =
+        {
+            .name = "social",
+            .title = "Social media",
+            .help = "On a ground of its own, in a size that a destination wants",
+            .command = 274,
+            .kinds = kAnimatedKinds,
+            .fields = kFields,
+            .options = kOptions,
+            .check = check,
+        },
+    .result = OperationResult::NewWindow,
+    .prefix = StringId::SocialMediaPrefix,
+    .preview = OperationPreview::Full,
+    .needs = needs,
+    .run = run,
+};
+
+}  // namespace vellum
