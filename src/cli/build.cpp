@@ -3,10 +3,9 @@
 #include "base/parallel.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
+#include "cli/parameter_options.h"
 #include "core/files/save_document.h"
 #include "operations/build_stills.h"
-#include "operations/convert_colors.h"
-#include "operations/manage_frames.h"
 
 namespace vellum::cli {
 namespace {
@@ -14,9 +13,8 @@ namespace {
 struct BuildOptions {
   std::string out;
   std::vector<std::string> files;
-  StillsBuild build;
-  std::uint32_t colors = 0;  ///< of one palette; 0: as the files are
-  bool dither = false;
+  DocumentKind kind = DocumentKind::None;
+  GivenParameters parameters;
 };
 
 /// The pictures of all files; none, after a message, when one can't be read.
@@ -36,14 +34,14 @@ std::vector<Picture> read_stills(const std::vector<std::string>& files, Host& ho
 }
 
 int run_build(const BuildOptions& options, Host& host) {
-  if (!name_fits_kind(options.out, options.build.kind)) return kWrongUsage;
+  const DocumentKind kind = kind_of_result(options.kind, options.out);
+  if (!name_fits_kind(options.out, kind)) return kWrongUsage;
+  const auto values = parameter_values(kBuild, options.parameters, {});
+  if (!values) return kWrongUsage;
   const auto pictures = read_stills(options.files, host);
   if (pictures.empty()) return kFailed;
   DocumentWindow window;
-  bool built = build_from_stills(window, pictures, options.build, host);
-  if (built && options.colors > 0)
-    built = convert_colors(window, {.colorType = 3, .most = options.colors, .dither = options.dither}, host);
-  if (!built) {
+  if (!build_from_stills(window, pictures, *values, kind, host)) {
     host.show(StringId::AllocationError, {}, host.take_fault());
     return kFailed;
   }
@@ -54,22 +52,10 @@ int run_build(const BuildOptions& options, Host& host) {
 
 Run prepare_build(CLI::App& app) {
   const auto options = std::make_shared<BuildOptions>();
-  app.add_option("-o,--out", options->out, "The file to write")->required();
-  app.add_option("--kind", options->build.kind, "The kind of the file")
-      ->required()
-      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
-  app.add_option("--delay", options->build.delay, "Delay of each frame in milliseconds")
-      ->check(CLI::Range(0, static_cast<int>(kMostDelayMs)))
-      ->type_name("MS")
-      ->capture_default_str();
-  app.add_option("--plays,--loop", options->build.plays, "Plays of the animation, 0 for ever")
-      ->check(CLI::Range(0, 65535))
-      ->capture_default_str();
-  app.add_option("--colors", options->colors, "One palette of at most this many colors")
-      ->check(CLI::Range(2, 256));
-  app.add_flag("--dither", options->dither, "with --colors: spread the error of each pixel");
-  app.add_flag("--whole", options->build.whole, "apng: whole frames, not what changes alone");
+  app.add_option("-o,--out", options->out, "The file to write")->required()->type_name("OUT");
   app.add_option("FILE", options->files, "Pictures, in their order")->required();
+  add_kind_option(app, options->kind);
+  add_parameter_options(app, kBuild, options->parameters);
   return [options](Host& host) { return run_build(*options, host); };
 }
 

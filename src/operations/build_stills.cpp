@@ -13,11 +13,32 @@
 #include "image/picture_rows.h"
 #include "image/remap.h"
 #include "operations/changed_parts.h"
+#include "operations/convert_colors.h"
 #include "operations/extract_frames.h"
 #include "operations/frames.h"
+#include "operations/manage_frames.h"
 
 namespace vellum {
 namespace {
+
+constexpr Field kFields[] = {
+    {.name = "delay", .label = "Delay of each frame in ms", .most = kMostDelayMs, .initial = 100},
+    {.name = "plays", .label = "Plays, 0 for ever", .most = 65535},
+    {.name = "colors", .label = "Colors of one palette, 2 at least; 0 as they are", .most = 256},
+    {.name = "dither", .label = "Dither", .type = FieldType::Flag, .most = 1},
+    {.name = "whole",
+     .label = "Animated PNG: whole frames, not what changes alone",
+     .type = FieldType::Flag,
+     .most = 1},
+};
+constexpr const char* kPlaysField[] = {"plays"};
+constexpr CompoundOption kOptions[] = {
+    {.name = "loop", .form = "N", .help = "The same as --plays", .fields = kPlaysField}};
+
+std::optional<FieldFault> check_colors(const FieldValues& values, const DocumentWindow&) {
+  if (values.number("colors") != 1) return std::nullopt;
+  return check_field({.name = "colors", .label = "Colors", .least = 2, .most = 256}, std::int64_t{1});
+}
 
 Extent largest(std::span<const Picture> pictures) {
   Extent canvas;
@@ -78,6 +99,16 @@ std::vector<StreamedFrame> whole_frames(std::span<const Picture> pictures, Exten
 
 }  // namespace
 
+constinit const Parameters kBuild{
+    .name = "build",
+    .title = "Build",
+    .help = "An animation of pictures",
+    .page = "commandline",
+    .fields = kFields,
+    .options = kOptions,
+    .check = check_colors,
+};
+
 GraphicReading read_still(const std::filesystem::path& file) {
   const GraphicReading header = read_graphic_file(file.string(), Part::Header);
   const bool is_document =
@@ -130,6 +161,19 @@ bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures
                              return frame;
                            }};
   return build_from_stream(window, stream, build.kind, host);
+}
+
+bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const FieldValues& values,
+                       DocumentKind kind, Host& host) {
+  const StillsBuild build{.kind = kind,
+                          .delay = static_cast<std::uint32_t>(values.number("delay")),
+                          .plays = static_cast<std::uint32_t>(values.number("plays")),
+                          .whole = values.number("whole") != 0};
+  const auto colors = static_cast<std::uint32_t>(values.number("colors"));
+  if (!build_from_stills(window, pictures, build, host)) return false;
+  return colors == 0 ||
+         convert_colors(window, {.colorType = 3, .most = colors, .dither = values.number("dither") != 0},
+                        host);
 }
 
 }  // namespace vellum

@@ -7,8 +7,12 @@
 #include "base/host.h"
 #include "core/build/frame_stream.h"
 #include "image/graphic_file.h"
+#include "operations/parameters.h"
 
 namespace vellum {
+
+/// What a person may say of an animation of pictures: delay, plays, whole, colors (0: as they are), dither.
+extern const Parameters kBuild;
 
 struct StillsBuild {
   DocumentKind kind = DocumentKind::APNG;
@@ -40,5 +44,8 @@ StreamedFrame placed_still(const Picture& picture, std::vector<std::uint8_t> tra
 /// then left of it.
 bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
                        Host& host);
+/// The same with the values of `kBuild`.
+bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const FieldValues& values,
+                       DocumentKind kind, Host& host);
 
 }  // namespace vellum

@@ -6,6 +6,7 @@
 #include "core/edit/edit_closing.h"
 #include "core/edit/insertion.h"
 #include "core/model/chunk_description.h"
+#include "core/model/kind_table.h"
 #include "core/model/loops.h"
 #include "core/model/played_frames.h"
 #include "operations/manage_frames.h"
@@ -13,8 +14,7 @@
 namespace vellum {
 namespace {
 
-constexpr std::uint32_t kMostWebpLoops = 65535;  // WebP container, "ANIM"
-constexpr std::size_t kTermBytes = 10;           // MNG 1.0, "TERM": with a repeat
+constexpr std::size_t kTermBytes = 10;  // MNG 1.0, "TERM": with a repeat
 
 bool put_record(DocumentWindow& window, std::size_t at, ChunkRecord& record) {
   record.description = chunk_description(record);
@@ -62,9 +62,7 @@ bool set_mng_plays(DocumentWindow& window, std::uint32_t plays) {
 
 }  // namespace
 
-std::uint32_t most_plays(DocumentKind kind) {
-  return kind == DocumentKind::WEBP ? kMostWebpLoops : kLoopForEver - 1;
-}
+std::uint32_t most_plays(DocumentKind kind) { return kind_row(kind).mostPlays; }
 
 bool set_document_plays(DocumentWindow& window, std::uint32_t plays) {
   const DocumentKind kind = window.document.kind;

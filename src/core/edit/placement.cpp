@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/model/kind_table.h"
+
 namespace vellum {
 namespace {
 
@@ -9,10 +11,7 @@ bool begins_stream(ChunkTag tag) {
   return tag == make_tag("JHDR") || tag == make_tag("DHDR") || tag == make_tag("BASI");
 }
 
-bool is_header(DocumentKind kind, ChunkTag tag) {
-  if (kind == DocumentKind::MING) return tag == tag::MHDR;
-  return tag == (kind == DocumentKind::WEBP ? tag::WEBH : tag::IHDR);
-}
+bool is_header(DocumentKind kind, ChunkTag tag) { return tag == kind_row(kind).header; }
 
 /// A chunk that nothing may come between it and the header.
 bool belongs_to_header(const ListShape& shape, ChunkTag tag, std::size_t index) {

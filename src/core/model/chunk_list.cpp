@@ -5,6 +5,7 @@
 #include "base/limits.h"
 #include "core/model/chunk_description.h"
 #include "core/model/document.h"
+#include "core/model/kind_table.h"
 
 namespace vellum {
 
@@ -179,7 +180,7 @@ std::uint32_t chunk_find_palette(const ChunkList& list, Palette& palette) {
 std::size_t chunk_find_header(const ChunkList& list, const Document& document, std::size_t from,
                               ChunkRecord& out) {
   if (document.kind != DocumentKind::MING)
-    return chunk_find_first(list, document.kind == DocumentKind::WEBP ? tag::WEBH : tag::IHDR, &out);
+    return chunk_find_first(list, kind_row(document.kind).header, &out);
   for (std::size_t i = std::min(from + 1, list.size()); i-- > 1;) {
     if (list.record(i).tag != tag::IHDR) continue;
     chunk_list_get(list, i, out);

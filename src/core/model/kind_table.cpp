@@ -17,11 +17,14 @@ constexpr std::string_view kWebpExtensions[] = {".webp"};
 constexpr std::string_view kPngSignatureText = "\x89PNG\r\n\x1a\n"sv;
 constexpr std::int64_t kMostPngPixels = 0x7FFFFFFF;  // PNG standard, "IHDR"
 
+// Plays: 31 bits in an acTL (a still has none), in a LOOP (MNG 1.0, "LOOP") all ones are for ever, 16 bits in
+// an ANIM.
 constexpr KindRow kKinds[] = {
-    {DocumentKind::PING, "PNG", kPngExtensions, 0, kPngSignatureText, kMostPngPixels},
-    {DocumentKind::APNG, "PNG", kApngExtensions, 0, kPngSignatureText, kMostPngPixels},
-    {DocumentKind::MING, "MNG", kMngExtensions, 0, "\x8AMNG\r\n\x1a\n"sv, kMostPngPixels},
-    {DocumentKind::WEBP, "WebP", kWebpExtensions, 8, "WEBP"sv, kMostWebpPixels},
+    {DocumentKind::PING, "PNG", kPngExtensions, 0, kPngSignatureText, kMostPngPixels, 1, tag::IHDR},
+    {DocumentKind::APNG, "PNG", kApngExtensions, 0, kPngSignatureText, kMostPngPixels, 0x7FFFFFFE, tag::IHDR},
+    {DocumentKind::MING, "MNG", kMngExtensions, 0, "\x8AMNG\r\n\x1a\n"sv, kMostPngPixels, 0x7FFFFFFE,
+     tag::MHDR},
+    {DocumentKind::WEBP, "WebP", kWebpExtensions, 8, "WEBP"sv, kMostWebpPixels, 65535, tag::WEBH},
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The kinds of documents: what their files are called and begin with, and how large their canvas may be.
+// The kinds of documents: what their files are called and begin with, and what they can hold.
 #pragma once
 
 #include <filesystem>
@@ -16,6 +16,8 @@ struct KindRow {
   std::size_t signatureAt;                       ///< where in a file the signature lies
   std::string_view signature;
   std::int64_t mostPixels;  ///< of a canvas in either direction, as the format can tell it
+  std::uint32_t mostPlays;  ///< that an animation can tell beside "for ever"
+  ChunkTag header;          ///< the record that tells the canvas
 };
 
 /// In the order in which people are shown them. Still and animated PNG files differ in what they hold alone.
