@@ -59,9 +59,9 @@ int run(const Generator& generator, const Given& given, Host& host) {
   for (const std::string& text : given.overrides)
     if (!take_override(generator, text, inputs.own)) return kWrongUsage;
   for (const std::string& file : given.files) {
-    Picture picture = read_picture_file(file, host);
-    if (!picture) return kFailed;
-    inputs.pictures.push_back(std::move(picture));
+    inputs.pictures.push_back(generator.input == GeneratorInput::Pictures ? hold_picture_file(file, host)
+                                                                          : read_picture_file(file, host));
+    if (!inputs.pictures.back()) return kFailed;
   }
   DocumentWindow window;
   if (!generate(generator, *values, inputs, kind, window, host)) return kFailed;

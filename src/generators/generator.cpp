@@ -6,16 +6,22 @@
 namespace vellum {
 namespace {
 
-bool tell(Host& host, StringId id) {
+bool tell(Host& host, StringId id, const GeneratorInputs& inputs) {
   std::string reason = host.take_fault();
+  for (const HeldPicture& picture : inputs.pictures)
+    if (std::string lost = held_picture_fault(picture); !lost.empty()) {
+      id = StringId::ErrorReadingFile;
+      reason = std::move(lost);
+      break;
+    }
   if (!host.stopped()) host.show(id, {}, std::move(reason));
   return false;
 }
 
 bool has_inputs(const Generator& generator, const GeneratorInputs& inputs) {
   const std::size_t least = generator.input == GeneratorInput::None ? 0 : 1;
-  return inputs.pictures.size() >= least && std::ranges::all_of(inputs.pictures, [](const Picture& picture) {
-           return static_cast<bool>(picture);
+  return inputs.pictures.size() >= least && std::ranges::all_of(inputs.pictures, [](const HeldPicture& held) {
+           return static_cast<bool>(held.picture());
          });
 }
 
@@ -51,18 +57,18 @@ std::optional<FrameStream> generated_frames(const Generator& generator, const Fi
     return std::nullopt;
   }
   if (!has_inputs(generator, inputs)) {
-    tell(host, StringId::ErrorReadingFile);
+    tell(host, StringId::ErrorReadingFile, inputs);
     return std::nullopt;
   }
   auto stream = generator.make(values, inputs, host);
   if (!stream) {
-    tell(host, generator.failure);
+    tell(host, generator.failure, inputs);
     return std::nullopt;
   }
   stream->plays = generator.loop && values.number(generator.loop) == 0 ? 1 : 0;
   return stream;
 } catch (const std::bad_alloc&) {
-  tell(host, StringId::MemoryError);
+  tell(host, StringId::MemoryError, inputs);
   return std::nullopt;
 }
 
@@ -72,9 +78,9 @@ bool generate(const Generator& generator, const FieldValues& values, const Gener
   taken.kind = kind;
   const auto stream = generated_frames(generator, values, taken, host);
   if (!stream) return false;
-  return build_from_stream(window, *stream, kind, host) || tell(host, generator.failure);
+  return build_from_stream(window, *stream, kind, host) || tell(host, generator.failure, inputs);
 } catch (const std::bad_alloc&) {
-  return tell(host, StringId::MemoryError);
+  return tell(host, StringId::MemoryError, inputs);
 }
 
 }  // namespace vellum

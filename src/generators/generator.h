@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/build/frame_stream.h"
+#include "image/held_picture.h"
 #include "operations/parameters.h"
 
 namespace vellum {
@@ -14,7 +15,7 @@ enum class GeneratorInput {
 };
 
 struct GeneratorInputs {
-  std::vector<Picture> pictures;
+  std::vector<HeldPicture> pictures;
   /// The values that a picture has in place of the common ones, in the order of the pictures; those behind
   /// the last have none.
   std::vector<FieldValues> own = {};

@@ -90,7 +90,7 @@ Picture centered(const Picture& picture, const Extent& canvas, Colour background
 }
 
 std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs& inputs, Host& host) {
-  const Picture source = opaque_true_color(inputs.pictures.front());
+  const Picture source = opaque_true_color(inputs.pictures.front().picture());
   if (!source) {
     host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
     return std::nullopt;

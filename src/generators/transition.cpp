@@ -113,7 +113,7 @@ struct ImageValues {
   }
 };
 
-TransitionImage image_of(const Picture& picture, const ImageValues& values) {
+TransitionImage image_of(const HeldPicture& picture, const ImageValues& values) {
   return {picture, static_cast<std::size_t>(values.number("effect")),
           static_cast<std::uint32_t>(values.number("pause")),
           static_cast<std::uint32_t>(values.number("delay"))};
@@ -126,7 +126,7 @@ std::vector<TransitionImage> images_of(const FieldValues& values, const Generato
     images.push_back(
         image_of(inputs.pictures[i], {values, i < inputs.own.size() ? &inputs.own[i] : nullptr}));
   if (images.size() == 1) {
-    const Picture& only = images.front().picture;
+    const Picture only = images.front().held.picture();
     const auto matt = static_cast<Colour>(values.number("mattColor"));
     images.push_back(image_of(PictureCreateFilled(only.width(), only.height(), matt), {values, nullptr}));
   }
@@ -161,7 +161,7 @@ GivenColors colors_for(const FrameStream& stream, const FieldValues& values, con
     return colors;
   }
   const auto picture = [&](std::size_t i) {
-    return inputs.sketch ? inputs.pictures[i] : stream.frame(i).picture;
+    return inputs.sketch ? inputs.pictures[i].picture() : stream.frame(i).picture;
   };
   const PaletteColors chosen =
       superpalette(inputs.sketch ? inputs.pictures.size() : stream.count, picture, 256, host);
@@ -194,7 +194,8 @@ bool can_be_held(Extent canvas, std::uint64_t frames, bool deep) {
 
 std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs& inputs, Host& host) {
   Extent canvas;
-  for (const Picture& picture : inputs.pictures) {
+  for (const HeldPicture& held : inputs.pictures) {
+    const Picture picture = held.picture();
     canvas.width = std::max(canvas.width, picture.width());
     canvas.height = std::max(canvas.height, picture.height());
   }

@@ -27,7 +27,7 @@ const TransitionEffect& TransitionShow::effect_of(std::size_t image) const {
 }
 
 Picture TransitionShow::on_canvas(std::size_t image) const {
-  const Picture picture = opaque_true_color(images_[image].picture);
+  const Picture picture = opaque_true_color(images_[image].held.picture());
   if (!picture) throw std::bad_alloc();
   const auto place = [](std::uint32_t whole, std::uint32_t part) {
     return static_cast<std::int32_t>((whole - part) / 2);
@@ -35,6 +35,8 @@ Picture TransitionShow::on_canvas(std::size_t image) const {
   Picture result =
       PictureExtendCanvas(picture, canvas_.width, canvas_.height, place(canvas_.width, picture.width()),
                           place(canvas_.height, picture.height()), matt_);
+  // A frame that is an image itself outlives the file that the image came from.
+  if (result && result.handle().source()) result = PictureDuplicate(result);
   if (!result) throw std::bad_alloc();
   return result;
 }

@@ -6,11 +6,12 @@
 #include "core/build/frame_stream.h"
 #include "generators/random15.h"
 #include "generators/transition_effects.h"
+#include "image/held_picture.h"
 
 namespace vellum {
 
 struct TransitionImage {
-  Picture picture;         ///< of any depth and size; transparency is dropped
+  HeldPicture held;        ///< of any depth and size; transparency is dropped
   std::size_t effect = 0;  ///< by which it passes to the next one
   std::uint32_t pause = 0, delay = 0;
 };

@@ -3,9 +3,12 @@
 
 #include <cmath>
 
+#include "base/memory_budget.h"
+#include "base/settings.h"
 #include "core/files/save_document.h"
 #include "generators/generator.h"
 #include "generators/transition_effects.h"
+#include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "image/remap.h"
 #include "image/resample.h"
@@ -327,7 +330,7 @@ TEST(Transition, EveryEffectShowsWhatItsFormulasSayInAnyOrderOfAsking) {
       }
       Recorder recorder;
       const auto stream = generated_frames(transition(), values_of(trial.numbers, effect, 4711),
-                                           {trial.pictures}, recorder.host);
+                                           {{trial.pictures.begin(), trial.pictures.end()}}, recorder.host);
       ASSERT_TRUE(stream);
       ASSERT_EQ(stream->count, plain.frames.size());
       const auto check = [&](std::size_t i) {
@@ -355,7 +358,7 @@ TEST(Transition, ImagesHaveValuesOfTheirOwnAndOneRandomRunGoesThroughAll) {
     plain.l = canvases[i], plain.a = canvases[(i + 1) % 3];
     plain.run(effects[i]);
   }
-  GeneratorInputs inputs{pictures};
+  GeneratorInputs inputs{{pictures.begin(), pictures.end()}};
   inputs.own.resize(3);
   inputs.own[1].set("effect", std::int64_t{10}), inputs.own[1].set("pause", std::int64_t{0});
   inputs.own[2].set("delay", std::int64_t{77});
@@ -372,8 +375,8 @@ TEST(Transition, ImagesHaveValuesOfTheirOwnAndOneRandomRunGoesThroughAll) {
 }
 
 TEST(Transition, OnlyAnMngTakesAPaletteMadeForAllFramesOrAGivenOne) {
-  const std::vector<Picture> pictures = {testing::small_picture(40, 30, 24),
-                                         testing::small_picture(30, 40, 24)};
+  const std::vector<HeldPicture> pictures = {testing::small_picture(40, 30, 24),
+                                             testing::small_picture(30, 40, 24)};
   for (const DocumentKind kind : {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP})
     for (const int palette : {-1, 0, 1, 3, 8})
       for (const bool dither : {false, true}) {
@@ -416,7 +419,7 @@ TEST(Transition, ARadarThatStandsStillGoesOnUntilItIsStopped) {
   Numbers numbers;
   numbers.radarStep = 0;
   Recorder recorder;
-  const std::vector<Picture> pictures = {testing::small_picture(40, 30, 24)};
+  const std::vector<HeldPicture> pictures = {testing::small_picture(40, 30, 24)};
   const auto stream = generated_frames(transition(), values_of(numbers, 8, 1), {pictures}, recorder.host);
   ASSERT_TRUE(stream);
   const Picture earlier = stream->frame(7).picture;
@@ -428,6 +431,49 @@ TEST(Transition, ARadarThatStandsStillGoesOnUntilItIsStopped) {
                         recorder.host));
   EXPECT_EQ(window.list.size(), 0u);
   EXPECT_TRUE(recorder.messages.empty());
+}
+
+TEST(Transition, FilesAreReadAgainWhileTheyAreTheSameAndElseTheAnimationIsGivenUpWithTheReason) {
+  settings::PictureMemoryMegabytes = 1;
+  const testing::ScratchFolder folder;
+  for (const bool palette : {false, true})
+    for (const std::string fate : {"same", "gone", "changed", "damaged"}) {
+      SCOPED_TRACE(fate);
+      Recorder recorder;
+      GeneratorInputs plain, held;
+      for (std::uint32_t i = 0; i < 4; ++i) {
+        const auto path = folder / (std::to_string(i) + ".bmp");
+        ASSERT_TRUE(GraphicFileWrite(path.string(), testing::small_picture(700 - i, 600, 24, i)));
+        plain.pictures.push_back(GraphicFileRead(path.string()));
+        held.pictures.push_back(hold_picture_file(path, recorder.host));
+      }
+      EXPECT_LE(resident_bytes(), memory_budget()) << "nobody works on them yet";
+      const auto last = folder / "3.bmp";
+      if (fate == "gone") std::filesystem::remove(last);
+      if (fate == "changed")
+        ASSERT_TRUE(GraphicFileWrite(last.string(), testing::small_picture(700, 600, 24)));
+      if (fate == "damaged") std::filesystem::resize_file(last, 30);
+      FieldValues values = values_of({}, 7, 1);
+      values.set("trueColor", std::int64_t{!palette});
+      DocumentWindow window;
+      const bool made = generate(transition(), values, held, DocumentKind::MING, window, recorder.host);
+      EXPECT_EQ(made, fate == "same");
+      if (made) {
+        DocumentWindow wanted;
+        ASSERT_TRUE(generate(transition(), values, plain, DocumentKind::MING, wanted, recorder.host));
+        for (int i = 0; i < 4; ++i) std::filesystem::remove(folder / (std::to_string(i) + ".bmp"));
+        EXPECT_EQ(recorder.messages.size(), 0u);
+        const auto frames = stored_frames(window), others = stored_frames(wanted);
+        ASSERT_EQ(frames.count, others.count);
+        for (std::size_t i = 0; i < frames.count; ++i)
+          EXPECT_TRUE(same(frames.frame(i).picture, others.frame(i).picture)) << "without its file, " << i;
+        continue;
+      }
+      EXPECT_EQ(window.list.size(), 0u);
+      ASSERT_EQ(recorder.messages.size(), 1u);
+      EXPECT_NE(recorder.messages.front().find("3.bmp"), std::string::npos) << recorder.messages.front();
+    }
+  settings::PictureMemoryMegabytes = 0;
 }
 
 }  // namespace

@@ -92,10 +92,10 @@ bool GeneratorDialog::has_inputs() const {
 void GeneratorDialog::show_source(const QString& name) { name_->setText(name); }
 
 void GeneratorDialog::take_picture(Picture picture, const QString& name) {
-  inputs_.pictures = {std::move(picture)};
-  reduced_.pictures = {reduced(inputs_.pictures.front())};
-  for (ColorButton* button : form().findChildren<ColorButton*>())
-    button->set_picture(reduced_.pictures.front());
+  const Picture small = reduced(picture);
+  inputs_.pictures = {picture};
+  reduced_.pictures = {small};
+  for (ColorButton* button : form().findChildren<ColorButton*>()) button->set_picture(small);
   show_source(name);
   follow();
 }

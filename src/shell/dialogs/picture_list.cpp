@@ -108,9 +108,8 @@ const ListedPicture& PictureList::at(int row) const {
   return held_.at(list_->item(row)->data(Qt::UserRole).toInt());
 }
 
-void PictureList::add(Picture picture, const std::filesystem::path& file, const QString& name) {
-  ListedPicture listed{std::move(picture), {}, file, name, {}, false};
-  listed.small = small_of(listed.picture);
+void PictureList::add(const HeldPicture& picture, const std::filesystem::path& file, const QString& name) {
+  ListedPicture listed{picture, small_of(picture.picture()), file, name, {}, false};
   if (!listed.small) return services_.host.show(StringId::AllocationError);
   auto* item = new QListWidgetItem(thumbnail_of(listed.small), name);
   item->setData(Qt::UserRole, next_);
@@ -124,9 +123,9 @@ void PictureList::add(Picture picture, const std::filesystem::path& file, const 
 }
 
 bool PictureList::add_file(const std::filesystem::path& file) {
-  Picture picture = read_picture_file(file, services_.host);
+  const HeldPicture picture = hold_picture_file(file, services_.host);
   if (!picture) return false;
-  add(std::move(picture), file, path_text(file.filename()));
+  add(picture, file, path_text(file.filename()));
   return true;
 }
 

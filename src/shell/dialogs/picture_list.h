@@ -5,13 +5,14 @@
 #include <QPushButton>
 
 #include "base/fields.h"
-#include "image/picture.h"
+#include "image/held_picture.h"
 #include "shell/services/services.h"
 
 namespace vellum {
 
 struct ListedPicture {
-  Picture picture, small;      ///< as it is, and at most as large as a preview
+  HeldPicture picture;         ///< as it is
+  Picture small;               ///< at most as large as a preview
   std::filesystem::path file;  ///< empty for one from the clipboard
   QString name;
   FieldValues own;  ///< values that it has in place of the common ones
@@ -31,7 +32,7 @@ class PictureList : public QWidget {
 
   /// False, after a message, when it can't be read.
   bool add_file(const std::filesystem::path& file);
-  void add(Picture picture, const std::filesystem::path& file, const QString& name);
+  void add(const HeldPicture& picture, const std::filesystem::path& file, const QString& name);
   void give_own(int row, FieldValues own, const QString& text);
   const ListedPicture& at(int row) const;
 

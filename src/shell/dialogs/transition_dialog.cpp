@@ -52,8 +52,8 @@ void show_samples(Form& form) {
 Extent canvas_of(std::span<const ListedPicture* const> pictures) {
   Extent canvas;
   for (const ListedPicture* listed : pictures) {
-    canvas.width = std::max(canvas.width, listed->picture.width());
-    canvas.height = std::max(canvas.height, listed->picture.height());
+    canvas.width = std::max(canvas.width, listed->picture.picture().width());
+    canvas.height = std::max(canvas.height, listed->picture.picture().height());
   }
   return canvas;
 }
@@ -171,7 +171,7 @@ void TransitionDialog::show_preview() {
   const auto first = static_cast<std::size_t>(std::max(0, pictures_->current()));
   for (std::size_t i = 0; i < std::min(listed.size(), kPlayed); ++i) {
     const ListedPicture& one = *listed[(first + i) % listed.size()];
-    const double percent = 100 * factor * one.picture.width() / one.small.width();
+    const double percent = 100 * factor * one.picture.picture().width() / one.small.width();
     inputs.pictures.push_back(std::abs(percent - 100) < 1
                                   ? one.small
                                   : PictureScalePercent(one.small, percent, percent, ResampleFilter::Box));

@@ -1,0 +1,31 @@
+// HeldPicture: a picture that waits for somebody to work on it. Of one that came from a file the rows may be
+// let go meanwhile, so that many large files fit into the memory budget.
+#pragma once
+
+#include <filesystem>
+
+#include "base/host.h"
+#include "image/picture.h"
+
+namespace vellum {
+
+struct HeldPicture {
+  HeldPicture() = default;
+  HeldPicture(const Picture& picture) : block(picture.handle()) {}
+
+  /// Its rows stay in memory as long as what is given here. The first look at a row may read the file again,
+  /// and throws std::bad_alloc where that fails; size and colors never do.
+  Picture picture() const { return Picture(block); }
+  explicit operator bool() const { return static_cast<bool>(block); }
+
+  ChunkHandle block;
+};
+
+/// As `read_picture_file`.
+HeldPicture hold_picture_file(const std::filesystem::path& path, Host& host);
+
+/// Why rows could not be read again ("a.png: ..."); empty as long as that never happened. A file that is not
+/// the one that was read, by its length and time, is none of this picture.
+std::string held_picture_fault(const HeldPicture& picture);
+
+}  // namespace vellum
