@@ -44,7 +44,7 @@ struct FieldChoice {
 /// How a form shows a field, where its type alone doesn't say.
 enum class FieldLook {
   Plain,
-  Radio,  ///< Choice: one button each instead of a list
+  Radio,  ///< Choice, Flag: one button for each of the choices
   Bits,   ///< Whole: a number in hexadecimal and a box for each of the choices, whose values are its bits
   Lines,  ///< Text of several lines
   Suggestions,  ///< Text that may be picked from `choices`

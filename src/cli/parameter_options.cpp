@@ -126,7 +126,11 @@ void add_field_option(CLI::App& app, const Field& field, std::optional<std::stri
   const std::string name = option_name(field.name);
   if (field.type == FieldType::Flag) {
     const bool on = field.initial != 0;
-    app.add_flag_callback((on ? "--no-" : "--") + name, [&text, on] { text = on ? "0" : "1"; }, field.label);
+    // Where both values have names the option tells the one that it gives.
+    std::string help = field.label;
+    for (const FieldChoice& choice : field.choices)
+      if (choice.value == !on) help += std::string(": ") + choice.name;
+    app.add_flag_callback((on ? "--no-" : "--") + name, [&text, on] { text = on ? "0" : "1"; }, help);
     return;
   }
   auto* option = app.add_option("--" + name, text, help_of(field))->type_name(value_name(field));

@@ -17,6 +17,8 @@ constexpr FieldChoice kDestinations[] = {{kMaximum, "Maximum of frames", "maximu
                                          {kMinimum, "Minimum of frames", "minimum"},
                                          {kSource, "Original source frame", "source"}};
 
+constexpr FieldChoice kDirections[] = {{1, "Clockwise"}, {0, "Counterclockwise"}};
+
 constexpr Field kFields[] = {
     {.name = "count",
      .label = "Steps",
@@ -31,9 +33,11 @@ constexpr Field kFields[] = {
      .initial = 10,
      .setting = &settings::SpinDelay},
     {.name = "direction",
-     .label = "Clockwise",
+     .label = "Direction",
      .type = FieldType::Flag,
      .most = 1,
+     .choices = kDirections,
+     .look = FieldLook::Radio,
      .initial = 1,
      .setting = &settings::SpinDirection},
     {.name = "backColor",

@@ -199,7 +199,7 @@ TEST(BatchCommand, ShardsReportsAndResumedRunsAreTogetherOneRun) {
 
 /// The line of the guide's table for a field.
 std::string guide_line(const Parameters& row, const Field& field) {
-  std::string values = field.type == FieldType::Flag ? "yes, no" : "";
+  std::string values = field.type == FieldType::Flag && field.choices.empty() ? "yes, no" : "";
   for (const FieldChoice& choice : field.choices)
     values.append(values.empty() ? "" : "; ").append(choice.name);
   if (field.type == FieldType::Whole)
@@ -207,8 +207,10 @@ std::string guide_line(const Parameters& row, const Field& field) {
   if (field.type == FieldType::Real)
     values = field_value_text(field, field.leastReal) + " to " + field_value_text(field, field.mostReal);
   const bool flag = field.type == FieldType::Flag;
-  const std::string initial =
+  std::string initial =
       flag ? (field.initial ? "yes" : "no") : field_value_text(field, initial_value(field));
+  for (const FieldChoice& choice : field.choices)
+    if (flag && choice.value == field.initial) initial = choice.name;
   const auto words = words_for(row, field, flag ? std::int64_t{!field.initial} : initial_value(field));
   std::string option = words.empty() ? "--" + cli::option_name(field.name) : words[0];
   if (is_folder(row, field)) option = "DIR";

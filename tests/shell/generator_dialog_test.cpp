@@ -2,6 +2,7 @@
 #include "shell/dialogs/generator_dialog.h"
 
 #include <QPushButton>
+#include <QRadioButton>
 
 #include "core/settings.h"
 #include "generators/settings.h"
@@ -39,6 +40,8 @@ TEST_F(GeneratorDialogTest, SpinPlaysItsPictureAndMakesADocumentOfTheDefaultKind
     });
     qobject_cast<ColorButton*>(dialog.form().input("backColor"))->click();
     dialog.form().set_value("count", std::int64_t{5});
+    for (auto* choice : dialog.findChildren<QRadioButton*>())
+      if (choice->text() == "Counterclockwise") choice->click();
     dialog.follow();
     dialog.buttons().button(QDialogButtonBox::Ok)->click();
   });
@@ -48,6 +51,7 @@ TEST_F(GeneratorDialogTest, SpinPlaysItsPictureAndMakesADocumentOfTheDefaultKind
   EXPECT_EQ(frame_entries(made.content()).size(), 5u);
   EXPECT_FALSE(made.document().HasFileName);
   EXPECT_EQ(settings::SpinCount, 5);
+  EXPECT_EQ(settings::SpinDirection, 0);
   EXPECT_EQ(settings::SpinFile, file.string());
   // The next time the picture is there at once; without one OK asks for it.
   in_dialog<GeneratorDialog>(252, [&](GeneratorDialog& dialog) {

@@ -281,11 +281,12 @@ using Make = FormControl (*)(const Field&, QWidget*, const Edited&);
 
 Make maker_of(const Field& field) {
   if (field.locked) return make_shown;
+  if (field.look == FieldLook::Radio) return make_radio;
   switch (field.type) {
     case FieldType::Flag:
       return make_flag;
     case FieldType::Choice:
-      return field.look == FieldLook::Radio ? make_radio : make_list;
+      return make_list;
     case FieldType::Color:
       return make_color;
     case FieldType::Text:
