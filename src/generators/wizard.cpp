@@ -205,6 +205,29 @@ std::size_t wizard_palettes(DocumentKind kind) {
   return settings::AllowAdvancedPalettes != 0 ? kWizardDrawn + 1 : kWizardDither + 1;
 }
 
+std::function<Picture(const Picture& small)> wizard_colors(const FieldValues& values, DocumentKind kind,
+                                                           const std::filesystem::path& first,
+                                                           std::span<const Picture> some) {
+  WizardPlan plan = wizard_plan(values, kind);
+  const auto frame_of = [](const Picture& small, const WizardPlan& by) {
+    StillFile file;
+    file.reading.picture = small;
+    return wizard_frame(file, by).picture;
+  };
+  Host nobody;
+  if (!give_colors(plan, first, nobody)) return [](const Picture& small) { return small; };
+  WizardSources sources;
+  if (plan.gathers()) {
+    for (const Picture& small : some) sources.colors.add(frame_of(small, plan));
+    plan.given = gathered_colors(sources, plan);
+    if (plan.given.count == 0) return [](const Picture& small) { return small; };
+  }
+  return [plan, frame_of](const Picture& small) {
+    const Picture made = frame_of(small, plan);
+    return plan.gathers() ? to_colors(made, plan.given, plan.palette == kWizardDither) : made;
+  };
+}
+
 bool build_wizard(const std::vector<std::filesystem::path>& files, const FieldValues& values,
                   DocumentKind kind, DocumentWindow& window, Host& host) try {
   WizardPlan plan = wizard_plan(values, kind);

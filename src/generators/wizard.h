@@ -2,6 +2,8 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <span>
 
 #include "base/host.h"
 #include "operations/parameters.h"
@@ -38,6 +40,13 @@ std::size_t wizard_palettes(DocumentKind kind);
 /// stopped it. Nothing is then left of it.
 bool build_wizard(const std::vector<std::filesystem::path>& files, const FieldValues& values,
                   DocumentKind kind, DocumentWindow& window, Host& host);
+
+/// For a preview: what the colors of a file become, told of a small picture of it. A superpalette is made for
+/// `some` small pictures; `first` is the first file. Any number of threads may ask; a null picture when
+/// memory is exhausted.
+std::function<Picture(const Picture& small)> wizard_colors(const FieldValues& values, DocumentKind kind,
+                                                           const std::filesystem::path& first,
+                                                           std::span<const Picture> some);
 
 /// Bytes of pictures; what lies beyond is read again.
 inline std::uint64_t wizardBytes = std::uint64_t{256} << 20;

@@ -242,6 +242,29 @@ TEST_F(Wizard, FramesOfASuperpaletteDoNotDependOnWhatIsKeptInMemory) {
     EXPECT_TRUE(std::ranges::equal(ones[i].handle().bytes(), others[i].handle().bytes())) << i;
 }
 
+TEST_F(Wizard, OfSmallPicturesAPreviewTellsTheColorsThatTheBuildGives) {
+  std::vector<std::filesystem::path> files;
+  std::vector<Picture> some;
+  for (const std::uint32_t bits : {4u, 24u, 32u, 8u}) {
+    files.push_back(folder_ / (std::to_string(bits) + ".png"));
+    some.push_back(small_picture(30, 20, bits, bits));
+    ASSERT_TRUE(GraphicFileWrite(files.back().string(), some.back()));
+  }
+  for (int choice = kWizardAsIs; choice <= kWizardDrawn; ++choice)
+    for (const DocumentKind kind : {A, M, W}) {
+      SCOPED_TRACE(choice);
+      const FieldValues given = values(choice, false, true);
+      DocumentWindow window;
+      ASSERT_TRUE(build_wizard(files, given, kind, window, recorder_.host));
+      const auto colors = wizard_colors(given, kind, files.front(), some);
+      const FrameStream frames = stored_frames(window);
+      for (std::size_t i = 0; i < files.size(); ++i)
+        EXPECT_TRUE(std::ranges::equal(PictureToTrueColor(colors(some[i])).handle().bytes(),
+                                       PictureToTrueColor(frames.frame(i).picture).handle().bytes()))
+            << i;
+    }
+}
+
 TEST_F(Wizard, PalettesOfExactlySoManyColorsKeepTheMaskBehindThem) {
   // Of 2, 16 and 128 colors, far apart: a table of 1, 4 and 8 bits has no room for one more in the first two.
   for (const auto& [count, bits] : {std::pair(2u, 4u), {16u, 8u}, {128u, 8u}}) {

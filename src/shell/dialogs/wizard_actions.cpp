@@ -18,8 +18,11 @@ constexpr int kFolderRest = 300, kFollowRest = 150;  // ms
 }  // namespace
 
 void WizardDialog::make_actions() {
-  connect(palette_, &QComboBox::activated, this,
-          [](int index) { settings::NewAnimationWizardPaletteOption = index; });
+  connect(palette_, &QComboBox::activated, this, [this](int index) {
+    settings::NewAnimationWizardPaletteOption = index;
+    play();
+  });
+  connect(preserve_, &QCheckBox::toggled, this, &WizardDialog::play);
   connect(delay_, &QSpinBox::valueChanged, this, [this](int delay) {
     settings::NewAnimationWizardDelay = delay;
     play();
@@ -61,6 +64,7 @@ void WizardDialog::make_actions() {
 
 /// What is made, and what happens in the folder.
 void WizardDialog::follow_files() {
+  connect(&pictures_, &Thumbnails::made, this, [this] { colors_ = nullptr; });
   connect(&thumbnails_, &Thumbnails::made, this, [this] {
     available_->refresh_looks();
     chosen_->refresh_looks();

@@ -319,17 +319,41 @@ void WizardDialog::play() {
     // The next ones are made while this one is seen.
     const auto at = static_cast<qsizetype>(frame);
     for (qsizetype ahead = 3; ahead > 0; --ahead) pictures_.look(files[(at + ahead) % files.size()]);
-    return small_frame(pictures_.look(files[at]), scale, delay);
+    StreamedFrame made = small_frame(pictures_.look(files[at]), scale, delay);
+    if (made.picture) made.picture = in_chosen_colors(made.picture);
+    return made;
   };
+  colors_ = nullptr;
   motion_->play(std::move(stream));
 }
 
-WizardChoice WizardDialog::choice() const {
-  WizardChoice choice{{}, setting_values(kWizard.fields)};
-  for (const QString& path : chosen_->paths()) choice.files.push_back(to_path(path));
-  choice.values.set("palette", std::int64_t{palette_->currentIndex()});
+Picture WizardDialog::in_chosen_colors(const Picture& small) try {
+  constexpr qsizetype kSamples = 16;  // files that tell a superpalette
+  if (!colors_) {
+    const QStringList files = chosen_->paths();
+    const qsizetype count = std::min(files.size(), kSamples);
+    std::vector<Picture> some;
+    for (qsizetype i = 0; i < count; ++i)
+      if (const QImage image = pictures_.peek(files[i * files.size() / count]).image; !image.isNull())
+        some.push_back(picture_of_image(image));
+    colors_ = wizard_colors(values(), kind_, to_path(files.value(0)), some);
+  }
+  return colors_(small);
+} catch (const std::bad_alloc&) {
+  return small;
+}
+
+FieldValues WizardDialog::values() const {
+  FieldValues values = setting_values(kWizard.fields);
+  values.set("palette", std::int64_t{palette_->currentIndex()});
   const bool control = services_.control_held && services_.control_held();
-  choice.values.set("masks", std::int64_t{!control});
+  values.set("masks", std::int64_t{!control});
+  return values;
+}
+
+WizardChoice WizardDialog::choice() const {
+  WizardChoice choice{{}, values()};
+  for (const QString& path : chosen_->paths()) choice.files.push_back(to_path(path));
   return choice;
 }
 

@@ -85,10 +85,13 @@ class WizardDialog : public QDialog {
   void show_status();
   void tell(const QString& text);
   void play();
+  /// A picture of the preview in the colors that the animation will have, as far as small pictures tell.
+  Picture in_chosen_colors(const Picture& small);
   /// Plays from the beginning when something was chosen, or is found to be larger.
   void follow_sizes(bool anew);
   bool run(DocumentWindow& window);
   WizardChoice choice() const;
+  FieldValues values() const;
 
   Services& services_;
   DocumentKind kind_;
@@ -109,6 +112,8 @@ class WizardDialog : public QDialog {
   QCheckBox *loop_, *preserve_;
   QLabel* status_;
   QDialogButtonBox* buttons_;
+  /// What the colors of a small picture become; null: to be found anew.
+  std::function<Picture(const Picture& small)> colors_;
   QSize canvas_;  ///< of the preview, in pixels of the files
 };
 
