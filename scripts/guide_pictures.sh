@@ -68,4 +68,12 @@ properties 118 apng.png
 strip 307 apng.png
 ROWS
 
+# Windows that make animations of files: what they held the last time.
+mkdir -p "$work/config/Tarnwick"
+vellum play "$work/apng.png" --png "$work/frames" --steps 60 > "$work/steps"
+ls "$work"/frames/frame_000[0-5]9.png > "$work/config/Tarnwick/TransitionImages.txt"
+printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$work/config/Tarnwick/Vellumcraft 15.ini"
+take transition 251 apng.png
+take spin 252 apng.png
+
 "$programs/vellumcraft" --screenshot "$pictures/main-window.png" "$work/apng.png"

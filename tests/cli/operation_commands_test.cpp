@@ -207,8 +207,7 @@ std::string guide_line(const Parameters& row, const Field& field) {
   if (field.type == FieldType::Real)
     values = field_value_text(field, field.leastReal) + " to " + field_value_text(field, field.mostReal);
   const bool flag = field.type == FieldType::Flag;
-  std::string initial =
-      flag ? (field.initial ? "yes" : "no") : field_value_text(field, initial_value(field));
+  std::string initial = flag ? (field.initial ? "yes" : "no") : field_value_text(field, initial_value(field));
   for (const FieldChoice& choice : field.choices)
     if (flag && choice.value == field.initial) initial = choice.name;
   const auto words = words_for(row, field, flag ? std::int64_t{!field.initial} : initial_value(field));
