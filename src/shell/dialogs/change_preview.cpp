@@ -17,7 +17,7 @@ namespace vellum {
 namespace {
 
 constexpr QSizeF kFitted(400, 300);  ///< pixels that a preview is computed from at most
-constexpr QSize kPane(240, 180);
+constexpr QSize kPane(240, 180), kNarrowPane(160, 120);
 constexpr int kLeastBeat = 20;  ///< milliseconds
 
 /// Also in actual size a preview has an end: a slider can't be dragged over what takes seconds.
@@ -32,8 +32,13 @@ double reduction(const Picture& frame, double growth, QSizeF most) {
   return std::min({1.0, most.width() / (frame.width() * larger), most.height() / (frame.height() * larger)});
 }
 
-void show_picture(QLabel& label, const Picture& picture) {
-  label.setPixmap(picture ? QPixmap::fromImage(image_of_picture(picture)) : QPixmap());
+/// `fitted`: no larger than its pane.
+void show_picture(QLabel& label, const Picture& picture, bool fitted) {
+  QPixmap shown = picture ? QPixmap::fromImage(image_of_picture(picture)) : QPixmap();
+  const QSize pane = label.parentWidget()->size();
+  if (fitted && !shown.isNull() && (shown.width() > pane.width() || shown.height() > pane.height()))
+    shown = shown.scaled(pane, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  label.setPixmap(shown);
   label.adjustSize();
 }
 
@@ -100,7 +105,16 @@ QLabel* ChangePreview::add_pane(QLayout& layout, const QString& title) {
   return label;
 }
 
-void ChangePreview::stack() { panes_->setDirection(QBoxLayout::TopToBottom); }
+void ChangePreview::stack() {
+  panes_->setDirection(QBoxLayout::TopToBottom);
+  for (QScrollArea* area : findChildren<QScrollArea*>()) area->setMinimumSize(kNarrowPane);
+  static_cast<QBoxLayout*>(layout())->insertWidget(1, slider_);
+}
+
+void ChangePreview::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  refresh();
+}
 
 void ChangePreview::refresh() { refreshTimer_.start(0); }
 
@@ -130,8 +144,8 @@ void ChangePreview::show_frame() {
   }
   after_ = shown.picture ? change_(shown) : Picture();
   if (source_ == Source::Canvas && after_) after_ = reduced(after_, 100 * reduction(after_, 1, most));
-  show_picture(*beforeLabel_, before);
-  show_picture(*afterLabel_, after_);
+  show_picture(*beforeLabel_, before, !actual_->isChecked());
+  show_picture(*afterLabel_, after_, !actual_->isChecked());
 }
 
 void ChangePreview::step() {

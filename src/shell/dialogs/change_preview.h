@@ -42,6 +42,9 @@ class ChangePreview : public QWidget {
   void stack();
   const Picture& after() const { return after_; }
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private:
   QLabel* add_pane(QLayout& layout, const QString& title);
   void show_frame();
