@@ -4,19 +4,11 @@
 #include <charconv>
 
 #include "base/text.h"
+#include "operations/places.h"
 
 namespace vellum {
 namespace {
 
-constexpr FieldChoice kPlaces[] = {{0, "Top left", "top-left"},
-                                   {1, "Top", "top"},
-                                   {2, "Top right", "top-right"},
-                                   {3, "Left", "left"},
-                                   {4, "Center", "center"},
-                                   {5, "Right", "right"},
-                                   {6, "Bottom left", "bottom-left"},
-                                   {7, "Bottom", "bottom"},
-                                   {8, "Bottom right", "bottom-right"}};
 constexpr FieldChoice kDisposals[] = {{0, "None"}, {1, "Background"}, {2, "Previous"}};
 constexpr FieldChoice kBlends[] = {{0, "Source"}, {1, "Over"}};
 
