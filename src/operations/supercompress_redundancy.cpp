@@ -45,7 +45,7 @@ std::vector<std::uint8_t> transparency_of(Colour key, std::uint32_t bits, std::u
 
 class Redundancy {
  public:
-  Redundancy(Supercompression& work, bool colors) : work_(work), colors_(colors) {}
+  explicit Redundancy(bool colors) : colors_(colors) {}
 
   /// The first image: what is seen.
   void begin(const ChunkRecord& record) {
@@ -111,7 +111,6 @@ class Redundancy {
     });
   }
 
-  Supercompression& work_;
   bool colors_;
   PixelGrid canvas_;
   FrameOffset origin_;
@@ -128,7 +127,7 @@ bool redundancy_pass(Supercompression& work) {
   for (const std::size_t entry : frame_entries(work.draft))
     pictures.push_back(picture_of(list.record(entry)));
   if (!std::ranges::all_of(pictures, has_rows)) return work.abort(StringId::ErrorAccessingChunk);
-  Redundancy redundancy(work, !values_mean_the_same(pictures));
+  Redundancy redundancy(!values_mean_the_same(pictures));
   bool begun = false;
   ChunkRecord record;
   for (std::size_t i = 1; i < list.size(); ++i) {
