@@ -32,7 +32,7 @@ std::size_t walk(const DocumentWindow& window) {
 /// What a fuzz target feeds.
 struct Target {
   std::string_view name;
-  bool (*read)(DocumentWindow&, Input, Host&);
+  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const void> owner);
   const char* extension;
   std::uint64_t (*pixels)(Input);
   std::uint64_t most_pixels;  ///< larger canvases only make the fuzzer slow
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   settings::PngCompression = 1;
   Host host;
   DocumentWindow window, again;
-  if (!target().read(window, file, host)) {
+  if (!target().read(window, file, host, nullptr)) {
     check(host.has_fault);
     return 0;
   }

@@ -19,7 +19,7 @@ using namespace vellum::fuzz;
 namespace {
 
 struct Reader {
-  bool (*read)(DocumentWindow&, Input, Host&);
+  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const void> owner);
   std::uint64_t (*pixels)(Input);
 };
 
@@ -105,13 +105,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Reader& reader = kReaders[data[0] % std::size(kReaders)];
   const auto rows = operation_table();
   const Operation& operation = *rows[data[1] % rows.size()];
+  if (operation.result == OperationResult::Files) return -1;  // the bytes would name the folder
   const Input file(data + kRowsHead, size - kRowsHead);
   if (reader.pixels(file) > kMostPixels) return -1;
   settings::APNGOpen = 1;
   settings::PngCompression = 1;
   Host host;
   DocumentWindow window;
-  if (!reader.read(window, file, host)) return 0;
+  if (!reader.read(window, file, host, nullptr)) return 0;
   if (!takes_kind(operation.parameters, window.document.kind)) return -1;
   const Extent canvas = document_size(window.list, window.document);
   if (std::uint64_t{canvas.width} * canvas.height > kMostPixels) return -1;

@@ -67,7 +67,8 @@ void paint_row(std::uint8_t* row, std::uint32_t y, const TransitionScene& scene,
 bool paint_rows(Picture& work, const TransitionScene& scene, const Slide& slide, std::uint32_t left) {
   const EditRows rows(work);
   if (!rows) return false;
-  const auto [width, height] = scene.canvas();
+  const Extent canvas = scene.canvas();
+  const std::uint32_t width = canvas.width, height = canvas.height;
   const Cut even = cut_of(slide.even, width, left), odd = cut_of(slide.odd, width, left);
   const std::uint32_t half = height / 2, raster = scene.steps.raster;
   for_each_row(height, rows.stride, [&](std::uint32_t y) {
@@ -90,7 +91,8 @@ const std::uint8_t* moved_row(const TransitionScene& scene, const Cut& cut, std:
 bool paint_columns(Picture& work, const TransitionScene& scene, const Slide& slide, std::uint32_t left) {
   const EditRows rows(work);
   if (!rows) return false;
-  const auto [width, height] = scene.canvas();
+  const Extent canvas = scene.canvas();
+  const std::uint32_t width = canvas.width, height = canvas.height;
   const Cut even = cut_of(slide.even, height, left), odd = cut_of(slide.odd, height, left);
   const std::uint32_t band = slide.bands == Bands::Raster ? scene.steps.raster : width;
   for_each_row(height, rows.stride, [&](std::uint32_t y) {
@@ -113,7 +115,8 @@ std::uint64_t frames(Extent canvas, const TransitionSteps& steps) {
 
 template <Slide kSlide>
 bool paint(Picture& work, const TransitionScene& scene, std::uint64_t step) {
-  const auto [width, height] = scene.canvas();
+  const Extent canvas = scene.canvas();
+  const std::uint32_t width = canvas.width, height = canvas.height;
   const auto gone = static_cast<std::uint32_t>(step * step_of(kSlide, scene.steps));
   return kSlide.upright ? paint_columns(work, scene, kSlide, height - gone)
                         : paint_rows(work, scene, kSlide, width - gone);
