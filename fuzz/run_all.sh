@@ -11,6 +11,8 @@ shift
 found=$PWD/build/fuzz/found
 mkdir -p "$found"
 export seconds found
+# What the libraries keep until the end is theirs.
+export LSAN_OPTIONS=suppressions=$PWD/tests/support/leaks_of_libraries.txt:print_suppressions=0
 
 fuzz_one() {
   local name=$1 words grown log status=0
