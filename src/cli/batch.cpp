@@ -12,6 +12,7 @@
 #include "cli/command.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
+#include "cli/words.h"
 #include "core/files/open_document.h"
 
 namespace vellum::cli {
@@ -207,8 +208,7 @@ void add_options(CLI::App& app, BatchOptions& options) {
   app.add_flag("--stills", options.stills,
                "Pictures of the graphic formats too, each written in its own format");
   app.add_option("--overwrite", options.overwrite, "What happens where the target exists: fail unless named")
-      ->transform(
-          CLI::CheckedTransformer(kOverwrites, CLI::ignore_case).description("silently|skip|keep-both|fail"));
+      ->transform(one_of(kOverwrites, "silently|skip|keep-both|fail"));
   app.add_flag("--no-prefix", options.noPrefix, "Results have the names of their sources");
   app.add_option("--prefix", options.prefix, "In front of each name, in place of the operation's own")
       ->type_name("TEXT");

@@ -4,6 +4,7 @@
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
+#include "cli/words.h"
 #include "core/build/build_animation.h"
 #include "core/files/save_document.h"
 #include "core/model/kind_table.h"
@@ -35,7 +36,7 @@ Run prepare_combine(CLI::App& app) {
   app.add_option("-o,--out", given->out, "The file to write")->required()->type_name("OUT");
   app.add_option("FILE", given->files, "Animations and pictures, in their order")->required();
   app.add_option("--kind", given->kind, "The kind of file; without it the name decides")
-      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
+      ->transform(one_of(animation_kinds(), "apng|mng|webp"));
   add_parameter_options(app, kCombine, given->parameters);
   add_stored_option(app, kCombine, given->parameters);
   return [given](Host& host) { return run(*given, host); };

@@ -3,6 +3,7 @@
 #include "cli/exchange_command.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
+#include "cli/words.h"
 #include "core/files/save_document.h"
 #include "operations/convert_kind.h"
 #include "operations/dither.h"
@@ -79,7 +80,7 @@ Run prepare_convert(CLI::App& app) {
   app.add_option("IN", options->in, "The file to read")->required();
   app.add_option("OUT", options->out, "The file to write")->required();
   app.add_option("--kind", options->kind, "The kind of the new file; without it, that of IN")
-      ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description("png|apng|mng|webp"));
+      ->transform(one_of(kKinds, "png|apng|mng|webp"));
   app.add_option("--color", options->colors, "What the images hold")
       ->transform(CLI::IsMember(color_types(), CLI::ignore_case).description("mono|grey|palette|true|alpha"));
   add_parameter_options(app, color_parameters(), options->given);

@@ -1,4 +1,5 @@
 #include "cli/document_kinds.h"
+#include "cli/words.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -20,7 +21,7 @@ const std::map<std::string, DocumentKind>& animation_kinds() {
 
 void add_kind_option(CLI::App& app, DocumentKind& kind) {
   app.add_option("--kind", kind, "The kind of file; without it the name decides")
-      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
+      ->transform(one_of(animation_kinds(), "apng|mng|webp"));
 }
 
 DocumentKind kind_of_result(DocumentKind given, const std::string& out) {

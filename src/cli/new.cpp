@@ -2,6 +2,7 @@
 
 #include "cli/command.h"
 #include "cli/document_kinds.h"
+#include "cli/words.h"
 #include "core/edit/new_document.h"
 #include "core/files/save_document.h"
 
@@ -64,11 +65,10 @@ Run prepare_new(CLI::App& app) {
   app.add_option("OUT", options->out, "The file to write")->required();
   app.add_option("--kind", options->kind, "The kind of the file")
       ->required()
-      ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description("png|apng|mng|webp"));
+      ->transform(one_of(kKinds, "png|apng|mng|webp"));
   app.add_option("--size", options->size, "Width and height in pixels")->type_name("WxH");
   app.add_option("--color", options->colorType, "Color type of a PNG or animated PNG")
-      ->transform(CLI::CheckedTransformer(kColors, CLI::ignore_case)
-                      .description("grey|color|palette|grey-alpha|color-alpha"));
+      ->transform(one_of(kColors, "grey|color|palette|grey-alpha|color-alpha"));
   app.add_option("--bits", options->bits, "Bits of a sample, 1 to 16")->check(CLI::Range(1, 16));
   app.add_option("--plays", options->plays, "Plays of an animation, 0 for ever");
   return [options](Host& host) { return run_new(*options, host); };

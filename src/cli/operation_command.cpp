@@ -3,6 +3,7 @@
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
+#include "cli/words.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "operations/convert_kind.h"
@@ -67,8 +68,7 @@ Run prepare_operation(CLI::App& app, const Operation& operation) {
         ->type_name("LIST");
   if (document && operation.makes == DocumentKind::None)
     app.add_option("--kind", given->kind, "Another kind of file")
-        ->transform(
-            CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
+        ->transform(one_of(animation_kinds(), "apng|mng|webp"));
   add_stored_option(app, operation.parameters, given->parameters);
   return [given, &operation](Host& host) { return run(operation, *given, host); };
 }

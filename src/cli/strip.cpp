@@ -3,6 +3,7 @@
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
+#include "cli/words.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/new_document.h"
 #include "core/files/open_document.h"
@@ -87,7 +88,7 @@ Run prepare_unstrip(CLI::App& app) {
   add_stored_option(app, kCutStrip, options->given);
   app.add_option("--kind", options->kind, "The kind of the file")
       ->required()
-      ->transform(CLI::CheckedTransformer(animation_kinds(), CLI::ignore_case).description("apng|mng|webp"));
+      ->transform(one_of(animation_kinds(), "apng|mng|webp"));
   app.add_option("--delay", options->delay, "Delay of each frame in milliseconds; as DefaultDelay otherwise")
       ->check(CLI::Range(0, static_cast<int>(kMostDelayMs)))
       ->type_name("MS");

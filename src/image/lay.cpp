@@ -7,22 +7,22 @@
 #include "image/picture_rows.h"
 
 namespace vellum {
-namespace {
 
-/// Straight alpha over straight alpha.
-void lay_over_clear(std::uint8_t* out, const std::uint8_t* color, std::uint32_t alpha) {
+void lay_straight(std::uint8_t* out, const std::uint8_t* color, std::uint32_t alpha) {
   const std::uint32_t above = alpha * 255, below = out[3] * (255 - alpha), both = above + below;
   for (int c = 0; c < 3; ++c)
     out[c] = static_cast<std::uint8_t>((color[c] * above + out[c] * below + both / 2) / both);
   out[3] = static_cast<std::uint8_t>((both + 127) / 255);
 }
 
+namespace {
+
 void lay_pixel(std::uint8_t* out, bool deep, const std::uint8_t* color, std::uint32_t alpha, Lay how) {
   if (alpha == 255 && (how == Lay::Over || !deep)) {
     std::memcpy(out, color, 3);
     if (deep) out[3] = 255;
   } else if (deep && how == Lay::Over && out[3] != 255) {
-    lay_over_clear(out, color, alpha);
+    lay_straight(out, color, alpha);
   } else {
     for (int c = 0; c < 3; ++c) out[c] = blend_channel(color[c], out[c], alpha);
   }

@@ -15,4 +15,7 @@ enum class Lay : std::uint8_t {
 bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture& top,
                  std::uint32_t percent = 100, Lay how = Lay::Over);
 
+/// One pixel of straight alpha over one of 32 bits: `color` is blue, green, red; `alpha` 1 to 255.
+void lay_straight(std::uint8_t* out, const std::uint8_t* color, std::uint32_t alpha);
+
 }  // namespace vellum

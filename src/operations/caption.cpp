@@ -4,7 +4,7 @@
 #include "base/limits.h"
 #include "core/edit/edit_closing.h"
 #include "core/model/first_frame.h"
-#include "core/model/kind_table.h"
+#include "core/model/whole_canvases.h"
 #include "image/lay.h"
 #include "image/picture_operations.h"
 #include "operations/change_pictures.h"
@@ -210,12 +210,6 @@ Strips draw_strips(OperationRun& run, const Form& form, std::uint32_t width) {
   return strips;
 }
 
-bool fits(const Extent& canvas, DocumentKind kind) {
-  const std::int64_t most = kind_row(kind).mostPixels;
-  return canvas.width <= most && canvas.height <= most &&
-         std::uint64_t{canvas.width} * canvas.height * 4 <= kMaximumPictureBytes;
-}
-
 bool run(OperationRun& run) {
   if (!free_color_key(run.draft, run.host)) return false;
   const DocumentKind kind = run.draft.document.kind;
@@ -226,7 +220,7 @@ bool run(OperationRun& run) {
   if (strips.large) return run.refuse(StringId::TextTooLarge);
   const std::uint32_t height = std::max(strips.height, 1u);
   const Extent larger{canvas.width, canvas.height + (form.inside ? 0 : height)};
-  if (!fits(larger, kind)) return run.refuse(StringId::ResultTooLarge);
+  if (!canvas_fits(larger, kind)) return run.refuse(StringId::ResultTooLarge);
   const std::int32_t down = form.above && !form.inside ? static_cast<std::int32_t>(height) : 0;
   const std::int64_t top = form.above ? 0 : std::int64_t{larger.height} - height;
   const Picture shared =

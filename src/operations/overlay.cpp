@@ -4,12 +4,14 @@
 #include "base/limits.h"
 #include "base/parallel.h"
 #include "core/edit/edit_closing.h"
-#include "core/model/kind_table.h"
+#include "core/model/whole_canvases.h"
 #include "image/fine_canvas.h"
 #include "image/lay.h"
 #include "image/resample.h"
 #include "operations/change_pictures.h"
 #include "operations/convert_colors.h"
+#include "operations/field_rows.h"
+#include "operations/frame_range.h"
 #include "operations/operation_rows.h"
 #include "operations/places.h"
 #include "operations/recoloring.h"
@@ -20,29 +22,18 @@
 namespace vellum {
 namespace {
 
-constexpr std::int64_t kMostFrames = 1'000'000;
 constexpr FieldChoice kCanvases[] = {{0, "Canvas of the animation", "animation"},
                                      {1, "Canvas of the underlay", "underlay"}};
-
-constexpr Field kept(Field field, int line) {
-  field.stateId = line;
-  return field;
-}
-
-constexpr Field number(const char* name, const char* label, std::int64_t least, std::int64_t most,
-                       std::int64_t initial, int line = 0) {
-  return {.name = name, .label = label, .least = least, .most = most, .initial = initial, .stateId = line};
-}
 
 constexpr Field kFields[] = {
     kept(file_field("with", "File"), 1),
     kept(place_field(kCenterPlace), 2),
     kept(distance_field("offsetX", "To the right"), 3),
     kept(distance_field("offsetY", "Down"), 4),
-    number("scale", "Scale (per cent)", 1, 1000, 100, 5),
-    number("opacity", "Opacity", 0, 100, 100, 6),
-    number("first", "First frame", 1, kMostFrames, 1),
-    number("last", "Last frame", 1, kMostFrames, kMostFrames),
+    whole_field("scale", "Scale (per cent)", 1, 1000, 100, nullptr, 5),
+    whole_field("opacity", "Opacity", 0, 100, 100, nullptr, 6),
+    first_frame_field(),
+    last_frame_field(),
     {.name = "repeat",
      .label = "Repeat it",
      .type = FieldType::Flag,
@@ -63,21 +54,9 @@ constexpr const char* kOffset[] = {"offsetX", "offsetY"};
 constexpr CompoundOption kOptions[] = {
     {.name = "offset", .form = "DX,DY", .help = "How far from its place, in pixels", .fields = kOffset}};
 
-void fit(std::vector<Field>& fields, const DocumentWindow& window) {
-  const auto count = static_cast<std::int64_t>(frame_entries(window).size());
-  for (Field& field : fields)
-    if (field.most == kMostFrames) {
-      field.most = std::max<std::int64_t>(count, 1);
-      field.initial = std::min(field.initial, field.most);
-    }
-}
-
 std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow& window) {
   if (auto fault = check_file(values, "with")) return fault;
-  if (values.number("last") >= values.number("first")) return std::nullopt;
-  return fault_of(
-      "last", StringId::WholeRange,
-      {"Last frame", std::to_string(values.number("first")), std::to_string(frame_entries(window).size())});
+  return check_frame_range(values, window);
 }
 
 unsigned needs(const DocumentWindow&, const FieldValues&, const FrameList&) {
@@ -140,21 +119,6 @@ std::size_t picture_for(std::size_t index, std::size_t count, const FieldValues&
   return values.number("repeat") != 0 ? index % count : std::min(index, count - 1);
 }
 
-FrameList frames_of(const FieldValues& values, const FrameList& frames) {
-  FrameList some;
-  for (const std::size_t frame : frames)
-    if (static_cast<std::int64_t>(frame) + 1 >= values.number("first") &&
-        static_cast<std::int64_t>(frame) + 1 <= values.number("last"))
-      some.push_back(frame);
-  return some;
-}
-
-bool fits(const Extent& canvas, DocumentKind kind) {
-  const std::int64_t most = kind_row(kind).mostPixels;
-  return canvas.width <= most && canvas.height <= most &&
-         std::uint64_t{canvas.width} * canvas.height * 4 <= kMaximumPictureBytes;
-}
-
 bool join_frames(OperationRun& run, bool under) {
   const auto file = pictures_of_file(run.values.text("with"), run.host);
   run.told = !file;
@@ -164,8 +128,8 @@ bool join_frames(OperationRun& run, bool under) {
     return run.refuse(StringId::ResultTooLarge);
   const Extent own = document_size(run.draft.list, run.draft.document);
   const Joining joining = joining_of(run.values, under, own, others.front());
-  if (!fits(joining.canvas, run.draft.document.kind)) return run.refuse(StringId::ResultTooLarge);
-  const FrameList frames = frames_of(run.values, run.frames);
+  if (!canvas_fits(joining.canvas, run.draft.document.kind)) return run.refuse(StringId::ResultTooLarge);
+  const FrameList frames = frames_in_range(run.values, run.frames);
   const bool own_canvas = !takes_other_canvas(run.values) || !under;
   const auto change = [&](FrameWork& work) {
     const std::size_t frame = work.frame == kDefaultImageWork ? 0 : work.frame;
@@ -193,7 +157,7 @@ Picture preview_joined(Compositor& playing, std::uint32_t frame, const FieldValu
   if (canvas && canvas.bits() == 32) canvas = straight_picture({canvas, {}});
   const auto file = canvas ? kept_pictures_of_file(values.text("with")) : nullptr;
   if (!file) return canvas;
-  const FrameList frames = frames_of(values, all_frames(playing.frames()));
+  const FrameList frames = frames_in_range(values, all_frames(playing.frames()));
   const auto at = std::ranges::find(frames, std::size_t{frame});
   const bool gets = at != frames.end();
   const std::size_t index = static_cast<std::size_t>(at - frames.begin());
@@ -228,7 +192,7 @@ constinit const Operation kOverlay{
             .stateFile = "OverlayState.txt",
             .fields = kOverlayFields,
             .options = kOptions,
-            .fit = fit,
+            .fit = fit_frame_range,
             .check = check,
         },
     .result = OperationResult::NewWindow,
@@ -252,7 +216,7 @@ constinit const Operation kUnderlay{
             .stateFile = "UnderlayState.txt",
             .fields = kFields,
             .options = kOptions,
-            .fit = fit,
+            .fit = fit_frame_range,
             .check = check,
         },
     .result = OperationResult::NewWindow,

@@ -17,6 +17,7 @@
 #include "operations/change_pictures.h"
 #include "operations/changed_parts.h"
 #include "operations/convert_colors.h"
+#include "operations/field_rows.h"
 #include "operations/one_picture.h"
 #include "operations/operation_rows.h"
 #include "operations/recoloring.h"
@@ -225,9 +226,11 @@ Picture blurred(const Picture& image, const Extent& size, std::uint32_t radius) 
 
 Colour average_of(const Picture& image) {
   std::uint64_t sums[3] = {};
-  for (std::uint32_t y = 0; y < image.height(); ++y)
-    for (std::size_t x = 0; x < image.width(); ++x)
-      for (std::size_t c = 0; c < 3; ++c) sums[c] += image.row(y)[3 * x + c];
+  for (std::uint32_t y = 0; y < image.height(); ++y) {
+    const std::uint8_t* pixel = image.row(y);
+    for (std::uint32_t x = 0; x < image.width(); ++x, pixel += 3)
+      for (std::size_t c = 0; c < 3; ++c) sums[c] += pixel[c];
+  }
   const std::uint64_t count = std::uint64_t{image.width()} * image.height();
   const auto mean = [&](int c) { return static_cast<std::uint32_t>((sums[c] + count / 2) / count); };
   return make_colour(mean(2), mean(1), mean(0));

@@ -6,6 +6,8 @@
 #include "core/model/playing_rules.h"
 #include "image/lay.h"
 #include "operations/change_pictures.h"
+#include "operations/field_rows.h"
+#include "operations/frame_range.h"
 #include "operations/operation_rows.h"
 #include "operations/places.h"
 #include "operations/recoloring.h"
@@ -26,13 +28,6 @@ constexpr FieldChoice kMotions[] = {{kStill, "Still", "still"},
                                     {kFadeIn, "Fade in", "fade-in"},
                                     {kFadeInAndOut, "Fade in and out", "fade-in-and-out"}};
 constexpr FieldChoice kLines[] = {{0, "Left", "left"}, {1, "Center", "center"}, {2, "Right", "right"}};
-
-constexpr std::int64_t kMostFrames = 1'000'000;
-
-constexpr Field kept(Field field, int line) {
-  field.stateId = line;
-  return field;
-}
 
 constexpr Field kFields[] = {
     kept(text_field(), 1),
@@ -68,8 +63,8 @@ constexpr Field kFields[] = {
                   .choices = kMotions},
                  22),
             "Place"),
-    on_page(whole_field("first", "First frame", 1, kMostFrames, 1), "Place"),
-    on_page(whole_field("last", "Last frame", 1, kMostFrames, kMostFrames), "Place"),
+    on_page(first_frame_field(), "Place"),
+    on_page(last_frame_field(), "Place"),
 };
 
 constexpr const char *kOffset[] = {"offsetX", "offsetY"}, *kOutline[] = {"outlineWidth"};
@@ -84,19 +79,12 @@ constexpr CompoundOption kOptions[] = {
 
 void fit(std::vector<Field>& fields, const DocumentWindow& window) {
   offer_fonts(fields);
-  const auto count = static_cast<std::int64_t>(frame_entries(window).size());
-  for (Field* field : {&fields[fields.size() - 2], &fields.back()}) {
-    field->most = std::max<std::int64_t>(count, 1);
-    field->initial = std::min(field->initial, field->most);
-  }
+  fit_frame_range(fields, window);
 }
 
 std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow& window) {
   if (values.text("text").empty()) return fault_of("text", StringId::EnterText);
-  if (values.number("last") >= values.number("first")) return std::nullopt;
-  return fault_of(
-      "last", StringId::WholeRange,
-      {"Last frame", std::to_string(values.number("first")), std::to_string(frame_entries(window).size())});
+  return check_frame_range(values, window);
 }
 
 TextStyle style_of(const FieldValues& values) {
@@ -175,16 +163,6 @@ bool draw_on(Picture& picture, FrameOffset offset, const Extent& canvas, const F
                      std::int64_t{at.y} - art.top - offset.y, art.picture, opacity_at(values, moment));
 }
 
-/// The frames that get it, in the order in which it moves.
-FrameList frames_of(const FieldValues& values, const FrameList& frames) {
-  FrameList some;
-  for (const std::size_t frame : frames)
-    if (static_cast<std::int64_t>(frame) + 1 >= values.number("first") &&
-        static_cast<std::int64_t>(frame) + 1 <= values.number("last"))
-      some.push_back(frame);
-  return some;
-}
-
 /// Whether a frame alone says what is seen in the rectangle.
 bool rules(const ChunkRecord& record, DocumentKind kind, const PictureRect& rect) {
   const Picture picture = picture_of(record);
@@ -225,7 +203,7 @@ unsigned needs(const DocumentWindow& window, const FieldValues& values, const Fr
 
 bool run(OperationRun& run) {
   if (!free_color_key(run.draft, run.host)) return false;
-  const FrameList frames = frames_of(run.values, run.frames);
+  const FrameList frames = frames_in_range(run.values, run.frames);
   const auto facts = frame_facts(run.draft);
   const Extent canvas = document_size(run.draft.list, run.draft.document);
   DrawnText drawn;
@@ -250,7 +228,7 @@ bool run(OperationRun& run) {
 Picture preview_shown(Compositor& playing, std::uint32_t frame, const FieldValues& values, bool) {
   const ShownFrame shown = playing.frame(frame);
   Picture picture = shown.picture;
-  const FrameList frames = frames_of(values, all_frames(playing.frames()));
+  const FrameList frames = frames_in_range(values, all_frames(playing.frames()));
   const auto at = std::ranges::find(frames, std::size_t{frame});
   if (!picture || at == frames.end()) return picture;
   const Moment moment{static_cast<std::size_t>(at - frames.begin()), frames.size()};

@@ -3,6 +3,7 @@
 
 #include "core/model/document.h"
 #include "image/text_mask.h"
+#include "operations/field_rows.h"
 #include "operations/frames.h"
 #include "operations/operation.h"
 
@@ -29,47 +30,6 @@ constexpr Field font_field(const char* name, std::string* setting = nullptr, int
           .textSetting = setting,
           .stateId = state};
 }
-constexpr Field whole_field(const char* name, const char* label, std::int64_t least, std::int64_t most,
-                            std::int64_t initial, int* setting = nullptr, int state = 0) {
-  return {.name = name,
-          .label = label,
-          .least = least,
-          .most = most,
-          .initial = initial,
-          .setting = setting,
-          .stateId = state};
-}
-constexpr Field flag_field(const char* name, const char* label, std::int64_t initial, int* setting = nullptr,
-                           int bits = 0, int state = 0) {
-  return {.name = name,
-          .label = label,
-          .type = FieldType::Flag,
-          .most = 1,
-          .initial = initial,
-          .setting = setting,
-          .settingBits = bits,
-          .stateId = state};
-}
-constexpr Field color_field(const char* name, const char* label, std::int64_t initial, int* setting = nullptr,
-                            int state = 0) {
-  return {.name = name,
-          .label = label,
-          .type = FieldType::Color,
-          .most = 0xFFFFFF,
-          .initial = initial,
-          .setting = setting,
-          .stateId = state};
-}
-constexpr Field on_page(Field field, const char* page) {
-  field.page = page;
-  return field;
-}
-constexpr Field enabled_by(Field field, const char* name, std::int64_t value = -1) {
-  field.enabledBy = name;
-  field.enabledAt = value;
-  return field;
-}
-
 /// For `fit`: fields of fonts offer those that are installed.
 void offer_fonts(std::vector<Field>& fields);
 

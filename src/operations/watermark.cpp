@@ -169,11 +169,8 @@ struct Lines {
 void put_color(std::uint8_t* out, Colour color, double coverage) {
   const auto alpha = static_cast<std::uint32_t>(std::lround(std::clamp(coverage, 0.0, 1.0) * 255));
   if (alpha == 0) return;
-  const std::uint32_t below = out[3] * (255 - alpha), above = alpha * 255, both = above + below;
   const std::uint8_t values[] = {blue_of(color), green_of(color), red_of(color)};
-  for (int c = 0; c < 3; ++c)
-    out[c] = static_cast<std::uint8_t>((values[c] * above + out[c] * below + both / 2) / both);
-  out[3] = static_cast<std::uint8_t>((both + 127) / 255);
+  lay_straight(out, values, alpha);
 }
 
 /// Lines of 3 pixels in the light color with one of 1 pixel in the dark color in them; the words have an
@@ -261,20 +258,25 @@ Mark text_mark(const FieldValues& values, const Extent& canvas, const DrawnText&
 }
 
 /// The part of an edge that the picture's grey below it lets be.
+template <class Seen>
 Picture seen_part(const Picture& edge, const Picture& below, std::int64_t x, std::int64_t y,
-                  const std::function<bool(std::uint8_t grey)>& seen) {
+                  const Seen& seen) {
   Picture part = PictureDuplicate(edge);
   const EditRows rows(part);
   if (!rows) return {};
-  for (std::uint32_t row = 0; row < part.height(); ++row)
+  const std::size_t bytes = below.bits() / 8;
+  for (std::uint32_t row = 0; row < part.height(); ++row) {
+    const std::int64_t py = y + row;
+    if (py < 0 || py >= below.height()) continue;
+    const std::uint8_t* ground = below.row(static_cast<std::uint32_t>(py));
     for (std::uint32_t column = 0; column < part.width(); ++column) {
       std::uint8_t& alpha = rows[row][4 * std::size_t{column} + 3];
-      if (alpha == 0) continue;
-      const std::int64_t px = x + column, py = y + row;
-      if (px < 0 || py < 0 || px >= below.width() || py >= below.height()) continue;
-      const Colour color = PictureGetPixel(below, px, py);
-      if (!seen(grey_of(red_of(color), green_of(color), blue_of(color)))) alpha = 0;
+      const std::int64_t px = x + column;
+      if (alpha == 0 || px < 0 || px >= below.width()) continue;
+      const std::uint8_t* pixel = ground + bytes * static_cast<std::size_t>(px);
+      if (!seen(grey_of(pixel[2], pixel[1], pixel[0]))) alpha = 0;
     }
+  }
   return part;
 }
 

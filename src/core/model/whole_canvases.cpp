@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/limits.h"
+#include "core/model/kind_table.h"
 
 namespace vellum {
 
@@ -27,6 +28,11 @@ void settle_clearing(std::vector<FrameLayer>& frames, Extent canvas) {
 bool are_whole_canvases(const std::vector<FrameLayer>& frames, Extent canvas) {
   return std::ranges::all_of(
       frames, [&](const FrameLayer& frame) { return frame.clears && covers_canvas(frame, canvas); });
+}
+
+bool canvas_fits(Extent canvas, DocumentKind kind) {
+  const std::int64_t most = kind_row(kind).mostPixels;
+  return canvas.width <= most && canvas.height <= most && canvases_fit(1, canvas);
 }
 
 bool canvases_fit(std::size_t count, Extent canvas) {

@@ -26,6 +26,8 @@ void settle_clearing(std::vector<FrameLayer>& frames, Extent canvas);
 /// Whether each of the settled frames alone makes the whole canvas.
 bool are_whole_canvases(const std::vector<FrameLayer>& frames, Extent canvas);
 
+/// Whether a canvas of 32 bits can be one of a document of this kind.
+bool canvas_fits(Extent canvas, DocumentKind kind);
 /// Whether that many canvases can be kept together.
 bool canvases_fit(std::size_t count, Extent canvas);
 

@@ -1,0 +1,54 @@
+// Makers of the fields that most rows have.
+#pragma once
+
+#include "base/fields.h"
+
+namespace vellum {
+
+constexpr Field whole_field(const char* name, const char* label, std::int64_t least, std::int64_t most,
+                            std::int64_t initial, int* setting = nullptr, int state = 0) {
+  return {.name = name,
+          .label = label,
+          .least = least,
+          .most = most,
+          .initial = initial,
+          .setting = setting,
+          .stateId = state};
+}
+constexpr Field flag_field(const char* name, const char* label, std::int64_t initial, int* setting = nullptr,
+                           int bits = 0, int state = 0) {
+  return {.name = name,
+          .label = label,
+          .type = FieldType::Flag,
+          .most = 1,
+          .initial = initial,
+          .setting = setting,
+          .settingBits = bits,
+          .stateId = state};
+}
+constexpr Field color_field(const char* name, const char* label, std::int64_t initial, int* setting = nullptr,
+                            int state = 0) {
+  return {.name = name,
+          .label = label,
+          .type = FieldType::Color,
+          .most = 0xFFFFFF,
+          .initial = initial,
+          .setting = setting,
+          .stateId = state};
+}
+constexpr Field on_page(Field field, const char* page) {
+  field.page = page;
+  return field;
+}
+constexpr Field enabled_by(Field field, const char* name, std::int64_t value = -1) {
+  field.enabledBy = name;
+  field.enabledAt = value;
+  return field;
+}
+/// With a line in the state file.
+constexpr Field kept(Field field, int line) {
+  field.stateId = line;
+  return field;
+}
+
+}  // namespace vellum
