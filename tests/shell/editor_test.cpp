@@ -63,7 +63,6 @@ class EditorTest : public ::testing::Test {
       dialog_ = qobject_cast<FormDialog*>(QApplication::activeModalWidget());
       ASSERT_NE(dialog_, nullptr) << tag_letters(tag);
       expect_presentable(*dialog_);
-      take_picture(*dialog_, kind_letters(window.document.kind) + "_" + tag_letters(tag));
       work();
       if (QApplication::activeModalWidget() == dialog_) dialog_->reject();
     });

@@ -33,7 +33,6 @@ TEST_F(GeneratorDialogTest, SpinPlaysItsPictureAndMakesADocumentOfTheDefaultKind
     const Picture first = dialog.preview().shown();
     ASSERT_TRUE(first);
     EXPECT_EQ(first.width(), first.height()) << "a square that holds all of them";
-    take_picture(dialog, "spin");
     when_dialog_opens<ColorDialog>([](ColorDialog& color) {
       EXPECT_EQ(color.findChild<QTabWidget*>()->count(), 3)
           << "mixed, of the picture's palette, of the picture";

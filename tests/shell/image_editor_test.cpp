@@ -29,8 +29,6 @@ class ImageEditorTest : public ::testing::Test {
     QTimer::singleShot(0, qApp, [&] {
       auto* dialog = qobject_cast<FormDialog*>(QApplication::activeModalWidget());
       ASSERT_NE(dialog, nullptr);
-      take_picture(*dialog,
-                   kind_letters(window.document.kind) + "_" + tag_letters(window.list.record(index).tag));
       work(*dialog);
       if (QApplication::activeModalWidget() == dialog) dialog->reject();
     });

@@ -77,7 +77,6 @@ class PaletteAndByteEditors : public ::testing::Test {
     QTimer::singleShot(0, [work = std::move(work), end] {
       auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(dialog);
-      take_picture(*dialog, dialog->windowTitle().toStdString());
       if (work) work(*dialog);
       dialog->findChild<QDialogButtonBox*>()->button(end)->click();
       // A dialog that refuses to close would hang the test.

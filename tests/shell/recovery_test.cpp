@@ -149,7 +149,6 @@ TEST_F(RecoveryTest, TheDialogRecoversDeletesAndLeaves) {
   {
     RecoveryDialog dialog(recovery, recovery.find(), main_.services().host, &main_);
     dialog.show();
-    take_picture(dialog, "recovery");
     auto* rows = dialog.findChild<QTreeWidget*>();
     const auto press = [&dialog](StringId text) {
       for (QPushButton* button : dialog.findChildren<QPushButton*>())

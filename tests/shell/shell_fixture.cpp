@@ -161,13 +161,6 @@ void expect_presentable(QWidget& window) {
   }
 }
 
-void take_picture(QWidget& widget, const std::string& name) {
-  const QString folder = qEnvironmentVariable("VELLUM_PICTURES");
-  if (folder.isEmpty()) return;
-  QTest::qWait(100);
-  widget.grab().save(folder + u'/' + QString::fromStdString(name) + QStringLiteral(".png"));
-}
-
 std::set<std::size_t> selected_rows(const ChunkList& list) {
   std::set<std::size_t> rows;
   for (std::size_t i = 0; i < list.size(); ++i)
@@ -203,7 +196,6 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setStyle(new vellum::ProgramStyle);
   application.installEventFilter(new vellum::ScreenRoom(vellum::testing::kSmallScreen, &application));
-  if (!qEnvironmentVariableIsEmpty("VELLUM_DARK")) QApplication::setPalette(vellum::testing::dark_palette());
   vellum::register_icons();
   // Whatever a dialog's Help asks for is a page of the guide.
   const QString guide = QString::fromStdString((vellum::testing::source_folder() / "docs/guide").string());

@@ -50,10 +50,6 @@ QPalette dark_palette();
 /// its texts to have a contrast of at least 4.5 to their grounds.
 void expect_presentable(QWidget& window);
 
-/// For people who want to see the windows: writes NAME.png to the folder that VELLUM_PICTURES names, if it is
-/// set; with VELLUM_DARK all of them on a dark desktop.
-void take_picture(QWidget& widget, const std::string& name);
-
 /// A main window that nobody looks at.
 class WindowTest : public ::testing::Test {
  protected:

@@ -18,7 +18,6 @@ TEST_F(SupercompressDialogTest, TellsWhatItDoesAndMakesAWindowOfTheResult) {
   settings::SupercompressionOptions = kTextPass | kPrunePass | kRedundancyPass;
   in_dialog<SupercompressDialog>(111, [&](SupercompressDialog& dialog) {
     expect_presentable(dialog);
-    take_picture(dialog, "supercompress");
     const auto box = [&](const char* name) { return dialog.findChild<QCheckBox*>(name); };
     EXPECT_FALSE(box("palette")->isEnabled() || box("redundancy")->isEnabled() ||
                  box("stripText")->isEnabled());

@@ -77,7 +77,6 @@ TEST_F(TransitionDialogTest, AListOfImagesPlaysAndBecomesADocument) {
     dialog.follow();
     QTest::qWait(80);
     EXPECT_TRUE(dialog.preview().shown());
-    take_picture(dialog, "transition");
     expect_presentable(dialog);
 
     // The second image gets values of its own and goes to the top.
@@ -86,7 +85,6 @@ TEST_F(TransitionDialogTest, AListOfImagesPlaysAndBecomesADocument) {
       EXPECT_EQ(own.form().values().number("pause"), 300);
       own.form().set_value("effect", std::int64_t{7});
       own.form().set_value("pause", std::int64_t{40});
-      take_picture(own, "transition_override");
       expect_presentable(own);
       own.accept();
     });
@@ -98,7 +96,6 @@ TEST_F(TransitionDialogTest, AListOfImagesPlaysAndBecomesADocument) {
     EXPECT_EQ(dialog.pictures().current(), 0);
     when_dialog_opens<FormDialog>([&](FormDialog& numbers) {
       numbers.form().set_value("horizontalStep", std::int64_t{100});
-      take_picture(numbers, "transition_numbers");
       expect_presentable(numbers);
       numbers.accept();
     });
@@ -112,7 +109,6 @@ TEST_F(TransitionDialogTest, AListOfImagesPlaysAndBecomesADocument) {
     EXPECT_NE(effects->itemIcon(20).pixmap(48, 36).toImage(), before);
     effects->showPopup();
     QTest::qWait(150);
-    take_picture(*effects->view(), "transition_effects");
     effects->hidePopup();
     ok->click();
   });

@@ -122,7 +122,6 @@ TEST_F(WizardTest, BuildMakesAnUnsavedDocumentAndTestPlaysOneAndStays) {
     dialog.add_selected();
     QTest::qWait(300);
     expect_presentable(dialog);
-    take_picture(dialog, "wizard");
     bool viewed = false;
     QTimer::singleShot(0, qApp, [&] {
       auto* viewer = qobject_cast<ViewerWindow*>(QApplication::activeModalWidget());
@@ -213,7 +212,6 @@ TEST_F(WizardTest, ThePreviewFitsByWholePerCentAndTellsThePicture) {
   preview.show();
   QTRY_VERIFY(preview.loaded());
   EXPECT_EQ(preview.text(), "WIDTH: 60 DEPTH: 40 COLOURS: 256");
-  take_picture(preview, "wizard-preview");
   QTest::mouseClick(&preview, Qt::LeftButton);
   EXPECT_TRUE(preview.actual());
   QTest::mouseClick(&preview, Qt::RightButton);
