@@ -26,6 +26,8 @@ std::span<const CommandRow> command_table();
 
 // One of these stands in each command's file.
 Run prepare_list(CLI::App& app);
+Run prepare_check(CLI::App& app);
+Run prepare_repair(CLI::App& app);
 Run prepare_convert(CLI::App& app);
 Run prepare_save(CLI::App& app);
 Run prepare_build(CLI::App& app);

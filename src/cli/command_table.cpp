@@ -5,6 +5,8 @@ namespace {
 
 constexpr CommandRow kCommands[] = {
     {"list", "Show the chunks of a file", prepare_list},
+    {"check", "Say everything that is wrong with files", prepare_check},
+    {"repair", "Save what can be saved of a damaged file, and say what is given up", prepare_repair},
     {"save", "Read a file and write it again", prepare_save},
     {"convert", "To another kind of file: frames, delays, offsets and disposal go along", prepare_convert},
     {"new", "Write a new document", prepare_new},

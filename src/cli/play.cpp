@@ -12,6 +12,9 @@ namespace {
 /// Most animations are walked once here: frames need not be kept for a second round.
 constexpr std::uint64_t kMostKept = std::uint64_t{32} << 20;
 
+/// A LOOP of an MNG counts to 2^31: what is asked for without a bound ends here.
+constexpr std::uint64_t kMostSteps = 1'000'000;
+
 struct PlayOptions {
   std::string file, folder;
   std::uint64_t steps = 0;  ///< 0: to the end, or one round of what has none
@@ -30,7 +33,8 @@ void print_step(std::uint64_t step, const ShownFrame& frame) {
 }
 
 bool play(Compositor& compositor, const PlayOptions& options, Host& host) {
-  for (std::uint64_t step = 0; options.steps == 0 || step < options.steps; ++step) {
+  const std::uint64_t most = options.steps == 0 ? kMostSteps : options.steps;
+  for (std::uint64_t step = 0; step < most; ++step) {
     const auto frame = compositor.next();
     if (!frame || (options.steps == 0 && compositor.repeats())) return true;
     print_step(step, *frame);
@@ -39,6 +43,9 @@ bool play(Compositor& compositor, const PlayOptions& options, Host& host) {
     host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, options.folder);
     return false;
   }
+  if (options.steps == 0)
+    std::fprintf(stderr, "vellum: ended after %s steps; --steps N shows as many as are wanted\n",
+                 grouped(kMostSteps).c_str());
   return true;
 }
 

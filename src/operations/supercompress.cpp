@@ -149,7 +149,7 @@ SupercompressOffer supercompress_offer(const DocumentWindow& window, unsigned op
   const Findings found = look_at(window);
   const bool mng = window.document.kind == DocumentKind::MING;
   SupercompressOffer offer{.hasTexts = found.texts, .lost = found.lost};
-  offer.enabled = kPrunePass | kRecompressPass | kDeepPass;
+  offer.enabled = kPrunePass | kRecompressPass | kDeepPass | kMergePass;
   if (mng) offer.enabled |= kRedundancyPass;
   if (found.texts) offer.enabled |= kTextPass;
   if (found.paletted && !found.transparent) offer.enabled |= kPalettePass;
@@ -176,6 +176,7 @@ std::uint64_t document_bytes(const DocumentWindow& window) {
 SupercompressResult supercompress(DocumentWindow& draft, unsigned passes, const TellStatus& tell, Host& host,
                                   std::uint64_t now) try {
   const SupercompressOffer offer = supercompress_offer(draft, kStatedPasses);
+  if (passes & kMergePass) passes |= kDeepPass;
   Supercompression work{draft, tell, host, passes & offer.enabled};
   const DocumentWindow source{draft.document, draft.list, {}};
   const Progress whole_of_it(host, string_text(StringId::Searching));

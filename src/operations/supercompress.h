@@ -20,6 +20,7 @@ enum SupercompressPass : unsigned {
   kCloseWhenDone = 128,  ///< no pass: the dialog closes behind a run
   kRecompressPass = 256,
   kDeepPass = 512,
+  kMergePass = 1024,  ///< part of the deeper search, which it brings along
 };
 
 /// Takes the lines of the status list.

@@ -18,6 +18,7 @@
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/png_encode.h"
+#include "operations/reconstruct.h"
 #include "operations/same_animation.h"
 #include "operations/supercompress_passes.h"
 
@@ -60,7 +61,6 @@ struct Stock {
   bool partial = false;  ///< something has alpha between 0 and 255
   bool grey = true;      ///< everything is
   bool clear = false;    ///< something has alpha 0
-                         ///< something has alpha 0
 
   void add(const Canvas& canvas) {
     Pixel last = 1;  // a clear pixel with a color: none is like it
@@ -470,6 +470,17 @@ bool shows_the_same(SourceCanvases& source, const DocumentWindow& draft, Host& h
       draft, [&](std::size_t frame) { return source.canvas(frame); }, host);
 }
 
+/// Neighbours that show the same become one frame. Where there are none, or too many to hold at a time, the
+/// draft stays as it is.
+void merge_equal(Supercompression& work) {
+  DocumentWindow merged{work.draft.document, work.draft.list, {}};
+  if (!reconstruct_frames(merged, CanvasDepth::TrueColorAlpha, work.host, true) ||
+      frame_entries(merged).size() == frame_entries(work.draft).size())
+    return;
+  work.draft.document = std::move(merged.document);
+  work.draft.list = std::move(merged.list);
+}
+
 }  // namespace
 
 bool deep_pass(Supercompression& work) {
@@ -478,15 +489,19 @@ bool deep_pass(Supercompression& work) {
     work.say(StringId::DeepFoundNothing);
     return true;
   }
+  const DocumentWindow before{work.draft.document, work.draft.list, {}};
+  if (work.passes & kMergePass) merge_equal(work);
   SourceCanvases source({work.draft.document, work.draft.list, {}});
-  const DocumentWindow& before = source.window();
   const auto stock = stock_of(source, work.host);
-  if (!stock) return work.host.stopped() ? false : work.abort(StringId::ErrorAccessingChunk);
-  const Form form = smallest_form(*stock, is_animation(work.draft.document.kind));
   const auto put_back = [&] {
     work.draft.document = before.document;
     work.draft.list = before.list;
   };
+  if (!stock) {
+    put_back();
+    return work.host.stopped() ? false : work.abort(StringId::ErrorAccessingChunk);
+  }
+  const Form form = smallest_form(*stock, is_animation(work.draft.document.kind));
   if (!DeepSearch(work, form, source).run()) {
     put_back();
     return work.host.stopped() ? false : work.abort(StringId::MemoryError);

@@ -17,6 +17,7 @@ constexpr Field kFields[] = {
     flag("stripText", "Strip text chunks", "tEXt and zTXt chunks are deleted"),
     flag("recompress", "Recompress images", "Every image is packed by the best of many ways"),
     flag("deep", "Search deeper", "Frames are made anew, each as small as it can be, in the smallest form"),
+    flag("mergeEqual", "Merge equal frames", "The deeper search makes one frame of those that show the same"),
     flag("all", "All of these", "All that can be done to the document, but for its texts"),
 };
 
@@ -25,8 +26,9 @@ struct PassField {
   const char* field;
 };
 constexpr PassField kPassFields[] = {
-    {kPalettePass, "palette"}, {kPrunePass, "prune"},           {kRedundancyPass, "redundancy"},
-    {kTextPass, "stripText"},  {kRecompressPass, "recompress"}, {kDeepPass, "deep"},
+    {kPalettePass, "palette"},  {kPrunePass, "prune"},           {kRedundancyPass, "redundancy"},
+    {kTextPass, "stripText"},   {kRecompressPass, "recompress"}, {kDeepPass, "deep"},
+    {kMergePass, "mergeEqual"},
 };
 
 /// Without a word the three stated passes run where they would be checked.

@@ -20,7 +20,7 @@ const std::vector<std::string> kWings = {"base",       "image",         "core", 
 
 /// The rooms of the two large wings, from the ground up; files beside the rooms belong to none.
 const std::map<std::string, std::vector<std::string>> kRooms = {
-    {"core", {"model", "chunks", "edit", "build", "files"}},
+    {"core", {"model", "chunks", "edit", "build", "files", "check"}},
     {"shell",
      {"look", "widgets", "forms", "list", "services", "help", "editors", "dialogs", "viewer", "setup",
       "start", "window"}}};

@@ -178,6 +178,25 @@ TEST(Supercompress, PalettesAndRedundantPixelsAsStated) {
   }
 }
 
+TEST(Supercompress, EqualNeighboursBecomeOneFrameThatIsShownAsLong) {
+  for (const DocumentKind kind : {DocumentKind::APNG, DocumentKind::MING}) {
+    DocumentWindow window = testing::small_document(kind, 3);
+    const auto entries = frame_entries(window);
+    ChunkRecord record, first;
+    ASSERT_TRUE(chunk_list_get(window.list, entries[0], first) &&
+                chunk_list_get(window.list, entries[1], record));
+    record_take_picture(record, kind, picture_of(first));
+    set_frame_delay(record, kind, ticks_per_second(window.list), 250);
+    chunk_list_put(window.list, entries[1], record);
+    const DocumentWindow before{window.document, window.list, {}};
+    run_passes(window, kMergePass);
+    const FrameStream was = canvas_frames(before), is = canvas_frames(window);
+    ASSERT_EQ(is.count, was.count - 1) << kind_letters(kind);
+    EXPECT_EQ(is.frame(0).delay, was.frame(0).delay + 250);
+    EXPECT_EQ(is.frame(1).delay, was.frame(2).delay);
+  }
+}
+
 TEST(Supercompress, TextsGoButAtTheFirstEntryAndNothingCheckedIsTold) {
   DocumentWindow window = testing::small_document(DocumentKind::APNG, 2);
   const auto text = std::make_shared<ChunkRecord>(testing::record_of(tag::tEXt, std::string("Title\0x", 7)));

@@ -160,6 +160,11 @@ bool check_canvas(Payload p, const PngContext&) { return p.size() != 8; }
 bool check_definition(Payload p, const PngContext&) {
   return p.size() <= 4 || p.size() == 12 || p.size() == 28;
 }
+/// Two numbers of objects, a byte, six numbers of 16 bits, a byte; what is missing at the end has its
+/// default.
+bool check_magnification(Payload p, const PngContext&) {
+  return p.size() <= 4 ? p.size() % 2 == 0 : p.size() % 2 == 1 || p.size() == 18;
+}
 bool check_show(Payload p, const PngContext&) { return p.size() != 1 && p.size() != 3; }
 
 // Chunks of a still picture's list that belong to an animation are raw, and as fixed as in the animation.
@@ -211,7 +216,7 @@ constexpr ChunkRow kChunks[] = {
     {tag::DISC, kInMng, 0, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
     {tag::SAVE, kInMng, kInMng, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
     {tag::SEEK, kInMng, 0, ChunkPlace::Anywhere, 0, kAnyLength, nullptr},
-    {tag::MAGN, kInMng, 0, ChunkPlace::Anywhere, 0, 18, nullptr},
+    {tag::MAGN, kInMng, 0, ChunkPlace::Anywhere, 0, 18, check_magnification},
     {tag::PAST, kInMng, 0, ChunkPlace::Anywhere, 41, kAnyLength, nullptr},
     {tag::nEED, kInMng, 0, ChunkPlace::Anywhere, 1, kAnyLength, nullptr},
     {tag::eXPI, kInMng, 0, ChunkPlace::Anywhere, 3, kAnyLength, nullptr},

@@ -25,10 +25,11 @@ constexpr BoxRow kBoxes[] = {
     {kTextPass, "stripText", QT_TR_NOOP("Strip &text chunks")},
     {kRecompressPass, "recompress", QT_TR_NOOP("Reco&mpress images")},
     {kDeepPass, "deep", QT_TR_NOOP("Search d&eeper")},
+    {kMergePass, "mergeEqual", QT_TR_NOOP("Mer&ge equal frames")},
 };
 
 /// The stated passes can't begin on some documents; these always can.
-constexpr unsigned kBeyond = kRecompressPass | kDeepPass;
+constexpr unsigned kBeyond = kRecompressPass | kDeepPass | kMergePass;
 
 unsigned options() { return static_cast<unsigned>(settings::SupercompressionOptions); }
 
