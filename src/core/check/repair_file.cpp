@@ -96,9 +96,10 @@ std::vector<FoundChunk> find_chunks(Bytes file, ChunkTag end, std::vector<std::s
 RepairedFile repair_file(Bytes file) {
   RepairedFile result;
   FileCheck check = check_file(file);
+  const bool wrong = check.count(Severity::Error) != 0;
   std::erase_if(check.findings, [](const Finding& finding) { return !rule(finding.rule).repaired(); });
   result.mended = std::move(check.findings);
-  if (result.mended.empty() && check.kind != DocumentKind::None) {
+  if (!wrong && result.mended.empty() && check.kind != DocumentKind::None) {
     result.kind = check.kind;
     result.bytes.assign(file.begin(), file.end());
     return result;
