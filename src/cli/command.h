@@ -42,6 +42,8 @@ Run prepare_palette(CLI::App& app);
 Run prepare_config(CLI::App& app);
 Run prepare_batch(CLI::App& app);
 Run prepare_wizard(CLI::App& app);
+Run prepare_plugins(CLI::App& app);
+Run prepare_plugin(CLI::App& app);
 Run prepare_combine(CLI::App& app);
 
 }  // namespace vellum::cli

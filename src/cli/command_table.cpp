@@ -15,6 +15,8 @@ constexpr CommandRow kCommands[] = {
     {"wizard", "An animation of picture files with the palette choices of the Animation Wizard",
      prepare_wizard},
     {"combine", "The frames of several files, one after the other, as one animation", prepare_combine},
+    {"plugins", "Animation plugins that are there", prepare_plugins},
+    {"plugin", "An animation that a plugin makes", prepare_plugin},
     {"play", "Walk an animation as the viewer does: a line for each shown frame", prepare_play},
     {"properties", "Say what an animation is and what it takes", prepare_properties},
     {"manage", "Change many frames at a time, in the order of the options below", prepare_manage},

@@ -30,11 +30,10 @@ struct PngLook {
       return false;
     }
     header = parse_png_header(first.data.first<13>());
-    context.bitDepth = header.bitDepth;
-    context.colorType = header.colorType;
-    headerSeen = true;
     const char* fault = png_header_fault(header);
     if (fault) checking.find(RuleId::Header_invalid, first, fault);
+    headerSeen = !fault;
+    if (headerSeen) context = {header.bitDepth, header.colorType, context.paletteEntries};
     return !fault;
   }
 
@@ -55,11 +54,11 @@ struct PngLook {
   void look_at_palette(const StreamChunk& chunk) {
     const std::size_t entries = chunk.data.size() / 3;
     const bool global = checking.kind == DocumentKind::MING && chunk.data.empty();
-    if (header.colorType == 0 || header.colorType == 4)
+    if (context.colorType == 0 || context.colorType == 4)
       checking.find(RuleId::Palette_unwanted, chunk);
     else if (!global && (chunk.data.size() % 3 != 0 || entries < 1 || entries > 256))
       checking.find(RuleId::Palette_length, chunk, std::to_string(chunk.data.size()) + " bytes");
-    else if (header.colorType == 3 && entries > 1u << header.bitDepth)
+    else if (context.colorType == 3 && entries > 1u << context.bitDepth)
       checking.find(RuleId::Palette_too_long, chunk, std::to_string(entries) + " entries");
     paletteSeen = true;
   }
@@ -67,7 +66,7 @@ struct PngLook {
   void look_at_data(const StreamChunk& chunk) {
     if (imageEnded) checking.find(RuleId::Image_split, chunk);
     imageEnded = false;
-    if (!imageSeen && header.colorType == 3 && !paletteSeen && context.paletteEntries == 0)
+    if (!imageSeen && context.colorType == 3 && !paletteSeen && context.paletteEntries == 0)
       checking.find(RuleId::Palette_missing, chunk);
     if (!imageSeen) image = &chunk;
     imageSeen = true;
