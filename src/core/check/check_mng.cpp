@@ -11,9 +11,6 @@
 namespace vellum {
 namespace {
 
-/// What stands outside the images is written as for an image of these samples (MNG 1.0, "bKGD").
-constexpr PngContext kGlobal{.bitDepth = 16, .colorType = 2};
-
 struct MngLook {
   Checking& checking;
   std::uint32_t globalPalette = 0;          ///< entries
@@ -71,7 +68,7 @@ struct MngLook {
     if (stands_once(chunk.tag, DocumentKind::MING) && is_second(chunk))
       checking.find(RuleId::Second_of_its_kind, chunk);
     // What serves all images behind it is taken back by an empty one.
-    if (!(serves_all_images(chunk.tag) && chunk.data.empty())) check_payload(checking, chunk, kGlobal);
+    if (!(serves_all_images(chunk.tag) && chunk.data.empty())) check_payload(checking, chunk, kOutsideImages);
   }
   bool is_second(const StreamChunk& chunk) const {
     return &*std::ranges::find(checking.chunks, chunk.tag, &StreamChunk::tag) != &chunk;

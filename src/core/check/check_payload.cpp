@@ -90,6 +90,11 @@ void check_packed(Checking& checking, const StreamChunk& chunk) {
 
 }  // namespace
 
+DocumentKind judging_kind(DocumentKind file, ChunkTag tag) {
+  const bool mng = file == DocumentKind::MING && chunk_row(tag, DocumentKind::MING);
+  return mng ? DocumentKind::MING : DocumentKind::APNG;
+}
+
 bool packed_is_whole(ChunkTag tag, Payload payload) {
   if (tag != tag::zTXt && tag != tag::iTXt && tag != tag::iCCP) return true;
   if (tag == tag::zTXt && !has_known_method(payload)) return false;
@@ -98,10 +103,7 @@ bool packed_is_whole(ChunkTag tag, Payload payload) {
 }
 
 void check_payload(Checking& checking, const StreamChunk& chunk, const PngContext& context) {
-  const DocumentKind kind = checking.kind == DocumentKind::MING && chunk_row(chunk.tag, DocumentKind::MING)
-                                ? DocumentKind::MING
-                                : DocumentKind::APNG;
-  const ChunkRow* row = chunk_row(chunk.tag, kind);
+  const ChunkRow* row = chunk_row(chunk.tag, judging_kind(checking.kind, chunk.tag));
   if (!row) {
     if (is_valid_tag(chunk.tag))
       checking.find(is_ancillary(chunk.tag) ? RuleId::Chunk_unknown : RuleId::Critical_unknown, chunk);

@@ -46,6 +46,11 @@ void check_png_image(Checking& checking, ChunkSpan chunks, std::uint32_t inherit
 /// Whether payload and type agree (see core/chunks/chunk_table.h), compressed contents included.
 void check_payload(Checking& checking, const StreamChunk& chunk, const PngContext& context);
 
+/// Whose row of the chunk table judges a chunk of a file of this kind: in an MNG chunks of PNG stand too.
+DocumentKind judging_kind(DocumentKind file, ChunkTag tag);
+/// What stands outside the images of an MNG is written as for an image of these samples (MNG 1.0, "bKGD").
+inline constexpr PngContext kOutsideImages{.bitDepth = 16, .colorType = 2, .paletteEntries = 0};
+
 /// Whether the compressed text or profile of a payload that is valid else can be unpacked; true where there
 /// is none.
 bool packed_is_whole(ChunkTag tag, std::span<const std::uint8_t> payload);

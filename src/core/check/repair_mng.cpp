@@ -1,5 +1,6 @@
 // An MNG made right: its images one by one, its loops closed, its header's counts (MNG 1.0).
 #include <algorithm>
+#include <set>
 
 #include "base/byte_order.h"
 #include "base/host.h"
@@ -19,6 +20,7 @@ struct MngRepair {
   RepairedFile& result;
   Payload out{kMngSignature.begin(), kMngSignature.end()};
   std::vector<std::uint8_t> loops{};  ///< levels that are open
+  std::set<ChunkTag> seen{};
   std::uint32_t globalPalette = 0;
   std::size_t images = 0;
 
@@ -47,15 +49,18 @@ struct MngRepair {
 
   void take(const FoundChunk& chunk) {
     if (chunk.tag == tag::IDAT || chunk.tag == tag::IEND) return lose(chunk, "it belongs to no image.");
+    if (stands_once(chunk.tag, DocumentKind::MING) && !seen.insert(chunk.tag).second)
+      return lose(chunk, "there is one already.");
     Payload payload(chunk.data.begin(), chunk.data.end());
     if (chunk.tag == tag::PLTE) {
       globalPalette = static_cast<std::uint32_t>(payload.size() / 3);
-    } else if (chunk_row(chunk.tag, DocumentKind::MING)) {
-      mend_chunk(chunk.tag, payload, {}, DocumentKind::MING);
-      if (!is_valid_chunk(chunk.tag, payload, {}, DocumentKind::MING) || !packed_is_whole(chunk.tag, payload))
-        return lose(chunk, "its content is not valid.");
     } else if (!is_valid_tag(chunk.tag)) {
       return lose(chunk, "no chunk has such a name.");
+    } else if (!payload.empty() || !serves_all_images(chunk.tag)) {
+      const DocumentKind kind = judging_kind(DocumentKind::MING, chunk.tag);
+      mend_chunk(chunk.tag, payload, kOutsideImages, kind);
+      if (!is_valid_chunk(chunk.tag, payload, kOutsideImages, kind) || !packed_is_whole(chunk.tag, payload))
+        return lose(chunk, "its content is not valid.");
     }
     if (keeps_loop(chunk, payload)) append_chunk(out, chunk.tag, payload);
   }
