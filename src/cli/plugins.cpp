@@ -5,9 +5,9 @@
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
-#include "configuration/extension_settings.h"
 #include "core/files/save_document.h"
 #include "extension/plugin.h"
+#include "extension/settings.h"
 
 namespace vellum::cli {
 namespace {

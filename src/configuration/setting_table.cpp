@@ -6,11 +6,11 @@
 
 #include "base/settings.h"
 #include "batch/settings.h"
-#include "configuration/extension_settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
 #include "exchange/settings.h"
+#include "extension/settings.h"
 #include "generators/settings.h"
 #include "operations/settings.h"
 #include "playback/settings.h"

@@ -1,4 +1,4 @@
-// Settings of plugins and themes. They move to the wing `extension/` when it comes.
+// Settings of plugins and themes.
 #pragma once
 
 #include <string>
