@@ -13,6 +13,7 @@
 #include "generators/settings.h"
 #include "generators/wizard_frames.h"
 #include "image/builtin_palette.h"
+#include "image/picture_operations.h"
 #include "operations/build_stills.h"
 #include "operations/frames.h"
 
@@ -108,13 +109,28 @@ GivenColors gathered_colors(const WizardSources& sources, const WizardPlan& plan
   return all;
 }
 
+/// In the colors that all frames have, where they are gathered.
+WizardFrame finished_frame(WizardFrame frame, const WizardPlan& plan) {
+  if (!plan.gathers()) return frame;
+  const bool clear = frame.picture && frame.picture.bits() == 32;
+  frame.picture = to_colors(frame.picture, plan.given, plan.palette == kWizardDither);
+  if (clear) frame.transparency = plan.given.alpha;
+  return frame;
+}
+
+/// Around pictures that are smaller than the canvas.
+std::optional<Colour> ground_of(const WizardPlan& plan) {
+  if (plan.palette == kWizardAsIs) return std::nullopt;
+  return static_cast<Colour>(settings::DefaultBackgroundColour);
+}
+
 /// The frames of the files in their order. Each is asked for once.
 class WizardStream {
  public:
   WizardStream(WizardSources sources, const WizardPlan& plan, std::uint32_t delay)
       : sources_(std::move(sources)), plan_(plan), delay_(delay), canvas_{sources_.canvas(), plan.kind} {
     if (plan.gathers()) plan_.given = gathered_colors(sources_, plan);
-    if (plan.palette != kWizardAsIs) canvas_.ground = static_cast<Colour>(settings::DefaultBackgroundColour);
+    canvas_.ground = ground_of(plan);
     alone_ = std::ranges::any_of(sources_.files, [&](const WizardSource& file) { return shows_more(file); });
   }
 
@@ -150,15 +166,13 @@ class WizardStream {
 
   WizardFrame finished(WizardSource& file) const {
     WizardFrame frame = std::move(file.frame);
-    if (!plan_.gathers()) return frame;
     if (!frame.picture) {
       const StillFile again = read_still_file(file.path);
-      if (again.reading.picture) frame = wizard_frame(again, plan_);
+      const Picture& picture = again.reading.picture;
+      if (!picture || picture.width() != file.size.width || picture.height() != file.size.height) return {};
+      frame = wizard_frame(again, plan_);
     }
-    const bool clear = frame.picture && frame.picture.bits() == 32;
-    frame.picture = to_colors(frame.picture, plan_.given, plan_.palette == kWizardDither);
-    if (clear) frame.transparency = plan_.given.alpha;
-    return frame;
+    return finished_frame(std::move(frame), plan_);
   }
 
   WizardSources sources_;
@@ -205,26 +219,31 @@ std::size_t wizard_palettes(DocumentKind kind) {
   return settings::AllowAdvancedPalettes != 0 ? kWizardDrawn + 1 : kWizardDither + 1;
 }
 
-std::function<Picture(const Picture& small)> wizard_colors(const FieldValues& values, DocumentKind kind,
-                                                           const std::filesystem::path& first,
-                                                           std::span<const Picture> some) {
+WizardShown wizard_shown(const std::vector<std::filesystem::path>& files, const FieldValues& values,
+                         DocumentKind kind, Host& host) {
+  constexpr std::size_t kMostSampled = 64;
   WizardPlan plan = wizard_plan(values, kind);
-  const auto frame_of = [](const Picture& small, const WizardPlan& by) {
-    StillFile file;
-    file.reading.picture = small;
-    return wizard_frame(file, by).picture;
-  };
-  Host nobody;
-  if (!give_colors(plan, first, nobody)) return [](const Picture& small) { return small; };
-  WizardSources sources;
+  if (files.empty() || !give_colors(plan, files.front(), host)) return {};
   if (plan.gathers()) {
-    for (const Picture& small : some) sources.colors.add(frame_of(small, plan));
-    plan.given = gathered_colors(sources, plan);
-    if (plan.given.count == 0) return [](const Picture& small) { return small; };
+    std::vector<std::filesystem::path> some;
+    const std::size_t count = std::min(files.size(), kMostSampled);
+    for (std::size_t i = 0; i < count; ++i) some.push_back(files[i * files.size() / count]);
+    const auto sources = read_wizard_files(some, plan, host);
+    if (!sources) return {};
+    plan.given = gathered_colors(*sources, plan);
   }
-  return [plan, frame_of](const Picture& small) {
-    const Picture made = frame_of(small, plan);
-    return plan.gathers() ? to_colors(made, plan.given, plan.palette == kWizardDither) : made;
+  return [plan](const std::filesystem::path& path, std::size_t number, const Extent& canvas) {
+    const StillFile file = read_still_file(path);
+    if (!file.reading.picture) return Picture();
+    WizardFrame frame = finished_frame(wizard_frame(file, plan), plan);
+    if (!frame.picture) return Picture();
+    const StreamedFrame placed = placed_still(frame.picture, std::move(frame.transparency), number,
+                                              {canvas, plan.kind, true, ground_of(plan)});
+    const Picture shown = placed.picture && placed.picture.bits() < 32
+                              ? PictureWithTransparency(placed.picture, placed.transparency)
+                              : placed.picture;
+    const Picture deep = shown && shown.bits() < 32 ? PictureToTrueColorAlpha(shown) : shown;
+    return deep ? PictureExtendCanvas(deep, canvas.width, canvas.height, 0, 0, 0) : Picture();
   };
 }
 

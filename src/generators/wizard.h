@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <span>
 
 #include "base/host.h"
 #include "operations/parameters.h"
@@ -41,12 +40,16 @@ std::size_t wizard_palettes(DocumentKind kind);
 bool build_wizard(const std::vector<std::filesystem::path>& files, const FieldValues& values,
                   DocumentKind kind, DocumentWindow& window, Host& host);
 
-/// For a preview: what the colors of a file become, told of a small picture of it. A superpalette is made for
-/// `some` small pictures; `first` is the first file. Any number of threads may ask; a null picture when
-/// memory is exhausted.
-std::function<Picture(const Picture& small)> wizard_colors(const FieldValues& values, DocumentKind kind,
-                                                           const std::filesystem::path& first,
-                                                           std::span<const Picture> some);
+/// What the frame of a file, the `number`th, shows on a canvas of this size, in 32 bits. Any number of
+/// threads may ask; a null picture where the file can't be read or memory is exhausted.
+using WizardShown =
+    std::function<Picture(const std::filesystem::path& file, std::size_t number, const Extent& canvas)>;
+
+/// For previews: what the animation of these files will show. A superpalette is gathered from at most 64 of
+/// them, so that of more it is near the one that they will have, and else the same. Nothing where the first
+/// file can't be read or `host` stops it.
+WizardShown wizard_shown(const std::vector<std::filesystem::path>& files, const FieldValues& values,
+                         DocumentKind kind, Host& host);
 
 /// Bytes of pictures; what lies beyond is read again.
 inline std::uint64_t wizardBytes = std::uint64_t{256} << 20;

@@ -68,11 +68,11 @@ class Gathering {
     // Beside frames for a superpalette the document has one of 8 bits each.
     final_ += plan_.gathers() ? std::uint64_t{size.width} * size.height : bytes;
     if (final_ > kMaximumDocumentBytes) return too_large();
-    if (plan_.gathers()) {
-      sources_.colors.add(frame.picture);
-      if (kept_ + bytes > wizardBytes) frame.picture = Picture();
-      if (frame.picture) kept_ += bytes;
-    }
+    if (plan_.gathers()) sources_.colors.add(frame.picture);
+    if (kept_ + bytes > wizardBytes)
+      frame = {};
+    else
+      kept_ += bytes;
     sources_.files.push_back({path, std::move(frame), size, clear});
     return true;
   }

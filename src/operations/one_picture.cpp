@@ -17,10 +17,11 @@ bool build_single(DocumentWindow& window, const Picture& picture) {
 
 Picture operate_on_picture(const Operation& operation, const Picture& picture,
                            const std::function<std::optional<FieldValues>(const DocumentWindow&)>& values,
-                           Host& host) {
+                           Host& host, const std::filesystem::path& name) {
   DocumentWindow window;
   if (!picture || !takes_kind(operation.parameters, DocumentKind::MING) || !build_single(window, picture))
     return {};
+  window.document.fileName = name;
   const auto wanted = values(window);
   const FrameList frames{0};
   if (!wanted || (operation.parameters.check && operation.parameters.check(*wanted, window))) return {};

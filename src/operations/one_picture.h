@@ -7,9 +7,9 @@ namespace vellum {
 
 /// The picture that the operation's function makes of a picture, in true color. Null where the operation
 /// refuses the values, or fails with the reason in the host. `values` is asked for those that fit the made-up
-/// document.
+/// document, which has this name.
 Picture operate_on_picture(const Operation& operation, const Picture& picture,
                            const std::function<std::optional<FieldValues>(const DocumentWindow&)>& values,
-                           Host& host);
+                           Host& host, const std::filesystem::path& name = {});
 
 }  // namespace vellum

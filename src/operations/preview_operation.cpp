@@ -9,7 +9,8 @@ Picture preview_operation(const Operation& operation, const Picture& picture, co
   if (operation.previewFrame) return operation.previewFrame(picture, values, document);
   Host nobody;
   return operate_on_picture(
-      operation, picture, [&](const DocumentWindow&) { return std::optional(values); }, nobody);
+      operation, picture, [&](const DocumentWindow&) { return std::optional(values); }, nobody,
+      document.document.fileName);
 }
 
 }  // namespace vellum

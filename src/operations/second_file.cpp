@@ -48,13 +48,41 @@ FileMark mark_of(const std::string& path) {
   return {path, std::filesystem::last_write_time(path, error)};
 }
 
+std::vector<LentDocument> lent;
+
+/// The file that previews asked for last.
+struct KeptFile {
+  FileMark mark;
+  std::shared_ptr<const FilePictures> pictures;
+};
+KeptFile kept_file;
+
 }  // namespace
+
+LentDocuments::LentDocuments(std::vector<LentDocument> documents) { lent = std::move(documents); }
+
+LentDocuments::~LentDocuments() {
+  lent.clear();
+  kept_file = {};
+}
+
+std::span<const LentDocument> lent_documents() { return lent; }
+
+const DocumentWindow* lent_document(std::string_view name) {
+  const auto found = std::ranges::find(lent, name, &LentDocument::name);
+  return found == lent.end() ? nullptr : &found->window;
+}
 
 std::optional<FieldFault> check_file(const FieldValues& values, const char* name) {
   return values.text(name).empty() ? std::optional(fault_of(name, StringId::ChooseAFile)) : std::nullopt;
 }
 
 bool open_second_file(DocumentWindow& window, const std::string& path, Host& host) {
+  if (const DocumentWindow* shown = lent_document(path)) {
+    window.document = shown->document;
+    window.list = shown->list;
+    return true;
+  }
   Host quiet;
   quiet.stop_requested = host.stop_requested;
   quiet.choose = [](Choice&) { return true; };
@@ -74,14 +102,11 @@ std::shared_ptr<const FilePictures> pictures_of_file(const std::string& path, Ho
 }
 
 std::shared_ptr<const FilePictures> kept_pictures_of_file(const std::string& path) {
-  static FileMark mark;
-  static std::shared_ptr<const FilePictures> kept;
-  const FileMark now = mark_of(path);
-  if (kept && now == mark) return kept;
+  FileMark now = mark_of(path);
+  if (kept_file.pictures && now == kept_file.mark) return kept_file.pictures;
   Host nobody;
-  kept = pictures_of_file(path, nobody);
-  mark = now;
-  return kept;
+  kept_file = {std::move(now), pictures_of_file(path, nobody)};
+  return kept_file.pictures;
 }
 
 }  // namespace vellum

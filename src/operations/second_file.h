@@ -2,6 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "base/host.h"
 #include "core/model/document.h"
@@ -15,6 +18,25 @@ constexpr Field file_field(const char* name, const char* label) {
 }
 /// "Choose a file." where there is none.
 std::optional<FieldFault> check_file(const FieldValues& values, const char* name);
+
+/// A document that stands in a window, as what a file holds. Its name is no path.
+struct LentDocument {
+  std::string name;
+  DocumentWindow window;
+};
+/// While it lives, these names are taken for these documents wherever another file is asked for. One at a
+/// time, made and ended while no operation runs.
+class LentDocuments {
+ public:
+  explicit LentDocuments(std::vector<LentDocument> documents);
+  ~LentDocuments();
+  LentDocuments(const LentDocuments&) = delete;
+  LentDocuments& operator=(const LentDocuments&) = delete;
+};
+/// Those that are lent now.
+std::span<const LentDocument> lent_documents();
+/// Null for a name that isn't one of theirs.
+const DocumentWindow* lent_document(std::string_view name);
 
 /// Opens it as `open_document` does, without a question: a picture of another format becomes a document.
 /// False after the reason was shown.

@@ -9,6 +9,7 @@
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "core/model/frame_values.h"
+#include "core/model/kind_table.h"
 #include "core/settings.h"
 #include "generators/wizard.h"
 #include "image/builtin_palette.h"
@@ -242,27 +243,32 @@ TEST_F(Wizard, FramesOfASuperpaletteDoNotDependOnWhatIsKeptInMemory) {
     EXPECT_TRUE(std::ranges::equal(ones[i].handle().bytes(), others[i].handle().bytes())) << i;
 }
 
-TEST_F(Wizard, OfSmallPicturesAPreviewTellsTheColorsThatTheBuildGives) {
-  std::vector<std::filesystem::path> files;
-  std::vector<Picture> some;
-  for (const std::uint32_t bits : {4u, 24u, 32u, 8u}) {
-    files.push_back(folder_ / (std::to_string(bits) + ".png"));
-    some.push_back(small_picture(30, 20, bits, bits));
-    ASSERT_TRUE(GraphicFileWrite(files.back().string(), some.back()));
-  }
+TEST_F(Wizard, APreviewShowsWhatIsBuiltAlsoOfFilesThatAreReadAgain) {
+  const auto files = paths(sources());
+  const std::uint64_t before = wizardBytes;
   for (int choice = kWizardAsIs; choice <= kWizardDrawn; ++choice)
-    for (const DocumentKind kind : {A, M, W}) {
-      SCOPED_TRACE(choice);
-      const FieldValues given = values(choice, false, true);
-      DocumentWindow window;
-      ASSERT_TRUE(build_wizard(files, given, kind, window, recorder_.host));
-      const auto colors = wizard_colors(given, kind, files.front(), some);
-      const FrameStream frames = stored_frames(window);
-      for (std::size_t i = 0; i < files.size(); ++i)
-        EXPECT_TRUE(std::ranges::equal(PictureToTrueColor(colors(some[i])).handle().bytes(),
-                                       PictureToTrueColor(frames.frame(i).picture).handle().bytes()))
-            << i;
-    }
+    for (const bool preserve : {false, true})
+      for (const DocumentKind kind : {A, M, W}) {
+        SCOPED_TRACE(std::to_string(choice) + (preserve ? " preserved " : " ") +
+                     std::string(kind_row(kind).extensions.front()));
+        const FieldValues given = values(choice, preserve, true);
+        DocumentWindow window;
+        wizardBytes = choice % 2 == 0 ? 0 : before;
+        ASSERT_TRUE(build_wizard(files, given, kind, window, recorder_.host));
+        const WizardShown shown = wizard_shown(files, given, kind, recorder_.host);
+        ASSERT_TRUE(shown);
+        const FrameStream frames = canvas_frames(window);
+        for (std::size_t i = 0; i < files.size(); ++i) {
+          const Picture built = frames.frame(i).picture, seen = shown(files[i], i, frames.canvas);
+          ASSERT_EQ(std::pair(seen.width(), seen.height()), std::pair(built.width(), built.height()));
+          for (std::uint32_t y = 0; y < built.height(); ++y)
+            for (std::uint32_t x = 0; x < built.width(); ++x) {
+              const Colour a = PictureGetPixel(built, x, y), b = PictureGetPixel(seen, x, y);
+              ASSERT_TRUE(a == b || (a | b) >> 24 == 0) << i << ": " << x << ", " << y;
+            }
+        }
+      }
+  wizardBytes = before;
 }
 
 TEST_F(Wizard, PalettesOfExactlySoManyColorsKeepTheMaskBehindThem) {

@@ -23,6 +23,7 @@ std::optional<FieldValues> fields_of_caption(const Operation& operation, const D
 }
 
 void decorate_caption(OperationDialog& dialog) {
+  decorate_strip(dialog);
   QObject::connect(&dialog, &QDialog::rejected, &dialog, [&dialog, first = dialog.kept_text()] {
     const std::string text = dialog.kept_text();
     Host& host = dialog.host();

@@ -1,5 +1,7 @@
 #include "shell/dialogs/change_preview.h"
 
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QScrollArea>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -143,9 +145,78 @@ void ChangePreview::show_frame() {
     shown.percent = percent;
   }
   after_ = shown.picture ? change_(shown) : Picture();
-  if (source_ == Source::Canvas && after_) after_ = reduced(after_, 100 * reduction(after_, 1, most));
+  afterScale_ = 100 / shown.percent;
+  if (source_ == Source::Canvas && after_) {
+    const double less = reduction(after_, 1, most);
+    after_ = reduced(after_, 100 * less);
+    afterScale_ = 1 / less;
+  }
   show_picture(*beforeLabel_, before, !actual_->isChecked());
   show_picture(*afterLabel_, after_, !actual_->isChecked());
+}
+
+void ChangePreview::set_draggable(const QString& hint) {
+  hint_ = new QLabel(hint, this);
+  hint_->setWordWrap(true);
+  static_cast<QBoxLayout*>(layout())->insertWidget(1, hint_);
+  afterLabel_->setCursor(Qt::SizeAllCursor);
+  afterLabel_->setFocusPolicy(Qt::StrongFocus);
+  afterLabel_->setAccessibleDescription(hint);
+  afterLabel_->installEventFilter(this);
+}
+
+bool ChangePreview::drag(const QMouseEvent& event) {
+  const QPixmap shown = afterLabel_->pixmap();
+  if (shown.isNull() || !after_) return false;
+  // The picture stands in the middle of its label.
+  const double scale = afterScale_ * after_.width() / shown.width();
+  const QPointF corner =
+      QPointF(afterLabel_->width() - shown.width(), afterLabel_->height() - shown.height()) / 2;
+  const QPointF at = (event.position() - corner) * scale;
+  if (event.type() == QEvent::MouseButtonPress) {
+    grabbedAt_ = at;
+    emit grabbed();
+    return true;
+  }
+  if (!grabbedAt_) return false;
+  emit dragged((at - *grabbedAt_).toPoint(), at.toPoint(),
+               (QSizeF(after_.width(), after_.height()) * afterScale_).toSize());
+  if (event.type() == QEvent::MouseButtonRelease) grabbedAt_.reset();
+  return true;
+}
+
+bool ChangePreview::nudge(const QKeyEvent& event) {
+  const int step = event.modifiers() & Qt::ShiftModifier ? 10 : 1;
+  const int x = (event.key() == Qt::Key_Right) - (event.key() == Qt::Key_Left),
+            y = (event.key() == Qt::Key_Down) - (event.key() == Qt::Key_Up);
+  if (x == 0 && y == 0) return false;
+  emit nudged(QPoint(x, y) * step);
+  return true;
+}
+
+bool ChangePreview::eventFilter(QObject* watched, QEvent* event) {
+  switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseMove:
+    case QEvent::MouseButtonRelease:
+      if (event->type() != QEvent::MouseMove && static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
+        break;
+      if (drag(*static_cast<QMouseEvent*>(event))) return true;
+      break;
+    case QEvent::KeyPress:
+      if (nudge(*static_cast<QKeyEvent*>(event))) return true;
+      break;
+    case QEvent::FocusIn:
+    case QEvent::FocusOut: {
+      QFont font = hint_->font();
+      font.setUnderline(event->type() == QEvent::FocusIn);
+      hint_->setFont(font);
+      break;
+    }
+    default:
+      break;
+  }
+  return QWidget::eventFilter(watched, event);
 }
 
 void ChangePreview::step() {

@@ -40,10 +40,22 @@ class ChangePreview : public QWidget {
   void refresh();
   /// One pane above the other, for a place beside a form.
   void stack();
+  /// From now on what lies in the picture can be dragged in the pane of the result, and moved there by the
+  /// arrow keys (with Shift by ten); `hint` says so.
+  void set_draggable(const QString& hint);
   const Picture& after() const { return after_; }
+  QWidget& after_pane() { return *afterLabel_; }
+
+ signals:
+  // In pixels of the result's canvas.
+  void grabbed();
+  /// How far from where it was grabbed, and where the pointer is on a canvas of this size.
+  void dragged(QPoint by, QPoint at, QSize canvas);
+  void nudged(QPoint by);
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   QLabel* add_pane(QLayout& layout, const QString& title);
@@ -51,6 +63,8 @@ class ChangePreview : public QWidget {
   void step();
   Picture frame_picture();
   Picture reduced(const Picture& picture, double percent) const;
+  bool drag(const QMouseEvent& event);
+  bool nudge(const QKeyEvent& event);
 
   const DocumentWindow& window_;
   Change change_;
@@ -63,6 +77,9 @@ class ChangePreview : public QWidget {
   QToolButton *play_, *actual_;
   QTimer refreshTimer_, playTimer_;
   Picture after_;
+  double afterScale_ = 1;  ///< pixels of the result in one of `after_`
+  QLabel* hint_ = nullptr;
+  std::optional<QPointF> grabbedAt_;
 };
 
 }  // namespace vellum

@@ -1,9 +1,8 @@
 // Combine: a list of files, and what becomes of them.
 #pragma once
 
-#include <QListWidget>
-
 #include "shell/dialogs/parameter_dialog.h"
+#include "shell/services/thumbnails.h"
 
 namespace vellum {
 
@@ -13,18 +12,16 @@ class CombineDialog : public ParameterDialog {
   CombineDialog(Services& services, QWidget* parent);
 
   std::vector<std::string> files() const;
-  void add_files(const std::vector<std::filesystem::path>& files);
-
- protected:
-  void dragEnterEvent(QDragEnterEvent* event) override;
-  void dropEvent(QDropEvent* event) override;
+  void add_files(const QStringList& files);
+  ThumbnailList& list() { return *list_; }
 
  private:
   QWidget* make_buttons();
-  void move_current(int by);
+  void move_selected(int by);
   void update_buttons();
 
-  QListWidget* list_;
+  Thumbnails thumbnails_;
+  ThumbnailList* list_;
 };
 
 }  // namespace vellum

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "operations/text_art.h"
 #include "shell/dialogs/operation_dialog.h"
 
 namespace vellum {
@@ -13,14 +14,17 @@ struct DecorationRow {
   void (*decorate)(OperationDialog&) = nullptr;
   std::optional<FieldValues> (*first)(const Operation&, const DocumentWindow&, Services&, QWidget*) = nullptr;
   bool (*last)(OperationChoice&, const DocumentWindow&, Services&) = nullptr;
+  bool fillsText = false;  ///< placeholders of its text become words
 };
-constexpr DecorationRow kDecorations[] = {{"caption", decorate_caption, fields_of_caption},
+constexpr DecorationRow kDecorations[] = {{"caption", decorate_caption, fields_of_caption, nullptr, true},
                                           {"crop", decorate_crop},
                                           {"frames", decorate_extract, nullptr, ask_for_names},
                                           {"palette", nullptr, ask_for_palette},
-                                          {"overlay", nullptr, nullptr, warn_of_opaque_overlay},
-                                          {"underlay", nullptr, nullptr, warn_of_opaque_animation},
-                                          {"resize", decorate_resize}};
+                                          {"overlay", decorate_offsets, nullptr, warn_of_opaque_overlay},
+                                          {"underlay", decorate_offsets, nullptr, warn_of_opaque_animation},
+                                          {"resize", decorate_resize},
+                                          {"text", decorate_offsets, nullptr, nullptr, true},
+                                          {"watermark", decorate_anchor}};
 
 /// An empty row for those that have nothing.
 DecorationRow decorations_of(const Operation& operation) {
@@ -32,6 +36,19 @@ DecorationRow decorations_of(const Operation& operation) {
 
 void decorate_operation(OperationDialog& dialog) {
   if (const auto decorate = decorations_of(dialog.operation()).decorate) decorate(dialog);
+}
+
+FieldValues preview_values(const Operation& operation, FieldValues values, const DocumentWindow& window,
+                           std::size_t frame) {
+  const std::string text = values.text("text");
+  if (!decorations_of(operation).fillsText || !has_placeholders(text)) return values;
+  const auto facts = frame_facts(window);
+  if (frame >= facts.size()) return values;
+  std::string words;
+  for (const char letter : filled_text(text, facts[frame]))
+    words += letter == '%' ? "%%" : std::string(1, letter);
+  values.set("text", words);
+  return values;
 }
 
 std::optional<FieldValues> ask_first(const Operation& operation, const DocumentWindow& window,

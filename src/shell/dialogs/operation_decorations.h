@@ -24,7 +24,14 @@ std::optional<FieldValues> ask_first(const Operation& operation, const DocumentW
 bool ask_last(const Operation& operation, OperationChoice& choice, const DocumentWindow& window,
               Services& services);
 
+/// The values with which a frame is previewed: a text with placeholders says what it will say there.
+FieldValues preview_values(const Operation& operation, FieldValues values, const DocumentWindow& window,
+                           std::size_t frame);
+
 // One for each operation that has something.
+void decorate_anchor(OperationDialog& dialog);
+void decorate_offsets(OperationDialog& dialog);
+void decorate_strip(OperationDialog& dialog);
 void decorate_caption(OperationDialog& dialog);
 void decorate_crop(OperationDialog& dialog);
 void decorate_extract(OperationDialog& dialog);

@@ -58,8 +58,8 @@ void OperationDialog::add_note_of_needs() {
 }
 
 Picture OperationDialog::preview_of(const ChangePreview::Shown& shown) {
-  const FieldValues all = values();
   if (fault()) return {};
+  const FieldValues all = preview_values(operation_, values(), window(), shown.frame);
   if (!operation_.previewShown) return preview_operation(operation_, shown.picture, all, window());
   if (!playing_) {
     playing_.emplace(window().list, window().document);

@@ -6,6 +6,7 @@
 
 #include "configuration/config_file.h"
 #include "configuration/history.h"
+#include "shell/dialogs/document_browser.h"
 #include "shell/forms/dialog_state.h"
 #include "shell/look/text.h"
 
@@ -112,6 +113,10 @@ ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWin
       services_(services),
       asked_(asked) {
   name_controls(form());
+  if (parameters.second)
+    form().set_browser(parameters.second, [this](const QString& now) {
+      return browse_documents({.title = tr("Choose a file"), .now = now}, this).value(0);
+    });
   if (parameters.history) add_history();
   if (text_of(parameters)) add_texts();
   if (parameters.note) {

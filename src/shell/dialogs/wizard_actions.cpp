@@ -1,6 +1,5 @@
 // What the animation wizard does: menus, keys, and what follows folders and files.
 #include <QMenu>
-#include <QScrollBar>
 #include <QShortcut>
 
 #include "configuration/shell_settings.h"
@@ -30,15 +29,7 @@ void WizardDialog::make_actions() {
   connect(add_, &QPushButton::clicked, this, &WizardDialog::add_selected);
   connect(remove_, &QPushButton::clicked, chosen_, &ThumbnailList::remove_selected);
   connect(test_, &QPushButton::clicked, this, &WizardDialog::run_test);
-  connect(folders_->selectionModel(), &QItemSelectionModel::currentChanged, this,
-          [this](const QModelIndex& index) { show_folder(tree_.filePath(index)); });
-  // The model lists folders when it has time, and each list moves the others.
-  connect(&tree_, &QFileSystemModel::directoryLoaded, this, [this](const QString& loaded) {
-    if (!sought_ || !(folder_ + u'/').startsWith(loaded)) return;
-    QTimer::singleShot(0, this, &WizardDialog::show_in_tree);
-  });
-  connect(folders_->verticalScrollBar(), &QScrollBar::sliderPressed, this, [this] { sought_ = false; });
-  connect(folders_, &QTreeView::clicked, this, [this] { sought_ = false; });
+  connect(folders_, &FolderTree::folder_chosen, this, &WizardDialog::show_folder);
   connect(available_, &ThumbnailList::opened, this, &WizardDialog::add_selected);
   connect(chosen_, &ThumbnailList::opened, this, &WizardDialog::preview);
   for (ThumbnailList* list : {available_, chosen_}) {
@@ -64,7 +55,6 @@ void WizardDialog::make_actions() {
 
 /// What is made, and what happens in the folder.
 void WizardDialog::follow_files() {
-  connect(&pictures_, &Thumbnails::made, this, [this] { colors_ = nullptr; });
   connect(&thumbnails_, &Thumbnails::made, this, [this] {
     available_->refresh_looks();
     chosen_->refresh_looks();

@@ -2,12 +2,12 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QHeaderView>
 #include <QResizeEvent>
 #include <QScreen>
-#include <QScrollBar>
 #include <QStandardPaths>
 #include <QVBoxLayout>
+#include <atomic>
+#include <mutex>
 
 #include "base/text.h"
 #include "configuration/shell_settings.h"
@@ -54,13 +54,14 @@ int row_height() { return std::clamp(settings::NewAnimationWizardItemHeight, kLe
 /// Of a row's picture, on the sharpest screen.
 int row_pixels() { return static_cast<int>(row_height() * qApp->devicePixelRatio()); }
 
-/// A frame of the preview: the file's small picture as large as the file is among the others.
+/// A frame of the preview: what was made of it; else the file's small picture, as large as the file is among
+/// the others.
 StreamedFrame small_frame(const FileLook& look, double scale, std::uint32_t delay) {
   StreamedFrame frame;
   frame.clears = true;
   frame.delay = delay;
   if (look.image.isNull()) return frame;
-  const QSize size = (QSizeF(look.size.isEmpty() ? look.image.size() : look.size) * scale).toSize();
+  const QSize size = look.size.isEmpty() ? look.image.size() : (QSizeF(look.size) * scale).toSize();
   frame.picture = picture_of_image(
       look.image.scaled(size.expandedTo({1, 1}), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   return frame;
@@ -92,12 +93,6 @@ WizardDialog::WizardDialog(Services& services, QWidget* parent)
   show_folder(first_folder());
 }
 
-/// The tree outlives its model.
-WizardDialog::~WizardDialog() {
-  disconnect(folders_->selectionModel(), nullptr, this, nullptr);
-  folders_->setModel(nullptr);
-}
-
 /// On purpose other values than those of the first time.
 void WizardDialog::reset_settings() {
   settings::NewAnimationWizardDelay = 10;
@@ -113,15 +108,7 @@ void WizardDialog::reset_settings() {
 
 void WizardDialog::make_lists() {
   const auto looks = [this](const QString& path) { return thumbnails_.look(path); };
-  folders_ = new QTreeView(this);
-  tree_.setRootPath(QStringLiteral("/"));
-  tree_.setOption(QFileSystemModel::DontUseCustomDirectoryIcons);
-  tree_.setFilter(QDir::Dirs | QDir::Drives | QDir::NoDotAndDotDot);
-  folders_->setModel(&tree_);
-  folders_->setHeaderHidden(true);
-  for (int column = 1; column < tree_.columnCount(); ++column) folders_->hideColumn(column);
-  folders_->header()->setStretchLastSection(false);
-  folders_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+  folders_ = new FolderTree(this);
   available_ = new ThumbnailList(looks, this);
   chosen_ = new ThumbnailList(looks, this);
   chosen_->set_takes_files(true);
@@ -249,23 +236,10 @@ void WizardDialog::show_folder(const QString& folder) {
   const QString kept = folder.endsWith(u'/') ? folder : folder + u'/';
   settings::NewAnimationWizardPath = to_path(kept).string();
   watch(folder);
-  const QModelIndex index = tree_.index(folder);
-  if (folders_->currentIndex() != index) {
-    folders_->setCurrentIndex(index);
-    sought_ = true;
-    show_in_tree();
-  }
+  folders_->show_folder(folder);
   available_->clearSelection();
   refresh();
   available_->scrollToTop();
-}
-
-void WizardDialog::show_in_tree() {
-  const QModelIndex index = folders_->currentIndex();
-  folders_->scrollTo(index, QAbstractItemView::PositionAtCenter);
-  // Names begin at the left edge, with the arrow of the folder around them.
-  QScrollBar* across = folders_->horizontalScrollBar();
-  across->setValue(across->value() + folders_->visualRect(index).left() - 2 * folders_->indentation());
 }
 
 void WizardDialog::watch(const QString& folder) {
@@ -306,11 +280,49 @@ void WizardDialog::follow_sizes(bool anew) {
   if (anew || canvas_ != before) play();
 }
 
+/// The frames that will be built, made smaller one by one.
+struct WizardDialog::Shown {
+  WizardChoice choice;
+  DocumentKind kind;
+  Extent canvas;
+  QSize small;  ///< the canvas in the preview
+  std::atomic<bool> wanted = true;
+  std::once_flag once;
+  WizardShown frame;
+
+  FileLook look(const QString& path) {
+    std::call_once(once, [this] {
+      Host quiet;
+      quiet.ask = [](const Message&, bool) { return Answer::Yes; };
+      quiet.stop_requested = [this] { return !wanted; };
+      frame = wizard_shown(choice.files, choice.values, kind, quiet);
+    });
+    FileLook look;
+    if (!frame || !wanted) return look;
+    const bool first = to_path(path) == choice.files.front();
+    const Picture whole = frame(to_path(path), first ? 0 : 1, canvas);
+    if (whole) look.image = scaled_image(whole, small);
+    return look;
+  }
+};
+
+WizardDialog::~WizardDialog() {
+  if (shown_) shown_->wanted = false;
+}
+
 void WizardDialog::play() {
   const QStringList files = chosen_->paths();
+  if (shown_) shown_->wanted = false;
   if (files.isEmpty() || canvas_.isEmpty()) return motion_->play(std::nullopt);
   const double scale = std::min(1.0, double{kPreviewSide} / std::max(canvas_.width(), canvas_.height()));
   const QSize small = (QSizeF(canvas_) * scale).toSize().expandedTo({1, 1});
+  shown_ = std::make_shared<Shown>();
+  shown_->choice = choice();
+  shown_->kind = kind_;
+  shown_->canvas = {static_cast<std::uint32_t>(canvas_.width()),
+                    static_cast<std::uint32_t>(canvas_.height())};
+  shown_->small = small;
+  pictures_.set_maker([shown = shown_](const QString& path) { return shown->look(path); });
   const auto delay = static_cast<std::uint32_t>(delay_->value());
   FrameStream stream;
   stream.canvas = {static_cast<std::uint32_t>(small.width()), static_cast<std::uint32_t>(small.height())};
@@ -319,28 +331,10 @@ void WizardDialog::play() {
     // The next ones are made while this one is seen.
     const auto at = static_cast<qsizetype>(frame);
     for (qsizetype ahead = 3; ahead > 0; --ahead) pictures_.look(files[(at + ahead) % files.size()]);
-    StreamedFrame made = small_frame(pictures_.look(files[at]), scale, delay);
-    if (made.picture) made.picture = in_chosen_colors(made.picture);
-    return made;
+    const FileLook made = pictures_.look(files[at]);
+    return small_frame(made.image.isNull() ? thumbnails_.peek(files[at]) : made, scale, delay);
   };
-  colors_ = nullptr;
   motion_->play(std::move(stream));
-}
-
-Picture WizardDialog::in_chosen_colors(const Picture& small) try {
-  constexpr qsizetype kSamples = 16;  // files that tell a superpalette
-  if (!colors_) {
-    const QStringList files = chosen_->paths();
-    const qsizetype count = std::min(files.size(), kSamples);
-    std::vector<Picture> some;
-    for (qsizetype i = 0; i < count; ++i)
-      if (const QImage image = pictures_.peek(files[i * files.size() / count]).image; !image.isNull())
-        some.push_back(picture_of_image(image));
-    colors_ = wizard_colors(values(), kind_, to_path(files.value(0)), some);
-  }
-  return colors_(small);
-} catch (const std::bad_alloc&) {
-  return small;
 }
 
 FieldValues WizardDialog::values() const {

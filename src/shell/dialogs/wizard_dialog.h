@@ -5,19 +5,18 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QFileSystemModel>
 #include <QFileSystemWatcher>
 #include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QSplitter>
 #include <QTimer>
-#include <QTreeView>
 
 #include "generators/wizard.h"
 #include "shell/dialogs/motion_preview.h"
 #include "shell/services/services.h"
 #include "shell/services/thumbnails.h"
+#include "shell/widgets/folder_tree.h"
 
 class QMenu;
 class QVBoxLayout;
@@ -36,6 +35,7 @@ class WizardDialog : public QDialog {
   /// Opens with the settings, which follow every change at once; with Shift held, with others than the first
   /// time.
   explicit WizardDialog(Services& services, QWidget* parent = nullptr);
+
   ~WizardDialog() override;
 
   /// Makes the animation; the host shows its progress in the dialog. Where that fails the dialog stays.
@@ -47,7 +47,7 @@ class WizardDialog : public QDialog {
 
   ThumbnailList& available() { return *available_; }
   ThumbnailList& chosen() { return *chosen_; }
-  QTreeView& folders() { return *folders_; }
+  FolderTree& folders() { return *folders_; }
   const QString& folder() const { return folder_; }
   /// The line below the lists, whole.
   const QString& status() const { return statusText_; }
@@ -76,7 +76,6 @@ class WizardDialog : public QDialog {
   void choose_size();
   void lay_out_panes();
   void store_panes();
-  void show_in_tree();
   void watch(const QString& folder);
   void take_files(int row, const QStringList& paths);
   void preview(const QString& path);
@@ -85,8 +84,6 @@ class WizardDialog : public QDialog {
   void show_status();
   void tell(const QString& text);
   void play();
-  /// A picture of the preview in the colors that the animation will have, as far as small pictures tell.
-  Picture in_chosen_colors(const Picture& small);
   /// Plays from the beginning when something was chosen, or is found to be larger.
   void follow_sizes(bool anew);
   bool run(DocumentWindow& window);
@@ -96,13 +93,11 @@ class WizardDialog : public QDialog {
   Services& services_;
   DocumentKind kind_;
   QString folder_, statusText_;
-  bool sought_ = false;  ///< the tree is to show its folder when it has been listed
   DocumentWindow made_;
   Thumbnails thumbnails_, pictures_;  ///< of the rows, of the preview
-  QFileSystemModel tree_;
   QFileSystemWatcher watcher_;
   QTimer refreshLater_, followLater_;
-  QTreeView* folders_;
+  FolderTree* folders_;
   ThumbnailList *available_, *chosen_;
   QSplitter* panes_;
   MotionPreview* motion_;
@@ -112,9 +107,9 @@ class WizardDialog : public QDialog {
   QCheckBox *loop_, *preserve_;
   QLabel* status_;
   QDialogButtonBox* buttons_;
-  /// What the colors of a small picture become; null: to be found anew.
-  std::function<Picture(const Picture& small)> colors_;
-  QSize canvas_;  ///< of the preview, in pixels of the files
+  struct Shown;
+  std::shared_ptr<Shown> shown_;  ///< what the preview shows, as its workers make it
+  QSize canvas_;                  ///< of the preview, in pixels of the files
 };
 
 }  // namespace vellum

@@ -134,6 +134,17 @@ QWidget* Form::input(std::string_view name) const {
   return placed ? placed->control.input : nullptr;
 }
 
+void Form::set_browser(std::string_view name, std::function<QString(const QString& now)> browse) {
+  const Placed* placed = find(name);
+  if (!placed || !placed->control.browse) return;
+  placed->control.browse->disconnect();
+  const auto look = [control = placed->control, browse = std::move(browse)] {
+    const QString found = browse(to_qt(field_value_text(control.field, control.get())));
+    if (!found.isEmpty()) control.set(FieldValue(found.toStdString()));
+  };
+  connect(placed->control.browse, &QPushButton::clicked, this, look);
+}
+
 void Form::set_choices(std::string_view name, std::span<const FieldChoice> choices) {
   auto* list = qobject_cast<QComboBox*>(input(name));
   if (!list) return;

@@ -29,6 +29,10 @@ class Form : public QWidget {
   /// Offers these choices in a list; the chosen one stays where it is among them.
   void set_choices(std::string_view name, std::span<const FieldChoice> choices);
 
+  /// How a path is looked for, in place of the dialog of files: gets the one that is typed, and gives an
+  /// empty text where it is to stay.
+  void set_browser(std::string_view name, std::function<QString(const QString& now)> browse);
+
   /// Puts a row behind that of a field (at the end of the first page for a field that isn't there).
   void add_row_behind(std::string_view name, const QString& label, QWidget* widget);
   void add_page(const QString& title, QWidget* page);

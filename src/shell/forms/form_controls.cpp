@@ -224,6 +224,7 @@ FormControl make_line(const Field& field, QWidget* parent, const Edited& edited)
     settings::RecentFolder = to_path(name).parent_path().string();
   });
   control.row = side_by_side(parent, {line, browse}, false);
+  control.browse = browse;
   return control;
 }
 

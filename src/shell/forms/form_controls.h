@@ -1,7 +1,7 @@
 // The widgets that fields become.
 #pragma once
 
-#include <QWidget>
+#include <QPushButton>
 #include <functional>
 
 #include "base/fields.h"
@@ -17,6 +17,7 @@ struct FormControl {
   bool tall = false;         ///< takes what height there is
   std::function<FieldValue()> get;
   std::function<void(const FieldValue&)> set;
+  QPushButton* browse = nullptr;  ///< of a path
 };
 
 /// Makes the control for a field; `edited` is called whenever its value changes.

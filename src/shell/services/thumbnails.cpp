@@ -9,6 +9,7 @@
 #include "shell/look/picture_image.h"
 #include "shell/look/text.h"
 #include "shell/services/file_thumbnail.h"
+#include "shell/services/folder_documents.h"
 
 namespace vellum {
 namespace {
@@ -18,9 +19,38 @@ constexpr std::size_t kMostWanted = 4000;
 
 qint64 time_of(const QString& path) { return QFileInfo(path).lastModified().toMSecsSinceEpoch(); }
 
+FileLook look_of_file(const QString& path, int side) {
+  FileLook look;
+  const std::filesystem::path file = to_path(path);
+  std::uint32_t width = 0, height = 0, bits = 0;
+  if (GraphicFileInfo(file.string(), &width, &height, &bits, nullptr)) {
+    look.size = QSize(static_cast<int>(width), static_cast<int>(height));
+    const std::string colors = grouped(std::uint64_t{1} << std::min(bits, 24u));
+    look.detail = to_qt(format_text(string_text(StringId::WizardRowDetails).data(), static_cast<int>(width),
+                                    static_cast<int>(height), colors.c_str()));
+  }
+  if (look.size.isEmpty()) look.size = size_of_mng(file);
+  look.animated = is_animation_file(file);
+  look.image = file_thumbnail(file, side);
+  // One that a batch run has left beside a picture that is too large to be read for it.
+  if (look.image.isNull())
+    if (const Picture small = thumbnail_of(file)) look.image = image_of_picture(small);
+  return look;
+}
+
 }  // namespace
 
-Thumbnails::Thumbnails(int side, QObject* parent) : QObject(parent), side_(side), looks_(kCacheBytes) {}
+Thumbnails::Thumbnails(int side, QObject* parent)
+    : QObject(parent),
+      maker_(std::make_shared<const Maker>([side](const QString& path) { return look_of_file(path, side); })),
+      looks_(kCacheBytes) {}
+
+void Thumbnails::set_maker(Maker maker) {
+  maker_ = std::make_shared<const Maker>(std::move(maker));
+  looks_.clear();
+  wanted_.clear();
+  asked_.clear();
+}
 
 Thumbnails::~Thumbnails() {
   pool_.clear();
@@ -55,43 +85,28 @@ void Thumbnails::begin_some() {
     const QString path = wanted_.back();
     wanted_.pop_back();
     ++running_;
-    pool_.start([this, path, side = side_] {
-      const Made made = make(path, side);
+    pool_.start([this, path, maker = maker_] {
+      Made made;
+      made.time = time_of(path);
+      try {
+        made.look = (*maker)(path);
+      } catch (const std::bad_alloc&) {
+      }
+      made.look.known = true;
       QMetaObject::invokeMethod(
-          this, [this, path, made] { take(path, made); }, Qt::QueuedConnection);
+          this, [this, path, made, maker] { take(path, made, maker); }, Qt::QueuedConnection);
     });
   }
 }
 
-void Thumbnails::take(const QString& path, const Made& made) {
+void Thumbnails::take(const QString& path, const Made& made, const std::shared_ptr<const Maker>& maker) {
   --running_;
-  asked_.remove(path);
-  looks_.insert(path, new Made(made), made.look.image.sizeInBytes() + 1024);
-  begin_some();
-  emit this->made(path);
-}
-
-Thumbnails::Made Thumbnails::make(const QString& path, int side) try {
-  Made made;
-  made.look.known = true;
-  made.time = time_of(path);
-  const std::filesystem::path file = to_path(path);
-  std::uint32_t width = 0, height = 0, bits = 0;
-  if (GraphicFileInfo(file.string(), &width, &height, &bits, nullptr)) {
-    made.look.size = QSize(static_cast<int>(width), static_cast<int>(height));
-    const std::string colors = grouped(std::uint64_t{1} << std::min(bits, 24u));
-    made.look.detail = to_qt(format_text(string_text(StringId::WizardRowDetails).data(),
-                                         static_cast<int>(width), static_cast<int>(height), colors.c_str()));
+  if (maker == maker_) {
+    asked_.remove(path);
+    looks_.insert(path, new Made(made), made.look.image.sizeInBytes() + 1024);
   }
-  made.look.image = file_thumbnail(file, side);
-  // One that a batch run has left beside a picture that is too large to be read for it.
-  if (made.look.image.isNull())
-    if (const Picture small = thumbnail_of(file)) made.look.image = image_of_picture(small);
-  return made;
-} catch (const std::bad_alloc&) {
-  Made none;
-  none.look.known = true;
-  return none;
+  begin_some();
+  if (maker == maker_) emit this->made(path);
 }
 
 }  // namespace vellum

@@ -6,6 +6,8 @@
 #include <QSet>
 #include <QThreadPool>
 #include <deque>
+#include <functional>
+#include <memory>
 
 #include "shell/widgets/thumbnail_list.h"
 
@@ -14,6 +16,8 @@ namespace vellum {
 class Thumbnails : public QObject {
   Q_OBJECT
  public:
+  /// Makes what is known of a file; on any thread.
+  using Maker = std::function<FileLook(const QString& path)>;
   /// Pictures of at most `side` pixels.
   explicit Thumbnails(int side, QObject* parent = nullptr);
   /// Waits for the pictures that are being made.
@@ -24,6 +28,8 @@ class Thumbnails : public QObject {
   FileLook look(const QString& path);
   /// The same without asking for what isn't known.
   FileLook peek(const QString& path) const;
+  /// Makes others from now on; all are made anew.
+  void set_maker(Maker maker);
   /// Files that were written since are looked at anew, and with `all` every file.
   void forget_changed(bool all = false);
   /// Whether some are still to be made.
@@ -39,10 +45,9 @@ class Thumbnails : public QObject {
   };
 
   void begin_some();
-  void take(const QString& path, const Made& made);
-  static Made make(const QString& path, int side);
+  void take(const QString& path, const Made& made, const std::shared_ptr<const Maker>& maker);
 
-  int side_;
+  std::shared_ptr<const Maker> maker_;
   QCache<QString, Made> looks_;
   std::deque<QString> wanted_;
   QSet<QString> asked_;  ///< waiting or being made

@@ -13,6 +13,7 @@ struct FileLook {
   QSize size;      ///< pixels of the picture itself
   QString detail;  ///< a line about it
   bool known = false;
+  bool animated = false;
 };
 
 struct ThumbnailListForm {

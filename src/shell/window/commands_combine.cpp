@@ -5,11 +5,13 @@
 #include "operations/combine.h"
 #include "shell/dialogs/combine_dialog.h"
 #include "shell/window/commands.h"
+#include "shell/window/lend.h"
 #include "shell/window/main_window.h"
 
 namespace vellum {
 
 void combine_command(MainWindow& main) {
+  const LentDocuments lent(open_documents(main));
   CombineDialog dialog(main.services(), &main);
   if (dialog.exec() != QDialog::Accepted) return;
   static unsigned count = 0;  // of documents of this name in this run of the program

@@ -4,6 +4,7 @@
 #include "operations/operation.h"
 #include "shell/dialogs/operation_dialog.h"
 #include "shell/window/commands.h"
+#include "shell/window/lend.h"
 #include "shell/window/result_window.h"
 
 namespace vellum {
@@ -35,6 +36,8 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
   Host& host = main.services().host;
   if (frame_entries(window).empty()) return host.show(StringId::NoImagesHere);
   if (!may_begin(operation, host)) return;
+  std::optional<LentDocuments> lent;
+  if (operation.parameters.second) lent.emplace(open_documents(main));
   const auto choice = ask_for_operation(operation, window, main.services(), &main);
   if (!choice || !may_promote(operation, window, *choice, host)) return;
   const auto work = [&](DocumentWindow& on, Host& listener) {
