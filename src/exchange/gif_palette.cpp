@@ -17,7 +17,7 @@ void GifPalette::add(const Picture& picture) {
   octree_.add(picture, kVisible);
   if (!few_) return;
   Palette own;
-  const auto count = few_colours({&picture, 1}, 256, own, kVisible);
+  const auto count = few_colours(picture, 256, own, kVisible);
   few_ = count.has_value();
   for (std::uint32_t i = 0; few_ && i < *count; ++i) {
     const auto same = [&](std::uint32_t k) {

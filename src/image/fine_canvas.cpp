@@ -233,8 +233,42 @@ bool fine_replace(FineCanvas& canvas, const PictureRect& rect, const Picture& so
   return draw(canvas, rect, source, &ground, !once);
 }
 
+void straighten_row(std::uint8_t* row, std::size_t width) {
+  for (std::uint8_t* end = row + 4 * width; row != end; row += 4) {
+    const std::uint32_t alpha = row[3];
+    if (alpha == 255) continue;
+    for (int c = 0; c < 3; ++c)
+      row[c] =
+          alpha == 0 ? 0 : static_cast<std::uint8_t>(std::min((row[c] * 510 + alpha) / (2 * alpha), 255u));
+  }
+}
+
+namespace {
+
+/// Without rests: as a rule all is opaque or clear, and nothing changes.
+Picture straightened(const Picture& shown) {
+  const auto is_partial = [&](std::uint32_t y) {
+    const std::uint8_t* row = shown.row(y);
+    for (std::size_t x = 0; x < shown.width(); ++x)
+      if (static_cast<std::uint8_t>(row[4 * x + 3] + 1) > 1) return true;
+    return false;
+  };
+  std::uint32_t first = 0;
+  while (first < shown.height() && !is_partial(first)) ++first;
+  if (first == shown.height()) return shown;
+  Picture result = PictureDuplicate(shown);
+  const EditRows rows(result);
+  if (!rows) return {};
+  for_each_row(result.height(), result.stride(),
+               [&](std::uint32_t y) { straighten_row(rows[y], result.width()); });
+  return result;
+}
+
+}  // namespace
+
 Picture straight_picture(const FineCanvas& canvas) {
-  if (!canvas.rest || !canvas.shown) return canvas.shown;
+  if (!canvas.shown) return canvas.shown;
+  if (!canvas.rest) return straightened(canvas.shown);
   Picture result = create_rows(canvas.shown.width(), canvas.shown.height(), nullptr, 32);
   const EditRows rows(result);
   if (!rows) return {};

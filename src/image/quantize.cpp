@@ -420,51 +420,7 @@ class ThreeByteRows {
   bool visible_;
 };
 
-/// Colors in the order of their appearance.
-class DistinctColours {
- public:
-  DistinctColours(std::uint32_t most, Palette& palette, const CountedColors& counted)
-      : most_(most), counted_(counted), palette_(palette) {
-    palette.fill(0);
-  }
-
-  std::uint32_t count() const { return count_; }
-
-  /// False once there are more than `most`.
-  bool add(const Picture& picture) {
-    const ThreeByteRows rows(picture, counted_.visible);
-    std::vector<std::uint8_t> spare;
-    std::uint32_t before = kNone;
-    for (std::uint32_t y = 0; y < picture.height(); ++y) {
-      const auto row = rows.row(y, spare);
-      for (std::size_t at = 0; at < row.size(); at += 3) {
-        const std::uint32_t colour = make_colour(row[at + 2], row[at + 1], row[at]) & counted_.mask;
-        if (std::exchange(before, colour) != colour && !note(colour)) return false;
-      }
-    }
-    return true;
-  }
-
- private:
-  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
-
-  bool note(std::uint32_t colour) {
-    std::size_t at = colour * 0x9E3779B1u >> 22;
-    while (known_[at] != colour && known_[at] != kNone) at = (at + 1) % known_.size();
-    if (known_[at] == colour) return true;
-    if (count_ == most_) return false;
-    known_[at] = colour;
-    for (unsigned shift = 0; shift < 24; shift += 8)
-      palette_[3 * count_ + shift / 8] = static_cast<std::uint8_t>(colour >> shift);
-    ++count_;
-    return true;
-  }
-
-  std::uint32_t most_, count_ = 0;
-  CountedColors counted_;
-  Palette& palette_;
-  std::vector<std::uint32_t> known_ = std::vector<std::uint32_t>(1024, kNone);  ///< by hash; 4 for each color
-};
+constexpr std::uint32_t kNoColor = 0xFFFFFFFF;
 
 }  // namespace
 
@@ -527,39 +483,48 @@ std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out, bool best
   return std::max(count, all);
 }
 
-std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,
-                                         Palette& palette, const CountedColors& counted) {
-  DistinctColours colours(most, palette, counted);
-  for (const Picture& picture : pictures)
-    if (has_rows(picture) && !colours.add(picture)) return std::nullopt;
-  return colours.count();
-}
+FewColors::FewColors(std::uint32_t most, const CountedColors& counted)
+    : most_(most), counted_(counted), known_(1024, kNoColor) {}
 
-bool count_frames(ColorOctree& octree, std::span<const Picture> frames, Host* host,
-                  const CountedColors& counted) {
-  std::optional<Progress> progress;
-  if (host) progress.emplace(*host, kQuantizing);
-  for (std::size_t i = 0; i < frames.size(); ++i) {
-    if (host && host->stopped()) return false;
-    octree.add(frames[i], counted);
-    if (progress) progress->step(i + 1, frames.size());
+bool FewColors::add(const Picture& picture) {
+  if (!has_rows(picture)) return true;
+  const ThreeByteRows rows(picture, counted_.visible);
+  std::vector<std::uint8_t> spare;
+  std::uint32_t before = kNoColor;
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const auto row = rows.row(y, spare);
+    for (std::size_t at = 0; at < row.size(); at += 3) {
+      const std::uint32_t colour = make_colour(row[at + 2], row[at + 1], row[at]) & counted_.mask;
+      if (std::exchange(before, colour) != colour && !note(colour)) return false;
+    }
   }
   return true;
 }
 
-std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
-                             Host* host, const CountedColors& counted) try {
-  palette.fill(0);
-  ColorOctree octree;
-  return count_frames(octree, frames, host, counted) ? octree.palette(target, palette) : 0;
-} catch (const std::bad_alloc&) {
-  return 0;
+bool FewColors::note(std::uint32_t colour) {
+  std::size_t at = colour * 0x9E3779B1u >> 22;
+  while (known_[at] != colour && known_[at] != kNoColor) at = (at + 1) % known_.size();
+  if (known_[at] == colour) return true;
+  if (count_ == most_) return false;
+  known_[at] = colour;
+  for (unsigned shift = 0; shift < 24; shift += 8)
+    palette_[3 * count_ + shift / 8] = static_cast<std::uint8_t>(colour >> shift);
+  ++count_;
+  return true;
+}
+
+std::optional<std::uint32_t> few_colours(const Picture& picture, std::uint32_t most, Palette& palette,
+                                         const CountedColors& counted) {
+  FewColors colors(most, counted);
+  const bool few = colors.add(picture);
+  palette = colors.palette();
+  return few ? std::optional(colors.count()) : std::nullopt;
 }
 
 std::uint32_t QuantizePicture(const Picture& picture, std::uint32_t target, Palette& palette) try {
   palette.fill(0);
   if (!has_rows(picture)) return 0;
-  if (const auto count = few_colours({&picture, 1}, held_target(target), palette)) return *count;
+  if (const auto count = few_colours(picture, held_target(target), palette)) return *count;
   ColorOctree octree;
   octree.add(picture);
   return octree.palette(target, palette);

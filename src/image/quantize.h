@@ -3,10 +3,8 @@
 
 #include <memory>
 #include <optional>
-#include <span>
 #include <vector>
 
-#include "base/host.h"
 #include "image/picture.h"
 
 namespace vellum {
@@ -43,20 +41,30 @@ class ColorOctree {
   std::unique_ptr<Cells> cells_;
 };
 
-/// The colors of such pictures in the order of their first appearance, each from the bottom row up; nothing
-/// when there are more than `most` (at most 256).
-std::optional<std::uint32_t> few_colours(std::span<const Picture> pictures, std::uint32_t most,
-                                         Palette& palette, const CountedColors& counted = {});
+/// Colors in the order of their first appearance, of each picture from the bottom row up.
+class FewColors {
+ public:
+  /// At most 256.
+  explicit FewColors(std::uint32_t most, const CountedColors& counted = {});
 
-/// Counts all frames; `host`, where it is given, hears of the progress. False when the user stopped it.
-/// Throws std::bad_alloc.
-bool count_frames(ColorOctree& octree, std::span<const Picture> frames, Host* host,
-                  const CountedColors& counted = {});
+  /// Pictures as `ColorOctree::add` takes them. False once there are more than `most`. Throws std::bad_alloc.
+  bool add(const Picture& picture);
+  std::uint32_t count() const { return count_; }
+  /// The colors, black behind them.
+  const Palette& palette() const { return palette_; }
 
-/// The octree's palette of all frames, and the number of its colors. 0 when nothing was
-/// counted, the user stopped it or memory is exhausted.
-std::uint32_t QuantizeFrames(std::span<const Picture> frames, std::uint32_t target, Palette& palette,
-                             Host* host = nullptr, const CountedColors& counted = {});
+ private:
+  bool note(std::uint32_t colour);
+
+  std::uint32_t most_, count_ = 0;
+  CountedColors counted_;
+  Palette palette_{};
+  std::vector<std::uint32_t> known_;  ///< by hash; 4 for each color
+};
+
+/// The colors of one picture in that order; nothing when there are more than `most`.
+std::optional<std::uint32_t> few_colours(const Picture& picture, std::uint32_t most, Palette& palette,
+                                         const CountedColors& counted = {});
 
 /// The palette of a picture of 24 bits. One that has no more colors than the target keeps them, in the order
 /// of their first appearance from the bottom row up; otherwise the octree's. Returns the number of colors; 0

@@ -220,7 +220,7 @@ Picture without_holes(const Picture& picture) {
 
 bool is_black_and_white(const Picture& picture) {
   Palette found;
-  const auto count = few_colours({&picture, 1}, 2, found);
+  const auto count = few_colours(picture, 2, found);
   for (std::uint32_t i = 0; count && i < *count; ++i)
     if (const std::uint8_t* color = &found[3 * i];
         (color[0] != 0 && color[0] != 255) || color[1] != color[0] || color[2] != color[0])

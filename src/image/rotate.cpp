@@ -1,13 +1,17 @@
 #include "image/rotate.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
+#include <mutex>
+#include <new>
 #include <numbers>
+#include <vector>
 
 #include "image/fine_canvas.h"
+#include "image/lanes.h"
 #include "image/orientation.h"
-#include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
 namespace vellum {
@@ -28,7 +32,6 @@ Turn turn_of(int degrees) {
 
 /// The orientation of EXIF that a number of clockwise quarter turns undoes.
 constexpr int kOrientations[] = {1, 6, 3, 8};
-constexpr int kOverDiagonal = 5;
 
 /// How far a row or column is moved: whole pixels, and 1/256 of the next one.
 struct Shift {
@@ -49,16 +52,56 @@ std::uint32_t margin_of(double factor, std::uint32_t count) {
   return static_cast<std::uint32_t>(std::ceil(std::abs(factor) * count / 2)) + 1;
 }
 
-/// With 32 bits nothing lies around a picture.
-Picture canvas_of(std::uint32_t width, std::uint32_t height, std::size_t bytes, Colour background) {
-  Picture canvas = PictureCreate(width, height, nullptr, static_cast<std::uint32_t>(8 * bytes));
-  if (canvas && bytes == 3)
-    PictureFillRect(canvas, 0, 0, static_cast<std::int32_t>(width), static_cast<std::int32_t>(height),
-                    background);
-  return canvas;
+/// Rows of pixels in memory that is used again and again: a page that the system gives costs more than what
+/// is written into it.
+class Scratch {
+ public:
+  explicit Scratch(std::size_t bytes) {
+    const std::scoped_lock lock(mutex);
+    if (!spare.empty()) {
+      bytes_ = std::move(spare.back());
+      spare.pop_back();
+    }
+    if (bytes_.size() < bytes) bytes_ = std::vector<std::uint8_t>(bytes);
+  }
+  ~Scratch() {
+    const std::scoped_lock lock(mutex);
+    if (spare.size() < kMostSpare && bytes_.size() <= kMostKept) spare.push_back(std::move(bytes_));
+  }
+  Scratch(const Scratch&) = delete;
+  Scratch& operator=(const Scratch&) = delete;
+
+  std::uint8_t* data() { return bytes_.data(); }
+
+ private:
+  static constexpr std::size_t kMostSpare = 8, kMostKept = std::size_t{8} << 20;
+  static inline std::mutex mutex;
+  static inline std::vector<std::vector<std::uint8_t>> spare;
+
+  std::vector<std::uint8_t> bytes_;
+};
+
+/// Rows of pixels from the top. Behind each row there is room for four bytes that nobody reads.
+struct Plane {
+  std::uint8_t* top = nullptr;
+  std::uint32_t width = 0, height = 0;
+  std::size_t stride = 0;
+
+  std::uint8_t* row(std::uint32_t y) const { return top + y * stride; }
+};
+
+std::size_t stride_of(std::uint32_t width, std::size_t bytes) { return (width * bytes + 4 + 63) / 64 * 64; }
+/// What lies around a picture, as bytes of a pixel: with 32 bits nothing.
+using Edge = std::array<std::uint8_t, 4>;
+
+/// A pixel of four bytes whose part has moved on to its neighbor; two channels at a time.
+VELLUM_INLINE std::uint32_t mixed(std::uint32_t here, std::uint32_t before, std::uint32_t part) {
+  constexpr std::uint32_t kEven = 0x00FF00FF, kHalf = 0x00800080;
+  const std::uint32_t even = (here & kEven) * (256 - part) + (before & kEven) * part + kHalf;
+  const std::uint32_t odd = (here >> 8 & kEven) * (256 - part) + (before >> 8 & kEven) * part + kHalf;
+  return (even >> 8 & kEven) | (odd & ~kEven);
 }
 
-/// A pixel of 3 or 4 bytes whose part has moved on to its neighbor.
 template <std::size_t kBytes>
 void mix(std::uint8_t* out, const std::uint8_t* here, const std::uint8_t* before, std::uint32_t part) {
   for (std::size_t c = 0; c < kBytes; ++c)
@@ -73,65 +116,200 @@ void mix_run(std::uint8_t* __restrict out, const std::uint8_t* __restrict here,
 }
 
 template <std::size_t kBytes>
-Picture sheared_rows(const Picture& picture, double factor, Colour background) {
-  const std::uint32_t width = picture.width(), height = picture.height(), margin = margin_of(factor, height);
-  Picture result = canvas_of(width + 2 * margin, height, kBytes, background);
-  const EditRows rows(result);
-  if (!rows) return {};
-  for (std::uint32_t y = 0; y < height; ++y) {
-    const Shift shift = shift_of(factor, y, height);
-    std::uint8_t* out = rows[y] + kBytes * static_cast<std::size_t>(margin + shift.whole);
-    const std::uint8_t *in = picture.row(y), *ground = rows[y];
-    std::uint8_t edge[kBytes];
-    std::memcpy(edge, ground, kBytes);
-    mix<kBytes>(out, in, edge, shift.part);
-    mix_run(out + kBytes, in + kBytes, in, kBytes * (std::size_t{width} - 1), shift.part);
-    mix<kBytes>(out + kBytes * width, edge, in + kBytes * (width - 1), shift.part);
-  }
-  return result;
+void fill(std::uint8_t* out, std::size_t count, const Edge& edge) {
+  for (std::size_t i = 0; i < count; ++i) std::memcpy(out + kBytes * i, edge.data(), kBytes);
 }
 
-/// Columns as rows: loops along rows are so much faster that it pays to turn the picture over its diagonal
-/// and back.
+/// `count` pixels of a row that has moved, from its pixel `first` on.
 template <std::size_t kBytes>
-Picture sheared_columns(const Picture& picture, double factor, Colour background) {
-  Picture result = oriented(picture, kOverDiagonal);
-  if (result) result = sheared_rows<kBytes>(result, factor, background);
-  return result ? oriented(result, kOverDiagonal) : result;
+void shear_row(std::uint8_t* out, std::int64_t first, std::int64_t count, const std::uint8_t* in,
+               std::int64_t width, Shift shift, const Edge& edge) {
+  // Pixel i comes of the pixels at + i and at + i - 1.
+  const std::int64_t at = first - shift.whole;
+  const auto until = [&](std::int64_t pixel) { return std::clamp<std::int64_t>(pixel - at, 0, count); };
+  const std::int64_t begin = until(0), inner = until(1), last = until(width), end = until(width + 1);
+  fill<kBytes>(out, static_cast<std::size_t>(begin), edge);
+  if (inner > begin) mix<kBytes>(out + kBytes * begin, in, edge.data(), shift.part);
+  if (last > inner) {
+    const std::uint8_t* here = in + static_cast<std::int64_t>(kBytes) * (at + inner);
+    mix_run(out + kBytes * inner, here, here - kBytes, kBytes * static_cast<std::size_t>(last - inner),
+            shift.part);
+  }
+  if (end > last) mix<kBytes>(out + kBytes * last, edge.data(), in + kBytes * (width - 1), shift.part);
+  fill<kBytes>(out + kBytes * end, static_cast<std::size_t>(count - end), edge);
 }
 
-Picture cut_to_middle(const Picture& picture, std::uint32_t width, std::uint32_t height) {
-  const auto left = static_cast<std::int32_t>((picture.width() - width) / 2),
-             top = static_cast<std::int32_t>((picture.height() - height) / 2);
-  return PictureCrop(
-      picture, {left, top, left + static_cast<std::int32_t>(width), top + static_cast<std::int32_t>(height)});
+/// Columns that are moved side by side: as many as a line of the cache holds.
+constexpr std::uint32_t kColumns = 16;
+
+/// `columns` columns from `left` on: row y of `out` is row first + y of what they become.
+template <std::size_t kBytes>
+void shear_columns(const Plane& out, const Plane& in, std::uint32_t left, std::uint32_t columns,
+                   double factor, std::int64_t first, const Edge& edge) {
+  std::int64_t from[kColumns];  // the row of the picture that comes to row 0
+  std::uint32_t part[kColumns];
+  std::int64_t inner = 0, last = out.height;
+  for (std::uint32_t x = 0; x < columns; ++x) {
+    const Shift shift = shift_of(factor, left + x, in.width);
+    from[x] = first - shift.whole;
+    part[x] = shift.part;
+    inner = std::max(inner, 1 - from[x]);
+    last = std::min(last, in.height - from[x]);
+  }
+  inner = std::min<std::int64_t>(inner, out.height);
+  last = std::max(last, inner);
+  const auto outside = [&](std::int64_t y) {
+    std::uint8_t* to = out.row(static_cast<std::uint32_t>(y)) + kBytes * left;
+    for (std::uint32_t x = 0; x < columns; ++x) {
+      const std::int64_t row = y + from[x];
+      const auto pixel = [&](std::int64_t of) -> const std::uint8_t* {
+        return of < 0 || of >= in.height ? edge.data()
+                                         : in.row(static_cast<std::uint32_t>(of)) + kBytes * (left + x);
+      };
+      mix<kBytes>(to + kBytes * x, pixel(row), pixel(row - 1), part[x]);
+    }
+  };
+  for (std::int64_t y = 0; y < inner; ++y) outside(y);
+  const std::uint8_t* at[kColumns];
+  for (std::uint32_t x = 0; x < columns && inner < last; ++x)
+    at[x] = in.row(static_cast<std::uint32_t>(inner + from[x])) + kBytes * (left + x);
+  for (std::int64_t y = inner; y < last; ++y) {
+    std::uint8_t* to = out.row(static_cast<std::uint32_t>(y)) + kBytes * left;
+    for (std::uint32_t x = 0; x < columns; ++x) {
+      std::uint32_t here, before;
+      std::memcpy(&here, at[x], 4);
+      std::memcpy(&before, at[x] - in.stride, 4);
+      const std::uint32_t made = mixed(here, before, part[x]);
+      // The byte too many of 24 bits is that of the next pixel, or behind the row.
+      if (kBytes == 4 || x + 1 < columns)
+        std::memcpy(to + kBytes * x, &made, 4);
+      else
+        std::memcpy(to + kBytes * x, &made, kBytes);
+      at[x] += in.stride;
+    }
+  }
+  for (std::int64_t y = last; y < out.height; ++y) outside(y);
+}
+
+template <std::size_t kBytes>
+void shear_all_columns(const Plane& out, const Plane& in, double factor, std::int64_t first,
+                       const Edge& edge) {
+  const std::uint32_t groups = (in.width + kColumns - 1) / kColumns;
+  for_each_row(groups, kColumns * kBytes * in.height, [&](std::uint32_t group) {
+    const std::uint32_t left = group * kColumns;
+    shear_columns<kBytes>(out, in, left, std::min(kColumns, in.width - left), factor, first, edge);
+  });
 }
 
 /// Colors multiplied by their alpha, so that what can't be seen mixes with nothing.
-Picture weighted(const Picture& picture) {
-  Picture result = PictureDuplicate(picture);
+void weigh_row(std::uint8_t* out, const std::uint8_t* in, std::size_t width) {
+  for (std::size_t x = 0; x < width; ++x, in += 4, out += 4) {
+    const std::uint32_t alpha = in[3];
+    for (int c = 0; c < 3; ++c) out[c] = static_cast<std::uint8_t>((in[c] * alpha + 127) / 255);
+    out[3] = in[3];
+  }
+}
+
+bool is_opaque_row(const std::uint8_t* row, std::size_t width) {
+  std::uint8_t all = 255;
+  for (std::size_t x = 0; x < width; ++x) all &= row[4 * x + 3];
+  return all == 255;
+}
+
+/// What a shear works on: pixels that can be mixed, in rows with room behind them.
+template <std::size_t kBytes>
+class Weighted {
+ public:
+  explicit Weighted(const Picture& picture)
+      : picture_(picture), spare_(kBytes == 4 ? std::size_t{4} * picture.width() : 0) {}
+  const std::uint8_t* row(std::uint32_t y) {
+    const std::uint8_t* row = picture_.row(y);
+    if (kBytes == 3 || is_opaque_row(row, picture_.width())) return row;
+    weigh_row(spare_.data(), row, picture_.width());
+    return spare_.data();
+  }
+
+ private:
+  const Picture& picture_;
+  std::vector<std::uint8_t> spare_;
+};
+
+/// Bands of rows, each with what one thread needs.
+template <class Work>
+void for_each_band(std::uint32_t height, std::size_t row_bytes, const Work& work) {
+  constexpr std::uint32_t kBand = 64;
+  const std::uint32_t bands = (height + kBand - 1) / kBand;
+  for_each_row(bands, kBand * row_bytes,
+               [&](std::uint32_t band) { work(band * kBand, std::min((band + 1) * kBand, height)); });
+}
+
+Edge edge_of(Colour background) { return {blue_of(background), green_of(background), red_of(background), 0}; }
+
+/// The picture with its rows moved: the part of this width that begins at `first`.
+template <std::size_t kBytes>
+void shear_rows(const Plane& out, const Picture& picture, double factor, std::int64_t first,
+                const Edge& edge) {
+  for_each_band(picture.height(), out.stride, [&](std::uint32_t top, std::uint32_t bottom) {
+    Weighted<kBytes> in(picture);
+    for (std::uint32_t y = top; y < bottom; ++y)
+      shear_row<kBytes>(out.row(y), first, out.width, in.row(y), picture.width(),
+                        shift_of(factor, y, picture.height()), edge);
+  });
+}
+
+/// Where a part of this length begins in the middle of a whole one that has `margin` at each side.
+std::int64_t middle_of(std::uint32_t length, std::uint32_t margin, std::uint32_t part) {
+  return (std::int64_t{length} + 2 * std::int64_t{margin} - part) / 2 - std::int64_t{margin};
+}
+
+/// Three shears, of which the second and the third make only what the result shows.
+template <std::size_t kBytes>
+Picture turned_rest(const Picture& picture, double rest, std::uint32_t width, std::uint32_t height,
+                    const Edge& edge) {
+  const double along = -std::tan(rest / 2), across = std::sin(rest);
+  const std::uint32_t w = picture.width(), h = picture.height();
+  const std::uint32_t side = margin_of(along, h), wide = w + 2 * side, down = margin_of(across, wide);
+  const std::uint32_t high = h + 2 * down, more = margin_of(along, high);
+  Picture result = create_rows(width, height, nullptr, 8 * kBytes);
   const EditRows rows(result);
   if (!rows) return {};
-  for (std::uint32_t y = 0; y < result.height(); ++y)
-    for (std::uint8_t *at = rows[y], *end = at + std::size_t{4} * result.width(); at != end; at += 4)
-      for (int c = 0; c < 3; ++c) at[c] = static_cast<std::uint8_t>((at[c] * at[3] + 127) / 255);
+  const std::size_t stride = stride_of(wide, kBytes);
+  Scratch first(stride * h + 64), second(stride * height + 64);
+  const Plane leaning{first.data(), wide, h, stride}, turning{second.data(), wide, height, stride};
+  shear_rows<kBytes>(leaning, picture, along, -std::int64_t{side}, edge);
+  // Row y of the result is row top + y of all the rows that the second shear would make.
+  const std::int64_t top = (std::int64_t{high} - height) / 2;
+  shear_all_columns<kBytes>(turning, leaning, across, top - std::int64_t{down}, edge);
+  const std::int64_t left = middle_of(wide, more, width);
+  for_each_row(height, stride, [&](std::uint32_t y) {
+    const auto row = static_cast<std::uint32_t>(top + y);
+    shear_row<kBytes>(rows[y], left, width, turning.row(y), wide, shift_of(along, row, high), edge);
+    if (kBytes == 4) straighten_row(rows[y], width);
+  });
   return result;
 }
 
 template <std::size_t kBytes>
-Picture turned_rest(const Picture& picture, double rest, Colour background) {
-  const double along = -std::tan(rest / 2), across = std::sin(rest);
-  Picture result = sheared_rows<kBytes>(picture, along, background);
-  if (result) result = sheared_columns<kBytes>(result, across, background);
-  return result ? sheared_rows<kBytes>(result, along, background) : result;
-}
-
-Picture sheared_once(const Picture& picture, double factor, bool columns, Colour background) {
-  if (picture.bits() == 32)
-    return columns ? sheared_columns<4>(picture, factor, background)
-                   : sheared_rows<4>(picture, factor, background);
-  return columns ? sheared_columns<3>(picture, factor, background)
-                 : sheared_rows<3>(picture, factor, background);
+Picture sheared_once(const Picture& picture, double factor, bool columns, std::uint32_t width,
+                     std::uint32_t height, const Edge& edge) {
+  const std::uint32_t w = picture.width(), h = picture.height();
+  Picture result = create_rows(width, height, nullptr, 8 * kBytes);
+  const EditRows rows(result);
+  if (!rows) return {};
+  const std::size_t stride = stride_of(columns ? w : width, kBytes);
+  Scratch first(columns ? stride * h + 64 : 0), second(stride * height + 64);
+  const Plane whole{first.data(), w, h, stride}, moved{second.data(), columns ? w : width, height, stride};
+  if (columns) {
+    shear_rows<kBytes>(whole, picture, 0, 0, edge);
+    shear_all_columns<kBytes>(moved, whole, factor, middle_of(h, margin_of(factor, w), height), edge);
+  } else {
+    shear_rows<kBytes>(moved, picture, factor, middle_of(w, margin_of(factor, h), width), edge);
+  }
+  for_each_row(height, stride, [&](std::uint32_t y) {
+    std::memcpy(rows[y], moved.row(y), kBytes * width);
+    if (kBytes == 4) straighten_row(rows[y], width);
+  });
+  return result;
 }
 
 double shear_factor(int degrees) { return std::tan(degrees * std::numbers::pi / 180); }
@@ -151,36 +329,30 @@ std::pair<std::uint32_t, std::uint32_t> rotated_size(std::uint32_t width, std::u
           static_cast<std::uint32_t>(std::ceil(width * s + height * c))};
 }
 
-Picture rotated(const Picture& picture, int degrees, Colour background) {
+Picture rotated(const Picture& picture, int degrees, Colour background) try {
   if (picture.bits() < 24) return {};
   const Turn turn = turn_of(degrees);
-  Picture result = oriented(picture, kOrientations[turn.quarters]);
-  if (!result || turn.rest == 0) return result;
-  const bool deep = picture.bits() == 32;
-  if (deep) result = weighted(result);
-  if (!result) return {};
-  result =
-      deep ? turned_rest<4>(result, turn.rest, background) : turned_rest<3>(result, turn.rest, background);
-  if (!result) return {};
+  const Picture upright = oriented(picture, kOrientations[turn.quarters]);
+  if (!upright || turn.rest == 0) return upright;
   const auto [width, height] = rotated_size(picture.width(), picture.height(), degrees);
-  result = cut_to_middle(result, width, height);
-  return deep && result ? straight_picture({result, {}}) : result;
+  return picture.bits() == 32 ? turned_rest<4>(upright, turn.rest, width, height, {})
+                              : turned_rest<3>(upright, turn.rest, width, height, edge_of(background));
+} catch (const std::bad_alloc&) {
+  return {};
 }
 
-Picture sheared(const Picture& picture, int degrees, bool columns, Colour background) {
+Picture sheared(const Picture& picture, int degrees, bool columns, Colour background) try {
   if (picture.bits() < 24 || std::abs(degrees) > 60) return {};
   if (degrees == 0) return picture;
-  const bool deep = picture.bits() == 32;
-  Picture result = deep ? weighted(picture) : picture;
   // Positive degrees move the top to the right, and the left side up.
-  if (result)
-    result =
-        sheared_once(result, columns ? shear_factor(degrees) : -shear_factor(degrees), columns, background);
-  if (!result) return {};
+  const double factor = columns ? shear_factor(degrees) : -shear_factor(degrees);
   const std::uint32_t w = picture.width(), h = picture.height();
-  result = columns ? cut_to_middle(result, w, sheared_side(h, w, degrees))
-                   : cut_to_middle(result, sheared_side(w, h, degrees), h);
-  return deep && result ? straight_picture({result, {}}) : result;
+  const std::uint32_t width = columns ? w : sheared_side(w, h, degrees),
+                      height = columns ? sheared_side(h, w, degrees) : h;
+  return picture.bits() == 32 ? sheared_once<4>(picture, factor, columns, width, height, {})
+                              : sheared_once<3>(picture, factor, columns, width, height, edge_of(background));
+} catch (const std::bad_alloc&) {
+  return {};
 }
 
 }  // namespace vellum

@@ -2,6 +2,11 @@
 #include "image/picture_operations.h"
 #include "image/rotate.h"
 
+#include <array>
+#include <cmath>
+#include <numbers>
+#include <random>
+
 #include "random_pictures.h"
 
 namespace vellum {
@@ -366,6 +371,88 @@ TEST(Rotate, QuartersAreExactAndOtherAnglesKeepWhatTheyTurn) {
     EXPECT_NEAR(x, x0 * std::cos(a) + y0 * std::sin(a), 0.7) << angle;
     EXPECT_NEAR(y, y0 * std::cos(a) - x0 * std::sin(a), 0.7) << angle;
   }
+}
+
+/// Rows of pixels of four channels, and what lies around them.
+struct PlainPicture {
+  using Pixel = std::array<int, 4>;
+  std::vector<std::vector<Pixel>> rows;
+  Pixel around{};
+
+  PlainPicture turned() const {
+    PlainPicture result{{}, around};
+    for (std::size_t x = 0; x < rows[0].size(); ++x) {
+      result.rows.emplace_back();
+      for (const auto& row : rows) result.rows.back().push_back(row[x]);
+    }
+    return result;
+  }
+  /// Each row moved by `factor` for every row that it is away from the middle, in 256ths of a pixel.
+  PlainPicture sheared(double factor) const {
+    const long count = static_cast<long>(rows.size()), width = static_cast<long>(rows[0].size());
+    const long margin = static_cast<long>(std::ceil(std::abs(factor) * static_cast<double>(count) / 2)) + 1;
+    PlainPicture result{{}, around};
+    for (const auto& row : rows) {
+      const double pixels =
+          factor * (static_cast<double>(&row - rows.data()) + 0.5 - static_cast<double>(count) / 2);
+      long whole = static_cast<long>(std::floor(pixels));
+      int part = static_cast<int>(std::lround((pixels - std::floor(pixels)) * 256));
+      if (part == 256) ++whole, part = 0;
+      const auto at = [&](long x) { return x < 0 || x >= width ? around : row[static_cast<std::size_t>(x)]; };
+      result.rows.emplace_back();
+      for (long x = -margin; x < width + margin; ++x) {
+        const Pixel here = at(x - whole), before = at(x - whole - 1);
+        Pixel mixed{};
+        for (std::size_t c = 0; c < 4; ++c)
+          mixed[c] = (here[c] * (256 - part) + before[c] * part + 128) / 256;
+        result.rows.back().push_back(mixed);
+      }
+    }
+    return result;
+  }
+};
+
+TEST(Rotate, IsThreePlainShearsOfPixelsThatWeighAsMuchAsTheirAlpha) {
+  std::minstd_rand dice(3);
+  constexpr Colour kGround = 0x102030;
+  for (const auto& [w, h] : {std::pair(1u, 1u), {1u, 9u}, {7u, 1u}, {19u, 13u}, {40u, 70u}})
+    for (const bool deep : {false, true})
+      for (const int angle : {1, 30, 45, 46, 133, 200, 314, 359}) {
+        Picture picture = PictureCreate(w, h, nullptr, deep ? 32 : 24);
+        for (std::uint32_t i = 0; i < w * h; ++i)
+          PicturePutPixel(picture, i % w, i / w, static_cast<Colour>(dice()) | (dice() % 3 ? 0xFF000000 : 0));
+        int rest = 360 - angle, quarters = 0;  // clockwise
+        for (; rest > 45; rest -= 90) ++quarters;
+        const Picture upright = rotated(picture, (360 - 90 * quarters) % 360, kGround);
+        PlainPicture plain;
+        if (!deep) plain.around = {0x30, 0x20, 0x10, 255};
+        for (std::uint32_t y = 0; y < upright.height(); ++y) {
+          plain.rows.emplace_back();
+          for (std::uint32_t x = 0; x < upright.width(); ++x) {
+            const Colour c = PictureGetPixel(upright, x, y);
+            const int a = deep ? static_cast<int>(c >> 24) : 255;
+            const auto weighed = [&](int channel) { return (channel * a + 127) / 255; };
+            plain.rows.back().push_back({weighed(red_of(c)), weighed(green_of(c)), weighed(blue_of(c)), a});
+          }
+        }
+        const double turn = rest * std::numbers::pi / 180, along = -std::tan(turn / 2);
+        plain = plain.sheared(along).turned().sheared(std::sin(turn)).turned().sheared(along);
+        const Picture made = rotated(picture, angle, kGround);
+        const std::size_t left = (plain.rows[0].size() - made.width()) / 2,
+                          top = (plain.rows.size() - made.height()) / 2;
+        for (std::uint32_t y = 0; y < made.height(); ++y)
+          for (std::uint32_t x = 0; x < made.width(); ++x) {
+            PlainPicture::Pixel expected = plain.rows[top + y][left + x];
+            const int a = expected[3];
+            for (std::size_t c = 0; c < 3; ++c)
+              expected[c] = a == 0 ? 0 : std::min(255, static_cast<int>(expected[c] * 255.0 / a + 0.5));
+            const Colour c = PictureGetPixel(made, x, y);
+            const PlainPicture::Pixel found{red_of(c), green_of(c), blue_of(c),
+                                            deep ? static_cast<int>(c >> 24) : 255};
+            ASSERT_EQ(found, expected)
+                << w << " x " << h << ", " << deep << ", " << angle << ": " << x << ", " << y;
+          }
+      }
 }
 
 }  // namespace

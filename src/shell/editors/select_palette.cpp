@@ -105,7 +105,10 @@ struct PaletteChooser {
   PaletteMethod method() const {
     const bool holes =
         std::ranges::any_of(request.pictures, [](const Picture& p) { return p && p.bits() == 32; });
-    return {methods[1]->isChecked(), methods[2]->isChecked(), methods[0]->isChecked(), holes};
+    return {.fifteenBits = methods[1]->isChecked(),
+            .sketch = methods[2]->isChecked(),
+            .sorted = methods[0]->isChecked(),
+            .holes = holes};
   }
   PaletteColors computed();
   int id() const { return kChoices[std::max(list->currentRow(), 0)].id; }
@@ -123,7 +126,7 @@ struct PaletteChooser {
   QLabel* picture;
   Picture source;  ///< of the preview
   PaletteColors colors;
-  std::optional<CountedPictures> counted;  ///< kept between the steps of the size
+  std::optional<Superpalette> counted;  ///< kept between the steps of the size
   PaletteMethod countedBy;
 };
 
@@ -203,9 +206,15 @@ QWidget* PaletteChooser::make_preview() {
 PaletteColors PaletteChooser::computed() {
   if (!counted || countedBy != method()) {
     countedBy = method();
-    counted.emplace(request.pictures, countedBy);
+    Host nobody;
+    std::vector<Picture> given;
+    std::ranges::copy_if(request.pictures, std::back_inserter(given),
+                         [](const Picture& p) { return bool(p); });
+    counted = gather_colors(
+        given.size(), [&](std::size_t i) { return given[i]; }, nobody, countedBy);
   }
-  return counted->palette(std::min(static_cast<std::uint32_t>(size->value()), request.most));
+  const std::uint32_t most = std::min(static_cast<std::uint32_t>(size->value()), request.most);
+  return counted ? counted->colors(most) : PaletteColors();
 }
 
 void PaletteChooser::choose_row(int) {
