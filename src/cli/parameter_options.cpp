@@ -88,6 +88,19 @@ bool take_compound(const CompoundOption& option, const std::string& text, const 
   return true;
 }
 
+/// The option that chooses a value of this field and can be given in its place: "800x600" beside the words.
+const CompoundOption* form_beside_words(const Parameters& parameters, const Field& field,
+                                        const std::string& text) {
+  const auto fits = [&](const FieldChoice& choice) { return equal_ignoring_case(text, word_of(choice)); };
+  if (field.type != FieldType::Choice || std::ranges::any_of(field.choices, fits)) return nullptr;
+  const auto found = std::ranges::find_if(parameters.options, [&](const CompoundOption& option) {
+    return option.form && option.alongside && option.alongside == std::string_view(field.name) &&
+           option.fields.size() > 1 && text.find(option.parting) != std::string::npos &&
+           parts_of(option, text);
+  });
+  return found == parameters.options.end() ? nullptr : &*found;
+}
+
 const char* value_name(const Field& field) {
   switch (field.type) {
     case FieldType::Color:
@@ -215,6 +228,10 @@ std::optional<FieldValues> parameter_values(const Parameters& parameters, const 
     if (!text || !field) continue;
     // What was said itself isn't overruled by what follows from another option.
     if (!field->enabledBy || !names.contains(field->enabledBy)) enable_field(fields, *field, values);
+    if (const CompoundOption* size = form_beside_words(parameters, *field, *text)) {
+      if (!take_compound(*size, *text, fields, values, names)) return std::nullopt;
+      continue;
+    }
     names.insert(field->name);
     values.set(field->name, option_value(*field, *text));
   }

@@ -9,6 +9,7 @@
 #include "configuration/config_line.h"
 #include "configuration/setting_values.h"
 #include "configuration/settings.h"
+#include "operations/social_sizes.h"
 
 namespace vellum {
 namespace {
@@ -131,6 +132,7 @@ bool config_changed_since_load() { return values_in_file() != values_to_store();
 
 void config_open(const fs::path& path) {
   file_of_run() = path.empty() ? config_path(kConfigFileName) : path;
+  socialSizesFile = config_path("SocialMediaSizes.txt");
   if (config_load(config_file()) || config_file().filename() != kConfigFileName) return;
   if (const fs::path earlier = earlier_version(config_file()); !earlier.empty())
     config_parse(config_read(earlier));

@@ -23,33 +23,12 @@
 #include "operations/recoloring.h"
 #include "operations/reconstruct.h"
 #include "operations/settings.h"
+#include "operations/social_sizes.h"
 #include "operations/text_art.h"
 
 namespace vellum {
 namespace {
 
-constexpr std::int64_t kMostSide = 16383;
-enum { kDocumentSize = 10, kOwnSize = 11 };
-
-struct DestinationRow {
-  std::uint32_t width, height;
-  std::uint64_t most = 0;  ///< bytes that it accepts; 0: no bound is known
-};
-constexpr DestinationRow kSizes[] = {{1080, 1080}, {1080, 1350},         {1080, 1920}, {1200, 630},
-                                     {1600, 900},  {1000, 1500},         {1280, 720},  {400, 400},
-                                     {1500, 500},  {512, 512, 512 << 10}};
-constexpr FieldChoice kDestinations[] = {{0, "Square post 1080 x 1080"},
-                                         {1, "Portrait post 1080 x 1350"},
-                                         {2, "Story or reel 1080 x 1920"},
-                                         {3, "Landscape post 1200 x 630"},
-                                         {4, "Wide post 1600 x 900"},
-                                         {5, "Pin 1000 x 1500"},
-                                         {6, "Video cover 1280 x 720"},
-                                         {7, "Profile picture 400 x 400"},
-                                         {8, "Banner 1500 x 500"},
-                                         {9, "Message sticker 512 x 512"},
-                                         {kDocumentSize, "Document size", "document"},
-                                         {kOwnSize, "Own size", "own"}};
 enum Process { kColor, kGradient, kBlurred, kAverage };
 constexpr FieldChoice kProcesses[] = {{kColor, "Color", "color"},
                                       {kGradient, "Gradient", "gradient"},
@@ -76,9 +55,15 @@ constexpr Field choice(const char* name, const char* label, std::span<const Fiel
 }
 
 constexpr Field kFields[] = {
-    choice("destination", "Destination", kDestinations, 0, settings::SocialMediaDestination),
-    enabled_by(whole_field("width", "Width", 1, kMostSide, 640), "destination", kOwnSize),
-    enabled_by(whole_field("height", "Height", 1, kMostSide, 480), "destination", kOwnSize),
+    {.name = "destination",
+     .label = "Destination",
+     .type = FieldType::Choice,
+     .most = kOwnSize,
+     .choices = kSocialDestinations,
+     .setting = &settings::SocialMediaDestination},
+    enabled_by(whole_field("width", "Width", 1, std::int64_t{kMostSocialSide}, 640), "destination", kOwnSize),
+    enabled_by(whole_field("height", "Height", 1, std::int64_t{kMostSocialSide}, 480), "destination",
+               kOwnSize),
     on_page(choice("process", "Background", kProcesses, kBlurred, settings::SocialMediaProcess), kGround),
     on_page(color_field("color1", "Color", 0xFFFFFF, &settings::SocialMediaColor1), kGround),
     ground(color_field("color2", "Second color", 0x808080, &settings::SocialMediaColor2), kGradient),
@@ -131,15 +116,21 @@ constexpr CompoundOption kOptions[] = {{.name = "to",
                                         .alongside = "destination",
                                         .alongsideValue = kOwnSize}};
 
+void fit(std::vector<Field>& fields, const DocumentWindow&) {
+  fields.front().choices = social_destinations();
+  fields.front().most = static_cast<std::int64_t>(fields.front().choices.size()) - 1;
+}
+
 Extent size_of(const FieldValues& values, const Extent& canvas) {
   const std::int64_t destination = values.number("destination");
-  if (destination == kDocumentSize) return canvas;
   if (destination == kOwnSize)
     return {static_cast<std::uint32_t>(values.number("width")),
             static_cast<std::uint32_t>(values.number("height"))};
-  const DestinationRow& row = kSizes[static_cast<std::size_t>(destination)];
-  return {row.width, row.height};
+  const auto size = social_size(destination);
+  return size ? Extent{size->width, size->height} : canvas;
 }
+
+std::string note(const FieldValues&, const DocumentWindow&) { return social_sizes_fault(); }
 
 std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow& window) {
   const Extent size = size_of(values, document_size(window.list, window.document));
@@ -323,13 +314,14 @@ void put_keyline(Picture& ground, const FieldValues& values, const Place& place)
 /// Later frames become the part in which they differ from the one in front. WebP does so when it is written.
 bool cut_to_changes(OperationRun& run) {
   if (run.draft.document.kind == DocumentKind::WEBP) return true;
-  std::vector<Picture> whole;
+  std::vector<ChunkHandle> whole;
   for (const std::size_t entry : frame_entries(run.draft))
-    whole.push_back(picture_of(run.draft.list.record(entry)));
+    whole.push_back(picture_of(run.draft.list.record(entry)).handle());
   return change_pictures(run.draft, all_frames(whole.size()), string_text(StringId::BuildingCaption),
                          run.host, [&](FrameWork& work) {
                            if (work.frame == 0 || work.frame == kDefaultImageWork) return true;
-                           const FrameLayer part = changed_part(whole[work.frame - 1], whole[work.frame]);
+                           const FrameLayer part =
+                               changed_part(Picture(whole[work.frame - 1]), Picture(whole[work.frame]));
                            work.picture = part.picture;
                            work.offset = part.offset;
                            set_frame_dispose(work.record, run.draft.document.kind, 0);
@@ -338,8 +330,9 @@ bool cut_to_changes(OperationRun& run) {
 }
 
 void tell_of_size(OperationRun& run) {
-  const auto destination = static_cast<std::size_t>(run.number("destination"));
-  const std::uint64_t most = destination < std::size(kSizes) ? kSizes[destination].most : 0;
+  if (const std::string fault = social_sizes_fault(); !fault.empty()) run.host.add_note(fault);
+  const auto size = social_size(run.number("destination"));
+  const std::uint64_t most = size ? size->most : 0;
   if (most == 0) return;
   const auto bytes = size_when_written(run.draft, save_options(), run.host);
   if (bytes && *bytes > most)
@@ -397,7 +390,9 @@ constinit const Operation kSocial{
             .kinds = kAnimatedKinds,
             .fields = kFields,
             .options = kOptions,
+            .fit = fit,
             .check = check,
+            .note = note,
         },
     .result = OperationResult::NewWindow,
     .prefix = StringId::SocialMediaPrefix,

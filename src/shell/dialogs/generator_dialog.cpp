@@ -5,10 +5,12 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QPushButton>
+#include <QRadioButton>
 
 #include "image/graphic_file.h"
 #include "image/resample.h"
 #include "shell/forms/color_button.h"
+#include "shell/look/icon.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -28,6 +30,10 @@ const DocumentWindow& no_document() {
   return nothing;
 }
 
+/// The pictures beside radio buttons, by the names that `name_controls` gives.
+constexpr std::pair<const char*, const char*> kRadioPictures[] = {{"direction_0", "cw"},
+                                                                  {"direction_1", "ccw"}};
+
 }  // namespace
 
 GeneratorDialog::GeneratorDialog(const Generator& generator, Services& services, QWidget* parent)
@@ -42,6 +48,11 @@ GeneratorDialog::GeneratorDialog(const Generator& generator, Services& services,
   row->addWidget(&form());
   row->addWidget(preview_, 1);
   outer->insertLayout(0, row, 1);
+  for (const auto& [name, picture] : kRadioPictures)
+    if (auto* button = form().findChild<QRadioButton*>(QLatin1String(name))) {
+      button->setIcon(program_icon(picture));
+      button->setIconSize({style::kToolIcon, style::kToolIcon});
+    }
   if (generator.input == GeneratorInput::Picture) add_source();
   add_test();
   begin();

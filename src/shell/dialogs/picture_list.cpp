@@ -7,6 +7,8 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QPainter>
+#include <QStyledItemDelegate>
 #include <QUrl>
 #include <fstream>
 
@@ -22,6 +24,7 @@ namespace {
 
 constexpr int kRowHeight = 100;
 constexpr QSize kThumbnail(112, 88), kSmall(400, 300);
+constexpr qsizetype kMostSmall = 32 << 20;  // bytes
 
 /// At most as large as a preview.
 Picture small_of(const Picture& picture) {
@@ -30,17 +33,46 @@ Picture small_of(const Picture& picture) {
   return percent < 100 ? PictureScalePercent(picture, percent, percent, ResampleFilter::Box) : picture;
 }
 
-QIcon thumbnail_of(const Picture& picture) {
-  const QImage image = image_of_picture(picture);
-  return QPixmap::fromImage(image.width() > kThumbnail.width() || image.height() > kThumbnail.height()
-                                ? image.scaled(kThumbnail, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-                                : image);
+QImage fitted(const QImage& image) {
+  return image.width() > kThumbnail.width() || image.height() > kThumbnail.height()
+             ? image.scaled(kThumbnail, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+             : image;
 }
+
+/// Rows have no pictures of their own: thousands of them would fill the memory.
+class PictureDelegate : public QStyledItemDelegate {
+ public:
+  PictureDelegate(QListWidget* list, std::function<QImage(int number)> thumbnail)
+      : QStyledItemDelegate(list), thumbnail_(std::move(thumbnail)) {}
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    QPixmap room(kThumbnail);
+    room.fill(Qt::transparent);
+    const QImage image = thumbnail_(index.data(Qt::UserRole).toInt());
+    QPainter painter(&room);
+    painter.drawImage((kThumbnail.width() - image.width()) / 2, (kThumbnail.height() - image.height()) / 2,
+                      image);
+    option->features |= QStyleOptionViewItem::HasDecoration;
+    option->decorationSize = kThumbnail;
+    option->icon = QIcon(room);
+  }
+
+ private:
+  std::function<QImage(int number)> thumbnail_;
+};
 
 }  // namespace
 
 PictureList::PictureList(Services& services, QWidget* parent)
-    : QWidget(parent), services_(services), list_(new QListWidget(this)) {
+    : QWidget(parent),
+      services_(services),
+      list_(new QListWidget(this)),
+      small_(kMostSmall),
+      thumbnails_(std::max(kThumbnail.width(), kThumbnail.height())) {
+  list_->setItemDelegate(new PictureDelegate(list_, [this](int number) { return thumbnail(number); }));
+  connect(&thumbnails_, &Thumbnails::made, list_->viewport(), qOverload<>(&QWidget::update));
   list_->setObjectName(QStringLiteral("pictures"));
   list_->setAccessibleName(tr("Images"));
   list_->setIconSize(kThumbnail);
@@ -108,10 +140,29 @@ const ListedPicture& PictureList::at(int row) const {
   return held_.at(list_->item(row)->data(Qt::UserRole).toInt());
 }
 
+Picture PictureList::small(int row) const {
+  return small_of_number(list_->item(row)->data(Qt::UserRole).toInt());
+}
+
+Picture PictureList::small_of_number(int number) const try {
+  if (const Picture* kept = small_.object(number)) return *kept;
+  const Picture made = small_of(held_.at(number).picture.picture());
+  if (made) small_.insert(number, new Picture(made), static_cast<qsizetype>(made.handle().size()));
+  return made;
+} catch (const std::bad_alloc&) {
+  return {};
+}
+
+QImage PictureList::thumbnail(int number) {
+  const auto found = held_.find(number);
+  if (found == held_.end()) return {};
+  if (!found->second.file.empty()) return fitted(thumbnails_.look(path_text(found->second.file)).image);
+  return fitted(image_of_picture(small_of_number(number)));
+}
+
 void PictureList::add(const HeldPicture& picture, const std::filesystem::path& file, const QString& name) {
-  ListedPicture listed{picture, small_of(picture.picture()), file, name, {}, false};
-  if (!listed.small) return services_.host.show(StringId::AllocationError);
-  auto* item = new QListWidgetItem(thumbnail_of(listed.small), name);
+  ListedPicture listed{picture, file, name, {}, false};
+  auto* item = new QListWidgetItem(name);
   item->setData(Qt::UserRole, next_);
   item->setSizeHint(QSize(0, kRowHeight));
   item->setToolTip(file.empty() ? name : path_text(file));

@@ -1,18 +1,19 @@
 // A list of pictures from files and the clipboard, in an order that a person gives them.
 #pragma once
 
+#include <QCache>
 #include <QListWidget>
 #include <QPushButton>
 
 #include "base/fields.h"
 #include "image/held_picture.h"
 #include "shell/services/services.h"
+#include "shell/services/thumbnails.h"
 
 namespace vellum {
 
 struct ListedPicture {
   HeldPicture picture;         ///< as it is
-  Picture small;               ///< at most as large as a preview
   std::filesystem::path file;  ///< empty for one from the clipboard
   QString name;
   FieldValues own;  ///< values that it has in place of the common ones
@@ -35,6 +36,8 @@ class PictureList : public QWidget {
   void add(const HeldPicture& picture, const std::filesystem::path& file, const QString& name);
   void give_own(int row, FieldValues own, const QString& text);
   const ListedPicture& at(int row) const;
+  /// The picture, at most as large as a preview. Null when memory is exhausted or the file is gone.
+  Picture small(int row) const;
 
   /// The names of files, one a line. Files that are gone are passed over; the first one that can't be read
   /// ends it.
@@ -62,6 +65,9 @@ class PictureList : public QWidget {
   void open() {
     if (list_->currentRow() >= 0) emit opened(list_->currentRow());
   }
+  Picture small_of_number(int number) const;
+  /// What the row is painted with; empty until it is made.
+  QImage thumbnail(int number);
   void show_enabled();
   /// Files of another program, as they come over the list and into it. False for anything else.
   bool take_drop(QDropEvent& event);
@@ -69,7 +75,9 @@ class PictureList : public QWidget {
   Services& services_;
   QListWidget* list_;
   QPushButton *remove_, *paste_, *open_, *up_, *down_;
-  std::map<int, ListedPicture> held_;  ///< by the number that the row keeps wherever it goes
+  std::map<int, ListedPicture> held_;   ///< by the number that the row keeps wherever it goes
+  mutable QCache<int, Picture> small_;  ///< by the same number
+  Thumbnails thumbnails_;               ///< of files
   int next_ = 0;
 };
 

@@ -170,11 +170,14 @@ void TransitionDialog::show_preview() {
   inputs.sketch = true;
   const auto first = static_cast<std::size_t>(std::max(0, pictures_->current()));
   for (std::size_t i = 0; i < std::min(listed.size(), kPlayed); ++i) {
-    const ListedPicture& one = *listed[(first + i) % listed.size()];
-    const double percent = 100 * factor * one.picture.picture().width() / one.small.width();
+    const std::size_t row = (first + i) % listed.size();
+    const ListedPicture& one = *listed[row];
+    const Picture small = pictures_->small(static_cast<int>(row));
+    if (!small) return preview_->play(std::nullopt);
+    const double percent = 100 * factor * one.picture.picture().width() / small.width();
     inputs.pictures.push_back(std::abs(percent - 100) < 1
-                                  ? one.small
-                                  : PictureScalePercent(one.small, percent, percent, ResampleFilter::Box));
+                                  ? small
+                                  : PictureScalePercent(small, percent, percent, ResampleFilter::Box));
     if (!inputs.pictures.back()) return preview_->play(std::nullopt);
     inputs.own.push_back(one.own);
   }
@@ -192,7 +195,7 @@ void TransitionDialog::follow() {
   test_->setEnabled(some);
   buttons().button(QDialogButtonBox::Ok)->setEnabled(some);
   if (auto* matt = qobject_cast<ColorButton*>(form().input("mattColor")); matt && some)
-    matt->set_picture(pictures_->at(std::max(0, pictures_->current())).small);
+    matt->set_picture(pictures_->small(std::max(0, pictures_->current())));
   show_preview();
 }
 
@@ -235,7 +238,7 @@ void TransitionDialog::override_row(int row) {
   name_controls(dialog.form());
   show_samples(dialog.form());
   auto* picture = new QLabel(&dialog);
-  picture->setPixmap(QPixmap::fromImage(image_of_picture(listed.small))
+  picture->setPixmap(QPixmap::fromImage(image_of_picture(pictures_->small(row)))
                          .scaled(kOverrideThumbnail, Qt::KeepAspectRatio, Qt::SmoothTransformation));
   static_cast<QBoxLayout*>(dialog.layout())->insertWidget(0, picture, 0, Qt::AlignCenter);
   if (dialog.exec() != QDialog::Accepted) return;
