@@ -40,11 +40,11 @@ PngHeader color_form(const Picture& picture, PngHeader wanted) {
 
 PictureContent picture_content(const Picture& picture) {
   PictureContent content;
-  const std::size_t bytes = picture.bits() / 8;
+  const std::size_t bytes = picture.bits() / 8, width = picture.width();
   for (std::uint32_t y = 0; y < picture.height() && (content.grey || content.opaque); ++y) {
     const std::uint8_t* row = picture.row(y);
     unsigned differences = 0, alpha = 255;
-    for (std::size_t x = 0; x < picture.width(); ++x) {
+    for (std::size_t x = 0; x < width; ++x) {
       const std::uint8_t* pixel = row + bytes * x;
       differences |= static_cast<unsigned>((pixel[0] ^ pixel[1]) | (pixel[1] ^ pixel[2]));
       if (bytes == 4) alpha &= pixel[3];

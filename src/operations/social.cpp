@@ -6,6 +6,7 @@
 #include "base/limits.h"
 #include "base/text.h"
 #include "core/edit/edit_closing.h"
+#include "core/edit/picture_fitting.h"
 #include "core/files/save_options.h"
 #include "core/model/kind_table.h"
 #include "image/lay.h"
@@ -311,19 +312,74 @@ void put_keyline(Picture& ground, const FieldValues& values, const Place& place)
       static_cast<Colour>(values.number("keylineColor")), line);
 }
 
-/// Later frames become the part in which they differ from the one in front. WebP does so when it is written.
-bool cut_to_changes(OperationRun& run) {
-  if (run.draft.document.kind == DocumentKind::WEBP) return true;
-  std::vector<ChunkHandle> whole;
+/// What frames differ in: the part of the canvas that the image and its shadow may touch.
+struct Stage {
+  Picture ground;  ///< of the whole canvas
+  Picture part;    ///< of it, where frames differ
+  std::int32_t x = 0, y = 0;
+  Place place{};  ///< of the image on the canvas
+  bool clear = false;
+
+  /// The part with an image on it; null when memory is exhausted.
+  Picture shown(const Picture& frame, const FieldValues& values) const {
+    const Picture image = PictureResample(frame, place.width, place.height, ResampleFilter::Automatic);
+    // What is opaque is all of the part.
+    if (image && !clear && image.width() == part.width() && image.height() == part.height()) return image;
+    Picture result = part;
+    const Place here{place.x - x, place.y - y, place.width, place.height};
+    if (!image || (clear && !put_shadow(result, values, here, image))) return {};
+    return lay_picture(result, here.x, here.y, image) ? result : Picture();
+  }
+  Picture canvas(const Picture& changed) const {
+    Picture result = ground;
+    PictureBlit(result, x, y, changed, 0, 0, static_cast<std::int32_t>(changed.width()),
+                static_cast<std::int32_t>(changed.height()));
+    return result;
+  }
+};
+
+/// Where the shadow may be: in a square around its place.
+std::int64_t shadow_reach(const FieldValues& values) {
+  return values.number("shadow") == 0
+             ? 0
+             : values.number("shadowOffset") + 3 * values.number("shadowSoftness") + 1;
+}
+
+Stage stage_of(const Picture& ground, const FieldValues& values, const Place& place, bool clear) {
+  Stage stage{ground, {}, 0, 0, place, clear};
+  const std::int64_t reach = clear ? shadow_reach(values) : 0;
+  const auto held = [](std::int64_t at, std::uint32_t most) {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(at, 0, most));
+  };
+  const std::uint32_t width = ground.width(), height = ground.height();
+  const PictureRect rect{
+      held(place.x - reach, width - 1), held(place.y - reach, height - 1),
+      std::max(held(place.x + place.width + reach, width), held(place.x - reach, width - 1) + 1),
+      std::max(held(place.y + place.height + reach, height), held(place.y - reach, height - 1) + 1)};
+  stage.x = rect.left;
+  stage.y = rect.top;
+  stage.part = PictureCrop(ground, rect);
+  return stage;
+}
+
+/// The first frame becomes a canvas, later ones the part in which they differ from the one in front. A WebP
+/// has canvases, as it is cut when it is written.
+bool cut_to_changes(OperationRun& run, const Stage& stage) {
+  const bool webp = run.draft.document.kind == DocumentKind::WEBP;
+  std::vector<ChunkHandle> parts;
   for (const std::size_t entry : frame_entries(run.draft))
-    whole.push_back(picture_of(run.draft.list.record(entry)).handle());
-  return change_pictures(run.draft, all_frames(whole.size()), string_text(StringId::BuildingCaption),
+    parts.push_back(picture_of(run.draft.list.record(entry)).handle());
+  return change_pictures(run.draft, all_frames(parts.size()), string_text(StringId::BuildingCaption),
                          run.host, [&](FrameWork& work) {
-                           if (work.frame == 0 || work.frame == kDefaultImageWork) return true;
+                           work.offset = {};
+                           if (webp || work.frame == 0 || work.frame == kDefaultImageWork) {
+                             work.picture = stage.canvas(work.picture);
+                             return static_cast<bool>(work.picture);
+                           }
                            const FrameLayer part =
-                               changed_part(Picture(whole[work.frame - 1]), Picture(whole[work.frame]));
+                               changed_part(Picture(parts[work.frame - 1]), Picture(parts[work.frame]));
                            work.picture = part.picture;
-                           work.offset = part.offset;
+                           work.offset = {part.offset.x + stage.x, part.offset.y + stage.y};
                            set_frame_dispose(work.record, run.draft.document.kind, 0);
                            return static_cast<bool>(part.picture);
                          });
@@ -359,18 +415,17 @@ bool run(OperationRun& run) {
   const bool clear = has_transparency(run.draft);
   if (!clear && !put_shadow(ground, run.values, place, opaque)) return false;
   put_keyline(ground, run.values, place);
+  const Stage stage = stage_of(ground, run.values, place, clear);
+  if (!stage.part) return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
   const auto change = [&](FrameWork& work) {
-    const Picture image = PictureResample(work.picture, place.width, place.height, ResampleFilter::Automatic);
-    Picture result = ground;
-    if (!image || (clear && !put_shadow(result, run.values, place, image))) return false;
-    work.picture = lay_picture(result, place.x, place.y, image) ? result : Picture();
+    work.picture = stage.shown(clear ? work.picture : opaque_true_color(work.picture), run.values);
     work.offset = {};
     set_frame_dispose(work.record, kind, 0);
     return static_cast<bool>(work.picture);
   };
   if (!change_pictures(run.draft, all_frames(entries.size()), string_text(StringId::BuildingCaption),
                        run.host, change) ||
-      !cut_to_changes(run))
+      !cut_to_changes(run, stage))
     return false;
   finish_edit(run.draft, false);
   if (!convert_colors(run.draft, {.colorType = 2}, run.host)) return false;

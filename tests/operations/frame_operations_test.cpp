@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cmath>
+#include <fstream>
 #include <functional>
 #include <numbers>
 #include <numeric>
@@ -13,10 +14,12 @@
 #include "core/model/record_picture.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
+#include "image/resample.h"
 #include "image/rotate.h"
 #include "image/text_mask.h"
 #include "operations/combine.h"
 #include "operations/operation.h"
+#include "operations/social_sizes.h"
 #include "playback/compositor.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -721,6 +724,159 @@ TEST(TextMask, IsTightAndTheSameEachTimeInEveryStyleAndScript) {
   const DrawnText wrapped = draw_text(long_text, {.points = 4, .wrap = 300});
   EXPECT_TRUE(!wrapped.large && wrapped.broken && wrapped.mask.width <= 300 && wrapped.mask.height > 8192);
   EXPECT_FALSE(draw_text("some words of a text", {.wrap = 300}).broken);
+}
+
+/// What a pixel of social media is without rows, parts or shared pictures: ground, shadow, keyline, image.
+class PlainSocial {
+ public:
+  PlainSocial(const FieldValues& values, const Canvases& frames) : values_(values), frames_(frames) {
+    const double room_w = width() - 2.0 * margin(), room_h = height() - 2.0 * margin();
+    const double scale = std::min(room_w * at("size") / 100 / frames[0].width(),
+                                  room_h * at("size") / 100 / frames[0].height());
+    w_ = std::lround(frames[0].width() * scale);
+    h_ = std::lround(frames[0].height() * scale);
+    x_ = margin() + (width() - 2 * margin() - w_) * at("across") / 100;
+    y_ = margin() + (height() - 2 * margin() - h_) * at("down") / 100;
+    for (const Picture& frame : frames)
+      images_.push_back(PictureResample(frame, static_cast<std::uint32_t>(w_), static_cast<std::uint32_t>(h_),
+                                        ResampleFilter::Automatic));
+  }
+  Colour pixel(std::size_t frame, long x, long y) const {
+    if (x >= x_ && y >= y_ && x < x_ + w_ && y < y_ + h_)
+      return PictureGetPixel(images_[frame], static_cast<std::uint32_t>(x - x_),
+                             static_cast<std::uint32_t>(y - y_)) &
+             0xFFFFFF;
+    const long line = at("keyline") ? at("keylineSize") : 0;
+    if (x >= x_ - line && y >= y_ - line && x < x_ + w_ + line && y < y_ + h_ + line)
+      return static_cast<Colour>(at("keylineColor"));
+    const int alpha = (shadow(x, y) * static_cast<int>(at("shadowOpacity")) + 50) / 100;
+    Colour result = 0;
+    for (unsigned c = 0; c < 24; c += 8) {
+      const auto over = static_cast<int>(at("shadowColor") >> c & 255),
+                 under = static_cast<int>(ground(x, y) >> c & 255);
+      result |= static_cast<Colour>(at("shadow") ? over * alpha / 255 + under * (255 - alpha) / 255 : under)
+                << c;
+    }
+    return result;
+  }
+  long width() const { return at("width"); }
+  long height() const { return at("height"); }
+
+ private:
+  long at(const char* name) const { return values_.number(name); }
+  long margin() const { return at("margin"); }
+
+  Colour ground(long x, long y) const {
+    const auto first = static_cast<Colour>(at("color1")), second = static_cast<Colour>(at("color2"));
+    if (at("process") == 0) return first;
+    Colour result = 0;
+    for (unsigned c = 0; c < 24; c += 8) {
+      double value = 0;
+      if (at("process") == 3) {
+        const Picture& image = frames_[0];
+        for (std::uint32_t i = 0; i < image.width() * image.height(); ++i)
+          value += PictureGetPixel(image, i % image.width(), i / image.width()) >> c & 255;
+        value /= image.width() * image.height();
+      } else {
+        const double share = at("gradientAngle") == 0
+                                 ? (static_cast<double>(x) + 0.5) / static_cast<double>(width())
+                                 : (static_cast<double>(y) + 0.5) / static_cast<double>(height());
+        value = (first >> c & 255) + (static_cast<double>(second >> c & 255) - (first >> c & 255)) * share;
+      }
+      result |= static_cast<Colour>(std::lround(value)) << c;
+    }
+    return result;
+  }
+  /// Three boxes over a rectangle: down, across, down ...
+  int shadow(long x, long y) const {
+    const long soft = at("shadowSoftness"), reach = 3 * soft, box = 2 * soft + 1;
+    if (mask_.empty()) {
+      wide_ = w_ + 2 * reach, high_ = h_ + 2 * reach;
+      mask_.assign(static_cast<std::size_t>(wide_ * high_), 0);
+      for (long j = 0; j < h_; ++j)
+        for (long i = 0; i < w_; ++i) mask_[static_cast<std::size_t>((j + reach) * wide_ + i + reach)] = 255;
+      for (int pass = 0; pass < (soft == 0 ? 0 : 6); ++pass) {
+        std::vector<int> next(mask_.size());
+        for (long j = 0; j < high_; ++j)
+          for (long i = 0; i < wide_; ++i) {
+            long sum = 0;
+            for (long d = -soft; d <= soft; ++d) sum += mask_at(pass % 2 ? i + d : i, pass % 2 ? j : j + d);
+            next[static_cast<std::size_t>(j * wide_ + i)] = static_cast<int>((sum + box / 2) / box);
+          }
+        mask_ = next;
+      }
+    }
+    return mask_at(x - x_ - at("shadowOffset") + reach, y - y_ - at("shadowOffset") + reach);
+  }
+  int mask_at(long i, long j) const {
+    return i < 0 || j < 0 || i >= wide_ || j >= high_ ? 0 : mask_[static_cast<std::size_t>(j * wide_ + i)];
+  }
+
+  const FieldValues& values_;
+  const Canvases& frames_;
+  Canvases images_;
+  long x_, y_, w_, h_;
+  mutable long wide_ = 0, high_ = 0;
+  mutable std::vector<int> mask_;
+};
+
+TEST(FrameOperations, SocialMediaIsAGroundAShadowAKeylineAndTheImage) {
+  const Given cases[] = {
+      {{"process", 0}, {"color1", 0x336699}, {"shadow", 0}},
+      {{"process", 0},
+       {"keyline", 1},
+       {"keylineSize", 3},
+       {"keylineColor", 0x10F0A0},
+       {"across", 0},
+       {"down", 100}},
+      {{"process", 1},
+       {"gradientAngle", 0},
+       {"color2", 0x0011EE},
+       {"shadowOffset", 30},
+       {"shadowOpacity", 80}},
+      {{"process", 1}, {"gradientAngle", 90}, {"size", 40}, {"shadowSoftness", 0}, {"shadowColor", 0x8844FF}},
+      {{"process", 3}, {"margin", 0}, {"size", 100}, {"shadowSoftness", 7}, {"across", 70}}};
+  for (const Form& form : kForms) {
+    if (form.colorType == 6) continue;
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = animation(form.kind, form.colorType, false);
+    const Canvases before = canvases_of(source);
+    for (Given given : cases) {
+      given.insert(given.begin(), {{"destination", 11}, {"width", 61}, {"height", 47}, {"margin", 4}});
+      const Canvases after = canvases_of(done("social", source, given));
+      FieldValues values = initial_values(find_operation("social")->parameters.fields);
+      for (const auto& [field, value] : given) values.set(field, value);
+      const PlainSocial plain(values, before);
+      ASSERT_EQ(after.size(), before.size());
+      for (std::size_t i = 0; i < after.size(); ++i)
+        for (long y = 0; y < plain.height(); ++y)
+          for (long x = 0; x < plain.width(); ++x)
+            ASSERT_EQ(
+                PictureGetPixel(after[i], static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)) &
+                    0xFFFFFF,
+                plain.pixel(i, x, y))
+                << ", frame " << i << ": " << x << ", " << y;
+    }
+  }
+}
+
+TEST(SocialSizes, LinesOfOnesOwnAreNamesSizesAndKilobytes) {
+  const auto size = parse_social_size("Wide strip; 970 x 250 ; 150");
+  ASSERT_TRUE(size);
+  EXPECT_EQ(size->first, "Wide strip");
+  EXPECT_EQ(std::tuple(size->second.width, size->second.height, size->second.most),
+            std::tuple(970u, 250u, 150u << 10));
+  EXPECT_EQ(parse_social_size("a;1x1")->second.most, 0u);
+  for (const char* line : {"", "a", ";1x1", "a;1x", "a;0x4", "a;4x16384", "a;4x4;", "a;4x4;0", "a;4x4;5 MB"})
+    EXPECT_FALSE(parse_social_size(line)) << line;
+  const testing::ScratchFolder folder;
+  const auto before = std::exchange(socialSizesFile, folder / "sizes.txt");
+  std::ofstream(socialSizesFile) << "# mine\r\nTall;100x300\r\nnonsense\nFlat;300x100;9\n";
+  EXPECT_EQ(social_destinations().size(), 14u);
+  EXPECT_STREQ(social_destinations()[12].name, "Tall");
+  EXPECT_EQ(social_size(13)->most, 9u << 10);
+  EXPECT_TRUE(social_sizes_fault().starts_with("Line 3 of sizes.txt")) << social_sizes_fault();
+  socialSizesFile = before;
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ FileLook look_of_lent(const DocumentWindow& window) {
   const Extent size = document_size(window.list, window.document);
   look.size = QSize(static_cast<int>(size.width), static_cast<int>(size.height));
   look.animated = entries.size() > 1;
-  look.detail = QObject::tr("%1 x %2, %n image(s)", nullptr, static_cast<int>(entries.size()))
+  look.detail = QObject::tr("        (%1 x %2), %n image(s)", nullptr, static_cast<int>(entries.size()))
                     .arg(size.width)
                     .arg(size.height);
   const Picture first = entries.empty() ? Picture() : picture_of(window.list.record(entries.front()));
@@ -63,11 +63,11 @@ QString first_folder(const QString& now) {
 FileLook look_of_document(Thumbnails& thumbnails, const QString& path) {
   if (const DocumentWindow* lent = lent_document(path.toStdString())) return look_of_lent(*lent);
   FileLook look = thumbnails.look(path);
-  look.detail = look.detail.trimmed();
   if (look.detail.isEmpty() && !look.size.isEmpty())
-    look.detail = QStringLiteral("(%1 x %2)").arg(look.size.width()).arg(look.size.height());
+    look.detail = QStringLiteral("        (%1 x %2)").arg(look.size.width()).arg(look.size.height());
   if (look.animated)
-    look.detail += (look.detail.isEmpty() ? QString() : QStringLiteral(", ")) + QObject::tr("animation");
+    look.detail += (look.detail.isEmpty() ? QStringLiteral("        ") : QStringLiteral(", ")) +
+                   QObject::tr("animation");
   return look;
 }
 
