@@ -25,11 +25,61 @@ std::uint64_t size_of(const fs::path& path) {
   return error ? 0 : size;
 }
 
+/// Targets at which something stands, and what a person says of them.
+class Contest {
+ public:
+  Contest(const BatchRun& run, const BatchTargets& targets) : run_(run), targets_(targets) {}
+
+  bool cancelled() const { return cancelled_; }
+  /// The row gets the target that is written; the result where none is.
+  std::optional<BatchResult> settle(BatchRow& row, const Picture& result) {
+    const std::lock_guard lock(mutex_);
+    if (cancelled_) return BatchResult::Cancelled;
+    if (!targets_.taken(row.target)) return take(row, row.target);
+    const OverwriteChoice choice = rest_      ? *rest_
+                                   : run_.ask ? run_.ask(row.target, result)
+                                              : OverwriteChoice();
+    if (choice.rest) rest_ = choice;
+    switch (choice.answer) {
+      case OverwriteAnswer::Skip:
+        return BatchResult::Skipped;
+      case OverwriteAnswer::Cancel:
+        cancelled_ = true;
+        return BatchResult::Cancelled;
+      case OverwriteAnswer::KeepBoth:
+        return take(row, targets_.unique(row.target));
+      case OverwriteAnswer::NewName:
+        return take(row, choice.name);
+      case OverwriteAnswer::Overwrite:
+        break;
+    }
+    return take(row, row.target);
+  }
+
+ private:
+  std::optional<BatchResult> take(BatchRow& row, const fs::path& path) {
+    if (path.empty()) {
+      row.reason = string_text(StringId::NoUniqueName);
+      return BatchResult::BadWrite;
+    }
+    row.target = path;
+    targets_.take(path);
+    return std::nullopt;
+  }
+
+  const BatchRun& run_;
+  BatchTargets targets_;
+  std::optional<OverwriteChoice> rest_;
+  std::atomic<bool> cancelled_ = false;
+  std::mutex mutex_;
+};
+
 /// One file on its way.
 class FileAtWork {
  public:
-  FileAtWork(const BatchRun& run, BatchRow& row, const std::atomic<bool>& stop)
-      : run_(run), row_(row), stop_(stop) {
+  /// `contest`: where a person is asked about its target; else null.
+  FileAtWork(const BatchRun& run, BatchRow& row, const std::atomic<bool>& stop, Contest* contest)
+      : run_(run), row_(row), stop_(stop), contest_(contest) {
     host_.stop_requested = [&stop] { return stop.load(); };
     host_.message = [this](const Message& message) {
       if (message.option || !row_.reason.empty()) return;  // a warning, or what followed from the first
@@ -70,17 +120,18 @@ class FileAtWork {
       return BatchResult::BadRead;
     }
     if (!run_.work.apply(window, host_)) return failed();
-    if (!make_folder() || !save(window)) return BatchResult::BadWrite;
-    if (run_.thumbnails)
+    if (run_.thumbnails || contest_)
       if (const auto entries = frame_entries(window); !entries.empty())
         shown_ = frame_layer_of(frame_source_of(window), window.list.record(entries.front())).picture;
-    return BatchResult::Ok;
+    if (const auto settled = settle()) return *settled;
+    return make_folder() && save(window) ? BatchResult::Ok : BatchResult::BadWrite;
   }
 
   BatchResult do_picture(const Picture& picture) {
     if (!picture) return BatchResult::BadRead;
     shown_ = run_.work.applyToPicture(picture, host_);
     if (!shown_) return failed();
+    if (const auto settled = settle()) return *settled;
     const bool written = make_folder() && GraphicFileWrite(row_.target.string(), shown_);
     return written ? BatchResult::Ok : BatchResult::BadWrite;
   }
@@ -89,6 +140,8 @@ class FileAtWork {
     return run_.work.save ? run_.work.save(window, row_.source, row_.target, host_)
                           : save_document(window, row_.target, host_);
   }
+
+  std::optional<BatchResult> settle() { return contest_ ? contest_->settle(row_, shown_) : std::nullopt; }
 
   BatchResult failed() const { return stop_ ? BatchResult::Cancelled : BatchResult::ObjectError; }
 
@@ -102,14 +155,15 @@ class FileAtWork {
   const BatchRun& run_;
   BatchRow& row_;
   const std::atomic<bool>& stop_;
+  Contest* contest_;
   Host host_;
   Picture shown_;
 };
 
-void work_on(const BatchRun& run, BatchRow& row, const std::atomic<bool>& stop) {
+void work_on(const BatchRun& run, BatchRow& row, const std::atomic<bool>& stop, Contest* contest) {
   const auto begin = std::chrono::steady_clock::now();
   try {
-    FileAtWork(run, row, stop).work();
+    FileAtWork(run, row, stop, contest).work();
   } catch (const std::bad_alloc&) {
     row.result = BatchResult::BlockAccessError;
     row.reason = string_text(StringId::MemoryError);
@@ -150,15 +204,16 @@ class Telling {
   std::size_t next_ = 0;
 };
 
-/// The rows, and which of them are settled.
-std::vector<BatchRow> settled_rows(const BatchRun& run, std::span<const BatchFile> files,
-                                   std::vector<bool>& settled) {
-  BatchTargets targets(run.naming);
+enum class Fate { Open, Settled, Contested };
+
+/// The rows, and what is known of them before they are read.
+std::vector<BatchRow> settled_rows(BatchTargets& targets, std::span<const BatchFile> files,
+                                   std::vector<Fate>& fates) {
   std::vector<BatchRow> rows;
   rows.reserve(files.size());
   for (const BatchFile& file : files) {
     BatchTarget target = targets.settle(file);
-    settled.push_back(target.settled.has_value());
+    fates.push_back(target.settled ? Fate::Settled : target.contested ? Fate::Contested : Fate::Open);
     rows.push_back({.source = file.source,
                     .target = std::move(target.path),
                     .result = target.settled.value_or(BatchResult::Ok),
@@ -170,19 +225,23 @@ std::vector<BatchRow> settled_rows(const BatchRun& run, std::span<const BatchFil
 }  // namespace
 
 std::vector<BatchRow> plan_batch(const BatchRun& run, std::span<const BatchFile> files) {
-  std::vector<bool> settled;
-  return settled_rows(run, files, settled);
+  std::vector<Fate> fates;
+  BatchTargets targets(run.naming);
+  return settled_rows(targets, files, fates);
 }
 
 std::vector<BatchRow> run_batch(const BatchRun& run, std::span<const BatchFile> files,
                                 const std::atomic<bool>& stop,
                                 const std::function<void(const BatchRow&)>& told) {
-  std::vector<bool> settled;
-  std::vector<BatchRow> rows = settled_rows(run, files, settled);
+  std::vector<Fate> fates;
+  BatchTargets targets(run.naming);
+  std::vector<BatchRow> rows = settled_rows(targets, files, fates);
+  Contest contest(run, targets);
   Telling telling(rows, told);
   parallel_jobs(rows.size(), run.jobs, [&](std::size_t i) {
-    if (stop) return;
-    if (!settled[i]) work_on(run, rows[i], stop);
+    if (stop || contest.cancelled()) return;
+    if (fates[i] != Fate::Settled)
+      work_on(run, rows[i], stop, fates[i] == Fate::Contested ? &contest : nullptr);
     telling.done(i);
   });
   if (telling.finish()) {

@@ -8,9 +8,23 @@
 
 namespace vellum {
 
+/// What a person says where something stands at the target.
+enum class OverwriteAnswer { Overwrite = 1, KeepBoth = 2, Skip = 3, Cancel = 4, NewName = 5 };
+
+struct OverwriteChoice {
+  OverwriteAnswer answer = OverwriteAnswer::Overwrite;
+  std::filesystem::path name;  ///< for NewName: the target in place of the old one
+  bool rest = false;           ///< the answer holds for all that follow; of Overwrite, KeepBoth and Skip
+};
+
+/// Asked by workers, one at a time: `result` is what would be written.
+using AskOverwrite =
+    std::function<OverwriteChoice(const std::filesystem::path& target, const Picture& result)>;
+
 struct BatchRun {
   BatchWork work;
   BatchNaming naming;
+  AskOverwrite ask = {};    ///< for Overwrite::Ask; without it that overwrites
   bool stills = false;      ///< pictures of the graphic formats, each written in its own format
   bool thumbnails = false;  ///< a small picture beside each result
   bool hiddenThumbnails = false;
@@ -19,8 +33,8 @@ struct BatchRun {
 
 /// Works on the files, no more of them at a time than there are jobs, and calls `told` with the row of each
 /// in their order, whatever the number of jobs; from several threads, one after the other. A fault in one
-/// file is its row, and the others go on. After a stop comes a last row without a path. Sources are not
-/// changed but where a target is one.
+/// file is its row, and the others go on. After a stop, and after an answer of Cancel, comes a last row
+/// without a path. Sources are not changed but where a target is one.
 std::vector<BatchRow> run_batch(const BatchRun& run, std::span<const BatchFile> files,
                                 const std::atomic<bool>& stop,
                                 const std::function<void(const BatchRow&)>& told);

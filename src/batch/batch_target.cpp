@@ -50,6 +50,7 @@ BatchTarget BatchTargets::settle(const BatchFile& file) {
       target.settled = BatchResult::BadWrite;
       target.reason = "exists";
     }
+    target.contested = naming_.overwrite == Overwrite::Ask;
     if (naming_.overwrite == Overwrite::KeepBoth) {
       const fs::path free = unique(target.path);
       if (free.empty()) {
@@ -60,7 +61,7 @@ BatchTarget BatchTargets::settle(const BatchFile& file) {
       }
     }
   }
-  if (!target.settled) take(target.path);
+  if (!target.settled && !target.contested) take(target.path);
   return target;
 }
 

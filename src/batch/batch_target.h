@@ -15,6 +15,7 @@ enum class Overwrite {
   KeepBoth,
   Skip,
   Fail,  ///< the file is not written, which is an error
+  Ask,   ///< a person decides, once the result is there
 };
 
 struct BatchNaming {
@@ -29,6 +30,7 @@ struct BatchTarget {
   std::filesystem::path path;
   std::optional<BatchResult> settled;
   std::string reason;
+  bool contested = false;  ///< something stands there, and a person is to be asked
 };
 
 /// Settles targets, one after the other: a name that an earlier file of the run has taken counts as standing

@@ -128,7 +128,7 @@ const CommandRow kCommands[] = {
     {327, "&Watermark", Menu::Animation, 2, Entries, kAnimations, nullptr, operation_command<327>},
     {307, "Image &Strip", Menu::Animation, 3, Entries, kAnimations, "strip", image_strip_command},
     {56, "&View\tCtrl+W", Menu::Animation, 3, Entries, {}, "view", view_command},
-    {331, "Batch processor", Menu::Animation, 4, Nothing, {}, "batch", kLater},
+    {331, "Batch processor", Menu::Animation, 4, Nothing, {}, "batch", batch_command},
 
     {124, "Export image", Menu::None, 0, Entries, kAnimations, nullptr, export_image_command},
     {320, "Move to", Menu::None, 0, Entries, kAnimations, nullptr, operation_command<320>},

@@ -109,6 +109,7 @@ void generator_command(MainWindow& main) {
 }
 /// The animation wizard, whose animation becomes a document in a window of its own.
 void wizard_command(MainWindow& main);
+void batch_command(MainWindow& main);
 /// Asks for a file of an import, which becomes a document in a window of its own.
 void run_import_command(MainWindow& main, int number);
 template <int Number>

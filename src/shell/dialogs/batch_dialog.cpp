@@ -1,0 +1,305 @@
+#include "shell/dialogs/batch_dialog.h"
+
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMenu>
+#include <QShortcut>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+
+#include "batch/batch_run.h"
+#include "batch/settings.h"
+#include "configuration/shell_settings.h"
+#include "core/files/open_document.h"
+#include "shell/dialogs/batch_progress.h"
+#include "shell/dialogs/batch_setup.h"
+#include "shell/dialogs/destination_dialog.h"
+#include "shell/dialogs/folder_actions.h"
+#include "shell/dialogs/operation_dialog.h"
+#include "shell/look/style.h"
+#include "shell/look/text.h"
+#include "shell/widgets/dialog_frame.h"
+
+namespace vellum {
+namespace {
+
+constexpr QSize kFirstSize(860, 560), kLeastSize(560, 360);
+constexpr int kLeastTree = 140, kFirstTree = 240, kLeastRow = 32, kMostRow = 256, kRefreshRest = 300;
+
+QString first_folder() {
+  const QString kept = to_qt(settings::BatchProcessorPath);
+  if (!kept.isEmpty() && QDir(kept).exists()) return QDir::cleanPath(kept);
+  const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  return QDir(pictures).exists() ? QDir::cleanPath(pictures) : QDir::homePath();
+}
+
+int row_height() { return std::clamp(settings::BatchProcessorItemHeight, kLeastRow, kMostRow); }
+
+BatchRun run_of(const Operation& operation, const FieldValues& values, const QString& destination) {
+  static constexpr Overwrite modes[] = {Overwrite::Silently, Overwrite::Ask, Overwrite::KeepBoth};
+  BatchRun run;
+  run.work = operation_work(
+      operation, [values](const DocumentWindow&) { return std::optional(values); },
+      settings::BPAutoUpsample != 0);
+  run.naming.destination = to_path(destination);
+  run.naming.overwrite = modes[std::clamp(settings::BPOverwriteMode, 0, 2)];
+  run.naming.makes = operation.makes;
+  if (settings::BPUsePrefixes != 0) run.naming.prefix = batch_prefix(operation, true);
+  run.thumbnails = settings::BatchProcessorTHNL != 0;
+  run.hiddenThumbnails = settings::BatchProcessorHiddenTHNL != 0;
+  return run;
+}
+
+}  // namespace
+
+std::vector<const Operation*> batch_operations() {
+  std::vector<const Operation*> all;
+  for (const Operation* operation : operation_table())
+    if (operation->result != OperationResult::Files) all.push_back(operation);
+  std::ranges::stable_sort(all, [](const Operation* a, const Operation* b) {
+    const auto place = [](const Operation* o) { return o->batch < 0 ? 1000 : o->batch; };
+    return place(a) != place(b)
+               ? place(a) < place(b)
+               : std::string_view(a->parameters.title) < std::string_view(b->parameters.title);
+  });
+  return all;
+}
+
+BatchDialog::BatchDialog(Services& services, QWidget* parent)
+    : QDialog(parent),
+      services_(services),
+      operations_(batch_operations()),
+      thumbnails_(static_cast<int>(row_height() * devicePixelRatioF())),
+      process_(new QComboBox(this)),
+      panes_(new QSplitter(this)),
+      status_(new QLabel(this)) {
+  setWindowTitle(tr("Batch processor"));
+  setObjectName(QStringLiteral("BatchDialog"));
+  setWindowFlag(Qt::WindowMaximizeButtonHint);
+  QVBoxLayout* layout = dialog_layout(*this);
+  layout->setSpacing(style::kGap);
+  make_panes();
+  make_controls(*layout);
+  connect_parts();
+  setMinimumSize(kLeastSize);
+  const QSize kept(settings::BatchProcessorDialogWide, settings::BatchProcessorDialogDeep);
+  resize(kept.isEmpty() ? kFirstSize : kept.expandedTo(kLeastSize));
+  const int tree = settings::BatchProcessorTreeWide > 0 ? settings::BatchProcessorTreeWide : kFirstTree;
+  const int files =
+      settings::BatchProcessorFilesWide > 0 ? settings::BatchProcessorFilesWide : width() - tree;
+  panes_->setSizes({std::max(tree, kLeastTree), files});
+  show_folder(first_folder());
+}
+
+void BatchDialog::make_panes() {
+  panes_->setChildrenCollapsible(false);
+  folders_ = new FolderTree(panes_);
+  folders_->setAccessibleName(tr("Folders"));
+  folders_->setMinimumWidth(kLeastTree);
+  auto* right = new QWidget(panes_);
+  auto* column = new QVBoxLayout(right);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(style::kGap);
+  line_ = new FolderLine(right);
+  column->addWidget(line_);
+  files_ = new ThumbnailList([this](const QString& path) { return thumbnails_.look(path); }, right);
+  files_->setAccessibleName(tr("Files"));
+  files_->setObjectName(QStringLiteral("files"));
+  files_->set_form({.height = row_height()});
+  files_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  files_->setContextMenuPolicy(Qt::CustomContextMenu);
+  column->addWidget(files_, 1);
+  panes_->setStretchFactor(1, 1);
+}
+
+void BatchDialog::make_controls(QVBoxLayout& layout) {
+  auto* top = new QHBoxLayout;
+  top->setSpacing(style::kGap);
+  auto* label = new QLabel(tr("&Process:"), this);
+  label->setBuddy(process_);
+  for (const Operation* row : operations_) process_->addItem(to_qt(row->parameters.title));
+  process_->setCurrentIndex(std::clamp(settings::BatchProcessorProcess, 0, process_->count() - 1));
+  process_->setObjectName(QStringLiteral("process"));
+  auto* setup = new QPushButton(tr("Set&up..."), this);
+  setup->setAutoDefault(false);
+  connect(setup, &QPushButton::clicked, this, [this] { edit_batch_settings(services_, this); });
+  top->addWidget(label);
+  top->addWidget(process_, 1);
+  top->addWidget(setup);
+  layout.addLayout(top);
+  layout.addWidget(panes_, 1);
+  status_->setTextFormat(Qt::PlainText);
+  layout.addWidget(status_);
+  QDialogButtonBox* buttons = add_buttons(*this, QDialogButtonBox::Close, QStringLiteral("BATCHPROCESSOR"));
+  start_ = buttons->addButton(tr("&Start..."), QDialogButtonBox::ActionRole);
+  start_->setDefault(true);
+  connect(start_, &QPushButton::clicked, this, &BatchDialog::run);
+  layout.addWidget(buttons);
+}
+
+void BatchDialog::connect_parts() {
+  connect(process_, &QComboBox::activated, this, [](int index) { settings::BatchProcessorProcess = index; });
+  connect(folders_, &FolderTree::folder_chosen, this, &BatchDialog::show_folder);
+  connect(line_, &FolderLine::folder_chosen, this, &BatchDialog::show_folder);
+  connect(&listing_, &FolderDocuments::listed, this, [this](const QStringList& paths) {
+    files_->set_paths(paths);
+    show_status();
+  });
+  connect(&thumbnails_, &Thumbnails::made, this, [this] { files_->refresh_looks(); });
+  connect(files_, &ThumbnailList::selection_changed, this, &BatchDialog::show_status);
+  connect(files_, &ThumbnailList::opened, this, &BatchDialog::view_file);
+  connect(files_, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) {
+    QMenu menu(this);
+    fill_menu(menu);
+    menu.exec(files_->viewport()->mapToGlobal(place));
+  });
+  folders_->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(folders_, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) {
+    QMenu menu(this);
+    add_folder_actions(menu, folder_, services_, this,
+                       [this](const QString& folder) { show_folder(folder); });
+    menu.exec(folders_->viewport()->mapToGlobal(place));
+  });
+  connect(new QShortcut(QKeySequence::Refresh, this), &QShortcut::activated, this, [this] { refresh(true); });
+  connect(new QShortcut(QKeySequence::Delete, files_, nullptr, nullptr, Qt::WidgetShortcut),
+          &QShortcut::activated, this, [this] { delete_selected(false); });
+  refreshLater_.setSingleShot(true);
+  refreshLater_.setInterval(kRefreshRest);
+  connect(&refreshLater_, &QTimer::timeout, this, [this] { refresh(false); });
+  connect(&watcher_, &QFileSystemWatcher::directoryChanged, this, [this] { refreshLater_.start(); });
+  connect(panes_, &QSplitter::splitterMoved, this, [this] {
+    settings::BatchProcessorTreeWide = panes_->sizes().at(0);
+    settings::BatchProcessorFilesWide = panes_->sizes().at(1);
+  });
+}
+
+void BatchDialog::show_folder(const QString& folder) {
+  if (folder.isEmpty() || folder == folder_) return;
+  folder_ = folder;
+  settings::BatchProcessorPath = to_path(folder).string();
+  line_->show_folder(folder);
+  folders_->show_folder(folder);
+  if (!watcher_.directories().isEmpty()) watcher_.removePaths(watcher_.directories());
+  if (settings::WatchFolders != 0) watcher_.addPath(folder);
+  files_->set_paths({});
+  refresh(false);
+}
+
+void BatchDialog::refresh(bool all) {
+  thumbnails_.forget_changed(all);
+  listing_.list(folder_, false);
+  files_->refresh_looks();
+  show_status();
+}
+
+void BatchDialog::show_status() {
+  const auto selected = files_->selected_rows().size();
+  start_->setEnabled(selected > 0);
+  status_->setText(listing_.at_work() && files_->paths().isEmpty()
+                       ? tr("Reading the folder...")
+                       : tr("%1 files (%2 selected)").arg(files_->paths().size()).arg(selected));
+}
+
+void BatchDialog::choose(const Operation& operation) {
+  const auto row = std::ranges::find(operations_, &operation);
+  if (row != operations_.end()) process_->setCurrentIndex(static_cast<int>(row - operations_.begin()));
+}
+
+const Operation& BatchDialog::operation() const {
+  return *operations_[static_cast<std::size_t>(process_->currentIndex())];
+}
+
+/// The dialog of the operation over the first of the files.
+std::optional<FieldValues> BatchDialog::ask_values(const QString& sample) {
+  DocumentWindow window;
+  Host silent;
+  if (!QFileInfo::exists(sample)) {
+    services_.host.show(StringId::FileNotFound);
+    return std::nullopt;
+  }
+  if (!open_document(window, to_path(sample), silent) ||
+      !takes_kind(operation().parameters, window.document.kind)) {
+    services_.host.show(StringId::ErrorAccessingChunk, {}, to_path(sample).string());
+    return std::nullopt;
+  }
+  window.list.select_all(true);
+  const auto choice = ask_for_operation(operation(), window, services_, this);
+  return choice ? std::optional(choice->values) : std::nullopt;
+}
+
+bool BatchDialog::run() {
+  const QStringList paths = files_->selected_paths();
+  if (paths.isEmpty()) {
+    services_.host.show(StringId::SelectionNotFound);
+    return false;
+  }
+  const auto values = ask_values(paths.front());
+  const auto destination = values ? choose_destination(services_, this) : std::nullopt;
+  if (!destination) return false;
+  std::vector<BatchFile> files;
+  for (const QString& path : paths) files.push_back({to_path(path), {}});
+  line_->remember(folder_);
+  BatchProgress(run_of(operation(), *values, *destination), std::move(files), services_, this).exec();
+  refresh(false);
+  return true;
+}
+
+void BatchDialog::view_file(const QString& path) {
+  DocumentWindow window;
+  if (open_document(window, to_path(path), services_.host) && view) view(window);
+}
+
+bool BatchDialog::wants_deleting(const QStringList& paths, bool named) {
+  const bool trash = settings::BPUseRecycleBin != 0;
+  const auto ask = [&](StringId id, const std::string& value) {
+    const Message question{id, {}, filled(id, {value}), {}, nullptr};
+    return !services_.host.ask || services_.host.ask(question, false) == Answer::Yes;
+  };
+  if (paths.size() == 1 && !named)
+    return ask(trash ? StringId::TrashSelectedQuestion : StringId::DeleteSelectedQuestion, {});
+  if (paths.size() == 1)
+    return ask(trash ? StringId::TrashThisQuestion : StringId::DeleteThisQuestion,
+               QFileInfo(paths.front()).fileName().toStdString());
+  return ask(trash ? StringId::TrashSeveralQuestion : StringId::DeleteSeveralQuestion,
+             std::to_string(paths.size()));
+}
+
+void BatchDialog::delete_selected(bool named) {
+  const QStringList paths = files_->selected_paths();
+  if (paths.isEmpty() || !wants_deleting(paths, named)) return;
+  bool trash = settings::BPUseRecycleBin != 0;
+  for (const QString& path : paths) {
+    if (trash && QFile::moveToTrash(path)) continue;
+    const std::string name = QFileInfo(path).fileName().toStdString();
+    if (trash) {
+      const Message question{
+          StringId::NoTrashQuestion, {}, filled(StringId::NoTrashQuestion, {name}), {}, nullptr};
+      if (services_.host.ask && services_.host.ask(question, false) != Answer::Yes) break;
+      trash = false;  // one answer holds for the rest
+    }
+    if (!QFile::remove(path)) services_.host.show(StringId::FileNotRemoved, {}, name);
+  }
+  refresh(false);
+}
+
+void BatchDialog::fill_menu(QMenu& menu) {
+  const QStringList selected = files_->selected_paths();
+  menu.addAction(tr("&Delete"), this, [this] { delete_selected(true); })->setEnabled(!selected.isEmpty());
+  menu.addAction(tr("Select &all"), files_, &QListView::selectAll);
+  menu.addAction(tr("Select &none"), files_, &QListView::clearSelection)->setEnabled(!selected.isEmpty());
+  menu.addAction(tr("&Refresh"), this, [this] { refresh(true); });
+  menu.addAction(tr("&View"), this, [this, selected] { view_file(selected.value(0)); })
+      ->setEnabled(!selected.isEmpty());
+}
+
+void BatchDialog::done(int result) {
+  if (!isMaximized() && isVisible()) {
+    settings::BatchProcessorDialogWide = width();
+    settings::BatchProcessorDialogDeep = height();
+  }
+  QDialog::done(result);
+}
+
+}  // namespace vellum
