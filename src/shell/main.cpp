@@ -12,6 +12,7 @@
 #include "shell/look/program_style.h"
 #include "shell/look/text.h"
 #include "shell/widgets/screen_room.h"
+#include "shell/window/commands.h"
 #include "shell/window/main_window.h"
 #include "shell/window/recovery_dialog.h"
 #include "shell/window/screenshot.h"
@@ -55,6 +56,7 @@ std::optional<int> answer_at_once(const StartOptions& options) {
 void start(MainWindow& window, Recovery& recovery, const StartOptions& options) {
   show_main_window(window);
   QTimer::singleShot(0, &window, [&window, &recovery, options] {
+    add_plugins(window);
     offer_recovery(recovery, window);
     if (options.file.empty())
       show_start_screens(window);

@@ -110,6 +110,8 @@ void generator_command(MainWindow& main) {
 /// The animation wizard, whose animation becomes a document in a window of its own.
 void wizard_command(MainWindow& main);
 void batch_command(MainWindow& main);
+/// Adds the plugins that are there to the end of the Create menu.
+void add_plugins(MainWindow& main);
 /// Asks for a file of an import, which becomes a document in a window of its own.
 void run_import_command(MainWindow& main, int number);
 template <int Number>
