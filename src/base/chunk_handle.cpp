@@ -36,9 +36,9 @@ ChunkHandle ChunkHandle::copy_of(std::span<const std::uint8_t> bytes, std::size_
 }
 
 ChunkHandle ChunkHandle::kept(const ChunkHandle& block, std::size_t head,
-                              std::shared_ptr<const BlockSource> source) {
+                              std::shared_ptr<const BlockSource> source, BlockPacker pack) {
   ChunkHandle handle;
-  handle.kept_ = std::make_shared<KeptBlock>(block, head, std::move(source));
+  handle.kept_ = std::make_shared<KeptBlock>(block, head, std::move(source), pack);
   handle.size_ = block.size();
   return handle;
 }
@@ -48,10 +48,7 @@ const std::uint8_t* ChunkHandle::kept_head() const { return kept_->head(); }
 
 std::shared_ptr<const BlockSource> ChunkHandle::source() const { return kept_ ? kept_->source() : nullptr; }
 
-std::size_t ChunkHandle::held_bytes() const {
-  const auto made_again = source();
-  return made_again ? made_again->held_bytes() : size_;
-}
+std::size_t ChunkHandle::held_bytes() const { return kept_ ? kept_->held_bytes() : size_; }
 
 std::uint8_t* ChunkHandle::edit() {
   if (kept_ || block_.use_count() > 1) {

@@ -17,9 +17,16 @@ class BlockSource {
   virtual ~BlockSource() = default;
   /// The whole block as it was, in memory of its own; null when that is exhausted. Asked on any thread.
   virtual ChunkHandle make() const = 0;
+  /// Whether `make` knows all that it needs; a source for which this is false only tells where a block came
+  /// from.
+  virtual bool can_make() const { return true; }
   /// Bytes of memory that the source itself takes.
   virtual std::size_t held_bytes() const = 0;
 };
+
+/// Makes a source of a block that has none: its content, packed. Null where that gains nothing. Asked on any
+/// thread.
+using BlockPacker = std::shared_ptr<const BlockSource> (*)(const ChunkHandle& block);
 
 /// An owning value: a zero-filled block of bytes, shared when copied and copied on its first write. Copying a
 /// handle therefore costs no bytes. Reading never detaches; `edit()` is the one call that does.
@@ -40,9 +47,10 @@ class ChunkHandle {
   /// read as a string); null when memory is exhausted.
   static ChunkHandle copy_of(std::span<const std::uint8_t> bytes, std::size_t spare = 1);
   /// The block as one that the memory budget holds. `head` bytes of its beginning always stay in memory. A
-  /// block that is a kept one shares its memory with the new one.
+  /// block that is a kept one shares its memory with the new one. Where `source` can't make the block, `pack`
+  /// is asked for another before the memory is let go; without either it stays.
   static ChunkHandle kept(const ChunkHandle& block, std::size_t head,
-                          std::shared_ptr<const BlockSource> source);
+                          std::shared_ptr<const BlockSource> source, BlockPacker pack = nullptr);
 
   explicit operator bool() const { return block_ || kept_; }
   std::size_t size() const { return size_; }
@@ -50,7 +58,8 @@ class ChunkHandle {
   std::span<const std::uint8_t> bytes() const { return {data(), size_}; }
   /// The beginning of the block: of a kept one as many bytes as always stay, of others all.
   const std::uint8_t* head() const { return kept_ ? kept_head() : block_.get(); }
-  /// What makes the bytes of a kept block again; null for others.
+  bool is_kept() const { return kept_ != nullptr; }
+  /// What a kept block came from, and what it was packed to does not count; null for others.
   std::shared_ptr<const BlockSource> source() const;
   /// Which block this is, for comparing.
   const void* identity() const { return kept_ ? static_cast<const void*>(kept_.get()) : block_.get(); }
@@ -67,6 +76,7 @@ class ChunkHandle {
  private:
   friend class BlockPin;
   friend class KeptBlock;
+  friend class MemoryBudget;
   const std::uint8_t* kept_bytes() const;
   const std::uint8_t* kept_head() const;
 

@@ -9,7 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <utility>
 
+#include "base/file_mapping.h"
 #include "base/string_table.h"
 #include "base/text.h"
 
@@ -34,8 +36,8 @@ class Descriptor {
   ~Descriptor() {
     if (fd_ >= 0) close(fd_);
   }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
   int get() const { return fd_; }
 
  private:
@@ -67,13 +69,18 @@ bool write_all(int fd, std::span<const std::uint8_t> bytes) {
   return true;
 }
 
-/// The first `most` bytes, or what is there; a file of more than `limit` is refused.
-std::optional<FileContent> read_bytes(const std::filesystem::path& path, std::string& reason,
-                                      std::uint64_t limit, std::uint64_t most) {
+/// A regular file of at most `limit` bytes that is open, and how long it is.
+struct OpenFile {
+  Descriptor descriptor;
+  std::uint64_t size = 0;
+};
+
+std::optional<OpenFile> open_file(const std::filesystem::path& path, std::string& reason,
+                                  std::uint64_t limit) {
   // Not blocking: a name of a pipe must not hang the program.
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  OpenFile file{Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))};
   struct stat status {};
-  if (file.get() < 0 || fstat(file.get(), &status) != 0) {
+  if (file.descriptor.get() < 0 || fstat(file.descriptor.get(), &status) != 0) {
     reason = std::strerror(errno);
     return std::nullopt;
   }
@@ -81,19 +88,24 @@ std::optional<FileContent> read_bytes(const std::filesystem::path& path, std::st
     reason = S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : "not a regular file";
     return std::nullopt;
   }
-  if (static_cast<std::uint64_t>(status.st_size) > limit) {
+  file.size = static_cast<std::uint64_t>(status.st_size);
+  if (file.size > limit) {
     reason = "the file is too long";
     return std::nullopt;
   }
-  ChunkHandle block = ChunkHandle::create_for_overwrite(
-      static_cast<std::size_t>(std::min(static_cast<std::uint64_t>(status.st_size), most)));
+  return file;
+}
+
+/// The first `most` bytes, or what is there.
+std::optional<FileContent> read_bytes(const OpenFile& file, std::string& reason, std::uint64_t most) {
+  ChunkHandle block = ChunkHandle::create_for_overwrite(static_cast<std::size_t>(std::min(file.size, most)));
   if (!block) {
     reason = std::strerror(ENOMEM);
     return std::nullopt;
   }
   std::size_t have = 0;
   while (have < block.size()) {
-    const ssize_t got = read(file.get(), block.edit() + have, block.size() - have);
+    const ssize_t got = read(file.descriptor.get(), block.edit() + have, block.size() - have);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) {
       reason = std::strerror(errno);
@@ -108,14 +120,33 @@ std::optional<FileContent> read_bytes(const std::filesystem::path& path, std::st
 
 }  // namespace
 
+FileContent::FileContent(std::shared_ptr<const FileMapping> mapping) : mapping_(std::move(mapping)) {}
+
+std::span<const std::uint8_t> FileContent::span() const {
+  return mapping_ ? mapping_->bytes() : block_.bytes();
+}
+
+bool FileContent::intact() const { return !mapping_ || mapping_->intact(); }
+
 std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
                                      std::uint64_t limit) {
-  return read_bytes(path, reason, limit, limit);
+  const auto file = open_file(path, reason, limit);
+  return file ? read_bytes(*file, reason, limit) : std::nullopt;
+}
+
+std::optional<FileContent> map_file(const std::filesystem::path& path, std::string& reason,
+                                    std::uint64_t limit, std::uint64_t worth_mapping) {
+  const auto file = open_file(path, reason, limit);
+  if (!file) return std::nullopt;
+  if (file->size >= std::max<std::uint64_t>(worth_mapping, 1))
+    if (auto mapping = FileMapping::of(file->descriptor.get())) return FileContent(std::move(mapping));
+  return read_bytes(*file, reason, limit);
 }
 
 std::optional<FileContent> read_start(const std::filesystem::path& path, std::string& reason,
                                       std::size_t most) {
-  return read_bytes(path, reason, std::numeric_limits<std::uint64_t>::max(), most);
+  const auto file = open_file(path, reason, std::numeric_limits<std::uint64_t>::max());
+  return file ? read_bytes(*file, reason, most) : std::nullopt;
 }
 
 std::filesystem::path backup_path(const std::filesystem::path& path) {

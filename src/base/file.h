@@ -13,22 +13,38 @@
 
 namespace vellum {
 
-/// The bytes of a file; reads as a span.
+class FileMapping;
+
+/// The bytes of a file, in memory or, of a long one, mapped; reads as a span. Other bytes that somebody keeps
+/// may lie in one, too.
 class FileContent {
  public:
   explicit FileContent(ChunkHandle block) : block_(std::move(block)) {}
-  operator std::span<const std::uint8_t>() const { return block_.bytes(); }
-  const std::uint8_t* data() const { return block_.data(); }
-  std::size_t size() const { return block_.size(); }
+  explicit FileContent(std::shared_ptr<const FileMapping> mapping);
+  operator std::span<const std::uint8_t>() const { return span(); }
+  const std::uint8_t* data() const { return span().data(); }
+  std::size_t size() const { return span().size(); }
+  /// Whether the bytes still are those of the file as it was read. Of a mapped one that another program
+  /// changed they may not be, and where it was cut they read as zeros.
+  bool intact() const;
 
  private:
+  std::span<const std::uint8_t> span() const;
   ChunkHandle block_;
+  std::shared_ptr<const FileMapping> mapping_;
 };
+
+/// Files from this size on may be mapped. Smaller ones are read, so that they may change on the disk.
+inline constexpr std::uint64_t kWorthMapping = std::uint64_t{64} << 20;
 
 /// All bytes of a regular file of at most `limit` bytes. Empty, with `reason` set, when it cannot be opened
 /// or read whole or is too long.
 std::optional<FileContent> read_file(const std::filesystem::path& path, std::string& reason,
                                      std::uint64_t limit);
+
+/// The same, where a file of at least `worth_mapping` bytes is mapped: its bytes take no memory.
+std::optional<FileContent> map_file(const std::filesystem::path& path, std::string& reason,
+                                    std::uint64_t limit, std::uint64_t worth_mapping = kWorthMapping);
 
 /// The first bytes of a regular file, `most` or what is there. Empty as above.
 std::optional<FileContent> read_start(const std::filesystem::path& path, std::string& reason,

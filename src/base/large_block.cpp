@@ -1,6 +1,10 @@
 #include "base/large_block.h"
 
+#include <algorithm>
+#include <deque>
+#include <mutex>
 #include <optional>
+#include <vector>
 
 #include "base/scratch_pages.h"
 
@@ -18,16 +22,71 @@ struct Region {
   std::size_t used = 0;
 };
 
-/// Gives the pages of a block back, and keeps its region for as long as it lives.
-struct FreeBlock {
+/// A piece of a region.
+struct Piece {
   std::shared_ptr<ScratchPages> region;
-  std::size_t offset, bytes;
-  void operator()(std::uint8_t*) const { region->release(offset, bytes); }
+  std::size_t offset = 0, bytes = 0;
+  void release() const {
+    if (region) region->release(offset, bytes);
+  }
+};
+
+/// Blocks that were freed last, with their pages: whoever works on frames one after the other frees one and
+/// wants another of the same size, and fresh pages cost more than much of the work.
+class RecentBlocks {
+ public:
+  static RecentBlocks& instance() {
+    static auto* blocks = new RecentBlocks;  // blocks of static objects may outlive anything else
+    return *blocks;
+  }
+
+  /// One of this size; an empty piece where there is none.
+  Piece take(std::size_t bytes) {
+    const std::lock_guard guard(lock_);
+    const auto found = std::ranges::find(pieces_, bytes, &Piece::bytes);
+    if (found == pieces_.end()) return {};
+    Piece piece = std::move(*found);
+    pieces_.erase(found);
+    held_ -= bytes;
+    return piece;
+  }
+
+  void put(Piece piece) {
+    std::vector<Piece> gone;
+    {
+      const std::lock_guard guard(lock_);
+      held_ += piece.bytes;
+      pieces_.push_back(std::move(piece));
+      while (held_ > kMost) {
+        held_ -= pieces_.front().bytes;
+        gone.push_back(std::move(pieces_.front()));
+        pieces_.pop_front();
+      }
+    }
+    for (const Piece& old : gone) old.release();
+  }
+
+ private:
+  static constexpr std::size_t kMost = std::size_t{24} << 20;
+  std::mutex lock_;
+  std::deque<Piece> pieces_;  ///< the one freed last behind
+  std::size_t held_ = 0;
+};
+
+/// Keeps the region of a block for as long as it lives.
+struct FreeBlock {
+  Piece piece;
+  void operator()(std::uint8_t*) const {
+    if (piece.bytes <= kLargestShared)
+      RecentBlocks::instance().put(piece);
+    else
+      piece.release();
+  }
 };
 
 std::shared_ptr<std::uint8_t[]> block_of(const std::shared_ptr<ScratchPages>& region, std::size_t offset,
                                          std::size_t bytes) {
-  return {region->bytes().data() + offset, FreeBlock{region, offset, bytes}};
+  return {region->bytes().data() + offset, FreeBlock{{region, offset, bytes}}};
 }
 
 }  // namespace
@@ -37,6 +96,8 @@ std::shared_ptr<std::uint8_t[]> allocate_large_block(std::size_t bytes) {
     const auto own = std::make_shared<ScratchPages>(bytes);
     return *own ? block_of(own, 0, bytes) : nullptr;
   }
+  if (Piece again = RecentBlocks::instance().take(bytes); again.region)
+    return block_of(again.region, again.offset, bytes);
   thread_local Region region;
   if (!region.pages || region.pages->bytes().size() - region.used < bytes) {
     region = {std::make_shared<ScratchPages>(kRegion), 0};

@@ -14,8 +14,8 @@ inline constexpr std::size_t kLargeBlock = std::size_t{512} << 10;
 ///
 /// The frames of an animation are too small for huge pages of their own, and faulting them in page by page
 /// takes longer than filling them. So blocks of a thread are laid side by side in regions that the system
-/// backs with huge pages. A block that is freed gives its pages back at once; a region goes with its last
-/// block.
+/// backs with huge pages. The blocks that were freed last are given out again with their pages; others give
+/// theirs back. A region goes with its last block.
 std::shared_ptr<std::uint8_t[]> allocate_large_block(std::size_t bytes);
 
 }  // namespace vellum

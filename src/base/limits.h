@@ -7,8 +7,9 @@
 
 namespace vellum {
 
-/// Largest file that is read, in bytes.
+/// Largest file that is read as a whole, and largest one that is mapped, in bytes.
 inline constexpr std::uint64_t kMaximumFileBytes = std::uint64_t{4} << 30;
+inline constexpr std::uint64_t kMaximumMappedBytes = std::uint64_t{1} << 40;
 /// Largest width and height of a picture or canvas, in pixels (libpng's own default limit).
 inline constexpr std::uint32_t kMaximumDimension = 1'000'000;
 /// Largest picture, in bytes with its header and color table.

@@ -25,6 +25,14 @@ std::uint64_t memory_budget() {
   return megabytes == 0 ? quarter_of_machine() : std::uint64_t(megabytes) << 20;
 }
 
+using Memory = std::shared_ptr<std::uint8_t[]>;
+
+/// What trimming leaves to do when the lock has been given up.
+struct Trimmed {
+  std::vector<Memory> freed;
+  std::vector<std::shared_ptr<KeptBlock>> to_pack;  ///< pinned
+};
+
 /// The resident blocks, in the order in which they were read last.
 class MemoryBudget {
  public:
@@ -33,20 +41,31 @@ class MemoryBudget {
     return *budget;
   }
 
+  /// Calls `change(budget)` under the lock, and lets go what is too much then.
+  template <class Change>
+  void change(const Change& change) {
+    Trimmed trimmed;
+    {
+      const std::lock_guard guard(lock_);
+      change();
+      trim(trimmed);
+    }
+    for (const auto& block : trimmed.to_pack) pack(*block);
+  }
   std::mutex& lock() { return lock_; }
 
   // The lock is held in all that follows.
 
   std::uint64_t resident() const { return resident_; }
 
-  void add(KeptBlock& block, std::shared_ptr<std::uint8_t[]> memory) {
+  void add(KeptBlock& block, Memory memory) {
     block.memory_ = std::move(memory);
     block.place_ = blocks_.insert(blocks_.end(), &block);
     resident_ += block.size_;
     block.resident_ = block.memory_.get();
   }
 
-  std::shared_ptr<std::uint8_t[]> remove(KeptBlock& block) {
+  Memory remove(KeptBlock& block) {
     if (!block.resident_) return nullptr;
     block.resident_ = nullptr;
     blocks_.erase(block.place_);
@@ -58,38 +77,97 @@ class MemoryBudget {
     if (block.resident_) blocks_.splice(blocks_.end(), blocks_, block.place_);
   }
 
-  /// Lets go what is too much. The memory is freed when the caller has given the lock up.
-  std::vector<std::shared_ptr<std::uint8_t[]>> trim() {
-    std::vector<std::shared_ptr<std::uint8_t[]>> freed;
-    for (auto at = blocks_.begin(); at != blocks_.end() && resident_ > memory_budget();) {
-      KeptBlock& block = **at++;
-      if (block.pins_ == 0 && block.source_) freed.push_back(remove(block));
-    }
-    return freed;
+  static ChunkHandle cold(std::size_t size, std::span<const std::uint8_t> head,
+                          std::shared_ptr<const BlockSource> source) {
+    ChunkHandle handle;
+    handle.kept_ = std::make_shared<KeptBlock>(size, head, std::move(source));
+    handle.size_ = size;
+    return handle;
   }
 
+  void let_go(const ChunkHandle& handle) {
+    if (!handle.kept_) return;
+    KeptBlock& block = *handle.kept_;
+    Memory freed;
+    const std::lock_guard guard(lock_);
+    if (block.pins_ == 0 && block.maker_) freed = remove(block);
+  }
+
+  void share(std::uint64_t before, std::uint64_t now) { shared_ += now - before; }
+
  private:
+  /// Chooses what goes. Nobody may let a block go that is being packed: it is pinned for as long.
+  void trim(Trimmed& trimmed) {
+    const std::uint64_t budget = memory_budget();
+    for (auto at = blocks_.begin(); at != blocks_.end() && resident_ + shared_ > budget + leaving_;) {
+      KeptBlock& block = **at++;
+      if (block.pins_ != 0) continue;
+      if (block.maker_) {
+        trimmed.freed.push_back(remove(block));
+      } else if (auto alive = block.pack_ ? block.weak_from_this().lock() : nullptr) {
+        ++block.pins_;
+        leaving_ += block.size_;
+        trimmed.to_pack.push_back(std::move(alive));
+      }
+    }
+  }
+
+  void pack(KeptBlock& block) {
+    ChunkHandle content;
+    content.block_ = block.memory_;
+    content.size_ = block.size_;
+    std::shared_ptr<const BlockSource> packed;
+    bool gains = true;
+    try {
+      packed = block.pack_(content);
+      gains = packed != nullptr;
+    } catch (const std::bad_alloc&) {
+      // It stays as it is, and may be packed when there is memory again.
+    }
+    content.reset();
+    Memory freed;
+    const std::lock_guard guard(lock_);
+    leaving_ -= block.size_;
+    if (!gains) block.pack_ = nullptr;
+    block.maker_ = std::move(packed);
+    int alone = 1;
+    if (!block.pins_.compare_exchange_strong(alone, 0))
+      --block.pins_;
+    else if (block.maker_)
+      freed = remove(block);
+  }
+
   std::mutex lock_;
   std::list<KeptBlock*> blocks_;
   std::uint64_t resident_ = 0;
+  std::uint64_t shared_ = 0;   ///< what others use
+  std::uint64_t leaving_ = 0;  ///< of the resident ones, what is being packed
 };
 
-KeptBlock::KeptBlock(const ChunkHandle& block, std::size_t head, std::shared_ptr<const BlockSource> source)
+KeptBlock::KeptBlock(const ChunkHandle& block, std::size_t head, std::shared_ptr<const BlockSource> source,
+                     BlockPacker pack)
     : size_(block.size()),
       head_(block.head(), block.head() + std::min(head, block.size())),
-      source_(std::move(source)) {
+      source_(std::move(source)),
+      pack_(pack),
+      maker_(source_ && source_->can_make() ? source_ : nullptr) {
   const BlockPin pin(block);
   if (block.kept_) block.kept_->bytes();
   MemoryBudget& budget = MemoryBudget::instance();
-  std::vector<std::shared_ptr<std::uint8_t[]>> freed;
-  const std::lock_guard guard(budget.lock());
-  budget.add(*this, block.kept_ ? block.kept_->memory_ : block.block_);
-  freed = budget.trim();
+  budget.change([&] { budget.add(*this, block.kept_ ? block.kept_->memory_ : block.block_); });
 }
+
+KeptBlock::KeptBlock(std::size_t size, std::span<const std::uint8_t> head,
+                     std::shared_ptr<const BlockSource> source)
+    : size_(size),
+      head_(head.begin(), head.end()),
+      source_(std::move(source)),
+      pack_(nullptr),
+      maker_(source_) {}
 
 KeptBlock::~KeptBlock() {
   MemoryBudget& budget = MemoryBudget::instance();
-  std::shared_ptr<std::uint8_t[]> freed;
+  Memory freed;
   const std::lock_guard guard(budget.lock());
   freed = budget.remove(*this);
 }
@@ -106,27 +184,38 @@ void KeptBlock::pin() {
 void KeptBlock::unpin() {
   if (--pins_ > 0) return;
   MemoryBudget& budget = MemoryBudget::instance();
-  std::vector<std::shared_ptr<std::uint8_t[]>> freed;
-  const std::lock_guard guard(budget.lock());
-  budget.touch(*this);
-  freed = budget.trim();
+  budget.change([&] { budget.touch(*this); });
 }
 
 const std::uint8_t* KeptBlock::bytes() {
   if (const std::uint8_t* there = resident_) return there;
   const std::lock_guard making(making_);
   if (const std::uint8_t* there = resident_) return there;
-  ChunkHandle made = source_->make();
+  ChunkHandle made = maker_->make();
   if (!made || made.size() != size_) throw std::bad_alloc();
   MemoryBudget& budget = MemoryBudget::instance();
-  std::vector<std::shared_ptr<std::uint8_t[]>> freed;
-  const std::lock_guard guard(budget.lock());
-  budget.add(*this, std::move(made.block_));
-  freed = budget.trim();
+  budget.change([&] { budget.add(*this, std::move(made.block_)); });
   return resident_;
 }
 
-std::shared_ptr<const BlockSource> KeptBlock::source() const { return source_; }
+std::size_t KeptBlock::held_bytes() const {
+  const std::lock_guard guard(MemoryBudget::instance().lock());
+  return maker_ ? maker_->held_bytes() : size_ + (source_ ? source_->held_bytes() : 0);
+}
+
+void BudgetShare::set(std::uint64_t bytes) {
+  if (bytes == bytes_) return;
+  MemoryBudget& budget = MemoryBudget::instance();
+  budget.change([&] { budget.share(bytes_, bytes); });
+  bytes_ = bytes;
+}
+
+ChunkHandle cold_block(std::size_t size, std::span<const std::uint8_t> head,
+                       std::shared_ptr<const BlockSource> source) {
+  return MemoryBudget::cold(size, head, std::move(source));
+}
+
+void let_go(const ChunkHandle& block) { MemoryBudget::instance().let_go(block); }
 
 std::uint64_t resident_bytes() {
   MemoryBudget& budget = MemoryBudget::instance();
