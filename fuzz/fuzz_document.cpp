@@ -32,7 +32,7 @@ std::size_t walk(const DocumentWindow& window) {
 /// What a fuzz target feeds.
 struct Target {
   std::string_view name;
-  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const void> owner);
+  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const FileContent> owner);
   const char* extension;
   std::uint64_t (*pixels)(Input);
   std::uint64_t most_pixels;  ///< larger canvases only make the fuzzer slow

@@ -19,7 +19,7 @@ using namespace vellum::fuzz;
 namespace {
 
 struct Reader {
-  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const void> owner);
+  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const FileContent> owner);
   std::uint64_t (*pixels)(Input);
 };
 

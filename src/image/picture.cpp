@@ -65,12 +65,6 @@ Picture create(std::uint32_t width, std::uint32_t height, const Palette* palette
 
 }  // namespace
 
-ChunkHandle kept_picture(const Picture& picture, std::shared_ptr<const BlockSource> source) {
-  if (!picture) return {};
-  return ChunkHandle::kept(picture.handle(), Picture::kHeaderBytes + 4 * std::size_t{picture.colours()},
-                           std::move(source));
-}
-
 bool is_picture(const ChunkHandle& block) {
   if (!block || block.size() < Picture::kHeaderBytes) return false;
   const std::uint8_t* p = block.head();

@@ -77,7 +77,11 @@ class Picture {
 };
 
 /// The block of a picture as one of the memory budget, which may let its rows go and have them made again.
+/// Where the source can't make them, or is null, they are packed before they go.
 ChunkHandle kept_picture(const Picture& picture, std::shared_ptr<const BlockSource> source);
+/// The same of a picture that was just made, as a record holds it. A small one, or one that is kept already,
+/// stays what it is.
+ChunkHandle block_to_keep(const Picture& picture);
 
 /// Whether a block is laid out as a picture: header, size, depth and length all agree.
 bool is_picture(const ChunkHandle& block);

@@ -121,18 +121,45 @@ ScratchPages& scratch_for(std::size_t bytes, std::optional<ScratchPages>& own) {
   return *kept;
 }
 
+constexpr const char* kTooLarge = "the image is too large";
+constexpr const char* kBadFilter = "a row has a filter type that does not exist";
+constexpr std::uint8_t kLastFilter = 4;
+
 PngDecoded failure(const char* reason, bool limit = false) { return {{}, reason, false, limit, false}; }
 
-}  // namespace
+/// Takes the inflated rows: gives the picture, or null with a reason.
+using TakeRows = const char* (*)(const PngHeader&, const Palette&, ScratchPages& filtered, Picture&);
 
-PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
-                      PngShortData short_data) {
+const char* make_picture(const PngHeader& header, const Palette& palette, ScratchPages& filtered,
+                         Picture& picture) {
+  const std::uint32_t bits = png_picture_bits(header);
+  picture = header.interlace ? PictureCreate(header.width, header.height, &palette, bits)
+                             : PictureCreateForOverwrite(header.width, header.height, &palette, bits);
+  if (!picture) return kTooLarge;
+  const auto rows = header.interlace ? read_interlaced : read_rows;
+  return rows(header, filtered, picture) ? nullptr : kBadFilter;
+}
+
+const char* check_rows(const PngHeader& header, const Palette& palette, ScratchPages& filtered,
+                       Picture& picture) {
+  const std::uint8_t* at = filtered.bytes().data();
+  for (const PngPass& pass : png_passes(header)) {
+    const auto bytes = static_cast<std::size_t>(png_row_bytes(header, pass.width));
+    for (std::uint32_t y = 0; y < pass.height; ++y, at += bytes + 1)
+      if (at[0] > kLastFilter) return kBadFilter;
+  }
+  const std::uint32_t bits = png_picture_bits(header);
+  picture = PictureCreateHeaderOnly(header.width, header.height, &palette, bits);
+  return picture ? nullptr : kTooLarge;
+}
+
+PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
+                      PngShortData short_data, TakeRows take) {
   if (const char* fault = png_header_fault(header)) return failure(fault);
   const std::uint64_t filtered_bytes = png_filtered_bytes(header);
-  const std::uint32_t bits = png_picture_bits(header);
   // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of
   // two.
-  if (filtered_bytes > 2 * kMaximumPictureBytes) return failure("the image is too large", true);
+  if (filtered_bytes > 2 * kMaximumPictureBytes) return failure(kTooLarge, true);
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);
   if (!can_inflate_to(stream.size(), filtered_bytes)) return failure("there is not enough image data");
@@ -148,12 +175,22 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
     return failure("there is not enough image data");
   joined = {};
   if (is_short) std::ranges::fill(filtered.bytes().subspan(*inflated), std::uint8_t{0});
-  Picture picture = header.interlace ? PictureCreate(header.width, header.height, &palette, bits)
-                                     : PictureCreateForOverwrite(header.width, header.height, &palette, bits);
-  if (!picture) return failure("the image is too large", true);
-  const auto rows = header.interlace ? read_interlaced : read_rows;
-  if (!rows(header, filtered, picture)) return failure("a row has a filter type that does not exist");
+  Picture picture;
+  if (const char* reason = take(header, palette, filtered, picture))
+    return failure(reason, reason == kTooLarge);
   return {std::move(picture), nullptr, is_short, false, exact};
+}
+
+}  // namespace
+
+PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
+                      PngShortData short_data) {
+  return read_image(header, data, palette, short_data, make_picture);
+}
+
+PngDecoded png_check(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
+                     PngShortData short_data) {
+  return read_image(header, data, palette, short_data, check_rows);
 }
 
 }  // namespace vellum

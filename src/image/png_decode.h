@@ -33,4 +33,8 @@ enum class PngShortData {
 PngDecoded png_decode(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
                       const Palette& palette, PngShortData short_data = PngShortData::Fault);
 
+/// The same findings without the rows: the picture is of header and color table alone.
+PngDecoded png_check(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
+                     const Palette& palette, PngShortData short_data = PngShortData::Fault);
+
 }  // namespace vellum

@@ -36,6 +36,20 @@ PngHeader color_form(const Picture& picture, PngHeader wanted) {
   return wanted;
 }
 
+std::uint32_t largest_of_rows(const Picture& picture) {
+  const std::uint32_t bits = picture.bits(), mask = (1u << bits) - 1;
+  std::uint32_t largest = 0;
+  for (std::uint32_t y = 0; y < picture.height() && largest < mask; ++y) {
+    const std::uint8_t* row = picture.row(y);
+    if (bits == 8)
+      largest = std::max<std::uint32_t>(largest, *std::max_element(row, row + picture.width()));
+    else
+      for (std::size_t x = 0; x < picture.width(); ++x)
+        largest = std::max(largest, row[x * bits / 8] >> (8 - bits - x * bits % 8) & mask);
+  }
+  return largest;
+}
+
 }  // namespace
 
 PictureContent picture_content(const Picture& picture) {
@@ -57,16 +71,10 @@ PictureContent picture_content(const Picture& picture) {
 
 std::uint32_t largest_index(const Picture& picture) {
   if (picture.bits() > 8) return 0;
-  const std::uint32_t bits = picture.bits(), mask = (1u << bits) - 1;
-  std::uint32_t largest = 0;
-  for (std::uint32_t y = 0; y < picture.height() && largest < mask; ++y) {
-    const std::uint8_t* row = picture.row(y);
-    if (bits == 8)
-      largest = std::max<std::uint32_t>(largest, *std::max_element(row, row + picture.width()));
-    else
-      for (std::size_t x = 0; x < picture.width(); ++x)
-        largest = std::max(largest, row[x * bits / 8] >> (8 - bits - x * bits % 8) & mask);
-  }
+  const auto stored = stored_image_of(picture.handle());
+  if (stored && stored->largest_index() >= 0) return static_cast<std::uint32_t>(stored->largest_index());
+  const std::uint32_t largest = largest_of_rows(picture);
+  if (stored) stored->keep_largest_index(largest);
   return largest;
 }
 

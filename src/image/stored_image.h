@@ -1,10 +1,12 @@
 // The image data of a picture as a PNG stream holds them: what the picture came from, or was packed to.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <span>
 #include <vector>
 
+#include "base/file.h"
 #include "image/png_decode.h"
 
 namespace vellum {
@@ -19,7 +21,7 @@ class StoredImage : public BlockSource {
   /// the color table of pictures of at most 8 bits. `exact`: the stream is that of this image and nothing
   /// else, so that it may be written again.
   StoredImage(const PngHeader& header, const Palette& table, std::vector<Bytes> pieces,
-              std::shared_ptr<const void> owner, bool exact);
+              std::shared_ptr<const FileContent> owner, bool exact);
 
   ChunkHandle make() const override;
   std::size_t held_bytes() const override { return bytes_; }
@@ -27,21 +29,30 @@ class StoredImage : public BlockSource {
   const PngHeader& header() const { return header_; }
   std::span<const Bytes> pieces() const { return pieces_; }
   bool exact() const { return exact_; }
+  /// Whether the bytes still are what was read.
+  bool intact() const { return owner_->intact(); }
+
+  /// The largest index of the picture, where somebody has looked for it; -1 before.
+  int largest_index() const { return largestIndex_; }
+  void keep_largest_index(std::uint32_t index) const { largestIndex_ = static_cast<int>(index); }
 
  private:
   PngHeader header_;
   std::unique_ptr<const Palette> table_;  ///< null above 8 bits
   std::vector<Bytes> pieces_;
-  std::shared_ptr<const void> owner_;
+  std::shared_ptr<const FileContent> owner_;
   std::size_t bytes_ = 0;
   bool exact_;
+  mutable std::atomic<int> largestIndex_ = -1;
 };
 
 /// The stream that a block came from; null where it has none, or another source.
 std::shared_ptr<const StoredImage> stored_image_of(const ChunkHandle& block);
 
-/// A picture that was decoded from these pieces, as a block that keeps them for its source.
+/// A picture that was decoded from these pieces, as a block that keeps them for its source; or, of a picture
+/// that was only checked, one whose rows are made when somebody looks at it.
 ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
-                             std::vector<StoredImage::Bytes> pieces, std::shared_ptr<const void> owner);
+                             std::vector<StoredImage::Bytes> pieces,
+                             std::shared_ptr<const FileContent> owner);
 
 }  // namespace vellum

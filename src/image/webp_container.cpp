@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
+#include <cstring>
 
 #include "base/byte_order.h"
 
@@ -39,6 +39,8 @@ const MetadataRow* metadata_row(std::uint32_t tag) {
   return row == std::end(kMetadata) ? nullptr : row;
 }
 
+bool holds_pixels(std::uint32_t tag) { return tag == kAlpha || tag == kLossy || tag == kLossless; }
+
 std::vector<WebpChunk> riff_chunks(std::span<const std::uint8_t> bytes) {
   std::vector<WebpChunk> chunks;
   while (bytes.size() >= kChunkHead) {
@@ -65,18 +67,14 @@ void append_head(Bytes& out, std::uint32_t tag, std::size_t size) {
   append_le(out, size, 4);
 }
 
-void append_chunk(Bytes& out, const WebpChunk& chunk) {
-  append_head(out, chunk.tag, chunk.data.size());
-  append(out, chunk.data);
-  if (chunk.data.size() % 2 != 0) out.push_back(0);
+bool is_riff(std::span<const std::uint8_t> bytes) {
+  return bytes.size() >= 4 && std::memcmp(bytes.data(), "RIFF", 4) == 0;
 }
 
-/// The chunks of a file of one image that hold its pixels.
-std::vector<WebpChunk> pixel_chunks(std::span<const std::uint8_t> still) {
-  std::vector<WebpChunk> chunks = webp_chunks(still);
-  std::erase_if(chunks, [](const WebpChunk& chunk) {
-    return chunk.tag != kAlpha && chunk.tag != kLossy && chunk.tag != kLossless;
-  });
+/// The chunks of one image that hold its pixels.
+std::vector<WebpChunk> pixel_chunks(std::span<const std::uint8_t> image) {
+  std::vector<WebpChunk> chunks = is_riff(image) ? webp_chunks(image) : riff_chunks(image);
+  std::erase_if(chunks, [](const WebpChunk& chunk) { return !holds_pixels(chunk.tag); });
   return chunks;
 }
 
@@ -89,19 +87,21 @@ bool has_alpha(const std::vector<WebpChunk>& chunks) {
   });
 }
 
-std::size_t bytes_of(const std::vector<WebpChunk>& chunks) {
-  std::size_t bytes = 0;
+std::uint64_t bytes_of(std::span<const WebpChunk> chunks) {
+  std::uint64_t bytes = 0;
   for (const WebpChunk& chunk : chunks) bytes += kChunkHead + chunk.data.size() + chunk.data.size() % 2;
   return bytes;
 }
 
-void append_frame(Bytes& out, const WebpFramePart& frame, const std::vector<WebpChunk>& pixels) {
-  append_head(out, kFrame, kFrameHead + bytes_of(pixels));
+/// The head of a frame's chunk, and the fields behind it.
+Bytes frame_head(const WebpFramePart& frame, std::uint64_t pixels) {
+  Bytes out;
+  append_head(out, kFrame, static_cast<std::size_t>(kFrameHead + pixels));
   for (const std::uint32_t value :
        {frame.x / 2, frame.y / 2, frame.width - 1, frame.height - 1, frame.duration})
     append_le(out, value, 3);
   out.push_back(static_cast<std::uint8_t>((frame.blend ? 0 : 2) | (frame.dispose ? 1 : 0)));
-  for (const WebpChunk& chunk : pixels) append_chunk(out, chunk);
+  return out;
 }
 
 /// Puts the chunks of a file together.
@@ -118,18 +118,19 @@ class Assembly {
         extras_, {}, [](const WebpExtra& extra) { return std::pair(extra.behind, !is_front(extra)); });
   }
 
-  Bytes make() {
-    out_.assign(kFormHead + kChunkHead + 10, 0);  // form and VP8X, known at the end
-    while (next_ < extras_.size() && is_front(extras_[next_])) append_extra();
-    if (contents_.animated) append_animation();
-    append_others(0);
-    for (std::size_t i = 0; i < contents_.frames.size(); ++i) {
-      if (!append_image(contents_.frames[i])) return {};
-      append_others(i + 1);
+  bool write(const Sink& sink) {
+    if (!measure() || bytes_ > 0xFFFFFFFE) return false;
+    sink_ = &sink;
+    put(form_head());
+    if (is_extended()) put(extended_head());
+    while (next_ < extras_.size() && is_front(extras_[next_])) put_extra();
+    if (contents_.animated) put(animation_head());
+    put_others(0);
+    for (std::size_t i = 0; good_ && i < contents_.frames.size(); ++i) {
+      put_image(contents_.frames[i]);
+      put_others(i + 1);
     }
-    if (out_.size() - 8 > 0xFFFFFFFE) return {};
-    finish();
-    return std::move(out_);
+    return good_;
   }
 
  private:
@@ -138,60 +139,115 @@ class Assembly {
     return row && row->front;
   }
 
-  void append_extra() {
-    append_chunk(out_, {extras_[next_].tag, extras_[next_].data});
+  /// How long the file gets behind the size in its head, and its flags. False where a frame has no pixels.
+  bool measure() {
+    bytes_ = 4;
+    if (contents_.animated) {
+      flags_ |= kAnimationFlag;
+      bytes_ += kChunkHead + 6;
+    }
+    for (const WebpExtra& extra : extras_) bytes_ += bytes_of({{{extra.tag, extra.data}}});
+    for (const WebpFramePart& frame : contents_.frames) {
+      const auto pixels = pixel_chunks(frame.still);
+      if (pixels.empty()) return false;
+      if (has_alpha(pixels)) flags_ |= kAlphaFlag;
+      extendedPixels_ = extendedPixels_ || pixels.size() > 1;
+      bytes_ += bytes_of(pixels) + (contents_.animated ? kChunkHead + kFrameHead : 0);
+    }
+    if (is_extended()) bytes_ += kChunkHead + 10;
+    return true;
+  }
+
+  void put(std::span<const std::uint8_t> bytes) { good_ = good_ && sink_->write(bytes); }
+
+  void put_chunk(const WebpChunk& chunk) {
+    static constexpr std::uint8_t kPadding[] = {0};
+    Bytes head;
+    append_head(head, chunk.tag, chunk.data.size());
+    put(head);
+    put(chunk.data);
+    if (chunk.data.size() % 2 != 0) put(kPadding);
+  }
+
+  void put_extra() {
+    put_chunk({extras_[next_].tag, extras_[next_].data});
     ++next_;
   }
 
-  void append_animation() {
-    flags_ |= kAnimationFlag;
-    append_head(out_, kAnimation, 6);
-    append_le(out_, swap_red_and_blue(contents_.background), 4);
-    append_le(out_, contents_.loops, 2);
-  }
-
-  void append_others(std::size_t frames) {
+  void put_others(std::size_t frames) {
     const bool last = frames == contents_.frames.size();
-    while (next_ < extras_.size() && (last || extras_[next_].behind <= frames)) append_extra();
+    while (next_ < extras_.size() && (last || extras_[next_].behind <= frames)) put_extra();
   }
 
-  bool append_image(const WebpFramePart& frame) {
+  void put_image(const WebpFramePart& frame) {
     const auto pixels = pixel_chunks(frame.still);
-    if (has_alpha(pixels)) flags_ |= kAlphaFlag;
-    if (contents_.animated)
-      append_frame(out_, frame, pixels);
-    else
-      for (const WebpChunk& chunk : pixels) append_chunk(out_, chunk);
-    return !pixels.empty();
+    if (contents_.animated) put(frame_head(frame, bytes_of(pixels)));
+    for (const WebpChunk& chunk : pixels) put_chunk(chunk);
   }
 
-  void finish() {
+  Bytes animation_head() const {
+    Bytes out;
+    append_head(out, kAnimation, 6);
+    append_le(out, swap_red_and_blue(contents_.background), 4);
+    append_le(out, contents_.loops, 2);
+    return out;
+  }
+
+  /// A still without anything beside its pixels needs no head of its own where these are one chunk.
+  bool is_extended() const { return contents_.animated || !extras_.empty() || extendedPixels_; }
+
+  Bytes form_head() const {
     Bytes head;
     append(head, std::span(reinterpret_cast<const std::uint8_t*>("RIFF"), 4));
-    append_le(head, out_.size() - 8, 4);
+    append_le(head, bytes_, 4);
     append(head, std::span(reinterpret_cast<const std::uint8_t*>("WEBP"), 4));
+    return head;
+  }
+
+  Bytes extended_head() const {
+    Bytes head;
     append_head(head, kExtended, 10);
     append_le(head, flags_, 4);
     append_le(head, contents_.width - 1, 3);
     append_le(head, contents_.height - 1, 3);
-    std::ranges::copy(head, out_.begin());
+    return head;
   }
 
   const WebpContents& contents_;
   std::vector<WebpExtra> extras_;  ///< in the order of the file
-  Bytes out_;
+  const Sink* sink_ = nullptr;
+  std::uint64_t bytes_ = 0;
   std::uint8_t flags_ = 0;
+  bool good_ = true, extendedPixels_ = false;
   std::size_t next_ = 0;  ///< of the extras
 };
+
+/// The chunks of a form of type WEBP, as they lie behind its head; nothing of other bytes.
+std::span<const std::uint8_t> form_content(std::span<const std::uint8_t> file) {
+  if (file.size() < kFormHead || !is_riff(file) || std::memcmp(&file[8], "WEBP", 4) != 0) return {};
+  const std::uint64_t end = std::min<std::uint64_t>(file.size(), std::uint64_t{read_le32(&file[4])} + 8);
+  if (end < kFormHead) return {};
+  return file.subspan(kFormHead, static_cast<std::size_t>(end) - kFormHead);
+}
 
 }  // namespace
 
 std::vector<WebpChunk> webp_chunks(std::span<const std::uint8_t> file) {
-  const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
-  if (file.size() < kFormHead || !text.starts_with("RIFF") || text.substr(8, 4) != "WEBP") return {};
-  const std::uint64_t end = std::min<std::uint64_t>(file.size(), std::uint64_t{read_le32(&file[4])} + 8);
-  if (end < kFormHead) return {};
-  return riff_chunks(file.subspan(kFormHead, static_cast<std::size_t>(end) - kFormHead));
+  return riff_chunks(form_content(file));
+}
+
+std::span<const std::uint8_t> webp_pixel_part(std::span<const std::uint8_t> chunks) {
+  const auto all = riff_chunks(chunks);
+  const auto first = std::ranges::find_if(all, holds_pixels, &WebpChunk::tag);
+  const auto last = first != all.end() && first->tag == kAlpha ? std::next(first) : first;
+  if (first == all.end() || last == all.end() || last->tag == kAlpha) return {};
+  const auto begin = static_cast<std::size_t>(first->data.data() - chunks.data()) - kChunkHead;
+  const auto end = static_cast<std::size_t>(last->data.data() - chunks.data()) + last->data.size();
+  return chunks.subspan(begin, std::min(chunks.size(), end + last->data.size() % 2) - begin);
+}
+
+std::span<const std::uint8_t> webp_still_pixels(std::span<const std::uint8_t> file) {
+  return webp_pixel_part(form_content(file));
 }
 
 bool is_webp_image_chunk(std::uint32_t tag) {
@@ -206,13 +262,11 @@ std::vector<WebpChunk> webp_frame_chunks(const WebpChunk& chunk) {
   return frame ? riff_chunks(chunk.data.subspan(kFrameHead)) : std::vector<WebpChunk>();
 }
 
-std::vector<std::uint8_t> webp_file(const WebpContents& contents) {
-  if (contents.frames.empty() || contents.width == 0 || contents.height == 0) return {};
-  if (!contents.animated && contents.extras.empty()) {
-    const auto still = contents.frames.front().still;
-    return {still.begin(), still.end()};
-  }
-  return Assembly(contents).make();
+bool write_webp_file(const WebpContents& contents, const Sink& sink) {
+  if (contents.frames.empty() || contents.width == 0 || contents.height == 0) return false;
+  const auto still = contents.frames.front().still;
+  if (!contents.animated && contents.extras.empty() && is_riff(still)) return sink.write(still);
+  return Assembly(contents).write(sink);
 }
 
 }  // namespace vellum

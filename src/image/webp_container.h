@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "base/file.h"
 #include "image/picture.h"
 
 namespace vellum {
@@ -29,6 +30,11 @@ bool is_webp_image_chunk(std::uint32_t tag);
 bool is_webp_frame(std::uint32_t tag);
 /// The chunks inside a frame; none for other chunks.
 std::vector<WebpChunk> webp_frame_chunks(const WebpChunk& chunk);
+/// Of chunks that lie one behind the other, as in a file behind its head, the part that holds the pixels
+/// (ALPH and VP8, or VP8L); empty where that is not in one piece.
+std::span<const std::uint8_t> webp_pixel_part(std::span<const std::uint8_t> chunks);
+/// The same of a still file.
+std::span<const std::uint8_t> webp_still_pixels(std::span<const std::uint8_t> file);
 
 /// A chunk beside the images, and how many frames stand in front of it. A color profile is written in front
 /// of all images, camera data and XMP behind them, wherever they are said to stand.
@@ -38,7 +44,7 @@ struct WebpExtra {
   std::size_t behind = 0;
 };
 
-/// A frame: a file of one image, and how it is shown.
+/// A frame: a file of one image, or the chunks of its pixels alone, and how it is shown.
 struct WebpFramePart {
   std::span<const std::uint8_t> still;
   std::uint32_t x = 0, y = 0, width = 0, height = 0;  ///< x and y are even
@@ -56,8 +62,8 @@ struct WebpContents {
   std::vector<WebpExtra> extras;
 };
 
-/// The file; a still picture without extras as its encoder made it. Empty where it would be longer than the
-/// container can tell (4 GiB), or a frame holds no image.
-std::vector<std::uint8_t> webp_file(const WebpContents& contents);
+/// Writes the file; a still picture without extras as its encoder made it. False where it would be longer
+/// than the container can tell (4 GiB), where a frame holds no image, and where the sink fails.
+bool write_webp_file(const WebpContents& contents, const Sink& sink);
 
 }  // namespace vellum

@@ -23,6 +23,7 @@ struct FileFrame {
   std::int64_t end = 0;  ///< milliseconds
   bool blend = false, dispose = false;
   bool begins_anew = false;  ///< nothing of the canvas before it can be seen: that is all transparent
+  bool alone = false;        ///< by itself: it covers the canvas, and nothing shows through
 
   bool covers(const WebpAnimation& canvas) const {
     return width == canvas.canvasWidth && height == canvas.canvasHeight;
@@ -45,10 +46,8 @@ WebpAnimation canvas_of(const WebPDemuxer* demuxer) {
           value(WEBP_FF_FRAME_COUNT),  swap_red_and_blue(value(WEBP_FF_BACKGROUND_COLOR))};
 }
 
-bool begins_anew(const FileFrame& frame, bool has_alpha, const FileFrame* before,
-                 const WebpAnimation& canvas) {
-  if (!before) return true;
-  if ((!has_alpha || !frame.blend) && frame.covers(canvas)) return true;
+bool begins_anew(const FileFrame& frame, const FileFrame* before, const WebpAnimation& canvas) {
+  if (!before || frame.alone) return true;
   return before->dispose && (before->covers(canvas) || before->begins_anew);
 }
 
@@ -71,7 +70,8 @@ bool add_frame(Animation& animation, std::span<const std::uint8_t> payload, std:
       WebPGetFeatures(frame.stream.data(), frame.stream.size(), &features) != VP8_STATUS_OK)
     return false;
   const FileFrame* before = animation.frames.empty() ? nullptr : &animation.frames.back();
-  frame.begins_anew = begins_anew(frame, features.has_alpha != 0, before, canvas);
+  frame.alone = (features.has_alpha == 0 || !frame.blend) && frame.covers(canvas);
+  frame.begins_anew = begins_anew(frame, before, canvas);
   animation.frames.push_back(frame);
   return true;
 }
@@ -229,21 +229,46 @@ class Batch {
   Picture before_;
 };
 
-/// Bounds what lies ready and was not given away yet.
+/// Bounds what lies ready and was not given away yet: little enough for the next frames to come into the same
+/// memory where nobody keeps them.
 std::size_t frames_at_once(const Animation& animation) {
-  constexpr std::size_t kMostBytes = std::size_t{128} << 20;
-  return std::clamp<std::size_t>(kMostBytes / animation.bytes(), 1, 64);
+  constexpr std::size_t kMostBytes = std::size_t{24} << 20;
+  return std::clamp<std::size_t>(kMostBytes / animation.bytes(), 2, 64);
 }
 
-bool give_frames(const Animation& animation, const std::function<bool(const WebpFrame&)>& give) {
+/// What the frame came from; null where its pixels are not in one piece, or nobody keeps the bytes.
+KeptWebp stored_frame(const Animation& animation, const FileFrame& frame, const KeptWebp& before,
+                      const std::shared_ptr<const FileContent>& owner) {
+  const auto pixels = owner ? webp_pixel_part(frame.stream) : std::span<const std::uint8_t>();
+  const bool first = &frame == animation.frames.data();
+  if (pixels.empty() || (!first && !before)) return nullptr;
+  const WebpAnimation& canvas = animation.canvas;
+  return std::make_shared<const StoredWebp>(
+      StoredWebp::Frame{.pixels = pixels,
+                        .canvasWidth = canvas.canvasWidth,
+                        .canvasHeight = canvas.canvasHeight,
+                        .area = {static_cast<std::int32_t>(frame.x), static_cast<std::int32_t>(frame.y),
+                                 static_cast<std::int32_t>(frame.x + frame.width),
+                                 static_cast<std::int32_t>(frame.y + frame.height)},
+                        .blend = frame.blend,
+                        .dispose = frame.dispose,
+                        .alone = frame.alone,
+                        .onNothing = frame.begins_anew},
+      before, owner);
+}
+
+bool give_frames(const Animation& animation, const std::shared_ptr<const FileContent>& owner,
+                 const std::function<bool(const WebpFrame&)>& give) {
   Batch batch(animation);
+  KeptWebp stored;
   const std::size_t most = frames_at_once(animation);
   for (std::size_t first = 0; first < animation.frames.size(); first += most) {
     const std::size_t count = std::min(most, animation.frames.size() - first);
     if (!batch.make(first, count)) return false;
     for (std::size_t i = 0; i < count; ++i) {
       const FileFrame& frame = animation.frames[first + i];
-      if (!give({frame.end, batch.canvas(i), frame.dispose})) return false;
+      stored = stored_frame(animation, frame, stored, owner);
+      if (!give({frame.end, batch.canvas(i), frame.dispose, stored})) return false;
     }
   }
   return true;
@@ -253,7 +278,8 @@ bool give_frames(const Animation& animation, const std::function<bool(const Webp
 
 bool WEBPGetAnimation(std::span<const std::uint8_t> file,
                       const std::function<bool(const WebpAnimation&)>& start,
-                      const std::function<bool(const WebpFrame&)>& frame) {
+                      const std::function<bool(const WebpFrame&)>& frame,
+                      const std::shared_ptr<const FileContent>& owner) {
   const auto info = WEBPGetInfoEx(file);
   const WebpDemuxer demuxer = info && info->isAnimation ? open_webp(file) : nullptr;
   if (!demuxer) return false;
@@ -261,7 +287,7 @@ bool WEBPGetAnimation(std::span<const std::uint8_t> file,
   const WebpAnimation& canvas = animation.canvas;
   return start(canvas) &&
          std::uint64_t{canvas.canvasWidth} * canvas.canvasHeight * 4 <= kMaximumPictureBytes &&
-         gather_frames(file, animation) && give_frames(animation, frame);
+         gather_frames(file, animation) && give_frames(animation, owner, frame);
 }
 
 }  // namespace vellum

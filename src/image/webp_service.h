@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "image/picture.h"
+#include "image/stored_webp.h"
 #include "image/webp_container.h"
 
 namespace vellum {
@@ -58,13 +59,15 @@ struct WebpFrame {
   std::int64_t timestamp = 0;  ///< milliseconds at which the frame ends
   Picture canvas;              ///< the whole canvas while the frame is shown: 32 bits, straight alpha
   std::uint32_t dispose = 0;   ///< 1: the frame's place is cleared behind it; 0: it stays
+  KeptWebp stored{};           ///< what the canvas came from, where the file has an owner
 };
 
 /// Calls `start` once and `frame` for each frame in order, on this thread; either may refuse by false. False
-/// for a still or damaged file, a refusal, or exhausted memory.
+/// for a still or damaged file, a refusal, or exhausted memory. `owner` keeps the bytes of the file alive.
 bool WEBPGetAnimation(std::span<const std::uint8_t> file,
                       const std::function<bool(const WebpAnimation&)>& start,
-                      const std::function<bool(const WebpFrame&)>& frame);
+                      const std::function<bool(const WebpFrame&)>& frame,
+                      const std::shared_ptr<const FileContent>& owner = nullptr);
 
 /// An animation that is to be written.
 struct WebpParameters {
@@ -81,17 +84,21 @@ struct WebpParameters {
 
 /// A frame that is asked for.
 struct WebpFrameRequest {
-  bool last = false;           ///< in: all frames are there; only `timestamp`, the whole time, is wanted
-  Picture canvas;              ///< out: the whole canvas, 32 bits
-  std::int64_t timestamp = 0;  ///< out: milliseconds at which the frame starts
-  std::uint32_t dispose = 0;   ///< out: 1: the frame's place is cleared behind it
+  bool last = false;                ///< in: all frames are there; only `timestamp`, the whole time, is wanted
+  std::function<Picture()> canvas;  ///< out: gives the whole canvas, 32 bits, where it is needed
+  std::int64_t timestamp = 0;       ///< out: milliseconds at which the frame starts
+  std::uint32_t dispose = 0;        ///< out: 1: the frame's place is cleared behind it
+  KeptWebp stored{};                ///< out: what the canvas came from; null where it came from nothing
+  bool anew = false;                ///< out: all the same its bytes are not to be written again
 };
 
-/// The file of an animation of `frameCount` frames; empty on failure. `next` is asked for one frame after the
-/// other, and once more with `last` set; it may refuse by false. Count, order and times of frames stay as
-/// they are given: each is written as the rectangle that differs from what is on the canvas, without
-/// blending, so it shows exactly its canvas.
-std::vector<std::uint8_t> WEBPWriteAnimation(const WebpParameters& parameters,
-                                             const std::function<bool(WebpFrameRequest&)>& next);
+/// Writes an animation of `frameCount` frames. `next` is asked for one frame after the other, and once more
+/// with `last` set; it may refuse by false. Count, order and times of frames stay as they are given. A frame
+/// that lies on what it lay on when it was stored is written with the bytes that it had. Each other is the
+/// rectangle that differs from what is on the canvas, so it shows exactly its canvas; one that came from a
+/// file and can't keep its bytes loses nothing, so that those behind it may keep theirs. False on failure,
+/// also of the sink.
+bool WEBPWriteAnimation(const WebpParameters& parameters, const std::function<bool(WebpFrameRequest&)>& next,
+                        const Sink& sink);
 
 }  // namespace vellum

@@ -29,7 +29,9 @@ struct FrameOut {
   PictureRect area;
   std::int64_t start = 0;
   bool dispose = false;
-  bool over = false;  ///< the stream lies over what is there
+  bool over = false;     ///< the stream lies over what is there
+  bool exact = false;    ///< nothing may be lost
+  KeptWebp stored = {};  ///< its bytes are those that it came with
   std::vector<std::uint8_t> stream = {};
 };
 
@@ -38,6 +40,23 @@ struct Ground {
   Picture canvas;
   std::optional<PictureRect> cleared;
 };
+
+/// What a player of the file has behind a frame, beside what the frame was to show.
+struct Shown {
+  KeptWebp source;    ///< what the canvas came from
+  bool asIt = false;  ///< its pixels are exact, and what it leaves behind is what it left in its file
+  std::optional<PictureRect> lossy;  ///< where what is shown may differ from the pictures
+  bool nothing = true;               ///< all that is left behind is transparent
+};
+
+bool is_same(const PictureRect& a, const PictureRect& b) {
+  return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
+}
+
+PictureRect joined(const PictureRect& a, const PictureRect& b) {
+  return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
+          std::max(a.bottom, b.bottom)};
+}
 
 /// A row of the ground; `scratch` holds it where a part of it is cleared.
 const std::uint8_t* ground_row(const Ground& ground, std::uint32_t y, std::vector<std::uint8_t>& scratch) {
@@ -87,8 +106,8 @@ void encode_frame(FrameOut& frame, const WebpParameters& parameters) {
   const Picture& part = frame.over ? changes : whole;
   const WebpEncoding exact{true, parameters.smallest ? kMostQuality : kLosslessQuality, WebpThreads::One,
                            !frame.over, parameters.smallest ? kMostMethod : kLosslessMethod};
-  frame.stream = encode_part(part, parameters.lossless ? exact : WebpEncoding{false, parameters.quality});
-  if (parameters.lossless || !parameters.mixed) return;
+  frame.stream = encode_part(part, frame.exact ? exact : WebpEncoding{false, parameters.quality});
+  if (frame.exact || !parameters.mixed) return;
   auto other = encode_part(part, exact);
   if (frame.stream.empty() || (!other.empty() && other.size() < frame.stream.size()))
     frame.stream = std::move(other);
@@ -115,33 +134,90 @@ class AnimationWriter {
     return true;
   }
 
-  std::vector<std::uint8_t> assemble() const;
+  bool assemble(const Sink& sink) const;
 
  private:
   bool take_frame() {
     WebpFrameRequest request;
-    if (!next_(request) || !has_rows(request.canvas) || request.canvas.bits() != 32 ||
-        request.canvas.width() != parameters_.canvasWidth ||
-        request.canvas.height() != parameters_.canvasHeight)
-      return false;
-    const bool first = frames_.empty();
-    const PictureRect whole{0, 0, static_cast<std::int32_t>(parameters_.canvasWidth),
-                            static_cast<std::int32_t>(parameters_.canvasHeight)};
-    frames_.push_back({.canvas = request.canvas,
-                       .before = first || ground_.cleared ? Picture() : ground_.canvas,
-                       .area = first ? whole : changed_area(request.canvas, ground_),
-                       .start = request.timestamp,
-                       .dispose = request.dispose == 1});
-    ground_.canvas = std::move(request.canvas);
+    if (!next_(request)) return false;
+    FrameOut frame;
+    frame.start = request.timestamp;
+    frame.dispose = request.dispose == 1;
+    if (!(may_copy(request) ? copy_frame(frame, request) : draw_frame(frame, request))) return false;
     ground_.cleared.reset();
-    if (frames_.back().dispose) ground_.cleared = frames_.back().area;
+    if (frame.dispose) ground_.cleared = frame.area;
+    frames_.push_back(std::move(frame));
     return true;
   }
+
+  /// Whether the frame lies on what it lay on when it was stored, or on nothing that shows.
+  bool may_copy(const WebpFrameRequest& request) const {
+    if (!request.stored || request.anew || !request.stored->intact()) return false;
+    const StoredWebp::Frame& frame = request.stored->frame();
+    if (frame.canvasWidth != parameters_.canvasWidth || frame.canvasHeight != parameters_.canvasHeight)
+      return false;
+    return frame.alone || (frame.onNothing && shown_.nothing) ||
+           (shown_.asIt && request.stored->is_behind(shown_.source.get()));
+  }
+
+  bool copy_frame(FrameOut& frame, const WebpFrameRequest& request) {
+    const StoredWebp::Frame& stored = request.stored->frame();
+    frame.stored = request.stored;
+    frame.area = stored.area;
+    frame.over = stored.blend;
+    drawn_ = request.canvas;  // for one behind it that has to be drawn
+    ground_.canvas = {};
+    shown_ = {request.stored, frame.dispose == stored.dispose, std::nullopt, leaves_nothing(frame)};
+    return true;
+  }
+
+  bool draw_frame(FrameOut& frame, const WebpFrameRequest& request) {
+    const Picture canvas = request.canvas ? request.canvas() : Picture();
+    if (!is_canvas(canvas)) return false;
+    if (!frames_.empty() && !ground_.canvas) ground_.canvas = drawn_ ? drawn_() : Picture();
+    if (!frames_.empty() && !is_canvas(ground_.canvas)) return false;
+    frame.area = frames_.empty() ? whole() : changed_area(canvas, ground_);
+    frame.exact = parameters_.lossless || request.stored;
+    if (frame.exact && shown_.lossy) frame.area = joined(frame.area, *shown_.lossy);
+    frame.area.left &= ~1;
+    frame.area.top &= ~1;
+    const bool onto = !frames_.empty() && !ground_.cleared && !(frame.exact && shown_.lossy);
+    frame.canvas = canvas;
+    frame.before = onto ? ground_.canvas : Picture();
+    ground_.canvas = canvas;
+    hear_of_drawn(frame, request);
+    return true;
+  }
+
+  void hear_of_drawn(const FrameOut& frame, const WebpFrameRequest& request) {
+    shown_.source = request.stored;
+    shown_.nothing = leaves_nothing(frame);
+    shown_.asIt = false;
+    if (!frame.exact) {
+      shown_.lossy = shown_.lossy ? joined(*shown_.lossy, frame.area) : frame.area;
+      return;
+    }
+    shown_.lossy.reset();
+    if (!request.stored) return;
+    const StoredWebp::Frame& stored = request.stored->frame();
+    shown_.asIt = frame.dispose == stored.dispose && (!frame.dispose || is_same(frame.area, stored.area));
+  }
+
+  PictureRect whole() const {
+    return {0, 0, static_cast<std::int32_t>(parameters_.canvasWidth),
+            static_cast<std::int32_t>(parameters_.canvasHeight)};
+  }
+  bool is_canvas(const Picture& picture) const {
+    return has_rows(picture) && picture.bits() == 32 && picture.width() == parameters_.canvasWidth &&
+           picture.height() == parameters_.canvasHeight;
+  }
+  bool leaves_nothing(const FrameOut& frame) const { return frame.dispose && is_same(frame.area, whole()); }
 
   bool encode_from(std::size_t first) {
     std::atomic<bool> failed = false;
     parallel_for(frames_.size() - first, [&](std::size_t i) {
       FrameOut& frame = frames_[first + i];
+      if (frame.stored) return;
       encode_frame(frame, parameters_);
       frame.canvas = frame.before = {};
       if (frame.stream.empty()) failed = true;
@@ -157,11 +233,13 @@ class AnimationWriter {
   const WebpParameters& parameters_;
   const std::function<bool(WebpFrameRequest&)>& next_;
   std::vector<FrameOut> frames_;
-  Ground ground_;
+  Ground ground_;  ///< its canvas may be null: `drawn_` gives it
+  std::function<Picture()> drawn_;
+  Shown shown_;
   std::int64_t end_ = 0;  ///< when the last frame ends, in milliseconds
 };
 
-std::vector<std::uint8_t> AnimationWriter::assemble() const {
+bool AnimationWriter::assemble(const Sink& sink) const {
   WebpContents contents{.width = parameters_.canvasWidth,
                         .height = parameters_.canvasHeight,
                         .animated = true,
@@ -173,7 +251,7 @@ std::vector<std::uint8_t> AnimationWriter::assemble() const {
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     const FrameOut& frame = frames_[i];
     const auto [left, top, right, bottom] = frame.area;
-    contents.frames.push_back({.still = frame.stream,
+    contents.frames.push_back({.still = frame.stored ? frame.stored->frame().pixels : frame.stream,
                                .x = static_cast<std::uint32_t>(left),
                                .y = static_cast<std::uint32_t>(top),
                                .width = static_cast<std::uint32_t>(right - left),
@@ -182,18 +260,20 @@ std::vector<std::uint8_t> AnimationWriter::assemble() const {
                                .dispose = frame.dispose,
                                .blend = frame.over});
   }
-  return webp_file(contents);
+  return write_webp_file(contents, sink) && std::ranges::all_of(frames_, [](const FrameOut& frame) {
+           return !frame.stored || frame.stored->intact();
+         });
 }
 
 }  // namespace
 
-std::vector<std::uint8_t> WEBPWriteAnimation(const WebpParameters& parameters,
-                                             const std::function<bool(WebpFrameRequest&)>& next) {
+bool WEBPWriteAnimation(const WebpParameters& parameters, const std::function<bool(WebpFrameRequest&)>& next,
+                        const Sink& sink) {
   if (std::max(parameters.canvasWidth, parameters.canvasHeight) > kMostWebpPixels ||
       parameters.frameCount == 0)
-    return {};
+    return false;
   AnimationWriter writer(parameters, next);
-  return writer.encode() ? writer.assemble() : std::vector<std::uint8_t>();
+  return writer.encode() && writer.assemble(sink);
 }
 
 }  // namespace vellum

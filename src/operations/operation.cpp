@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/edit/deep_samples.h"
 #include "operations/convert_colors.h"
 #include "operations/manage_frames.h"
 #include "operations/reconstruct.h"
@@ -89,6 +90,7 @@ bool run_operation(const Operation& operation, DocumentWindow& window, const Fie
     return run.told || host.stopped() ? false : tell(operation.failure, std::move(reason));
   }
   if (operation.makes == DocumentKind::None) {
+    note_deep_images(window.list, draft.list, window.document, host);
     take_draft(window, draft);
   } else {
     window.document = draft.document;

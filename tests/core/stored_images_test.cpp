@@ -3,7 +3,9 @@
 
 #include <cstring>
 #include <fstream>
+#include <random>
 
+#include "base/memory_budget.h"
 #include "base/settings.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
@@ -11,6 +13,7 @@
 #include "core/settings.h"
 #include "image/picture_operations.h"
 #include "image/stored_image.h"
+#include "image/stored_webp.h"
 #include "operations/frames.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -97,6 +100,120 @@ TEST_F(StoredImages, OfTheCorpusGoBackAsTheyCame) {
   }
   EXPECT_GT(files, 150u);
   EXPECT_GT(10 * equal, 8 * files) << "files that come back byte for byte";
+}
+
+bool is_kept_webp(const ChunkHandle& block, const std::vector<std::uint8_t>& file) {
+  const KeptWebp stored = stored_webp_of(block);
+  return stored && memmem(file.data(), file.size(), stored->frame().pixels.data(),
+                          stored->frame().pixels.size()) != nullptr;
+}
+
+bool same_rows(const ChunkHandle& a, const ChunkHandle& b) {
+  const Picture one(a), other(b);
+  return a.size() == b.size() && std::equal(a.data(), a.data() + a.size(), b.data());
+}
+
+/// Images of which nobody changed a pixel show what they showed, byte for byte; gives how many of them kept
+/// their bytes.
+std::size_t expect_untouched(const DocumentWindow& window, const std::vector<std::uint8_t>& file,
+                             const std::filesystem::path& path) {
+  DocumentWindow again;
+  Recorder recorder;
+  EXPECT_TRUE(open_document(again, path, recorder.host));
+  const auto entries = frame_entries(window), written = frame_entries(again);
+  EXPECT_EQ(written.size(), entries.size());
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < std::min(entries.size(), written.size()); ++i) {
+    const ChunkHandle& block = window.list.record(entries[i]).data;
+    if (!stored_webp_of(block)) continue;
+    EXPECT_TRUE(same_rows(again.list.record(written[i]).data, block)) << i;
+    kept += is_kept_webp(block, file);
+  }
+  return kept;
+}
+
+TEST_F(StoredImages, OfWebpFilesGoBackAsTheyCame) {
+  VELLUM_NEEDS_CORPUS();
+  std::size_t files = 0, equal = 0, others = 0, kept_others = 0;
+  for (const auto& row : testing::corpus_rows({"webp"})) {
+    SCOPED_TRACE(row.at("path"));
+    DocumentWindow window;
+    if (!open_document(window, testing::corpus_file(row), recorder_.host)) continue;
+    const auto before = testing::file_bytes(testing::corpus_file(row));
+    const std::size_t frames = frame_entries(window).size();
+    const auto path = folder_ / "out.webp";
+    ASSERT_TRUE(save_document(window, path, recorder_.host));
+    const auto out = testing::file_bytes(path);
+    EXPECT_EQ(expect_untouched(window, out, path), frames);
+    ++files;
+    equal += out == before;
+    if (frames < 2) continue;
+    change_first(window);
+    ASSERT_TRUE(save_document(window, path, recorder_.host));
+    kept_others += expect_untouched(window, testing::file_bytes(path), path);
+    others += frames - 1;
+  }
+  EXPECT_GT(files, 20u);
+  EXPECT_GT(10 * equal, 8 * files) << "files that come back byte for byte";
+  EXPECT_GT(10 * kept_others, 8 * others);
+}
+
+TEST_F(StoredImages, OfWebpFilesShowTheSameWhateverIsDoneAroundThem) {
+  VELLUM_NEEDS_CORPUS();
+  std::mt19937 random(7);
+  for (const auto& row : testing::corpus_rows({"webp"})) {
+    SCOPED_TRACE(row.at("path"));
+    DocumentWindow window;
+    if (!open_document(window, testing::corpus_file(row), recorder_.host)) continue;
+    if (frame_entries(window).size() < 4) continue;
+    for (int edits = 0; edits < 3; ++edits) {
+      const auto entries = frame_entries(window);
+      const auto any = [&] { return entries[random() % entries.size()]; };
+      ChunkRecord record = window.list.record(any());
+      switch (random() % 4) {
+        case 0:
+          window.list.remove(any());
+          break;
+        case 1:
+          chunk_list_insert(window.list, window.document, any(), record);
+          break;
+        case 2:
+          chunk_list_put(window.list, any(), record);
+          break;
+        default:
+          const std::size_t at = any();
+          record = window.list.record(at);
+          record.webpImage.dispose ^= 1;
+          chunk_list_put(window.list, at, record);
+      }
+      const auto path = folder_ / "out.webp";
+      ASSERT_TRUE(save_document(window, path, recorder_.host));
+      expect_untouched(window, testing::file_bytes(path), path);
+    }
+  }
+}
+
+TEST_F(StoredImages, PicturesThatWereMadeArePackedBeyondTheBudget) {
+  for (const std::uint32_t bits : {1u, 4u, 8u, 24u, 32u}) {
+    std::vector<ChunkHandle> blocks;
+    for (std::uint32_t i = 0; i < 40; ++i) {
+      Picture picture = PictureCreate(300, 211, nullptr, bits);
+      for (std::uint32_t k = 0; k < 4000; ++k)
+        PicturePutPixel(picture, k * 7 % 300, k / 20, k * (i + 1) * 0x01030507);
+      ChunkRecord record;
+      record_take_picture(record, DocumentKind::APNG, picture);
+      blocks.push_back(record.data);
+      ASSERT_EQ(record.data.source(), nullptr);
+    }
+    EXPECT_LE(resident_bytes(), memory_budget()) << bits;
+    for (std::uint32_t i = 0; i < 40; ++i) {
+      const Picture picture(blocks[i]);
+      for (std::uint32_t k = 3000; k < 4000; ++k)
+        ASSERT_EQ(PictureGetPixel(picture, k * 7 % 300, k / 20),
+                  k * (i + 1) * 0x01030507 & (bits == 32 ? ~0u : (1u << bits) - 1))
+            << bits;
+    }
+  }
 }
 
 std::string deflated(const std::string& bytes) {

@@ -267,7 +267,7 @@ TEST_F(Writer, AnAnimationKeepsItsOtherChunksInTheirOrder) {
   EXPECT_EQ(window.list.record(1).numFrames, 2u) << "what is there counts";
   const std::string file = saved(window);
   EXPECT_EQ(file,
-            "IHDR:00000002000000020802000000 acTL:0000000200000003 gAMA:0000b18f tEXt:540078 vlAa:31 "
+            "IHDR:00000002000000020802000000 acTL:0000000200000003 vlAa:31 tEXt:540078 gAMA:0000b18f "
             "fcTL:00000000000000020000000200000000000000000001000a0000 IDAT vlBb:32 "
             "fcTL:00000001000000010000000100000001000000010005000001"
             "01 fdAT vlCC:33 tIME:07d00101000000 IEND");

@@ -209,13 +209,15 @@ Bytes write(WebpParameters parameters, const std::vector<Given>& frames, std::in
   parameters.canvasWidth = frames[0].canvas.width();
   parameters.canvasHeight = frames[0].canvas.height();
   std::size_t next = 0;
-  return WEBPWriteAnimation(parameters, [&](WebpFrameRequest& request) {
+  Bytes file;
+  const auto give = [&](WebpFrameRequest& request) {
     request.timestamp = request.last ? end : frames[next].start;
     if (request.last) return next == frames.size();
-    request.canvas = frames[next].canvas;
+    request.canvas = [&canvas = frames[next].canvas] { return canvas; };
     request.dispose = frames[next++].dispose;
     return true;
-  });
+  };
+  return WEBPWriteAnimation(parameters, give, memory_sink(file)) ? file : Bytes();
 }
 
 TEST(WebpWriting, FramesAreTheRectanglesThatDiffer) {
@@ -309,11 +311,14 @@ TEST(WebpWriting, FailsWhenAFrameIsMissingOrOfAnotherSize) {
   EXPECT_TRUE(write({}, {{right, 0, 0}, {PictureCreate(8, 8, nullptr, 24), 0, 0}}, 0).empty());
   EXPECT_TRUE(write({}, {{right, 0, 0}, {Picture(), 0, 0}}, 0).empty());
   WebpParameters parameters{8, 8, 0, 2};
-  EXPECT_TRUE(WEBPWriteAnimation(parameters, [](WebpFrameRequest&) { return false; }).empty());
+  Bytes file;
+  const auto refuse = [](WebpFrameRequest&) { return false; };
+  EXPECT_FALSE(WEBPWriteAnimation(parameters, refuse, memory_sink(file)));
   parameters.frameCount = 0;
-  EXPECT_TRUE(WEBPWriteAnimation(parameters, [](WebpFrameRequest&) { return true; }).empty());
+  const auto accept = [](WebpFrameRequest&) { return true; };
+  EXPECT_FALSE(WEBPWriteAnimation(parameters, accept, memory_sink(file)));
   parameters = {16384, 8, 0, 2};
-  EXPECT_TRUE(WEBPWriteAnimation(parameters, [](WebpFrameRequest&) { return true; }).empty());
+  EXPECT_FALSE(WEBPWriteAnimation(parameters, accept, memory_sink(file)));
 }
 
 }  // namespace

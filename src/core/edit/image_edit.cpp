@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/byte_order.h"
+#include "core/edit/deep_samples.h"
 #include "core/edit/picture_fitting.h"
 #include "core/model/record_picture.h"
 #include "image/picture_operations.h"
@@ -32,6 +33,7 @@ Picture with_alpha(const Picture& picture) {
 Replaced replace_image(DocumentWindow& window, std::size_t& index, const Picture& picture, Host& host,
                        std::optional<PaletteChoice> choice) {
   if (!has_rows(picture)) return Replaced::Failed;
+  const ChunkList before = window.list;
   const std::int32_t caret = std::exchange(window.document.caret, static_cast<std::int32_t>(index));
   PictureFitting fitting(window, host, choice);
   const Picture fitted = fitting.fit(picture, index);
@@ -41,7 +43,9 @@ Replaced replace_image(DocumentWindow& window, std::size_t& index, const Picture
   if (fitting.cancelled()) return Replaced::Cancelled;
   if (!fitted || !chunk_list_get(window.list, index, record)) return Replaced::Failed;
   record_take_picture(record, window.document.kind, fitted);
-  return chunk_list_put(window.list, index, record) ? Replaced::Done : Replaced::Failed;
+  if (!chunk_list_put(window.list, index, record)) return Replaced::Failed;
+  note_deep_images(before, window.list, window.document, host);
+  return Replaced::Done;
 }
 
 Picture with_color_transparent(const Picture& picture, Colour color) {

@@ -18,7 +18,7 @@ namespace vellum {
 namespace {
 
 using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&,
-                        std::shared_ptr<const void> owner);
+                        std::shared_ptr<const FileContent> owner);
 
 /// Who reads files of a kind. A PNG tells by itself whether it is an animation.
 struct ReaderRow {
@@ -102,7 +102,7 @@ bool offer_document(DocumentWindow& window, const Picture& picture, const Conten
 
 bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host) {
   std::string reason;
-  const auto file = read_file(path, reason, kMaximumFileBytes);
+  const auto file = map_file(path, reason, kMaximumMappedBytes);
   if (!file) {
     host.show(StringId::ErrorReadingFile, {}, path.string() + ": " + reason);
     return false;

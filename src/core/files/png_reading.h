@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 
+#include "base/file.h"
 #include "base/host.h"
 #include "base/limits.h"
 #include "core/model/document.h"
@@ -19,8 +20,8 @@ struct PngReading {
   DocumentWindow& window;
   Host& host;
   const Progress& progress;
-  std::span<const StreamChunk> chunks;  ///< IHDR first, IEND last
-  std::shared_ptr<const void> owner;    ///< of the bytes of the file; may be null
+  std::span<const StreamChunk> chunks;       ///< IHDR first, IEND last
+  std::shared_ptr<const FileContent> owner;  ///< of the bytes of the file; may be null
   PngHeader header = {};
   Palette palette{};  ///< the color table of pictures
   std::size_t textBudget = kMaximumTextBytesOfFile;
@@ -30,6 +31,13 @@ struct PngReading {
   /// Adds an entry; false when the list is full.
   bool append(const ChunkRecord& record, const StreamChunk& chunk) const;
 };
+
+/// Whether the images of a file are only checked when it is read, and unpacked when somebody looks at them:
+/// many whose pictures take `bytes` together, so that memory for all of them is not even touched.
+constexpr bool stay_packed(std::size_t images, std::uint64_t bytes) {
+  constexpr std::uint64_t kWorthUnpacking = std::uint64_t{24} << 20;
+  return images > 1 && bytes > kWorthUnpacking;
+}
 
 /// Adds the entry of a chunk that holds no image: raw bytes, a zTXt inflated, IHDR, acTL and IEND in their
 /// fields. False with the failure kept.

@@ -18,6 +18,11 @@ bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks) {
       chunks, [&](const ChunkOut& chunk) { return write_chunk(sink, chunk.tag, chunk.payload); });
 }
 
+std::string write_fault(const Sink& sink) {
+  const std::string reason = sink.reason();
+  return reason.empty() ? "the file that the images come from was changed by another program" : reason;
+}
+
 bool write_image_data(const Sink& sink, const StoredImage& stream) {
   constexpr std::size_t kLongest = 0x40000000;  // well inside the 31 bits of a length
   for (auto left : stream.pieces()) {
@@ -27,14 +32,14 @@ bool write_image_data(const Sink& sink, const StoredImage& stream) {
       left = left.subspan(piece.size());
     } while (!left.empty());
   }
-  return true;
+  return stream.intact();
 }
 
 KeptStream new_stream(const PngHeader& header, const Picture& picture, std::vector<std::uint8_t> bytes) {
   if (bytes.empty()) return nullptr;
   Palette table;
   PictureGetPalette(picture, table);
-  const auto owner = std::make_shared<const std::vector<std::uint8_t>>(std::move(bytes));
+  const auto owner = std::make_shared<const FileContent>(ChunkHandle::copy_of(bytes, 0));
   return std::make_shared<const StoredImage>(header, table, std::vector{StoredImage::Bytes(*owner)}, owner,
                                              true);
 }
@@ -43,7 +48,9 @@ KeptStream image_stream(const PngHeader& header, const Picture& picture, const S
                         std::optional<std::array<std::uint16_t, 3>> key) {
   const KeptStream stored = stored_image_of(picture.handle());
   // A key stands in the samples of the stream, and may be another by now.
-  if (options.keepStored && stored && stored->exact() && stored->header() == header && !key) return stored;
+  if (options.keepStored && stored && stored->exact() && stored->header() == header && !key &&
+      stored->intact())
+    return stored;
   return new_stream(header, picture,
                     options.encode ? options.encode(header, picture, key)
                                    : png_encode(header, picture, options.compression, key));

@@ -13,7 +13,10 @@ namespace vellum {
 /// Signature and header.
 bool begin_png(const Sink& sink, const PngHeader& header);
 bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks);
-/// Image data as IDAT chunks, divided as the stream is.
+/// Why something was not written: what the sink says, else that the file which images lie in is another by
+/// now.
+std::string write_fault(const Sink& sink);
+/// Image data as IDAT chunks, divided as the stream is. False also where the stream was changed meanwhile.
 bool write_image_data(const Sink& sink, const StoredImage& stream);
 
 using KeptStream = std::shared_ptr<const StoredImage>;

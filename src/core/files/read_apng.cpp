@@ -117,12 +117,16 @@ PngHeader frame_header(const PngHeader& header, const FrameControl& control) {
   return own;
 }
 
-bool pictures_fit_memory(const PngReading& reading, const StreamFrames& found) {
+std::uint64_t picture_bytes(const PngReading& reading, const StreamFrames& found) {
   std::uint64_t bytes = 0;
   const std::uint32_t bits = png_picture_bits(reading.header);
   for (const StreamFrame& frame : found.frames)
     bytes += std::uint64_t{picture_stride(frame.fields.frameWidth, bits)} * frame.fields.frameHeight;
-  return bytes <= kMaximumKeptBytes ||
+  return bytes;
+}
+
+bool pictures_fit_memory(const PngReading& reading, const StreamFrames& found) {
+  return picture_bytes(reading, found) <= kMaximumKeptBytes ||
          reading.fail(reading.chunks.front(), "the frames together are too large", FaultKind::Limit);
 }
 
@@ -136,9 +140,10 @@ struct DecodedFrame {
   bool isShort = false, limit = false;
 };
 
-DecodedFrame decode_frame(const PngReading& reading, const StreamFrame& frame) {
+DecodedFrame decode_frame(const PngReading& reading, const StreamFrame& frame, bool packed) {
   const PngHeader header = frame_header(reading.header, frame.fields);
-  const PngDecoded decoded = png_decode(header, frame.data, reading.palette, PngShortData::Zeros);
+  const PngDecoded decoded =
+      (packed ? png_check : png_decode)(header, frame.data, reading.palette, PngShortData::Zeros);
   return {kept_with_stream(decoded, header, frame.data, reading.owner), decoded.reason, decoded.isShort,
           decoded.limit};
 }
@@ -147,10 +152,11 @@ DecodedFrame decode_frame(const PngReading& reading, const StreamFrame& frame) {
 bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<ChunkHandle>& pictures) {
   std::vector<DecodedFrame> decoded(found.frames.size());
   std::atomic<bool> damaged = false;
+  const bool packed = stay_packed(decoded.size(), picture_bytes(reading, found));
   for (std::size_t first = 0; first < decoded.size(); first += kFramesAtOnce) {
     parallel_for(std::min(kFramesAtOnce, decoded.size() - first), [&](std::size_t k) {
       if (damaged) return;
-      decoded[first + k] = decode_frame(reading, found.frames[first + k]);
+      decoded[first + k] = decode_frame(reading, found.frames[first + k], packed);
       if (!decoded[first + k].picture) damaged = true;
     });
     reading.progress.step(std::min(first + kFramesAtOnce, decoded.size()), decoded.size());

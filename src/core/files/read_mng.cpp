@@ -42,7 +42,7 @@ struct MngReading {
   DocumentWindow& window;
   Host& host;
   std::span<const StreamChunk> chunks;
-  std::shared_ptr<const void> owner;  ///< of the bytes of the file; may be null
+  std::shared_ptr<const FileContent> owner;  ///< of the bytes of the file; may be null
   std::vector<Item> items{};
   std::unique_ptr<OpenImage> open{};
   bool opaque = false;  ///< inside a JNG or delta image, whose chunks stay raw
@@ -300,12 +300,16 @@ std::vector<Item*> images_of(MngReading& reading) {
   return images;
 }
 
-bool pictures_fit_memory(const MngReading& reading, const std::vector<Item*>& images) {
+std::uint64_t picture_bytes(const std::vector<Item*>& images) {
   std::uint64_t bytes = 0;
   for (const Item* item : images)
     bytes += std::uint64_t{picture_stride(item->image->fields.width, png_picture_bits(item->image->fields))} *
              item->image->fields.height;
-  return bytes <= kMaximumKeptBytes ||
+  return bytes;
+}
+
+bool pictures_fit_memory(const MngReading& reading, const std::vector<Item*>& images) {
+  return picture_bytes(images) <= kMaximumKeptBytes ||
          reading.fail(reading.chunks.front(), "the images together are too large", FaultKind::Limit);
 }
 
@@ -313,6 +317,7 @@ bool decode_images(MngReading& reading, const Progress& progress) {
   constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
   const std::vector<Item*> images = images_of(reading);
   if (!pictures_fit_memory(reading, images)) return false;
+  const auto decode = stay_packed(images.size(), picture_bytes(images)) ? png_check : png_decode;
   std::vector<const char*> reasons(images.size());
   std::vector<char> limits(images.size());
   std::atomic<bool> damaged = false;
@@ -321,7 +326,7 @@ bool decode_images(MngReading& reading, const Progress& progress) {
     parallel_for(count, [&](std::size_t k) {
       if (damaged) return;
       const OpenImage& image = *images[first + k]->image;
-      const PngDecoded decoded = png_decode(image.fields, image.data, image.palette);
+      const PngDecoded decoded = decode(image.fields, image.data, image.palette, PngShortData::Fault);
       images[first + k]->record.data = kept_with_stream(decoded, image.fields, image.data, reading.owner);
       reasons[first + k] = decoded.reason;
       limits[first + k] = decoded.limit;
@@ -338,7 +343,7 @@ bool decode_images(MngReading& reading, const Progress& progress) {
 }  // namespace
 
 bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
-              std::shared_ptr<const void> owner) {
+              std::shared_ptr<const FileContent> owner) {
   window.document.kind = DocumentKind::MING;
   GatheredChunks gathered;
   if (!gather_file(file, kMngSignature, tag::MEND, gathered, host)) return false;

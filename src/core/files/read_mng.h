@@ -3,6 +3,7 @@
 
 #include <span>
 
+#include "base/file.h"
 #include "base/host.h"
 #include "core/model/document.h"
 
@@ -14,6 +15,6 @@ namespace vellum {
 /// fail.
 /// Images keep their streams, which lie in `owner`; without one they are copied.
 bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
-              std::shared_ptr<const void> owner = nullptr);
+              std::shared_ptr<const FileContent> owner = nullptr);
 
 }  // namespace vellum

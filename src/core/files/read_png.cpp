@@ -162,7 +162,7 @@ bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8
 }
 
 bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
-              std::shared_ptr<const void> owner) {
+              std::shared_ptr<const FileContent> owner) {
   GatheredChunks gathered;
   if (!gather_file(file, kPngSignature, tag::IEND, gathered, host)) return false;
   const QuietList quiet(window.list);

@@ -2,6 +2,7 @@
 
 #include "base/byte_order.h"
 #include "base/limits.h"
+#include "base/memory_budget.h"
 #include "core/chunks/new_chunk.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
@@ -11,17 +12,26 @@
 namespace vellum {
 namespace {
 
+/// A frame whose rows may be let go.
+struct ReadFrame {
+  ChunkHandle canvas;
+  std::int64_t end = 0;  ///< milliseconds
+  std::uint32_t dispose = 0;
+};
+
 /// A file that is being read.
 struct WebpReading {
   DocumentWindow& window;
   Host& host;
   const Progress& progress;
   std::span<const std::uint8_t> file;
-  std::vector<WebpFrame> frames;
+  std::shared_ptr<const FileContent> owner;  ///< of its bytes; may be null
+  std::vector<ReadFrame> frames;
   std::uint32_t frameCount = 0;
   std::vector<WebpExtra> extras{};  ///< chunks beside the images, in their order
   std::size_t nextExtra = 0;
-  bool told = false;  ///< the reason of a failure is kept already
+  bool packed = false;  ///< what can be made again is not kept in memory
+  bool told = false;    ///< the reason of a failure is kept already
 
   bool fail(const char* reason, FaultKind kind = FaultKind::Damaged) {
     told = true;
@@ -72,14 +82,29 @@ bool append_extras(WebpReading& reading, std::size_t images) {
   return true;
 }
 
-bool append_frame(WebpReading& reading, const Picture& picture, std::int64_t delay, std::uint32_t dispose) {
+bool append_frame(WebpReading& reading, const ChunkHandle& picture, std::int64_t delay,
+                  std::uint32_t dispose) {
   ChunkRecord record;
   NewChunkArgument argument;
-  argument.picture = picture.handle();
+  argument.picture = picture;
   new_chunk(reading.window, record, tag::WEBI, argument);
   record.webpImage.delay = static_cast<std::uint32_t>(std::clamp<std::int64_t>(delay, 0, 0xFFFFFFFF));
   record.webpImage.dispose = dispose == 1;
   return reading.append(record);
+}
+
+/// The picture of a still file, which may be decoded again from its bytes.
+ChunkHandle kept_still(const WebpReading& reading, const Picture& picture) {
+  StoredWebp::Frame frame;
+  frame.pixels = webp_still_pixels(reading.file);
+  if (!reading.owner || frame.pixels.empty()) return kept_picture(picture, nullptr);
+  frame.canvasWidth = picture.width();
+  frame.canvasHeight = picture.height();
+  frame.area = {0, 0, static_cast<std::int32_t>(picture.width()),
+                static_cast<std::int32_t>(picture.height())};
+  frame.bits = picture.bits();
+  frame.alone = frame.onNothing = true;
+  return kept_picture(picture, std::make_shared<const StoredWebp>(frame, nullptr, reading.owner));
 }
 
 bool read_still(WebpReading& reading, const WebpInfo& info) {
@@ -93,18 +118,26 @@ bool read_still(WebpReading& reading, const WebpInfo& info) {
   // A still file states no background.
   header.backgroundColor = static_cast<Colour>(settings::DefaultBackgroundColour);
   return append_header(reading, header) && append_extras(reading, 0) &&
-         append_frame(reading, picture, 0, 0) && append_extras(reading, kNoEntry);
+         append_frame(reading, kept_still(reading, picture), 0, 0) && append_extras(reading, kNoEntry);
+}
+
+/// Frames that change little make canvases of few bytes, which memory has to hold all the same where they
+/// can't be made again one by one.
+std::uint64_t most_canvas_bytes(std::uint64_t file) {
+  constexpr std::uint64_t kGain = 1000;
+  return std::clamp(file * kGain, kMaximumDocumentBytes, kMaximumKeptBytes);
 }
 
 bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
   if (animation.frameCount < 1) return reading.fail("there are no frames");
   const std::uint64_t canvas = std::uint64_t{animation.canvasWidth} * animation.canvasHeight * 4;
   if (std::max(animation.canvasWidth, animation.canvasHeight) > kMaximumDimension ||
-      canvas > kMaximumPictureBytes || canvas * animation.frameCount > kMaximumDocumentBytes)
+      canvas > kMaximumPictureBytes || canvas * animation.frameCount > most_canvas_bytes(reading.file.size()))
     return reading.fail("the frames are too large together", FaultKind::Limit);
   if (animation.frameCount >= kMaximumEntries)
     return reading.fail("the file has too many frames", FaultKind::Limit);
   reading.frameCount = animation.frameCount;
+  reading.packed = stay_packed(animation.frameCount, canvas * animation.frameCount);
   reading.frames.reserve(animation.frameCount);
   return append_header(
       reading, {animation.canvasWidth, animation.canvasHeight, animation.loopCount, animation.frameCount,
@@ -112,7 +145,9 @@ bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
 }
 
 bool take_frame(WebpReading& reading, const WebpFrame& frame) {
-  reading.frames.push_back(frame);
+  const ChunkHandle canvas = kept_picture(frame.canvas, frame.stored);
+  if (reading.packed && frame.stored && frame.stored->can_make()) let_go(canvas);
+  reading.frames.push_back({canvas, frame.timestamp, frame.dispose});
   reading.progress.step(reading.frames.size(), reading.frameCount);
   return true;
 }
@@ -120,15 +155,14 @@ bool take_frame(WebpReading& reading, const WebpFrame& frame) {
 bool read_animation(WebpReading& reading) {
   const bool decoded = WEBPGetAnimation(
       reading.file, [&](const WebpAnimation& animation) { return start_animation(reading, animation); },
-      [&](const WebpFrame& frame) { return take_frame(reading, frame); });
+      [&](const WebpFrame& frame) { return take_frame(reading, frame); }, reading.owner);
   if (!decoded) return reading.told ? false : reading.fail("the animation is damaged");
   std::int64_t before = 0;
   for (std::size_t i = 0; i < reading.frames.size(); ++i) {
-    const WebpFrame& frame = reading.frames[i];
-    if (!append_extras(reading, i) ||
-        !append_frame(reading, frame.canvas, frame.timestamp - before, frame.dispose))
+    const ReadFrame& frame = reading.frames[i];
+    if (!append_extras(reading, i) || !append_frame(reading, frame.canvas, frame.end - before, frame.dispose))
       return false;
-    before = frame.timestamp;
+    before = frame.end;
   }
   return append_extras(reading, kNoEntry);
 }
@@ -143,13 +177,13 @@ bool bytes_behind_end(std::span<const std::uint8_t> file) {
 }  // namespace
 
 bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
-               std::shared_ptr<const void>) {
+               std::shared_ptr<const FileContent> owner) {
   const auto info = WEBPGetInfoEx(file);
   if (!info)
     return host.fail({FaultKind::Damaged, 0, -1, 0, "the header of a WebP file is missing or damaged"});
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
-  WebpReading reading{window, host, progress, file, {}};
+  WebpReading reading{window, host, progress, file, std::move(owner), {}};
   gather_extras(reading);
   if (!(info->isAnimation ? read_animation(reading) : read_still(reading, *info))) return false;
   chunk_list_close_change(window.list, window.document);

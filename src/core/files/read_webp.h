@@ -3,6 +3,7 @@
 
 #include <span>
 
+#include "base/file.h"
 #include "base/host.h"
 #include "core/model/document.h"
 
@@ -12,6 +13,6 @@ namespace vellum {
 /// frame, each the whole canvas while that frame is shown, and the chunks beside the images at their places.
 /// False on failure, with the reason given to the host; the caller reports.
 bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
-               std::shared_ptr<const void> owner = nullptr);
+               std::shared_ptr<const FileContent> owner = nullptr);
 
 }  // namespace vellum

@@ -18,9 +18,11 @@ namespace {
 
 /// An image of the file: a frame, or the default image outside the animation.
 struct FrameOut {
-  Picture picture;
+  ChunkHandle block;                    ///< of the picture, whose rows may be let go
   const ChunkRecord* record = nullptr;  ///< null for the default image
   KeptStream stream = {};
+  /// Pinned for as long as it lives.
+  Picture picture() const { return Picture(block); }
   const FrameControl* control() const { return record ? &record->frameControl : nullptr; }
 };
 
@@ -61,7 +63,7 @@ bool collect_frames(Saving& saving) {
     if (!is_image_entry(DocumentKind::APNG, list.record(i).tag)) continue;
     if (!picture_of(list.record(i))) return saving.fail("a frame has lost its picture");
     saving.entries.push_back(i);
-    saving.images.push_back({picture_of(list.record(i)), &list.record(i)});
+    saving.images.push_back({list.record(i).data, &list.record(i)});
   }
   return !saving.images.empty() || saving.fail("there is no image in this file");
 }
@@ -69,15 +71,15 @@ bool collect_frames(Saving& saving) {
 /// The header holds all frames; it never cuts one.
 void grow_canvas(Saving& saving) {
   for (const FrameOut& image : saving.images) {
-    saving.written.width = std::max(saving.written.width, image.control()->xOffset + image.picture.width());
+    saving.written.width = std::max(saving.written.width, image.control()->xOffset + image.picture().width());
     saving.written.height =
-        std::max(saving.written.height, image.control()->yOffset + image.picture.height());
+        std::max(saving.written.height, image.control()->yOffset + image.picture().height());
   }
 }
 
 bool covers_canvas(const FrameOut& image, const PngHeader& header) {
   return image.control()->xOffset == 0 && image.control()->yOffset == 0 &&
-         image.picture.width() == header.width && image.picture.height() == header.height;
+         image.picture().width() == header.width && image.picture().height() == header.height;
 }
 
 /// The IDAT must cover the canvas. It is the kept default image, or the first frame where that does;
@@ -87,15 +89,17 @@ bool choose_default_image(Saving& saving) {
   const FrameOut& first = saving.images.front();
   FrameOut image;
   if (kept && kept.width() == saving.written.width && kept.height() == saving.written.height) {
-    image.picture = kept;
+    image.block = kept.handle();
   } else if (covers_canvas(first, saving.written)) {
     return true;
   } else {
-    image.picture = PictureExtendCanvas(first.picture, saving.written.width, saving.written.height,
-                                        static_cast<std::int32_t>(first.control()->xOffset),
-                                        static_cast<std::int32_t>(first.control()->yOffset),
-                                        frame_surroundings(saving.window.list, first.picture));
-    if (!image.picture) return saving.fail("memory is exhausted", FaultKind::Limit);
+    const Picture picture = first.picture();
+    image.block = PictureExtendCanvas(picture, saving.written.width, saving.written.height,
+                                      static_cast<std::int32_t>(first.control()->xOffset),
+                                      static_cast<std::int32_t>(first.control()->yOffset),
+                                      frame_surroundings(saving.window.list, picture))
+                      .handle();
+    if (!image.block) return saving.fail("memory is exhausted", FaultKind::Limit);
   }
   saving.images.insert(saving.images.begin(), std::move(image));
   return true;
@@ -106,7 +110,7 @@ bool choose_default_image(Saving& saving) {
 
 std::uint32_t deepest(const std::vector<FrameOut>& images) {
   std::uint32_t bits = 0;
-  for (const FrameOut& image : images) bits = std::max(bits, image.picture.bits());
+  for (const FrameOut& image : images) bits = std::max(bits, image.picture().bits());
   return bits;
 }
 
@@ -126,7 +130,7 @@ std::array<bool, 256> used_indexes(const Picture& picture) {
 /// frame's; filled up from the first frame's table.
 std::vector<std::uint8_t> shared_palette(const Saving& saving) {
   Palette own;
-  const std::size_t own_bytes = 3 * std::size_t{PictureGetPalette(saving.images.front().picture, own)};
+  const std::size_t own_bytes = 3 * std::size_t{PictureGetPalette(saving.images.front().picture(), own)};
   std::vector<std::uint8_t> palette(own.begin(), own.begin() + static_cast<std::ptrdiff_t>(own_bytes));
   if (saving.from.colorType != 0) {
     const auto raw = raw_of(saving.window.list, tag::PLTE);
@@ -135,7 +139,7 @@ std::vector<std::uint8_t> shared_palette(const Saving& saving) {
   }
   std::size_t used = 0;
   for (const FrameOut& image : saving.images)
-    used = std::max<std::size_t>(used, largest_index(image.picture) + 1);
+    used = std::max<std::size_t>(used, largest_index(image.picture()) + 1);
   while (palette.size() < 3 * used) palette.push_back(own[palette.size()]);
   return palette;
 }
@@ -159,7 +163,7 @@ bool agrees_with(const Picture& picture, const std::vector<std::uint8_t>& palett
 bool palette_form(Saving& saving) {
   const auto palette = shared_palette(saving);
   for (const FrameOut& image : saving.images)
-    if (!agrees_with(image.picture, palette)) return false;
+    if (!agrees_with(image.picture(), palette)) return false;
   saving.palette = palette;
   const auto entries = palette.size() / 3;
   const std::uint32_t bits = deepest(saving.images);
@@ -179,7 +183,7 @@ Picture in_true_color(const Saving& saving, const Picture& picture, bool alpha) 
 bool true_color_form(Saving& saving) {
   saving.table = transparency_table(raw_of(saving.window.list, tag::tRNS), saving.from);
   const bool indexed =
-      std::ranges::any_of(saving.images, [](const FrameOut& i) { return i.picture.bits() <= 8; });
+      std::ranges::any_of(saving.images, [](const FrameOut& i) { return i.picture().bits() <= 8; });
   const bool alpha = deepest(saving.images) == 32 || (indexed && !saving.table.empty());
   saving.transparencyApplied = alpha;
   saving.written.colorType = alpha ? 6 : 2;
@@ -187,8 +191,8 @@ bool true_color_form(Saving& saving) {
   const auto raw = raw_of(saving.window.list, tag::PLTE);
   if (saving.from.colorType == 2 || saving.from.colorType == 6) saving.palette.assign(raw.begin(), raw.end());
   for (FrameOut& image : saving.images) {
-    image.picture = in_true_color(saving, image.picture, alpha);
-    if (!image.picture) return saving.fail("memory is exhausted", FaultKind::Limit);
+    image.block = in_true_color(saving, image.picture(), alpha).handle();
+    if (!image.block) return saving.fail("memory is exhausted", FaultKind::Limit);
   }
   return true;
 }
@@ -197,7 +201,7 @@ bool true_color_form(Saving& saving) {
 const PngHeader* stored_form(const Saving& saving) {
   const PngHeader* form = nullptr;
   for (const FrameOut& image : saving.images) {
-    const KeptStream stored = stored_image_of(image.picture.handle());
+    const KeptStream stored = stored_image_of(image.block);
     if (!stored || !stored->exact()) continue;
     const PngHeader& own = stored->header();
     if (own.interlace != saving.written.interlace ||
@@ -211,10 +215,10 @@ const PngHeader* stored_form(const Saving& saving) {
 /// Whether the images without a stream can be told in the form, too.
 bool others_fit(const Saving& saving, const PngHeader& form) {
   return std::ranges::all_of(saving.images, [&](const FrameOut& image) {
-    if (stored_image_of(image.picture.handle())) return true;
-    return image.picture.bits() <= 8
-               ? largest_index(image.picture) < 1u << std::min<unsigned>(form.bitDepth, 8)
-               : form.colorType != 4 || picture_content(image.picture).grey;
+    if (stored_image_of(image.block)) return true;
+    return image.picture().bits() <= 8
+               ? largest_index(image.picture()) < 1u << std::min<unsigned>(form.bitDepth, 8)
+               : form.colorType != 4 || picture_content(image.picture()).grey;
   });
 }
 
@@ -255,10 +259,11 @@ bool encode_images(Saving& saving, const Progress& progress) {
     const std::size_t count = std::min(kAtOnce, saving.images.size() - first);
     parallel_for(count, [&](std::size_t k) {
       FrameOut& image = saving.images[first + k];
+      const Picture picture = image.picture();
       PngHeader header = saving.written;
-      header.width = image.picture.width();
-      header.height = image.picture.height();
-      image.stream = image_stream(header, image.picture, saving.options);
+      header.width = picture.width();
+      header.height = picture.height();
+      image.stream = image_stream(header, picture, saving.options);
       if (!image.stream) failed = true;
     });
     if (failed) return saving.fail("an image can't be compressed", FaultKind::Limit);
@@ -277,9 +282,11 @@ struct ChunkGroups {
   std::vector<ChunkOut> back;                  ///< behind the last image
 };
 
+constexpr int kTextRank = 3, kFreeRank = 4;
+
 /// The rank of a chunk in front of the first image.
 int front_rank(ChunkTag tag) {
-  if (is_text(tag)) return 3;
+  if (is_text(tag)) return kTextRank;
   switch (place_of(tag, DocumentKind::APNG)) {
     case ChunkPlace::BeforePalette:
       return 0;
@@ -288,26 +295,55 @@ int front_rank(ChunkTag tag) {
     case ChunkPlace::BehindPalette:
       return 2;
     default:
-      return 4;
+      return kFreeRank;
   }
 }
 
-ChunkGroups group_chunks(std::vector<ChunkOut> chunks, const std::vector<std::size_t>& frames) {
+bool stands_in_front(ChunkTag tag) {
+  return front_rank(tag) < kTextRank || place_of(tag, DocumentKind::APNG) == ChunkPlace::BeforeImage;
+}
+
+/// `as_listed`: texts stay where they are, and so does what stands in front where that order is a legal one.
+/// Otherwise texts come in front of the images.
+ChunkGroups group_chunks(std::vector<ChunkOut> chunks, const std::vector<std::size_t>& frames,
+                         bool as_listed) {
   ChunkGroups groups;
   groups.between.resize(frames.size());
   for (ChunkOut& chunk : chunks) {
     const auto frame =
         static_cast<std::size_t>(std::ranges::lower_bound(frames, chunk.entry) - frames.begin());
-    if (frame == 0 || front_rank(chunk.tag) < 4 ||
-        place_of(chunk.tag, DocumentKind::APNG) == ChunkPlace::BeforeImage)
+    if (frame == 0 || stands_in_front(chunk.tag) || (is_text(chunk.tag) && !as_listed))
       groups.front.push_back(std::move(chunk));
     else if (frame < frames.size() && is_safe_to_copy(chunk.tag))
       groups.between[frame].push_back(std::move(chunk));
     else
       groups.back.push_back(std::move(chunk));
   }
-  std::ranges::stable_sort(groups.front, {}, [](const ChunkOut& chunk) { return front_rank(chunk.tag); });
+  const auto rank = [](const ChunkOut& chunk) { return front_rank(chunk.tag); };
+  std::vector<int> bound;
+  for (const ChunkOut& chunk : groups.front)
+    if (rank(chunk) < kTextRank) bound.push_back(rank(chunk));
+  if (!as_listed || !std::ranges::is_sorted(bound)) std::ranges::stable_sort(groups.front, {}, rank);
   return groups;
+}
+
+/// The animation control: behind the header, or where the list has it.
+void put_animation_control(const ChunkList& list, std::size_t frames, bool as_listed, ChunkGroups& groups) {
+  ChunkRecord control;
+  const std::size_t entry = chunk_find_first(list, tag::acTL, &control);
+  ChunkOut chunk{tag::acTL, std::vector<std::uint8_t>(8), entry};
+  write_be32(chunk.payload.data(), static_cast<std::uint32_t>(frames));
+  write_be32(chunk.payload.data() + 4, control.numPlays);
+  auto place = groups.front.begin();
+  if (as_listed)
+    place = std::ranges::find_if(groups.front, [&](const ChunkOut& other) { return other.entry > entry; });
+  groups.front.insert(place, std::move(chunk));
+}
+
+/// Whether all images go out as the streams that they came from.
+bool all_stored(const Saving& saving) {
+  return std::ranges::all_of(saving.images,
+                             [](const FrameOut& image) { return image.stream == image.block.source(); });
 }
 
 ChunksOutRequest chunks_request(const Saving& saving) {
@@ -335,27 +371,21 @@ ChunkGroups chunks_for(const Saving& saving, std::vector<std::string>& notes) {
   if (!saving.options.animationTexts) std::erase_if(chunks, [](const ChunkOut& c) { return is_text(c.tag); });
   if (palette_is_made(saving, chunks))
     chunks.insert(chunks.begin(), {tag::PLTE, saving.palette, saving.headerEntry});
-  return group_chunks(std::move(chunks), saving.entries);
+  const bool as_listed = all_stored(saving);
+  ChunkGroups groups = group_chunks(std::move(chunks), saving.entries, as_listed);
+  put_animation_control(saving.window.list, saving.entries.size(), as_listed, groups);
+  return groups;
 }
 
 // ------------------------------------------------------------------------------------------------------------
 // the file
 
-bool write_animation_control(const Sink& sink, const Saving& saving) {
-  ChunkRecord control;
-  chunk_find_first(saving.window.list, tag::acTL, &control);
-  std::uint8_t payload[8];
-  write_be32(payload, static_cast<std::uint32_t>(saving.entries.size()));
-  write_be32(payload + 4, control.numPlays);
-  return write_chunk(sink, tag::acTL, payload);
-}
-
 bool write_frame_control(const Sink& sink, const FrameOut& image, std::uint32_t sequence) {
   const FrameControl& control = *image.control();
   std::uint8_t payload[26];
   write_be32(payload, sequence);
-  write_be32(payload + 4, image.picture.width());
-  write_be32(payload + 8, image.picture.height());
+  write_be32(payload + 4, image.picture().width());
+  write_be32(payload + 8, image.picture().height());
   write_be32(payload + 12, control.xOffset);
   write_be32(payload + 16, control.yOffset);
   write_be16(payload + 20, control.delayNum);
@@ -373,7 +403,7 @@ bool write_frame_data(const Sink& sink, const FrameOut& image, std::uint32_t& se
     payload.insert(payload.end(), piece.begin(), piece.end());
     if (!write_chunk(sink, tag::fdAT, payload)) return false;
   }
-  return true;
+  return image.stream->intact();
 }
 
 bool write_images(const Sink& sink, const Saving& saving, const ChunkGroups& groups) {
@@ -393,10 +423,10 @@ bool write_images(const Sink& sink, const Saving& saving, const ChunkGroups& gro
 }
 
 bool write_file(const Saving& saving, const Sink& sink, const ChunkGroups& groups) {
-  const bool written = begin_png(sink, saving.written) && write_animation_control(sink, saving) &&
-                       write_chunks(sink, groups.front) && write_images(sink, saving, groups) &&
-                       write_chunks(sink, groups.back) && write_chunk(sink, tag::IEND, {}) && sink.finish();
-  return written || saving.fail(sink.reason().c_str(), FaultKind::Limit);
+  const bool written = begin_png(sink, saving.written) && write_chunks(sink, groups.front) &&
+                       write_images(sink, saving, groups) && write_chunks(sink, groups.back) &&
+                       write_chunk(sink, tag::IEND, {}) && sink.finish();
+  return written || saving.fail(write_fault(sink).c_str(), FaultKind::Limit);
 }
 
 /// The entries in their order; the default image in front of them has none.

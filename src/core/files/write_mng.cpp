@@ -205,7 +205,7 @@ bool write_file(const Sink& sink, const Saving& saving, const ChunkRecord& heade
                        write_chunk(sink, tag::MHDR, mng_header_payload(header)) &&
                        (!comment || write_chunk(sink, comment->tag, comment->payload)) &&
                        write_entries(sink, saving) && sink.finish();
-  return written || host.fail({FaultKind::Limit, 0, -1, -1, sink.reason()});
+  return written || host.fail({FaultKind::Limit, 0, -1, -1, write_fault(sink)});
 }
 
 /// The chunks of a JNG or a delta image go out as they came.

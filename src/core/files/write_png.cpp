@@ -71,7 +71,7 @@ bool write_file(const Sink& sink, const PngForm& form, const OrderedChunks& orde
       begin_png(sink, form.header) && write_chunks(sink, chunks.first(ordered.beforeImage)) &&
       write_image_data(sink, stream) && write_chunks(sink, chunks.subspan(ordered.beforeImage)) &&
       write_chunk(sink, tag::IEND, {}) && sink.finish();
-  return written || host.fail({FaultKind::Limit, 0, -1, -1, sink.reason()});
+  return written || host.fail({FaultKind::Limit, 0, -1, -1, write_fault(sink)});
 }
 
 }  // namespace

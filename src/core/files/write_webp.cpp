@@ -18,13 +18,22 @@ struct WebpSaving {
   const SaveOptions& options;
   std::vector<WebpExtra> extras{};  ///< chunks beside the images; they refer to the list
 
-  std::vector<std::uint8_t> fail(const std::string& reason, FaultKind kind = FaultKind::Misuse) const {
-    host.fail({kind, 0, -1, -1, reason});
-    return {};
+  bool fail(const std::string& reason, FaultKind kind = FaultKind::Misuse) const {
+    return host.fail({kind, 0, -1, -1, reason});
   }
 };
 
-std::vector<std::uint8_t> make_still(const WebpSaving& saving) {
+/// The bytes that the only image came with, where they are a picture of this size by themselves.
+KeptWebp stored_still(const WebpSaving& saving, const ChunkRecord& record, const Picture& picture) {
+  const KeptWebp stored = saving.options.keepStored ? stored_webp_of(record.data) : nullptr;
+  if (!stored || !stored->frame().alone || !stored->intact()) return nullptr;
+  if (saving.options.webpSmallest && stored->lossless()) return nullptr;
+  const bool same =
+      stored->frame().canvasWidth == picture.width() && stored->frame().canvasHeight == picture.height();
+  return same ? stored : nullptr;
+}
+
+bool write_still(const WebpSaving& saving, const Sink& sink) {
   const ChunkList& list = saving.window.list;
   const std::size_t at = chunk_find_first(list, tag::WEBI);
   if (at == 0) return saving.fail("there is no header in front of the image");
@@ -32,11 +41,15 @@ std::vector<std::uint8_t> make_still(const WebpSaving& saving) {
   if (!has_rows(picture)) return saving.fail("the image has lost its picture");
   if (std::max(picture.width(), picture.height()) > kMostWebpPixels)
     return saving.fail("the image is wider or higher than " + std::to_string(kMostWebpPixels) + " pixels");
-  auto file = encode_webp_still(picture, saving.options.webpLossless, saving.options.webpQuality,
-                                saving.options.webpSmallest);
-  if (!file.empty())
-    file = webp_file({picture.width(), picture.height(), false, 0, 0, {{.still = file}}, saving.extras});
-  return file.empty() ? saving.fail("the image can't be compressed", FaultKind::Limit) : file;
+  const KeptWebp stored = stored_still(saving, list.record(at), picture);
+  const auto made = stored ? std::vector<std::uint8_t>()
+                           : encode_webp_still(picture, saving.options.webpLossless,
+                                               saving.options.webpQuality, saving.options.webpSmallest);
+  const std::span<const std::uint8_t> image = stored ? stored->frame().pixels : made;
+  const bool written = write_webp_file(
+      {picture.width(), picture.height(), false, 0, 0, {{.still = image}}, saving.extras}, sink);
+  return (written && (!stored || stored->intact())) || !sink.reason().empty() ||
+         saving.fail("the image can't be compressed", FaultKind::Limit);
 }
 
 /// A 32-bit picture of the canvas' size: the frame at its offset, which is kept inside, the rest transparent.
@@ -62,6 +75,7 @@ class FrameSource {
  public:
   FrameSource(const WebpSaving& saving, const WebpParameters& parameters)
       : list_(saving.window.list),
+        options_(saving.options),
         size_{parameters.canvasWidth, parameters.canvasHeight},
         count_(parameters.frameCount),
         progress_(saving.host, string_text(StringId::Writing)) {}
@@ -73,15 +87,26 @@ class FrameSource {
     if (at == kNoEntry) return false;
     progress_.step(done_++, count_);
     const ChunkRecord& record = list_.record(at);
-    request.canvas = canvas_of(record, size_);
+    request.canvas = [this, at] { return canvas_of(list_.record(at), size_); };
+    if (options_.keepStored) request.stored = stored_canvas(record);
+    request.anew = options_.webpSmallest && request.stored && request.stored->lossless();
     request.dispose = record.webpImage.dispose;
     time_ += record.webpImage.delay;
     next_ = at + 1;
-    return static_cast<bool>(request.canvas);
+    return true;
   }
 
  private:
+  /// What the whole canvas came from.
+  KeptWebp stored_canvas(const ChunkRecord& record) const {
+    const KeptWebp stored = stored_webp_of(record.data);
+    const bool fits =
+        stored && stored->frame().canvasWidth == size_.width && stored->frame().canvasHeight == size_.height;
+    return fits ? stored : nullptr;
+  }
+
   const ChunkList& list_;
+  const SaveOptions& options_;
   Extent size_;
   std::size_t count_;
   Progress progress_;
@@ -89,7 +114,7 @@ class FrameSource {
   std::int64_t time_ = 0;  ///< when the next frame starts, in milliseconds
 };
 
-std::vector<std::uint8_t> make_animation(const WebpSaving& saving, std::size_t images) {
+bool write_animation(const WebpSaving& saving, std::size_t images, const Sink& sink) {
   ChunkRecord record;
   if (chunk_find_first(saving.window.list, tag::WEBH, &record) == kNoEntry)
     return saving.fail("the document has no header");
@@ -108,8 +133,9 @@ std::vector<std::uint8_t> make_animation(const WebpSaving& saving, std::size_t i
                                   .mixed = saving.options.webpMixed,
                                   .extras = saving.extras};
   FrameSource source(saving, parameters);
-  auto file = WEBPWriteAnimation(parameters, [&](WebpFrameRequest& request) { return source(request); });
-  return file.empty() ? saving.fail("a frame can't be compressed", FaultKind::Limit) : file;
+  return WEBPWriteAnimation(
+             parameters, [&](WebpFrameRequest& request) { return source(request); }, sink) ||
+         !sink.reason().empty() || saving.fail("a frame can't be compressed", FaultKind::Limit);
 }
 
 /// The entries that are no image, and how many images stand in front of each.
@@ -133,11 +159,11 @@ void gather_extras(WebpSaving& saving) {
 WriteResult write_file(WebpSaving saving, const Sink& sink) {
   gather_extras(saving);
   const std::size_t images = chunk_count_images(saving.window.list, DocumentKind::WEBP);
-  const auto bytes = images == 0   ? saving.fail("there is no image in this document")
-                     : images == 1 ? make_still(saving)
-                                   : make_animation(saving, images);
-  if (bytes.empty()) return WriteResult::Failed;
-  if (sink.write(bytes) && sink.finish()) return WriteResult::Done;
+  const bool written = images == 0   ? saving.fail("there is no image in this document")
+                       : images == 1 ? write_still(saving, sink)
+                                     : write_animation(saving, images, sink);
+  if (!written) return WriteResult::Failed;
+  if (sink.reason().empty() && sink.finish()) return WriteResult::Done;
   saving.fail(sink.reason().c_str(), FaultKind::Limit);
   return WriteResult::Failed;
 }

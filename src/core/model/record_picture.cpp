@@ -44,7 +44,7 @@ void put_image_transparency(ChunkRecord& record, std::span<const std::uint8_t> b
 }
 
 void record_take_pixels(ChunkRecord& record, DocumentKind kind, const Picture& picture) {
-  record.data = picture.handle();
+  record.data = block_to_keep(picture);
   record.size = static_cast<std::int32_t>(std::min<std::size_t>(picture.handle().size(), 0x7FFFFFFF));
   record.width = picture.width();
   record.height = picture.height();
