@@ -10,7 +10,7 @@ namespace vellum::cli {
 namespace {
 
 /// Most animations are walked once here: frames need not be kept for a second round.
-constexpr std::uint64_t kMostKept = std::uint64_t{32} << 20;
+constexpr std::uint64_t kMostKept = 0;
 
 /// A LOOP of an MNG counts to 2^31: what is asked for without a bound ends here.
 constexpr std::uint64_t kMostSteps = 1'000'000;

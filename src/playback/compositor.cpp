@@ -4,16 +4,24 @@
 #include <utility>
 
 #include "base/limits.h"
+#include "base/parallel.h"
 #include "core/model/frame_values.h"
 
 namespace vellum {
 namespace {
 
-/// Visits from one checkpoint to the next: a step back composes at most so many frames again.
+/// Visits from one checkpoint to the next at first: a step back composes at most so many frames again.
 constexpr std::size_t kCheckpointStep = 32;
+/// A long animation has fewer of them, so that all take at most this part of what may be kept.
+constexpr std::uint64_t kCheckpointPart = 4;
 
 std::uint64_t own_bytes(const Picture& composed, const ChunkRecord& record) {
   return composed.handle().shares_with(record.data) ? 0 : composed.handle().size();
+}
+
+/// A canvas has 16 bits a channel.
+std::uint64_t state_bytes(const ViewValues& values) {
+  return std::uint64_t{8} * values.canvas.width * values.canvas.height;
 }
 
 }  // namespace
@@ -21,9 +29,10 @@ std::uint64_t own_bytes(const Picture& composed, const ChunkRecord& record) {
 Compositor::Compositor(const ChunkList& list, const Document& document, std::uint64_t most_kept)
     : list_(list),
       document_(document),
-      mostKept_(most_kept),
+      mostKept_(std::min(most_kept, memory_budget() / 2)),
       values_(view_values(list, document)),
-      walk_(begin_walk(list, document)) {
+      walk_(begin_walk(list, document)),
+      checkpointStep_(kCheckpointStep) {
   std::uint64_t time = 0;
   for (std::size_t i = 0; i < list.size(); ++i) {
     if (!is_image_entry(document.kind, list.record(i).tag)) continue;
@@ -84,26 +93,40 @@ void Compositor::set_ground(Ground ground) {
   state_ = replay_ = {};
   replayAt_ = 0;
   checkpoints_.clear();
+  checkpointStep_ = kCheckpointStep;
+  share_.set(0);
 }
 
 Picture Compositor::picture_of_frame(Frame& frame) {
   if (!frame.visit) compose_forgotten([] { return true; });
-  if (frame.composed) return frame.composed;
+  if (frame.composed) return Picture(frame.composed);
   return frame.visit ? compose_again(*frame.visit) : compose_first(frame);
 }
 
 Picture Compositor::compose_first(Frame& frame) {
   const std::size_t visit = visits_.size();
-  // Small against the frames: one canvas in so many, and only where frames are no longer kept.
-  if (kept_ >= mostKept_ && (checkpoints_.empty() || visit % kCheckpointStep == 0))
-    checkpoints_[visit] = state_;
+  // One canvas in so many, and only where frames are no longer kept.
+  if (kept_ >= mostKept_ && (checkpoints_.empty() || visit % checkpointStep_ == 0)) put_checkpoint(visit);
+  unpack_from(static_cast<std::size_t>(&frame - frames_.data()));
   Picture composed = compose_frame(state_, values_, list_.record(frame.entry));
+  if (mostKept_ == 0) let_go(list_.record(frame.entry).data);
   frame.lost = !composed;
   if (!composed) return {};
   frame.visit = visit;
   visits_.push_back(static_cast<std::size_t>(&frame - frames_.data()));
   keep(frame, composed);
   return composed;
+}
+
+/// Rows that are to be made again are made for some frames at a time, side by side.
+void Compositor::unpack_from(std::size_t ordinal) {
+  if (ordinal >= unpackedFrom_ && ordinal < unpackedTo_) return;
+  unpackedFrom_ = ordinal;
+  unpackedTo_ = std::min(ordinal + 2 * parallel_width(), frames_.size());
+  parallel_for(unpackedTo_ - unpackedFrom_, [&](std::size_t i) {
+    const Picture picture = picture_of(list_.record(frames_[ordinal + i].entry));
+    if (picture && picture.handle().is_kept()) picture.row(0);
+  });
 }
 
 bool Compositor::compose_forgotten(const std::function<bool()>& may_go_on) {
@@ -119,7 +142,22 @@ void Compositor::keep(Frame& frame, const Picture& composed) {
   const std::uint64_t bytes = own_bytes(composed, list_.record(frame.entry));
   if (bytes != 0 && kept_ >= mostKept_) return;
   kept_ += bytes;
-  frame.composed = composed;
+  frame.composed = composed.handle();
+  share_.set(kept_ + checkpoints_.size() * state_bytes(values_));
+}
+
+void Compositor::put_checkpoint(std::size_t visit) {
+  constexpr std::size_t kFewest = 8;
+  checkpoints_[visit] = state_;
+  if (checkpoints_.size() > kFewest &&
+      checkpoints_.size() * state_bytes(values_) > mostKept_ / kCheckpointPart) {
+    checkpointStep_ *= 2;
+    const std::size_t first = checkpoints_.begin()->first;
+    std::erase_if(checkpoints_, [&](const auto& checkpoint) {
+      return checkpoint.first != first && checkpoint.first % checkpointStep_ != 0;
+    });
+  }
+  share_.set(kept_ + checkpoints_.size() * state_bytes(values_));
 }
 
 Picture Compositor::compose_again(std::size_t visit) {

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "base/limits.h"
+#include "base/memory_budget.h"
 #include "core/model/compose.h"
 #include "playback/frame_walk.h"
 
@@ -26,7 +27,8 @@ struct ShownFrame {
 /// on what the visits before it left; that result is shown at every later visit.
 class Compositor {
  public:
-  /// Composed frames are kept up to `most_kept` bytes, and one more.
+  /// Composed frames are kept up to `most_kept` bytes, and one more, and up to half of the memory budget, of
+  /// which they are a part. With 0 the rows of an image are let go as soon as it is composed, too.
   Compositor(const ChunkList& list, const Document& document,
              std::uint64_t most_kept = kMaximumComposedBytes);
 
@@ -59,7 +61,7 @@ class Compositor {
     std::size_t entry;
     std::uint64_t start;
     std::uint32_t delay;
-    Picture composed;
+    ChunkHandle composed;              ///< null where it isn't kept
     std::optional<std::size_t> visit;  ///< when it was composed first, counted in frames
     bool lost = false;                 ///< it could not be composed
   };
@@ -70,6 +72,8 @@ class Compositor {
   Picture compose_first(Frame& frame);
   Picture compose_again(std::size_t visit);
   void keep(Frame& frame, const Picture& composed);
+  void put_checkpoint(std::size_t visit);
+  void unpack_from(std::size_t ordinal);
 
   const ChunkList& list_;
   const Document& document_;
@@ -86,8 +90,11 @@ class Compositor {
   /// For composing again what was not kept: canvases at some visits (the state in front of each), and where
   /// the last such run ended.
   std::map<std::size_t, CanvasState> checkpoints_;
+  std::size_t checkpointStep_;
   CanvasState replay_;
   std::size_t replayAt_ = 0;
+  BudgetShare share_;
+  std::size_t unpackedFrom_ = 0, unpackedTo_ = 0;  ///< frames whose rows were asked for last
 };
 
 }  // namespace vellum

@@ -1,5 +1,4 @@
 // vellumcraft: the desktop program.
-#include <QApplication>
 #include <QStyleHints>
 #include <QTimer>
 #include <clocale>
@@ -13,6 +12,7 @@
 #include "shell/look/text.h"
 #include "shell/widgets/screen_room.h"
 #include "shell/window/commands.h"
+#include "shell/window/guarded_application.h"
 #include "shell/window/main_window.h"
 #include "shell/window/recovery_dialog.h"
 #include "shell/window/screenshot.h"
@@ -84,7 +84,7 @@ int main(int argc, char** argv) {
   if (!desktop_named(behind_name(argc, argv))) return tell_no_desktop();
 
   const QtMessageHandler handler = qInstallMessageHandler(tell_fatal);
-  QApplication application(argc, argv);
+  GuardedApplication application(argc, argv);
   qInstallMessageHandler(handler);
   QApplication::setStyle(new ProgramStyle);
   application.installEventFilter(new ScreenRoom({}, &application));

@@ -22,7 +22,11 @@ ThumbnailPlace thumbnail_place(const QRect& row, Extent canvas, Extent picture, 
   return {{corner, drawn}, {corner + QPoint(scaled(offset.x, percent), scaled(offset.y, percent)), frame}};
 }
 
-ThumbnailCache::ThumbnailCache(qsizetype limit_in_bytes) : cache_(limit_in_bytes) {}
+ThumbnailCache::ThumbnailCache(qsizetype limit_in_bytes) : limit_(limit_in_bytes) {}
+
+qsizetype ThumbnailCache::most_bytes() const {
+  return std::min<qsizetype>(limit_, static_cast<qsizetype>(memory_budget() / 4));
+}
 
 QPixmap ThumbnailCache::get(const std::shared_ptr<const ChunkRecord>& record, QSize size) {
   const Key key{reinterpret_cast<quintptr>(record.get()), {size.width(), size.height()}};
@@ -31,7 +35,9 @@ QPixmap ThumbnailCache::get(const std::shared_ptr<const ChunkRecord>& record, QS
   if (image.isNull()) return {};
   ++made_;
   QPixmap pixmap = QPixmap::fromImage(image);
+  cache_.setMaxCost(most_bytes());
   cache_.insert(key, new Item{record, pixmap}, image.sizeInBytes());
+  share_.set(static_cast<std::uint64_t>(cache_.totalCost()));
   return pixmap;
 }
 

@@ -5,6 +5,7 @@
 #include <QPixmap>
 #include <memory>
 
+#include "base/memory_budget.h"
 #include "core/model/chunk_record.h"
 #include "core/model/document.h"
 #include "core/model/frame_values.h"
@@ -20,7 +21,8 @@ struct ThumbnailPlace {
 ThumbnailPlace thumbnail_place(const QRect& row, Extent canvas, Extent picture, FrameOffset offset,
                                int percent);
 
-/// Scaled pictures, made when first asked for; the ones not used for longest go when the cache is full.
+/// Scaled pictures, made when first asked for; the ones not used for longest go when the cache is full. They
+/// are a part of the memory budget, a quarter of it at most.
 class ThumbnailCache {
  public:
   explicit ThumbnailCache(qsizetype limit_in_bytes = qsizetype{64} << 20);
@@ -41,7 +43,11 @@ class ThumbnailCache {
   };
   using Key = std::pair<quintptr, std::pair<int, int>>;
 
+  qsizetype most_bytes() const;
+
+  qsizetype limit_;
   QCache<Key, Item> cache_;
+  BudgetShare share_;
   std::uint64_t made_ = 0;
 };
 
