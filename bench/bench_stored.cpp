@@ -1,5 +1,5 @@
-// Pictures as they are stored: what saving and opening cost when nobody changed a pixel. Peaks are those of the
-// command-line tool.
+// Pictures as they are stored: what saving and opening cost when nobody changed a pixel. Peaks are those of
+// the command-line tool.
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

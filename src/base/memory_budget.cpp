@@ -1,5 +1,6 @@
 #include "base/memory_budget.h"
 
+#include <tbb/task_arena.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -119,7 +120,8 @@ class MemoryBudget {
     std::shared_ptr<const BlockSource> packed;
     bool gains = true;
     try {
-      packed = block.pack_(content);
+      // A thread that waits for parts of this must not begin what waits for this one.
+      tbb::this_task_arena::isolate([&] { packed = block.pack_(content); });
       gains = packed != nullptr;
     } catch (const std::bad_alloc&) {
       // It stays as it is, and may be packed when there is memory again.
@@ -199,8 +201,12 @@ const std::uint8_t* KeptBlock::bytes() {
 }
 
 std::size_t KeptBlock::held_bytes() const {
-  const std::lock_guard guard(MemoryBudget::instance().lock());
-  return maker_ ? maker_->held_bytes() : size_ + (source_ ? source_->held_bytes() : 0);
+  std::shared_ptr<const BlockSource> maker;
+  {
+    const std::lock_guard guard(MemoryBudget::instance().lock());
+    maker = maker_;
+  }
+  return maker ? maker->held_bytes() : size_ + (source_ ? source_->held_bytes() : 0);
 }
 
 void BudgetShare::set(std::uint64_t bytes) {

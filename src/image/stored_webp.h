@@ -1,7 +1,9 @@
 // The image data of a WebP frame or still as its file holds them: what a canvas came from.
 #pragma once
 
+#include <deque>
 #include <memory>
+#include <mutex>
 #include <span>
 
 #include "base/file.h"
@@ -9,6 +11,19 @@
 #include "image/picture_operations.h"
 
 namespace vellum {
+
+class StoredWebp;
+
+/// The canvases of a file that were made last, so that those behind them need one step: some, as workers ask
+/// for frames at several places.
+struct WebpTrack {
+  struct Made {
+    const StoredWebp* frame;  ///< an identity, never followed
+    Picture canvas;
+  };
+  std::mutex lock;
+  std::deque<Made> made;  ///< the last one behind
+};
 
 /// A picture whose block has one for its source is the whole canvas while this frame was shown, and has not
 /// been changed since. Who writes the frame onto what lay below it, or one that hides that, may write these
@@ -25,28 +40,35 @@ class StoredWebp : public BlockSource {
     bool alone = false;       ///< nothing of what lies below shows through
     bool onNothing = false;   ///< what lay below was all transparent
   };
+  using Before = std::shared_ptr<const StoredWebp>;
 
   /// `before` is the frame in front of it; null for the first. The bytes lie in what `owner` keeps alive.
-  StoredWebp(const Frame& frame, std::shared_ptr<const StoredWebp> before,
-             std::shared_ptr<const FileContent> owner)
-      : frame_(frame), before_(before), first_(!before), owner_(std::move(owner)) {}
+  /// `canvas` is the one that it shows: of one in some frames that lie on each other it is kept, packed where
+  /// memory is short, so that others can be made from it.
+  StoredWebp(const Frame& frame, const Before& before, std::shared_ptr<const FileContent> owner,
+             const Picture& canvas);
 
-  /// The canvas, where it follows from the frame by itself.
   ChunkHandle make() const override;
-  bool can_make() const override { return frame_.alone || frame_.onNothing; }
-  std::size_t held_bytes() const override { return frame_.pixels.size(); }
+  std::size_t held_bytes() const override { return frame_.pixels.size() + (key_ ? key_.held_bytes() : 0); }
 
   const Frame& frame() const { return frame_; }
-  bool is_first() const { return first_; }
   bool is_behind(const StoredWebp* other) const { return other && before_.lock().get() == other; }
   bool lossless() const;
   /// Whether the bytes still are what was read.
   bool intact() const { return owner_->intact(); }
 
  private:
+  bool begins() const { return frame_.alone || frame_.onNothing; }
+  ChunkHandle make_by_itself() const;
+  ChunkHandle make_on_others() const;
+  Picture canvas_at_hand() const;
+
   Frame frame_;
   std::weak_ptr<const StoredWebp> before_;
-  bool first_;
+  Before ground_;       ///< the same where the canvas is made on it
+  unsigned steps_ = 0;  ///< from a canvas that is made by itself, or kept
+  ChunkHandle key_;
+  std::shared_ptr<WebpTrack> track_;
   std::shared_ptr<const FileContent> owner_;
 };
 

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "image/picture.h"
+#include "image/stored_webp.h"
 
 namespace vellum {
 
@@ -40,6 +40,9 @@ bool decode_webp_into(std::span<const std::uint8_t> stream, const WebpPlace& pla
 
 /// Decodes what is there of a stream that is cut off; the number of its rows, from the top.
 std::uint32_t decode_webp_part(std::span<const std::uint8_t> stream, const WebpPlace& place);
+
+/// The canvas while the frame is shown, on that of the frame before it; null where it can't be made.
+Picture compose_webp(const StoredWebp::Frame& frame, const StoredWebp::Frame& before, const Picture& ground);
 
 /// Pixels to be encoded: blue, green, red, and alpha where there are 4 bytes a pixel.
 struct WebpPixels {

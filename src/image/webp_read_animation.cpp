@@ -238,7 +238,7 @@ std::size_t frames_at_once(const Animation& animation) {
 
 /// What the frame came from; null where its pixels are not in one piece, or nobody keeps the bytes.
 KeptWebp stored_frame(const Animation& animation, const FileFrame& frame, const KeptWebp& before,
-                      const std::shared_ptr<const FileContent>& owner) {
+                      const std::shared_ptr<const FileContent>& owner, const Picture& shown) {
   const auto pixels = owner ? webp_pixel_part(frame.stream) : std::span<const std::uint8_t>();
   const bool first = &frame == animation.frames.data();
   if (pixels.empty() || (!first && !before)) return nullptr;
@@ -254,7 +254,7 @@ KeptWebp stored_frame(const Animation& animation, const FileFrame& frame, const 
                         .dispose = frame.dispose,
                         .alone = frame.alone,
                         .onNothing = frame.begins_anew},
-      before, owner);
+      before, owner, shown);
 }
 
 bool give_frames(const Animation& animation, const std::shared_ptr<const FileContent>& owner,
@@ -267,14 +267,38 @@ bool give_frames(const Animation& animation, const std::shared_ptr<const FileCon
     if (!batch.make(first, count)) return false;
     for (std::size_t i = 0; i < count; ++i) {
       const FileFrame& frame = animation.frames[first + i];
-      stored = stored_frame(animation, frame, stored, owner);
+      stored = stored_frame(animation, frame, stored, owner, batch.canvas(i));
       if (!give({frame.end, batch.canvas(i), frame.dispose, stored})) return false;
     }
   }
   return true;
 }
 
+FileFrame file_frame(const StoredWebp::Frame& stored) {
+  FileFrame frame;
+  frame.stream = stored.pixels;
+  frame.x = static_cast<std::uint32_t>(stored.area.left);
+  frame.y = static_cast<std::uint32_t>(stored.area.top);
+  frame.width = static_cast<std::uint32_t>(stored.area.right - stored.area.left);
+  frame.height = static_cast<std::uint32_t>(stored.area.bottom - stored.area.top);
+  frame.blend = stored.blend;
+  frame.dispose = stored.dispose;
+  return frame;
+}
+
 }  // namespace
+
+Picture compose_webp(const StoredWebp::Frame& frame, const StoredWebp::Frame& before, const Picture& ground) {
+  const FileFrame own = file_frame(frame), other = file_frame(before);
+  Picture canvas = create_rows(frame.canvasWidth, frame.canvasHeight, nullptr, 32);
+  if (!canvas ||
+      !decode_webp_into(own.stream, place_in(canvas, own.x, own.y, own.width, own.height), WebpThreads::One))
+    return {};
+  const EditRows rows(canvas);
+  for (std::uint32_t y = 0; y < frame.canvasHeight; ++y)
+    compose_row({own, &other, rows[y], ground.row(y), frame.canvasWidth}, y);
+  return canvas;
+}
 
 bool WEBPGetAnimation(std::span<const std::uint8_t> file,
                       const std::function<bool(const WebpAnimation&)>& start,

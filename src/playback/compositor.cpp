@@ -109,13 +109,22 @@ Picture Compositor::compose_first(Frame& frame) {
   if (kept_ >= mostKept_ && (checkpoints_.empty() || visit % checkpointStep_ == 0)) put_checkpoint(visit);
   unpack_from(static_cast<std::size_t>(&frame - frames_.data()));
   Picture composed = compose_frame(state_, values_, list_.record(frame.entry));
-  if (mostKept_ == 0) let_go(list_.record(frame.entry).data);
+  if (mostKept_ == 0) let_go_behind(frame.entry);
   frame.lost = !composed;
   if (!composed) return {};
   frame.visit = visit;
   visits_.push_back(static_cast<std::size_t>(&frame - frames_.data()));
   keep(frame, composed);
   return composed;
+}
+
+/// The canvas may be the picture of the image, and the one before it what is shown: two images stay.
+void Compositor::let_go_behind(std::size_t entry) {
+  constexpr std::size_t kStay = 2;
+  passed_.push_back(entry);
+  if (passed_.size() <= kStay) return;
+  let_go(list_.record(passed_.front()).data);
+  passed_.pop_front();
 }
 
 /// Rows that are to be made again are made for some frames at a time, side by side.

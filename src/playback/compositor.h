@@ -1,6 +1,7 @@
 // The frames that a viewer shows, one after another, each as the whole canvas.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -74,6 +75,7 @@ class Compositor {
   void keep(Frame& frame, const Picture& composed);
   void put_checkpoint(std::size_t visit);
   void unpack_from(std::size_t ordinal);
+  void let_go_behind(std::size_t entry);
 
   const ChunkList& list_;
   const Document& document_;
@@ -94,6 +96,7 @@ class Compositor {
   CanvasState replay_;
   std::size_t replayAt_ = 0;
   BudgetShare share_;
+  std::deque<std::size_t> passed_;  ///< entries whose rows are still there, where nothing is kept
   std::size_t unpackedFrom_ = 0, unpackedTo_ = 0;  ///< frames whose rows were asked for last
 };
 

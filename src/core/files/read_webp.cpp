@@ -104,7 +104,7 @@ ChunkHandle kept_still(const WebpReading& reading, const Picture& picture) {
                 static_cast<std::int32_t>(picture.height())};
   frame.bits = picture.bits();
   frame.alone = frame.onNothing = true;
-  return kept_picture(picture, std::make_shared<const StoredWebp>(frame, nullptr, reading.owner));
+  return kept_picture(picture, std::make_shared<const StoredWebp>(frame, nullptr, reading.owner, picture));
 }
 
 bool read_still(WebpReading& reading, const WebpInfo& info) {
@@ -146,7 +146,7 @@ bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
 
 bool take_frame(WebpReading& reading, const WebpFrame& frame) {
   const ChunkHandle canvas = kept_picture(frame.canvas, frame.stored);
-  if (reading.packed && frame.stored && frame.stored->can_make()) let_go(canvas);
+  if (reading.packed && frame.stored) let_go(canvas);
   reading.frames.push_back({canvas, frame.timestamp, frame.dispose});
   reading.progress.step(reading.frames.size(), reading.frameCount);
   return true;
