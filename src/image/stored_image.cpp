@@ -26,8 +26,8 @@ std::shared_ptr<const StoredImage> stored_image_of(const ChunkHandle& block) {
 }
 
 ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
-                             std::vector<StoredImage::Bytes> pieces,
-                             std::shared_ptr<const FileContent> owner) {
+                             std::vector<StoredImage::Bytes> pieces, std::shared_ptr<const FileContent> owner,
+                             std::shared_ptr<const void> context) {
   if (!decoded.picture) return {};
   if (!owner) {
     std::vector<std::uint8_t> copy;
@@ -42,7 +42,8 @@ ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
   Palette table;
   PictureGetPalette(decoded.picture, table);
   const auto source =
-      std::make_shared<const StoredImage>(header, table, std::move(pieces), std::move(owner), decoded.exact);
+      std::make_shared<StoredImage>(header, table, std::move(pieces), std::move(owner), decoded.exact);
+  source->keep_context(std::move(context));
   const Picture& picture = decoded.picture;
   if (has_rows(picture)) return kept_picture(picture, source);
   return cold_block(picture.handle().size() + picture.stride() * picture.height(), picture.handle().bytes(),

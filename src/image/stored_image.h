@@ -32,6 +32,10 @@ class StoredImage : public BlockSource {
   /// Whether the bytes still are what was read.
   bool intact() const { return owner_->intact(); }
 
+  /// What else the reader of the file knows of the image, for the writer of the same format; mostly null.
+  const std::shared_ptr<const void>& context() const { return context_; }
+  void keep_context(std::shared_ptr<const void> context) { context_ = std::move(context); }
+
   /// The largest index of the picture, where somebody has looked for it; -1 before.
   int largest_index() const { return largestIndex_; }
   void keep_largest_index(std::uint32_t index) const { largestIndex_ = static_cast<int>(index); }
@@ -42,6 +46,7 @@ class StoredImage : public BlockSource {
   std::vector<Bytes> pieces_;
   std::shared_ptr<const FileContent> owner_;
   std::size_t bytes_ = 0;
+  std::shared_ptr<const void> context_;
   bool exact_;
   mutable std::atomic<int> largestIndex_ = -1;
 };
@@ -52,7 +57,7 @@ std::shared_ptr<const StoredImage> stored_image_of(const ChunkHandle& block);
 /// A picture that was decoded from these pieces, as a block that keeps them for its source; or, of a picture
 /// that was only checked, one whose rows are made when somebody looks at it.
 ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
-                             std::vector<StoredImage::Bytes> pieces,
-                             std::shared_ptr<const FileContent> owner);
+                             std::vector<StoredImage::Bytes> pieces, std::shared_ptr<const FileContent> owner,
+                             std::shared_ptr<const void> context = nullptr);
 
 }  // namespace vellum

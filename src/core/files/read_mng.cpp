@@ -9,6 +9,7 @@
 #include "base/limits.h"
 #include "base/parallel.h"
 #include "core/chunks/compressed_text.h"
+#include "core/files/mng_stored.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
 #include "core/model/framing.h"
@@ -28,6 +29,8 @@ struct OpenImage {
   PngHeader fields;
   Palette palette{};
   std::vector<std::span<const std::uint8_t>> data;
+  bool hasEntries = false;  ///< chunks inside it became entries of their own
+  std::shared_ptr<StoredMngImage> stored = nullptr;
 };
 
 /// What becomes an entry: a record, and for an image what it is decoded from.
@@ -57,6 +60,9 @@ struct MngReading {
   Palette lastPalette{};  ///< of the last PLTE, wherever it stood
   std::uint32_t lastPaletteBytes = 0;
   CopyOnWrite<EmbeddedImage> lastImage{};  ///< of the image that ended last
+  std::weak_ptr<const StoredMngImage>
+      lastStored{};  ///< the same; empty where its bytes can't be written again
+  std::size_t images = 0;
   std::size_t textBudget = kMaximumTextBytesOfFile;
   std::set<ChunkTag> dropped{};  ///< what stood inside images and is not kept
 
@@ -182,6 +188,40 @@ bool take_image_data(MngReading& reading, const StreamChunk& chunk) {
   return true;
 }
 
+/// Chunks outside images that no entry stands for: images take over what they say.
+bool is_folded(ChunkTag tag) {
+  static constexpr ChunkTag kFolded[] = {tag::FRAM, tag::DEFI, tag::PLTE, tag::bKGD, tag::tRNS};
+  return std::ranges::find(kFolded, tag) != std::end(kFolded);
+}
+
+std::span<const std::uint8_t> bytes_between(const std::uint8_t* begin, const std::uint8_t* end) {
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+/// The image as its file holds it, where its chunks are right and nothing of it stands elsewhere.
+std::shared_ptr<StoredMngImage> stored_image(const MngReading& reading, const OpenImage& open,
+                                             const StreamChunk& last) {
+  constexpr std::size_t kChunkHead = 8, kCrc = 4;
+  const StreamChunk* const first = open.header;
+  if (!reading.owner || open.hasEntries || !last.data.empty()) return nullptr;
+  const StreamChunk* front = first;
+  while (front != reading.chunks.data() && is_folded(front[-1].tag)) --front;
+  // One that stands in front of an entry, since the image before, can't be moved behind that.
+  for (const StreamChunk* other = front; other != reading.chunks.data() && other[-1].tag != tag::IEND;
+       --other)
+    if (is_folded(other[-1].tag)) return nullptr;
+  for (const StreamChunk* chunk = front; chunk <= &last; ++chunk)
+    if (!crc_agrees(*chunk)) return nullptr;
+  auto stored = std::make_shared<StoredMngImage>();
+  const std::uint8_t* const begin = first->data.data() - kChunkHead;
+  stored->front = bytes_between(front->data.data() - kChunkHead, begin);
+  stored->image = bytes_between(begin, last.data.data() + kCrc);
+  stored->header = open.fields;
+  stored->first = reading.images == 0;
+  stored->before = reading.lastStored;
+  return stored;
+}
+
 bool close_image(MngReading& reading, const StreamChunk& chunk) {
   if (!reading.open || !(reading.open->record.flags & CRF_IDAT))
     return reading.fail(chunk, "an image ends that has no data");
@@ -190,6 +230,12 @@ bool close_image(MngReading& reading, const StreamChunk& chunk) {
   // Most images carry the very same blocks, which then lie in memory once.
   if (*record.image == *reading.lastImage) record.image = reading.lastImage;
   reading.lastImage = record.image;
+  if ((reading.open->stored = stored_image(reading, *reading.open, chunk))) {
+    reading.open->stored->flags = record.flags;
+    reading.open->stored->fields = record.image;
+  }
+  reading.lastStored = reading.open->stored;
+  ++reading.images;
   if (!reading.add(std::move(record), header)) return false;
   reading.items.back().image = std::move(reading.open);
   return true;
@@ -214,6 +260,7 @@ bool take_definition(MngReading& reading, const StreamChunk& chunk) {
 
 /// Also one inside an embedded PNG is an entry of its own, in front of the image: that is added when it ends.
 bool take_text(MngReading& reading, const StreamChunk& chunk) {
+  if (reading.open) reading.open->hasEntries = true;
   ChunkRecord record = raw_record(chunk);
   if (const auto keyword = inflatable_keyword(chunk.data)) {
     const char* reason = nullptr;
@@ -327,7 +374,8 @@ bool decode_images(MngReading& reading, const Progress& progress) {
       if (damaged) return;
       const OpenImage& image = *images[first + k]->image;
       const PngDecoded decoded = decode(image.fields, image.data, image.palette, PngShortData::Fault);
-      images[first + k]->record.data = kept_with_stream(decoded, image.fields, image.data, reading.owner);
+      images[first + k]->record.data =
+          kept_with_stream(decoded, image.fields, image.data, reading.owner, image.stored);
       reasons[first + k] = decoded.reason;
       limits[first + k] = decoded.limit;
       if (!decoded.picture) damaged = true;

@@ -8,6 +8,7 @@
 #include "core/chunks/chunk_payload.h"
 #include "core/chunks/chunk_policy.h"
 #include "core/chunks/identity_comment.h"
+#include "core/files/mng_stored.h"
 #include "core/files/png_reading.h"
 #include "core/files/png_writing.h"
 #include "core/model/chunk_description.h"
@@ -171,6 +172,34 @@ bool write_image(const Sink& sink, const ChunkRecord& record, const ImageOut& im
 // -----------------------------------------------------------------------------------------------------------
 // the file
 
+/// The bytes that the image came with, where its record and its stream still say what they say.
+std::shared_ptr<const StoredMngImage> stored_bytes(const ChunkRecord& record, const ImageOut& image) {
+  if (image.stream != record.data.source() || !image.stream->context()) return nullptr;
+  const auto stored = std::static_pointer_cast<const StoredMngImage>(image.stream->context());
+  const bool same = record.flags == stored->flags && image.form.header == stored->header &&
+                    *record.image == *stored->fields;
+  return same ? stored : nullptr;
+}
+
+/// Writes images, as their file held them while nothing in front of them is another than there.
+class ImageWriter {
+ public:
+  bool write(const Sink& sink, const ChunkRecord& record, const ImageOut& image, InForce& force) {
+    const auto stored = stored_bytes(record, image);
+    const bool in_place = stored && (first_ ? stored->first : last_ && stored->before.lock() == last_);
+    first_ = false;
+    last_ = in_place ? stored : nullptr;
+    if (!in_place) return write_image(sink, record, image, force);
+    force.framing |= (record.flags & CRF_FRAM) != 0;
+    force.definition |= (record.flags & CRF_DEFI) != 0;
+    return sink.write(stored->front) && sink.write(stored->image) && image.stream->intact();
+  }
+
+ private:
+  bool first_ = true;
+  std::shared_ptr<const StoredMngImage> last_;
+};
+
 /// What a save of an MNG works on.
 struct Saving {
   const ChunkList& list;
@@ -182,10 +211,11 @@ bool write_entries(const Sink& sink, const Saving& saving) {
   auto image = saving.images.begin();
   auto other = saving.others.begin();
   InForce force;
+  ImageWriter writer;
   for (std::size_t i = 0; i < saving.list.size(); ++i) {
     bool good = true;
     if (image != saving.images.end() && image->entry == i)
-      good = write_image(sink, saving.list.record(i), *image++, force);
+      good = writer.write(sink, saving.list.record(i), *image++, force);
     else if (other != saving.others.end() && other->entry == i) {
       force.framing |= other->tag == tag::FRAM;
       force.definition |= other->tag == tag::DEFI;
