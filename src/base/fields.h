@@ -67,6 +67,7 @@ struct Field {
   const char* page = nullptr;       ///< of the form; null: the first one
   const char* enabledBy = nullptr;  ///< the field that must be in use for this one
   std::int64_t enabledAt = -1;      ///< its value then; -1: any but 0
+  bool vanishes = false;            ///< a form shows it, and what it switches, only while it is enabled
   const char* tip = nullptr;
   bool locked = false;  ///< shown only
   bool option = false;  ///< steers how others are applied, and is no content itself

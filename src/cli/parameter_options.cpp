@@ -68,7 +68,7 @@ std::optional<std::vector<std::string>> parts_of(const CompoundOption& option, c
     parts.push_back(text.substr(at, end - at));
     at = end + 1;
   }
-  if (option.lastServesRest && parts.size() < option.fields.size())
+  if ((option.lastServesRest || option.forAll) && parts.size() < option.fields.size())
     parts.resize(option.fields.size(), parts.back());
   return parts.size() == option.fields.size() ? std::optional(parts) : std::nullopt;
 }
@@ -151,7 +151,13 @@ void add_field_option(CLI::App& app, const Field& field, std::optional<std::stri
   if (field.type != FieldType::Text) option->default_str(default_of(field));
 }
 
-std::string_view name_of(const CompoundOption& option) { return option.name; }
+/// Whether an option stands in place of the field's own.
+bool is_served(const Parameters& parameters, const Field& field) {
+  return std::ranges::any_of(parameters.options, [&](const CompoundOption& option) {
+    return option.name == std::string_view(field.name) ||
+           (option.forAll && std::ranges::count(option.fields, std::string_view(field.name)) > 0);
+  });
+}
 
 bool is_folder(const Parameters& parameters, const Field& field) {
   return parameters.folder && field.name == std::string_view(parameters.folder);
@@ -204,7 +210,7 @@ void add_parameter_options(CLI::App& app, const Parameters& parameters, GivenPar
       continue;
     else if (is_folder(parameters, parameters.fields[i]))
       app.add_option("DIR", given.fields[i], "The folder for the files; it is made")->required();
-    else if (!std::ranges::count(parameters.options, std::string_view(parameters.fields[i].name), name_of))
+    else if (!is_served(parameters, parameters.fields[i]))
       add_field_option(app, parameters.fields[i], given.fields[i]);
 }
 

@@ -45,6 +45,11 @@ constexpr Field enabled_by(Field field, const char* name, std::int64_t value = -
   field.enabledAt = value;
   return field;
 }
+/// One of the fields that a choice has each for itself: shown while that one is chosen.
+constexpr Field only_for(Field field, const char* choice, std::int64_t value) {
+  field.vanishes = true;
+  return enabled_by(field, choice, value);
+}
 /// With a line in the state file.
 constexpr Field kept(Field field, int line) {
   field.stateId = line;

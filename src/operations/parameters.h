@@ -27,6 +27,7 @@ struct CompoundOption {
   const char* letters = nullptr;               ///< one for each of the fields, flags: "NE" sets two of them
   const char* alongside = nullptr;             ///< a field that gets `alongsideValue` beside them
   std::int64_t alongsideValue = 0;
+  bool forAll = false;  ///< its fields, which mean the same in turn, have no options of their own
 };
 
 /// The fields that somebody gave a value, by name; the others have the initial ones.

@@ -28,6 +28,13 @@ QString marked(QString label, QString& used) {
   return label;
 }
 
+/// Whether no field that vanishes, of those that switch this one in turn and itself, is out of use.
+bool is_shown(std::span<const Field> fields, const Field& field, const FieldValues& values) {
+  for (const Field* at = &field; at; at = at->enabledBy ? find_field(fields, at->enabledBy) : nullptr)
+    if (at->vanishes && !field_enabled(fields, *at, values)) return false;
+  return true;
+}
+
 void select_from(QWidget* input, std::size_t at) {
   if (auto* text = qobject_cast<QPlainTextEdit*>(input)) {
     QTextCursor cursor = text->textCursor();
@@ -188,6 +195,10 @@ void Form::update_enabled() {
     const bool enabled = field_enabled(fields_, placed.control.field, now);
     placed.control.row->setEnabled(enabled);
     if (placed.label) placed.label->setEnabled(enabled);
+    int row = -1;
+    placed.page->getWidgetPosition(placed.control.row, &row, nullptr);
+    const bool shown = is_shown(fields_, placed.control.field, now);
+    if (row >= 0 && placed.page->isRowVisible(row) != shown) placed.page->setRowVisible(row, shown);
   }
 }
 
