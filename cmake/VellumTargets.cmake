@@ -44,3 +44,23 @@ function(vellum_wing name)
   vellum_compile_options(${target})
   target_precompile_headers(${target} PRIVATE ${VELLUM_PRECOMPILED})
 endfunction()
+
+# vellum_embed(vellum_generators glyphs data/generators/glyphs.bin): the bytes of a file as
+# `extern const std::span<const std::uint8_t> embedded_glyphs` in the namespace vellum.
+function(vellum_embed target name file)
+  set(path ${CMAKE_SOURCE_DIR}/${file})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${path})
+  file(READ ${path} bytes HEX)
+  string(REGEX REPLACE "(..)" "0x\\1," bytes "${bytes}")
+  set(source ${CMAKE_CURRENT_BINARY_DIR}/embedded_${name}.cpp)
+  file(CONFIGURE OUTPUT ${source} @ONLY CONTENT
+"#include <cstdint>
+#include <span>
+namespace vellum {
+static constexpr std::uint8_t bytes[] = {@bytes@};
+extern const std::span<const std::uint8_t> embedded_@name@;
+const std::span<const std::uint8_t> embedded_@name@ = bytes;
+}
+")
+  target_sources(${target} PRIVATE ${source})
+endfunction()

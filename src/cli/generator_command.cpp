@@ -49,6 +49,29 @@ bool take_override(const Generator& generator, const std::string& text, std::vec
   return at > text.size() || no_form();
 }
 
+/// Bytes of pictures that are made smaller as they are read; those behind them wait until they are needed.
+constexpr std::uint64_t kMostReducedBytes = std::uint64_t{256} << 20;
+
+/// One after the other. Each file is read once where the generator works with less than all of it.
+bool read_pictures(const Generator& generator, const Given& given, const FieldValues& values,
+                   GeneratorInputs& inputs, Host& host) {
+  const std::uint32_t side = generator.useful ? generator.useful(values) : 0;
+  std::uint64_t held = 0;
+  for (const std::string& file : given.files) {
+    inputs.names.push_back(std::filesystem::path(file).stem().string());
+    if (host.stopped()) return false;
+    if (generator.input == GeneratorInput::Pictures && (side == 0 || held > kMostReducedBytes)) {
+      inputs.pictures.push_back(hold_picture_file(file, host));
+    } else {
+      const Picture picture = read_picture_file(file, host);
+      inputs.pictures.push_back(picture && side != 0 ? reduced_to_fit(picture, side) : picture);
+      held += inputs.pictures.back().block.size();
+    }
+    if (!inputs.pictures.back()) return false;
+  }
+  return true;
+}
+
 int run(const Generator& generator, const Given& given, Host& host) {
   const DocumentKind kind = kind_of_result(given.kind, given.out);
   if (!name_fits_kind(given.out, kind)) return kWrongUsage;
@@ -58,11 +81,7 @@ int run(const Generator& generator, const Given& given, Host& host) {
   inputs.own.resize(given.overrides.empty() ? 0 : given.files.size());
   for (const std::string& text : given.overrides)
     if (!take_override(generator, text, inputs.own)) return kWrongUsage;
-  for (const std::string& file : given.files) {
-    inputs.pictures.push_back(generator.input == GeneratorInput::Pictures ? hold_picture_file(file, host)
-                                                                          : read_picture_file(file, host));
-    if (!inputs.pictures.back()) return kFailed;
-  }
+  if (!read_pictures(generator, given, *values, inputs, host)) return kFailed;
   DocumentWindow window;
   if (!generate(generator, *values, inputs, kind, window, host)) return kFailed;
   return save_document(window, given.out, host) ? kDone : kFailed;

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <new>
 
+#include "core/build/convert_records.h"
+#include "image/picture_operations.h"
+#include "image/resample.h"
+
 namespace vellum {
 namespace {
 
@@ -50,6 +54,22 @@ const Generator* find_generator(int command) {
   return nullptr;
 }
 
+Picture reduced_to_fit(const Picture& picture, std::uint32_t side) {
+  const std::uint32_t longer = std::max(picture.width(), picture.height());
+  if (longer <= side) return picture;
+  const auto scaled = [&](std::uint32_t length, std::uint32_t to) {
+    return std::max(1u, static_cast<std::uint32_t>((std::uint64_t{length} * to + longer / 2) / longer));
+  };
+  const Picture deep = picture.bits() >= 24 ? picture : PictureToTrueColor(picture);
+  // Means of whole pixels first, which is quick and loses nothing that the eye would find at this size.
+  const Picture coarse = longer > 4 * side
+                             ? PictureResample(deep, scaled(deep.width(), 2 * side),
+                                               scaled(deep.height(), 2 * side), ResampleFilter::Box)
+                             : deep;
+  return PictureResample(coarse, scaled(picture.width(), side), scaled(picture.height(), side),
+                         ResampleFilter::Automatic);
+}
+
 std::optional<FrameStream> generated_frames(const Generator& generator, const FieldValues& values,
                                             const GeneratorInputs& inputs, Host& host) try {
   if (const auto fault = fault_in(generator, values, inputs)) {
@@ -78,6 +98,11 @@ bool generate(const Generator& generator, const FieldValues& values, const Gener
   taken.kind = kind;
   const auto stream = generated_frames(generator, values, taken, host);
   if (!stream) return false;
+  const bool png = kind == DocumentKind::PING || kind == DocumentKind::APNG;
+  if (png && generator.still && generator.still(values)) {
+    if (host.stopped()) return false;
+    return make_still(window, {}, stream->frame(0).picture) || tell(host, generator.failure, inputs);
+  }
   return build_from_stream(window, *stream, kind, host) || tell(host, generator.failure, inputs);
 } catch (const std::bad_alloc&) {
   return tell(host, StringId::MemoryError, inputs);

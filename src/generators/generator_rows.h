@@ -5,7 +5,13 @@
 
 namespace vellum {
 
+extern const Generator kBanner;
+extern const Generator kButton;
+extern const Generator kLedSign;
+extern const Generator kPhotoStack;
 extern const Generator kSpin;
+extern const Generator kStatusPanel;
+extern const Generator kThrobber;
 extern const Generator kTransition;
 
 }  // namespace vellum

@@ -3,7 +3,8 @@
 namespace vellum {
 namespace {
 
-constexpr const Generator* kGenerators[] = {&kSpin, &kTransition};
+constexpr const Generator* kGenerators[] = {&kBanner, &kButton,   &kLedSign,   &kStatusPanel,
+                                            &kSpin,   &kThrobber, &kTransition};
 
 }  // namespace
 

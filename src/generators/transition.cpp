@@ -3,7 +3,7 @@
 #include <chrono>
 #include <new>
 
-#include "base/limits.h"
+#include "generators/drawn_frames.h"
 #include "generators/generator_rows.h"
 #include "generators/settings.h"
 #include "generators/transition_show.h"
@@ -186,10 +186,8 @@ std::optional<FrameStream> in_palette(FrameStream stream, const FieldValues& val
 
 /// What a document can't hold isn't begun. An effect without an end has one picture for all its frames, and
 /// is stopped.
-bool can_be_held(Extent canvas, std::uint64_t frames, bool deep) {
-  const std::uint64_t bytes = canvas.height * std::uint64_t{picture_stride(canvas.width, deep ? 24 : 8)};
-  return bytes <= kMaximumPictureBytes &&
-         (frames >= kEndlessFrames || frames <= kMaximumDocumentBytes / bytes);
+bool may_be_begun(Extent canvas, std::uint64_t frames, bool deep) {
+  return can_be_held(canvas, frames >= kEndlessFrames ? 1 : frames, deep ? 24 : 8);
 }
 
 std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs& inputs, Host& host) {
@@ -199,7 +197,7 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
     canvas.width = std::max(canvas.width, picture.width());
     canvas.height = std::max(canvas.height, picture.height());
   }
-  if (!can_be_held(canvas, 1, true)) {
+  if (!may_be_begun(canvas, 1, true)) {
     host.fail({FaultKind::Limit, 0, -1, -1, "the frames would be too large"});
     return std::nullopt;
   }
@@ -209,7 +207,7 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
   FrameStream stream{canvas, static_cast<std::size_t>(show->count()), 0,
                      [show](std::size_t number) { return show->frame(number); }};
   const bool deep = values.number("trueColor") != 0 || inputs.kind != DocumentKind::MING;
-  if (!inputs.sketch && !can_be_held(canvas, show->count(), deep)) {
+  if (!inputs.sketch && !may_be_begun(canvas, show->count(), deep)) {
     host.fail({FaultKind::Limit, 0, -1, -1, "so many frames of this size would take too much memory"});
     return std::nullopt;
   }

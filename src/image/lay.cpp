@@ -28,15 +28,42 @@ void lay_pixel(std::uint8_t* out, bool deep, const std::uint8_t* color, std::uin
   }
 }
 
+/// The part of a rectangle at (x, y) that lies on a picture.
+struct Overlap {
+  std::int64_t left, up, right, bottom;
+
+  Overlap(const Picture& picture, std::int64_t x, std::int64_t y, std::uint32_t width, std::uint32_t height)
+      : left(std::max<std::int64_t>(x, 0)),
+        up(std::max<std::int64_t>(y, 0)),
+        right(std::min<std::int64_t>(x + width, picture.width())),
+        bottom(std::min<std::int64_t>(y + height, picture.height())) {}
+  bool empty() const { return left >= right || up >= bottom; }
+};
+
+/// Calls use(pixel, value of the mask) for each pixel under the mask that isn't 0.
+template <class Use>
+bool for_each_masked(Picture& picture, std::int64_t x, std::int64_t y, const Mask& mask, const Use& use) {
+  const Overlap on(picture, x, y, mask.width, mask.height);
+  if (on.empty()) return true;
+  const EditRows rows(picture);
+  if (!rows) return false;
+  const std::size_t bytes = picture.bits() / 8;
+  for (std::int64_t row = on.up; row < on.bottom; ++row) {
+    std::uint8_t* out = rows[static_cast<std::size_t>(row)] + bytes * static_cast<std::size_t>(on.left);
+    const std::uint8_t* in = mask.row(static_cast<std::uint32_t>(row - y)) + (on.left - x);
+    for (std::int64_t i = on.left; i < on.right; ++i, out += bytes, ++in)
+      if (*in != 0) use(out, *in);
+  }
+  return true;
+}
+
 }  // namespace
 
 bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture& top, std::uint32_t percent,
                  Lay how) {
   if (picture.bits() < 24 || top.bits() < 24) return false;
-  const std::int64_t left = std::max<std::int64_t>(x, 0), up = std::max<std::int64_t>(y, 0),
-                     right = std::min<std::int64_t>(x + top.width(), picture.width()),
-                     bottom = std::min<std::int64_t>(y + top.height(), picture.height());
-  if (left >= right || up >= bottom || percent == 0) return true;
+  const Overlap on(picture, x, y, top.width(), top.height());
+  if (on.empty() || percent == 0) return true;
   const EditRows rows(picture);
   if (!rows) return false;
   const bool deep = picture.bits() == 32, clear = top.bits() == 32;
@@ -53,10 +80,35 @@ bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture
     }
     for (std::size_t i = 0; i < count; ++i, out += out_bytes, in += in_bytes) {
       const std::uint32_t alpha = !clear ? whole : percent == 100 ? in[3] : (in[3] * percent + 50) / 100;
+  for (std::int64_t row = on.up; row < on.bottom; ++row) {
+    std::uint8_t* out = rows[static_cast<std::size_t>(row)] + out_bytes * static_cast<std::size_t>(on.left);
+    const std::uint8_t* in =
+        top.row(static_cast<std::uint32_t>(row - y)) + in_bytes * static_cast<std::size_t>(on.left - x);
+    for (std::int64_t i = on.left; i < on.right; ++i, out += out_bytes, in += in_bytes) {
+      const std::uint32_t alpha = clear ? (in[3] * percent + 50) / 100 : whole;
       if (alpha != 0) lay_pixel(out, deep, in, alpha, how);
     }
   }
   return true;
+}
+
+bool lay_mask(Picture& picture, std::int64_t x, std::int64_t y, const Mask& mask, Colour color,
+              std::uint32_t percent) {
+  if (picture.bits() < 24) return false;
+  const bool deep = picture.bits() == 32;
+  const std::uint8_t bytes[] = {blue_of(color), green_of(color), red_of(color)};
+  return for_each_masked(picture, x, y, mask, [&](std::uint8_t* out, std::uint32_t value) {
+    const std::uint32_t alpha = percent == 100 ? value : (value * percent + 50) / 100;
+    if (alpha != 0) lay_pixel(out, deep, bytes, alpha, Lay::Over);
+  });
+}
+
+bool erase_mask(Picture& picture, std::int64_t x, std::int64_t y, const Mask& mask) {
+  if (picture.bits() != 32) return true;
+  return for_each_masked(picture, x, y, mask, [](std::uint8_t* out, std::uint32_t value) {
+    out[3] = static_cast<std::uint8_t>((out[3] * (255 - value) + 127) / 255);
+    if (out[3] == 0) out[0] = out[1] = out[2] = 0;
+  });
 }
 
 }  // namespace vellum

@@ -288,7 +288,24 @@ DrawnText draw_text(std::string_view text, const TextStyle& style, std::size_t s
     if (!style.smooth) harden(whole);
   }
   drawn.mask = framed(whole, tight, style.gutter);
+  drawn.left = ink.x + static_cast<std::int32_t>(tight.left);
   return drawn;
+}
+
+std::vector<CharacterPlace> character_places(std::string_view text, const TextStyle& style) {
+  const std::string characters = clean(text);
+  if (count_characters(characters) > kMostTextCharacters || !may_be_laid_out(characters, style)) return {};
+  const Held<PangoContext> context = make_context();
+  const Held<PangoLayout> layout = lay_out(context.get(), characters, style);
+  add_attributes(layout.get(), style, characters.size(), characters.size());
+  std::vector<CharacterPlace> places;
+  for (const char* at = characters.c_str(); *at; at = g_utf8_next_char(at)) {
+    PangoRectangle place;
+    pango_layout_index_to_pos(layout.get(), static_cast<int>(at - characters.c_str()), &place);
+    const double from = 1.0 * place.x / PANGO_SCALE, to = 1.0 * (place.x + place.width) / PANGO_SCALE;
+    places.push_back({std::min(from, to), std::max(from, to)});
+  }
+  return places;
 }
 
 std::vector<std::string> font_families() {

@@ -33,12 +33,20 @@ struct DrawnText {
   std::string family;   ///< the one that the font has
   bool large = false;   ///< nothing is drawn: it would be beyond `kMostMaskBytes`, or has too many characters
   bool broken = false;  ///< a word was longer than `wrap` and was broken in its middle
+  std::int32_t left = 0;  ///< of the ink, from where the text begins
 };
 
 /// Draws a text in UTF-8; wrong bytes become replacement characters. Lines end at "\n". May be called by
 /// several threads. `shown`: the characters that have ink; the others keep their places, so that the mask is
 /// as large as that of the whole text.
 DrawnText draw_text(std::string_view text, const TextStyle& style, std::size_t shown = kMostTextCharacters);
+
+/// Where each character of a text without `wrap` stands: left and right of what it takes of its line, in
+/// pixels from where the text begins. A character that is part of another has no width.
+struct CharacterPlace {
+  double left = 0, right = 0;
+};
+std::vector<CharacterPlace> character_places(std::string_view text, const TextStyle& style);
 
 /// The families that are installed, by name.
 std::vector<std::string> font_families();

@@ -4,10 +4,11 @@ namespace vellum {
 namespace {
 
 constexpr const Operation* kOperations[] = {
-    &kStill,       &kAdjust,  &kBalance, &kToMono, &kToGrey,     &kToPalette, &kToTrueColor,   &kToAlpha,
-    &kToApng,      &kToMng,   &kToWebp,  &kCrop,   &kDepopulate, &kExtract,   &kFlip,          &kFrame,
-    &kReconstruct, &kResize,  &kReverse, &kShadow, &kTile,       &kTrim,      &kSupercompress, &kMerge,
-    &kCaption,     &kOverlay, &kSocial,  &kText,   &kUnderlay,   &kWatermark, &kMove,          &kCopy};
+    &kStill,   &kAdjust,   &kBalance,       &kToMono, &kToGrey,  &kToPalette,  &kToTrueColor,
+    &kToAlpha, &kToApng,   &kToMng,         &kToWebp, &kCrop,    &kDepopulate, &kExtract,
+    &kFlip,    &kFrame,    &kReconstruct,   &kResize, &kReverse, &kShadow,     &kTile,
+    &kTitles,  &kTrim,     &kSupercompress, &kMerge,  &kCaption, &kOverlay,    &kSocial,
+    &kText,    &kUnderlay, &kWatermark,     &kMove,   &kCopy};
 
 }  // namespace
 

@@ -18,6 +18,7 @@
 #include "operations/change_pictures.h"
 #include "operations/changed_parts.h"
 #include "operations/convert_colors.h"
+#include "operations/cover.h"
 #include "operations/field_rows.h"
 #include "operations/one_picture.h"
 #include "operations/operation_rows.h"
@@ -188,21 +189,6 @@ void blur_picture(Picture& picture, std::uint32_t radius) {
     for (std::uint32_t y = 0; y < plane.height; ++y)
       for (std::uint32_t x = 0; x < plane.width; ++x) rows[y][3 * std::size_t{x} + c] = plane.row(y)[x];
   }
-}
-
-/// The picture scaled until it covers the size, and cut to it.
-Picture covering(const Picture& picture, const Extent& size) {
-  const double scale = std::max(1.0 * size.width / picture.width(), 1.0 * size.height / picture.height());
-  const auto side = [&](std::uint32_t length, std::uint32_t least) {
-    return std::max(least, static_cast<std::uint32_t>(std::lround(length * scale)));
-  };
-  const Picture large = PictureResample(picture, side(picture.width(), size.width),
-                                        side(picture.height(), size.height), ResampleFilter::Automatic);
-  if (!large) return {};
-  const auto left = static_cast<std::int32_t>((large.width() - size.width) / 2),
-             top = static_cast<std::int32_t>((large.height() - size.height) / 2);
-  return PictureCrop(large, {left, top, left + static_cast<std::int32_t>(size.width),
-                             top + static_cast<std::int32_t>(size.height)});
 }
 
 /// Blurred where more than is needed is there, so that nothing of the edges comes in.

@@ -6,7 +6,9 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRandomGenerator>
 
+#include "configuration/config_file.h"
 #include "image/graphic_file.h"
 #include "image/resample.h"
 #include "shell/forms/color_button.h"
@@ -18,6 +20,7 @@
 namespace vellum {
 namespace {
 
+constexpr int kListWidth = 240;
 constexpr double kPreviewSide = 200;  ///< pixels of a picture that a preview works on, at most
 
 Picture reduced(const Picture& picture) {
@@ -36,15 +39,20 @@ constexpr std::pair<const char*, const char*> kRadioPictures[] = {{"direction_0"
 
 }  // namespace
 
-GeneratorDialog::GeneratorDialog(const Generator& generator, Services& services, QWidget* parent)
+GeneratorDialog::GeneratorDialog(const Generator& generator, DocumentKind kind, bool fresh,
+                                 Services& services, QWidget* parent)
     : ParameterDialog(generator.parameters, no_document(), {}, services, parent),
       generator_(generator),
       services_(services),
+      seed_(QRandomGenerator::global()->bounded(1, 0x7FFFFFFF)),
       preview_(new MotionPreview(this)) {
+  inputs_.kind = reduced_.kind = kind;
+  reduced_.sketch = true;
   auto* outer = static_cast<QBoxLayout*>(layout());
   outer->removeWidget(&form());
   auto* row = new QHBoxLayout;
   row->setSpacing(style::kWideGap);
+  if (generator.input == GeneratorInput::Pictures) add_pictures(*row, fresh);
   row->addWidget(&form());
   row->addWidget(preview_, 1);
   outer->insertLayout(0, row, 1);
@@ -56,6 +64,42 @@ GeneratorDialog::GeneratorDialog(const Generator& generator, Services& services,
   if (generator.input == GeneratorInput::Picture) add_source();
   add_test();
   begin();
+  apply = [this, keep = std::move(apply)](const FieldValues& typed) {
+    if (pictures_) pictures_->store(config_path(generator_.listFile));
+    return keep(typed);
+  };
+  if (fresh) buttons().button(QDialogButtonBox::Reset)->click();
+  // Other kinds are true color in any case.
+  if (QWidget* box = form().input("trueColor"); box && kind != DocumentKind::MING) {
+    form().set_value("trueColor", std::int64_t{1});
+    box->setEnabled(false);
+    box->setToolTip(text_of(StringId::PaletteTakesMng));
+    follow();
+  }
+}
+
+void GeneratorDialog::add_pictures(QBoxLayout& row, bool fresh) {
+  pictures_ = new PictureList(services_, this);
+  pictures_->setMinimumWidth(kListWidth);
+  row.addWidget(pictures_, 1);
+  if (!fresh) pictures_->load(config_path(generator_.listFile));
+  connect(pictures_, &PictureList::changed, this, &GeneratorDialog::follow);
+}
+
+GeneratorInputs GeneratorDialog::inputs() const {
+  if (!pictures_) return inputs_;
+  GeneratorInputs inputs = inputs_;
+  for (const ListedPicture* listed : pictures_->pictures()) {
+    inputs.pictures.push_back(listed->picture);
+    inputs.names.push_back(listed->file.empty() ? listed->name.toStdString() : listed->file.stem().string());
+  }
+  return inputs;
+}
+
+FieldValues GeneratorDialog::settled() const {
+  FieldValues all = values();
+  if (const FieldValue* seed = all.find("seed"); seed && all.number("seed") == 0) all.set("seed", seed_);
+  return all;
 }
 
 void GeneratorDialog::add_source() {
@@ -92,11 +136,12 @@ void GeneratorDialog::add_test() {
       if (host().message) host().message({fault->id, {}, fault->text, {}, nullptr});
       return form().show_fault(*fault);
     }
-    if (test) test(values());
+    if (test) test(settled());
   });
 }
 
 bool GeneratorDialog::has_inputs() const {
+  if (pictures_) return pictures_->count() > 0;
   return generator_.input == GeneratorInput::None || !inputs_.pictures.empty();
 }
 
@@ -112,6 +157,7 @@ void GeneratorDialog::take_picture(Picture picture, const QString& name) {
 }
 
 void GeneratorDialog::select() {
+  if (pictures_) return pictures_->choose();
   if (!services_.choose_pictures) return;
   const auto chosen = services_.choose_pictures(false);
   if (chosen.empty()) return;
@@ -131,7 +177,12 @@ void GeneratorDialog::follow() {
   ParameterDialog::follow();
   Host nobody;
   const bool fine = has_inputs() && !check_values(generator_.parameters, values(), window());
-  preview_->play(fine ? generated_frames(generator_, values(), reduced_, nobody) : std::nullopt);
+  if (pictures_) {
+    reduced_.pictures.clear();
+    reduced_.names = inputs().names;
+    for (const ListedPicture* listed : pictures_->pictures()) reduced_.pictures.push_back(listed->small);
+  }
+  preview_->play(fine ? generated_frames(generator_, settled(), reduced_, nobody) : std::nullopt);
 }
 
 void GeneratorDialog::accept() {

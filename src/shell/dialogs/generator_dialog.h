@@ -1,19 +1,28 @@
-// The dialog of any generator: its fields, the picture that it works on, a preview that plays, Test.
+// The dialog of any generator: its fields, the picture or the list of pictures that it works on, a preview
+// that plays, Test.
 #pragma once
+
+#include <QBoxLayout>
 
 #include "generators/generator.h"
 #include "shell/dialogs/motion_preview.h"
 #include "shell/dialogs/parameter_dialog.h"
+#include "shell/dialogs/picture_list.h"
 
 namespace vellum {
 
 class GeneratorDialog : public ParameterDialog {
   Q_OBJECT
  public:
-  /// The generator's last picture is read where it is still there.
-  GeneratorDialog(const Generator& generator, Services& services, QWidget* parent);
+  /// For documents of this kind. The generator's last picture is read where it is still there, and its list
+  /// unless the dialog begins afresh.
+  GeneratorDialog(const Generator& generator, DocumentKind kind, bool fresh, Services& services,
+                  QWidget* parent);
 
-  const GeneratorInputs& inputs() const { return inputs_; }
+  GeneratorInputs inputs() const;
+  /// The values of the form; a seed that the time would say is the one that the preview shows.
+  FieldValues settled() const;
+  PictureList* pictures() { return pictures_; }
   MotionPreview& preview() { return *preview_; }
   void take_picture(Picture picture, const QString& name);
   void follow() override;
@@ -24,6 +33,7 @@ class GeneratorDialog : public ParameterDialog {
 
  private:
   void add_source();
+  void add_pictures(QBoxLayout& row, bool fresh);
   void add_test();
   void select();
   void paste();
@@ -33,6 +43,8 @@ class GeneratorDialog : public ParameterDialog {
   const Generator& generator_;
   Services& services_;
   GeneratorInputs inputs_, reduced_;
+  PictureList* pictures_ = nullptr;
+  std::int64_t seed_;
   QLabel* name_ = nullptr;
   MotionPreview* preview_;
 };

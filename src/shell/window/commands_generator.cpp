@@ -14,7 +14,8 @@ namespace {
 /// A document of the default kind in the folder for exports.
 bool build(const Generator& generator, const FieldValues& values, const GeneratorInputs& inputs,
            const std::string& name, DocumentWindow& window, Host& host) {
-  const DocumentKind kind = build_kind(kDefaultKind);
+  const bool still = generator.still && generator.still(values);
+  const DocumentKind kind = still ? DocumentKind::PING : build_kind(kDefaultKind);
   window.document.fileName = std::filesystem::path(settings::OpenExportPath) / name;
   window.document.fileName += kind_row(kind).extensions.front();
   return generate(generator, values, inputs, kind, window, host);
@@ -47,13 +48,12 @@ bool shift_held(const Services& services) { return services.shift_held && servic
 void run_generator_command(MainWindow& main, int number) {
   const Generator& generator = *find_generator(number);
   Services& services = main.services();
-  GeneratorDialog dialog(generator, services, &main);
   // With Shift a generator begins with its defaults.
-  if (shift_held(services)) dialog.buttons().button(QDialogButtonBox::Reset)->click();
+  GeneratorDialog dialog(generator, build_kind(kDefaultKind), shift_held(services), services, &main);
   dialog.test = [&](const FieldValues& values) {
     show_test(generator, values, dialog.inputs(), services, dialog);
   };
-  if (dialog.exec() == QDialog::Accepted) show_document(main, generator, dialog.values(), dialog.inputs());
+  if (dialog.exec() == QDialog::Accepted) show_document(main, generator, dialog.settled(), dialog.inputs());
 }
 
 void transition_command(MainWindow& main) {

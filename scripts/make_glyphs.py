@@ -1,0 +1,64 @@
+#!/usr/bin/env python3
+"""Makes the letters of signs: data/generators/glyphs.bin, the 96 characters from the blank on.
+
+Each has ten rows of two bytes: the wide form of up to 7 dots and the narrow one of 5, the leftmost dot in the
+highest bit. The rows below are those of the narrow form from the second one on, as five bits; the wide form is
+made of them, with strokes of two dots where that closes no gap."""
+import pathlib
+
+ROWS = 10
+LETTERS = {
+    " ": "", "!": "04 04 04 04 04 00 04", '"': "0A 0A 0A", "#": "0A 0A 1F 0A 1F 0A 0A", "$": "04 0F 14 0E 05 1E 04",
+    "%": "18 19 02 04 08 13 03", "&": "0C 12 14 08 15 12 0D", "'": "04 04 04", "(": "02 04 08 08 08 04 02",
+    ")": "08 04 02 02 02 04 08", "*": "00 04 15 0E 15 04 00", "+": "00 04 04 1F 04 04 00",
+    ",": "00 00 00 00 00 0C 0C 04 08", "-": "00 00 00 1F", ".": "00 00 00 00 00 0C 0C", "/": "00 01 02 04 08 10 00",
+    "0": "0E 11 13 15 19 11 0E", "1": "04 0C 04 04 04 04 0E", "2": "0E 11 01 02 04 08 1F", "3": "1F 02 04 02 01 11 0E",
+    "4": "02 06 0A 12 1F 02 02", "5": "1F 10 1E 01 01 11 0E", "6": "06 08 10 1E 11 11 0E", "7": "1F 01 02 04 08 08 08",
+    "8": "0E 11 11 0E 11 11 0E", "9": "0E 11 11 0F 01 02 0C", ":": "00 0C 0C 00 0C 0C 00", ";": "00 0C 0C 00 0C 0C 04 08",
+    "<": "02 04 08 10 08 04 02", "=": "00 00 1F 00 1F", ">": "08 04 02 01 02 04 08", "?": "0E 11 01 02 04 00 04",
+    "@": "0E 11 17 15 17 10 0E", "A": "0E 11 11 11 1F 11 11", "B": "1E 11 11 1E 11 11 1E", "C": "0E 11 10 10 10 11 0E",
+    "D": "1C 12 11 11 11 12 1C", "E": "1F 10 10 1E 10 10 1F", "F": "1F 10 10 1E 10 10 10", "G": "0E 11 10 17 11 11 0F",
+    "H": "11 11 11 1F 11 11 11", "I": "0E 04 04 04 04 04 0E", "J": "07 02 02 02 02 12 0C", "K": "11 12 14 18 14 12 11",
+    "L": "10 10 10 10 10 10 1F", "M": "11 1B 15 15 11 11 11", "N": "11 11 19 15 13 11 11", "O": "0E 11 11 11 11 11 0E",
+    "P": "1E 11 11 1E 10 10 10", "Q": "0E 11 11 11 15 12 0D", "R": "1E 11 11 1E 14 12 11", "S": "0F 10 10 0E 01 01 1E",
+    "T": "1F 04 04 04 04 04 04", "U": "11 11 11 11 11 11 0E", "V": "11 11 11 11 11 0A 04", "W": "11 11 11 15 15 15 0A",
+    "X": "11 11 0A 04 0A 11 11", "Y": "11 11 11 0A 04 04 04", "Z": "1F 01 02 04 08 10 1F", "[": "0E 08 08 08 08 08 0E",
+    "\\": "00 10 08 04 02 01 00", "]": "0E 02 02 02 02 02 0E", "^": "04 0A 11", "_": "00 00 00 00 00 00 00 1F",
+    "`": "08 04 02", "a": "00 00 0E 01 0F 11 0F", "b": "10 10 16 19 11 11 1E", "c": "00 00 0E 10 10 11 0E",
+    "d": "01 01 0D 13 11 11 0F", "e": "00 00 0E 11 1F 10 0E", "f": "06 09 08 1C 08 08 08",
+    "g": "00 00 0F 11 11 11 0F 01 0E", "h": "10 10 16 19 11 11 11", "i": "04 00 0C 04 04 04 0E",
+    "j": "02 00 06 02 02 02 02 12 0C", "k": "10 10 12 14 18 14 12", "l": "0C 04 04 04 04 04 0E",
+    "m": "00 00 1A 15 15 11 11", "n": "00 00 16 19 11 11 11", "o": "00 00 0E 11 11 11 0E",
+    "p": "00 00 1E 11 11 11 1E 10 10", "q": "00 00 0F 11 11 11 0F 01 01", "r": "00 00 16 19 10 10 10",
+    "s": "00 00 0E 10 0E 01 1E", "t": "08 08 1C 08 08 09 06", "u": "00 00 11 11 11 13 0D", "v": "00 00 11 11 11 0A 04",
+    "w": "00 00 11 11 15 15 0A", "x": "00 00 11 0A 04 0A 11", "y": "00 00 11 11 11 11 0F 01 0E",
+    "z": "00 00 1F 02 04 08 1F", "{": "02 04 04 08 04 04 02", "|": "04 04 04 04 04 04 04", "}": "08 04 04 02 04 04 08",
+    "~": "00 00 08 15 02", "\x7f": "1F 1F 1F 1F 1F 1F 1F",
+}
+
+
+def thick(row):
+    """Every stroke two dots wide: six dots, from the highest bit of eight on."""
+    return (row << 3 | row << 2) & 0xFF
+
+
+def stretched(row):
+    """The outer columns twice: seven dots."""
+    bits = [row >> 4 - i & 1 for i in (0, 0, 1, 2, 3, 4, 4)]
+    return sum(bit << 7 - i for i, bit in enumerate(bits))
+
+
+def closes(row):
+    return any((row >> i & 7) == 5 for i in range(3))
+
+
+def glyph(text):
+    rows = [0] + [int(number, 16) for number in text.split()]
+    rows += [0] * (ROWS - len(rows))
+    form = stretched if any(map(closes, rows)) else thick
+    return b"".join(bytes((form(row), row << 3)) for row in rows)
+
+
+out = pathlib.Path(__file__).resolve().parent.parent / "data" / "generators" / "glyphs.bin"
+out.parent.mkdir(exist_ok=True)
+out.write_bytes(b"".join(glyph(LETTERS[chr(code)]) for code in range(32, 128)))
