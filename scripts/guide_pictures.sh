@@ -73,7 +73,19 @@ mkdir -p "$work/config/Tarnwick"
 vellum play "$work/apng.png" --png "$work/frames" --steps 60 > "$work/steps"
 ls "$work"/frames/frame_000[0-5]9.png > "$work/config/Tarnwick/TransitionImages.txt"
 printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$work/config/Tarnwick/Vellumcraft 15.ini"
-take transition 251 apng.png
+cp "$work/config/Tarnwick/TransitionImages.txt" "$work/config/Tarnwick/PhotoStackImages.txt"
+while read -r name command; do
+  take "$name" "$command" apng.png
+done << 'ROWS'
+transition 251
+banner 250
+button 257
+photostack 273
+ledsign 253
+statuspanel 271
+throbber 272
+titles 329
+ROWS
 take spin 252 apng.png
 
 "$programs/vellumcraft" --screenshot "$pictures/main-window.png" "$work/apng.png"

@@ -41,6 +41,12 @@ constexpr Field choice(const char* name, const char* label, std::span<const Fiel
           .stateId = state};
 }
 
+constexpr Field font(const char* name, const char* label, int state) {
+  Field field = font_field(name, nullptr, state);
+  field.label = label;
+  return field;
+}
+
 constexpr Field kFields[] = {
     flag_field("showTitle", "Title", 1, nullptr, 0, 1),
     enabled_by({.name = "title",
@@ -66,9 +72,9 @@ constexpr Field kFields[] = {
                 .look = FieldLook::Path,
                 .tip = "Where no text of the credits is given"},
                "showCredits"),
-    on_page(font_field("largeFont", nullptr, 5), kLook),
+    on_page(font("largeFont", "Large font", 5), kLook),
     on_page(whole_field("largeSize", "Large size", kLeastPoints, kMostPoints, 28, nullptr, 6), kLook),
-    on_page(font_field("smallFont", nullptr, 7), kLook),
+    on_page(font("smallFont", "Small font", 7), kLook),
     on_page(whole_field("smallSize", "Small size", kLeastPoints, kMostPoints, 16, nullptr, 8), kLook),
     on_page(choice("lines", "Lines", kLines, 1, 9), kLook),
     on_page(color_field("color", "Color of the text", 0xFFFFFF, nullptr, 10), kLook),

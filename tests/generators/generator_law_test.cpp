@@ -27,6 +27,19 @@ GeneratorInputs inputs_of(const Generator& generator, std::uint32_t bits) {
   return inputs;
 }
 
+/// Large signs tell no more than small ones, and chance would make each run another one.
+FieldValues small(const Generator& generator, FieldValues values) {
+  for (const Field& field : generator.parameters.fields) {
+    const std::string_view name = field.name;
+    const bool initial = values.number(name) == field.initial;
+    if (initial && (name == "pointsize" || name == "characters" || name == "columns" || name == "size"))
+      values.set(name, std::max<std::int64_t>(field.least, 8));
+    if (initial && name.ends_with("Cells")) values.set(name, std::int64_t{3});
+    if (initial && name == "seed") values.set(name, std::int64_t{7});
+  }
+  return values;
+}
+
 class GeneratorLaw : public ::testing::TestWithParam<const Generator*> {
  protected:
   testing::ScratchFolder folder;
@@ -36,7 +49,8 @@ TEST_P(GeneratorLaw, EveryValueGivesAValidFileOfTheFramesThatTheStreamHas) {
   const Generator& generator = *GetParam();
   std::size_t number = 0;
   for (const DocumentKind kind : kKinds)
-    for (const FieldValues& values : testing::trials(generator.parameters, {})) {
+    for (const FieldValues& tried : testing::trials(generator.parameters, {})) {
+      const FieldValues values = small(generator, tried);
       SCOPED_TRACE(std::string(testing::kFileNames.at(kind)) + " trial " + std::to_string(number++));
       const auto inputs = inputs_of(generator, number % 2 ? 8 : 32);
       Recorder recorder;
@@ -57,7 +71,8 @@ TEST_P(GeneratorLaw, EveryValueGivesAValidFileOfTheFramesThatTheStreamHas) {
       ASSERT_TRUE(open_document(again, path, recorder.host));
       EXPECT_EQ(frame_entries(again).size(), stream->count);
       EXPECT_EQ(document_size(again.list, again.document).width, stream->canvas.width);
-      EXPECT_EQ(GetIterations(again.list, again.document), stream->plays);
+      if (again.document.kind != DocumentKind::PING)
+        EXPECT_EQ(GetIterations(again.list, again.document), stream->plays);
     }
 }
 

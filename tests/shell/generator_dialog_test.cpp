@@ -59,5 +59,52 @@ TEST_F(GeneratorDialogTest, SpinPlaysItsPictureAndMakesADocumentOfTheDefaultKind
   });
 }
 
+TEST_F(GeneratorDialogTest, WhatIsMadeFromNothingPlaysWhileOneTypesAndBecomesADocument) {
+  const auto file = folder_ / "beach.bmp";
+  ASSERT_TRUE(GraphicFileWrite(file.string(), sample_picture(60, 40, 24)));
+  answers_.pictures = {file};
+  settings::DefaultAnimationType = 1;
+  const std::pair<int, DocumentKind> rows[] = {{250, DocumentKind::MING}, {257, DocumentKind::PING},
+                                               {253, DocumentKind::MING}, {271, DocumentKind::MING},
+                                               {272, DocumentKind::MING}, {273, DocumentKind::MING}};
+  for (const auto& [command, kind] : rows) {
+    SCOPED_TRACE(command);
+    const std::size_t before = documents();
+    in_dialog<GeneratorDialog>(command, [&](GeneratorDialog& dialog) {
+      if (dialog.pictures()) dialog.pictures()->choose();
+      QTest::qWait(60);
+      EXPECT_TRUE(dialog.preview().shown());
+      take_picture(dialog, find_generator(command)->parameters.name);
+      int tests = 0;
+      dialog.test = [&](const FieldValues& values) {
+        ++tests;
+        EXPECT_TRUE(!values.find("seed") || values.number("seed") != 0) << "what the preview shows";
+      };
+      for (QPushButton* button : dialog.findChildren<QPushButton*>())
+        if (button->text() == "&Test") button->click();
+      EXPECT_EQ(tests, 1);
+      dialog.buttons().button(QDialogButtonBox::Ok)->click();
+    });
+    ASSERT_EQ(documents(), before + 1);
+    EXPECT_EQ(main_.area().documents().back()->document().kind, kind);
+  }
+  // The list and the values are there the next time; a type shows its own fields alone.
+  in_dialog<GeneratorDialog>(273, [&](GeneratorDialog& dialog) {
+    EXPECT_EQ(dialog.inputs().names, std::vector<std::string>{"beach"});
+  });
+  in_dialog<GeneratorDialog>(250, [&](GeneratorDialog& dialog) {
+    Form& form = dialog.form();
+    const auto hidden = [&](const char* field) { return form.input(field)->isHidden(); };
+    EXPECT_TRUE(hidden("frequency") && hidden("waveShadowColor") && !hidden("simpleCells"));
+    form.set_value("type", std::int64_t{7});
+    dialog.follow();
+    EXPECT_TRUE(!hidden("frequency") && !hidden("waveShadowColor") && hidden("simpleCells"));
+    form.set_value("text", std::string());
+    dialog.buttons().button(QDialogButtonBox::Ok)->click();
+    EXPECT_TRUE(dialog.isVisible()) << "without a text nothing is made";
+    form.set_value("text", std::string("x"));
+  });
+}
+
 }  // namespace
 }  // namespace vellum::testing

@@ -15,7 +15,8 @@ inline FieldValues first_values(const Parameters& parameters, const DocumentWind
   const std::vector<Field> fields = fields_for(parameters, window);
   FieldValues values = initial_values(fields);
   for (const Field& field : fields)
-    if (field.type == FieldType::Text && !field.enabledBy && field.look != FieldLook::Path)
+    if (field.type == FieldType::Text && field_enabled(fields, field, values) &&
+        field.look != FieldLook::Path)
       values.set(field.name, std::string("name"));
   for (const Field& field : fields)
     if (field.look == FieldLook::Path && !field.enabledBy && !folder.empty()) {

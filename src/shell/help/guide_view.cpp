@@ -15,7 +15,7 @@ constexpr int kReadingPoints = 11;
 
 }  // namespace
 
-GuideView::GuideView(QWidget* parent) : QTextBrowser(parent) {
+GuideView::GuideView(QWidget* parent) : QTextBrowser(parent), moving_(new MovingPictures(*this)) {
   setOpenExternalLinks(false);
   setUndoRedoEnabled(false);
   setFrameShape(QFrame::NoFrame);
@@ -26,6 +26,7 @@ GuideView::GuideView(QWidget* parent) : QTextBrowser(parent) {
   document()->setDefaultFont(letters);
   setAccessibleName(tr("Page"));
   connect(this, &QTextBrowser::sourceChanged, this, &GuideView::dress);
+  connect(this, &QTextBrowser::sourceChanged, moving_, &MovingPictures::play);
 }
 
 void GuideView::show_page(const QString& folder, const QString& page) {

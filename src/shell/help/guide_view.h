@@ -3,6 +3,8 @@
 
 #include <QTextBrowser>
 
+#include "shell/help/moving_pictures.h"
+
 namespace vellum {
 
 class GuideView : public QTextBrowser {
@@ -25,6 +27,8 @@ class GuideView : public QTextBrowser {
 
  private:
   void dress();
+
+  MovingPictures* moving_;
 };
 
 }  // namespace vellum
