@@ -12,24 +12,26 @@ mkdir -p "$out"
 vellum() { "$program" --quiet "$@" 2> "$work/told" || { cat "$work/told" >&2; exit 1; }; }
 
 
-banner() { vellum banner -o "$out/banner-$1.png" --type "$1" --font Sans --pointsize 28 "${@:2}"; }
+banner() { vellum banner -o "$out/banner-$1.png" --type "$1" --font Sans "${@:2}"; }
 banner embossed --text "Summer Sale" --rolling --delay 60
 banner glow --text "Open late" --delay 60 --pause 600
 banner scanners --text "Scanning" --delay 50 --pause 600
 banner simple --text "Hello, world" --rolling --delay 50
 banner soft --text "Softly now" --rolling --delay 50
 banner teletype --text "Dear reader" --delay 120 --pause 1500
-banner texture --texture fire --text "Too hot" --rolling --delay 50 --pointsize 36
+banner texture --texture fire --text "Too hot" --rolling --delay 50
 banner wave --text "Making waves" --delay 60
 
 # All textures, as letters that are filled with them.
 textures=(brick canvas checker clouds fire gold granite grass marble metal paper rainbow sand steel water wood)
+filled=()
 for texture in "${textures[@]}"; do
   vellum banner -o "$work/t.mng" --type texture --texture "$texture" --text "${texture^}" --cells 2 --font Sans --pointsize 24 \
     --offset 2
   vellum still "$work/t.mng" "$work/$texture.png" --frame 2 --opaque
+  filled+=("$work/$texture.png")
 done
-(cd "$work" && "$OLDPWD/$program" --quiet build "${textures[@]/%/.png}" -o all.png)
+vellum build "${filled[@]}" -o "$work/all.png"
 vellum strip "$work/all.png" "$out/textures.png" --columns 4
 
 vellum button -o "$out/button-states.png" --font Sans --text "Download" --states
@@ -61,9 +63,9 @@ for balance in "--red 0" "--red 60 --blue -60" "--green 50 --red -40" "--blue 70
   vellum balance "$work/one.png" "$work/photo$number.png" $balance
 done
 for way in fly fade drop; do
-  vellum photostack -o "$out/photostack-$way.png" --way "$way$([ "$way" = drop ] || echo -in)" --seed 5 --size 140 --scatter 24 \
+  vellum photostack -o "$out/photostack-$way.png" --way "$way$([ "$way" = drop ] || echo -in)" --seed 5 --size 110 --scatter 20 --steps 6 \
     --back-color 5a6b7b "$work"/photo[1-4].png
 done
 vellum titles data/samples/welcome.png "$out/titles.png" --title "A Wave" --credits-text $'#Drawn by\nnobody in particular' \
-  --large-font Sans --small-font Sans --large-size 22 --small-size 13 --ground frame --pause 800
+  --large-font Sans --small-font Sans --large-size 22 --small-size 13 --ground frame --pause 800 --steps 12
 du -cb "$out"/*.png | tail -1

@@ -28,13 +28,7 @@ constexpr Field ink(const char* name, const char* label, std::int64_t initial, i
 constexpr Field of_shadow(Field field) { return on_page(enabled_by(field, "softShadow"), kShadow); }
 
 constexpr Field kFields[] = {
-    {.name = "text",
-     .label = "Text",
-     .type = FieldType::Text,
-     .most = kMostSignText,
-     .look = FieldLook::Lines,
-     .initialText = "Status: ready",
-     .textSetting = &settings::DisplaySignText},
+    sign_text_field(&settings::DisplaySignText, "Status: ready"),
     {.name = "effect",
      .label = "Effect",
      .type = FieldType::Choice,

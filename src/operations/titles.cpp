@@ -9,6 +9,7 @@
 #include "core/edit/frame_layer.h"
 #include "image/lay.h"
 #include "image/picture_operations.h"
+#include "operations/changed_parts.h"
 #include "operations/operation_rows.h"
 #include "operations/reconstruct.h"
 #include "operations/text_art.h"
@@ -286,17 +287,29 @@ std::optional<std::string> credits_of(const FieldValues& values) {
   return text;
 }
 
+/// A frame of the text: behind the first one what changes, where the kind can.
+FrameLayer layer_of(const Picture& before, const Picture& picture, DocumentKind kind, bool whole) {
+  if (before && !whole && kind != DocumentKind::WEBP) return changed_part(before, picture);
+  FrameLayer layer;
+  layer.picture = picture;
+  return layer;
+}
+
 std::vector<std::shared_ptr<const ChunkRecord>> records_of(const Part& part, OperationRun& run, bool cleared,
                                                            const Progress& progress) {
+  const DocumentKind kind = run.draft.document.kind;
   std::vector<std::shared_ptr<const ChunkRecord>> records;
+  Picture before;
   for (std::size_t i = 0; i < part.count(); ++i) {
     if (run.host.stopped()) return {};
-    FrameLayer layer;
-    layer.picture = part.frame(i);
+    // What comes behind the last one may let something through: all of it goes.
+    const bool leaves = cleared && i + 1 == part.count();
+    const Picture picture = part.frame(i);
+    FrameLayer layer = picture ? layer_of(before, picture, kind, leaves) : FrameLayer();
+    before = picture;
     const bool rests = i == part.rest() && run.number("pause") != 0;
     layer.delay = static_cast<std::uint32_t>(run.number(rests ? "pause" : "delay"));
-    // What comes behind it may let something through.
-    layer.dispose = cleared && run.draft.document.kind == DocumentKind::APNG ? 1 : 0;
+    if (leaves && kind == DocumentKind::APNG) layer.dispose = 1;
     const auto record = std::make_shared<ChunkRecord>();
     if (!layer.picture || !frame_record_of(run.draft, layer, *record)) return {};
     records.push_back(record);

@@ -34,6 +34,7 @@ FieldValues small(const Generator& generator, FieldValues values) {
     const bool initial = values.number(name) == field.initial;
     if (initial && (name == "pointsize" || name == "characters" || name == "columns" || name == "size"))
       values.set(name, std::max<std::int64_t>(field.least, 8));
+    if (initial && (name == "scatter" || name == "jumpby")) values.set(name, std::int64_t{8});
     if (initial && name.ends_with("Cells")) values.set(name, std::int64_t{3});
     if (initial && name == "seed") values.set(name, std::int64_t{7});
   }

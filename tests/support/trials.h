@@ -33,6 +33,8 @@ inline FieldValues first_values(const Parameters& parameters, const DocumentWind
     values.set("height", std::int64_t{40});
     values.set("blur", std::int64_t{2});
   }
+  // So do movements of many frames.
+  if (find_field(fields, "steps")) values.set("steps", std::int64_t{2});
   if (parameters.folder) values.set(parameters.folder, (folder / "files").string());
   return values;
 }

@@ -21,7 +21,8 @@ namespace vellum {
 namespace {
 
 constexpr int kListWidth = 240;
-constexpr double kPreviewSide = 200;  ///< pixels of a picture that a preview works on, at most
+constexpr QSize kPreviewBeside(240, 150);  // a list of pictures
+constexpr double kPreviewSide = 200;       ///< pixels of a picture that a preview works on, at most
 
 Picture reduced(const Picture& picture) {
   const double percent = 100 * std::min(1.0, kPreviewSide / std::max(picture.width(), picture.height()));
@@ -52,9 +53,12 @@ GeneratorDialog::GeneratorDialog(const Generator& generator, DocumentKind kind, 
   outer->removeWidget(&form());
   auto* row = new QHBoxLayout;
   row->setSpacing(style::kWideGap);
-  if (generator.input == GeneratorInput::Pictures) add_pictures(*row, fresh);
-  row->addWidget(&form());
-  row->addWidget(preview_, 1);
+  if (generator.input == GeneratorInput::Pictures) {
+    add_pictures(*row, fresh);
+  } else {
+    row->addWidget(&form());
+    row->addWidget(preview_, 1);
+  }
   outer->insertLayout(0, row, 1);
   for (const auto& [name, picture] : kRadioPictures)
     if (auto* button = form().findChild<QRadioButton*>(QLatin1String(name))) {
@@ -81,7 +85,14 @@ GeneratorDialog::GeneratorDialog(const Generator& generator, DocumentKind kind, 
 void GeneratorDialog::add_pictures(QBoxLayout& row, bool fresh) {
   pictures_ = new PictureList(services_, this);
   pictures_->setMinimumWidth(kListWidth);
+  if (generator_.ownFields.empty()) pictures_->without_values();
+  preview_->setMinimumSize(kPreviewBeside);
+  auto* right = new QVBoxLayout;
+  right->setSpacing(style::kGap);
+  right->addWidget(preview_, 1);
+  right->addWidget(&form());
   row.addWidget(pictures_, 1);
+  row.addLayout(right, 1);
   if (!fresh) pictures_->load(config_path(generator_.listFile));
   connect(pictures_, &PictureList::changed, this, &GeneratorDialog::follow);
 }

@@ -4,6 +4,7 @@
 
 #include "image/picture_operations.h"
 #include "shell/look/picture_image.h"
+#include "shell/widgets/checkers.h"
 
 namespace vellum {
 namespace {
@@ -20,6 +21,15 @@ Picture visible(const StreamedFrame& frame) {
 QImage fitted(const QImage& image, QSize room) {
   if (image.width() <= room.width() && image.height() <= room.height()) return image;
   return image.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+/// On checkers where it lets something through.
+QImage on_checkers(const QImage& image) {
+  QImage shown(image.size(), QImage::Format_RGB32);
+  QPainter painter(&shown);
+  paint_checkers(painter, shown.rect());
+  painter.drawImage(0, 0, image);
+  return shown;
 }
 
 }  // namespace
@@ -47,7 +57,7 @@ void MotionPreview::play(std::optional<FrameStream> stream) {
 void MotionPreview::lay(const StreamedFrame& frame) {
   const Picture picture = visible(frame);
   const bool empty = !canvas_ || frame.clears || next_ == 0;
-  if (empty) canvas_ = PictureCreateFilled(stream_->canvas.width, stream_->canvas.height, 0);
+  if (empty) canvas_ = PictureCreateAlpha(stream_->canvas.width, stream_->canvas.height);
   if (!picture || !canvas_) return;
   const Picture deep = picture.bits() == 32 ? picture : PictureToTrueColorAlpha(picture);
   const auto width = static_cast<std::int32_t>(deep.width()),
@@ -62,7 +72,7 @@ void MotionPreview::step() {
   const StreamedFrame frame = stream_->frame(next_);
   const Picture before = canvas_;
   lay(frame);
-  setPixmap(QPixmap::fromImage(fitted(image_of_picture(canvas_), contentsRect().size())));
+  setPixmap(QPixmap::fromImage(on_checkers(fitted(image_of_picture(canvas_), contentsRect().size()))));
   // What the next frame finds.
   if (frame.dispose == 2) canvas_ = before;
   if (frame.dispose == 1 && canvas_ && frame.picture)
