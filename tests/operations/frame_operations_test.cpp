@@ -879,5 +879,45 @@ TEST(SocialSizes, LinesOfOnesOwnAreNamesSizesAndKilobytes) {
   socialSizesFile = before;
 }
 
+TEST(FrameOperations, TitlesStandInFrontCreditsBehindAndTheFramesBetweenStay) {
+  for (const Form& form : kForms) {
+    SCOPED_TRACE(std::string(testing::kFileNames.at(form.kind)) + " type " + std::to_string(form.colorType));
+    const DocumentWindow source = animation(form.kind, form.colorType);
+    const Operation& operation = *find_operation("titles");
+    FieldValues values = initial_values(fields_for(operation.parameters, source));
+    values.set("title", std::string("T"));
+    values.set("creditsText", std::string("#C\nc"));
+    for (const auto& [field, value] : Given{{"steps", 2},
+                                            {"delay", 70},
+                                            {"pause", 900},
+                                            {"largeSize", 4},
+                                            {"smallSize", 4},
+                                            {"creditsEffect", 0},
+                                            {"backColor", 0x302010}})
+      values.set(field, value);
+    DocumentWindow window = source;
+    testing::Recorder recorder;
+    ASSERT_TRUE(run_operation(operation, window, values, all_frames(4), recorder.host));
+    const Canvases were = canvases_of(source), are = canvases_of(window);
+    std::vector<std::uint32_t> delays = {70, 900, 70, 70};
+    for (const std::uint32_t delay : delays_of(source)) delays.push_back(delay);
+    delays.push_back(900);
+    EXPECT_EQ(delays_of(window), delays);
+    ASSERT_EQ(are.size(), 9u);
+    bool lettered = false;
+    for (std::uint32_t y = 0; y < 4; ++y)
+      for (std::uint32_t x = 0; x < 6; ++x) {
+        EXPECT_EQ(PictureGetPixel(are[3], x, y) & 0xFFFFFF, 0x302010u) << "faded out";
+        lettered = lettered || (PictureGetPixel(are[1], x, y) & 0xFFFFFF) != 0x302010;
+        for (std::size_t i = 0; i < 4; ++i)
+          for (unsigned c = 0; c < 32; c += 8)
+            ASSERT_NEAR(PictureGetPixelOpaque(are[4 + i], x, y) >> c & 255,
+                        PictureGetPixelOpaque(were[i], x, y) >> c & 255, 1)
+                << "frame " << i;
+      }
+    EXPECT_TRUE(lettered);
+  }
+}
+
 }  // namespace
 }  // namespace vellum
