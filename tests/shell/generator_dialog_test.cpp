@@ -3,6 +3,7 @@
 
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabWidget>
 
 #include "core/settings.h"
 #include "generators/settings.h"
@@ -94,7 +95,8 @@ TEST_F(GeneratorDialogTest, WhatIsMadeFromNothingPlaysWhileOneTypesAndBecomesADo
   });
   in_dialog<GeneratorDialog>(250, [&](GeneratorDialog& dialog) {
     Form& form = dialog.form();
-    const auto hidden = [&](const char* field) { return form.input(field)->isHidden(); };
+    form.findChild<QTabWidget*>()->setCurrentIndex(1);
+    const auto hidden = [&](const char* field) { return !form.input(field)->isVisibleTo(&form); };
     EXPECT_TRUE(hidden("frequency") && hidden("waveShadowColor") && !hidden("simpleCells"));
     form.set_value("type", std::int64_t{7});
     dialog.follow();
