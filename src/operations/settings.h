@@ -157,4 +157,15 @@ inline int SocialMediaShadowOffset = 8;         ///< pixels, 0 to 100
 inline int SocialMediaShadowOpacity = 50;       ///< percent
 inline int SocialMediaShadowSoftness = 12;      ///< pixels, 0 to 50
 
+// Protection matrix
+inline int MatrixTileSize = 128;       ///< pixels, 16 to 1024
+inline int MatrixTileMinimum = 16;     ///< pixels, 1 to 512: a thinner last row joins its neighbor
+inline int MatrixMinimumSize = 64;     ///< pixels, 16 to 4096: smaller pictures are refused
+inline int MatrixCountStart = 1;       ///< number of the first tile, 0 to 99999
+inline std::string MatrixImagePath;    ///< put before the names in the page
+inline int MatrixWriteHeader = 1;      ///< flag: a whole page; off: the table alone
+inline std::string MatrixDefaultTile;  ///< cover picture; empty: transparent
+inline std::string MatrixLibrary;      ///< file of groups; empty: vlmkit.mtx beside the configuration
+inline int MatrixTileIndex = 0;        ///< group in use
+
 }  // namespace vellum::settings
