@@ -45,5 +45,8 @@ Run prepare_wizard(CLI::App& app);
 Run prepare_plugins(CLI::App& app);
 Run prepare_plugin(CLI::App& app);
 Run prepare_combine(CLI::App& app);
+Run prepare_favorites(CLI::App& app);
+Run prepare_gallery(CLI::App& app);
+Run prepare_movie_info(CLI::App& app);
 
 }  // namespace vellum::cli

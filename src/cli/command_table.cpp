@@ -23,6 +23,9 @@ constexpr CommandRow kCommands[] = {
     {"strip", "All frames of an animation as cells of one picture", prepare_strip},
     {"unstrip", "An animation from the cells of a picture", prepare_unstrip},
     {"palette", "To the colors of a palette: built in, from a file, or computed", prepare_palette},
+    {"gallery", "Pages of pictures and animations with thumbnails, in a folder", prepare_gallery},
+    {"favorites", "Show and change the galleries of favorites", prepare_favorites},
+    {"movie-info", "Say what a movie is", prepare_movie_info},
     {"batch", "One operation over many files", prepare_batch},
     {"config", "Show and change settings", prepare_config},
 };

@@ -23,17 +23,27 @@ struct Given {
 /// A file of another format lies about its content under the name of a third.
 bool name_fits_export(const std::string& path, const Exporter& exporter) {
   const std::string extension = std::filesystem::path(path).extension().string();
-  if (extension.empty() || equal_ignoring_case(extension, exporter.extension)) return true;
+  if (extension.empty() || format_of_name(exporter, path)) return true;
   if (!has_document_extension(path) && GraphicFileType(path) == kNoGraphicFile) return true;
   return wrong_usage("the name of this file ends in " + std::string(exporter.extension));
+}
+
+/// The name tells the format where no option does.
+void take_format_of_name(const Exporter& exporter, const Given& given, FieldValues& values) {
+  if (!exporter.formatField) return;
+  const Field* field = find_field(exporter.parameters.fields, exporter.formatField);
+  const auto place = static_cast<std::size_t>(field - exporter.parameters.fields.data());
+  const auto format = format_of_name(exporter, given.out);
+  if (format && !given.parameters.fields[place]) values.set(field->name, static_cast<std::int64_t>(*format));
 }
 
 int run_export(const Exporter& exporter, const Given& given, Host& host) {
   if (!name_fits_export(given.out, exporter)) return kWrongUsage;
   DocumentWindow window;
   if (!open_document(window, given.in, host)) return kFailed;
-  const auto values = parameter_values(exporter.parameters, given.parameters, window);
+  auto values = parameter_values(exporter.parameters, given.parameters, window);
   if (!values) return kWrongUsage;
+  take_format_of_name(exporter, given, *values);
   return export_document(exporter, window, *values, given.out, host) ? kDone : kFailed;
 }
 

@@ -6,7 +6,7 @@
 
 namespace vellum {
 
-extern const Exporter kExportAni, kExportCur, kExportGif;
-extern const Importer kImportAni, kImportCur, kImportGif;
+extern const Exporter kExportAni, kExportCur, kExportGif, kExportIlg, kExportMovie, kExportPdf, kExportSwf;
+extern const Importer kImportAni, kImportCur, kImportGif, kImportMovie;
 
 }  // namespace vellum

@@ -3,8 +3,9 @@
 namespace vellum {
 namespace {
 
-constexpr const Exporter* kExporters[] = {&kExportAni, &kExportGif, &kExportCur};
-constexpr const Importer* kImporters[] = {&kImportAni, &kImportGif, &kImportCur};
+constexpr const Exporter* kExporters[] = {&kExportAni, &kExportGif, &kExportCur, &kExportMovie,
+                                          &kExportSwf, &kExportIlg, &kExportPdf};
+constexpr const Importer* kImporters[] = {&kImportAni, &kImportGif, &kImportCur, &kImportMovie};
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #include "exchange/exporter.h"
 
+#include "base/text.h"
 #include "operations/frames.h"
 
 namespace vellum {
@@ -33,6 +34,14 @@ const Exporter* find_exporter(int command) {
   return nullptr;
 }
 
+std::optional<std::size_t> format_of_name(const Exporter& exporter, const std::filesystem::path& path) {
+  const std::string extension = path.extension().string();
+  for (std::size_t i = 0; i < exporter.formats.size(); ++i)
+    if (equal_ignoring_case(extension, exporter.formats[i].extension)) return i;
+  if (exporter.formats.empty() && equal_ignoring_case(extension, exporter.extension)) return 0;
+  return std::nullopt;
+}
+
 std::optional<ExportRun> prepare_export(const Exporter& exporter, const DocumentWindow& window, Host& host) {
   if (frame_entries(window).empty()) {
     host.show(StringId::NoImagesHere);
@@ -62,10 +71,12 @@ bool write_export(const Exporter& exporter, ExportRun& run, const FieldValues& v
     if (run.host.message) run.host.message({fault->id, {}, fault->text, {}, nullptr});
     return false;
   }
+  run.path = path;
   SafeFile file(path);
   if (!file.ok())
     run.host.fail({FaultKind::Misuse, 0, -1, -1, file.reason()});
-  else if (write_into(exporter, run, values, file_sink(file)))
+  else if (write_into(exporter, run, values, file_sink(file)) &&
+           (!exporter.beside || exporter.beside(run, values)))
     return true;
   tell_of_failure(run);
   return false;

@@ -14,7 +14,8 @@ struct ExportRun {
   const DocumentWindow& source;
   DocumentWindow draft;
   Host& host;
-  bool told = false;  ///< why it failed was told
+  bool told = false;                ///< why it failed was told
+  std::filesystem::path path = {};  ///< of the file; empty where there is none
 
   /// Tells why it can't be done; false.
   bool refuse(StringId reason) {
@@ -24,16 +25,30 @@ struct ExportRun {
   }
 };
 
+/// One of several forms that an export writes, by the name of the file.
+struct ExportFormat {
+  const char* filter;
+  std::string_view extension;  ///< with its dot
+};
+
 struct Exporter {
   Parameters parameters;
   const char* filter;          ///< "GIF files"
   std::string_view extension;  ///< with its dot
+  /// All that it writes where that are several, the one above first.
+  std::span<const ExportFormat> formats = {};
+  const char* formatField = nullptr;  ///< the field whose value is the number of the format
   /// Makes the draft fit, and asks what must be asked, before anyone chooses a name. False with the reason
   /// kept in the host or told, or when the user said no.
   bool (*prepare)(ExportRun& run) = nullptr;
   /// Writes the draft. False with the reason kept in the host or told.
   bool (*write)(ExportRun& run, const FieldValues& values, const Sink& sink) = nullptr;
+  /// Writes what stands beside the file, which is there now. False as above.
+  bool (*beside)(ExportRun& run, const FieldValues& values) = nullptr;
 };
+
+/// The number of the format that a file of this name has; nothing for the name of none.
+std::optional<std::size_t> format_of_name(const Exporter& exporter, const std::filesystem::path& path);
 
 /// All exports, in the order of the menu.
 std::span<const Exporter* const> exporter_table();

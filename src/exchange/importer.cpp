@@ -78,7 +78,7 @@ bool import_bytes(const Importer& importer, DocumentWindow& window, const std::f
   made.document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
   {
     const KeptNotes kept(made.document, host);
-    ImportRun run{bytes, values, host};
+    ImportRun run{bytes, values, host, false, path};
     if (!read_safely(importer, made, run)) return tell_of_failure(run);
   }
   made.document.fileName = path;
@@ -93,6 +93,15 @@ bool import_bytes(const Importer& importer, DocumentWindow& window, const std::f
 bool import_file(const Importer& importer, DocumentWindow& window, const std::filesystem::path& path,
                  const FieldValues& values, Host& host) {
   std::string reason;
+  if (importer.fromFile) {
+    if (const auto fault = check_values(importer.parameters, values, {})) {
+      if (host.message) host.message({fault->id, {}, fault->text, {}, nullptr});
+      return false;
+    }
+    if (read_start(path, reason, 1)) return import_bytes(importer, window, path, {}, values, host);
+    host.show(StringId::ErrorReadingFile, {}, path.string() + ": " + reason);
+    return false;
+  }
   const auto bytes = read_file(path, reason, kMaximumFileBytes);
   if (bytes) return import_bytes(importer, window, path, *bytes, values, host);
   host.show(StringId::ErrorReadingFile, {}, path.string() + ": " + reason);

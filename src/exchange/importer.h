@@ -12,7 +12,8 @@ struct ImportRun {
   std::span<const std::uint8_t> bytes;
   const FieldValues& values;
   Host& host;
-  bool told = false;  ///< why it failed was told
+  bool told = false;                ///< why it failed was told
+  std::filesystem::path path = {};  ///< of the file
 };
 
 /// One row. Its command on the desktop, where it has a number, asks for such a file; `open_document` takes
@@ -27,6 +28,9 @@ struct Importer {
   /// Makes the window, which is empty, a document whose name is given its extension by the caller. False with
   /// the reason kept in the host, or told.
   bool (*read)(DocumentWindow& window, ImportRun& run) = nullptr;
+  /// It reads the file by itself, a piece at a time, and gets no bytes; `open_document` doesn't take its
+  /// files.
+  bool fromFile = false;
 };
 
 /// All imports, in the order of the menu.

@@ -9,6 +9,7 @@ extern const Generator kBanner;
 extern const Generator kButton;
 extern const Generator kLedSign;
 extern const Generator kPhotoStack;
+extern const Generator kMatrix;
 extern const Generator kSpin;
 extern const Generator kStatusPanel;
 extern const Generator kThrobber;

@@ -3,8 +3,8 @@
 namespace vellum {
 namespace {
 
-constexpr const Generator* kGenerators[] = {&kBanner,      &kButton, &kPhotoStack, &kLedSign,
-                                            &kStatusPanel, &kSpin,   &kThrobber,   &kTransition};
+constexpr const Generator* kGenerators[] = {&kBanner, &kButton,   &kPhotoStack, &kLedSign, &kStatusPanel,
+                                            &kSpin,   &kThrobber, &kTransition, &kMatrix};
 
 }  // namespace
 

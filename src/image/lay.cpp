@@ -69,23 +69,17 @@ bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture
   const bool deep = picture.bits() == 32, clear = top.bits() == 32;
   const std::size_t out_bytes = deep ? 4 : 3, in_bytes = clear ? 4 : 3;
   const std::uint32_t whole = (255 * percent + 50) / 100;
-  const std::size_t count = static_cast<std::size_t>(right - left);
-  for (std::int64_t row = up; row < bottom; ++row) {
-    std::uint8_t* out = rows[static_cast<std::size_t>(row)] + out_bytes * static_cast<std::size_t>(left);
+  const auto count = static_cast<std::size_t>(on.right - on.left);
+  for (std::int64_t row = on.up; row < on.bottom; ++row) {
+    std::uint8_t* out = rows[static_cast<std::size_t>(row)] + out_bytes * static_cast<std::size_t>(on.left);
     const std::uint8_t* in =
-        top.row(static_cast<std::uint32_t>(row - y)) + in_bytes * static_cast<std::size_t>(left - x);
+        top.row(static_cast<std::uint32_t>(row - y)) + in_bytes * static_cast<std::size_t>(on.left - x);
     if (whole == 255 && !clear && !deep) {
       std::memcpy(out, in, 3 * count);
       continue;
     }
     for (std::size_t i = 0; i < count; ++i, out += out_bytes, in += in_bytes) {
       const std::uint32_t alpha = !clear ? whole : percent == 100 ? in[3] : (in[3] * percent + 50) / 100;
-  for (std::int64_t row = on.up; row < on.bottom; ++row) {
-    std::uint8_t* out = rows[static_cast<std::size_t>(row)] + out_bytes * static_cast<std::size_t>(on.left);
-    const std::uint8_t* in =
-        top.row(static_cast<std::uint32_t>(row - y)) + in_bytes * static_cast<std::size_t>(on.left - x);
-    for (std::int64_t i = on.left; i < on.right; ++i, out += out_bytes, in += in_bytes) {
-      const std::uint32_t alpha = clear ? (in[3] * percent + 50) / 100 : whole;
       if (alpha != 0) lay_pixel(out, deep, in, alpha, how);
     }
   }

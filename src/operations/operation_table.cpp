@@ -8,7 +8,7 @@ constexpr const Operation* kOperations[] = {
     &kToAlpha, &kToApng,   &kToMng,         &kToWebp, &kCrop,    &kDepopulate, &kExtract,
     &kFlip,    &kFrame,    &kReconstruct,   &kResize, &kReverse, &kShadow,     &kTile,
     &kTitles,  &kTrim,     &kSupercompress, &kMerge,  &kCaption, &kOverlay,    &kSocial,
-    &kText,    &kUnderlay, &kWatermark,     &kMove,   &kCopy};
+    &kText,    &kUnderlay, &kWatermark,     &kMove,   &kCopy,    &kProtect};
 
 }  // namespace
 

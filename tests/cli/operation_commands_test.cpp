@@ -316,9 +316,17 @@ TEST(ExchangeCommands, WriteWhatTheRowsMake) {
     ASSERT_TRUE(save_document(made, in, recorder.host));
     ASSERT_TRUE(open_document(window, in, recorder.host));
     FieldValues values = initial_values(fields_for(row->parameters, window));
+    // Files that somebody has to name stay away.
+    const auto names_file = [&](const Field& switching) {
+      return std::ranges::any_of(row->parameters.fields, [&](const Field& field) {
+        return field.look == FieldLook::Path && field.enabledBy == std::string_view(switching.name);
+      });
+    };
     for (const Field& field : row->parameters.fields)
-      values.set(field.name, field.type == FieldType::Flag ? 1 - field.initial : field.least);
+      if (field.type != FieldType::Text && !(field.type == FieldType::Flag && names_file(field)))
+        values.set(field.name, field.type == FieldType::Flag ? 1 - field.initial : field.least);
     auto words = words_of(row->parameters, values);
+    std::erase(words, std::string());
     words.insert(words.begin(), {vellum, row->parameters.name, in, out});
     const auto result = testing::run_tool(words);
     ASSERT_EQ(result.status, 0) << result.output;
@@ -326,6 +334,7 @@ TEST(ExchangeCommands, WriteWhatTheRowsMake) {
     EXPECT_EQ(testing::file_bytes(out), testing::file_bytes(wanted));
     words[3] = folder / "out.jpg";
     EXPECT_EQ(testing::run_tool(words).status, 2) << "a name of another format";
+    if (!importer_of(testing::file_bytes(out))) continue;
     // And back, under names of each kind.
     for (const char* name : {"back.png", "back.mng", "back.webp"}) {
       const auto back = testing::run_tool({vellum, "convert", out, folder / name});

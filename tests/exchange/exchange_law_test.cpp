@@ -33,9 +33,14 @@ std::vector<DocumentWindow> samples(const Parameters& parameters) {
 }
 
 /// What a file of the row is, read back.
-void expect_reads(const std::vector<std::uint8_t>& bytes, const DocumentWindow& source) {
+void expect_reads(const Exporter& exporter, const std::vector<std::uint8_t>& bytes,
+                  const DocumentWindow& source) {
   const Importer* importer = importer_of(bytes);
-  ASSERT_TRUE(importer);
+  // What goes out and never comes in has judges of its own.
+  constexpr std::string_view kOut[] = {"movie", "swf", "ilg", "print"};
+  ASSERT_EQ(importer == nullptr, std::ranges::count(kOut, exporter.parameters.name) == 1);
+  EXPECT_FALSE(bytes.empty());
+  if (!importer) return;
   Recorder recorder;
   DocumentWindow again;
   ASSERT_TRUE(
@@ -67,8 +72,9 @@ TEST_P(ExportLaw, EveryValueGivesAFileThatReadsBackAndLeavesTheSourceAsItIs) {
     ASSERT_TRUE(save_document(copy, saved, recorder.host));
     const auto before = testing::file_bytes(saved);
     for (const FieldValues& values : testing::trials(GetParam()->parameters, sample)) {
+      if (check_values(GetParam()->parameters, values, sample)) continue;
       const auto bytes = bytes_of(sample, values);
-      expect_reads(bytes, sample);
+      expect_reads(*GetParam(), bytes, sample);
       EXPECT_EQ(bytes, bytes_of(sample, values));
     }
     copy = sample;
@@ -101,7 +107,8 @@ TEST_P(ExportLaw, EverySinkThatFailsIsTold) {
   Recorder recorder;
   auto run = prepare_export(*GetParam(), sample, recorder.host);
   ASSERT_TRUE(run);
-  for (std::size_t room = 0; room < whole; room += 7) {
+  run->path = folder / ("a" + std::string(GetParam()->extension));
+  for (std::size_t room = 0; room < whole; room += std::max<std::size_t>(7, whole / 400)) {
     std::size_t left = room;
     const Sink sink{[&](std::span<const std::uint8_t> bytes) {
                       const bool fits = bytes.size() <= left;
@@ -147,7 +154,7 @@ TEST(ImportLaw, FilesThatBreakOffOrChangeAnywhereDoNoHarm) {
                                   recorder.host));
       const auto bytes = testing::file_bytes(path);
       const Importer* importer = importer_of(bytes);
-      ASSERT_TRUE(importer);
+      if (!importer) continue;
       for (std::size_t i = 0; i < bytes.size(); i += 1 + bytes.size() / 300) {
         SCOPED_TRACE(std::string(exporter->parameters.name) + " " + std::to_string(i));
         expect_survives(*importer, std::span(bytes).first(i), folder.path());

@@ -213,18 +213,5 @@ TEST(PaintSearchBox, KeepsAProgramThatItDoesNotFindAndStoresWhatWasChosen) {
   EXPECT_EQ(settings::PaintbrushPath, "");
 }
 
-TEST(Encoders, AreReadFromTheListOfTheMovieProgram) {
-  const auto encoders = parse_video_encoders(
-      "Encoders:\n V..... = Video\n A..... = Audio\n ------\n V....D a64multi             Multicolor "
-      "charset\n"
-      " VFS..D libx264              libx264 H.264 / AVC (codec h264)\n A....D aac                  AAC\n "
-      "V\n\n V....D");
-  ASSERT_EQ(encoders.size(), 2u);
-  EXPECT_EQ(encoders[0].name, "a64multi");
-  EXPECT_EQ(encoders[1].name, "libx264");
-  EXPECT_EQ(encoders[1].description, "libx264 H.264 / AVC (codec h264)");
-  EXPECT_TRUE(parse_video_encoders("").empty());
-}
-
 }  // namespace
 }  // namespace vellum::testing

@@ -14,9 +14,10 @@ inline FieldValues first_values(const Parameters& parameters, const DocumentWind
                                 const std::filesystem::path& folder = {}) {
   const std::vector<Field> fields = fields_for(parameters, window);
   FieldValues values = initial_values(fields);
+  // A list of frames is none of these names; without one it is all of them.
   for (const Field& field : fields)
     if (field.type == FieldType::Text && field_enabled(fields, field, values) &&
-        field.look != FieldLook::Path)
+        field.look != FieldLook::Path && field.name != std::string_view("frames"))
       values.set(field.name, std::string("name"));
   for (const Field& field : fields)
     if (field.look == FieldLook::Path && !field.enabledBy && !folder.empty()) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/byte_order.h"
+#include "base/file.h"
 #include "base/text.h"
 #include "core/check/repairing.h"
 #include "image/webp_partial.h"
@@ -139,7 +140,7 @@ void repair_webp(std::span<const std::uint8_t> file, RepairedFile& result) {
   if (!repair.contents.animated) repair.take_still(chunks);
   if (repair.contents.frames.empty()) return;
   for (std::size_t i = 0; i < repair.stills.size(); ++i) repair.contents.frames[i].still = repair.stills[i];
-  result.bytes = webp_file(repair.contents);
+  if (!write_webp_file(repair.contents, memory_sink(result.bytes))) result.bytes.clear();
 }
 
 }  // namespace vellum

@@ -22,6 +22,7 @@ namespace {
 
 constexpr int kListWidth = 240;
 constexpr QSize kPreviewBeside(240, 150);  // a list of pictures
+constexpr std::size_t kPreviewed = 40;     ///< pictures of a list that a preview shows, at most
 constexpr double kPreviewSide = 200;       ///< pixels of a picture that a preview works on, at most
 
 Picture reduced(const Picture& picture) {
@@ -142,6 +143,7 @@ void GeneratorDialog::add_test() {
   button->setAutoDefault(false);
   connect(button, &QPushButton::clicked, this, [this] {
     if (!has_inputs()) return select();
+    if (pictures_) pictures_->store(config_path(generator_.listFile));
     const auto fault = check(form().values());
     if (fault) {
       if (host().message) host().message({fault->id, {}, fault->text, {}, nullptr});
@@ -191,14 +193,16 @@ void GeneratorDialog::follow() {
   if (pictures_) {
     reduced_.pictures.clear();
     reduced_.names = inputs().names;
-    for (const ListedPicture* listed : pictures_->pictures()) reduced_.pictures.push_back(listed->small);
+    const std::size_t shown = std::min(pictures_->count(), kPreviewed);
+    for (std::size_t row = 0; row < shown; ++row)
+      if (const Picture small = pictures_->small(static_cast<int>(row))) reduced_.pictures.push_back(small);
   }
   preview_->play(fine ? generated_frames(generator_, settled(), reduced_, nobody) : std::nullopt);
 }
 
 void GeneratorDialog::accept() {
-  if (has_inputs()) return ParameterDialog::accept();
-  select();
+  if (!has_inputs()) return select();
+  ParameterDialog::accept();
 }
 
 }  // namespace vellum

@@ -22,8 +22,9 @@ class GeneratorDialog : public ParameterDialog {
   GeneratorInputs inputs() const;
   /// The values of the form; a seed that the time would say is the one that the preview shows.
   FieldValues settled() const;
-  PictureList* pictures() { return pictures_; }
   MotionPreview& preview() { return *preview_; }
+  /// Of a generator that takes several; else null.
+  PictureList* pictures() { return pictures_; }
   void take_picture(Picture picture, const QString& name);
   void follow() override;
   void accept() override;
@@ -43,9 +44,9 @@ class GeneratorDialog : public ParameterDialog {
   const Generator& generator_;
   Services& services_;
   GeneratorInputs inputs_, reduced_;
-  PictureList* pictures_ = nullptr;
   std::int64_t seed_;
   QLabel* name_ = nullptr;
+  PictureList* pictures_ = nullptr;
   MotionPreview* preview_;
 };
 

@@ -19,6 +19,7 @@ struct DecorationRow {
 constexpr DecorationRow kDecorations[] = {{"caption", decorate_caption, fields_of_caption, nullptr, true},
                                           {"crop", decorate_crop},
                                           {"frames", decorate_extract, nullptr, ask_for_names},
+                                          {"protect", decorate_protect},
                                           {"palette", nullptr, ask_for_palette},
                                           {"overlay", decorate_offsets, nullptr, warn_of_opaque_overlay},
                                           {"underlay", decorate_offsets, nullptr, warn_of_opaque_animation},

@@ -35,6 +35,7 @@ void decorate_strip(OperationDialog& dialog);
 void decorate_caption(OperationDialog& dialog);
 void decorate_crop(OperationDialog& dialog);
 void decorate_extract(OperationDialog& dialog);
+void decorate_protect(OperationDialog& dialog);
 void decorate_resize(OperationDialog& dialog);
 std::optional<FieldValues> ask_for_palette(const Operation& operation, const DocumentWindow& window,
                                            Services& services, QWidget* parent);

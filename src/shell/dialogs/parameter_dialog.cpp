@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QPushButton>
-#include <QRadioButton>
 
 #include "configuration/config_file.h"
 #include "configuration/history.h"
@@ -19,38 +18,6 @@ std::vector<Field> all_fields(const Parameters& parameters, const DocumentWindow
   std::erase_if(fields, [&](const Field& field) { return asked.find(field.name) != nullptr; });
   fields.insert(fields.end(), more.begin(), more.end());
   return fields;
-}
-
-/// What a line of the state file calls the control of a field.
-const char* state_tag(const Field& field) {
-  switch (field.type) {
-    case FieldType::Flag:
-      return "CHKB";
-    case FieldType::Choice:
-      return field.look == FieldLook::Radio ? "RADB" : "CBOX";
-    case FieldType::Color:
-      return "CBTN";
-    case FieldType::Text:
-      return "TEDT";
-    case FieldType::Real:
-      return "SPNF";
-    default:
-      return "SPNI";
-  }
-}
-
-/// The lines of the state file, one for each field that has a number there.
-std::vector<DialogStateRow> state_rows(const Parameters& parameters) {
-  std::vector<DialogStateRow> rows;
-  for (const Field& field : parameters.fields) {
-    if (field.stateId == 0 || !parameters.stateFile) continue;
-    rows.push_back({.id = field.stateId,
-                    .tag = state_tag(field),
-                    .control = field.name,
-                    .members = field.look == FieldLook::Radio ? static_cast<int>(field.choices.size()) : 1,
-                    .decimals = field.decimals});
-  }
-  return rows;
 }
 
 /// The values of a row of the history: as they are typed, with blanks between.
@@ -81,21 +48,6 @@ void keep_line(const char* file, const std::string& line, HistoryKind kind) {
 }
 
 }  // namespace
-
-void name_controls(Form& form) {
-  for (const Field& field : form.fields()) {
-    QWidget* input = form.input(field.name);
-    if (!input) continue;
-    const QString name = QLatin1String(field.name);
-    if (field.type != FieldType::Choice || field.look != FieldLook::Radio) {
-      input->setObjectName(name);
-      continue;
-    }
-    const auto buttons = input->parentWidget()->findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
-    for (qsizetype i = 0; i < buttons.size(); ++i)
-      buttons[i]->setObjectName(QStringLiteral("%1_%2").arg(name).arg(i));
-  }
-}
 
 ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWindow& window,
                                  const std::vector<Field>& more, Services& services, QWidget* parent,

@@ -3,13 +3,10 @@
 
 #include "operations/parameters.h"
 #include "shell/forms/form_dialog.h"
+#include "shell/forms/parameter_state.h"
 #include "shell/services/services.h"
 
 namespace vellum {
-
-/// Gives the controls of a form the names by which the state file and tests find them: that of the field, and
-/// for radio buttons a number behind it.
-void name_controls(Form& form);
 
 class ParameterDialog : public FormDialog {
   Q_OBJECT

@@ -177,7 +177,8 @@ void ChunkListView::paint_rows(QPainter& painter, const QRect& area) {
                              background_,
                              style::row_colours(palette(), false),
                              style::row_colours(palette(), true),
-                             style::bracket_colour(palette())};
+                             style::bracket_colour(palette()),
+                             is_favorite && is_favorite()};
   painter.setClipRect(area);
   // While a list is being filled it may be shorter than its last layout.
   const std::size_t rows = std::min(geometry_.rows(), window_.list.size());

@@ -31,6 +31,8 @@ class ChunkListView : public QAbstractScrollArea {
   void show_top_row();
   /// Whether what is dragged over the list may be dropped on it, and what then puts it behind a row.
   std::function<bool(const QMimeData&)> may_drop;
+  /// Whether the document is among the favorites, which a mark on its first row tells.
+  std::function<bool()> is_favorite;
   std::function<void(const QMimeData&, std::size_t row)> drop;
 
   /// How many rows were drawn since the view was made.

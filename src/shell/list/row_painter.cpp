@@ -78,6 +78,23 @@ void paint_bracket(QPainter& painter, const QRect& row, const QColor& colour) {
   painter.drawPolyline(QPolygon({{left, top}, {left, bottom}, {right, bottom}, {right, top}}));
 }
 
+/// A star in the color of the row's ground, on a small disc.
+void paint_favorite(QPainter& painter, const QRect& row, const QColor& ground) {
+  constexpr double kDisc = 16, kPoints = 5, kInner = 0.42, kTurn = 3.14159265358979 / kPoints;
+  const QRectF disc(row.right() - kDisc - kRightMargin / 2.0, row.top() + kTextIndent, kDisc, kDisc);
+  QPolygonF star;
+  for (int i = 0; i < 2 * static_cast<int>(kPoints); ++i) {
+    const double radius = (i % 2 == 0 ? 0.42 : 0.42 * kInner) * kDisc, angle = i * kTurn;
+    star << disc.center() + QPointF(radius * std::sin(angle), -radius * std::cos(angle));
+  }
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QColor::fromRgb(style::kAccent));
+  painter.drawEllipse(disc);
+  painter.setBrush(ground);
+  painter.drawPolygon(star);
+}
+
 }  // namespace
 
 void paint_row(const RowPainting& p, std::size_t index, const QRect& row) {
@@ -89,6 +106,7 @@ void paint_row(const RowPainting& p, std::size_t index, const QRect& row) {
   paint_thumbnail(p, index, row, colours.ground);
   if (static_cast<std::int64_t>(index) == p.window.document.caret) paint_bracket(p.painter, row, p.bracket);
   paint_text(p.painter, row_text(index, list.record(index).description), row, colours);
+  if (index == 0 && p.favorite) paint_favorite(p.painter, row, colours.ground);
   p.painter.restore();
 }
 

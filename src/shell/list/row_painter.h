@@ -19,6 +19,7 @@ struct RowPainting {
   Colour background;  ///< document_background of the window
   style::RowColours plain, selected;
   QColor bracket;
+  bool favorite = false;  ///< the document is one
 };
 
 void paint_row(const RowPainting& painting, std::size_t index, const QRect& row);

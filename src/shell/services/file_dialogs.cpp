@@ -5,16 +5,19 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
+#include "configuration/config_file.h"
 #include "configuration/shell_settings.h"
 #include "core/model/kind_table.h"
 #include "exchange/importer.h"
 #include "image/graphic_file.h"
 #include "shell/forms/default_folders.h"
-#include "shell/forms/form.h"
+#include "shell/forms/parameter_state.h"
 #include "shell/look/text.h"
 #include "shell/services/file_preview.h"
 #include "shell/services/saving.h"
@@ -83,6 +86,12 @@ QStringList ask_with_preview(QFileDialog& dialog, const QStringList& filters, in
   return dialog.selectedFiles();
 }
 
+/// "*.mp4 *.MP4": the first extension of a filter.
+QString suffix_of(const QString& filter) {
+  static const QRegularExpression pattern(QStringLiteral("\\*\\.([^ )]+)"));
+  return pattern.match(filter).captured(1);
+}
+
 /// A dialog of files with a form below the list, whose values must be in order.
 class FieldsFileDialog : public QFileDialog {
  public:
@@ -93,26 +102,77 @@ class FieldsFileDialog : public QFileDialog {
     setAcceptMode(choice.saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     setNameFilters(to_qt(choice.filters).split(QStringLiteral(";;")));
     setDefaultSuffix(path_text(choice.name.extension()));
-    form_ = new Form(fields_for(*choice.parameters, *choice.window), *choice.values, this);
-    if (auto* grid = qobject_cast<QGridLayout*>(layout()))
+    std::vector<Field> fields = fields_for(*choice.parameters, *choice.window);
+    std::erase_if(fields, [&](const Field& field) {
+      return choice.filterField && field.name == std::string_view(choice.filterField);
+    });
+    form_ = new Form(std::move(fields), *choice.values, this);
+    name_controls(*form_);
+    note_ = new QLabel(this);
+    if (auto* grid = qobject_cast<QGridLayout*>(layout())) {
       grid->addWidget(form_, grid->rowCount(), 0, 1, grid->columnCount());
+      grid->addWidget(note_, grid->rowCount(), 0, 1, grid->columnCount());
+    }
     if (choice.saving) selectFile(path_text(choice.name.filename()));
+    settle_filter();
+    connect(this, &QFileDialog::filterSelected, this, [this](const QString& filter) { take_filter(filter); });
+    connect(form_, &Form::edited, this, [this] { show_note(); });
+    const auto rows = state_rows(*choice.parameters);
+    if (!rows.empty()) restore_dialog_state(*this, rows, config_path(choice.parameters->stateFile));
+    show_note();
   }
 
   void accept() override {
-    const FieldValues values = form_->values();
+    const FieldValues values = typed();
     const auto fault = check_values(*choice_.parameters, values, *choice_.window);
     if (fault) {
       QMessageBox::warning(this, windowTitle(), to_qt(fault->text));
       return form_->show_fault(*fault);
     }
     QFileDialog::accept();
-    if (result() == QDialog::Accepted) *choice_.values = values;
+    if (result() != QDialog::Accepted) return;
+    *choice_.values = values;
+    const auto rows = state_rows(*choice_.parameters);
+    if (!rows.empty()) store_dialog_state(*this, rows, config_path(choice_.parameters->stateFile));
   }
 
  private:
+  /// The values of the form, and the number of the filter.
+  FieldValues typed() const {
+    FieldValues values = form_->values();
+    if (choice_.filterField)
+      values.set(choice_.filterField, std::int64_t{number_of_filter(nameFilters(), selectedNameFilter())});
+    return values;
+  }
+  void settle_filter() {
+    const QStringList filters = nameFilters();
+    qsizetype number = filter_of_name(filters.join(QStringLiteral(";;")), choice_.name);
+    if (choice_.filterField) number = choice_.values->number(choice_.filterField);
+    if (filters.size() < 2 || number >= filters.size()) return;
+    selectNameFilter(filters[number]);
+    take_filter(filters[number]);
+  }
+  void take_filter(const QString& filter) {
+    const QString suffix = suffix_of(filter);
+    if (choice_.saving && nameFilters().size() > 1 && !suffix.isEmpty()) {
+      setDefaultSuffix(suffix);
+      // A name that is typed already gets the extension of the format.
+      if (auto* name = findChild<QLineEdit*>(QStringLiteral("fileNameEdit")); name && !name->text().isEmpty())
+        name->setText(QFileInfo(name->text()).completeBaseName() + u'.' + suffix);
+    }
+    show_note();
+  }
+  void show_note() {
+    const auto note = choice_.parameters->note;
+    const FieldValues values = typed();
+    const bool fine = note && !check_values(*choice_.parameters, values, *choice_.window);
+    note_->setText(fine ? to_qt(note(values, *choice_.window)) : QString());
+    note_->setVisible(!note_->text().isEmpty());
+  }
+
   const FileChoice& choice_;
   Form* form_;
+  QLabel* note_;
 };
 
 /// Files that are saved have the first extension of their kind.
@@ -131,6 +191,7 @@ QString open_filters() {
     single << filter_of(format);
   }
   for (const Importer* importer : importer_table()) {
+    if (importer->fromFile) continue;
     const QStringList own = patterns_of(importer->extensions);
     all << own;
     single << filter_of({importer->filter, own});

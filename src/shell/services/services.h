@@ -32,6 +32,8 @@ struct FileChoice {
   const Parameters* parameters = nullptr;
   const DocumentWindow* window = nullptr;
   FieldValues* values = nullptr;
+  /// The field whose value is the number of the filter, and isn't shown.
+  const char* filterField = nullptr;
 };
 
 struct Services {

@@ -88,7 +88,7 @@ SetupDialog::SetupDialog(QWidget* parent)
 void SetupDialog::add_files_buttons(SettingPage& page) {
   QPushButton* codec = page_button(tr("Select video compression codec"));
   connect(codec, &QPushButton::clicked, this, [this] {
-    if (const auto chosen = ask_for_video_encoder(this, codec_, find_video_encoders())) codec_ = *chosen;
+    if (const auto chosen = ask_for_video_encoder(this, codec_, movie_encoders())) codec_ = *chosen;
   });
   page.add_buttons({codec});
 }

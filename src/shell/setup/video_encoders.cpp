@@ -3,11 +3,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QProcess>
 #include <QPushButton>
-#include <QStandardPaths>
 
-#include "base/text.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 #include "shell/widgets/dialog_frame.h"
@@ -15,23 +12,13 @@
 namespace vellum {
 namespace {
 
-constexpr int kPatience = 5000;  // milliseconds that the movie program has to answer
 constexpr int kNameRole = Qt::UserRole;
 constexpr QSize kList(480, 280);
 
-/// The next word of a line, which it is taken off.
-std::string_view take_word(std::string_view& line) {
-  line = trimmed(line);
-  const std::size_t end = std::min(line.find(' '), line.size());
-  const std::string_view word = line.substr(0, end);
-  line.remove_prefix(end);
-  return word;
-}
-
-void fill(QListWidget& list, const std::vector<VideoEncoder>& encoders, const std::string& now) {
+void fill(QListWidget& list, const std::vector<MovieEncoder>& encoders, const std::string& now) {
   auto* usual = new QListWidgetItem(QObject::tr("The usual one of the file type"), &list);
   usual->setData(kNameRole, QString());
-  for (const VideoEncoder& encoder : encoders) {
+  for (const MovieEncoder& encoder : encoders) {
     auto* item = new QListWidgetItem(
         QStringLiteral("%1 - %2").arg(to_qt(encoder.name), to_qt(encoder.description)), &list);
     item->setData(kNameRole, to_qt(encoder.name));
@@ -47,38 +34,8 @@ void show_matching(QListWidget& list, const QString& words) {
 
 }  // namespace
 
-std::vector<VideoEncoder> parse_video_encoders(std::string_view list) {
-  // Six letters of abilities, the first of which says what is encoded; the name; the description. Above them
-  // the letters are explained, each with an equals sign behind it.
-  constexpr std::size_t kAbilities = 6;
-  std::vector<VideoEncoder> encoders;
-  while (!list.empty()) {
-    const std::size_t end = std::min(list.find('\n'), list.size());
-    std::string_view line = list.substr(0, end);
-    list.remove_prefix(std::min(end + 1, list.size()));
-    const std::string_view abilities = take_word(line);
-    const std::string_view name = take_word(line);
-    if (abilities.size() != kAbilities || abilities.front() != 'V' || name.empty() || name == "=") continue;
-    encoders.push_back({std::string(name), std::string(trimmed(line))});
-  }
-  return encoders;
-}
-
-std::vector<VideoEncoder> find_video_encoders() {
-  const QString program = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
-  if (program.isEmpty()) return {};
-  QProcess process;
-  process.start(program, {QStringLiteral("-hide_banner"), QStringLiteral("-encoders")}, QIODevice::ReadOnly);
-  if (!process.waitForFinished(kPatience)) {
-    process.kill();
-    process.waitForFinished(kPatience);
-    return {};
-  }
-  return parse_video_encoders(process.readAllStandardOutput().toStdString());
-}
-
 std::optional<std::string> ask_for_video_encoder(QWidget* parent, const std::string& now,
-                                                 const std::vector<VideoEncoder>& encoders) {
+                                                 const std::vector<MovieEncoder>& encoders) {
   QDialog dialog(parent);
   dialog.setWindowTitle(QObject::tr("Video compression codec"));
   QVBoxLayout* layout = dialog_layout(dialog);
@@ -87,7 +44,7 @@ std::optional<std::string> ask_for_video_encoder(QWidget* parent, const std::str
   QDialogButtonBox* buttons = add_buttons(dialog, ok | QDialogButtonBox::Cancel, QStringLiteral("CODEC"));
   if (encoders.empty()) {
     list->hide();
-    layout->addWidget(new QLabel(text_of(StringId::NoVideoEncoders)));
+    layout->addWidget(new QLabel(text_of(StringId::NoMovieLibraries)));
   } else {
     fill(*list, encoders, now);
     list->setMinimumSize(kList);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/model/tags.h"
+#include "exchange/movie.h"
 #include "shell/window/commands.h"
 
 namespace vellum {
@@ -37,19 +38,19 @@ const CommandRow kCommands[] = {
     {109, "Close a&ll", Menu::File, 3, Entries, {}, nullptr, close_all_command},
     {59, "Animation &Wizard...\tCtrl+T", Menu::File, 4, Nothing, {}, "wizard", wizard_command},
     {117, "Com&bine", Menu::File, 4, Nothing, {}, "combine", combine_command},
-    {403, "Fa&vorites", Menu::File, 4, Nothing, {}, "favorites", kLater},
-    {119, "Pr&int", Menu::File, 5, Entries, kAnimations, "print", kLater},
+    {403, "Fa&vorites", Menu::File, 4, Nothing, {}, "favorites", favorites_command},
+    {119, "Pr&int", Menu::File, 5, Entries, kAnimations, "print", print_command},
     {118, "P&roperties", Menu::File, 5, Entries, kAnimations, "properties", properties_command},
     {54, "Set&up", Menu::File, 5, Nothing, {}, "setup", setup_command},
     {111, "Su&percompress", Menu::File, 6, Entries, kApngAndMng, "supercompress", supercompress_command},
     {121, "Export to &ANI", Menu::File, 7, Entries, kAnimations, "export", export_command<121>},
     {122, "Export to &GIF", Menu::File, 7, Entries, kAnimations, "export", export_command<122>},
-    {116, "Export to &ILG", Menu::File, 7, Entries, kAnimations, "export", kLater},
-    {112, "Export to &Movie", Menu::File, 7, Entries, {}, "export", kLater},
-    {115, "Export to SW&F", Menu::File, 7, Entries, kAnimations, "export", kLater},
+    {116, "Export to &ILG", Menu::File, 7, Entries, kAnimations, "export", export_command<116>},
+    {112, "Export to &Movie", Menu::File, 7, Entries, {}, "export", export_command<112>},
+    {115, "Export to SW&F", Menu::File, 7, Entries, kAnimations, "export", export_command<115>},
     {120, "Import from &ANI", Menu::File, 8, Nothing, {}, "import", import_command<120>},
-    {110, "Import from &Movie", Menu::File, 8, Nothing, {}, "import", kLater},
-    {113, "&Preview Movie", Menu::File, 8, Nothing, {}, "movie", kLater},
+    {110, "Import from &Movie", Menu::File, 8, Nothing, {}, "import", import_movie_command},
+    {113, "&Preview Movie", Menu::File, 8, Nothing, {}, "movie", preview_movie_command},
     {55, "E&xit", Menu::File, 9, Nothing, {}, nullptr, exit_command},
     {123, "E&xit", Menu::None, 0, Nothing, {}, nullptr, exit_command},
 
@@ -92,7 +93,7 @@ const CommandRow kCommands[] = {
     {252, "&Spin", Menu::Create, 1, Nothing, {}, nullptr, generator_command<252>},
     {272, "Thr&obbers", Menu::Create, 1, Nothing, {}, nullptr, generator_command<272>},
     {251, "T&ransition", Menu::Create, 1, Nothing, {}, nullptr, transition_command},
-    {275, "Web &gallery", Menu::Create, 1, Nothing, {}, nullptr, kLater},
+    {275, "Web &gallery", Menu::Create, 1, Nothing, {}, nullptr, gallery_command},
     {304, "&Merge\tCtrl+M", Menu::Animation, 2, Entries, kAnimations, "merge", operation_command<304>},
     {330, "Ad&just", Menu::Animation, 2, Entries, kAnimations, "adjust", operation_command<330>},
     {270, "Animation to PNG", Menu::Animation, 2, Entries, kAnimations, nullptr, operation_command<270>},
@@ -111,10 +112,10 @@ const CommandRow kCommands[] = {
     {312, "Extra&ct", Menu::Animation, 2, Entries, kAnimations, nullptr, operation_command<312>},
     {308, "&Flip and Rotate", Menu::Animation, 2, Entries, kAnimations, "rotate", operation_command<308>},
     {324, "F&rame", Menu::Animation, 2, Entries, kAnimations, "frame", operation_command<324>},
-    {332, "Graphic Matrix", Menu::Animation, 2, Nothing, {}, nullptr, kLater},
+    {332, "Graphic Matrix", Menu::Animation, 2, Nothing, {}, nullptr, generator_command<332>},
     {62, "M&anage", Menu::Animation, 2, Entries, kAnimations, "manage", manage_command},
     {317, "Overla&y", Menu::Animation, 2, Entries, kAnimations, nullptr, operation_command<317>},
-    {315, "Protection Matri&x", Menu::Animation, 2, Entries, kStill, nullptr, kLater},
+    {315, "Protection Matri&x", Menu::Animation, 2, Entries, kStill, nullptr, operation_command<315>},
     {316, "Reconstr&uct", Menu::Animation, 2, Entries, kAnimations, nullptr, operation_command<316>},
     {310, "Resi&ze", Menu::Animation, 2, Entries, kAnimations, "resize", operation_command<310>},
     {314, "Rev&erse", Menu::Animation, 2, Entries, kAnimations, "reverse", operation_command<314>},
@@ -133,8 +134,8 @@ const CommandRow kCommands[] = {
     {124, "Export image", Menu::None, 0, Entries, kAnimations, nullptr, export_image_command},
     {320, "Move to", Menu::None, 0, Entries, kAnimations, nullptr, operation_command<320>},
     {321, "Copy to", Menu::None, 0, Entries, kAnimations, nullptr, operation_command<321>},
-    {401, "Pin to favorites", Menu::None, 0, Entries, {}, nullptr, kLater},
-    {402, "Unpin from favorites", Menu::None, 0, Entries, {}, nullptr, kLater},
+    {401, "Pin to favorites", Menu::None, 0, Entries, {}, nullptr, pin_command},
+    {402, "Unpin from favorites", Menu::None, 0, Entries, {}, nullptr, unpin_command},
     {313, "Not implemented", Menu::None, 0, Selection, {}, nullptr, not_implemented_command},
 
     {801, "&Cascade\tShift+F5", Menu::Window, 1, Entries, {}, "cascade", cascade_command},
@@ -187,14 +188,25 @@ bool fits_kind(const CommandRow& row, DocumentKind kind) {
 
 }  // namespace
 
-std::span<const CommandRow> command_table() { return kCommands; }
+std::span<const CommandRow> command_table() {
+  // Commands of what this program was built without are not there.
+  static const std::vector<CommandRow> rows = [] {
+    std::vector<CommandRow> all(std::begin(kCommands), std::end(kCommands));
+    constexpr int kMovies[] = {110, 112, 113};
+    if (!movies_built())
+      std::erase_if(all, [&](const CommandRow& row) { return std::ranges::count(kMovies, row.number) > 0; });
+    return all;
+  }();
+  return rows;
+}
 std::span<const MenuRow> menu_table() { return kMenus; }
 std::span<const ToolRow> tool_table() { return kTools; }
 std::span<const KeyRow> key_table() { return kKeys; }
 
 const CommandRow* find_command(int number) {
-  const auto row = std::ranges::find(kCommands, number, &CommandRow::number);
-  return row == std::end(kCommands) ? nullptr : row;
+  const auto rows = command_table();
+  const auto row = std::ranges::find(rows, number, &CommandRow::number);
+  return row == rows.end() ? nullptr : &*row;
 }
 
 bool command_enabled(const CommandRow& row, const CommandState& state) {

@@ -70,6 +70,14 @@ void export_image_command(MainWindow& main, DocumentFrame& frame);
 /// The settings of the program; with Shift held, with the defaults put in.
 void setup_command(MainWindow& main);
 void combine_command(MainWindow& main);
+/// Asks for a movie, whose frames become a document; or plays it.
+void import_movie_command(MainWindow& main);
+void preview_movie_command(MainWindow& main);
+void print_command(MainWindow& main, DocumentFrame& frame);
+void gallery_command(MainWindow& main);
+void favorites_command(MainWindow& main);
+void pin_command(MainWindow& main, DocumentFrame& frame);
+void unpin_command(MainWindow& main, DocumentFrame& frame);
 
 /// The guide's first page; with Shift held, the list of its pages.
 void contents_command(MainWindow& main);

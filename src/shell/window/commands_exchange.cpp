@@ -16,6 +16,19 @@ std::filesystem::path with_extension(std::filesystem::path path, std::string_vie
   return path;
 }
 
+std::string_view extension_of(const Exporter& exporter, std::size_t format) {
+  return format < exporter.formats.size() ? exporter.formats[format].extension : exporter.extension;
+}
+
+/// One for each format, with ";;" between.
+std::string filters_of(const Exporter& exporter) {
+  std::string filters;
+  for (const ExportFormat& format : exporter.formats)
+    filters +=
+        (filters.empty() ? "" : ";;") + file_filter(format.filter, {&format.extension, 1}).toStdString();
+  return filters.empty() ? file_filter(exporter.filter, {&exporter.extension, 1}).toStdString() : filters;
+}
+
 }  // namespace
 
 void run_export_command(MainWindow& main, DocumentFrame& frame, int number) {
@@ -26,15 +39,20 @@ void run_export_command(MainWindow& main, DocumentFrame& frame, int number) {
   if (!run || !services.choose_file) return;
   FieldValues values = setting_values(fields_for(parameters, frame.content()));
   const std::filesystem::path title = document_title(frame.document());
-  FileChoice choice{parameters.title, file_filter(exporter.filter, {&exporter.extension, 1}).toStdString(),
-                    title.stem().string() + std::string(exporter.extension), true};
+  const std::size_t first =
+      exporter.formatField ? static_cast<std::size_t>(values.number(exporter.formatField)) : 0;
+  FileChoice choice{parameters.title, filters_of(exporter),
+                    title.stem().string() + std::string(extension_of(exporter, first)), true};
+  choice.filterField = exporter.formatField;
   choice.parameters = &parameters;
   choice.window = &frame.content();
   choice.values = &values;
   const auto path = services.choose_file(choice);
   if (!path) return;
   keep_in_settings(parameters.fields, values);
-  write_export(exporter, *run, values, with_extension(*path, exporter.extension));
+  const std::size_t format =
+      exporter.formatField ? static_cast<std::size_t>(values.number(exporter.formatField)) : 0;
+  write_export(exporter, *run, values, with_extension(*path, extension_of(exporter, format)));
 }
 
 void run_import_command(MainWindow& main, int number) {

@@ -22,6 +22,7 @@
 #include "operations/convert_colors.h"
 #include "shell/look/icon.h"
 #include "shell/look/text.h"
+#include "shell/services/favorite_files.h"
 #include "shell/services/file_dialogs.h"
 #include "shell/services/saving.h"
 #include "shell/window/context_menu.h"
@@ -44,7 +45,7 @@ Services desktop_services(MainWindow& window, DesktopHost& desktop) {
           [&desktop] { return desktop.busy(); },
           [&window](const FileChoice& choice) { return ask_for_file(&window, choice); },
           [&window](const std::filesystem::path& path) { window.recent().remember(path); },
-          {},
+          [](const Document& document) { return document.HasFileName && is_favorite(document.fileName); },
           [] { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ControlModifier); }};
 }
 
@@ -127,6 +128,9 @@ void MainWindow::connect_list(DocumentFrame& frame) {
   connect(&list, &ChunkListView::drag_wanted, &frame, [this, &frame] {
     if (!services_.busy()) drag_rows(frame);
   });
+  list.is_favorite = [this, &frame] {
+    return services_.is_favorite && services_.is_favorite(frame.document());
+  };
   list.may_drop = [this, &frame](const QMimeData& dragged) {
     return !services_.busy() && !QApplication::activeModalWidget() && may_drop_on(frame, dragged);
   };
