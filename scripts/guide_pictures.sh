@@ -26,7 +26,7 @@ row() { "$programs/vellum" list "$work/$1" | sed -n "s/^ *\([0-9]*\): .*$2.*/\1/
 
 take() {  # NAME COMMAND FILE [ROW]
   mkdir -p "$(dirname "$pictures/$1.png")"
-  "$programs/vellumcraft" --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
+  "$programs/vellumcraft" --set WarnWatermark=0 --set PosOnlyWatermark=1 --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
 }
 
 # The editor of an entry is command 205.
@@ -68,8 +68,34 @@ properties 118 apng.png
 strip 307 apng.png
 ROWS
 
+# Operations, with what a person typed the last time.
+config="$work/config/Tarnwick"
+mkdir -p "$config"
+printf '%s\n' "$work/apng.png" "$work/frames/frame_00000.png" "$work/webp.webp" > "$config/CombineFiles.txt"
+printf 'DlgItem_000001=TEDT,Frame %%n of %%t\nDlgItem_000011=CHKB,1\n' > "$config/TextOverlayState.txt"
+while read -r name command; do
+  take "operations/$name" "$command" apng.png
+done << 'ROWS'
+merge 304
+adjust 330
+balance 311
+crop 309
+depopulate 322
+flip 308
+frame 324
+overlay 317
+reverse 314
+shadow 319
+text 326
+caption 328
+watermark 327
+tile 323
+trim 325
+social 274
+combine 117
+ROWS
+
 # Windows that make animations of files: what they held the last time.
-mkdir -p "$work/config/Tarnwick"
 vellum play "$work/apng.png" --png "$work/frames" --steps 60 > "$work/steps"
 ls "$work"/frames/frame_000[0-5]9.png > "$work/config/Tarnwick/TransitionImages.txt"
 printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$work/config/Tarnwick/Vellumcraft 15.ini"
@@ -86,6 +112,9 @@ statuspanel 271
 throbber 272
 titles 329
 ROWS
+ls "$work"/frames/frame_000[0-5]9.png > "$config/TransitionImages.txt"
+printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$config/Vellumcraft 15.ini"
+take transition 251 apng.png
 take spin 252 apng.png
 
 "$programs/vellumcraft" --screenshot "$pictures/main-window.png" "$work/apng.png"

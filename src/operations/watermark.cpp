@@ -36,8 +36,8 @@ constexpr Field appended(const char* name, const char* label, int bit) {
 }
 
 constexpr Field kFields[] = {
-    flag_field("positionOnly", "For position only", 0, &settings::PosOnlyWatermark),
-    whole_field("opacity", "Opacity", 1, 100, 50, &settings::PosOnlyOpacity),
+    on_page(flag_field("positionOnly", "For position only", 0, &settings::PosOnlyWatermark), kTextPage),
+    on_page(whole_field("opacity", "Opacity", 1, 100, 50, &settings::PosOnlyOpacity), kTextPage),
     as_text(text_field()),
     as_text(font_field("font", &settings::WatermarkFontName)),
     as_text(whole_field("size", "Size", kLeastPoints, kMostPoints, 24, &settings::WatermarkFontSize)),

@@ -9,6 +9,7 @@
 #include "core/edit/undo.h"
 #include "core/files/save_document.h"
 #include "operations/settings.h"
+#include "playback/compositor.h"
 #include "shell/dialogs/change_preview.h"
 #include "shell/widgets/crop_view.h"
 #include "shell/window/command_table.h"
@@ -135,6 +136,56 @@ TEST_F(OperationDialogTest, CropIsDrawnWithMouseAndKeys) {
     for (QMouseEvent* event : {&press, &move, &release}) QApplication::sendEvent(view, event);
     EXPECT_EQ(view->rectangle(), QRect(0, 0, 6, 4));
     EXPECT_EQ(dialog.choice().values.number("width"), 6);
+  });
+}
+
+TEST_F(OperationDialogTest, WhatStandsInThePictureIsDraggedInThePreviewWhichShowsTheResult) {
+  add(animated_document(3, 64, 48));
+  Picture shown;
+  in_dialog<OperationDialog>(326, [&](OperationDialog& dialog) {
+    dialog.form().set_value("text", std::string("%n/%t %f 100%%"));
+    dialog.form().set_value("size", std::int64_t{8});
+    dialog.form().set_value("at", std::int64_t{0});
+    QWidget& pane = dialog.preview()->after_pane();
+    dialog.preview()->refresh();
+    QTest::qWait(50);
+    const QPoint from = pane.rect().center();
+    QTest::mousePress(&pane, Qt::LeftButton, {}, from);
+    QTest::mouseMove(&pane, from + QPoint(12, 7));
+    QTest::mouseRelease(&pane, Qt::LeftButton, {}, from + QPoint(12, 7));
+    EXPECT_EQ(dialog.values().number("offsetX"), 12);
+    EXPECT_EQ(dialog.values().number("offsetY"), 7);
+    QTest::keyClick(&pane, Qt::Key_Left, Qt::ShiftModifier);
+    QTest::keyClick(&pane, Qt::Key_Down);
+    EXPECT_EQ(dialog.values().number("offsetX"), 2);
+    EXPECT_EQ(dialog.values().number("offsetY"), 8);
+    dialog.preview()->refresh();
+    QTest::qWait(50);
+    shown = dialog.preview()->after();
+    take_picture(dialog, "text");
+    dialog.accept();
+  });
+  ASSERT_EQ(documents(), 2u);
+  const DocumentWindow& made = main_.area().documents().back()->content();
+  const Picture result = Compositor(made.list, made.document).frame(0).picture;
+  ASSERT_EQ(std::pair(result.width(), result.height()), std::pair(shown.width(), shown.height()));
+  for (std::uint32_t y = 0; y < result.height(); ++y)
+    for (std::uint32_t x = 0; x < result.width(); ++x)
+      ASSERT_EQ(PictureGetPixel(result, x, y) & 0xFFFFFF, PictureGetPixel(shown, x, y) & 0xFFFFFF)
+          << x << ", " << y;
+  settings::WarnWatermark = 0;
+  in_dialog<OperationDialog>(327, [&](OperationDialog& dialog) {
+    dialog.form().set_value("text", std::string("mark"));
+    QWidget& pane = dialog.preview()->after_pane();
+    dialog.preview()->refresh();
+    QTest::qWait(50);
+    const QPoint middle = pane.rect().center();
+    QTest::mousePress(&pane, Qt::LeftButton, {}, middle);
+    QTest::mouseMove(&pane, middle + QPoint(1, -22));
+    EXPECT_EQ(dialog.values().number("at"), 1) << "top";
+    QTest::keyClick(&pane, Qt::Key_Right);
+    QTest::keyClick(&pane, Qt::Key_Down);
+    EXPECT_EQ(dialog.values().number("at"), 5);
   });
 }
 

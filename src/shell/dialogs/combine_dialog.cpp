@@ -47,7 +47,7 @@ CombineDialog::CombineDialog(Services& services, QWidget* parent)
   list_->setAccessibleName(text_of(StringId::CombinedFilesTitle));
   list_->set_form({.height = kRowHeight});
   list_->set_takes_files(true);
-  list_->setMinimumHeight(3 * kRowHeight);
+  list_->setMinimumSize(9 * kRowHeight, 4 * kRowHeight);
   auto* outer = static_cast<QBoxLayout*>(layout());
   outer->insertWidget(0, list_, 1);
   outer->insertWidget(1, make_buttons());

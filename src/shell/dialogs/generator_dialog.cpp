@@ -35,9 +35,24 @@ const DocumentWindow& no_document() {
   return nothing;
 }
 
-/// The pictures beside radio buttons, by the names that `name_controls` gives.
-constexpr std::pair<const char*, const char*> kRadioPictures[] = {{"direction_0", "cw"},
-                                                                  {"direction_1", "ccw"}};
+/// The pictures beside the radio buttons of a field, in their order.
+struct RadioPictures {
+  const char* field;
+  std::array<const char*, 2> pictures;
+};
+constexpr RadioPictures kRadioPictures[] = {{"direction", {"cw", "ccw"}}};
+
+void add_radio_pictures(const Form& form) {
+  for (const auto& [field, pictures] : kRadioPictures) {
+    if (!form.has(field)) continue;
+    const auto buttons =
+        form.input(field)->parentWidget()->findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
+    for (qsizetype i = 0; i < std::min<qsizetype>(buttons.size(), 2); ++i) {
+      buttons[i]->setIcon(program_icon(pictures[static_cast<std::size_t>(i)]));
+      buttons[i]->setIconSize({style::kToolIcon, style::kToolIcon});
+    }
+  }
+}
 
 }  // namespace
 
@@ -61,11 +76,7 @@ GeneratorDialog::GeneratorDialog(const Generator& generator, DocumentKind kind, 
     row->addWidget(preview_, 1);
   }
   outer->insertLayout(0, row, 1);
-  for (const auto& [name, picture] : kRadioPictures)
-    if (auto* button = form().findChild<QRadioButton*>(QLatin1String(name))) {
-      button->setIcon(program_icon(picture));
-      button->setIconSize({style::kToolIcon, style::kToolIcon});
-    }
+  add_radio_pictures(form());
   if (generator.input == GeneratorInput::Picture) add_source();
   add_test();
   begin();

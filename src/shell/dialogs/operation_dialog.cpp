@@ -2,6 +2,7 @@
 
 #include <QBoxLayout>
 #include <QCheckBox>
+#include <QScreen>
 
 #include "image/resample.h"
 #include "operations/preview_operation.h"
@@ -13,7 +14,7 @@
 namespace vellum {
 namespace {
 
-constexpr int kTallForm = 240;  ///< pixels
+constexpr int kTallForm = 240, kMoreRoom = 160;  ///< pixels
 constexpr const char* kScope = "scope";
 constexpr FieldChoice kScopes[] = {{0, "All frames"}, {1, "Selected frames"}};
 
@@ -58,7 +59,8 @@ void OperationDialog::add_note_of_needs() {
 }
 
 Picture OperationDialog::preview_of(const ChangePreview::Shown& shown) {
-  if (fault()) return {};
+  // What can't be done yet changes nothing.
+  if (fault()) return shown.picture;
   const FieldValues all = preview_values(operation_, values(), window(), shown.frame);
   if (!operation_.previewShown) return preview_operation(operation_, shown.picture, all, window());
   if (!playing_) {
@@ -96,6 +98,9 @@ void OperationDialog::add_preview() {
   row->addWidget(&form());
   row->addWidget(preview_, 1);
   outer->insertLayout(0, row, 1);
+  // More room for the picture where the screen has it.
+  resize((sizeHint() + QSize(kMoreRoom, 0))
+             .boundedTo(screen()->availableSize() - QSize(kMoreRoom, kMoreRoom) / 4));
 }
 
 void OperationDialog::follow() {
