@@ -26,7 +26,7 @@ row() { "$programs/vellum" list "$work/$1" | sed -n "s/^ *\([0-9]*\): .*$2.*/\1/
 
 take() {  # NAME COMMAND FILE [ROW]
   mkdir -p "$(dirname "$pictures/$1.png")"
-  "$programs/vellumcraft" --set WarnWatermark=0 --set PosOnlyWatermark=1 --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
+  "$programs/vellumcraft" --set WarnWatermark=0 --set WatermarkFileDateFlags=1 --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
 }
 
 # The editor of an entry is command 205.

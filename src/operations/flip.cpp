@@ -3,6 +3,7 @@
 
 #include "core/edit/edit_closing.h"
 #include "core/edit/frame_layer.h"
+#include "core/edit/picture_fitting.h"
 #include "core/model/first_frame.h"
 #include "image/orientation.h"
 #include "image/picture_operations.h"
@@ -163,9 +164,13 @@ double growth(const FieldValues& values, const DocumentWindow&) {
 /// Pictures of any angle: in true color, and back to the palette where that is wanted.
 bool bend_frames(OperationRun& run, const Extent& canvas, bool whole, bool fills) {
   const auto palette = run.number("dither") != 0 ? shared_colors(run.draft) : std::nullopt;
-  const std::uint8_t deep = has_transparency(run.draft) ? 6 : 2;
-  if (!convert_colors(run.draft, {.colorType = deep}, run.host)) return false;
+  // Without transparency each frame becomes true color when it is its turn: then nobody holds all of them
+  // twice.
+  const bool flat = !has_transparency(run.draft);
+  if (!flat && !convert_colors(run.draft, {.colorType = 6}, run.host)) return false;
   const auto bend = [&](FrameWork& work) {
+    if (flat) work.picture = opaque_true_color(work.picture);
+    if (!work.picture) return false;
     if (whole) {
       work.picture = bent(work.picture, run.values);
       work.offset = {};
@@ -177,6 +182,7 @@ bool bend_frames(OperationRun& run, const Extent& canvas, bool whole, bool fills
   if (!change_pictures(run.draft, run.frames, string_text(StringId::BuildingCaption), run.host, bend))
     return false;
   finish_edit(run.draft, false);
+  if (flat && !convert_colors(run.draft, {.colorType = 2}, run.host)) return false;
   if (!palette) return true;
   ColorConversion back{.colorType = 3, .palette = {palette->palette, palette->colors}, .dither = true};
   return convert_colors(run.draft, back, run.host);

@@ -58,6 +58,7 @@ CombineDialog::CombineDialog(Services& services, QWidget* parent)
   connect(&thumbnails_, &Thumbnails::made, list_, &ThumbnailList::refresh_looks);
   begin();
   add_files(kept_files());
+  list_->clearSelection();
   update_buttons();
 }
 
