@@ -4,6 +4,7 @@
 
 #include "core/build/convert_records.h"
 #include "core/chunks/chunk_policy.h"
+#include "core/files/png_writing.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/webp_service.h"
@@ -21,6 +22,7 @@ struct WebpSaving {
   bool fail(const std::string& reason, FaultKind kind = FaultKind::Misuse) const {
     return host.fail({kind, 0, -1, -1, reason});
   }
+  bool fail_to_write(const Sink& sink) const { return fail(write_fault(sink), FaultKind::Limit); }
 };
 
 /// The bytes that the only image came with, where they are a picture of this size by themselves.
@@ -48,8 +50,8 @@ bool write_still(const WebpSaving& saving, const Sink& sink) {
   const std::span<const std::uint8_t> image = stored ? stored->frame().pixels : made;
   const bool written = write_webp_file(
       {picture.width(), picture.height(), false, 0, 0, {{.still = image}}, saving.extras}, sink);
-  return (written && (!stored || stored->intact())) || !sink.reason().empty() ||
-         saving.fail("the image can't be compressed", FaultKind::Limit);
+  if (!image.empty() && (!written || (stored && !stored->intact()))) return saving.fail_to_write(sink);
+  return written || saving.fail("the image can't be compressed", FaultKind::Limit);
 }
 
 /// A 32-bit picture of the canvas' size: the frame at its offset, which is kept inside, the rest transparent.
@@ -133,9 +135,15 @@ bool write_animation(const WebpSaving& saving, std::size_t images, const Sink& s
                                   .mixed = saving.options.webpMixed,
                                   .extras = saving.extras};
   FrameSource source(saving, parameters);
-  return WEBPWriteAnimation(
-             parameters, [&](WebpFrameRequest& request) { return source(request); }, sink) ||
-         !sink.reason().empty() || saving.fail("a frame can't be compressed", FaultKind::Limit);
+  bool begun = false;  // all frames are there
+  Sink watched = sink;
+  watched.write = [&](std::span<const std::uint8_t> bytes) {
+    begun = true;
+    return sink.write(bytes);
+  };
+  const auto give = [&](WebpFrameRequest& request) { return source(request); };
+  if (WEBPWriteAnimation(parameters, give, watched)) return true;
+  return begun ? saving.fail_to_write(sink) : saving.fail("a frame can't be compressed", FaultKind::Limit);
 }
 
 /// The entries that are no image, and how many images stand in front of each.
@@ -163,8 +171,8 @@ WriteResult write_file(WebpSaving saving, const Sink& sink) {
                        : images == 1 ? write_still(saving, sink)
                                      : write_animation(saving, images, sink);
   if (!written) return WriteResult::Failed;
-  if (sink.reason().empty() && sink.finish()) return WriteResult::Done;
-  saving.fail(sink.reason().c_str(), FaultKind::Limit);
+  if (sink.finish()) return WriteResult::Done;
+  saving.fail_to_write(sink);
   return WriteResult::Failed;
 }
 
