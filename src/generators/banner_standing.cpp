@@ -41,6 +41,24 @@ struct Beam {
 };
 
 // ---------------------------------------------------------------------------------------------------------
+// teletype
+
+/// Where the cursor stands behind each number of letters, from the left of the ink. In a text that runs from
+/// right to left that is on the left of them.
+std::vector<std::int64_t> cursor_places(const BannerText& text, std::uint32_t width) {
+  const auto places = character_places(text.text, text.style);
+  const bool leftward = places.size() > 1 && places.back().right <= places.front().left;
+  std::vector<std::int64_t> cursors(1, leftward ? std::int64_t{text.ink().width} - width : 0);
+  for (const CharacterPlace& place : places) {
+    const std::int64_t left = std::lround(place.left) - text.drawn.left,
+                       right = std::lround(place.right) - text.drawn.left;
+    cursors.push_back(leftward ? std::min(cursors.back(), left - width) : std::max(cursors.back(), right));
+  }
+  cursors.resize(count_characters(text.text) + 1, cursors.back());
+  return cursors;
+}
+
+// ---------------------------------------------------------------------------------------------------------
 // wave
 
 struct Wave {
@@ -83,15 +101,11 @@ BannerDrawing scanners_banner(const BannerText& text, const BannerValues& values
 
 BannerDrawing teletype_banner(const BannerText& text, const BannerValues& values) {
   const std::size_t letters = count_characters(text.text);
-  const auto places = character_places(text.text, text.style);
   // The cursor is as wide as an "n", and as high as the ink.
   const auto n = character_places("n", text.style);
   const auto cursor_width =
       static_cast<std::uint32_t>(std::max(1L, n.empty() ? 1L : std::lround(n[0].right)));
-  std::vector<std::int64_t> cursors(1, 0);
-  for (const CharacterPlace& place : places)
-    cursors.push_back(std::max(cursors.back(), std::int64_t{std::lround(place.right)} - text.drawn.left));
-  cursors.resize(letters + 1, cursors.back());
+  const std::vector<std::int64_t> cursors = cursor_places(text, cursor_width);
   const auto draw = [text, cursors, cursor_width, letters, color = values.color("textColor"),
                      shadow = DropShadow(values)](Picture& picture, std::size_t frame) {
     const Mask mask = frame >= letters ? text.drawn.mask : draw_text(text.text, text.style, frame).mask;

@@ -14,7 +14,6 @@ namespace {
 
 constexpr const char* kPlate = "Plate";
 constexpr std::size_t kNormal = 0, kOver = 1, kPressed = 2, kStates = 3;
-constexpr std::uint32_t kStateDelay = 500;  // milliseconds
 constexpr double kOverLighter = 0.1;
 constexpr std::uint32_t kShadowPercent = 50;
 constexpr Colour kWhite = 0xFFFFFF, kBlack = 0;
@@ -38,6 +37,7 @@ constexpr Field kFields[] = {
      .most = 1,
      .tip = "An animation of three frames in place of a still",
      .stateId = 1},
+    enabled_by(whole_field("delay", "Delay", 1, 32767, 500, nullptr, 2), "states"),
     on_page(color_field("materialColor", "Material", 0xC0C0C0, &settings::ButtonMaterialcolour), kPlate),
     on_page(whole_field("padding", "Padding", 0, 200, 12, &settings::ButtonPadding), kPlate),
     on_page(whole_field("roundness", "Roundness in %", 0, 100, 30, &settings::ButtonRoundness), kPlate),
@@ -203,9 +203,10 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
     put_text(made, text, padding, look, state);
     return made;
   };
-  return stream_of({canvas, values.number("states") != 0 ? kStates : kNormal + 1, clear, picture,
-                    [](std::size_t) { return kStateDelay; }},
-                   inputs.kind, host);
+  return stream_of(
+      {canvas, values.number("states") != 0 ? kStates : kNormal + 1, clear, picture,
+       [delay = static_cast<std::uint32_t>(values.number("delay"))](std::size_t) { return delay; }},
+      inputs.kind, host);
 }
 
 bool still(const FieldValues& values) { return values.number("states") == 0; }

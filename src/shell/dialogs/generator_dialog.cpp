@@ -24,6 +24,9 @@ constexpr int kListWidth = 240;
 constexpr QSize kPreviewBeside(240, 150);  // a list of pictures
 constexpr std::size_t kPreviewed = 40;     ///< pictures of a list that a preview shows, at most
 constexpr double kPreviewSide = 200;       ///< pixels of a picture that a preview works on, at most
+constexpr std::uint64_t kMostPreviewed = 12'000'000;  // pixels of a frame
+constexpr QSize kPreviewBeside(240, 150);             // a list of pictures
+constexpr double kPreviewSide = 200;  ///< pixels of a picture that a preview works on, at most
 
 Picture reduced(const Picture& picture) {
   const double percent = 100 * std::min(1.0, kPreviewSide / std::max(picture.width(), picture.height()));
@@ -208,7 +211,10 @@ void GeneratorDialog::follow() {
     for (std::size_t row = 0; row < shown; ++row)
       if (const Picture small = pictures_->small(static_cast<int>(row))) reduced_.pictures.push_back(small);
   }
-  preview_->play(fine ? generated_frames(generator_, settled(), reduced_, nobody) : std::nullopt);
+  auto frames = fine ? generated_frames(generator_, settled(), reduced_, nobody) : std::nullopt;
+  // Frames that take seconds each would hold up who is typing.
+  if (frames && std::uint64_t{frames->canvas.width} * frames->canvas.height > kMostPreviewed) frames.reset();
+  preview_->play(std::move(frames));
 }
 
 void GeneratorDialog::accept() {
