@@ -102,11 +102,10 @@ Extent photo_size(const Picture& picture, std::int64_t side) {
   return {scaled(picture.width()), scaled(picture.height())};
 }
 
-/// A photograph with its edge, turned, and its shadow.
+/// A photograph with its edge, turned, on its shadow.
 struct Card {
-  Picture picture;  ///< 32 bits
-  Mask shadow;
-  std::int64_t reach = 0;  ///< of the shadow, beyond the picture
+  Picture picture;                    ///< 32 bits
+  double middle_x = 0, middle_y = 0;  ///< of the photograph in it
 };
 
 /// As Cairo has it.
@@ -162,6 +161,32 @@ Picture flat_card(const Picture& photo, const std::string& name, const PhotoPlac
   return card;
 }
 
+/// The higher a card is, the farther its shadow.
+Card on_shadow(const Card& card, double height, const FieldValues& values) {
+  const Picture& picture = card.picture;
+  const auto softness = static_cast<std::uint32_t>(values.number("shadowSoftness"));
+  const std::uint32_t reach = 3 * softness;
+  Mask shadow(picture.width() + 2 * reach, picture.height() + 2 * reach);
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* in = picture.row(y);
+    std::uint8_t* out = shadow.row(y + reach) + reach;
+    for (std::uint32_t x = 0; x < picture.width(); ++x) out[x] = in[4 * std::size_t{x} + 3];
+  }
+  blur_mask(shadow, softness);
+  const double offset = static_cast<double>(values.number("shadowOffset")) * (1 + 6 * (height - 1));
+  const std::int64_t away = std::llround(offset) - std::int64_t{reach},
+                     room = std::max<std::int64_t>(0, -away);
+  const auto side = [&](std::uint32_t card_side, std::uint32_t shadow_side) {
+    return static_cast<std::uint32_t>(room + std::max<std::int64_t>(card_side, away + shadow_side));
+  };
+  Card both{PictureCreateAlpha(side(picture.width(), shadow.width), side(picture.height(), shadow.height)),
+            card.middle_x + static_cast<double>(room), card.middle_y + static_cast<double>(room)};
+  if (!both.picture || !lay_mask(both.picture, room + away, room + away, shadow, 0, kShadowPercent) ||
+      !lay_picture(both.picture, room, room, picture))
+    return {};
+  return both;
+}
+
 Card turned_card(const Picture& flat, double turn, double scale, const FieldValues& values) {
   const double wide = flat.width() * scale, high = flat.height() * scale;
   const double cosine = std::abs(std::cos(turn)), sine = std::abs(std::sin(turn));
@@ -184,17 +209,8 @@ Card turned_card(const Picture& flat, double turn, double scale, const FieldValu
         cairo_surface_destroy(source);
       },
       1);
-  if (!card.picture || values.number("shadow") == 0) return card;
-  const auto softness = static_cast<std::uint32_t>(values.number("shadowSoftness"));
-  card.reach = 3 * softness;
-  card.shadow = Mask(width + 6 * softness, height + 6 * softness);
-  for (std::uint32_t y = 0; y < height; ++y) {
-    const std::uint8_t* in = card.picture.row(y);
-    std::uint8_t* out = card.shadow.row(y + 3 * softness) + 3 * softness;
-    for (std::uint32_t x = 0; x < width; ++x) out[x] = in[4 * std::size_t{x} + 3];
-  }
-  blur_mask(card.shadow, softness);
-  return card;
+  card.middle_x = width / 2.0, card.middle_y = height / 2.0;
+  return card.picture && values.number("shadow") != 0 ? on_shadow(card, scale, values) : card;
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -295,21 +311,14 @@ class PhotoStack {
     }
     if (way == kDrop && share < 1) {
       const double scale = 1 + (kDropScale - 1) * left;
-      lay_card(picture, turned_card(flat_, place.turn, scale, values_), x, y, percent, scale);
+      lay_card(picture, turned_card(flat_, place.turn, scale, values_), x, y, percent);
     } else {
-      lay_card(picture, card_, x, y, percent, 1);
+      lay_card(picture, card_, x, y, percent);
     }
   }
-  /// The higher a card is, the farther its shadow.
-  void lay_card(Picture& picture, const Card& card, double x, double y, std::uint32_t percent,
-                double height) const {
-    const std::int64_t left = std::llround(x - card.picture.width() / 2.0),
-                       top = std::llround(y - card.picture.height() / 2.0);
-    const std::int64_t away =
-        std::llround(static_cast<double>(values_.number("shadowOffset")) * (1 + 6 * (height - 1))) -
-        card.reach;
-    lay_mask(picture, left + away, top + away, card.shadow, 0, kShadowPercent * percent / 100);
-    lay_picture(picture, left, top, card.picture, percent);
+  void lay_card(Picture& picture, const Card& card, double x, double y, std::uint32_t percent) const {
+    lay_picture(picture, std::llround(x - card.middle_x), std::llround(y - card.middle_y), card.picture,
+                percent);
   }
 
   FieldValues values_;
