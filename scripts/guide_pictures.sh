@@ -117,4 +117,17 @@ printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$config/Vellumcraft 15.
 take transition 251 apng.png
 take spin 252 apng.png
 
+# What goes out: pages, matrices, favorites, paper.
+lists="$work/config/Tarnwick"
+ls "$work"/frames/frame_000[0-5]9.png > "$lists/GraphicMatrixImages.txt"
+ls "$work"/frames/frame_000[0-5]9.png "$work/apng.png" "$work/mng.mng" > "$lists/WebGalleryItems.txt"
+vellum favorites add Favorites "$work/apng.png" "$work/webp.webp" "$work"/frames/frame_000[0-2]9.png
+vellum favorites add Drafts "$work/mng.mng"
+take matrix 332 apng.png
+take webgallery 275 apng.png
+take favorites 403 apng.png
+take print 119 apng.png
+vellum resize "$work/frames/frame_00059.png" "$work/large.png" --percent 200
+take protect 315 large.png
+
 "$programs/vellumcraft" --screenshot "$pictures/main-window.png" "$work/apng.png"

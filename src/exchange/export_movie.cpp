@@ -83,8 +83,19 @@ std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow&
   return fault_of("soundPath", StringId::NoFileName);
 }
 
+/// Frames that are opaque canvases already are written as they are; others are composed.
+FrameStream canvases_of(const DocumentWindow& window) {
+  FrameStream stored = stored_frames(window);
+  for (std::size_t i = 0; i < stored.count; ++i) {
+    const StreamedFrame frame = stored.frame(i);
+    const bool whole = frame.picture && frame.picture.bits() == 24 && frame.transparency.empty();
+    if (!whole || !covers_canvas(frame, stored.canvas)) return canvas_frames(window);
+  }
+  return stored;
+}
+
 bool write(ExportRun& run, const FieldValues& values, const Sink& sink) {
-  const FrameStream stream = canvas_frames(run.draft);
+  const FrameStream stream = canvases_of(run.draft);
   MovieForm form{.extension = lower_case(run.path.extension().string()),
                  .delays = {},
                  .compress = values.number("compress") != 0,
