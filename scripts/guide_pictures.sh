@@ -97,9 +97,9 @@ ROWS
 
 # Windows that make animations of files: what they held the last time.
 vellum play "$work/apng.png" --png "$work/frames" --steps 60 > "$work/steps"
-ls "$work"/frames/frame_000[0-5]9.png > "$work/config/Tarnwick/TransitionImages.txt"
-printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$work/config/Tarnwick/Vellumcraft 15.ini"
-cp "$work/config/Tarnwick/TransitionImages.txt" "$work/config/Tarnwick/PhotoStackImages.txt"
+ls "$work"/frames/frame_000[0-5]9.png > "$config/TransitionImages.txt"
+cp "$config/TransitionImages.txt" "$config/PhotoStackImages.txt"
+printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$config/Vellumcraft 15.ini"
 while read -r name command; do
   take "$name" "$command" apng.png
 done << 'ROWS'
@@ -112,15 +112,11 @@ statuspanel 271
 throbber 272
 titles 329
 ROWS
-ls "$work"/frames/frame_000[0-5]9.png > "$config/TransitionImages.txt"
-printf 'SpinFile=%s\n' "$work/frames/frame_00059.png" > "$config/Vellumcraft 15.ini"
-take transition 251 apng.png
 take spin 252 apng.png
 
 # What goes out: pages, matrices, favorites, paper.
-lists="$work/config/Tarnwick"
-ls "$work"/frames/frame_000[0-5]9.png > "$lists/GraphicMatrixImages.txt"
-ls "$work"/frames/frame_000[0-5]9.png "$work/apng.png" "$work/mng.mng" > "$lists/WebGalleryItems.txt"
+ls "$work"/frames/frame_000[0-5]9.png > "$config/GraphicMatrixImages.txt"
+ls "$work"/frames/frame_000[0-5]9.png "$work/apng.png" "$work/mng.mng" > "$config/WebGalleryItems.txt"
 vellum favorites add Favorites "$work/apng.png" "$work/webp.webp" "$work"/frames/frame_000[0-2]9.png
 vellum favorites add Drafts "$work/mng.mng"
 take matrix 332 apng.png

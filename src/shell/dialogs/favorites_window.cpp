@@ -121,6 +121,9 @@ QWidget* FavoritesWindow::make_files() {
   connect(copy, &QPushButton::clicked, this, [this] { copy_selected(); });
   row->addWidget(copy);
   needFiles_.push_back(copy);
+  row->addStretch(1);
+  layout->addLayout(row);
+  row = new QHBoxLayout;
   needFiles_.push_back(add_button(*row, tr("Show in &folder"), &FavoritesWindow::reveal_selected));
   move_->setAccessibleName(tr("Move to gallery"));
   connect(move_, &QComboBox::activated, this, [this](int index) {

@@ -24,7 +24,7 @@ namespace {
 constexpr const char* kItemsFile = "WebGalleryItems.txt";
 constexpr std::uint64_t kMostBytes = std::uint64_t{16} << 20;
 constexpr int kThumbnail = 64;
-constexpr QSize kList(320, 360), kReport(560, 320);
+constexpr QSize kList(200, 300), kReport(560, 320);
 
 const DocumentWindow& no_document() {
   static const DocumentWindow nothing;

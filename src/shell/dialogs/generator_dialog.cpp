@@ -20,12 +20,10 @@
 namespace vellum {
 namespace {
 
-constexpr int kListWidth = 240;
-constexpr QSize kPreviewBeside(240, 150);  // a list of pictures
-constexpr std::size_t kPreviewed = 40;     ///< pictures of a list that a preview shows, at most
-constexpr double kPreviewSide = 200;       ///< pixels of a picture that a preview works on, at most
-constexpr std::uint64_t kMostPreviewed = 12'000'000;  // pixels of a frame
-constexpr QSize kPreviewBeside(240, 150);             // a list of pictures
+constexpr int kListWidth = 260;
+constexpr QSize kSmallPreview(240, 150);
+constexpr std::size_t kPreviewed = 40;                ///< pictures of a list that a preview shows, at most
+constexpr std::uint64_t kMostPreviewed = 12'000'000;  ///< pixels of a frame
 constexpr double kPreviewSide = 200;  ///< pixels of a picture that a preview works on, at most
 
 Picture reduced(const Picture& picture) {
@@ -72,12 +70,9 @@ GeneratorDialog::GeneratorDialog(const Generator& generator, DocumentKind kind, 
   outer->removeWidget(&form());
   auto* row = new QHBoxLayout;
   row->setSpacing(style::kWideGap);
-  if (generator.input == GeneratorInput::Pictures) {
-    add_pictures(*row, fresh);
-  } else {
-    row->addWidget(&form());
-    row->addWidget(preview_, 1);
-  }
+  if (generator.input == GeneratorInput::Pictures) add_pictures(*row, fresh);
+  row->addWidget(&form());
+  if (!pictures_) row->addWidget(preview_, 1);
   outer->insertLayout(0, row, 1);
   add_radio_pictures(form());
   if (generator.input == GeneratorInput::Picture) add_source();
@@ -99,15 +94,15 @@ GeneratorDialog::GeneratorDialog(const Generator& generator, DocumentKind kind, 
 
 void GeneratorDialog::add_pictures(QBoxLayout& row, bool fresh) {
   pictures_ = new PictureList(services_, this);
+  // The preview stands below the list, so that the window isn't too wide.
   pictures_->setMinimumWidth(kListWidth);
   if (generator_.ownFields.empty()) pictures_->without_values();
-  preview_->setMinimumSize(kPreviewBeside);
-  auto* right = new QVBoxLayout;
-  right->setSpacing(style::kGap);
-  right->addWidget(preview_, 1);
-  right->addWidget(&form());
-  row.addWidget(pictures_, 1);
-  row.addLayout(right, 1);
+  preview_->setMinimumSize(kSmallPreview);
+  auto* side = new QVBoxLayout;
+  side->setSpacing(style::kGap);
+  side->addWidget(pictures_, 1);
+  side->addWidget(preview_, 1);
+  row.addLayout(side, 1);
   if (!fresh) pictures_->load(config_path(generator_.listFile));
   connect(pictures_, &PictureList::changed, this, &GeneratorDialog::follow);
 }
