@@ -91,12 +91,11 @@ bool take_compound(const CompoundOption& option, const std::string& text, const 
 /// The option that chooses a value of this field and can be given in its place: "800x600" beside the words.
 const CompoundOption* form_beside_words(const Parameters& parameters, const Field& field,
                                         const std::string& text) {
-  const auto fits = [&](const FieldChoice& choice) { return equal_ignoring_case(text, word_of(choice)); };
-  if (field.type != FieldType::Choice || std::ranges::any_of(field.choices, fits)) return nullptr;
+  if (field.type != FieldType::Choice) return nullptr;
   const auto found = std::ranges::find_if(parameters.options, [&](const CompoundOption& option) {
     return option.form && option.alongside && option.alongside == std::string_view(field.name) &&
            option.fields.size() > 1 && text.find(option.parting) != std::string::npos &&
-           parts_of(option, text);
+           text.find_first_not_of(std::string("0123456789") + option.parting) == std::string::npos;
   });
   return found == parameters.options.end() ? nullptr : &*found;
 }

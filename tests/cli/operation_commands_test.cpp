@@ -154,6 +154,33 @@ TEST(OperationCommands, ValuesBeyondTheirRangeAreWrongUsage) {
     }
 }
 
+TEST(OperationCommands, ASizeMayStandForAChoice) {
+  testing::ScratchFolder folder;
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  std::filesystem::create_directories(folder / "Tarnwick");
+  std::ofstream(folder / "Tarnwick/SocialMediaSizes.txt") << "Tiny; 40 x 30\n";
+  Recorder recorder;
+  DocumentWindow made = testing::small_document(DocumentKind::APNG, 2, 2);
+  const auto in = folder / "in.png", out = folder / "out.png";
+  ASSERT_TRUE(save_document(made, in, recorder.host));
+  const struct {
+    const char* destination;
+    unsigned width, height;
+  } cases[] = {{"50x60", 50, 60}, {"tiny", 40, 30}, {"12", 40, 30}, {"x", 0, 0},
+               {"50x", 0, 0},     {"0x9", 0, 0},    {"13", 0, 0}};
+  for (const auto& [destination, width, height] : cases) {
+    std::filesystem::remove(out);
+    const auto result = testing::run_tool({testing::program_folder() / "vellum", "social", in, out,
+                                           "--margin", "0", "--destination", destination});
+    ASSERT_EQ(result.status, width ? 0 : 2) << destination << result.output;
+    if (width == 0) continue;
+    DocumentWindow window;
+    ASSERT_TRUE(open_document(window, out, recorder.host));
+    const Extent size = document_size(window.list, window.document);
+    EXPECT_EQ(std::pair(size.width, size.height), std::pair(width, height)) << destination;
+  }
+}
+
 TEST(BatchCommand, ShardsReportsAndResumedRunsAreTogetherOneRun) {
   testing::ScratchFolder folder;
   setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);

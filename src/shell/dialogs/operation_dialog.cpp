@@ -40,6 +40,9 @@ OperationDialog::OperationDialog(const Operation& operation, const DocumentWindo
   add_preview();
   decorate_operation(*this);
   begin();
+  // More room for the picture where the screen has it.
+  const QSize most = screen()->availableSize() - QSize(kMoreRoom, kMoreRoom) / 4;
+  if (beside_) resize((sizeHint() + QSize(kMoreRoom, 0)).boundedTo(most));
 }
 
 OperationChoice OperationDialog::choice() const {
@@ -98,9 +101,7 @@ void OperationDialog::add_preview() {
   row->addWidget(&form());
   row->addWidget(preview_, 1);
   outer->insertLayout(0, row, 1);
-  // More room for the picture where the screen has it.
-  resize((sizeHint() + QSize(kMoreRoom, 0))
-             .boundedTo(screen()->availableSize() - QSize(kMoreRoom, kMoreRoom) / 4));
+  beside_ = true;
 }
 
 void OperationDialog::follow() {

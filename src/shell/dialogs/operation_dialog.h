@@ -34,6 +34,7 @@ class OperationDialog : public ParameterDialog {
   std::optional<Compositor> playing_;
   bool transparent_ = false;  ///< the document, once `playing_` is there
   ChangePreview* preview_ = nullptr;
+  bool beside_ = false;  ///< the preview stands beside the form
 };
 
 /// What an operation is to do: asked where there is something to ask or to tell. Nothing when the user
