@@ -161,7 +161,7 @@ TEST_F(Tool, EditAppliesItsOperationsInTheirOrder) {
       {{"--insert", "abCd@1:hex:00FF", "--move", "3@5"}, "IHDR acTL tEXt IDAT abCd IDAT IEND"},
       {{"--insert", "tEXt@3:Title=a:b@c", "--move", "4@3", "--delete", "4"}, "IHDR acTL tEXt IDAT IDAT IEND"},
       {{"--insert", "IDAT@5:" + animation().string()}, "IHDR acTL tEXt IDAT IDAT IDAT IEND"},
-      {{"--insert", "abCd@1:hex:00FF"}, "IHDR acTL tEXt abCd IDAT IDAT IEND"},
+      {{"--insert", "abCd@1:hex:00FF"}, "IHDR acTL abCd tEXt IDAT IDAT IEND"},
       {{"--insert", "pHYs@5:hex:000000010000000101"}, "IHDR acTL tEXt pHYs IDAT IDAT IEND"},
       {{"--set-field", "4.delayNum=7", "--set-field", "2.numPlays=3"}, "IHDR acTL tEXt IDAT IDAT IEND"},
   };
@@ -248,7 +248,7 @@ TEST_F(Tool, ProfilesGoInAndOutAndNotesAreTold) {
   const std::string name = (folder_ / "p.icc").string(), out = folder_ / "out.png",
                     back = folder_ / "back.icc";
   ASSERT_EQ(vellum({"edit", animation(), out, "--insert", "iCCP@1:Mine=@" + name}).status, 0);
-  ASSERT_EQ(vellum({"edit", out, "--dump", "3.profile=" + back}).status, 0);
+  ASSERT_EQ(vellum({"edit", out, "--dump", "4.profile=" + back}).status, 0);
   EXPECT_EQ(testing::file_text(back), profile);
   std::ofstream(out, std::ios::binary | std::ios::app) << "rest";
   const std::string note = "behind the end";
