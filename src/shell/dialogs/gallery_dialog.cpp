@@ -4,6 +4,7 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -101,12 +102,12 @@ QWidget* GalleryDialog::make_list() {
   items_->set_takes_files(true);
   items_->setAccessibleName(tr("Items"));
   layout->addWidget(items_, 1);
-  auto* row = new QHBoxLayout;
+  auto* grid = new QGridLayout;
   const auto add = [&](const QString& text, auto action) {
     auto* button = new QPushButton(text, side);
     button->setAutoDefault(false);
     connect(button, &QPushButton::clicked, this, action);
-    row->addWidget(button);
+    grid->addWidget(button, grid->count() / 2, grid->count() % 2);
   };
   add(tr("&Add..."), [this] {
     const QStringList files =
@@ -120,7 +121,7 @@ QWidget* GalleryDialog::make_list() {
   add(tr("Re&move"), [this] { items_->remove_selected(); });
   add(tr("&Up"), [this] { move_by(-1); });
   add(tr("Do&wn"), [this] { move_by(1); });
-  layout->addLayout(row);
+  layout->addLayout(grid);
   connect(items_, &ThumbnailList::edited, this, &GalleryDialog::settle_buttons);
   connect(items_, &ThumbnailList::files_dropped, this, [this](int at, const QStringList& files) {
     items_->insert_paths(at, files);

@@ -97,6 +97,7 @@ void GeneratorDialog::add_pictures(QBoxLayout& row, bool fresh) {
   // The preview stands below the list, so that the window isn't too wide.
   pictures_->setMinimumWidth(kListWidth);
   if (generator_.ownFields.empty()) pictures_->without_values();
+  if (generator_.ownFields.empty()) pictures_->hide_override();
   preview_->setMinimumSize(kSmallPreview);
   auto* side = new QVBoxLayout;
   side->setSpacing(style::kGap);

@@ -30,6 +30,8 @@ class PictureList : public QWidget {
   std::size_t count() const { return static_cast<std::size_t>(list_->count()); }
   int current() const { return list_->currentRow(); }
   QListWidget& list() { return *list_; }
+  /// For pictures that have no values of their own.
+  void hide_override() { open_->hide(); }
 
   /// False, after a message, when it can't be read.
   bool add_file(const std::filesystem::path& file);
