@@ -5,8 +5,8 @@
  * lib/vellumcraft/plugin of the installation, which nobody but its owner may write to.
  *
  * All calls come on the program's main thread, and the callback may be called from nowhere else, and only
- * while PLUGIN15DoBuild runs. Records lie in memory as they stand here on every 64-bit machine; all numbers are
- * in the byte order of the machine.
+ * while PLUGIN15DoBuild runs. Records lie in memory as they stand here on every 64-bit machine; all numbers
+ * are in the byte order of the machine.
  *
  * This header may be used for any purpose, without conditions. It is C89 and C++.
  */
@@ -45,22 +45,24 @@ typedef struct VellumContext {
 
 /* How a picture is shown, for VELLUM_ADD_FRAME. */
 typedef struct VellumFrame {
-  uint32_t index;      /* from 0; moves the progress display */
-  uint32_t delay;      /* milliseconds */
-  int32_t x, y;        /* of the picture's top left corner on the canvas */
-  int32_t transparent; /* index of a color, or with 24 bits a color 0x00BBGGRR, that is transparent; -1: none */
-  uint32_t flags;      /* VELLUM_FRAME_... */
-  uint32_t dispose;    /* with VELLUM_FRAME_DISPOSE: 0 none, 1 background, 2 previous */
-  uint32_t blend;      /* with VELLUM_FRAME_BLEND: 0 source, 1 over */
+  uint32_t index; /* from 0; moves the progress display */
+  uint32_t delay; /* milliseconds */
+  int32_t x, y;   /* of the picture's top left corner on the canvas */
+  int32_t
+      transparent;  /* index of a color, or with 24 bits a color 0x00BBGGRR, that is transparent; -1: none */
+  uint32_t flags;   /* VELLUM_FRAME_... */
+  uint32_t dispose; /* with VELLUM_FRAME_DISPOSE: 0 none, 1 background, 2 previous */
+  uint32_t blend;   /* with VELLUM_FRAME_BLEND: 0 source, 1 over */
 } VellumFrame;
 
 #define VELLUM_FRAME_DISPOSE 1u
 #define VELLUM_FRAME_BLEND 2u
 #define VELLUM_FRAME_CLEAR 8u /* MNG: the canvas is cleared for the frame */
 
-/* A picture, for VELLUM_ADD_FRAME. Behind it in memory follow, without a gap: below 9 bits the color table (2,
- * 16 or 256 entries of blue, green, red, 0), then the rows, the bottom row first, each padded to a multiple of 4
- * bytes. 24 bits are blue, green, red; 32 bits blue, green, red, alpha, where alpha is not multiplied in. */
+/* A picture, for VELLUM_ADD_FRAME. Behind it in memory follow, without a gap: below 9 bits the color table
+ * (2, 16 or 256 entries of blue, green, red, 0), then the rows, the bottom row first, each padded to a
+ * multiple of 4 bytes. 24 bits are blue, green, red; 32 bits blue, green, red, alpha, where alpha is not
+ * multiplied in. */
 typedef struct VellumPicture {
   uint32_t bytes;       /* from `header_size` to the end of the last row */
   uint32_t header_size; /* 40 */
@@ -104,8 +106,8 @@ typedef struct VellumBuild {
 /* Fills the record in. 0: the plugin can't work with this program. */
 VELLUM_EXPORT uint32_t PLUGIN15GetPluginParams(VellumPluginParams* params, uint32_t reserved);
 
-/* Asks the person what there is to ask, and builds: VELLUM_BEGIN, VELLUM_ADD_FRAME for each frame, VELLUM_END.
- * 0: it didn't. */
+/* Asks the person what there is to ask, and builds: VELLUM_BEGIN, VELLUM_ADD_FRAME for each frame,
+ * VELLUM_END. 0: it didn't. */
 VELLUM_EXPORT uint32_t PLUGIN15DoBuild(void* window, VellumBuild* build, uint32_t reserved);
 
 #ifdef __cplusplus

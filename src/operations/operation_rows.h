@@ -8,7 +8,6 @@ namespace vellum {
 extern const Operation kAdjust, kBalance, kCaption, kCopy, kCrop, kDepopulate, kExtract, kFlip, kFrame,
     kMerge, kMove, kOverlay, kProtect, kReconstruct, kResize, kReverse, kShadow, kSocial, kStill,
     kSupercompress, kText, kTile, kTitles, kTrim, kUnderlay, kWatermark;
-    kSupercompress, kText, kTile, kTrim, kUnderlay, kWatermark;
 /// In the order in which `vellum convert` names them.
 extern const Operation kToMono, kToGrey, kToPalette, kToTrueColor, kToAlpha, kToApng, kToMng, kToWebp;
 

@@ -96,7 +96,6 @@ void GeneratorDialog::add_pictures(QBoxLayout& row, bool fresh) {
   pictures_ = new PictureList(services_, this);
   // The preview stands below the list, so that the window isn't too wide.
   pictures_->setMinimumWidth(kListWidth);
-  if (generator_.ownFields.empty()) pictures_->without_values();
   if (generator_.ownFields.empty()) pictures_->hide_override();
   preview_->setMinimumSize(kSmallPreview);
   auto* side = new QVBoxLayout;

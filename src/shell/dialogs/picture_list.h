@@ -36,8 +36,6 @@ class PictureList : public QWidget {
   /// False, after a message, when it can't be read.
   bool add_file(const std::filesystem::path& file);
   void add(const HeldPicture& picture, const std::filesystem::path& file, const QString& name);
-  /// Hides what gives a picture values of its own.
-  void without_values() { open_->hide(); }
   void give_own(int row, FieldValues own, const QString& text);
   const ListedPicture& at(int row) const;
   /// The picture, at most as large as a preview. Null when memory is exhausted or the file is gone.
