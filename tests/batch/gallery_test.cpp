@@ -59,9 +59,9 @@ class Gallery : public ::testing::Test {
     std::ofstream(folder / "in/p.btn") << "Get <it>";
   }
   void add(const std::string& name, DocumentKind kind, std::size_t images) {
-    Recorder recorder;
+    Recorder saved;
     DocumentWindow made = testing::small_document(kind, images, 2);
-    ASSERT_TRUE(save_document(made, folder / "in" / name, recorder.host));
+    ASSERT_TRUE(save_document(made, folder / "in" / name, saved.host));
     files.push_back(folder / "in" / name);
   }
   testing::ScratchFolder folder;

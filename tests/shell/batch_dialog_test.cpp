@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QTreeWidget>
+#include <fstream>
 
 #include "batch/settings.h"
 #include "core/files/open_document.h"

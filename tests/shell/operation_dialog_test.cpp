@@ -43,8 +43,9 @@ TEST_F(OperationDialogTest, EveryCommandMakesWhatItsOperationMakes) {
     for (const DocumentKind kind : operation->parameters.kinds) {
       const auto kinds = find_command(operation->parameters.command)->kinds;
       if (std::ranges::find(kinds, kind) == kinds.end()) continue;
-      if (operation->parameters.name == std::string_view("supercompress"))
-        continue;  // its dialog runs by itself
+      // The dialog of the one runs by itself, the other refuses pictures as small as these.
+      const std::string_view name = operation->parameters.name;
+      if (name == "supercompress" || name == "protect") continue;
       SCOPED_TRACE(std::string(operation->parameters.name) + " " + kFileNames.at(kind));
       const DocumentWindow source = small_document(kind, 3, 2);
       DocumentFrame& frame = add(source);
@@ -162,7 +163,6 @@ TEST_F(OperationDialogTest, WhatStandsInThePictureIsDraggedInThePreviewWhichShow
     dialog.preview()->refresh();
     QTest::qWait(50);
     shown = dialog.preview()->after();
-    take_picture(dialog, "text");
     dialog.accept();
   });
   ASSERT_EQ(documents(), 2u);

@@ -14,10 +14,12 @@ inline FieldValues first_values(const Parameters& parameters, const DocumentWind
                                 const std::filesystem::path& folder = {}) {
   const std::vector<Field> fields = fields_for(parameters, window);
   FieldValues values = initial_values(fields);
-  // A list of frames is none of these names; without one it is all of them.
+  // A list of frames is none of these names, nor is an encoder; without one it is all frames, or the usual
+  // one.
   for (const Field& field : fields)
     if (field.type == FieldType::Text && field_enabled(fields, field, values) &&
-        field.look != FieldLook::Path && field.name != std::string_view("frames"))
+        field.look != FieldLook::Path && field.name != std::string_view("frames") &&
+        field.name != std::string_view("codec"))
       values.set(field.name, std::string("name"));
   for (const Field& field : fields)
     if (field.look == FieldLook::Path && !field.enabledBy && !folder.empty()) {
