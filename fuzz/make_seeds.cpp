@@ -68,7 +68,7 @@ void make_documents(const fs::path& seeds) {
       for (const bool all : {false, true}) {
         DocumentWindow window = small_document(kind, kind == DocumentKind::PING ? 1 : 3, type);
         if (all) insert_all_chunks(window);
-        const std::string file = text_of(file_of(window));
+        const std::string file(text_of(file_of(window)));
         write(seeds / target / ("type" + std::to_string(type) + (all ? "-chunks" : "")), file);
         if (all && type != 0) write(seeds / "check" / (std::string(target) + std::to_string(type)), file);
       }
