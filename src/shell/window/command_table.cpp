@@ -11,9 +11,6 @@ namespace {
 
 using enum Need;
 
-/// What the program can't do yet: the row's function, and nothing else, is what is missing.
-constexpr CommandFunction kLater;
-
 constexpr DocumentKind kStill[] = {DocumentKind::PING};
 constexpr DocumentKind kMng[] = {DocumentKind::MING};
 constexpr DocumentKind kWebp[] = {DocumentKind::WEBP};
