@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace vellum {
@@ -13,8 +14,9 @@ constexpr QSize kWindowFrame(8, 40);  // title and edges that a window manager a
 
 bool holds_buttons(const QLayoutItem& item) { return qobject_cast<QDialogButtonBox*>(item.widget()); }
 
-/// Moves all items of an upright layout but the buttons behind them into a part that scrolls.
-void make_scroll(QDialog& dialog, QVBoxLayout& layout) {
+/// Moves all items of an upright layout but the buttons behind them into a part that scrolls. The width of
+/// its bar.
+int make_scroll(QDialog& dialog, QVBoxLayout& layout) {
   auto* content = new QWidget;
   auto* inner = new QVBoxLayout(content);
   inner->setContentsMargins(0, 0, 0, 0);
@@ -39,6 +41,7 @@ void make_scroll(QDialog& dialog, QVBoxLayout& layout) {
   area->setFocusPolicy(Qt::NoFocus);
   area->setWidget(content);
   layout.insertWidget(0, area, 1);
+  return area->verticalScrollBar()->sizeHint().width();
 }
 
 }  // namespace
@@ -56,7 +59,9 @@ bool ScreenRoom::eventFilter(QObject* watched, QEvent* event) {
   auto* layout = fits ? nullptr : qobject_cast<QVBoxLayout*>(dialog->layout());
   if (layout) {
     dialog->setMinimumSize(dialog->minimumSize().boundedTo(room));
-    make_scroll(*dialog, *layout);
+    // Room for the bar beside the content, so that it need not scroll to the side as well.
+    const int bar = make_scroll(*dialog, *layout);
+    dialog->resize(std::max(dialog->width(), least.width() + bar), dialog->height());
   }
   dialog->resize(dialog->size().boundedTo(room));
   return false;
