@@ -5,19 +5,14 @@
 #include "base/byte_order.h"
 #include "base/text.h"
 #include "core/check/checking.h"
+#include "core/check/webp_parts.h"
 #include "image/webp_partial.h"
 #include "image/webp_service.h"
 
 namespace vellum {
 namespace {
 
-constexpr ChunkTag kExtended = make_tag("VP8X"), kAnimation = make_tag("ANIM"), kFrame = make_tag("ANMF"),
-                   kAlpha = make_tag("ALPH"), kLossy = make_tag("VP8 "), kLossless = make_tag("VP8L");
-constexpr std::size_t kFormHead = 12, kChunkHead = 8, kFrameHead = 16;
-
-std::uint32_t read_le24(const std::uint8_t* p) {
-  return std::uint32_t{p[0]} | p[1] << 8 | std::uint32_t{p[2]} << 16;
-}
+using namespace webp;
 
 std::string size_text(std::uint64_t width, std::uint64_t height) {
   return std::to_string(width) + " x " + std::to_string(height);
@@ -91,7 +86,7 @@ struct WebpLook {
                      std::uint64_t told_height) {
     std::vector<WebpChunk> parts;
     for (const StreamChunk& chunk : chunks) {
-      if (chunk.tag != kAlpha && chunk.tag != kLossy && chunk.tag != kLossless) {
+      if (!is_part(chunk.tag)) {
         if (frames > 0 && parts.empty())
           checking.find(RuleId::Webp_order, at, "an unknown chunk in front of the image");
         continue;
@@ -147,7 +142,7 @@ struct WebpLook {
     if (chunk.tag == kFrame) return look_at_frame(chunk);
     if (chunk.tag == tag::ICCP || chunk.tag == tag::EXIF || chunk.tag == tag::XMP)
       return look_at_metadata(chunk);
-    if (chunk.tag == kAlpha || chunk.tag == kLossy || chunk.tag == kLossless) {
+    if (is_part(chunk.tag)) {
       if (metadataSeen && !imageSeen)
         checking.find(RuleId::Webp_order, chunk, "the image behind the metadata");
       imageSeen = true;
@@ -182,9 +177,8 @@ struct WebpLook {
       checking.find(RuleId::Webp_extended_missing);
   }
   const StreamChunk& first_image() const {
-    return *std::ranges::find_if(checking.chunks, [](const StreamChunk& chunk) {
-      return chunk.tag == kAlpha || chunk.tag == kLossy || chunk.tag == kLossless;
-    });
+    return *std::ranges::find_if(checking.chunks,
+                                 [](const StreamChunk& chunk) { return is_part(chunk.tag); });
   }
 };
 

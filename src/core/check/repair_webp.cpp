@@ -5,19 +5,14 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "core/check/repairing.h"
+#include "core/check/webp_parts.h"
 #include "image/webp_partial.h"
 #include "image/webp_service.h"
 
 namespace vellum {
 namespace {
 
-constexpr ChunkTag kExtended = make_tag("VP8X"), kAnimation = make_tag("ANIM"), kFrame = make_tag("ANMF"),
-                   kAlpha = make_tag("ALPH"), kLossy = make_tag("VP8 "), kLossless = make_tag("VP8L");
-constexpr std::size_t kFormHead = 12, kChunkHead = 8, kFrameHead = 16;
-
-std::uint32_t read_le24(const std::uint8_t* p) {
-  return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16;
-}
+using namespace webp;
 
 /// Chunks as far as they go; the last one may be cut.
 std::vector<FoundChunk> riff_chunks(std::span<const std::uint8_t> bytes, std::uint64_t offset) {
@@ -44,8 +39,7 @@ struct WebpRepair {
                                        std::uint32_t& width, std::uint32_t& height) {
     std::vector<WebpChunk> images;
     for (const FoundChunk& part : parts)
-      if (part.tag == kAlpha || part.tag == kLossy || part.tag == kLossless)
-        images.push_back({part.tag, part.data});
+      if (is_part(part.tag)) images.push_back({part.tag, part.data});
     // What the image is made of ends with its colors; a lossless one has its own alpha.
     const auto colors = std::ranges::find_if(images, [](const WebpChunk& c) { return c.tag != kAlpha; });
     if (colors == images.end()) return {};
