@@ -6,13 +6,13 @@
 namespace vellum {
 namespace {
 
-constexpr const char* kPrefixes = "Prefixes";
+constexpr const char *kSettings = "Settings", *kPrefixes = "Prefixes";
 
 constexpr FieldChoice kOverwriteModes[] = {
     {0, "Ovewrite silently"}, {1, "Prompt before overwriting"}, {2, "Keep both"}};
 
 Field flag(const char* name, const char* label, int& setting) {
-  return {.name = name, .label = label, .type = FieldType::Flag, .setting = &setting};
+  return {.name = name, .label = label, .type = FieldType::Flag, .page = kSettings, .setting = &setting};
 }
 
 Field prefix(const char* name, const char* label, std::string& setting) {
@@ -36,14 +36,20 @@ std::vector<Field> make_fields() {
       {.name = "hiddenThumbnails",
        .label = "Create hidden THNLs",
        .type = FieldType::Flag,
+       .page = kSettings,
        .enabledBy = "thumbnails",
        .setting = &BatchProcessorHiddenTHNL},
       {.name = "overwrite",
        .label = "Overwrite mode",
        .type = FieldType::Choice,
        .choices = kOverwriteModes,
+       .page = kSettings,
        .setting = &BPOverwriteMode},
-      {.name = "matt", .label = "Thumbnail matt", .type = FieldType::Color, .setting = &BatchProcessorMatt},
+      {.name = "matt",
+       .label = "Thumbnail matt",
+       .type = FieldType::Color,
+       .page = kSettings,
+       .setting = &BatchProcessorMatt},
       prefix("caption", "Caption prefix", BPPrefixCaption),
       prefix("colorBalance", "Color balance prefix", BPPrefixColorbal),
       prefix("depopulate", "Depopulate prefix", BPPrefixDepopulate),
