@@ -7,6 +7,7 @@
 #include "base/byte_order.h"
 #include "base/text.h"
 #include "configuration/config_file.h"
+#include "configuration/favorites.h"
 #include "configuration/setting_table.h"
 #include "core/chunks/chunk_payload.h"
 #include "core/chunks/chunk_reading.h"
@@ -16,9 +17,11 @@
 #include "core/files/save_document.h"
 #include "core/settings.h"
 #include "exchange/exporter.h"
+#include "exchange/importer.h"
 #include "fuzz_rows.h"
 #include "image/palette_file.h"
 #include "operations/operation.h"
+#include "operations/tile_groups.h"
 #include "support/corpus.h"
 #include "support/documents.h"
 
@@ -105,10 +108,12 @@ void make_rows(const fs::path& seeds) {
     }
 }
 
-/// Files of other formats; the imports of that name read them.
+/// Files of other formats, where an import of their name reads them from bytes.
 void make_exports(const fs::path& seeds) {
   const testing::ScratchFolder scratch;
-  for (const Exporter* row : exporter_table())
+  for (const Exporter* row : exporter_table()) {
+    const Importer* reader = find_importer("import-" + std::string(row->parameters.name));
+    if (!reader || reader->fromFile) continue;
     for (const std::uint8_t type : {2, 3, 6}) {
       const DocumentKind kind = row->parameters.kinds.front();
       Host host;
@@ -117,6 +122,7 @@ void make_exports(const fs::path& seeds) {
         write(seeds / row->parameters.name / ("type" + std::to_string(type)),
               text_of(testing::file_bytes(scratch / "a")));
     }
+  }
 }
 
 /// Blocks of the clipboard, and payloads behind their tags.
@@ -145,6 +151,23 @@ void make_blocks_and_payloads(const fs::path& seeds) {
     write(seeds / "reading" / ("palette." + std::string(form.extension)), text_of(form.bytes(colors)));
 }
 
+/// Texts that a gallery of favorites and the groups of the protection matrix can be, and bytes that choose
+/// the values, frames and looks of a movie.
+void make_texts_and_movies(const fs::path& seeds) {
+  write(seeds / "favorites/paths", favorites_text({"/a/one.png", "/b/two words.mng", "/c/\xC3\xA9.webp"}));
+  const auto* protect = find_operation("protect");
+  write(seeds / "groups/two", tile_groups_text({{"First", initial_values(protect->parameters.fields)},
+                                                {"Second one", initial_values(protect->parameters.fields)}}));
+  for (int kind = 0; kind < 3; ++kind) {
+    std::string bytes = {0,          0, 3, '\xE8', 0,  1, char(kind == 0 ? 0x0C : 0x4D), 0, 1,
+                         char(kind), 7, 5, 0,      40, 12};
+    for (int frame = 0; frame < 12; ++frame) bytes += {char(0), char(40), char(frame / 2)};
+    const std::string file(text_of(file_of(small_document(DocumentKind::APNG, 3, kind == 1 ? 3 : 6))));
+    write(seeds / "swf" / std::to_string(kind), std::string{char(kind), 0, 0} + file);
+    write(seeds / "movie_import" / std::to_string(kind), bytes);
+  }
+}
+
 void make_dictionaries(const fs::path& folder) {
   std::set<std::string> tags;
   for (const ChunkRow& row : chunk_table()) tags.insert('"' + tag_letters(row.tag) + "\"\n");
@@ -171,6 +194,7 @@ int main(int count, char** arguments) {
   make_rows(seeds);
   make_exports(seeds);
   make_blocks_and_payloads(seeds);
+  make_texts_and_movies(seeds);
   write(seeds / "configuration/defaults", config_text(0));
   make_dictionaries(folder);
 }

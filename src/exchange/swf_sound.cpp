@@ -36,8 +36,8 @@ bool read_wav(std::span<const std::uint8_t> file, Samples& samples) {
   const std::uint32_t channels = read_le16(format->data.data() + 2);
   samples.rate = read_le32(format->data.data() + 4);
   samples.channels = std::min(channels, 2u);
-  if ((kind != kPcm && kind != kExtensible) || channels == 0 || samples.rate == 0 || samples.rate > 768'000 ||
-      (bits != 8 && bits != 16 && bits != 24 && bits != 32))
+  if ((kind != kPcm && kind != kExtensible) || channels == 0 || samples.rate < 1'000 ||
+      samples.rate > 768'000 || (bits != 8 && bits != 16 && bits != 24 && bits != 32))
     return false;
   const std::size_t step = std::size_t{channels} * bits / 8;
   for (std::size_t at = 0; at + step <= data->data.size(); at += step)
