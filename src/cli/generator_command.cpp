@@ -63,7 +63,7 @@ bool read_pictures(const Generator& generator, const Given& given, const FieldVa
     if (generator.input == GeneratorInput::Pictures && (side == 0 || held > kMostReducedBytes)) {
       inputs.pictures.push_back(hold_picture_file(file, host));
     } else {
-      const Picture picture = read_picture_file(file, host);
+      const Picture picture = read_picture_file(file, host, 2 * side);
       inputs.pictures.push_back(picture && side != 0 ? reduced_to_fit(picture, side) : picture);
       held += inputs.pictures.back().block.size();
     }

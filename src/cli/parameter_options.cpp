@@ -140,6 +140,7 @@ void add_field_option(CLI::App& app, const Field& field, std::optional<std::stri
     const bool on = field.initial != 0;
     // Where both values have names the option tells the one that it gives.
     std::string help = field.label;
+    if (on && field.choices.empty()) help = "No " + lower_case(help.substr(0, 1)) + help.substr(1);
     for (const FieldChoice& choice : field.choices)
       if (choice.value == !on) help += std::string(": ") + choice.name;
     app.add_flag_callback((on ? "--no-" : "--") + name, [&text, on] { text = on ? "0" : "1"; }, help);

@@ -162,7 +162,6 @@ class MovieWriter {
   LibavPacket packet_{av_packet_alloc()}, waiting_{av_packet_alloc()};
   bool waits_ = false;
   std::unique_ptr<SwsContext, ScalerFree> scaler_;
-  int scaledBits_ = 0;
   Picture padded_;
   AVRational clock_{1, 1000}, rate_{25, 1};
   bool constant_ = false;

@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "base/limits.h"
+#include "core/model/kind_table.h"
 #include "image/picture_operations.h"
 #include "image/superpalette.h"
 #include "operations/changed_parts.h"
@@ -123,6 +124,14 @@ GivenColors gathered_colors(const DrawnFrames& drawn, std::uint32_t most, bool s
 std::optional<FrameStream> stream_of(DrawnFrames drawn, DocumentKind kind, Host& host,
                                      const GivenColors& colors) {
   const std::uint32_t bits = colors.count > 0 ? 8 : drawn.clear ? 32 : 24;
+  const std::int64_t most = kind_row(kind).mostPixels;
+  if (drawn.canvas.width > most || drawn.canvas.height > most) {
+    host.fail({FaultKind::Limit, 0, -1, -1,
+               "it would have " + std::to_string(drawn.canvas.width) + " x " +
+                   std::to_string(drawn.canvas.height) + " pixels, more than the " + std::to_string(most) +
+                   " of a side that such a file can have"});
+    return std::nullopt;
+  }
   if (!canvas_fits(drawn.canvas, kind) || !can_be_held(drawn.canvas, drawn.count, bits)) {
     host.fail({FaultKind::Limit, 0, -1, -1, "so many frames of this size would take too much memory"});
     return std::nullopt;

@@ -69,7 +69,18 @@ struct Decompressor {
   bool has_black() const { return info.out_color_space == JCS_CMYK; }
 };
 
-bool open_file(Decompressor& file, FileBytes bytes) {
+/// From this size on the whole is read, and questioned as such.
+constexpr std::uint64_t kMostReducedPixels = std::uint64_t{64} << 20;
+
+/// The smallest of the library's quick forms whose sides keep that many pixels; 0: all of them.
+void reduce(jpeg_decompress_struct& info, std::uint32_t enough) {
+  const std::uint32_t shorter = std::min(info.image_width, info.image_height);
+  info.scale_num = info.scale_denom = 1;
+  if (enough == 0 || std::uint64_t{info.image_width} * info.image_height > kMostReducedPixels) return;
+  while (info.scale_denom < 8 && shorter / (2 * info.scale_denom) >= enough) info.scale_denom *= 2;
+}
+
+bool open_file(Decompressor& file, FileBytes bytes, std::uint32_t enough) {
   file.info.err = prepare(file.error);
   if (setjmp(file.error.target)) return false;
   jpeg_create_decompress(&file.info);
@@ -78,6 +89,8 @@ bool open_file(Decompressor& file, FileBytes bytes) {
   jpeg_save_markers(&file.info, JPEG_APP0 + 1, 0xFFFF);
   jpeg_mem_src(&file.info, bytes.data(), static_cast<unsigned long>(bytes.size()));
   jpeg_read_header(&file.info, TRUE);
+  reduce(file.info, enough);
+  jpeg_calc_output_dimensions(&file.info);
   switch (file.info.num_components) {
     case 1:
       file.info.out_color_space = JCS_GRAYSCALE;
@@ -224,9 +237,10 @@ bool is_jpg(FileBytes file) {
 
 GraphicReading decode_jpg(FileBytes bytes, Part part, const GraphicSwitches& switches) {
   const auto file = std::make_unique<Decompressor>();
-  if (!open_file(*file, bytes)) return {{}, GraphicFault::Damaged, file->error.text.data()};
+  if (!open_file(*file, bytes, part == Part::Whole ? switches.enough : 0))
+    return {{}, GraphicFault::Damaged, file->error.text.data()};
   const int orientation = switches.exif_orientation ? orientation_of(*file) : 1;
-  const std::uint32_t width = file->info.image_width, height = file->info.image_height;
+  const std::uint32_t width = file->info.output_width, height = file->info.output_height;
   const bool turned = part == Part::Header && swaps_sides(orientation);
   GraphicReading reading = reading_of_size(turned ? height : width, turned ? width : height, &grey_ramp(),
                                            file->bits(), part, bytes.size());

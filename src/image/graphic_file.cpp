@@ -124,8 +124,9 @@ GraphicReading read_graphic_bytes(std::span<const std::uint8_t> file, Part part,
   return {{}, GraphicFault::TooLarge, "memory is exhausted"};
 }
 
-GraphicReading read_graphic_file(std::string_view name, Part part) try {
-  const GraphicName parsed = parse_graphic_name(name);
+GraphicReading read_graphic_file(std::string_view name, Part part, std::uint32_t enough) try {
+  GraphicName parsed = parse_graphic_name(name);
+  parsed.switches.enough = enough;
   std::string reason;
   const auto file = read_file(parsed.path, reason, kMaximumFileBytes);
   if (!file) return {{}, GraphicFault::Missing, reason};
@@ -156,8 +157,8 @@ bool passes_over(const std::filesystem::path& path, const GraphicReading& readin
          Answer::Yes;
 }
 
-Picture read_picture_file(const std::filesystem::path& path, Host& host) {
-  return told_reading(path, read_graphic_file(path.string()), host);
+Picture read_picture_file(const std::filesystem::path& path, Host& host, std::uint32_t enough) {
+  return told_reading(path, read_graphic_file(path.string(), Part::Whole, enough), host);
 }
 
 bool GraphicFileInfo(std::string_view name, std::uint32_t* width, std::uint32_t* height, std::uint32_t* bits,

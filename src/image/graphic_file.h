@@ -18,6 +18,9 @@ struct GraphicSwitches {
   std::optional<int> quality;      ///< /Q:n, 0 to 100
   std::optional<int> subsampling;  ///< /S:n, 2 = 4:2:0, 1 = 4:2:2, 0 = 4:4:4
   bool lossless = false;           ///< /L
+  /// Where not 0, somebody wants a smaller picture: a JPEG may be decoded to a half, a quarter or an eighth,
+  /// as long as both sides keep that many pixels. Not a switch that a name can have.
+  std::uint32_t enough = 0;
 };
 
 /// Why a file gives no picture.
@@ -75,8 +78,8 @@ std::size_t GraphicFileType(std::string_view name);
 const GraphicFileModule* graphic_module_of(std::span<const std::uint8_t> file);
 
 /// The picture of a file, or its header and color table alone. A JPEG is turned by its EXIF orientation while
-/// `ImageJpegExifOrientation` is on.
-GraphicReading read_graphic_file(std::string_view name, Part part = Part::Whole);
+/// `ImageJpegExifOrientation` is on. `enough`: see GraphicSwitches.
+GraphicReading read_graphic_file(std::string_view name, Part part = Part::Whole, std::uint32_t enough = 0);
 /// The same of bytes that are read already.
 GraphicReading read_graphic_bytes(std::span<const std::uint8_t> file, Part part = Part::Whole,
                                   const GraphicSwitches& switches = {});
@@ -89,7 +92,7 @@ Picture told_reading(const std::filesystem::path& path, const GraphicReading& re
 /// Asks whether a file without a picture is passed over; where nobody can be asked it is.
 bool passes_over(const std::filesystem::path& path, const GraphicReading& reading, Host& host);
 /// The picture of a file that is read for it, told in the same way.
-Picture read_picture_file(const std::filesystem::path& path, Host& host);
+Picture read_picture_file(const std::filesystem::path& path, Host& host, std::uint32_t enough = 0);
 
 /// Width, height, bits and, when the bits are below 9, the palette. Any output may be null. False on failure.
 bool GraphicFileInfo(std::string_view name, std::uint32_t* width, std::uint32_t* height, std::uint32_t* bits,

@@ -109,11 +109,12 @@ constinit const Parameters kBuild{
     .check = check_colors,
 };
 
-GraphicReading read_still(const std::filesystem::path& file) {
+GraphicReading read_still(const std::filesystem::path& file, std::uint32_t enough) {
   const GraphicReading header = read_graphic_file(file.string(), Part::Header);
   const bool is_document =
       header.module ? header.module->extension == "png" : has_extension_of(file, DocumentKind::MING);
   if (!is_document) {
+    if (enough != 0 && header.module && header.module->extension == "jpg") return first_picture(file, enough);
     StillFile still = read_still_file(file);
     if (still.reading.picture && !still.transparency.empty())
       still.reading.picture = PictureWithTransparency(still.reading.picture, still.transparency);

@@ -22,7 +22,7 @@ struct StillsBuild {
 };
 
 /// The picture of a file, with its transparency as alpha; of an animation the first one.
-GraphicReading read_still(const std::filesystem::path& file);
+GraphicReading read_still(const std::filesystem::path& file, std::uint32_t enough = 0);
 
 /// A canvas on which pictures of any size are shown, each alone.
 struct StillCanvas {

@@ -168,6 +168,30 @@ TEST(GraphicFile, JpegOrientations) {
   }
 }
 
+TEST(GraphicFile, AJpegIsDecodedNoLargerThanEnough) {
+  const ScratchFolder folder;
+  const std::string name = (folder / "a.jpg").string();
+  Picture picture = PictureCreate(600, 404, nullptr, 24);
+  for (std::uint32_t y = 0; y < 404; ++y)
+    for (std::uint32_t x = 0; x < 600; ++x)
+      PicturePutPixel(picture, x, y, make_colour(x * 255 / 600, y * 255 / 404, (x + y) * 255 / 1004));
+  ASSERT_TRUE(GraphicFileWrite(name, picture));
+  for (const auto& [enough, width, height] : {std::array{0u, 600u, 404u},
+                                              {203u, 600u, 404u},
+                                              {202u, 300u, 202u},
+                                              {101u, 150u, 101u},
+                                              {1u, 75u, 51u}}) {
+    const Picture read = read_graphic_file(name, Part::Whole, enough).picture;
+    ASSERT_TRUE(read.width() == width && read.height() == height) << enough;
+    const Picture wanted = PictureResample(picture, width, height, ResampleFilter::Box);
+    for (std::uint32_t y = 0; y < height; y += 7)
+      for (std::uint32_t x = 0; x < width; x += 5) {
+        const Colour a = PictureGetPixel(read, x, y), b = PictureGetPixel(wanted, x, y);
+        ASSERT_LE(std::abs(red_of(a) - red_of(b)) + std::abs(green_of(a) - green_of(b)), 10) << enough;
+      }
+  }
+}
+
 /// How many rows from the top are equal; `bottom`: from the bottom.
 std::uint32_t equal_rows(const Picture& a, const Picture& b, bool bottom) {
   std::uint32_t count = 0;

@@ -22,8 +22,8 @@ GraphicReading first_image_of_document(const std::filesystem::path& file) {
 
 }  // namespace
 
-GraphicReading first_picture(const std::filesystem::path& file) {
-  const GraphicReading reading = read_graphic_file(file.string());
+GraphicReading first_picture(const std::filesystem::path& file, std::uint32_t enough) {
+  const GraphicReading reading = read_graphic_file(file.string(), Part::Whole, enough);
   if (reading.fault != GraphicFault::UnknownKind) return reading;
   const GraphicReading first = first_image_of_document(file);
   return first.picture || has_extension_of(file, DocumentKind::MING) ? first : reading;

@@ -7,7 +7,7 @@
 
 namespace vellum {
 
-/// The picture of a file, of an animation or an MNG its first.
-GraphicReading first_picture(const std::filesystem::path& file);
+/// The picture of a file, of an animation or an MNG its first. `enough`: as in GraphicSwitches.
+GraphicReading first_picture(const std::filesystem::path& file, std::uint32_t enough = 0);
 
 }  // namespace vellum

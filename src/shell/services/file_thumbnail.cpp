@@ -52,7 +52,7 @@ QImage file_thumbnail(const std::filesystem::path& path, int size) {
   if (const QImage shared = shared_thumbnail(file); !shared.isNull())
     return shared.scaled(room.boundedTo(shared.size()), Qt::KeepAspectRatio, Qt::SmoothTransformation);
   if (!is_small_enough(file)) return {};
-  const Picture picture = first_picture(path).picture;
+  const Picture picture = first_picture(path, static_cast<std::uint32_t>(size)).picture;
   if (!picture) return {};
   const QSize own(static_cast<int>(picture.width()), static_cast<int>(picture.height()));
   const bool fits = own.boundedTo(room) == own;
