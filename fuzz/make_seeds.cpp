@@ -155,6 +155,7 @@ void make_blocks_and_payloads(const fs::path& seeds) {
 /// the values, frames and looks of a movie.
 void make_texts_and_movies(const fs::path& seeds) {
   write(seeds / "favorites/paths", favorites_text({"/a/one.png", "/b/two words.mng", "/c/\xC3\xA9.webp"}));
+  write(seeds / "favorites/ends", favorites_text({}) + "\r/a\r\r\n;/b\n/c\n");
   const auto* protect = find_operation("protect");
   write(seeds / "groups/two", tile_groups_text({{"First", initial_values(protect->parameters.fields)},
                                                 {"Second one", initial_values(protect->parameters.fields)}}));

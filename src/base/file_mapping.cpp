@@ -30,7 +30,7 @@ void on_bus_error(int signal, siginfo_t* info, void* context) {
   const auto at = reinterpret_cast<std::uintptr_t>(info->si_addr);
   for (Watch& watch : watches) {
     if (at < watch.begin || at >= watch.end) continue;
-    void* page = reinterpret_cast<void*>(at / kPage * kPage);
+    void* page = static_cast<char*>(info->si_addr) - at % kPage;
     if (mmap(page, kPage, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) == MAP_FAILED) break;
     watch.damaged = true;
     return;

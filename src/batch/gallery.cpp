@@ -230,10 +230,16 @@ BatchResult do_item(Item& item, const Work& work, Host& host) {
   std::string reason;
   if (!read_start(item.row.source, reason, 1)) return item.row.reason = reason, BatchResult::BadRead;
   DocumentWindow window;
-  const bool is_document =
-      has_document_extension(item.row.source) || lower_case(item.row.source.extension().string()) == ".gif";
-  const bool opened = is_document && open_document(window, item.row.source, host);
-  if (is_document && !opened) return BatchResult::BadRead;
+  bool opened = false;
+  if (has_document_extension(item.row.source)) {
+    opened = open_document(window, item.row.source, host);
+    if (!opened) return BatchResult::BadRead;
+  } else if (lower_case(item.row.source.extension().string()) == ".gif") {
+    // One that doesn't move is a picture.
+    Host quiet = host;
+    quiet.message = nullptr;
+    opened = open_document(window, item.row.source, quiet);
+  }
   const std::string extension = thumbnail_extension(item.row.source, opened && moves_in(window, work), work);
   item.image += extension;
   item.row.target = work.folder / item.image;

@@ -63,17 +63,24 @@ std::string colors(const FieldValues& values) {
 
 std::string item_rules(const FieldValues& values) {
   const std::string size = number_of(values, "thumb");
-  std::string rules = ".items { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, " +
-                      size + "px + 2rem), 1fr)); gap: " + std::to_string(2 * values.number("itemMargin")) +
-                      "px; list-style: none; margin: 0; padding: 0; }\n.items figure { box-sizing: "
-                      "border-box; height: 100%; margin: 0; "
-                      "padding: .75rem; text-align: center; font-family: " +
-                      font_of(values, "itemFont") + "; color: var(--text); overflow-wrap: anywhere;";
+  const auto columns = [](const std::string& least) {
+    return "grid-template-columns: repeat(auto-fill, minmax(min(100%, " + least + "), 1fr)); ";
+  };
+  // On a telephone two columns are better than one.
+  std::string rules =
+      ".items { display: grid; " + columns(size + "px + 2rem") +
+      "gap: " + std::to_string(2 * values.number("itemMargin")) +
+      "px; list-style: none; margin: 0; padding: 0; }\n@media (max-width: 30rem) { .items { " +
+      columns(size + "px + 2rem, 8rem") +
+      "} }\n.items figure { display: flex; flex-direction: column; box-sizing: border-box; "
+      "height: 100%; margin: 0; padding: .75rem; text-align: center; font-family: " +
+      font_of(values, "itemFont") + "; color: var(--text); overflow-wrap: anywhere;";
   if (values.number("itemFrame") != 0)
     rules += frame_rule(values, "frame-line", "frame-ground", "frameThick", "frameRound");
   if (values.number("itemShadow") != 0) rules += " box-shadow: 0 1px 4px var(--shade);";
   rules +=
-      " }\n.items img { max-width: 100%; height: auto; vertical-align: bottom; background: var(--alpha);";
+      " }\n.items figure > a { display: flex; flex: 1; align-items: center; justify-content: center; }\n"
+      ".items img { max-width: 100%; height: auto; vertical-align: bottom; background: var(--alpha);";
   if (values.number("graphicFrame") != 0) rules += " border: 1px solid var(--picture-line);";
   if (values.number("graphicShadow") != 0) rules += " box-shadow: 0 2px 6px var(--shade);";
   rules +=

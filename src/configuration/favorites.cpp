@@ -12,6 +12,10 @@ namespace fs = std::filesystem;
 namespace vellum {
 namespace {
 
+bool stands_in_a_line(std::string_view path) {
+  return path.find_first_of(std::string_view("\n\r\0", 3)) == std::string_view::npos;
+}
+
 constexpr std::string_view kFirstLine = ";Vellumcraft favorites gallery", kMark = "\xEF\xBB\xBF";
 constexpr std::uint64_t kMostBytes = std::uint64_t{16} << 20;
 constexpr std::size_t kMostPaths = 100'000, kMostName = 200;
@@ -38,7 +42,7 @@ std::optional<std::vector<std::string>> parse_favorites(std::string_view text) {
     text.remove_prefix(std::min(end + 1, text.size()));
     if (line.ends_with('\r')) line.remove_suffix(1);
     if (first && trimmed(line) != kFirstLine) return std::nullopt;
-    const bool is_path = !line.empty() && line.front() != ';' && line.find('\0') == std::string_view::npos;
+    const bool is_path = !line.empty() && line.front() != ';' && stands_in_a_line(line);
     if (!first && is_path && paths.size() < kMostPaths && known.insert(line).second) paths.emplace_back(line);
     first = false;
   }
@@ -90,9 +94,7 @@ bool is_gallery_name(std::string_view name) {
 std::string favorite_path(const fs::path& file) {
   std::error_code error;
   std::string path = fs::absolute(file, error).lexically_normal().string();
-  const bool fits =
-      !error && !path.empty() && path.find_first_of(std::string_view("\n\r\0", 3)) == std::string::npos;
-  return fits ? path : std::string();
+  return !error && stands_in_a_line(path) ? path : std::string();
 }
 
 bool add_favorite(FavoritesGallery& gallery, const fs::path& file) {

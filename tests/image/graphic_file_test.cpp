@@ -5,6 +5,7 @@
 #include "base/byte_order.h"
 #include "base/file.h"
 #include "image/picture_operations.h"
+#include "image/resample.h"
 #include "image/settings.h"
 #include "pixels_of.h"
 #include "random_pictures.h"

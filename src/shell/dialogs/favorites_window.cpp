@@ -13,6 +13,7 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "configuration/shell_settings.h"
+#include "shell/dialogs/document_browser.h"
 #include "shell/forms/default_folders.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -53,11 +54,8 @@ FavoritesWindow::FavoritesWindow(Services& services, QWidget* parent)
   connect(files_, &ThumbnailList::selection_changed, this, &FavoritesWindow::settle_buttons);
   connect(files_, &ThumbnailList::opened, this,
           [this] { settings::FavoritesDoubleClickOpen != 0 ? open_selected() : view_selected(); });
-  connect(files_, &ThumbnailList::files_dropped, this, [this](int, const QStringList& files) {
-    FavoritesGallery gallery = shown();
-    for (const QString& file : files) add_favorite(gallery, to_path(file));
-    if (put(gallery)) show_gallery();
-  });
+  connect(files_, &ThumbnailList::files_dropped, this,
+          [this](int, const QStringList& files) { add_files(files); });
   reload_favorites();
   fill(settings::FavoritesGalleryCurrent);
 }
@@ -113,6 +111,7 @@ QWidget* FavoritesWindow::make_files() {
   files_->setAccessibleName(tr("Files"));
   layout->addWidget(files_, 1);
   auto* row = new QHBoxLayout;
+  add_button(*row, tr("&Add..."), &FavoritesWindow::browse);
   needFiles_ = {add_button(*row, tr("&Open"), &FavoritesWindow::open_selected),
                 add_button(*row, tr("&View"), &FavoritesWindow::view_selected),
                 add_button(*row, tr("Re&move"), &FavoritesWindow::remove_selected)};
@@ -269,6 +268,19 @@ void FavoritesWindow::export_gallery() {
   SafeFile written(*file);
   if (!written.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) || !written.commit())
     services_.host.show(StringId::ErrorWritingFile, {}, written.reason());
+}
+
+void FavoritesWindow::browse() {
+  add_files(browse_documents(
+      {.title = tr("Add to the favorites"), .button = tr("&Add"), .several = true, .openDocuments = false},
+      this));
+}
+
+void FavoritesWindow::add_files(const QStringList& files) {
+  if (files.isEmpty()) return;
+  FavoritesGallery gallery = shown();
+  for (const QString& file : files) add_favorite(gallery, to_path(file));
+  if (put(gallery)) show_gallery();
 }
 
 void FavoritesWindow::open_selected() {

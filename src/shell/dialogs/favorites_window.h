@@ -28,6 +28,9 @@ class FavoritesWindow : public QDialog {
   void delete_gallery();
   void import_gallery();
   void export_gallery();
+  /// Asks for files that are added.
+  void browse();
+  void add_files(const QStringList& files);
   void open_selected();
   void view_selected();
   void remove_selected();

@@ -2,7 +2,6 @@
 
 #include <QBoxLayout>
 #include <QDesktopServices>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
@@ -15,6 +14,7 @@
 #include "base/text.h"
 #include "configuration/config_file.h"
 #include "exchange/settings.h"
+#include "shell/dialogs/document_browser.h"
 #include "shell/forms/default_folders.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -110,10 +110,12 @@ QWidget* GalleryDialog::make_list() {
     grid->addWidget(button, grid->count() / 2, grid->count() % 2);
   };
   add(tr("&Add..."), [this] {
-    const QStringList files =
-        QFileDialog::getOpenFileNames(this, tr("Add to the gallery"), usable_folder(settings::WebGalleryPath),
-                                      tr("Pictures and animations (*.png *.apng *.mng *.webp *.gif *.jpg "
-                                         "*.bmp *.pcx *.tga);;All files (*)"));
+    const QStringList files = browse_documents({.title = tr("Add to the gallery"),
+                                                .button = tr("&Add"),
+                                                .several = true,
+                                                .openDocuments = false,
+                                                .now = usable_folder(settings::WebGalleryPath) + u'/'},
+                                               this);
     if (files.isEmpty()) return;
     settings::WebGalleryPath = QFileInfo(files.front()).path().toStdString();
     add_files(files);
