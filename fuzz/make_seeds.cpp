@@ -97,7 +97,9 @@ void make_rows(const fs::path& seeds) {
   for (std::size_t row = 0; row < rows.size(); ++row)
     for (std::size_t reader = 0; reader < 3; ++reader) {
       const auto [target, kind] = kTargets[reader + 1];
-      if (!takes_kind(rows[row]->parameters, kind)) continue;
+      if (!takes_kind(rows[row]->parameters, kind) ||
+          rows[row]->parameters.name == std::string_view("social"))
+        continue;
       Bytes bytes(kRowsHead, kInitialValue);
       bytes[0] = static_cast<std::uint8_t>(reader);
       bytes[1] = static_cast<std::uint8_t>(row);
