@@ -8,6 +8,7 @@
 #include "base/limits.h"
 #include "base/memory_budget.h"
 #include "base/text.h"
+#include "image/held_picture.h"
 #include "image/superpalette.h"
 #include "image/to_colors.h"
 #include "operations/changed_parts.h"
@@ -131,6 +132,18 @@ std::optional<GivenColors> common_colors(MovieReader& reader, const MovieImport&
   return colors;
 }
 
+/// A frame whose rows may be packed away while it waits.
+struct WaitingFrame {
+  StreamedFrame frame;  ///< without its picture
+  HeldPicture picture;
+
+  StreamedFrame whole() const {
+    StreamedFrame made = frame;
+    made.picture = picture.picture();
+    return made;
+  }
+};
+
 /// The frames that stay, gathered.
 class Gathering {
  public:
@@ -155,7 +168,7 @@ class Gathering {
     if (import_.duration > 0) length = stayed ? import_.duration : 0;
     delay_ += length;
   }
-  std::vector<StreamedFrame> finish() {
+  std::vector<WaitingFrame> finish() {
     flush();
     return std::move(frames_);
   }
@@ -182,7 +195,10 @@ class Gathering {
     frame.delay = static_cast<std::uint32_t>(std::min<std::uint64_t>(delay_, 0x7FFFFFFF));
     delay_ = 0;
     bytes_ += bytes_of(frame.picture);
-    frames_.push_back(std::move(frame));
+    WaitingFrame waiting;
+    waiting.picture.block = block_to_keep(std::exchange(frame.picture, {}));
+    waiting.frame = std::move(frame);
+    frames_.push_back(std::move(waiting));
   }
 
   bool is_room() {
@@ -199,7 +215,7 @@ class Gathering {
   bool cut_;
   std::optional<GivenColors> colors_;
   Host& host_;
-  std::vector<StreamedFrame> frames_;
+  std::vector<WaitingFrame> frames_;
   Picture pending_, before_;
   std::uint64_t delay_ = 0, bytes_ = 0;
 };
@@ -255,7 +271,7 @@ bool import_movie(MovieReader& reader, const MovieImport& import, DocumentKind k
   const FrameStream stream{{reader.facts.width, reader.facts.height},
                            frames.size(),
                            import.loop ? 0u : 1u,
-                           [&](std::size_t frame) { return frames[frame]; }};
+                           [&](std::size_t frame) { return frames[frame].whole(); }};
   return build_from_stream(window, stream, kind, host) || host.stopped() ||
          (host.show(StringId::MemoryError), told = true, false);
 }

@@ -63,6 +63,7 @@ CombineDialog::CombineDialog(Services& services, QWidget* parent)
 }
 
 QWidget* CombineDialog::make_buttons() {
+  list_->set_hint(tr("Add animations, or drop them here"));
   auto* row = new QWidget(this);
   auto* line = new QHBoxLayout(row);
   line->setContentsMargins(0, 0, 0, 0);

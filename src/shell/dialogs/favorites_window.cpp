@@ -109,6 +109,7 @@ QWidget* FavoritesWindow::make_files() {
   files_->set_form({.height = 72});
   files_->set_takes_files(true);
   files_->setAccessibleName(tr("Files"));
+  files_->set_hint(tr("Add files, or drop them here"));
   layout->addWidget(files_, 1);
   auto* row = new QHBoxLayout;
   add_button(*row, tr("&Add..."), &FavoritesWindow::browse);

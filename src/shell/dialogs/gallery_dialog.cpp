@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QUrl>
 
@@ -25,7 +27,7 @@ namespace {
 constexpr const char* kItemsFile = "WebGalleryItems.txt";
 constexpr std::uint64_t kMostBytes = std::uint64_t{16} << 20;
 constexpr int kThumbnail = 64;
-constexpr QSize kList(200, 300), kReport(560, 320);
+constexpr QSize kList(200, 200), kFirst(940, 640), kReport(560, 320);
 
 const DocumentWindow& no_document() {
   static const DocumentWindow nothing;
@@ -59,6 +61,17 @@ std::filesystem::path preview_folder() {
                        : std::filesystem::path(named);
 }
 
+/// The list beside it stays where it is.
+QScrollArea* scrolled(QWidget* form) {
+  auto* area = new QScrollArea;
+  area->setFrameShape(QFrame::NoFrame);
+  area->setWidgetResizable(true);
+  area->setFocusPolicy(Qt::NoFocus);
+  area->setWidget(form);
+  area->setMinimumWidth(form->sizeHint().width() + area->verticalScrollBar()->sizeHint().width());
+  return area;
+}
+
 }  // namespace
 
 GalleryDialog::GalleryDialog(Services& services, QWidget* parent)
@@ -74,7 +87,7 @@ GalleryDialog::GalleryDialog(Services& services, QWidget* parent)
   auto* row = new QHBoxLayout;
   row->setSpacing(style::kWideGap);
   row->addWidget(make_list(), 1);
-  row->addWidget(&form(), 1);
+  row->addWidget(scrolled(&form()), 1);
   outer->insertLayout(0, row, 1);
   if (auto* tabs = form().findChild<QTabWidget*>()) {
     tabs->setCurrentIndex(settings::WebGalleryPageIndex);
@@ -87,6 +100,7 @@ GalleryDialog::GalleryDialog(Services& services, QWidget* parent)
   connect(look, &QPushButton::clicked, this, &GalleryDialog::preview);
   connect(&thumbnails_, &Thumbnails::made, items_, [this] { items_->refresh_looks(); });
   begin();
+  resize(kFirst);
   items_->set_paths(load_items());
   settle_buttons();
 }
@@ -101,6 +115,7 @@ QWidget* GalleryDialog::make_list() {
   items_->setMinimumSize(kList);
   items_->set_takes_files(true);
   items_->setAccessibleName(tr("Items"));
+  items_->set_hint(tr("Add pictures and animations, or drop them here"));
   layout->addWidget(items_, 1);
   auto* grid = new QGridLayout;
   const auto add = [&](const QString& text, auto action) {

@@ -311,6 +311,13 @@ bool ThumbnailList::edit_by_key(const QKeyEvent& event) {
 
 void ThumbnailList::paintEvent(QPaintEvent* event) {
   QListView::paintEvent(event);
+  if (paths().isEmpty() && !hint_.isEmpty()) {
+    QPainter painter(viewport());
+    const QColor ground = palette().color(QPalette::Base);
+    painter.setPen(style::readable_on(palette().color(QPalette::PlaceholderText), ground));
+    painter.drawText(viewport()->rect().adjusted(style::kWideGap, 0, -style::kWideGap, 0),
+                     Qt::AlignCenter | Qt::TextWordWrap, hint_);
+  }
   if (dropRow_ < 0) return;
   const int count = static_cast<int>(paths().size());
   int y = 1;

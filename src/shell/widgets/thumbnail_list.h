@@ -38,6 +38,8 @@ class ThumbnailList : public QListView {
   void set_form(const ThumbnailListForm& form);
   const ThumbnailListForm& form() const { return form_; }
   void set_takes_files(bool takes);
+  /// What an empty list says.
+  void set_hint(const QString& hint) { hint_ = hint; }
 
   const QStringList& paths() const;
   /// Selected files stay so where they are still there.
@@ -80,6 +82,7 @@ class ThumbnailList : public QListView {
   void select_rows(int first, int count);
 
   ThumbnailListForm form_;
+  QString hint_;
   ThumbnailModel* model_;
   int dropRow_ = -1;  ///< where a line shows what would be dropped
 };
