@@ -123,6 +123,15 @@ take matrix 332 apng.png
 take webgallery 275 apng.png
 take favorites 403 apng.png
 take print 119 apng.png
+take supercompress 111 apng.png
+while read -r name command; do
+  take "exchange/$name" "$command" apng.png
+done << 'ROWS'
+movie 112
+swf 115
+ilg 116
+gif 122
+ROWS
 vellum resize "$work/frames/frame_00059.png" "$work/large.png" --percent 200
 take protect 315 large.png
 
