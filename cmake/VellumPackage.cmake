@@ -1,8 +1,10 @@
 # The Debian package, by CPack.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vellumcraft)
-set(CPACK_PACKAGE_VENDOR "The Vellumcraft developers")
-set(CPACK_PACKAGE_CONTACT "The Vellumcraft developers <vellumcraft@localhost>")
+set(CPACK_PACKAGE_VENDOR "the Vellumcraft authors")
+set(CPACK_PACKAGE_CONTACT "${VELLUM_CONTACT}")
+set(CPACK_PACKAGE_HOMEPAGE_URL "${VELLUM_HOMEPAGE}")
+set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${VELLUM_HOMEPAGE}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "editor and animator for PNG, animated PNG, MNG and WebP files")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -16,8 +18,8 @@ set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ffmpeg, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "Vellumcraft opens a PNG, animated PNG, MNG or WebP file as the ordered list
 of chunks that it is. Every chunk and every frame can be seen, edited, added,
-moved and deleted; animations are played and built; and every file that it
-writes is valid.
+moved and deleted; animations are built, changed, made smaller and played; and
+every file that it writes is valid.
 
 The package has the desktop program vellumcraft and the command-line tool
 vellum.")

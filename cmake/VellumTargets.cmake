@@ -23,6 +23,7 @@ function(vellum_compile_options target)
   if(CMAKE_BUILD_TYPE STREQUAL "Release")
     # The tables of functions are filled at the start and then written no more.
     target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)
+    target_compile_options(${target} PRIVATE -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   endif()
   if(VELLUM_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${VELLUM_SANITIZE} -fno-sanitize-recover=all

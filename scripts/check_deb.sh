@@ -39,7 +39,7 @@ step vellum list /usr/share/vellumcraft/samples/welcome.png
 step env QT_QPA_PLATFORM=offscreen vellumcraft --screenshot /tmp/window.png /usr/share/vellumcraft/samples/welcome.png
 cp "$root/tmp/window.png" "$folder/window.png"
 step vellum list /tmp/window.png
-for file in applications/vellumcraft.desktop mime/packages/vellumcraft.xml metainfo/vellumcraft.metainfo.xml \
+for file in applications/org.vellumcraft.Vellumcraft.desktop mime/packages/vellumcraft.xml metainfo/org.vellumcraft.Vellumcraft.metainfo.xml \
   icons/hicolor/48x48/apps/vellumcraft.png man/man1/vellum.1.gz man/man1/vellumcraft.1.gz vellumcraft/docs/guide/index.md \
   doc/vellumcraft/copyright doc/vellumcraft/changelog.gz; do
   inside test -s "/usr/share/$file" || { echo "missing: $file" >&2; exit 1; }

@@ -48,5 +48,6 @@ Run prepare_combine(CLI::App& app);
 Run prepare_favorites(CLI::App& app);
 Run prepare_gallery(CLI::App& app);
 Run prepare_movie_info(CLI::App& app);
+Run prepare_thumbnail(CLI::App& app);
 
 }  // namespace vellum::cli

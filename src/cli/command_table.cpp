@@ -25,6 +25,7 @@ constexpr CommandRow kCommands[] = {
     {"palette", "To the colors of a palette: built in, from a file, or computed", prepare_palette},
     {"gallery", "Pages of pictures and animations with thumbnails, in a folder", prepare_gallery},
     {"favorites", "Show and change the galleries of favorites", prepare_favorites},
+    {"thumbnail", "A small PNG of what a file shows first", prepare_thumbnail},
     {"movie-info", "Say what a movie is", prepare_movie_info},
     {"batch", "One operation over many files", prepare_batch},
     {"config", "Show and change settings", prepare_config},

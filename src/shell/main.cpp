@@ -62,6 +62,7 @@ void start(MainWindow& window, Recovery& recovery, const StartOptions& options) 
       show_start_screens(window);
     else
       window.open_later(std::filesystem::absolute(options.file), options.view);
+    for (const auto& file : options.more) window.open_later(std::filesystem::absolute(file), options.view);
   });
 }
 
@@ -93,7 +94,7 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(QStringLiteral("vellumcraft"));
   QApplication::setApplicationDisplayName(QStringLiteral("Vellumcraft"));
   QApplication::setApplicationVersion(QStringLiteral(VELLUM_VERSION));
-  QApplication::setDesktopFileName(QStringLiteral("vellumcraft"));
+  QApplication::setDesktopFileName(QStringLiteral("org.vellumcraft.Vellumcraft"));
 
   // Qt has taken its own options out.
   options = parse_arguments(behind_name(argc, argv));

@@ -44,12 +44,12 @@ class Installed : public ::testing::Test {
 
 TEST_F(Installed, DesktopFilesAreValid) {
   if (!desktop_) GTEST_SKIP() << "the desktop program is not built";
-  judged({"desktop-file-validate", share("applications/vellumcraft.desktop")});
+  judged({"desktop-file-validate", share("applications/org.vellumcraft.Vellumcraft.desktop")});
   judged({"xmllint", "--noout", share("mime/packages/vellumcraft.xml")});
-  judged({"appstreamcli", "validate", "--no-net", share("metainfo/vellumcraft.metainfo.xml")});
+  judged({"appstreamcli", "validate", "--pedantic", "--no-net", share("metainfo/org.vellumcraft.Vellumcraft.metainfo.xml")});
   // Every type that the entry names is one that the metainfo names too.
-  const std::string entry = file_text(share("applications/vellumcraft.desktop"));
-  const std::string metainfo = file_text(share("metainfo/vellumcraft.metainfo.xml"));
+  const std::string entry = file_text(share("applications/org.vellumcraft.Vellumcraft.desktop"));
+  const std::string metainfo = file_text(share("metainfo/org.vellumcraft.Vellumcraft.metainfo.xml"));
   for (const char* type : {"image/png", "image/apng", "video/x-mng", "image/webp"}) {
     EXPECT_NE(entry.find(std::string(type) + ';'), std::string::npos) << type;
     EXPECT_NE(metainfo.find('>' + std::string(type) + '<'), std::string::npos) << type;

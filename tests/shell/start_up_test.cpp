@@ -51,6 +51,17 @@ TEST(StartUp, TakesOptionsOutAndJoinsTheRestIntoOneName) {
   }
 }
 
+TEST(StartUp, SeveralNamesAreFilesWhereAllAreThere) {
+  const ScratchFolder folder;
+  const std::string a = (folder / "a.png").string(), b = (folder / "b c.png").string();
+  std::ofstream(a) << "x";
+  const char* const both[] = {a.c_str(), b.c_str()};
+  EXPECT_EQ(parse_arguments(both).file, a + ' ' + b);
+  std::ofstream(b) << "x";
+  EXPECT_EQ(parse_arguments(both).file, a);
+  EXPECT_EQ(parse_arguments(both).more, std::vector<fs::path>{b});
+}
+
 TEST(StartUp, QuotesGoOnlyWhereTheNameWithThemDoesNotExist) {
   const ScratchFolder folder;
   const fs::path quoted = folder / "a\"b\".png";

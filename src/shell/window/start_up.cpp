@@ -97,11 +97,26 @@ QRect stored_place(const QRect& screen) {
   return {corner, size};
 }
 
+/// The files that the names mean: all of them where each is there, else one whose name has blanks.
+void take_names(const std::vector<std::string>& names, StartOptions& options) {
+  std::vector<fs::path> files;
+  for (const std::string& name : names) files.push_back(path_of_argument(name));
+  if (files.size() > 1 && std::ranges::all_of(files, [](const fs::path& file) { return exists(file); })) {
+    options.file = files.front();
+    options.more.assign(files.begin() + 1, files.end());
+    return;
+  }
+  std::string name;
+  for (const std::string& part : names) name += (name.empty() ? "" : " ") + part;
+  if (take_view_switch(name)) options.view = true;
+  if (!name.empty()) options.file = path_of_argument(name);
+}
+
 }  // namespace
 
 StartOptions parse_arguments(std::span<const char* const> arguments) {
   StartOptions options;
-  std::string name;
+  std::vector<std::string> names;
   bool only_names = false;
   for (std::size_t i = 0; i < arguments.size() && options.error.empty(); ++i) {
     const std::string_view argument = arguments[i];
@@ -109,8 +124,7 @@ StartOptions parse_arguments(std::span<const char* const> arguments) {
     if (!only_names && argument == "--") {
       only_names = true;
     } else if (only_names || !argument.starts_with("--")) {
-      if (!name.empty()) name += ' ';
-      name += argument;
+      names.emplace_back(argument);
     } else if (row == std::end(kOptions)) {
       options.error = "unknown option " + std::string(argument);
     } else if (row->value && i + 1 == arguments.size()) {
@@ -119,8 +133,7 @@ StartOptions parse_arguments(std::span<const char* const> arguments) {
       row->apply(options, row->value ? arguments[++i] : nullptr);
     }
   }
-  if (take_view_switch(name)) options.view = true;
-  if (!name.empty()) options.file = path_of_argument(name);
+  take_names(names, options);
   return options;
 }
 
@@ -137,7 +150,7 @@ fs::path path_of_argument(const std::string& name) {
 
 std::string usage_text() {
   std::string text =
-      "Usage: vellumcraft [OPTION]... [FILE]\n\nOpens a PNG, animated PNG, MNG or WebP file.\n\n";
+      "Usage: vellumcraft [OPTION]... [FILE...]\n\nOpens PNG, animated PNG, MNG or WebP files.\n\n";
   for (const OptionRow& row : kOptions) {
     if (!row.help) continue;
     std::string left(row.name);

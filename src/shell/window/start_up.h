@@ -12,9 +12,10 @@ namespace vellum {
 
 struct StartOptions {
   bool help = false, version = false;
-  bool man = false;                   ///< the options for the manual page, which the build makes
-  bool view = false;                  ///< the file opens in its viewer
-  std::filesystem::path file;         ///< to open; empty without one
+  bool man = false;                           ///< the options for the manual page, which the build makes
+  bool view = false;                          ///< the file opens in its viewer
+  std::filesystem::path file;                 ///< to open; empty without one
+  std::vector<std::filesystem::path> more{};  ///< that a file manager names behind it
   std::filesystem::path screenshot;   ///< where to write a picture of the window; empty: stay and work
   int show = 0;                       ///< number of the command whose window is in the picture; 0: none
   std::size_t row = 0;                ///< the row that it works on, from 1; 0: as the file was opened
@@ -23,7 +24,8 @@ struct StartOptions {
   std::string error;                  ///< what is wrong with the command line; empty: nothing
 };
 
-/// `arguments` without the program's name. What is no option is one file name, its parts joined by a blank.
+/// `arguments` without the program's name. What is no option is one file name, its parts joined by a blank;
+/// several names where each is a file that is there.
 StartOptions parse_arguments(std::span<const char* const> arguments);
 
 /// The path that a name on the command line means: "file://" addresses are decoded, double quotes go where
