@@ -94,25 +94,54 @@ std::size_t stride_of(std::uint32_t width, std::size_t bytes) { return (width * 
 /// What lies around a picture, as bytes of a pixel: with 32 bits nothing.
 using Edge = std::array<std::uint8_t, 4>;
 
-/// A pixel of four bytes whose part has moved on to its neighbor; two channels at a time.
-VELLUM_INLINE std::uint32_t mixed(std::uint32_t here, std::uint32_t before, std::uint32_t part) {
-  constexpr std::uint32_t kEven = 0x00FF00FF, kHalf = 0x00800080;
-  const std::uint32_t even = (here & kEven) * (256 - part) + (before & kEven) * part + kHalf;
-  const std::uint32_t odd = (here >> 8 & kEven) * (256 - part) + (before >> 8 & kEven) * part + kHalf;
-  return (even >> 8 & kEven) | (odd & ~kEven);
-}
-
+/// A pixel whose part has moved on to its neighbor.
 template <std::size_t kBytes>
 void mix(std::uint8_t* out, const std::uint8_t* here, const std::uint8_t* before, std::uint32_t part) {
   for (std::size_t c = 0; c < kBytes; ++c)
     out[c] = static_cast<std::uint8_t>((here[c] * (256 - part) + before[c] * part + 128) >> 8);
 }
 
-/// The same for the bytes of many pixels.
-void mix_run(std::uint8_t* __restrict out, const std::uint8_t* __restrict here,
-             const std::uint8_t* __restrict before, std::size_t bytes, std::uint32_t part) {
-  for (std::size_t i = 0; i < bytes; ++i)
-    out[i] = static_cast<std::uint8_t>((here[i] * (256 - part) + before[i] * part + 128) >> 8);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpsabi"
+
+using Halves16 = std::uint16_t __attribute__((vector_size(32)));
+
+/// The same for 32 bytes: two in each lane, of which each has the share of its lane.
+VELLUM_INLINE void mix_lanes(Halves16& here, const Halves16& before, const Halves16& share,
+                             const Halves16& part) {
+  const Halves16 even = (here & 255) * share + (before & 255) * part + 128;
+  const Halves16 odd = (here >> 8) * share + (before >> 8) * part + 128;
+  here = (even >> 8) | (odd & 0xFF00);
+}
+
+/// And for the bytes of many pixels.
+VELLUM_INLINE void mix_bytes(std::uint8_t* out, const std::uint8_t* here, const std::uint8_t* before,
+                             std::size_t bytes, std::uint32_t part) {
+  const Halves16 moved = Halves16{} + static_cast<std::uint16_t>(part), stays = 256 - moved;
+  std::size_t i = 0;
+  for (; i + sizeof moved <= bytes; i += sizeof moved) {
+    Halves16 mixing, other;
+    std::memcpy(&mixing, here + i, sizeof mixing);
+    std::memcpy(&other, before + i, sizeof other);
+    mix_lanes(mixing, other, stays, moved);
+    std::memcpy(out + i, &mixing, sizeof mixing);
+  }
+  for (; i < bytes; ++i) mix<1>(out + i, here + i, before + i, part);
+}
+
+VELLUM_AVX2 void mix_bytes_avx2(std::uint8_t* out, const std::uint8_t* here, const std::uint8_t* before,
+                                std::size_t bytes, std::uint32_t part) {
+  mix_bytes(out, here, before, bytes, part);
+}
+void mix_bytes_plain(std::uint8_t* out, const std::uint8_t* here, const std::uint8_t* before,
+                     std::size_t bytes, std::uint32_t part) {
+  mix_bytes(out, here, before, bytes, part);
+}
+
+void mix_run(std::uint8_t* out, const std::uint8_t* here, const std::uint8_t* before, std::size_t bytes,
+             std::uint32_t part) {
+  const auto mix = has_avx2() ? mix_bytes_avx2 : mix_bytes_plain;
+  mix(out, here, before, bytes, part);
 }
 
 template <std::size_t kBytes>
@@ -142,6 +171,62 @@ void shear_row(std::uint8_t* out, std::int64_t first, std::int64_t count, const 
 /// Columns that are moved side by side: as many as a line of the cache holds.
 constexpr std::uint32_t kColumns = 16;
 
+/// Rows of kColumns pixels, each of which comes of the pixel at its place in `at` and of the one above that.
+template <std::size_t kBytes>
+VELLUM_INLINE void mix_columns(std::uint8_t* to, std::size_t to_stride, std::int64_t rows,
+                               const std::uint8_t* const (&at)[kColumns], std::size_t stride,
+                               const std::uint32_t (&part)[kColumns]) {
+  constexpr std::size_t kLanes = 8, kGroups = kColumns / kLanes;
+  Lanes8 before[kGroups], parts[kGroups];
+  Halves16 moved[kGroups], stays[kGroups];
+  const auto load = [&at](Lanes8 & lanes, std::size_t group, std::size_t offset)
+      __attribute__((always_inline)) {
+    std::int32_t pixel[kLanes];
+    for (std::size_t i = 0; i < kLanes; ++i) std::memcpy(&pixel[i], at[group * kLanes + i] + offset, 4);
+    lanes = Lanes8{pixel[0], pixel[1], pixel[2], pixel[3], pixel[4], pixel[5], pixel[6], pixel[7]};
+  };
+  for (std::size_t group = 0; group < kGroups; ++group) {
+    load(before[group], group, -stride);
+    std::memcpy(&parts[group], part + group * kLanes, sizeof parts[group]);
+    moved[group] = reinterpret_cast<Halves16>(parts[group]);
+    moved[group] |= reinterpret_cast<Halves16>(parts[group] <<= 16);
+    stays[group] = 256 - moved[group];
+  }
+  for (std::size_t offset = 0; rows > 0; --rows, to += to_stride, offset += stride)
+    for (std::size_t group = 0; group < kGroups; ++group) {
+      Lanes8 here;
+      load(here, group, offset);
+      Halves16 mixing = reinterpret_cast<Halves16>(here);
+      mix_lanes(mixing, reinterpret_cast<Halves16>(before[group]), stays[group], moved[group]);
+      before[group] = here;
+      std::uint8_t* out = to + kBytes * kLanes * group;
+      if constexpr (kBytes == 4) {
+        std::memcpy(out, &mixing, sizeof mixing);
+      } else {
+        const Lanes8 made = reinterpret_cast<Lanes8>(mixing);
+        for (std::size_t i = 0; i < kLanes; ++i) {
+          const std::int32_t pixel = made[i];
+          std::memcpy(out + kBytes * i, &pixel, kBytes);
+        }
+      }
+    }
+}
+
+template <std::size_t kBytes>
+VELLUM_AVX2 void mix_columns_avx2(std::uint8_t* to, std::size_t to_stride, std::int64_t rows,
+                                  const std::uint8_t* const (&at)[kColumns], std::size_t stride,
+                                  const std::uint32_t (&part)[kColumns]) {
+  mix_columns<kBytes>(to, to_stride, rows, at, stride, part);
+}
+template <std::size_t kBytes>
+void mix_columns_plain(std::uint8_t* to, std::size_t to_stride, std::int64_t rows,
+                       const std::uint8_t* const (&at)[kColumns], std::size_t stride,
+                       const std::uint32_t (&part)[kColumns]) {
+  mix_columns<kBytes>(to, to_stride, rows, at, stride, part);
+}
+
+#pragma GCC diagnostic pop
+
 /// `columns` columns from `left` on: row y of `out` is row first + y of what they become.
 template <std::size_t kBytes>
 void shear_columns(const Plane& out, const Plane& in, std::uint32_t left, std::uint32_t columns,
@@ -170,23 +255,15 @@ void shear_columns(const Plane& out, const Plane& in, std::uint32_t left, std::u
     }
   };
   for (std::int64_t y = 0; y < inner; ++y) outside(y);
-  const std::uint8_t* at[kColumns];
-  for (std::uint32_t x = 0; x < columns && inner < last; ++x)
-    at[x] = in.row(static_cast<std::uint32_t>(inner + from[x])) + kBytes * (left + x);
-  for (std::int64_t y = inner; y < last; ++y) {
-    std::uint8_t* to = out.row(static_cast<std::uint32_t>(y)) + kBytes * left;
-    for (std::uint32_t x = 0; x < columns; ++x) {
-      std::uint32_t here, before;
-      std::memcpy(&here, at[x], 4);
-      std::memcpy(&before, at[x] - in.stride, 4);
-      const std::uint32_t made = mixed(here, before, part[x]);
-      // The byte too many of 24 bits is that of the next pixel, or behind the row.
-      if (kBytes == 4 || x + 1 < columns)
-        std::memcpy(to + kBytes * x, &made, 4);
-      else
-        std::memcpy(to + kBytes * x, &made, kBytes);
-      at[x] += in.stride;
-    }
+  if (columns < kColumns) {
+    for (std::int64_t y = inner; y < last; ++y) outside(y);
+  } else if (inner < last) {
+    const std::uint8_t* at[kColumns];
+    for (std::uint32_t x = 0; x < columns; ++x)
+      at[x] = in.row(static_cast<std::uint32_t>(inner + from[x])) + kBytes * (left + x);
+    const auto mix_all = has_avx2() ? mix_columns_avx2<kBytes> : mix_columns_plain<kBytes>;
+    mix_all(out.row(static_cast<std::uint32_t>(inner)) + kBytes * left, out.stride, last - inner, at,
+            in.stride, part);
   }
   for (std::int64_t y = last; y < out.height; ++y) outside(y);
 }
@@ -204,8 +281,12 @@ void shear_all_columns(const Plane& out, const Plane& in, double factor, std::in
 /// Colors multiplied by their alpha, so that what can't be seen mixes with nothing.
 void weigh_row(std::uint8_t* out, const std::uint8_t* in, std::size_t width) {
   for (std::size_t x = 0; x < width; ++x, in += 4, out += 4) {
+    // A sum of 255ths in 16 bits: this is its division by 255, rounded down.
     const std::uint32_t alpha = in[3];
-    for (int c = 0; c < 3; ++c) out[c] = static_cast<std::uint8_t>((in[c] * alpha + 127) / 255);
+    for (int c = 0; c < 3; ++c) {
+      const std::uint32_t sum = in[c] * alpha + 128;
+      out[c] = static_cast<std::uint8_t>((sum + (sum >> 8)) >> 8);
+    }
     out[3] = in[3];
   }
 }

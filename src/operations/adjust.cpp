@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/edit/edit_closing.h"
+#include "image/hue_shift.h"
 #include "image/picture_rows.h"
 #include "operations/change_pictures.h"
 #include "operations/operation_rows.h"
@@ -83,11 +84,13 @@ struct Levels {
 struct Adjustment {
   Channel channel;
   Curve levels;
-  double hue, saturation, lightness;  ///< turns, and shares from -1 to 1
+  HueShift shift;
   int sharpen;
   bool invert, levelsChange;
 
-  bool changes_hsl() const { return channel != kAlpha && (hue != 0 || saturation != 0 || lightness != 0); }
+  bool changes_hsl() const {
+    return channel != kAlpha && (shift.hue != 0 || shift.saturation != 0 || shift.lightness != 0);
+  }
   /// Whether it is for a byte of a pixel: blue, green, red, alpha.
   bool takes(unsigned byte) const {
     return byte == 3 ? channel == kAlpha
@@ -96,40 +99,6 @@ struct Adjustment {
                                                                   : kBlue);
   }
 };
-
-double moved(double value, double share) {
-  return share < 0 ? value * (1 + share) : value + (1 - value) * share;
-}
-
-/// One channel of a color of hue, saturation and lightness: a hexagon of six ramps. `p` and `q` are the least
-/// and the greatest channel.
-double ramp(double p, double q, double turn) {
-  turn -= std::floor(turn);
-  if (turn < 1.0 / 6) return p + (q - p) * 6 * turn;
-  if (turn < 0.5) return q;
-  return turn < 2.0 / 3 ? p + (q - p) * (2.0 / 3 - turn) * 6 : p;
-}
-
-/// Blue, green, red.
-void change_hsl(std::uint8_t* color, const Adjustment& adjustment) {
-  const double b = color[0] / 255.0, g = color[1] / 255.0, r = color[2] / 255.0;
-  const double most = std::max({r, g, b}), least = std::min({r, g, b}), range = most - least;
-  double hue = 0, saturation = 0, lightness = (most + least) / 2;
-  if (range > 0) {
-    saturation = range / (1 - std::abs(2 * lightness - 1));
-    hue = most == r ? (g - b) / range : most == g ? (b - r) / range + 2 : (r - g) / range + 4;
-  }
-  hue = hue / 6 + adjustment.hue;
-  // What is grey has no hue to be saturated with.
-  if (range > 0) saturation = std::clamp(moved(saturation, adjustment.saturation), 0.0, 1.0);
-  lightness = moved(lightness, adjustment.lightness);
-  const double q =
-      lightness < 0.5 ? lightness * (1 + saturation) : lightness + saturation - lightness * saturation;
-  const double p = 2 * lightness - q;
-  color[0] = rounded(255 * ramp(p, q, hue - 1.0 / 3));
-  color[1] = rounded(255 * ramp(p, q, hue));
-  color[2] = rounded(255 * ramp(p, q, hue + 1.0 / 3));
-}
 
 template <typename Change>
 void change_bytes(Picture& picture, const Adjustment& adjustment, const Change& change) {
@@ -143,21 +112,10 @@ void change_bytes(Picture& picture, const Adjustment& adjustment, const Change& 
           *at = change(*at);
 }
 
-void change_hsl_of(Picture& picture, const Adjustment& adjustment) {
+void shift_hues(Picture& picture, const Adjustment& adjustment) {
   const EditRows rows(picture);
-  const unsigned size = picture.bits() / 8;
-  // Neighbors are often alike.
-  std::array<std::uint8_t, 3> before{}, after{};
-  change_hsl(after.data(), adjustment);
   for (std::uint32_t y = 0; rows && y < picture.height(); ++y)
-    for (std::uint8_t *at = rows[y], *end = at + std::size_t{size} * picture.width(); at != end; at += size) {
-      if (!std::equal(before.begin(), before.end(), at)) {
-        std::copy_n(at, 3, before.begin());
-        after = before;
-        change_hsl(after.data(), adjustment);
-      }
-      std::copy_n(after.begin(), 3, at);
-    }
+    shift_row(rows[y], picture.width(), picture.bits() / 8, adjustment.shift);
 }
 
 /// v + k / 10 * (v - mean of the 3 x 3 around it), rounded; beyond the edges lie the pixels of the edge.
@@ -194,7 +152,7 @@ Picture recolored(const Picture& picture, const Adjustment& adjustment) {
         if (adjustment.takes(byte)) color[byte] = value(color[byte]);
     };
     change([&](std::uint8_t v) { return adjustment.levels[v]; });
-    if (adjustment.changes_hsl()) change_hsl(color, adjustment);
+    if (adjustment.changes_hsl()) shift_color(color, adjustment.shift);
     if (adjustment.invert) change([](std::uint8_t v) { return static_cast<std::uint8_t>(255 - v); });
   });
 }
@@ -206,7 +164,7 @@ bool change_picture(Picture& picture, const Adjustment& adjustment) {
   }
   if (adjustment.levelsChange)
     change_bytes(picture, adjustment, [&](std::uint8_t v) { return adjustment.levels[v]; });
-  if (adjustment.changes_hsl()) change_hsl_of(picture, adjustment);
+  if (adjustment.changes_hsl()) shift_hues(picture, adjustment);
   if (adjustment.sharpen != 0) picture = sharpened(picture, adjustment);
   if (picture && adjustment.invert)
     change_bytes(picture, adjustment, [](std::uint8_t v) { return static_cast<std::uint8_t>(255 - v); });
@@ -270,9 +228,9 @@ bool run(OperationRun& run) {
                 static_cast<double>(run.number("outputHigh"))};
   Adjustment adjustment{.channel = static_cast<Channel>(run.number("channel")),
                         .levels = {},
-                        .hue = static_cast<double>(run.number("hue")) / 360,
-                        .saturation = static_cast<double>(run.number("saturation")) / 100,
-                        .lightness = static_cast<double>(run.number("lightness")) / 100,
+                        .shift = {static_cast<double>(run.number("hue")) / 360,
+                                  static_cast<double>(run.number("saturation")) / 100,
+                                  static_cast<double>(run.number("lightness")) / 100},
                         .sharpen = static_cast<int>(run.number("sharpen")),
                         .invert = run.number("invert") != 0,
                         .levelsChange = true};

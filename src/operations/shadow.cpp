@@ -1,5 +1,6 @@
 // Shadow: what each frame shows throws one onto the canvas.
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "base/limits.h"
@@ -91,7 +92,7 @@ Mask shadow_of(const Picture& picture, const Place& place) {
     if (picture.bits() != 32)
       std::memset(out, 255, picture.width());
     else
-      for (std::uint32_t x = 0; x < picture.width(); ++x) out[x] = in[4 * x + 3];
+      for (std::uint32_t x = 0, width = picture.width(); x < width; ++x) out[x] = in[4 * x + 3];
   }
   blur_mask(mask, place.softness);
   return mask;
@@ -101,27 +102,40 @@ Mask shadow_of(const Picture& picture, const Place& place) {
 void lay_over(std::uint8_t* out, const std::uint8_t* in, std::uint32_t width) {
   for (const std::uint8_t* end = in + std::size_t{4} * width; in != end; in += 4, out += 4) {
     const std::uint32_t above = in[3] * 255u, below = out[3] * (255u - in[3]), both = above + below;
-    if (in[3] == 255 || below == 0)
+    if (in[3] == 255 || below == 0) {
       std::memcpy(out, in, 4);
-    else if (in[3] != 0)
-      for (int c = 0; c < 3; ++c) out[c] = static_cast<std::uint8_t>((in[c] * above + both / 2) / both);
+      continue;
+    }
+    // A half more than a whole number keeps the product on the right side of each whole number.
+    const double share = 1.0 / both;
+    for (int c = 0; c < 3; ++c) {
+      const auto sum = static_cast<std::int32_t>(in[c] * above + both / 2);
+      out[c] = static_cast<std::uint8_t>(static_cast<std::int32_t>((sum + 0.5) * share));
+    }
     out[3] = static_cast<std::uint8_t>((both + 127) / 255);
+  }
+}
+
+/// Black of the mask's alpha.
+void put_black(std::uint8_t* out, const std::uint8_t* mask, std::uint32_t width,
+               const std::array<std::uint8_t, 256>& faded) {
+  for (std::uint32_t x = 0; x < width; ++x) {
+    const std::uint8_t pixel[] = {0, 0, 0, faded[mask[x]]};
+    std::memcpy(out + std::size_t{4} * x, pixel, sizeof pixel);
   }
 }
 
 Picture with_shadow(const Picture& frame, const FieldValues& values) {
   const Picture picture = frame.bits() == 32 ? frame : PictureToTrueColorAlpha(frame);
   const Place place = place_of(values, {frame.width(), frame.height()});
-  Picture result = PictureCreateAlpha(place.width, place.height);
+  Picture result = create_rows(place.width, place.height, nullptr, 32);
   const EditRows rows(result);
   if (!picture || !rows) return {};
   const Mask mask = shadow_of(frame, place);
   const auto opacity = static_cast<std::uint32_t>(values.number("opacity"));
-  for (std::uint32_t y = 0; y < place.height; ++y) {
-    std::memset(rows[y], 0, std::size_t{4} * place.width);
-    for (std::uint32_t x = 0; x < place.width; ++x)
-      rows[y][4 * x + 3] = static_cast<std::uint8_t>((mask.row(y)[x] * opacity + 50) / 100);
-  }
+  std::array<std::uint8_t, 256> faded;
+  for (std::uint32_t v = 0; v < 256; ++v) faded[v] = static_cast<std::uint8_t>((v * opacity + 50) / 100);
+  for (std::uint32_t y = 0; y < place.height; ++y) put_black(rows[y], mask.row(y), place.width, faded);
   for (std::uint32_t y = 0; y < picture.height(); ++y)
     lay_over(rows[place.top + y] + std::size_t{4} * place.left, picture.row(y), picture.width());
   if (values.number("removeAlpha") == 0) return result;

@@ -1,5 +1,7 @@
 // Every operation against its definition in terms of PictureGetPixel and PicturePutPixel.
 #include "image/picture_operations.h"
+#include "image/hue_shift.h"
+#include "image/lanes.h"
 #include "image/rotate.h"
 
 #include <array>
@@ -418,6 +420,7 @@ TEST(Rotate, IsThreePlainShearsOfPixelsThatWeighAsMuchAsTheirAlpha) {
   for (const auto& [w, h] : {std::pair(1u, 1u), {1u, 9u}, {7u, 1u}, {19u, 13u}, {40u, 70u}})
     for (const bool deep : {false, true})
       for (const int angle : {1, 30, 45, 46, 133, 200, 314, 359}) {
+        without_avx2 = angle % 2 != 0;
         Picture picture = PictureCreate(w, h, nullptr, deep ? 32 : 24);
         for (std::uint32_t i = 0; i < w * h; ++i)
           PicturePutPixel(picture, i % w, i / w, static_cast<Colour>(dice()) | (dice() % 3 ? 0xFF000000 : 0));
@@ -453,6 +456,31 @@ TEST(Rotate, IsThreePlainShearsOfPixelsThatWeighAsMuchAsTheirAlpha) {
                 << w << " x " << h << ", " << deep << ", " << angle << ": " << x << ", " << y;
           }
       }
+  without_avx2 = false;
+}
+
+TEST(HueShift, OfARowIsThatOfEachColor) {
+  std::minstd_rand dice(5);
+  constexpr HueShift kShifts[] = {{0, 0.3, 0},       {0, -1, 0},       {0, -0.25, 0.5},
+                                  {0, 1, -0.07},     {0.5, 0, 0},      {-1.0 / 3, 0.1, 0},
+                                  {1.0 / 360, 0, 0}, {-0.5, -0.4, -1}, {61.0 / 360, 1, 0.99}};
+  for (const HueShift& shift : kShifts)
+    for (const std::size_t bytes : {3u, 4u})
+      for (const bool plain : {false, true}) {
+        // Any colors, and such as are grey, full, or have two channels alike.
+        std::vector<std::uint8_t> row(bytes * 20011);
+        for (std::size_t i = 0; i < row.size(); ++i)
+          row[i] = dice() % 4 == 0   ? static_cast<std::uint8_t>(255 * (dice() & 1))
+                   : dice() % 3 == 0 ? row[i < bytes ? i : i - bytes]
+                   : dice() % 3 == 0 ? row[i == 0 ? i : i - 1]
+                                     : static_cast<std::uint8_t>(dice() >> 8);
+        std::vector<std::uint8_t> expected = row;
+        for (std::size_t i = 0; i < row.size(); i += bytes) shift_color(&expected[i], shift);
+        without_avx2 = plain;
+        shift_row(row.data(), row.size() / bytes, bytes, shift);
+        ASSERT_EQ(row, expected) << &shift - kShifts << ", " << bytes << ", " << plain;
+      }
+  without_avx2 = false;
 }
 
 }  // namespace
