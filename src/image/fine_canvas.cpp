@@ -1,10 +1,9 @@
 #include "image/fine_canvas.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
-#include <cstring>
 
+#include "image/alpha_rows.h"
 #include "image/alpha_runs.h"
 #include "image/lanes.h"
 
@@ -233,33 +232,6 @@ bool fine_lay(FineCanvas& canvas, const PictureRect& rect, const Picture& source
 bool fine_replace(FineCanvas& canvas, const PictureRect& rect, const Picture& source, Colour ground,
                   bool once) {
   return draw(canvas, rect, source, &ground, !once);
-}
-
-namespace {
-
-/// A half of one by each alpha, and 0 for none.
-constexpr auto kHalfShares = [] {
-  std::array<float, 256> shares{};
-  for (std::size_t alpha = 1; alpha < 256; ++alpha) shares[alpha] = 0.5f / static_cast<float>(alpha);
-  return shares;
-}();
-
-}  // namespace
-
-void straighten_row(std::uint8_t* row, std::size_t width) {
-  using Floats4 = float __attribute__((vector_size(16)));
-  using Bytes4 = std::uint8_t __attribute__((vector_size(4)));
-  for (std::uint8_t* end = row + 4 * width; row != end; row += 4) {
-    const std::int32_t alpha = row[3];
-    if (alpha == 255) continue;
-    // What is divided is below 2^18 and the divisor below 2^9, so that a half more than a whole number keeps
-    // the product of floats on the right side of each whole number.
-    const Lanes4 sums = Lanes4{row[0], row[1], row[2], 0} * 510 + alpha;
-    const Floats4 shares = (__builtin_convertvector(sums, Floats4) + 0.5f) * kHalfShares[alpha];
-    const Lanes4 colors = least(__builtin_convertvector(shares, Lanes4), Lanes4{} + 255);
-    const Bytes4 made = __builtin_convertvector(colors, Bytes4);
-    std::memcpy(row, &made, 3);
-  }
 }
 
 namespace {

@@ -29,9 +29,6 @@ bool fine_lay(FineCanvas& canvas, const PictureRect& rect, const Picture& source
 bool fine_replace(FineCanvas& canvas, const PictureRect& rect, const Picture& source, Colour ground,
                   bool once = false);
 
-/// Colors of 32-bit pixels that are multiplied by their alpha, without it.
-void straighten_row(std::uint8_t* row, std::size_t width);
-
 /// 32 bits with straight alpha from a canvas of 32 bits; null when memory is exhausted.
 Picture straight_picture(const FineCanvas& canvas);
 

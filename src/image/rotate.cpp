@@ -9,7 +9,7 @@
 #include <numbers>
 #include <vector>
 
-#include "image/fine_canvas.h"
+#include "image/alpha_rows.h"
 #include "image/lanes.h"
 #include "image/orientation.h"
 #include "image/picture_rows.h"
@@ -276,19 +276,6 @@ void shear_all_columns(const Plane& out, const Plane& in, double factor, std::in
     const std::uint32_t left = group * kColumns;
     shear_columns<kBytes>(out, in, left, std::min(kColumns, in.width - left), factor, first, edge);
   });
-}
-
-/// Colors multiplied by their alpha, so that what can't be seen mixes with nothing.
-void weigh_row(std::uint8_t* out, const std::uint8_t* in, std::size_t width) {
-  for (std::size_t x = 0; x < width; ++x, in += 4, out += 4) {
-    // A sum of 255ths in 16 bits: this is its division by 255, rounded down.
-    const std::uint32_t alpha = in[3];
-    for (int c = 0; c < 3; ++c) {
-      const std::uint32_t sum = in[c] * alpha + 128;
-      out[c] = static_cast<std::uint8_t>((sum + (sum >> 8)) >> 8);
-    }
-    out[3] = in[3];
-  }
 }
 
 bool is_opaque_row(const std::uint8_t* row, std::size_t width) {

@@ -6,6 +6,7 @@
 #include "base/limits.h"
 #include "core/edit/edit_closing.h"
 #include "core/model/kind_table.h"
+#include "image/alpha_rows.h"
 #include "image/mask.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
@@ -98,31 +99,26 @@ Mask shadow_of(const Picture& picture, const Place& place) {
   return mask;
 }
 
-/// Lays the picture over black of the mask's alpha: "over" of the PNG standard, straight alpha.
-void lay_over(std::uint8_t* out, const std::uint8_t* in, std::uint32_t width) {
-  for (const std::uint8_t* end = in + std::size_t{4} * width; in != end; in += 4, out += 4) {
-    const std::uint32_t above = in[3] * 255u, below = out[3] * (255u - in[3]), both = above + below;
-    if (in[3] == 255 || below == 0) {
-      std::memcpy(out, in, 4);
-      continue;
-    }
-    // A half more than a whole number keeps the product on the right side of each whole number.
-    const double share = 1.0 / both;
-    for (int c = 0; c < 3; ++c) {
-      const auto sum = static_cast<std::int32_t>(in[c] * above + both / 2);
-      out[c] = static_cast<std::uint8_t>(static_cast<std::int32_t>((sum + 0.5) * share));
-    }
-    out[3] = static_cast<std::uint8_t>((both + 127) / 255);
+/// Pixels of black for each value of a mask.
+using Blacks = std::array<std::uint32_t, 256>;
+
+Blacks blacks_of(std::uint32_t opacity) {
+  Blacks blacks;
+  for (std::uint32_t v = 0; v < 256; ++v) {
+    const std::uint8_t pixel[] = {0, 0, 0, static_cast<std::uint8_t>((v * opacity + 50) / 100)};
+    std::memcpy(&blacks[v], pixel, sizeof pixel);
   }
+  return blacks;
 }
 
-/// Black of the mask's alpha.
-void put_black(std::uint8_t* out, const std::uint8_t* mask, std::uint32_t width,
-               const std::array<std::uint8_t, 256>& faded) {
-  for (std::uint32_t x = 0; x < width; ++x) {
-    const std::uint8_t pixel[] = {0, 0, 0, faded[mask[x]]};
-    std::memcpy(out + std::size_t{4} * x, pixel, sizeof pixel);
-  }
+void put_black(std::uint8_t* out, const std::uint8_t* mask, std::uint32_t width, const Blacks& blacks) {
+  for (std::uint32_t x = 0; x < width; ++x) std::memcpy(out + std::size_t{4} * x, &blacks[mask[x]], 4);
+}
+
+/// Where neither the picture nor its shadow is seen, the picture's colors stay.
+void keep_hidden_colors(std::uint8_t* out, const std::uint8_t* in, std::uint32_t width) {
+  for (const std::uint8_t* end = in + std::size_t{4} * width; in != end; in += 4, out += 4)
+    if (in[3] == 0 && out[3] == 0) std::memcpy(out, in, 4);
 }
 
 Picture with_shadow(const Picture& frame, const FieldValues& values) {
@@ -132,12 +128,13 @@ Picture with_shadow(const Picture& frame, const FieldValues& values) {
   const EditRows rows(result);
   if (!picture || !rows) return {};
   const Mask mask = shadow_of(frame, place);
-  const auto opacity = static_cast<std::uint32_t>(values.number("opacity"));
-  std::array<std::uint8_t, 256> faded;
-  for (std::uint32_t v = 0; v < 256; ++v) faded[v] = static_cast<std::uint8_t>((v * opacity + 50) / 100);
-  for (std::uint32_t y = 0; y < place.height; ++y) put_black(rows[y], mask.row(y), place.width, faded);
-  for (std::uint32_t y = 0; y < picture.height(); ++y)
-    lay_over(rows[place.top + y] + std::size_t{4} * place.left, picture.row(y), picture.width());
+  const Blacks blacks = blacks_of(static_cast<std::uint32_t>(values.number("opacity")));
+  for (std::uint32_t y = 0; y < place.height; ++y) put_black(rows[y], mask.row(y), place.width, blacks);
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    std::uint8_t* out = rows[place.top + y] + std::size_t{4} * place.left;
+    keep_hidden_colors(out, picture.row(y), picture.width());
+    lay_over_black(out, picture.row(y), picture.width());
+  }
   if (values.number("removeAlpha") == 0) return result;
   return PictureFlattenAlpha(result, static_cast<Colour>(values.number("background")));
 }

@@ -1,7 +1,9 @@
 // Every operation against its definition in terms of PictureGetPixel and PicturePutPixel.
 #include "image/picture_operations.h"
+#include "image/alpha_rows.h"
 #include "image/hue_shift.h"
 #include "image/lanes.h"
+#include "image/orientation.h"
 #include "image/rotate.h"
 
 #include <array>
@@ -457,6 +459,59 @@ TEST(Rotate, IsThreePlainShearsOfPixelsThatWeighAsMuchAsTheirAlpha) {
           }
       }
   without_avx2 = false;
+}
+
+TEST(AlphaRows, AreTheRoundedQuotientsOfAllColorsAndAlphas) {
+  constexpr std::size_t kWidth = 261;  // a rest behind whole vectors
+  for (const bool plain : {false, true})
+    for (int alpha = 0; alpha < 256; ++alpha)
+      for (const int below : {0, 1, 7, 128, 254, 255}) {
+        std::vector<std::uint8_t> in, weighed, straight, laid, out(4 * kWidth);
+        for (std::size_t x = 0; x < kWidth; ++x) {
+          const int both = alpha * 255 + below * (255 - alpha);
+          for (const std::size_t step : {1u, 3u, 7u}) {
+            const int c = static_cast<int>(x * step % 256);
+            in.push_back(static_cast<std::uint8_t>(c));
+            weighed.push_back(static_cast<std::uint8_t>((c * alpha + 127) / 255));
+            straight.push_back(
+                static_cast<std::uint8_t>(alpha == 0 ? 0 : std::min((c * 510 + alpha) / (2 * alpha), 255)));
+            laid.push_back(static_cast<std::uint8_t>(both == 0 ? 0 : (c * alpha * 255 + both / 2) / both));
+          }
+          for (auto* row : {&in, &weighed, &straight}) row->push_back(static_cast<std::uint8_t>(alpha));
+          laid.push_back(static_cast<std::uint8_t>((both + 127) / 255));
+          out[4 * x + 3] = static_cast<std::uint8_t>(below);
+        }
+        without_avx2 = plain;
+        lay_over_black(out.data(), in.data(), kWidth);
+        ASSERT_EQ(out, laid) << alpha << " over " << below;
+        weigh_row(out.data(), in.data(), kWidth);
+        ASSERT_EQ(out, weighed) << alpha;
+        straighten_row(in.data(), kWidth);
+        ASSERT_EQ(in, straight) << alpha;
+      }
+  without_avx2 = false;
+}
+
+TEST(Orientation, MovesEachPixelToItsPlace) {
+  std::mt19937 random(11);
+  for (const auto& [w, h] : kShapes)
+    for (const std::uint32_t bits : kDepths)
+      for (int orientation = 1; orientation <= 8; ++orientation) {
+        const Picture picture = random_picture(random, w, h, bits), made = oriented(picture, orientation);
+        const bool swaps = orientation > 4;
+        ASSERT_EQ(made.width(), swaps ? h : w);
+        for (std::uint32_t y = 0; y < made.height(); ++y)
+          for (std::uint32_t x = 0; x < made.width(); ++x) {
+            // The sides of the picture at which its first row and its first column are seen.
+            constexpr bool kAcross[] = {false, true, true, false, false, true, true, false},
+                           kDown[] = {false, false, true, true, false, false, true, true};
+            const std::uint32_t across = kAcross[orientation - 1] ? made.width() - 1 - x : x,
+                                down = kDown[orientation - 1] ? made.height() - 1 - y : y;
+            ASSERT_EQ(PictureGetPixel(made, x, y),
+                      swaps ? PictureGetPixel(picture, down, across) : PictureGetPixel(picture, across, down))
+                << bits << " bits, " << orientation << ": " << x << ", " << y;
+          }
+      }
 }
 
 TEST(HueShift, OfARowIsThatOfEachColor) {
