@@ -61,8 +61,6 @@ constexpr Field kFields[] = {
     {.name = "invert", .label = "Invert", .type = FieldType::Flag, .most = 1, .stateId = 12},
 };
 
-using Curve = std::array<std::uint8_t, 256>;
-
 /// Halves go up, also those that a sum of shares comes a little below.
 std::uint8_t rounded(double value) {
   return static_cast<std::uint8_t>(std::clamp(std::lround(value + 1e-9), 0L, 255L));
@@ -100,17 +98,18 @@ struct Adjustment {
   }
 };
 
-template <typename Change>
-void change_bytes(Picture& picture, const Adjustment& adjustment, const Change& change) {
-  const EditRows rows(picture);
-  const unsigned size = picture.bits() / 8;
-  for (unsigned byte = 0; rows && byte < size; ++byte)
-    if (adjustment.takes(byte))
-      for (std::uint32_t y = 0; y < picture.height(); ++y)
-        for (std::uint8_t *at = rows[y] + byte, *end = at + std::size_t{size} * picture.width(); at != end;
-             at += size)
-          *at = change(*at);
+Picture with_curve(const Picture& picture, const Adjustment& adjustment, const Curve& curve) {
+  std::array<const Curve*, 4> curves{};
+  for (unsigned byte = 0; byte < 4; ++byte)
+    if (adjustment.takes(byte)) curves[byte] = &curve;
+  return with_curves(picture, curves);
 }
+
+constexpr Curve kInverted = [] {
+  Curve curve{};
+  for (std::size_t v = 0; v < curve.size(); ++v) curve[v] = static_cast<std::uint8_t>(255 - v);
+  return curve;
+}();
 
 void shift_hues(Picture& picture, const Adjustment& adjustment) {
   const EditRows rows(picture);
@@ -147,13 +146,13 @@ Picture sharpened(const Picture& picture, const Adjustment& adjustment) {
 
 Picture recolored(const Picture& picture, const Adjustment& adjustment) {
   return with_changed_colors(picture, [&](std::uint8_t* color) {
-    const auto change = [&](auto&& value) {
+    const auto change = [&](const Curve& curve) {
       for (unsigned byte = 0; byte < 3; ++byte)
-        if (adjustment.takes(byte)) color[byte] = value(color[byte]);
+        if (adjustment.takes(byte)) color[byte] = curve[color[byte]];
     };
-    change([&](std::uint8_t v) { return adjustment.levels[v]; });
+    change(adjustment.levels);
     if (adjustment.changes_hsl()) shift_color(color, adjustment.shift);
-    if (adjustment.invert) change([](std::uint8_t v) { return static_cast<std::uint8_t>(255 - v); });
+    if (adjustment.invert) change(kInverted);
   });
 }
 
@@ -162,12 +161,10 @@ bool change_picture(Picture& picture, const Adjustment& adjustment) {
     picture = recolored(picture, adjustment);
     return static_cast<bool>(picture);
   }
-  if (adjustment.levelsChange)
-    change_bytes(picture, adjustment, [&](std::uint8_t v) { return adjustment.levels[v]; });
-  if (adjustment.changes_hsl()) shift_hues(picture, adjustment);
-  if (adjustment.sharpen != 0) picture = sharpened(picture, adjustment);
-  if (picture && adjustment.invert)
-    change_bytes(picture, adjustment, [](std::uint8_t v) { return static_cast<std::uint8_t>(255 - v); });
+  if (adjustment.levelsChange) picture = with_curve(picture, adjustment, adjustment.levels);
+  if (picture && adjustment.changes_hsl()) shift_hues(picture, adjustment);
+  if (picture && adjustment.sharpen != 0) picture = sharpened(picture, adjustment);
+  if (picture && adjustment.invert) picture = with_curve(picture, adjustment, kInverted);
   return static_cast<bool>(picture);
 }
 

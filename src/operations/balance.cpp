@@ -1,9 +1,7 @@
 // Color and balance: more or less of each color, brightness, contrast.
 #include <algorithm>
-#include <array>
 
 #include "core/edit/edit_closing.h"
-#include "image/picture_rows.h"
 #include "operations/change_pictures.h"
 #include "operations/operation_rows.h"
 #include "operations/recoloring.h"
@@ -24,8 +22,6 @@ constexpr Field kFields[] = {
     percent("contrast", "Contrast", settings::ColorBalContrast),
 };
 
-using Curve = std::array<std::uint8_t, 256>;
-
 /// Each term is truncated toward 0, and only the result is held to its range.
 Curve curve_of(std::int64_t color, std::int64_t brightness, std::int64_t contrast) {
   Curve curve{};
@@ -41,28 +37,17 @@ struct Curves {
   Curve blue, green, red;
 };
 
-/// Three bytes of a pixel or of an entry of a color table, blue first.
+/// Three bytes of an entry of a color table, blue first.
 void change_color(std::uint8_t* color, const Curves& curves) {
   color[0] = curves.blue[color[0]];
   color[1] = curves.green[color[1]];
   color[2] = curves.red[color[2]];
 }
 
-template <std::size_t size>
-void change_rows(Picture& picture, const Curves& curves) {
-  const EditRows rows(picture);
-  for (std::uint32_t y = 0; rows && y < picture.height(); ++y)
-    for (std::uint8_t *pixel = rows[y], *end = pixel + size * picture.width(); pixel != end; pixel += size)
-      change_color(pixel, curves);
-}
-
 bool change_picture(Picture& picture, const Curves& curves) {
-  if (picture.bits() <= 8)
-    picture = with_changed_colors(picture, [&](std::uint8_t* color) { change_color(color, curves); });
-  else if (picture.bits() == 24)
-    change_rows<3>(picture, curves);
-  else
-    change_rows<4>(picture, curves);
+  picture = picture.bits() <= 8
+                ? with_changed_colors(picture, [&](std::uint8_t* color) { change_color(color, curves); })
+                : with_curves(picture, {&curves.blue, &curves.green, &curves.red, nullptr});
   return static_cast<bool>(picture);
 }
 

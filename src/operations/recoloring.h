@@ -1,6 +1,7 @@
 // What operations share that give colors other values.
 #pragma once
 
+#include <array>
 #include <functional>
 
 #include "base/host.h"
@@ -11,6 +12,13 @@ namespace vellum {
 /// Bits of `OperationNeed`: all frames of an animated PNG have one palette, so some of them alone can't get
 /// other colors in it.
 unsigned needs_of_recoloring(const DocumentWindow& window, const FrameList& frames);
+
+/// What each value of a channel becomes.
+using Curve = std::array<std::uint8_t, 256>;
+
+/// A picture of 24 or 32 bits whose blue, green, red and alpha follow a curve each; null stays. Null when
+/// memory is exhausted.
+Picture with_curves(const Picture& picture, const std::array<const Curve*, 4>& curves);
 
 /// An indexed picture whose pixels mean other colors: `change` gets each entry's blue, green and red.
 Picture with_changed_colors(const Picture& picture, const std::function<void(std::uint8_t* color)>& change);
