@@ -2,17 +2,14 @@
 // it.
 #pragma once
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
-
 #include <filesystem>
 #include <memory>
 
+#include "exchange/movie_library.h"
+
 namespace vellum {
 
-template <class T, void (*Free)(T**)>
+template <class T, auto& Free>
 struct LibavFree {
   void operator()(T* object) const { Free(&object); }
 };

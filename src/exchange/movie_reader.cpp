@@ -9,13 +9,6 @@
 #include "image/picture_operations.h"
 #include "image/rotate.h"
 
-extern "C" {
-#include <libavutil/display.h>
-#include <libavutil/opt.h>
-#include <libavutil/pixdesc.h>
-#include <libswscale/swscale.h>
-}
-
 namespace vellum {
 namespace {
 
@@ -251,6 +244,7 @@ bool Movie::seek(std::int64_t time) {
 }  // namespace
 
 std::optional<MovieReader> open_movie(const std::filesystem::path& file, std::uint32_t largest, Host& host) {
+  if (!load_movie_libraries(host)) return std::nullopt;
   const auto movie = std::make_shared<Movie>(file);
   if (!movie->open(largest, host)) return std::nullopt;
   return MovieReader{movie->facts(), [movie] { return movie->next(); }, [movie] { return movie->picture(); },

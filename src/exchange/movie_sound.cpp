@@ -2,12 +2,6 @@
 
 #include <algorithm>
 
-extern "C" {
-#include <libavutil/audio_fifo.h>
-#include <libavutil/samplefmt.h>
-#include <libswresample/swresample.h>
-}
-
 namespace vellum {
 namespace {
 

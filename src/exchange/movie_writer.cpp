@@ -13,12 +13,6 @@
 #include "exchange/movie_sound.h"
 #include "image/picture_operations.h"
 
-extern "C" {
-#include <libavutil/opt.h>
-#include <libavutil/pixdesc.h>
-#include <libswscale/swscale.h>
-}
-
 namespace vellum {
 namespace {
 
@@ -448,6 +442,7 @@ bool movies_built() { return true; }
 
 std::vector<MovieEncoder> movie_encoders() {
   std::vector<MovieEncoder> encoders;
+  if (!load_movie_libraries()) return encoders;
   void* walk = nullptr;
   while (const AVCodec* codec = av_codec_iterate(&walk))
     if (av_codec_is_encoder(codec) && codec->type == AVMEDIA_TYPE_VIDEO &&
@@ -459,6 +454,7 @@ std::vector<MovieEncoder> movie_encoders() {
 
 MovieFault write_movie(const FrameStream& stream, const MovieForm& form, const std::filesystem::path& scratch,
                        const Sink& sink, Host& host, std::string& missing) {
+  if (!load_movie_libraries(host)) return MovieFault::Other;
   return MovieWriter(stream, form, host, missing).write(scratch, sink);
 }
 
