@@ -47,7 +47,7 @@ void build_of_files(benchmark::State& state) {
     parallel_for(kFiles, [&](std::size_t i) { pictures[i] = read_still(set.files[i]).picture; });
     DocumentWindow window;
     Host host;
-    build_from_stills(window, pictures, {.whole = true}, host);
+    build_from_stills(window, hold_pictures(pictures), {.whole = true}, host);
     benchmark::DoNotOptimize(window.list.size());
   }
 }

@@ -18,9 +18,9 @@ struct BuildOptions {
 };
 
 /// The pictures of all files; none, after a message, when one can't be read.
-std::vector<Picture> read_stills(const std::vector<std::string>& files, Host& host) {
+std::vector<HeldPicture> read_stills(const std::vector<std::string>& files, Host& host) {
   const Progress progress(host, string_text(StringId::Loading));
-  std::vector<Picture> pictures(files.size());
+  std::vector<HeldPicture> pictures(files.size());
   const std::size_t step = 4 * parallel_width();
   for (std::size_t first = 0; first < files.size(); first += step) {
     const std::size_t count = std::min(step, files.size() - first);
@@ -28,7 +28,7 @@ std::vector<Picture> read_stills(const std::vector<std::string>& files, Host& ho
     parallel_for(count, [&](std::size_t i) { readings[i] = read_still(files[first + i]); });
     progress.step(first + count, files.size());
     for (std::size_t i = 0; i < count; ++i)
-      if (!(pictures[first + i] = told_reading(files[first + i], readings[i], host))) return {};
+      if (!(pictures[first + i] = hold_picture(told_reading(files[first + i], readings[i], host)))) return {};
   }
   return pictures;
 }

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <filesystem>
+#include <span>
+#include <vector>
 
 #include "base/host.h"
 #include "image/picture.h"
@@ -20,6 +22,19 @@ struct HeldPicture {
 
   ChunkHandle block;
 };
+
+/// A picture that was just made, as one of the memory budget: its rows are packed when room is wanted.
+inline HeldPicture hold_picture(const Picture& picture) {
+  HeldPicture held;
+  held.block = block_to_keep(picture);
+  return held;
+}
+
+inline std::vector<HeldPicture> hold_pictures(std::span<const Picture> pictures) {
+  std::vector<HeldPicture> held;
+  for (const Picture& picture : pictures) held.push_back(hold_picture(picture));
+  return held;
+}
 
 /// As `read_picture_file`.
 HeldPicture hold_picture_file(const std::filesystem::path& path, Host& host);

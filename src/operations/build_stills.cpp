@@ -40,10 +40,12 @@ std::optional<FieldFault> check_colors(const FieldValues& values, const Document
   return check_field({.name = "colors", .label = "Colors", .least = 2, .most = 256}, std::int64_t{1});
 }
 
-Extent largest(std::span<const Picture> pictures) {
+Extent largest(std::span<const HeldPicture> pictures) {
   Extent canvas;
-  for (const Picture& picture : pictures)
+  for (const HeldPicture& held : pictures) {
+    const Picture picture = held.picture();
     canvas = {std::max(canvas.width, picture.width()), std::max(canvas.height, picture.height())};
+  }
   return canvas;
 }
 
@@ -69,32 +71,52 @@ bool fills_canvas(DocumentKind kind, std::size_t number) {
   return kind == DocumentKind::WEBP || (kind == DocumentKind::APNG && number == 0);
 }
 
+/// Whether all have the size and the depth of the first one.
+bool are_alike(std::span<const HeldPicture> pictures) {
+  const Picture first = pictures[0].picture();
+  return std::ranges::all_of(pictures, [&](const HeldPicture& held) {
+    const Picture picture = held.picture();
+    return picture.bits() == first.bits() && fills(picture, {first.width(), first.height()});
+  });
+}
+
+/// Frames that are made some at a time, side by side, when the first of them is asked for.
+class FramesAhead {
+ public:
+  using Make = std::function<StreamedFrame(std::size_t frame)>;
+  FramesAhead(std::size_t count, Make make) : count_(count), make_(std::move(make)) {}
+
+  StreamedFrame frame(std::size_t i) {
+    if (i < first_ || i >= first_ + frames_.size()) {
+      first_ = i;
+      frames_.clear();
+      frames_.resize(std::min(count_ - i, 4 * parallel_width()));
+      parallel_for(frames_.size(), [&](std::size_t k) { frames_[k] = make_(i + k); });
+    }
+    return std::exchange(frames_[i - first_], {});
+  }
+
+ private:
+  std::size_t count_, first_ = 0;
+  Make make_;
+  std::vector<StreamedFrame> frames_;
+};
+
 /// Where all have one size and depth, an animated PNG has what changes from one to the next.
-bool is_cut(std::span<const Picture> pictures, const StillsBuild& build) {
-  return build.kind == DocumentKind::APNG && !build.whole && pictures[0].bits() > 8 &&
-         std::ranges::all_of(pictures, [&](const Picture& picture) {
-           return picture.bits() == pictures[0].bits() &&
-                  fills(picture, {pictures[0].width(), pictures[0].height()});
-         });
-}
-
-std::vector<StreamedFrame> cut_frames(std::span<const Picture> pictures) {
-  std::vector<StreamedFrame> frames(pictures.size());
-  frames[0].picture = pictures[0];
-  parallel_for(frames.size() - 1, [&](std::size_t i) {
-    static_cast<FrameLayer&>(frames[i + 1]) = changed_part(pictures[i], pictures[i + 1]);
-  });
-  return frames;
-}
-
-std::vector<StreamedFrame> whole_frames(std::span<const Picture> pictures, Extent size, DocumentKind kind) {
-  const bool clear = !std::ranges::all_of(pictures, [&](const Picture& picture) {
-    return fills(picture, size) && picture.bits() == pictures[0].bits() && picture.bits() != 32;
-  });
-  std::vector<StreamedFrame> frames(pictures.size());
-  for (std::size_t i = 0; i < pictures.size(); ++i)
-    frames[i] = placed_still(pictures[i], {}, i, {size, kind, clear});
-  return frames;
+FramesAhead::Make frames_of(std::span<const HeldPicture> pictures, Extent canvas, const StillsBuild& build) {
+  const bool alike = are_alike(pictures);
+  const std::uint32_t bits = pictures[0].picture().bits();
+  if (alike && bits > 8 && build.kind == DocumentKind::APNG && !build.whole)
+    return [pictures](std::size_t i) {
+      StreamedFrame frame;
+      if (i == 0) frame.picture = pictures[0].picture();
+      if (i > 0)
+        static_cast<FrameLayer&>(frame) = changed_part(pictures[i - 1].picture(), pictures[i].picture());
+      return frame;
+    };
+  return [pictures, still = StillCanvas{canvas, build.kind, !alike || bits == 32}](std::size_t i) {
+    return placed_still(pictures[i].picture(), {}, i, still);
+  };
 }
 
 }  // namespace
@@ -150,22 +172,23 @@ StreamedFrame placed_still(const Picture& picture, std::vector<std::uint8_t> tra
   return frame;
 }
 
-bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
-                       Host& host) {
-  if (pictures.empty() || !std::ranges::all_of(pictures, has_rows)) return false;
+bool build_from_stills(DocumentWindow& window, std::span<const HeldPicture> pictures,
+                       const StillsBuild& build, Host& host) {
+  if (pictures.empty() ||
+      !std::ranges::all_of(pictures, [](const HeldPicture& held) { return has_rows(held.picture()); }))
+    return false;
   const Extent canvas = largest(pictures);
-  const auto frames =
-      is_cut(pictures, build) ? cut_frames(pictures) : whole_frames(pictures, canvas, build.kind);
-  const FrameStream stream{canvas, frames.size(), build.plays, [&](std::size_t i) {
-                             StreamedFrame frame = frames[i];
+  FramesAhead ahead(pictures.size(), frames_of(pictures, canvas, build));
+  const FrameStream stream{canvas, pictures.size(), build.plays, [&](std::size_t i) {
+                             StreamedFrame frame = ahead.frame(i);
                              frame.delay = build.delay;
                              return frame;
                            }};
   return build_from_stream(window, stream, build.kind, host);
 }
 
-bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const FieldValues& values,
-                       DocumentKind kind, Host& host) {
+bool build_from_stills(DocumentWindow& window, std::span<const HeldPicture> pictures,
+                       const FieldValues& values, DocumentKind kind, Host& host) {
   const StillsBuild build{.kind = kind,
                           .delay = static_cast<std::uint32_t>(values.number("delay")),
                           .plays = static_cast<std::uint32_t>(values.number("plays")),

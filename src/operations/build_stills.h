@@ -7,6 +7,7 @@
 #include "base/host.h"
 #include "core/build/frame_stream.h"
 #include "image/graphic_file.h"
+#include "image/held_picture.h"
 #include "operations/parameters.h"
 
 namespace vellum {
@@ -38,14 +39,14 @@ struct StillCanvas {
 StreamedFrame placed_still(const Picture& picture, std::vector<std::uint8_t> transparency, std::size_t number,
                            const StillCanvas& canvas);
 
-/// Makes an empty window an animation of these pictures, each alone on the canvas, which has the size of the
-/// largest. Behind the first one an animated PNG has what changes alone, where all have one size and depth.
-/// False when there is none, one is lost or too large, memory is exhausted or the user stopped it; nothing is
-/// then left of it.
-bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const StillsBuild& build,
-                       Host& host);
+/// Makes an empty window an animation of these pictures (asked for some at a time), each alone on the canvas,
+/// which has the size of the largest. Behind the first one an animated PNG has what changes alone, where all
+/// have one size and depth. False when there is none, one is lost or too large, memory is exhausted or the
+/// user stopped it; nothing is then left of it.
+bool build_from_stills(DocumentWindow& window, std::span<const HeldPicture> pictures,
+                       const StillsBuild& build, Host& host);
 /// The same with the values of `kBuild`.
-bool build_from_stills(DocumentWindow& window, std::span<const Picture> pictures, const FieldValues& values,
-                       DocumentKind kind, Host& host);
+bool build_from_stills(DocumentWindow& window, std::span<const HeldPicture> pictures,
+                       const FieldValues& values, DocumentKind kind, Host& host);
 
 }  // namespace vellum

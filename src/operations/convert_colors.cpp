@@ -123,7 +123,7 @@ Picture converted(const Picture& picture, const Target& target, Host* host = nul
 }
 
 /// The palette of the conversion, with an entry for transparency at its end where one is needed.
-bool choose_palette(Target& target, std::span<const Picture> pictures, bool transparency, Host& host) {
+bool choose_palette(Target& target, std::span<const HeldPicture> pictures, bool transparency, Host& host) {
   const ColorConversion& conversion = target.conversion;
   if (conversion.colorType != 3) return true;
   const std::uint32_t depth = conversion.bitDepth == 0 ? 8 : conversion.bitDepth;
@@ -131,7 +131,9 @@ bool choose_palette(Target& target, std::span<const Picture> pictures, bool tran
   target.palette = conversion.palette;
   PaletteMethod method = conversion.method;
   method.holes = transparency;
-  if (target.palette.count == 0) target.palette = palette_from_pictures(pictures, most, &host, method);
+  if (target.palette.count == 0)
+    target.palette = superpalette(
+        pictures.size(), [&](std::size_t i) { return pictures[i].picture(); }, most, host, method);
   if (target.palette.count == 0) return false;
   target.palette.count = std::min(target.palette.count, (1u << depth) - (transparency ? 1 : 0));
   if (transparency) target.transparent = static_cast<std::uint8_t>(target.palette.count++);
@@ -156,31 +158,34 @@ Host host_of_step(Host& host, const Progress& progress, std::size_t step, std::s
 }
 
 /// All pictures converted, small ones some at a time; nothing when one fails or the user stops it.
-std::vector<Picture> convert_all(std::span<const Picture> pictures, const Target& target, Host& host) {
+std::vector<HeldPicture> convert_all(std::span<const HeldPicture> pictures, const Target& target,
+                                     Host& host) {
   const Progress progress(host, string_text(StringId::Remapping));
-  const auto is_large = [](const Picture& picture) {
+  const auto is_large = [](const HeldPicture& held) {
+    const Picture picture = held.picture();
     return std::uint64_t{picture.width()} * picture.height() >= kLargePicture;
   };
   const std::size_t step = std::ranges::any_of(pictures, is_large) ? 1 : 4 * parallel_width();
-  std::vector<Picture> results(pictures.size());
+  std::vector<HeldPicture> results(pictures.size());
   for (std::size_t first = 0; first < pictures.size(); first += step) {
     if (host.stopped()) return {};
     Host part = host_of_step(host, progress, first, pictures.size());
-    if (step == 1) results[first] = converted(pictures[first], target, &part);
+    if (step == 1) results[first] = hold_picture(converted(pictures[first].picture(), target, &part));
     const std::size_t count = std::min(step, pictures.size() - first);
     if (step > 1)
-      parallel_for(count,
-                   [&](std::size_t i) { results[first + i] = converted(pictures[first + i], target); });
+      parallel_for(count, [&](std::size_t i) {
+        results[first + i] = hold_picture(converted(pictures[first + i].picture(), target));
+      });
     if (!results[first]) return {};
     progress.step(first + count, pictures.size());
   }
-  const bool whole = std::ranges::all_of(results, [](const Picture& picture) { return bool(picture); });
-  return whole ? results : std::vector<Picture>();
+  const bool whole = std::ranges::all_of(results, [](const HeldPicture& picture) { return bool(picture); });
+  return whole ? results : std::vector<HeldPicture>();
 }
 
 /// The pictures with all their colors and alphas in one palette, where there are so few and nobody asked for
 /// other ones.
-bool keep_exactly(DocumentWindow& draft, std::span<const Picture> pictures,
+bool keep_exactly(DocumentWindow& draft, std::span<const HeldPicture> pictures,
                   const ColorConversion& conversion) {
   const PaletteMethod& method = conversion.method;
   if (conversion.colorType != 3 || conversion.palette.count != 0 || method.fifteenBits || method.sorted ||
@@ -190,7 +195,7 @@ bool keep_exactly(DocumentWindow& draft, std::span<const Picture> pictures,
   const std::uint32_t depth = conversion.bitDepth == 0 ? 8 : conversion.bitDepth;
   if (!colors || colors->colors > std::min(conversion.most, 1u << depth)) return false;
   if (conversion.bitDepth != 0) colors->bitDepth = conversion.bitDepth;
-  const std::vector<Picture> results = in_colors(pictures, *colors);
+  const auto results = in_colors(pictures, *colors);
   if (!results.empty()) put_frame_pictures(draft, results, *colors);
   return !results.empty();
 }
@@ -210,14 +215,15 @@ DocumentColors colors_of(const Target& target) {
 }
 
 /// What can't be transparent lies over the background.
-bool flatten(DocumentWindow& draft, std::vector<Picture>& pictures, Host& host) {
+bool flatten(DocumentWindow& draft, std::vector<HeldPicture>& pictures, Host& host) {
   if (is_animation(draft.document.kind)) {
     if (!reconstruct_frames(draft, CanvasDepth::TrueColor, host)) return false;
     pictures = shown_pictures(draft);
   }
   const Colour background = document_background(draft.list, draft.document);
-  for (Picture& picture : pictures)
-    if (picture && picture.bits() == 32) picture = PictureFlattenAlpha(picture, background);
+  for (HeldPicture& held : pictures)
+    if (const Picture picture = held.picture(); picture && picture.bits() == 32)
+      held = hold_picture(PictureFlattenAlpha(picture, background));
   return true;
 }
 
@@ -232,10 +238,11 @@ ColorConversion black_and_white(int threshold, bool dither) {
 
 bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, Host& host) {
   DocumentWindow draft{window.document, window.list, {}};
-  std::vector<Picture> pictures = shown_pictures(draft);
+  std::vector<HeldPicture> pictures = shown_pictures(draft);
   const bool transparency = has_transparency(draft);
   if (transparency && !holds_alpha(conversion) && !flatten(draft, pictures, host)) return false;
-  if (pictures.empty() || std::ranges::any_of(pictures, [](const Picture& p) { return !p; })) return false;
+  if (pictures.empty() || std::ranges::any_of(pictures, [](const HeldPicture& p) { return !p; }))
+    return false;
   if (host.stopped()) return false;
   if (keep_exactly(draft, pictures, conversion)) {
     take_draft(window, draft);
@@ -243,7 +250,7 @@ bool convert_colors(DocumentWindow& window, const ColorConversion& conversion, H
   }
   Target target{conversion, draft.document.kind, {}};
   if (!choose_palette(target, pictures, transparency && holds_alpha(conversion), host)) return false;
-  const std::vector<Picture> results = convert_all(pictures, target, host);
+  const std::vector<HeldPicture> results = convert_all(pictures, target, host);
   if (results.empty()) return false;
   put_frame_pictures(draft, results, colors_of(target));
   take_draft(window, draft);

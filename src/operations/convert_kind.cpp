@@ -22,7 +22,8 @@ bool is_indexed(const DocumentWindow& window) {
   });
 }
 
-bool is_half_transparent(const Picture& picture) {
+bool is_half_transparent(const HeldPicture& held) {
+  const Picture picture = held.picture();
   if (!picture || picture.bits() < 32) return false;
   for (std::uint32_t y = 0; y < picture.height(); ++y) {
     const std::uint8_t* alpha = picture.row(y) + 3;
@@ -34,7 +35,7 @@ bool is_half_transparent(const Picture& picture) {
 
 /// The frames of an indexed document, which became true color on the way, in one palette again.
 bool in_one_palette(DocumentWindow& to, const KindConversion& conversion, Host& host) {
-  const std::vector<Picture> pictures = shown_pictures(to);
+  const std::vector<HeldPicture> pictures = shown_pictures(to);
   if (const auto exact = exact_colors(pictures)) {
     const auto indexed = in_colors(pictures, *exact);
     if (indexed.empty()) return false;

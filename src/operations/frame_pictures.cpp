@@ -74,38 +74,39 @@ Picture indexed(const Picture& picture, const DocumentColors& colors, const Inde
 
 }  // namespace
 
-std::vector<Picture> shown_pictures(const DocumentWindow& window) {
+std::vector<HeldPicture> shown_pictures(const DocumentWindow& window) {
   const FrameSource source = frame_source_of(window);
-  std::vector<Picture> pictures;
+  std::vector<HeldPicture> pictures;
   for (const std::size_t entry : frame_entries(window))
-    pictures.push_back(frame_layer_of(source, window.list.record(entry)).picture);
+    pictures.push_back(hold_picture(frame_layer_of(source, window.list.record(entry)).picture));
   if (const Picture kept(window.document.defaultImage); kept)
-    pictures.push_back(PictureWithTransparency(kept, source.table));
+    pictures.push_back(hold_picture(PictureWithTransparency(kept, source.table)));
   return pictures;
 }
 
-void put_frame_pictures(DocumentWindow& window, std::span<const Picture> pictures,
+void put_frame_pictures(DocumentWindow& window, std::span<const HeldPicture> pictures,
                         const DocumentColors& colors) {
   const DocumentKind kind = window.document.kind;
   std::size_t next = 0;
   ChunkRecord record;
   for (const std::size_t entry : frame_entries(window)) {
     chunk_list_get(window.list, entry, record);
-    record_take_picture(record, kind, pictures[next++]);
+    record_take_picture(record, kind, pictures[next++].picture());
     if (kind == DocumentKind::MING) put_image_transparency(record, colors.transparency);
     record.description = chunk_description(record);
     chunk_list_put(window.list, entry, record);
   }
-  if (next < pictures.size()) window.document.defaultImage = pictures[next].handle();
+  if (next < pictures.size()) window.document.defaultImage = pictures[next].block;
   if (kind == DocumentKind::PING || kind == DocumentKind::APNG) put_document_colors(window, colors);
 }
 
-std::optional<DocumentColors> exact_colors(std::span<const Picture> pictures) {
+std::optional<DocumentColors> exact_colors(std::span<const HeldPicture> pictures) {
   DocumentColors colors{.colorType = 3};
   Indexes found;
   std::vector<std::uint8_t> alphas;
   Key last = 0;
-  for (const Picture& picture : pictures)
+  for (const HeldPicture& held : pictures) {
+    const Picture picture = held.picture();
     for (std::uint32_t y = 0; picture && y < picture.height() && found.size() <= 256; ++y)
       for_each_key(picture, y, [&](std::size_t, Key key) {
         if ((key == last && !found.empty()) || found.size() > 256) return;
@@ -115,6 +116,7 @@ std::optional<DocumentColors> exact_colors(std::span<const Picture> pictures) {
           colors.palette[3 * alphas.size() + c] = static_cast<std::uint8_t>(key >> (16 - 8 * c));
         alphas.push_back(static_cast<std::uint8_t>(key >> 24));
       });
+  }
   if (found.empty() || found.size() > 256) return std::nullopt;
   colors.colors = static_cast<std::uint32_t>(alphas.size());
   colors.bitDepth = colors.colors > 16 ? 8 : colors.colors > 2 ? 4 : 1;
@@ -142,16 +144,16 @@ std::optional<DocumentColors> shared_colors(const DocumentWindow& window) {
   return shared;
 }
 
-std::vector<Picture> in_colors(std::span<const Picture> pictures, const DocumentColors& colors) {
+std::vector<HeldPicture> in_colors(std::span<const HeldPicture> pictures, const DocumentColors& colors) {
   const Indexes indexes = indexes_of(colors);
-  std::vector<Picture> results(pictures.size());
+  std::vector<HeldPicture> results(pictures.size());
   std::atomic<bool> failed = false;
   parallel_for(pictures.size(), [&](std::size_t i) {
     if (failed || !pictures[i]) return;
-    results[i] = indexed(pictures[i], colors, indexes);
+    results[i] = hold_picture(indexed(pictures[i].picture(), colors, indexes));
     if (!results[i]) failed = true;
   });
-  return failed ? std::vector<Picture>() : results;
+  return failed ? std::vector<HeldPicture>() : results;
 }
 
 }  // namespace vellum

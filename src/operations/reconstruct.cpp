@@ -61,30 +61,30 @@ CanvasDepth settled(const DocumentWindow& window, CanvasDepth depth) {
 }
 
 /// All canvases; none when they are too large together, or something failed.
-std::vector<Picture> canvases_of(const DocumentWindow& window, CanvasDepth depth, Host& host) {
+std::vector<HeldPicture> canvases_of(const DocumentWindow& window, CanvasDepth depth, Host& host) {
   const std::size_t count = frame_entries(window).size();
-  std::vector<Picture> canvases;
+  std::vector<HeldPicture> canvases;
   if (!canvases_fit(count, document_size(window.list, window.document))) {
     host.fail({FaultKind::Limit, 0, -1, -1, "the frames are too large together"});
     return {};
   }
   const bool whole = for_each_canvas(window, depth, host, [&](std::size_t, const Picture& canvas) {
-    canvases.push_back(canvas);
+    canvases.push_back(hold_picture(canvas));
     return true;
   });
-  return whole ? canvases : std::vector<Picture>();
+  return whole ? canvases : std::vector<HeldPicture>();
 }
 
-void put_canvases(DocumentWindow& window, const std::vector<Picture>& canvases,
+void put_canvases(DocumentWindow& window, const std::vector<HeldPicture>& canvases,
                   const DocumentColors& colors) {
   const DocumentKind kind = window.document.kind;
   ChunkRecord record;
   std::size_t frame = 0;
   for (const std::size_t entry : frame_entries(window)) {
     chunk_list_get(window.list, entry, record);
-    record_take_picture(record, kind, canvases[frame]);
+    const Picture canvas = canvases[frame++].picture();
+    record_take_picture(record, kind, canvas);
     if (kind == DocumentKind::MING) put_image_transparency(record, colors.transparency);
-    const Picture& canvas = canvases[frame++];
     put_whole_canvas(record, kind, canvas, canvas.bits() == 32 || !colors.transparency.empty());
     record.description = chunk_description(record);
     chunk_list_put(window.list, entry, record);
@@ -152,12 +152,17 @@ bool run(OperationRun& run) {
 }  // namespace
 
 bool is_independent(const DocumentWindow& window) {
+  // Nobody needs the rows of all frames at a time.
+  const auto without_rows = [](const Picture& picture) {
+    return PictureCreateHeaderOnly(picture.width(), picture.height(), nullptr, picture.bits());
+  };
   const FrameSource source = frame_source_of(window);
   std::vector<FrameLayer> layers;
   for (const std::size_t entry : frame_entries(window)) {
     layers.push_back(frame_layer_of(source, window.list.record(entry)));
     if (!layers.back().picture) return false;
     if (is_opaque(layers.back().picture)) layers.back().over = false;
+    layers.back().picture = without_rows(layers.back().picture);
   }
   const Extent canvas = document_size(window.list, window.document);
   settle_clearing(layers, canvas);
@@ -180,9 +185,9 @@ bool for_each_canvas(const DocumentWindow& window, CanvasDepth depth, Host& host
 
 bool reconstruct_frames(DocumentWindow& window, CanvasDepth depth, Host& host, bool merge_equal) {
   if (!is_animation(window.document.kind) || frame_entries(window).empty()) return false;
-  std::vector<Picture> canvases = canvases_of(window, depth, host);
+  std::vector<HeldPicture> canvases = canvases_of(window, depth, host);
   if (canvases.empty()) return false;
-  DocumentColors colors{.colorType = canvases[0].bits() == 32 ? std::uint8_t{6} : std::uint8_t{2}};
+  DocumentColors colors{.colorType = canvases[0].picture().bits() == 32 ? std::uint8_t{6} : std::uint8_t{2}};
   const bool indexed = depth == CanvasDepth::AsNeeded && window.document.kind != DocumentKind::WEBP;
   if (const auto shared = indexed ? shared_colors(window) : std::nullopt)
     if (auto in_palette = in_colors(canvases, *shared); !in_palette.empty()) {

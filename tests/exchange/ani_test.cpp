@@ -21,7 +21,8 @@ using Bytes = std::vector<std::uint8_t>;
 DocumentWindow animation_of(std::span<const Picture> pictures, std::uint32_t delay) {
   DocumentWindow window;
   Recorder recorder;
-  EXPECT_TRUE(build_from_stills(window, pictures, {DocumentKind::MING, delay, 0, true}, recorder.host));
+  EXPECT_TRUE(build_from_stills(window, hold_pictures(pictures), {DocumentKind::MING, delay, 0, true},
+                                recorder.host));
   return window;
 }
 

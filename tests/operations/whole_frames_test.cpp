@@ -63,7 +63,7 @@ TEST(BuildStills, EveryKindPlaysThePicturesAsTheyAre) {
   for (const auto& [kind, name] : {std::pair(A, "a.png"), {M, "a.mng"}, {W, "a.webp"}})
     for (const auto& pictures : sets) {
       DocumentWindow window, read;
-      ASSERT_TRUE(build_from_stills(window, pictures, {kind, 40, 3}, recorder.host)) << name;
+      ASSERT_TRUE(build_from_stills(window, hold_pictures(pictures), {kind, 40, 3}, recorder.host)) << name;
       ASSERT_TRUE(save_document(window, folder / name, recorder.host)) << name;
       EXPECT_EQ(testing::objections(folder / name), "") << name;
       ASSERT_TRUE(open_document(read, folder / name, recorder.host)) << name;
@@ -92,12 +92,12 @@ TEST(BuildStills, EveryKindPlaysThePicturesAsTheyAre) {
   DocumentWindow window;
   EXPECT_FALSE(build_from_stills(window, {}, {}, recorder.host));
   const Picture lost[] = {small_picture(2, 2, 24), Picture()};
-  EXPECT_FALSE(build_from_stills(window, lost, {}, recorder.host));
+  EXPECT_FALSE(build_from_stills(window, hold_pictures(lost), {}, recorder.host));
   const Picture wide[] = {small_picture(16'384, 1, 24)};
-  EXPECT_FALSE(build_from_stills(window, wide, {W}, recorder.host));
+  EXPECT_FALSE(build_from_stills(window, hold_pictures(wide), {W}, recorder.host));
   EXPECT_TRUE(window.list.empty()) << "nothing is left of them";
   recorder.host.stop_requested = [] { return true; };
-  EXPECT_FALSE(build_from_stills(window, sets[0], {}, recorder.host));
+  EXPECT_FALSE(build_from_stills(window, hold_pictures(sets[0]), {}, recorder.host));
 }
 
 TEST(BuildStills, AnAnimatedPngHasWhatChangesAlone) {
@@ -106,14 +106,14 @@ TEST(BuildStills, AnAnimatedPngHasWhatChangesAlone) {
   PicturePutPixel(second, 9, 4, 0x123456);
   Host host;
   DocumentWindow window;
-  ASSERT_TRUE(build_from_stills(window, std::vector{first, second, second}, {}, host));
+  ASSERT_TRUE(build_from_stills(window, std::vector<HeldPicture>{first, second, second}, {}, host));
   const auto entries = frame_entries(window);
   const FrameControl& control = window.list.record(entries[1]).frameControl;
   EXPECT_TRUE(control.xOffset == 7 && control.yOffset == 3 && control.frameWidth == 3 &&
               control.frameHeight == 2);
   EXPECT_EQ(window.list.record(entries[2]).frameControl.frameWidth, 1u);
   DocumentWindow whole;
-  ASSERT_TRUE(build_from_stills(whole, std::vector{first, second}, {.whole = true}, host));
+  ASSERT_TRUE(build_from_stills(whole, std::vector<HeldPicture>{first, second}, {.whole = true}, host));
   EXPECT_EQ(testing::images_of(whole)[1].width(), 20u);
 }
 
@@ -128,7 +128,7 @@ TEST(Reconstruct, PaletteStaysAndEqualFramesBecomeOne) {
       ChunkRecord record;
       chunk_list_get(window.list, entries[i - 1], record);
       const Picture part = PictureCrop(picture_of(record), {1, 1, 4, 3});
-      put_frame_pictures(window, testing::images_of(window), *shared_colors(window));
+      put_frame_pictures(window, hold_pictures(testing::images_of(window)), *shared_colors(window));
       record.data = part.handle();
       record.width = record.frameControl.frameWidth = 3;
       record.height = record.frameControl.frameHeight = 2;
@@ -150,7 +150,7 @@ TEST(Still, IsWhatTheFrameShowsWithTheTextsOfTheDocument) {
   DocumentWindow window = small_document(A, 2, 6), clear, opaque, none;
   ChunkRecord text = text_record("Title", "x");
   chunk_list_insert(window.list, window.document, 2, text);
-  put_frame_pictures(window, std::vector{with_hole(1), with_hole(1)}, {});
+  put_frame_pictures(window, std::vector<HeldPicture>{with_hole(1), with_hole(1)}, {});
   ASSERT_TRUE(still_of_frame(window, clear, 1, false, recorder.host));
   EXPECT_EQ(testing::tags_of(clear.list), "IHDR tEXt IDAT IEND");
   EXPECT_EQ(testing::images_of(clear)[0].bits(), 32u);
@@ -164,7 +164,7 @@ TEST(Extract, NamesPicturesAndFormats) {
   const testing::ScratchFolder folder;
   Recorder recorder;
   DocumentWindow window = small_document(A, 3, 6);
-  put_frame_pictures(window, std::vector{with_hole(1), with_hole(2), with_hole(3)}, {});
+  put_frame_pictures(window, std::vector<HeldPicture>{with_hole(1), with_hole(2), with_hole(3)}, {});
   Extraction extraction{.folder = folder / "new", .stem = "s", .frames = {0, 2}};
   const auto names = extracted_names(window, extraction);
   EXPECT_EQ(names[1].filename(), "s_00003.png");
@@ -203,7 +203,7 @@ TEST(ConvertKind, PalettesOfAnMngBecomeOne) {
       for (unsigned k = 0; k < 256; ++k) PicturePutPixel(picture, k % 16, k / 16, many ? k : k % 80);
       pictures.push_back(picture);
     }
-    ASSERT_TRUE(build_from_stills(window, pictures, {M}, recorder.host));
+    ASSERT_TRUE(build_from_stills(window, hold_pictures(pictures), {M}, recorder.host));
     ASSERT_TRUE(convert_kind(window, converted, {A, false}, recorder.host));
     EXPECT_TRUE(shared_colors(converted)) << "one palette";
     EXPECT_EQ(canvases(converted, 3) == canvases(window), !many) << "exactly where 256 colors are enough";

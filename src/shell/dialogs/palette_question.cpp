@@ -10,7 +10,8 @@ namespace vellum {
 
 std::optional<FieldValues> ask_for_palette(const Operation& operation, const DocumentWindow& window,
                                            Services& services, QWidget* parent) {
-  SelectPaletteRequest request{shown_pictures(window), {}, has_transparency(window) ? 255u : 256u, true};
+  SelectPaletteRequest request{{}, {}, has_transparency(window) ? 255u : 256u, true};
+  for (const HeldPicture& held : shown_pictures(window)) request.pictures.push_back(held.picture());
   Compositor compositor(window.list, window.document);
   if (compositor.frames() > 0) request.preview = compositor.frame(0).picture;
   const auto palette = select_palette(parent, request, services);

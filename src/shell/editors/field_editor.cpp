@@ -32,7 +32,8 @@ bool may_convert(Editing& editing, const FieldValues& values) {
 std::optional<PaletteColors> palette_for(Editing& editing, std::uint32_t most) {
   // An entry is kept for what is transparent.
   if (has_transparency(editing.window)) --most;
-  SelectPaletteRequest request{.pictures = shown_pictures(editing.window), .preview = {}, .most = most};
+  SelectPaletteRequest request{.pictures = {}, .preview = {}, .most = most};
+  for (const HeldPicture& held : shown_pictures(editing.window)) request.pictures.push_back(held.picture());
   if (!request.pictures.empty()) request.preview = request.pictures.front();
   return select_palette(&editing.dialog, request, editing.services);
 }
