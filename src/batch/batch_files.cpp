@@ -59,11 +59,13 @@ std::vector<BatchFile> batch_files(std::span<const std::string> inputs, const Ba
   return files;
 }
 
-std::vector<BatchFile> batch_shard(std::vector<BatchFile> files, std::size_t index, std::size_t of) {
-  std::ranges::sort(files, {}, &BatchFile::source);
-  std::vector<BatchFile> shard;
-  for (std::size_t i = index - 1; i < files.size(); i += of) shard.push_back(std::move(files[i]));
-  return shard;
+void take_shard(std::vector<BatchFile>& files, std::size_t index, std::size_t of) {
+  std::ranges::stable_sort(files, {}, &BatchFile::source);
+  for (std::size_t i = 0; i < files.size(); ++i) files[i].ours = i % of == index - 1;
+}
+
+std::size_t count_ours(std::span<const BatchFile> files) {
+  return static_cast<std::size_t>(std::ranges::count_if(files, &BatchFile::ours));
 }
 
 }  // namespace vellum

@@ -14,6 +14,8 @@ namespace vellum {
 /// named one and the file.
 struct BatchFile {
   std::filesystem::path source, below;
+  bool ours =
+      true;  ///< worked on by this run, and not by one beside it that takes its name into account as well
 };
 
 struct BatchSearch {
@@ -27,8 +29,9 @@ struct BatchSearch {
 std::vector<BatchFile> batch_files(std::span<const std::string> inputs, const BatchSearch& search,
                                    const Host& host);
 
-/// Every `of`th file from number `index` (1 to `of`) on, of the files by their paths: together the shards of
-/// one list are all of it, and each file is in one.
-std::vector<BatchFile> batch_shard(std::vector<BatchFile> files, std::size_t index, std::size_t of);
+/// Puts the files in the order of their paths and leaves this run every `of`th from number `index` (1 to
+/// `of`) on: together the shards of one list are all of it, and each file is in one.
+void take_shard(std::vector<BatchFile>& files, std::size_t index, std::size_t of);
+std::size_t count_ours(std::span<const BatchFile> files);
 
 }  // namespace vellum

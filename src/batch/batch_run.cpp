@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <new>
+#include <unordered_map>
 
 #include "base/parallel.h"
 #include "batch/settings.h"
@@ -36,27 +39,36 @@ class Contest {
     const std::lock_guard lock(mutex_);
     if (cancelled_) return BatchResult::Cancelled;
     if (!targets_.taken(row.target)) return take(row, row.target);
-    const OverwriteChoice choice = rest_      ? *rest_
-                                   : run_.ask ? run_.ask(row.target, result)
-                                              : OverwriteChoice();
-    if (choice.rest) rest_ = choice;
-    switch (choice.answer) {
-      case OverwriteAnswer::Skip:
-        return BatchResult::Skipped;
-      case OverwriteAnswer::Cancel:
-        cancelled_ = true;
-        return BatchResult::Cancelled;
-      case OverwriteAnswer::KeepBoth:
-        return take(row, targets_.unique(row.target));
-      case OverwriteAnswer::NewName:
-        return take(row, choice.name);
-      case OverwriteAnswer::Overwrite:
-        break;
+    for (std::string fault = row.reason;;) {
+      const OverwriteChoice choice = answer_for(row, result, fault);
+      switch (choice.answer) {
+        case OverwriteAnswer::Skip:
+          return BatchResult::Skipped;
+        case OverwriteAnswer::Cancel:
+          cancelled_ = true;
+          return BatchResult::Cancelled;
+        case OverwriteAnswer::NewName:
+          return take(row, choice.name);
+        case OverwriteAnswer::Overwrite:
+          return take(row, row.target);
+        case OverwriteAnswer::KeepBoth:
+          if (const fs::path free = targets_.unique(row.target); !free.empty()) return take(row, free);
+          break;
+      }
+      fault = string_text(StringId::NoUniqueName);
+      rest_.reset();  // it can't be kept to
+      if (!run_.ask) return take(row, {});
     }
-    return take(row, row.target);
   }
 
  private:
+  OverwriteChoice answer_for(const BatchRow& row, const Picture& result, const std::string& fault) {
+    if (rest_) return *rest_;
+    const OverwriteChoice choice = run_.ask ? run_.ask(row.target, result, fault) : OverwriteChoice();
+    if (choice.rest) rest_ = choice;
+    return choice;
+  }
+
   std::optional<BatchResult> take(BatchRow& row, const fs::path& path) {
     if (path.empty()) {
       row.reason = string_text(StringId::NoUniqueName);
@@ -124,7 +136,7 @@ class FileAtWork {
       if (const auto entries = frame_entries(window); !entries.empty())
         shown_ = frame_layer_of(frame_source_of(window), window.list.record(entries.front())).picture;
     if (const auto settled = settle()) return *settled;
-    return make_folder() && save(window) ? BatchResult::Ok : BatchResult::BadWrite;
+    return make_folder() && save(window) ? BatchResult::Ok : not_written();
   }
 
   BatchResult do_picture(const Picture& picture) {
@@ -133,7 +145,7 @@ class FileAtWork {
     if (!shown_) return failed();
     if (const auto settled = settle()) return *settled;
     const bool written = make_folder() && GraphicFileWrite(row_.target.string(), shown_);
-    return written ? BatchResult::Ok : BatchResult::BadWrite;
+    return written ? BatchResult::Ok : not_written();
   }
 
   bool save(DocumentWindow& window) {
@@ -142,6 +154,10 @@ class FileAtWork {
   }
 
   std::optional<BatchResult> settle() { return contest_ ? contest_->settle(row_, shown_) : std::nullopt; }
+
+  BatchResult not_written() const {
+    return stop_ && row_.reason.empty() ? BatchResult::Cancelled : BatchResult::BadWrite;
+  }
 
   BatchResult failed() const { return stop_ ? BatchResult::Cancelled : BatchResult::ObjectError; }
 
@@ -175,13 +191,25 @@ void work_on(const BatchRun& run, BatchRow& row, const std::atomic<bool>& stop, 
 class Telling {
  public:
   Telling(std::vector<BatchRow>& rows, const std::function<void(const BatchRow&)>& told)
-      : rows_(rows), done_(rows.size()), told_(told) {}
+      : rows_(rows), done_(rows.size()), left_(rows.size()), told_(told) {}
 
   void done(std::size_t row) {
     const std::lock_guard lock(mutex_);
     done_[row] = true;
     for (; next_ < rows_.size() && done_[next_]; ++next_)
       if (told_) told_(rows_[next_]);
+  }
+  /// Nothing more comes of a row, done or not.
+  void leave(std::size_t row) {
+    const std::lock_guard lock(mutex_);
+    left_[row] = true;
+    changed_.notify_all();
+  }
+  /// Returns when that holds of all of them.
+  void wait_for(const std::vector<std::size_t>& rows) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock,
+                  [&] { return std::ranges::all_of(rows, [&](std::size_t row) { return left_[row]; }); });
   }
   /// Tells the rest after a stop, and leaves the rows out that were never begun. Whether there are such.
   bool finish() {
@@ -198,10 +226,51 @@ class Telling {
 
  private:
   std::vector<BatchRow>& rows_;
-  std::vector<bool> done_;
+  std::vector<bool> done_, left_;
   const std::function<void(const BatchRow&)>& told_;
   std::mutex mutex_;
+  std::condition_variable changed_;
   std::size_t next_ = 0;
+};
+
+/// Which rows wait for some in front of them: those that write what these write or read, or read what these
+/// write. Folders are told apart by where they are and not by how they were named.
+class Waiting {
+ public:
+  explicit Waiting(const std::vector<BatchRow>& rows) {
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const std::string source = place(rows[i].source), target = place(rows[i].target);
+      wait(i, writes_, target);
+      wait(i, writes_, source);
+      wait(i, reads_, target);
+      wait(i, reads_, source);  // so that who waits for the last reader waits for all
+      writes_[target] = reads_[source] = i;
+    }
+  }
+
+  const std::vector<std::size_t>& of(std::size_t row) const {
+    static const std::vector<std::size_t> none;
+    const auto at = fronts_.find(row);
+    return at == fronts_.end() ? none : at->second;
+  }
+
+ private:
+  using Rows = std::unordered_map<std::string, std::size_t>;
+
+  void wait(std::size_t row, const Rows& others, const std::string& path) {
+    if (const auto at = others.find(path); at != others.end()) fronts_[row].push_back(at->second);
+  }
+
+  std::string place(const fs::path& path) {
+    const auto [folder, fresh] = folders_.try_emplace(path.parent_path().native());
+    std::error_code error;
+    if (fresh) folder->second = fs::weakly_canonical(fs::absolute(path.parent_path(), error), error).native();
+    return folder->second + '/' + path.filename().native();
+  }
+
+  Rows writes_, reads_;
+  std::unordered_map<std::string, std::string> folders_;
+  std::unordered_map<std::size_t, std::vector<std::size_t>> fronts_;
 };
 
 enum class Fate { Open, Settled, Contested };
@@ -210,8 +279,12 @@ enum class Fate { Open, Settled, Contested };
 std::vector<BatchRow> settled_rows(BatchTargets& targets, std::span<const BatchFile> files,
                                    std::vector<Fate>& fates) {
   std::vector<BatchRow> rows;
-  rows.reserve(files.size());
+  rows.reserve(count_ours(files));
   for (const BatchFile& file : files) {
+    if (!file.ours) {
+      targets.take(targets.named(file));
+      continue;
+    }
     BatchTarget target = targets.settle(file);
     fates.push_back(target.settled ? Fate::Settled : target.contested ? Fate::Contested : Fate::Open);
     rows.push_back({.source = file.source,
@@ -234,11 +307,14 @@ std::vector<BatchRow> run_batch(const BatchRun& run, std::span<const BatchFile> 
                                 const std::atomic<bool>& stop,
                                 const std::function<void(const BatchRow&)>& told) {
   std::vector<Fate> fates;
-  BatchTargets targets(run.naming);
+  BatchTargets targets(run.naming, static_cast<bool>(run.ask));
   std::vector<BatchRow> rows = settled_rows(targets, files, fates);
   Contest contest(run, targets);
   Telling telling(rows, told);
+  const Waiting waiting(rows);
   parallel_jobs(rows.size(), run.jobs, [&](std::size_t i) {
+    const std::shared_ptr<void> leaving(nullptr, [&, i](void*) { telling.leave(i); });
+    telling.wait_for(waiting.of(i));
     if (stop || contest.cancelled()) return;
     if (fates[i] != Fate::Settled)
       work_on(run, rows[i], stop, fates[i] == Fate::Contested ? &contest : nullptr);

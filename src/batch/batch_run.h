@@ -17,9 +17,10 @@ struct OverwriteChoice {
   bool rest = false;           ///< the answer holds for all that follow; of Overwrite, KeepBoth and Skip
 };
 
-/// Asked by workers, one at a time: `result` is what would be written.
-using AskOverwrite =
-    std::function<OverwriteChoice(const std::filesystem::path& target, const Picture& result)>;
+/// Asked by workers, one at a time: `result` is what would be written, `fault` why there was no name that is
+/// free, where that was tried.
+using AskOverwrite = std::function<OverwriteChoice(const std::filesystem::path& target, const Picture& result,
+                                                   const std::string& fault)>;
 
 struct BatchRun {
   BatchWork work;
@@ -31,10 +32,12 @@ struct BatchRun {
   std::size_t jobs = 0;  ///< files at a time, 0: one a core
 };
 
-/// Works on the files, no more of them at a time than there are jobs, and calls `told` with the row of each
-/// in their order, whatever the number of jobs; from several threads, one after the other. A fault in one
-/// file is its row, and the others go on. After a stop, and after an answer of Cancel, comes a last row
-/// without a path. Sources are not changed but where a target is one.
+/// Works on the files that are ours, no more of them at a time than there are jobs, and calls `told` with the
+/// row of each in their order, whatever the number of jobs; a file whose target another one reads or writes
+/// waits for what stands in front of it, so what is written is that of one job. Rows come from several
+/// threads, one after the other. A fault in one file is its row, and the others go on. After a stop, and
+/// after an answer of Cancel, comes a last row without a path. Sources are not changed but where a target is
+/// one.
 std::vector<BatchRow> run_batch(const BatchRun& run, std::span<const BatchFile> files,
                                 const std::atomic<bool>& stop,
                                 const std::function<void(const BatchRow&)>& told);

@@ -22,7 +22,7 @@ std::string held_name(const std::string& stem, const std::string& more, const st
 
 fs::path BatchTargets::named(const BatchFile& file) const {
   const std::string stem = naming_.prefix + file.source.stem().string();
-  std::string extension = file.source.extension().string();
+  std::string extension = naming_.extension.empty() ? file.source.extension().string() : naming_.extension;
   if (naming_.makes != DocumentKind::None && !has_extension_of(file.source, naming_.makes))
     extension = kind_row(naming_.makes).extensions.front();
   return naming_.destination / file.below / held_name(stem, {}, extension);
@@ -42,6 +42,19 @@ fs::path BatchTargets::unique(const fs::path& path) const {
   return {};
 }
 
+void BatchTargets::keep_both(BatchTarget& target) {
+  if (const fs::path free = unique(target.path); !free.empty()) {
+    target.path = free;
+    return;
+  }
+  target.reason = string_text(StringId::NoUniqueName);
+  target.contested = asks_;
+  if (asks_)
+    naming_.overwrite = Overwrite::Ask;
+  else
+    target.settled = BatchResult::BadWrite;
+}
+
 BatchTarget BatchTargets::settle(const BatchFile& file) {
   BatchTarget target{named(file), {}, {}};
   if (taken(target.path)) {
@@ -51,15 +64,7 @@ BatchTarget BatchTargets::settle(const BatchFile& file) {
       target.reason = "exists";
     }
     target.contested = naming_.overwrite == Overwrite::Ask;
-    if (naming_.overwrite == Overwrite::KeepBoth) {
-      const fs::path free = unique(target.path);
-      if (free.empty()) {
-        target.settled = BatchResult::BadWrite;
-        target.reason = string_text(StringId::NoUniqueName);
-      } else {
-        target.path = free;
-      }
-    }
+    if (naming_.overwrite == Overwrite::KeepBoth) keep_both(target);
   }
   if (!target.settled && !target.contested) take(target.path);
   return target;

@@ -23,6 +23,7 @@ struct BatchNaming {
   std::string prefix;                       ///< in front of each name
   DocumentKind makes = DocumentKind::None;  ///< of the results, where that isn't the kind of their sources
   Overwrite overwrite = Overwrite::Fail;
+  std::string extension = {};  ///< of the results, with its dot, where they are no documents
 };
 
 /// What was settled for a file: its target, and the result where it isn't worked on for that reason.
@@ -37,10 +38,13 @@ struct BatchTarget {
 /// there.
 class BatchTargets {
  public:
-  explicit BatchTargets(BatchNaming naming) : naming_(std::move(naming)) {}
+  /// `asks`: a person can be asked, also of what was to be settled without.
+  explicit BatchTargets(BatchNaming naming, bool asks = false) : naming_(std::move(naming)), asks_(asks) {}
 
   /// The prefix and the source's name, of 259 bytes at most, in the destination.
   std::filesystem::path named(const BatchFile& file) const;
+  /// Where no name is left for a result that is to stand beside another, a person is asked, of this and all
+  /// files behind it.
   BatchTarget settle(const BatchFile& file);
   bool taken(const std::filesystem::path& path) const;
   /// "NAME (2).png" to "NAME (99999).png"; empty where all of them are taken.
@@ -48,7 +52,10 @@ class BatchTargets {
   void take(const std::filesystem::path& path) { taken_.insert(path); }
 
  private:
+  void keep_both(BatchTarget& target);
+
   BatchNaming naming_;
+  bool asks_;
   std::set<std::filesystem::path> taken_;
 };
 

@@ -20,10 +20,6 @@ struct BatchWork {
       save = {};
 };
 
-/// In front of the names of an operation's results: the setting of an operation that has one (`stored`), else
-/// what the row says, else the row's name.
-std::string batch_prefix(const Operation& operation, bool stored);
-
 /// The values for a document.
 using ValuesFor = std::function<std::optional<FieldValues>(const DocumentWindow&)>;
 

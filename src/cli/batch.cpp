@@ -6,7 +6,7 @@
 #include <iostream>
 #include <set>
 
-#include "batch/batch_run.h"
+#include "batch/batch_process.h"
 #include "batch/settings.h"
 #include "cli/batch_report.h"
 #include "cli/command.h"
@@ -23,17 +23,17 @@ const std::map<std::string, Overwrite> kOverwrites = {{"silently", Overwrite::Si
                                                       {"keep-both", Overwrite::KeepBoth},
                                                       {"fail", Overwrite::Fail}};
 
-/// One operation below the command.
+/// One operation or export below the command.
 struct Chosen {
-  const Operation* operation;
+  BatchProcess process;
   CLI::App* app;
   GivenParameters parameters;
   std::vector<std::string> inputs;
 };
 
 struct BatchOptions {
-  std::vector<std::unique_ptr<Chosen>> operations;
-  std::string destination, list, shard, prefix, resume;
+  std::vector<std::unique_ptr<Chosen>> processes;
+  std::string destination, list, shard, prefix, resume, extension;
   std::vector<std::string> reports;
   Overwrite overwrite = Overwrite::Fail;
   bool stills = false, recursive = false, noPrefix = false, noPromote = false, thumbnails = false,
@@ -75,7 +75,8 @@ bool leave_out_done(const std::string& report, std::vector<BatchFile>& files) {
   std::set<std::filesystem::path> done;
   for (const BatchRow& row : *rows)
     if (row.result == BatchResult::Ok) done.insert(row.source);
-  std::erase_if(files, [&done](const BatchFile& file) { return done.contains(file.source); });
+  for (BatchFile& file : files)
+    if (done.contains(file.source)) file.ours = false;
   return true;
 }
 
@@ -94,24 +95,24 @@ std::optional<std::vector<BatchFile>> files_of(const BatchOptions& options, cons
       wrong_usage("--shard is a number and a count, such as 1/3");
       return std::nullopt;
     }
-    files = batch_shard(std::move(files), shard->index, shard->of);
+    take_shard(files, shard->index, shard->of);
   }
   if (!options.resume.empty() && !leave_out_done(options.resume, files)) return std::nullopt;
   return files;
 }
 
-/// Whether the first file that is an animation takes the values: what is wrong for it is wrong usage, and
-/// told.
-bool values_hold(const Chosen& chosen, const std::vector<BatchFile>& files) {
+/// The values for the first of our files that is of a kind that is taken: what is wrong for it is wrong
+/// usage, and told. Those for no document where there is no such file.
+std::optional<FieldValues> first_values(const Chosen& chosen, const std::vector<BatchFile>& files) {
+  const Parameters& parameters = chosen.process.parameters();
   for (const BatchFile& file : files) {
     DocumentWindow window;
     Host silent;
-    if (!open_document(window, file.source, silent) ||
-        !takes_kind(chosen.operation->parameters, window.document.kind))
-      continue;
-    return parameter_values(chosen.operation->parameters, chosen.parameters, window).has_value();
+    if (file.ours && open_document(window, file.source, silent) &&
+        takes_kind(parameters, window.document.kind))
+      return parameter_values(parameters, chosen.parameters, window);
   }
-  return true;
+  return setting_values(fields_for(parameters, {}));
 }
 
 void tell_row(const BatchOptions& options, const BatchRow& row) {
@@ -130,21 +131,32 @@ int end_of_run(const BatchOptions& options, const std::vector<BatchRow>& rows) {
   return errors == 0 ? kDone : kFailed;
 }
 
-BatchRun batch_run_of(const BatchOptions& options, const Chosen& chosen) {
-  const Operation& operation = *chosen.operation;
+/// Takes the format of --extension; false after the reason was told.
+bool choose_format(const BatchOptions& options, Chosen& chosen) {
+  if (options.extension.empty()) return true;
+  const std::string name = (options.extension.starts_with('.') ? "x" : "x.") + options.extension;
+  const Exporter* exporter = chosen.process.exporter;
+  const auto format = exporter ? format_of_name(*exporter, name) : std::nullopt;
+  if (!format || exporter->formatField)
+    return wrong_usage("--extension " + options.extension + " is none of its formats");
+  chosen.process.format = *format;
+  return true;
+}
+
+BatchRun batch_run_of(const BatchOptions& options, const Chosen& chosen, const FieldValues& first) {
   BatchRun run;
-  run.work = operation_work(
-      operation,
+  run.work = batch_work(
+      chosen.process,
       [&chosen](const DocumentWindow& window) {
-        return parameter_values(chosen.operation->parameters, chosen.parameters, window);
+        return parameter_values(chosen.process.parameters(), chosen.parameters, window);
       },
       !options.noPromote);
   run.naming.destination = options.destination;
   run.naming.overwrite = options.overwrite;
-  run.naming.makes = operation.makes;
+  name_results(run.naming, chosen.process, first);
   if (!options.noPrefix)
     run.naming.prefix =
-        options.prefix.empty() ? batch_prefix(operation, chosen.parameters.stored) : options.prefix;
+        options.prefix.empty() ? batch_prefix(chosen.process, chosen.parameters.stored) : options.prefix;
   run.stills = options.stills;
   run.thumbnails = options.thumbnails || options.hidden;
   run.hiddenThumbnails = options.hidden;
@@ -152,7 +164,7 @@ BatchRun batch_run_of(const BatchOptions& options, const Chosen& chosen) {
   return run;
 }
 
-int run_operation_over(const BatchOptions& options, const Chosen& chosen, Host& host) {
+int run_over_files(const BatchOptions& options, Chosen& chosen, Host& host) {
   if (options.destination.empty()) {
     wrong_usage("--dest names the folder of the results");
     return kWrongUsage;
@@ -161,9 +173,11 @@ int run_operation_over(const BatchOptions& options, const Chosen& chosen, Host& 
     wrong_usage("--prefix has no slash");
     return kWrongUsage;
   }
+  if (!choose_format(options, chosen)) return kWrongUsage;
   const auto files = files_of(options, chosen, host);
-  if (!files || !values_hold(chosen, *files)) return kWrongUsage;
-  const BatchRun run = batch_run_of(options, chosen);
+  const auto first = files ? first_values(chosen, *files) : std::nullopt;
+  if (!first) return kWrongUsage;
+  const BatchRun run = batch_run_of(options, chosen, *first);
   const auto tell = [&options](const BatchRow& row) { tell_row(options, row); };
   if (options.dryRun) {
     const auto rows = plan_batch(run, *files);
@@ -173,9 +187,10 @@ int run_operation_over(const BatchOptions& options, const Chosen& chosen, Host& 
   std::signal(SIGINT, [](int) { stopped = true; });
   std::signal(SIGTERM, [](int) { stopped = true; });
   std::size_t done = 0;
-  const Progress progress(host, chosen.operation->parameters.title);
+  const std::size_t count = count_ours(*files);
+  const Progress progress(host, chosen.process.parameters().title);
   return end_of_run(options, run_batch(run, *files, stopped, [&](const BatchRow& row) {
-                      progress.step(++done, files->size());
+                      progress.step(++done, count);
                       tell(row);
                     }));
 }
@@ -192,14 +207,14 @@ int join_reports(const BatchOptions& options) {
 }
 
 int run_batch_command(const BatchOptions& options, Host& host) {
-  for (const auto& chosen : options.operations)
+  for (const auto& chosen : options.processes)
     if (chosen->app->parsed()) {
-      if (options.reports.empty()) return run_operation_over(options, *chosen, host);
+      if (options.reports.empty()) return run_over_files(options, *chosen, host);
       wrong_usage("--report stands without an operation");
       return kWrongUsage;
     }
   if (!options.reports.empty()) return join_reports(options);
-  wrong_usage("name an operation, or reports to join");
+  wrong_usage("name an operation or an export, or reports to join");
   return kWrongUsage;
 }
 
@@ -212,6 +227,9 @@ void add_options(CLI::App& app, BatchOptions& options) {
   app.add_flag("--no-prefix", options.noPrefix, "Results have the names of their sources");
   app.add_option("--prefix", options.prefix, "In front of each name, in place of the operation's own")
       ->type_name("TEXT");
+  app.add_option("--extension", options.extension,
+                 "Of an export with several formats: the one of this extension")
+      ->type_name("EXT");
   app.add_flag("--no-promote", options.noPromote,
                "Animations with palettes are not made true color where the operation needs it");
   app.add_flag("--thumbnails", options.thumbnails, "A small picture, NAME.THN, beside each result");
@@ -239,17 +257,18 @@ Run prepare_batch(CLI::App& app) {
   add_options(app, *options);
   app.require_subcommand(0, 1);
   app.fallthrough();
-  for (const Operation* operation : operation_table()) {
-    if (operation->result == OperationResult::Files) continue;  // they name their files by themselves
-    CLI::App* sub = app.add_subcommand(operation->parameters.name, operation->parameters.help);
+  for (const BatchProcess& process : batch_processes()) {
+    if (process.format != 0) continue;  // --extension chooses it
+    const Parameters& parameters = process.parameters();
+    CLI::App* sub = app.add_subcommand(parameters.name, parameters.help);
     auto chosen = std::make_unique<Chosen>();
-    chosen->operation = operation;
+    chosen->process = process;
     chosen->app = sub;
     sub->fallthrough();
     sub->add_option("INPUT", chosen->inputs, "A file, or a folder: its animations");
-    add_parameter_options(*sub, operation->parameters, chosen->parameters);
-    add_stored_option(*sub, operation->parameters, chosen->parameters);
-    options->operations.push_back(std::move(chosen));
+    add_parameter_options(*sub, parameters, chosen->parameters);
+    add_stored_option(*sub, parameters, chosen->parameters);
+    options->processes.push_back(std::move(chosen));
   }
   return [options](Host& host) { return run_batch_command(*options, host); };
 }

@@ -1,5 +1,5 @@
 // Runs over folders of good and bad files: what each row says, what is written, and what is left alone.
-#include "batch/batch_run.h"
+#include "batch/batch_process.h"
 
 #include <gtest/gtest.h>
 
@@ -162,14 +162,108 @@ TEST_F(Batch, AStopEndsTheRunWithARowOfItsOwnAndLeavesNoHalfFile) {
   EXPECT_EQ(contents(out_).size(), 1u);
 }
 
-TEST_F(Batch, ShardsAreTogetherAllOfTheFiles) {
-  const auto all = files({.recursive = true});
-  for (const std::size_t of : {1, 2, 3, 50}) {
-    std::multiset<fs::path> together, wanted;
-    for (std::size_t index = 1; index <= of; ++index)
-      for (const BatchFile& file : batch_shard(all, index, of)) together.insert(file.source);
-    for (const BatchFile& file : all) wanted.insert(file.source);
-    EXPECT_EQ(together, wanted) << of;
+TEST_F(Batch, JobsAndShardsWriteWhatOneRunWritesWhateverNamesMeet) {
+  // Names meet in the destination, results are sources of others, one source stands twice, and a folder has
+  // two names.
+  Recorder recorder;
+  for (const char* name : {"T_a.png", "T_T_a.png", "z/a.png"}) {
+    fs::create_directories((in_ / name).parent_path());
+    DocumentWindow window =
+        testing::small_document(DocumentKind::APNG, 2 + std::string_view(name).size() % 5, 2);
+    ASSERT_TRUE(save_document(window, in_ / name, recorder.host));
+  }
+  fs::create_directory_symlink("in", folder_ / "again");
+  const auto start = contents(in_);
+  const auto reset = [&] {
+    fs::remove_all(in_);
+    for (const auto& [name, bytes] : start) {
+      fs::create_directories((in_ / name).parent_path());
+      std::ofstream(in_ / name)
+          .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+  };
+  std::vector<BatchFile> named;
+  for (const char* name : {"a.png", "T_a.png", "a.png", "deep/a.png", "z/a.png", "T_T_a.png"})
+    named.push_back({in_ / name, {}});
+  for (const auto overwrite : {Overwrite::Silently, Overwrite::Skip, Overwrite::KeepBoth, Overwrite::Fail})
+    for (const bool among : {false, true}) {
+      BatchRun run = run_of("reverse");
+      run.naming.overwrite = overwrite;
+      run.naming.destination = among ? folder_ / "again" : out_;
+      std::map<std::string, std::vector<std::uint8_t>> first;
+      for (const std::size_t jobs : {1, 4, 7}) {
+        reset();
+        fs::remove_all(out_);
+        run.jobs = jobs;
+        run_batch(run, named, stop_, {});
+        const auto made = contents(folder_.path());
+        if (jobs == 1) first = made;
+        EXPECT_EQ(made, first) << static_cast<int>(overwrite) << among << jobs;
+      }
+      // Shards don't wait for each other, so none reads what another writes; sources stand once.
+      if (among || overwrite == Overwrite::Silently) continue;
+      std::vector<BatchFile> sorted = named;
+      sorted.erase(sorted.begin() + 2);
+      take_shard(sorted, 1, 1);
+      fs::remove_all(out_);
+      run_batch(run, sorted, stop_, {});
+      const auto whole = contents(out_);
+      fs::remove_all(out_);
+      for (const std::size_t shard : {3, 1, 2}) {
+        take_shard(sorted, shard, 3);
+        run_batch(run, sorted, stop_, {});
+      }
+      EXPECT_EQ(contents(out_), whole) << static_cast<int>(overwrite);
+    }
+}
+
+TEST_F(Batch, WhereNoNameIsLeftAPersonIsAsked) {
+  // In a folder that leads to itself every name is taken.
+  fs::create_symlink("loop", folder_ / "loop");
+  BatchRun run = run_of("reverse");
+  run.naming = {folder_ / "loop", "", DocumentKind::None, Overwrite::KeepBoth};
+  run.jobs = 1;
+  const std::vector<BatchFile> two = {{in_ / "a.png", {}}, {in_ / "b.mng", {}}};
+  EXPECT_EQ(told(run, two), "a.png Bad write, b.mng Bad write");
+  std::vector<std::string> faults;
+  run.ask = [&](const fs::path&, const Picture&, const std::string& fault) -> OverwriteChoice {
+    faults.push_back(fault);
+    if (faults.size() == 2) return {OverwriteAnswer::KeepBoth, {}, true};
+    return {OverwriteAnswer::NewName, out_ / ("new" + std::to_string(faults.size()) + ".png"), false};
+  };
+  EXPECT_EQ(told(run, two), "a.png Ok, b.mng Ok");
+  const std::string none(string_text(StringId::NoUniqueName));
+  EXPECT_EQ(faults, (std::vector<std::string>{none, "", none})) << "once asked, the run asks on";
+  EXPECT_TRUE(fs::exists(out_ / "new1.png") && fs::exists(out_ / "new3.png"));
+}
+
+TEST_F(Batch, ExportsGoThroughTheirRows) {
+  for (const BatchProcess& process : batch_processes()) {
+    if (!process.exporter) continue;
+    const Parameters& parameters = process.parameters();
+    const auto values = [&](const DocumentWindow& w) {
+      return std::optional(initial_values(fields_for(parameters, w)));
+    };
+    BatchRun run;
+    run.work = batch_work(process, values, true);
+    run.naming.destination = out_;
+    run.naming.prefix = batch_prefix(process, true);
+    name_results(run.naming, process, *values({}));
+    for (const fs::path& source : {in_ / "a.png", in_ / "d.png"}) {
+      DocumentWindow window;
+      ASSERT_TRUE(open_document(window, source, host_));
+      const bool taken = takes_kind(parameters, window.document.kind);
+      const BatchFile file{source, {}};
+      const BatchRow row = run_batch(run, {&file, 1}, stop_, {})[0];
+      EXPECT_EQ(row.result, taken ? BatchResult::Ok : BatchResult::BadRead) << parameters.name << row.reason;
+      if (!taken) continue;
+      EXPECT_EQ(row.target.extension(), run.naming.extension);
+      EXPECT_TRUE(row.target.filename().string().starts_with(run.naming.prefix));
+      const fs::path alone = folder_ / ("alone" + run.naming.extension);
+      ASSERT_TRUE(export_document(*process.exporter, window, *values(window), alone, host_));
+      EXPECT_EQ(fs::file_size(row.target), fs::file_size(alone)) << parameters.name;
+    }
+    fs::remove_all(out_);
   }
 }
 

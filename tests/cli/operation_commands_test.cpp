@@ -229,6 +229,48 @@ TEST(BatchCommand, ShardsReportsAndResumedRunsAreTogetherOneRun) {
   EXPECT_NE(failing.output.find("There were 5 errors."), std::string::npos);
 }
 
+TEST(BatchCommand, AKilledRunLeavesWholeFilesAndIsResumed) {
+  testing::ScratchFolder folder;
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  std::filesystem::create_directories(folder / "in");
+  constexpr int kFiles = 90;
+  Recorder recorder;
+  for (int i = 0; i < kFiles; ++i) {
+    DocumentWindow made = testing::small_document(DocumentKind::APNG, 2 + i % 3, 2);
+    ASSERT_TRUE(save_document(made, folder / "in" / (std::to_string(i) + ".png"), recorder.host));
+  }
+  const auto shell = [&](const std::string& line) {
+    return testing::run_tool({"sh", "-c", "cd " + folder.path().string() + " && " + line});
+  };
+  const std::string program = testing::program_folder() / "vellum";
+  const std::string run = program + " batch resize in --width 700 --json --dest ";
+  ASSERT_EQ(shell(run + "whole > whole.json").status, 0);
+  // A reader that ends early would end it by a pipe; the third row of the report ends it without a word.
+  const auto killed =
+      shell("{ " + run +
+            "parts --jobs 3 & } > cut.json; pid=$!; "
+            "while [ $(wc -l < cut.json) -lt 3 ] && kill -0 $pid; do :; done; kill -9 $pid; wait $pid; "
+            "wc -l < cut.json");
+  EXPECT_LT(std::stoi(killed.output.substr(killed.output.find_last_of("\n", killed.output.size() - 2) + 1)),
+            kFiles);
+  const auto made = [&](const char* name) {
+    std::map<std::string, std::vector<std::uint8_t>> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder / name))
+      if (!entry.path().filename().string().starts_with('.'))
+        files[entry.path().filename()] = testing::file_bytes(entry.path());
+    return files;
+  };
+  const auto whole = made("whole");
+  ASSERT_EQ(whole.size(), static_cast<std::size_t>(kFiles));
+  for (const auto& [name, bytes] : made("parts")) EXPECT_EQ(bytes, whole.at(name)) << name;
+  const auto resumed = shell(run + "parts --overwrite silently --resume cut.json > rest.json");
+  EXPECT_EQ(resumed.status, 0) << resumed.output;
+  EXPECT_EQ(made("parts"), whole);
+  const auto joined = shell(program + " batch --report cut.json --report rest.json");
+  EXPECT_EQ(joined.status, 0);
+  EXPECT_EQ(std::ranges::count(joined.output, '\n'), kFiles + 1);
+}
+
 /// The line of the guide's table for a field.
 std::string guide_line(const Parameters& row, const Field& field) {
   std::string values = field.type == FieldType::Flag && field.choices.empty() ? "yes, no" : "";

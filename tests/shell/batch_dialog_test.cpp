@@ -90,7 +90,7 @@ TEST_F(BatchDialogTest, RunsOverTheSelectedFilesAndAsksWhereSomethingStands) {
     ASSERT_EQ(answers_.messages.size(), 1u);
     EXPECT_EQ(answers_.messages[0].id, StringId::SelectionNotFound);
     dialog.files().selectAll();
-    dialog.choose(*find_operation("flip"));
+    dialog.choose({.operation = find_operation("flip")});
     EXPECT_EQ(run(dialog, OverwriteAnswer::Skip), (std::vector{Ok, Ok, BadRead, Ok}));
     EXPECT_EQ(out(), QStringList({"FlipRotate_a.png", "FlipRotate_b.png", "FlipRotate_c.png"}));
     EXPECT_EQ(prompts_, 0);

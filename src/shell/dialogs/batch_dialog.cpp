@@ -9,7 +9,6 @@
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
-#include "batch/batch_run.h"
 #include "batch/settings.h"
 #include "configuration/shell_settings.h"
 #include "core/files/open_document.h"
@@ -37,40 +36,43 @@ QString first_folder() {
 
 int row_height() { return std::clamp(settings::BatchProcessorItemHeight, kLeastRow, kMostRow); }
 
-BatchRun run_of(const Operation& operation, const FieldValues& values, const QString& destination) {
+BatchRun run_of(const BatchProcess& process, const FieldValues& values, const QString& destination) {
   static constexpr Overwrite modes[] = {Overwrite::Silently, Overwrite::Ask, Overwrite::KeepBoth};
   BatchRun run;
-  run.work = operation_work(
-      operation, [values](const DocumentWindow&) { return std::optional(values); },
+  run.work = batch_work(
+      process, [values](const DocumentWindow&) { return std::optional(values); },
       settings::BPAutoUpsample != 0);
   run.naming.destination = to_path(destination);
   run.naming.overwrite = modes[std::clamp(settings::BPOverwriteMode, 0, 2)];
-  run.naming.makes = operation.makes;
-  if (settings::BPUsePrefixes != 0) run.naming.prefix = batch_prefix(operation, true);
+  name_results(run.naming, process, values);
+  if (settings::BPUsePrefixes != 0) run.naming.prefix = batch_prefix(process, true);
   run.thumbnails = settings::BatchProcessorTHNL != 0;
   run.hiddenThumbnails = settings::BatchProcessorHiddenTHNL != 0;
   return run;
 }
 
-}  // namespace
-
-std::vector<const Operation*> batch_operations() {
-  std::vector<const Operation*> all;
-  for (const Operation* operation : operation_table())
-    if (operation->result != OperationResult::Files) all.push_back(operation);
-  std::ranges::stable_sort(all, [](const Operation* a, const Operation* b) {
-    const auto place = [](const Operation* o) { return o->batch < 0 ? 1000 : o->batch; };
-    return place(a) != place(b)
-               ? place(a) < place(b)
-               : std::string_view(a->parameters.title) < std::string_view(b->parameters.title);
-  });
-  return all;
+/// An export says what its files end in.
+QString name_of(const BatchProcess& process) {
+  const QString title = to_qt(process.parameters().title);
+  if (process.operation || process.exporter->formatField) return title;
+  return QStringLiteral("%1 (%2)").arg(title, to_qt(result_extension(process, {})));
 }
+
+/// What an export is to do; it has no preview.
+std::optional<FieldValues> ask_for_export(const Parameters& parameters, const DocumentWindow& window,
+                                          Services& services, QWidget* parent) {
+  if (parameters.fields.empty()) return FieldValues();
+  ParameterDialog dialog(parameters, window, {}, services, parent);
+  dialog.begin();
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return dialog.values();
+}
+
+}  // namespace
 
 BatchDialog::BatchDialog(Services& services, QWidget* parent)
     : QDialog(parent),
       services_(services),
-      operations_(batch_operations()),
       thumbnails_(static_cast<int>(row_height() * devicePixelRatioF())),
       process_(new QComboBox(this)),
       panes_(new QSplitter(this)),
@@ -119,7 +121,7 @@ void BatchDialog::make_controls(QVBoxLayout& layout) {
   top->setSpacing(style::kGap);
   auto* label = new QLabel(tr("&Process:"), this);
   label->setBuddy(process_);
-  for (const Operation* row : operations_) process_->addItem(to_qt(row->parameters.title));
+  for (const BatchProcess& row : batch_processes()) process_->addItem(name_of(row));
   process_->setCurrentIndex(std::clamp(settings::BatchProcessorProcess, 0, process_->count() - 1));
   process_->setObjectName(QStringLiteral("process"));
   auto* setup = new QPushButton(tr("Set&up..."), this);
@@ -202,16 +204,17 @@ void BatchDialog::show_status() {
                        : tr("%1 files (%2 selected)").arg(files_->paths().size()).arg(selected));
 }
 
-void BatchDialog::choose(const Operation& operation) {
-  const auto row = std::ranges::find(operations_, &operation);
-  if (row != operations_.end()) process_->setCurrentIndex(static_cast<int>(row - operations_.begin()));
+void BatchDialog::choose(const BatchProcess& process) {
+  const auto row = std::ranges::find(batch_processes(), process);
+  if (row != batch_processes().end())
+    process_->setCurrentIndex(static_cast<int>(row - batch_processes().begin()));
 }
 
-const Operation& BatchDialog::operation() const {
-  return *operations_[static_cast<std::size_t>(process_->currentIndex())];
+const BatchProcess& BatchDialog::process() const {
+  return batch_processes()[static_cast<std::size_t>(process_->currentIndex())];
 }
 
-/// The dialog of the operation over the first of the files.
+/// The dialog of the operation or export over the first of the files.
 std::optional<FieldValues> BatchDialog::ask_values(const QString& sample) {
   DocumentWindow window;
   Host silent;
@@ -219,13 +222,14 @@ std::optional<FieldValues> BatchDialog::ask_values(const QString& sample) {
     services_.host.show(StringId::FileNotFound);
     return std::nullopt;
   }
-  if (!open_document(window, to_path(sample), silent) ||
-      !takes_kind(operation().parameters, window.document.kind)) {
+  const Parameters& parameters = process().parameters();
+  if (!open_document(window, to_path(sample), silent) || !takes_kind(parameters, window.document.kind)) {
     services_.host.show(StringId::ErrorAccessingChunk, {}, to_path(sample).string());
     return std::nullopt;
   }
+  if (process().exporter) return ask_for_export(parameters, window, services_, this);
   window.list.select_all(true);
-  const auto choice = ask_for_operation(operation(), window, services_, this);
+  const auto choice = ask_for_operation(*process().operation, window, services_, this);
   return choice ? std::optional(choice->values) : std::nullopt;
 }
 
@@ -241,7 +245,7 @@ bool BatchDialog::run() {
   std::vector<BatchFile> files;
   for (const QString& path : paths) files.push_back({to_path(path), {}});
   line_->remember(folder_);
-  BatchProgress(run_of(operation(), *values, *destination), std::move(files), services_, this).exec();
+  BatchProgress(run_of(process(), *values, *destination), std::move(files), services_, this).exec();
   refresh(false);
   return true;
 }

@@ -1,4 +1,4 @@
-// The batch processor: a folder's documents, and one operation over those that are selected.
+// The batch processor: a folder's documents, and one operation or export over those that are selected.
 #pragma once
 
 #include <QComboBox>
@@ -9,7 +9,7 @@
 #include <QSplitter>
 #include <QTimer>
 
-#include "operations/operation.h"
+#include "batch/batch_process.h"
 #include "shell/dialogs/folder_line.h"
 #include "shell/services/folder_documents.h"
 #include "shell/services/services.h"
@@ -20,9 +20,6 @@ class QMenu;
 class QVBoxLayout;
 
 namespace vellum {
-
-/// The operations of the batch processor: the twelve by their numbers, then all others by their titles.
-std::vector<const Operation*> batch_operations();
 
 class BatchDialog : public QDialog {
   Q_OBJECT
@@ -36,7 +33,7 @@ class BatchDialog : public QDialog {
   const QString& folder() const { return folder_; }
   bool at_work() const { return listing_.at_work() || thumbnails_.at_work(); }
   void show_folder(const QString& folder);
-  void choose(const Operation& operation);
+  void choose(const BatchProcess& process);
   /// Asks what is to be done and where to, and does it over the selected files. Whether a run took place.
   bool run();
   /// `named`: the question says which file, where it is one.
@@ -53,13 +50,12 @@ class BatchDialog : public QDialog {
   void refresh(bool all);
   void show_status();
   void view_file(const QString& path);
-  const Operation& operation() const;
+  const BatchProcess& process() const;
   std::optional<FieldValues> ask_values(const QString& sample);
   bool wants_deleting(const QStringList& paths, bool named);
 
   Services& services_;
   QString folder_;
-  std::vector<const Operation*> operations_;
   Thumbnails thumbnails_;
   FolderDocuments listing_;
   QFileSystemWatcher watcher_;

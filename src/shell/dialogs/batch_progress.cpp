@@ -65,10 +65,10 @@ BatchProgress::BatchProgress(BatchRun run, std::vector<BatchFile> files, Service
   close_->setEnabled(false);
   layout->addWidget(buttons);
   resize(720, 420);
-  run_.ask = [this](const std::filesystem::path& target, const Picture& result) {
+  run_.ask = [this](const std::filesystem::path& target, const Picture& result, const std::string& fault) {
     OverwriteChoice choice;
     QMetaObject::invokeMethod(
-        this, [&] { choice = ask(target, result); }, Qt::BlockingQueuedConnection);
+        this, [&] { choice = ask(target, result, fault); }, Qt::BlockingQueuedConnection);
     return choice;
   };
   show_state();
@@ -100,8 +100,10 @@ void BatchProgress::begin() {
   thread_->start();
 }
 
-OverwriteChoice BatchProgress::ask(const std::filesystem::path& target, const Picture& result) {
+OverwriteChoice BatchProgress::ask(const std::filesystem::path& target, const Picture& result,
+                                   const std::string& fault) {
   if (stop_) return {OverwriteAnswer::Cancel, {}, false};
+  if (!fault.empty()) services_.host.show(StringId::NoUniqueName);
   OverwritePrompt prompt(target, result, services_, this);
   prompt.exec();
   return prompt.choice();

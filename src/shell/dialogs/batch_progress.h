@@ -39,7 +39,7 @@ class BatchProgress : public QDialog {
   void take_row(const BatchRow& row);
   void finish();
   void show_state();
-  OverwriteChoice ask(const std::filesystem::path& target, const Picture& result);
+  OverwriteChoice ask(const std::filesystem::path& target, const Picture& result, const std::string& fault);
 
   BatchRun run_;
   std::vector<BatchFile> files_;
