@@ -136,3 +136,12 @@ vellum resize "$work/frames/frame_00059.png" "$work/large.png" --percent 200
 take protect 315 large.png
 
 "$programs/vellumcraft" --screenshot "$pictures/main-window.png" "$work/apng.png"
+
+# The themes, with a window and with a dialog.
+mkdir -p "$pictures/themes"
+for theme in Light Dark "High Contrast"; do
+  name=$(printf '%s' "$theme" | tr 'A-Z ' 'a-z_')
+  "$programs/vellumcraft" --set "ThemeCurrent=THEME_${theme}_x64.so" --screenshot "$pictures/themes/$name.png" "$work/apng.png"
+  "$programs/vellumcraft" --set "ThemeCurrent=THEME_${theme}_x64.so" --screenshot "$pictures/themes/${name}_dialog.png" \
+    --show 328 "$work/apng.png"
+done

@@ -238,13 +238,14 @@ class Telling {
 class Waiting {
  public:
   explicit Waiting(const std::vector<BatchRow>& rows) {
+    Rows writes, reads;
     for (std::size_t i = 0; i < rows.size(); ++i) {
-      const std::string source = place(rows[i].source), target = place(rows[i].target);
-      wait(i, writes_, target);
-      wait(i, writes_, source);
-      wait(i, reads_, target);
-      wait(i, reads_, source);  // so that who waits for the last reader waits for all
-      writes_[target] = reads_[source] = i;
+      const std::size_t source = place(rows[i].source), target = place(rows[i].target);
+      wait(i, writes, target);
+      wait(i, writes, source);
+      wait(i, reads, target);
+      wait(i, reads, source);  // so that who waits for the last reader waits for all
+      writes[target] = reads[source] = i;
     }
   }
 
@@ -255,20 +256,20 @@ class Waiting {
   }
 
  private:
-  using Rows = std::unordered_map<std::string, std::size_t>;
+  using Rows = std::unordered_map<std::size_t, std::size_t>;
 
-  void wait(std::size_t row, const Rows& others, const std::string& path) {
+  void wait(std::size_t row, const Rows& others, std::size_t path) {
     if (const auto at = others.find(path); at != others.end()) fronts_[row].push_back(at->second);
   }
 
-  std::string place(const fs::path& path) {
+  /// A number for a path: two that have the same one by chance only wait for each other.
+  std::size_t place(const fs::path& path) {
     const auto [folder, fresh] = folders_.try_emplace(path.parent_path().native());
     std::error_code error;
     if (fresh) folder->second = fs::weakly_canonical(fs::absolute(path.parent_path(), error), error).native();
-    return folder->second + '/' + path.filename().native();
+    return std::hash<std::string>()(folder->second + '/' + path.filename().native());
   }
 
-  Rows writes_, reads_;
   std::unordered_map<std::string, std::string> folders_;
   std::unordered_map<std::size_t, std::vector<std::size_t>> fronts_;
 };

@@ -1,4 +1,5 @@
 // vellumcraft: the desktop program.
+#include <QScopeGuard>
 #include <QStyleHints>
 #include <QTimer>
 #include <clocale>
@@ -53,9 +54,11 @@ std::optional<int> answer_at_once(const StartOptions& options) {
 }
 
 /// Shows the window; once it is seen, what a crash left is offered, and then work begins.
-void start(MainWindow& window, Recovery& recovery, const StartOptions& options) {
+void start(MainWindow& window, Recovery& recovery, const StartOptions& options,
+           const std::string& themeFault) {
   show_main_window(window);
-  QTimer::singleShot(0, &window, [&window, &recovery, options] {
+  QTimer::singleShot(0, &window, [&window, &recovery, options, themeFault] {
+    if (!themeFault.empty()) window.services().host.show(StringId::ThemeFailed, {}, themeFault);
     add_plugins(window);
     offer_recovery(recovery, window);
     if (options.file.empty())
@@ -66,10 +69,10 @@ void start(MainWindow& window, Recovery& recovery, const StartOptions& options) 
   });
 }
 
-int run(const StartOptions& options) {
+int run(const StartOptions& options, const std::string& themeFault) {
   MainWindow window;
   Recovery recovery(window);
-  start(window, recovery, options);
+  start(window, recovery, options, themeFault);
   return QApplication::exec();
 }
 
@@ -102,9 +105,11 @@ int main(int argc, char** argv) {
   if (!load_settings(options)) return 2;
   fill_default_folders();
   register_icons();
+  const std::string themeFault = start_theme(theme_folders());
   install_help();
+  const auto end = qScopeGuard([] { put_theme_in_force(nullptr); });
   try {
-    return options.screenshot.empty() ? run(options) : run_for_screenshot(options);
+    return options.screenshot.empty() ? run(options, themeFault) : run_for_screenshot(options);
   } catch (const std::bad_alloc&) {
     std::fprintf(stderr, "%s\n", string_text(StringId::NoWindow).data());
     return 1;

@@ -3,6 +3,8 @@
 #include <QTimer>
 
 #include "core/edit/undo.h"
+#include "shell/look/style.h"
+#include "shell/look/theme_look.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 
@@ -31,12 +33,36 @@ class CommandWalk : public WindowTest {
     if (!opened) return;
     ++closed_;
     if (!popup) expect_presentable(*opened);
+    if (theme_in_force()) expect_readable(*opened);
     auto* dialog = qobject_cast<QDialog*>(opened);
     dialog ? dialog->reject() : static_cast<void>(opened->close());
   }
   void close_others() {
     for (QWidget* window : QApplication::topLevelWidgets())
       if (window != &main_ && window->isVisible()) window->close();
+  }
+  /// All that text is drawn with, in all that a window holds.
+  static void expect_readable(const QWidget& window) {
+    using enum QPalette::ColorRole;
+    static constexpr std::pair<QPalette::ColorRole, QPalette::ColorRole> pairs[] = {
+        {WindowText, Window},
+        {Text, Base},
+        {Text, AlternateBase},
+        {ButtonText, Button},
+        {Link, Window},
+        {PlaceholderText, Base},
+        {HighlightedText, Highlight},
+        {ToolTipText, ToolTipBase}};
+    QList<QWidget*> all = window.findChildren<QWidget*>();
+    all.push_back(const_cast<QWidget*>(&window));
+    for (const QWidget* widget : all)
+      for (const auto& [ink, ground] : pairs)
+        for (const auto group : {QPalette::Active, QPalette::Inactive})
+          ASSERT_GE(
+              style::contrast(widget->palette().color(group, ink), widget->palette().color(group, ground)),
+              4.5)
+              << window.windowTitle().toStdString() << ": " << widget->metaObject()->className() << ' '
+              << ink;
   }
   std::vector<std::string> rows(DocumentFrame& frame) {
     std::vector<std::string> told;
@@ -93,10 +119,23 @@ TEST_F(CommandWalk, WindowsCanBeReadOnEveryPaletteOfADesktop) {
   contrasts.setColor(QPalette::Base, Qt::black);
   const QPalette before = QApplication::palette();
   main_.resize(800, 560);
-  for (QPalette palette : {dark, faint, contrasts}) {
-    QApplication::style()->polish(palette);
-    QApplication::setPalette(palette);
+  std::vector<std::function<void()>> looks;
+  for (QPalette palette : {dark, faint, contrasts})
+    looks.push_back([palette]() mutable {
+      QApplication::style()->polish(palette);
+      QApplication::setPalette(palette);
+    });
+  const std::filesystem::path themes = program_folder() / "theme";
+  for (const Theme& theme : find_themes({&themes, 1}).themes)
+    looks.push_back([theme, before] {
+      QApplication::setPalette(before);
+      put_theme_in_force(std::make_shared<Theme>(theme));
+    });
+  ASSERT_EQ(looks.size(), 6u);
+  for (const auto& look : looks) {
+    look();
     settle();
+    if (theme_in_force()) expect_readable(main_);
     expect_presentable(main_.area().empty_state());
     DocumentFrame& frame = add(animated_document(2));
     frame.entries().select(1, true);
@@ -106,6 +145,7 @@ TEST_F(CommandWalk, WindowsCanBeReadOnEveryPaletteOfADesktop) {
     for (DocumentFrame* open : main_.area().documents()) open->close_without_question();
     settle();
   }
+  put_theme_in_force(nullptr);
   QApplication::setPalette(before);
 }
 

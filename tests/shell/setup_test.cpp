@@ -11,9 +11,11 @@
 #include "configuration/shell_settings.h"
 #include "core/settings.h"
 #include "exchange/settings.h"
+#include "extension/settings.h"
 #include "shell/forms/number_edit.h"
 #include "shell/setup/setup_dialog.h"
 #include "shell/setup/setup_fields.h"
+#include "shell/setup/theme_dialog.h"
 #include "shell/setup/video_encoders.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
@@ -211,6 +213,54 @@ TEST(PaintSearchBox, KeepsAProgramThatItDoesNotFindAndStoresWhatWasChosen) {
   store_paint_choice(*desktop);
   EXPECT_EQ(settings::UseWindowsPaintbrush, 1);
   EXPECT_EQ(settings::PaintbrushPath, "");
+}
+
+TEST(Setup, AThemeIsSeenAtOnceKeptByOkAndTakenBackByCancel) {
+  const SettingsGuard guard;
+  settings::ThemeCurrent = kDefaultTheme;
+  const std::filesystem::path faulty = program_folder().parent_path() / "faulty_themes";
+  const std::vector<std::filesystem::path> folders = {program_folder() / "theme", faulty / "0", faulty / "3"};
+  std::vector<StringId> told;
+  Host host;
+  host.message = [&told](const Message& message) { told.push_back(message.id); };
+  const auto window = [] { return QApplication::palette().color(QPalette::Window); };
+  const QColor own = window();
+  const auto choose = [&](const char* file, bool ok) {
+    ThemeDialog dialog(folders, host);
+    dialog.choose(file);
+    const QColor seen = window();
+    const bool can = dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled();
+    dialog.done(ok && can ? QDialog::Accepted : QDialog::Rejected);
+    return seen;
+  };
+  EXPECT_LT(choose("THEME_Dark_x64.so", false).lightness(), 60);
+  EXPECT_EQ(window(), own);
+  EXPECT_EQ(choose("theme_Fault3_X64.so", true), own) << "it can be listed and not used";
+  EXPECT_EQ(settings::ThemeCurrent, kDefaultTheme);
+  const QColor light = choose("THEME_Light_x64.so", true);
+  EXPECT_EQ(window(), light);
+  EXPECT_EQ(settings::ThemeCurrent, "THEME_Light_x64.so");
+  EXPECT_EQ(theme_metric(VELLUM_METRIC_TOOLBAR_HEIGHT, 7), 42);
+  EXPECT_TRUE(told.empty());
+  EXPECT_EQ(choose("theme_Fault0_X64.so", true), light) << "it waits for the next start";
+  EXPECT_EQ(told, std::vector{StringId::ThemeRestart});
+  EXPECT_EQ(start_theme(folders), "");
+  EXPECT_EQ(theme_metric(VELLUM_METRIC_TOOLBAR_HEIGHT, 7), 256);
+  EXPECT_EQ(theme_metric(VELLUM_METRIC_GAP, 7), 7);
+  QImage drawn(20, 20, QImage::Format_RGB32);
+  QPainter painter(&drawn);
+  const auto draw = [&](ThemePart part, const char* text) {
+    const DrawnPart made = draw_theme_part(*theme_in_force(), part, painter, drawn.rect(), 0, text, 101);
+    return std::pair(made.drawn, made.text);
+  };
+  EXPECT_EQ(draw(ThemePart::Button, "drawn"), std::pair(true, true));
+  EXPECT_EQ(draw(ThemePart::Button, "failed"), std::pair(false, false));
+  EXPECT_EQ(draw(ThemePart::Tool, ""), std::pair(true, false));
+  settings::ThemeCurrent = "THEME_Gone_x64.so";
+  EXPECT_NE(start_theme(folders), "");
+  choose(kDefaultTheme, true);
+  EXPECT_EQ(window(), own);
+  EXPECT_FALSE(theme_in_force());
 }
 
 }  // namespace

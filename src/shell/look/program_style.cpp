@@ -1,10 +1,41 @@
 #include "shell/look/program_style.h"
 
+#include <QAbstractScrollArea>
+#include <QLineEdit>
 #include <QPalette>
+#include <QStyleFactory>
+#include <QStyleOption>
+#include <QToolButton>
 
 #include "shell/look/style.h"
+#include "shell/look/theme_pieces.h"
 
 namespace vellum {
+namespace {
+
+/// What the desktop's style brings would fight with a theme, so that stands on a plain one.
+QStyle* ground_of(const ThemeInForce& theme) {
+  return theme ? QStyleFactory::create(QStringLiteral("Fusion")) : nullptr;
+}
+
+struct MetricRow {
+  QStyle::PixelMetric metric;
+  int number;
+};
+
+constexpr MetricRow kMetrics[] = {{QStyle::PM_LayoutHorizontalSpacing, VELLUM_METRIC_GAP},
+                                  {QStyle::PM_LayoutVerticalSpacing, VELLUM_METRIC_GAP},
+                                  {QStyle::PM_ToolBarItemMargin, VELLUM_METRIC_GAP},
+                                  {QStyle::PM_LayoutLeftMargin, VELLUM_METRIC_MARGIN},
+                                  {QStyle::PM_LayoutTopMargin, VELLUM_METRIC_MARGIN},
+                                  {QStyle::PM_LayoutRightMargin, VELLUM_METRIC_MARGIN},
+                                  {QStyle::PM_LayoutBottomMargin, VELLUM_METRIC_MARGIN}};
+
+constexpr int kAroundText = 12;  // pixels above and below the text of a button, together
+
+}  // namespace
+
+ProgramStyle::ProgramStyle(ThemeInForce theme) : QProxyStyle(ground_of(theme)), theme_(std::move(theme)) {}
 
 int ProgramStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                             QStyleHintReturn* data) const {
@@ -14,6 +45,7 @@ int ProgramStyle::styleHint(StyleHint hint, const QStyleOption* option, const QW
 
 void ProgramStyle::polish(QPalette& palette) {
   QProxyStyle::polish(palette);
+  if (theme_ && theme_->colors) palette = theme_palette(*theme_);
   for (const auto group : {QPalette::Active, QPalette::Inactive}) {
     QColor text = palette.color(group, QPalette::PlaceholderText);
     for (const auto role : {QPalette::Window, QPalette::Base}) {
@@ -24,6 +56,82 @@ void ProgramStyle::polish(QPalette& palette) {
     }
     palette.setColor(group, QPalette::PlaceholderText, text);
   }
+}
+
+void ProgramStyle::polish(QWidget* widget) {
+  QProxyStyle::polish(widget);
+  if (theme_ && qobject_cast<QLineEdit*>(widget)) widget->setAttribute(Qt::WA_Hover);
+}
+
+void ProgramStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                                 const QWidget* widget) const {
+  if (theme_) {
+    if (element == PE_PanelButtonCommand) {
+      const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+      std::uint32_t state = theme_state(*option);
+      if (button && button->features & QStyleOptionButton::DefaultButton) state |= VELLUM_STATE_DEFAULT;
+      const DrawnPart part = draw_theme_part(*theme_, ThemePart::Button, *painter, option->rect, state,
+                                             button ? button->text : QString());
+      hasText_ = part.text;
+      if (part.drawn) return;
+    }
+    if (element == PE_PanelButtonTool) {
+      const bool flat = option->state & State_AutoRaise;
+      if (draw_theme_part(*theme_, flat ? ThemePart::Tool : ThemePart::SmallButton, *painter, option->rect,
+                          theme_state(*option))
+              .drawn)
+        return;
+    }
+    if (theme_->colors && draw_theme_primitive(*theme_, element, *option, *painter, widget)) return;
+  }
+  QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+void ProgramStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                               const QWidget* widget) const {
+  const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+  if (theme_ && element == CE_ToolBar &&
+      draw_theme_part(*theme_, ThemePart::Toolbar, *painter, option->rect, 0).drawn)
+    return;
+  if (theme_ && element == CE_PushButtonLabel && button) {
+    if (std::exchange(hasText_, false)) return;
+    QStyleOptionButton label(*button);
+    if (theme_->colors && label.features & QStyleOptionButton::DefaultButton && label.state & State_Enabled)
+      label.palette.setColor(QPalette::ButtonText, theme_color(*theme_, VELLUM_COLOR_ACCENT_TEXT));
+    return QProxyStyle::drawControl(element, &label, painter, widget);
+  }
+  if (theme_ && theme_->colors && draw_theme_control(*theme_, element, *option, *painter)) return;
+  QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void ProgramStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                      QPainter* painter, const QWidget* widget) const {
+  if (theme_ && theme_->colors && draw_theme_complex(*theme_, *this, control, *option, *painter, widget))
+    return;
+  QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+int ProgramStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
+  const int plain = QProxyStyle::pixelMetric(metric, option, widget);
+  if (!theme_) return plain;
+  const auto* row = std::ranges::find(kMetrics, metric, &MetricRow::metric);
+  return row == std::end(kMetrics) ? plain : theme_metric(row->number, plain);
+}
+
+QSize ProgramStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                                     const QWidget* widget) const {
+  QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
+  if (!theme_) return wanted;
+  const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+  if (type == CT_PushButton && button && !button->text.isEmpty()) {
+    const int line = theme_metric(VELLUM_METRIC_TEXT_HEIGHT, 0);
+    wanted =
+        wanted.expandedTo({theme_metric(VELLUM_METRIC_BUTTON_WIDTH, 0), line > 0 ? line + kAroundText : 0});
+  }
+  if (type == CT_ToolButton)
+    wanted = wanted.expandedTo({theme_metric(VELLUM_METRIC_SMALL_BUTTON_WIDTH, 0),
+                                theme_metric(VELLUM_METRIC_SMALL_BUTTON_HEIGHT, 0)});
+  return wanted;
 }
 
 }  // namespace vellum

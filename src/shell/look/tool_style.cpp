@@ -21,14 +21,18 @@ constexpr double kLit = 0.12, kPressed = 0.26;  // share of the accent in the gr
 
 }  // namespace
 
-ToolStyle::ToolStyle(QObject* parent) { setParent(parent); }
+ToolStyle::ToolStyle(QObject* parent) : ProgramStyle(theme_in_force()) { setParent(parent); }
 
 void ToolStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
-  if (element != PE_PanelButtonTool) return QProxyStyle::drawPrimitive(element, option, painter, widget);
+  if (element != PE_PanelButtonTool) return ProgramStyle::drawPrimitive(element, option, painter, widget);
   const bool pressed = option->state & (State_Sunken | State_On);
   const bool focused = option->state & State_HasFocus;
   if (!pressed && !focused && settings::LiveButtons == 0) return;
+  if (theme() && draw_theme_part(*theme(), ThemePart::Tool, *painter, option->rect, theme_state(*option), {},
+                                 widget ? widget->property(kCommandProperty).toInt() : 0)
+                     .drawn)
+    return;
   const ButtonLook& look = kLooks[std::clamp(settings::SoftButtons, 0, 2)];
   const QColor window = option->palette.color(QPalette::Window);
   const QColor accent = QColor::fromRgb(style::kAccent);

@@ -1,12 +1,16 @@
 // How the buttons of the toolbar look: calm until the pointer is on them, and as soft as the user wants them.
 #pragma once
 
-#include <QProxyStyle>
+#include "shell/look/program_style.h"
 
 namespace vellum {
 
-/// Draws the ground of tool buttons by `SoftButtons` and `LiveButtons`, everything else as the desktop does.
-class ToolStyle : public QProxyStyle {
+/// Of a tool button: the number of its command, which a theme is told.
+inline constexpr const char* kCommandProperty = "command";
+
+/// Draws the ground of tool buttons by `SoftButtons` and `LiveButtons`, everything else as the desktop does;
+/// with a theme as that does.
+class ToolStyle : public ProgramStyle {
   Q_OBJECT
  public:
   explicit ToolStyle(QObject* parent);

@@ -15,6 +15,7 @@
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 #include "shell/setup/setup_fields.h"
+#include "shell/setup/theme_dialog.h"
 #include "shell/setup/video_encoders.h"
 #include "shell/widgets/dialog_frame.h"
 
@@ -64,8 +65,11 @@ QScrollArea* scrolled(SettingPage* page, const QScreen& screen) {
 
 }  // namespace
 
-SetupDialog::SetupDialog(QWidget* parent)
-    : QDialog(parent), paint_(stored_paint_choice()), codec_(settings::VideoCompressionCodec) {
+SetupDialog::SetupDialog(QWidget* parent, Host host)
+    : QDialog(parent),
+      host_(std::move(host)),
+      paint_(stored_paint_choice()),
+      codec_(settings::VideoCompressionCodec) {
   setWindowTitle(tr("Setup"));
   tabs_ = new QTabWidget(this);
   for (const SetupPageRow& row : setup_pages()) pages_.push_back(make_page(row, page_room(*screen())));
@@ -95,8 +99,7 @@ void SetupDialog::add_files_buttons(SettingPage& page) {
 
 void SetupDialog::add_display_buttons(SettingPage& page) {
   QPushButton* theme = page_button(tr("Select theme..."));
-  theme->setEnabled(false);
-  theme->setToolTip(text_of(StringId::NoThemes));
+  connect(theme, &QPushButton::clicked, this, [this] { ask_for_theme(this, host_); });
   QPushButton* paint = page_button(tr("Select paint..."));
   connect(paint, &QPushButton::clicked, this, [this] {
     if (const auto chosen = ask_for_paint_program(this, paint_)) paint_ = *chosen;
@@ -120,7 +123,7 @@ void SetupDialog::done(int result) {
 }
 
 bool edit_settings(QWidget* parent, bool defaults, Host& host) {
-  SetupDialog dialog(parent);
+  SetupDialog dialog(parent, host);
   if (defaults) dialog.set_all_defaults();
   if (dialog.exec() != QDialog::Accepted || !dialog.needs_restart()) return false;
   host.show(StringId::SetupRestart);

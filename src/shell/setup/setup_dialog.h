@@ -15,7 +15,7 @@ namespace vellum {
 class SetupDialog : public QDialog {
   Q_OBJECT
  public:
-  explicit SetupDialog(QWidget* parent = nullptr);
+  explicit SetupDialog(QWidget* parent = nullptr, Host host = {});
 
   /// Puts the defaults of every page into its fields.
   void set_all_defaults();
@@ -28,6 +28,7 @@ class SetupDialog : public QDialog {
   void add_files_buttons(SettingPage& page);
   void add_display_buttons(SettingPage& page);
 
+  Host host_;
   QTabWidget* tabs_;
   std::vector<SettingPage*> pages_;
   PaintChoice paint_;

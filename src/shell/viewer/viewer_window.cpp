@@ -20,6 +20,7 @@
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
+#include "shell/look/theme_look.h"
 #include "shell/services/long_operation.h"
 #include "shell/services/picture_files.h"
 #include "shell/viewer/viewer_geometry.h"
@@ -220,8 +221,12 @@ void ViewerWindow::open_at(const QWidget* beside) {
   const QRect free = (beside ? beside->screen() : screen())->availableGeometry();
   const double ratio = devicePixelRatioF();
   const auto pixels = [ratio](QSize size) { return (QSizeF(size) * ratio).toSize(); };
+  // Room for three buttons on each side, where a theme says how wide those are.
+  const int buttons =
+      2 * (theme_metric(VELLUM_METRIC_MARGIN, 0) + 3 * theme_metric(VELLUM_METRIC_SMALL_BUTTON_WIDTH, 0));
   ViewerRoom room{qt_size(player_.compositor().values().canvas),
-                  {std::max(settings::MinViewWidth, 1), std::max(settings::MinViewDepth, 1)},
+                  {std::max({settings::MinViewWidth, pixels({buttons, 0}).width(), 1}),
+                   std::max(settings::MinViewDepth, 1)},
                   pixels(frame_around(beside)),
                   {0, 0},
                   strip_->isVisibleTo(this) ? pixels({0, kStripHeight}).height() : 0,

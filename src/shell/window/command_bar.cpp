@@ -40,8 +40,6 @@ QToolBar* make_toolbar(QMainWindow& window) {
   bar->setMovable(false);
   bar->setContextMenuPolicy(Qt::PreventContextMenu);
   bar->setIconSize(QSize(style::kToolIcon, style::kToolIcon));
-  bar->layout()->setContentsMargins(style::kGap / 2, style::kGap / 2, style::kGap / 2, style::kGap / 2);
-  bar->layout()->setSpacing(style::kGap / 4);
   window.addToolBar(bar);
   return bar;
 }
@@ -96,6 +94,10 @@ void CommandBar::add_run_time_menus(int behind) {
 }
 
 bool CommandBar::eventFilter(QObject* menu, QEvent* event) {
+  if (menu == bar_) {
+    if (event->type() == QEvent::StyleChange) dress_bar();
+    return false;
+  }
   if (event->type() != QEvent::ToolTip) return QObject::eventFilter(menu, event);
   const auto* help = static_cast<QHelpEvent*>(event);
   const QAction* pointed = static_cast<QMenu*>(menu)->actionAt(help->pos());
@@ -122,8 +124,20 @@ void CommandBar::fill_toolbar(QMainWindow& window) {
     last = tool.group;
     add_tool(tool.command);
   }
-  auto* look = new ToolStyle(bar_);
-  for (QToolButton* button : bar_->findChildren<QToolButton*>()) button->setStyle(look);
+  bar_->installEventFilter(this);
+  dress_bar();
+}
+
+/// The buttons have a style of their own, so the toolbar follows a theme by itself.
+void CommandBar::dress_bar() {
+  QStyle* old = look_;
+  look_ = new ToolStyle(bar_);
+  for (QToolButton* button : bar_->findChildren<QToolButton*>()) button->setStyle(look_);
+  delete old;
+  bar_->setMinimumHeight(theme_metric(VELLUM_METRIC_TOOLBAR_HEIGHT, 0));
+  const int margin = theme_metric(VELLUM_METRIC_MARGIN, style::kGap) / 2;
+  bar_->layout()->setContentsMargins(margin, margin, margin, margin);
+  bar_->layout()->setSpacing(theme_metric(VELLUM_METRIC_GAP, style::kGap / 2) / 2);
 }
 
 void CommandBar::refresh_look() { bar_->update(); }
@@ -150,6 +164,7 @@ void CommandBar::add_tool(int command) {
   if (command == kScaleCommand) return add_scale(command);
   bar_->addAction(action(command));
   QWidget* button = bar_->widgetForAction(action(command));
+  button->setProperty(kCommandProperty, command);
   button->setFocusPolicy(Qt::TabFocus);
   button->setAccessibleName(plain_label(find_command(command)->label));
 }

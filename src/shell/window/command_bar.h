@@ -45,6 +45,7 @@ class CommandBar : public QObject {
   void add_action(const CommandRow& row);
   void fill_menus(QMainWindow& window);
   void fill_toolbar(QMainWindow& window);
+  void dress_bar();
   void add_to_menu(Menu menu, int group, QAction* action);
   QMenu* add_menu(const MenuRow& row, QMainWindow& window);
   void add_run_time_menus(int behind);
@@ -57,6 +58,7 @@ class CommandBar : public QObject {
   std::map<Menu, QMenu*> menus_;
   std::map<Menu, int> lastGroup_;  ///< of the commands that a menu has so far
   QToolBar* bar_ = nullptr;
+  QStyle* look_ = nullptr;
   QComboBox* scale_ = nullptr;
   bool byKey_ = false;
 };
