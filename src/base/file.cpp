@@ -20,16 +20,6 @@ namespace {
 
 /// Longest name of a backup, in bytes.
 constexpr std::size_t kMaximumFileName = 259;
-constexpr std::size_t kWriteBuffer = std::size_t{256} << 10;
-
-/// The permissions that this process takes from new files. Asking means setting, which all threads would see:
-/// it is done before there are any.
-const mode_t kMask = [] {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return mask;
-}();
-
 class Descriptor {
  public:
   explicit Descriptor(int fd) : fd_(fd) {}
@@ -43,31 +33,6 @@ class Descriptor {
  private:
   int fd_;
 };
-
-/// The file that a link at `path` leads to, also where that file does not exist yet.
-std::filesystem::path without_links(std::filesystem::path path) {
-  std::error_code error;
-  for (int hops = 0; hops < 40 && std::filesystem::is_symlink(path, error); ++hops) {
-    const auto next = std::filesystem::read_symlink(path, error);
-    if (error) break;
-    path = next.is_absolute() ? next : path.parent_path() / next;
-  }
-  return path;
-}
-
-std::filesystem::path folder_of(const std::filesystem::path& file) {
-  return file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
-}
-
-bool write_all(int fd, std::span<const std::uint8_t> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(fd, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-  return true;
-}
 
 /// A regular file of at most `limit` bytes that is open, and how long it is.
 struct OpenFile {
@@ -152,83 +117,6 @@ std::optional<FileContent> read_start(const std::filesystem::path& path, std::st
 std::filesystem::path backup_path(const std::filesystem::path& path) {
   std::string name = with_value(string_text(StringId::BackupName), path.filename().string());
   return path.parent_path() / cut_utf8(std::move(name), kMaximumFileName);
-}
-
-bool replace_by_copy(const std::filesystem::path& source, const std::filesystem::path& target,
-                     std::error_code& error) {
-  std::filesystem::remove(target, error);
-  return std::filesystem::copy_file(source, target, error);
-}
-
-SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(target)) {
-  struct stat old {};
-  exists_ = stat(target.c_str(), &old) == 0;
-  const std::filesystem::path folder = folder_of(target_);
-  if (exists_ && !S_ISREG(old.st_mode))
-    reason_ = S_ISDIR(old.st_mode) ? "it is a folder" : "it is no regular file, and is not replaced";
-  else if (access(exists_ ? target_.c_str() : folder.c_str(), exists_ ? W_OK : W_OK | X_OK) != 0)
-    fail("open", errno);
-  mode_ = exists_ ? old.st_mode & 07777 : 0666 & ~kMask;
-  owner_ = old.st_uid;
-  group_ = old.st_gid;
-}
-
-bool SafeFile::open_temporary() {
-  if (descriptor_ >= 0) return true;
-  std::string pattern = (target_.parent_path() / ".vellum-save-XXXXXX").string();
-  descriptor_ = mkostemp(pattern.data(), O_CLOEXEC);
-  if (descriptor_ < 0) return fail("create", errno);
-  temporary_ = pattern;
-  if (exists_ && fchown(descriptor_, owner_, group_) != 0) {
-    // Not ours to give away: the new file then belongs to whoever saves it.
-  }
-  if (fchmod(descriptor_, mode_) != 0) return fail("set the permissions of", errno);
-  buffer_.reserve(kWriteBuffer);
-  return true;
-}
-
-SafeFile::~SafeFile() { discard(); }
-
-bool SafeFile::fail(const char* action, int error) {
-  if (reason_.empty()) reason_ = std::string("could not ") + action + " the file: " + std::strerror(error);
-  discard();
-  return false;
-}
-
-void SafeFile::discard() {
-  if (descriptor_ >= 0) close(descriptor_);
-  descriptor_ = -1;
-  if (!temporary_.empty()) unlink(temporary_.c_str());
-  temporary_.clear();
-}
-
-bool SafeFile::flush() {
-  if (!write_all(descriptor_, buffer_)) return fail("write", errno);
-  buffer_.clear();
-  return true;
-}
-
-bool SafeFile::write(std::span<const std::uint8_t> bytes) {
-  if (!ok() || !open_temporary()) return false;
-  if (buffer_.size() + bytes.size() > kWriteBuffer && !flush()) return false;
-  if (bytes.size() > kWriteBuffer) return write_all(descriptor_, bytes) || fail("write", errno);
-  buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
-  return true;
-}
-
-bool SafeFile::commit() {
-  if (!ok() || !open_temporary() || !flush()) return false;
-  if (fsync(descriptor_) != 0) return fail("write", errno);
-  if (close(descriptor_) != 0) {
-    descriptor_ = -1;
-    return fail("write", errno);
-  }
-  descriptor_ = -1;
-  if (rename(temporary_.c_str(), target_.c_str()) != 0) return fail("rename", errno);
-  temporary_.clear();
-  const Descriptor directory(open(folder_of(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory.get() >= 0) fsync(directory.get());  // best effort: the file itself is safe already
-  return true;
 }
 
 Sink file_sink(SafeFile& file) {

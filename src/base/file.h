@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "base/chunk_handle.h"
@@ -53,18 +54,24 @@ std::optional<FileContent> read_start(const std::filesystem::path& path, std::st
 /// The sibling "Backup of NAME".
 std::filesystem::path backup_path(const std::filesystem::path& path);
 
-/// Puts a copy of `source` in the place of `target`. False, with `error` set, when that fails.
+/// Puts a copy of `source`, with its permissions and attributes, in the place of `target`, where at each
+/// moment the old file or the whole copy stands. False, with `error` set and nothing changed, when that
+/// fails.
 bool replace_by_copy(const std::filesystem::path& source, const std::filesystem::path& target,
                      std::error_code& error);
 
 /// A file that comes into being at `commit()`: bytes go to a temporary sibling of the target, which is synced
 /// and renamed over it. Without a commit nothing is left and the target is untouched. A link at the path is
-/// followed; the permissions of an existing target are kept, a new one has those of the mask that the program
-/// was started with. What stands there and is no regular file (a folder, a pipe, a device) is refused at
-/// once.
+/// followed; permissions, owner and extended attributes of an existing target are kept, a new one has the
+/// permissions of the mask that the program was started with. Further names of a target (hard links) keep the
+/// old content: writing through them would mean a moment in which neither stands. What stands there and is no
+/// regular file (a folder, a pipe, a device) is refused at once. What killed programs left beside the target
+/// goes.
 class SafeFile {
  public:
   explicit SafeFile(const std::filesystem::path& target);
+  /// Takes the place of what stands at `target`, a link too, with permissions and attributes of `like`.
+  SafeFile(const std::filesystem::path& target, const std::filesystem::path& like);
   ~SafeFile();
   SafeFile(const SafeFile&) = delete;
   SafeFile& operator=(const SafeFile&) = delete;
@@ -72,6 +79,9 @@ class SafeFile {
   /// False once anything has failed; `reason()` then tells what the system said.
   bool ok() const { return reason_.empty(); }
   const std::string& reason() const { return reason_; }
+  std::error_code error() const { return error_; }
+  /// What of the old file can't be kept: sentences for people.
+  const std::vector<std::string>& notes() const { return notes_; }
 
   bool write(std::span<const std::uint8_t> bytes);
   /// Flushes, syncs, closes and renames; false and nothing left behind on any failure.
@@ -84,12 +94,13 @@ class SafeFile {
   void discard();
 
   std::filesystem::path target_;
+  std::filesystem::path like_;  ///< whose attributes the new file gets; empty: those of a new one
   std::filesystem::path temporary_;
   int descriptor_ = -1;
   std::vector<std::uint8_t> buffer_;
   std::string reason_;
-  bool exists_ = false;
-  unsigned mode_ = 0, owner_ = 0, group_ = 0;
+  std::error_code error_;
+  std::vector<std::string> notes_;
 };
 
 /// Where a writer's bytes go, one block after the other. Nothing counts before `finish`. Either may fail, and

@@ -1,5 +1,7 @@
 // vellum: the command-line tool.
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
 
 #include "base/string_table.h"
 #include "cli/command.h"
@@ -101,14 +103,31 @@ int run(int argc, char** argv) {
   return chosen(host);
 }
 
+int tell_memory_is_exhausted() {
+  std::fprintf(stderr, "vellum: %s\n", string_text(StringId::MemoryError).data());
+  return kFailed;
+}
+
+/// Memory may be exhausted where a library promises that nothing fails: that ends the program, but as any
+/// other failure does.
+[[noreturn]] void end_program() {
+  try {
+    if (const auto failure = std::current_exception()) std::rethrow_exception(failure);
+  } catch (const std::bad_alloc&) {
+    std::_Exit(tell_memory_is_exhausted());
+  } catch (...) {
+  }
+  std::abort();
+}
+
 }  // namespace
 }  // namespace vellum::cli
 
 int main(int argc, char** argv) {
+  std::set_terminate(vellum::cli::end_program);
   try {
     return vellum::cli::run(argc, argv);
   } catch (const std::bad_alloc&) {
-    std::fprintf(stderr, "vellum: %s\n", vellum::string_text(vellum::StringId::MemoryError).data());
-    return vellum::cli::kFailed;
+    return vellum::cli::tell_memory_is_exhausted();
   }
 }

@@ -1,4 +1,5 @@
 #include "base/file.h"
+#include "base/limits.h"
 #include "base/text.h"
 #include "cli/command.h"
 #include "core/files/open_document.h"
@@ -11,9 +12,6 @@ namespace {
 
 /// Most animations are walked once here: frames need not be kept for a second round.
 constexpr std::uint64_t kMostKept = 0;
-
-/// A LOOP of an MNG counts to 2^31: what is asked for without a bound ends here.
-constexpr std::uint64_t kMostSteps = 1'000'000;
 
 struct PlayOptions {
   std::string file, folder;
@@ -33,7 +31,7 @@ void print_step(std::uint64_t step, const ShownFrame& frame) {
 }
 
 bool play(Compositor& compositor, const PlayOptions& options, Host& host) {
-  const std::uint64_t most = options.steps == 0 ? kMostSteps : options.steps;
+  const std::uint64_t most = options.steps == 0 ? kMaximumSteps : options.steps;
   for (std::uint64_t step = 0; step < most; ++step) {
     const auto frame = compositor.next();
     if (!frame || (options.steps == 0 && compositor.repeats())) return true;
@@ -45,7 +43,7 @@ bool play(Compositor& compositor, const PlayOptions& options, Host& host) {
   }
   if (options.steps == 0)
     std::fprintf(stderr, "vellum: ended after %s steps; --steps N shows as many as are wanted\n",
-                 grouped(kMostSteps).c_str());
+                 grouped(kMaximumSteps).c_str());
   return true;
 }
 

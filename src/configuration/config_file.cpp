@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/file.h"
+#include "base/folder_lock.h"
 #include "base/text.h"
 #include "base/user_folders.h"
 #include "configuration/config_line.h"
@@ -21,9 +22,14 @@ constexpr std::uint64_t kMaximumConfigBytes = std::uint64_t{1} << 20;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-/// What the file of the last load or save holds; empty where there was none.
-std::vector<SettingValue>& values_in_file() {
-  static std::vector<SettingValue> values;
+/// What this program and the file had in common at the last load or save.
+struct Common {
+  std::vector<SettingValue> values;  ///< empty: neither has been
+  bool there = false;                ///< there was a file
+};
+
+Common& common() {
+  static Common values;
   return values;
 }
 
@@ -49,6 +55,43 @@ std::string header(std::time_t when) {
       ";Last updated %24.24s\n;\n[%s]\n",
       "Vellumcraft", settings::VersionMajor, static_cast<char>(settings::VersionLetter),
       settings::VersionRevision, time, "Vellumcraft");
+}
+
+/// Calls `take(row, value)` for each setting that the text names.
+template <class Take>
+void for_each_value(std::string_view text, const Take& take) {
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  while (!text.empty()) {
+    const auto parts = split_config_line(take_config_line(text));
+    if (!parts) continue;
+    const SettingRow* row = find_setting_by_prefix(parts->key);
+    if (row) take(*row, read_config_value(*row, parts->value));
+  }
+}
+
+std::size_t place_of(const SettingRow& row) {
+  return static_cast<std::size_t>(&row - setting_table().data());
+}
+
+/// What belongs into the file: of settings that this program didn't change since it read the file what stands
+/// there now, since another program may have changed it meanwhile.
+std::vector<SettingValue> merged_values(const fs::path& path, const std::vector<SettingValue>& own) {
+  std::vector<SettingValue> values = own;
+  if (common().values.empty()) return values;
+  for_each_value(config_read(path), [&](const SettingRow& row, const SettingValue& value) {
+    const std::size_t place = place_of(row);
+    if (own[place] == common().values[place]) values[place] = value;
+  });
+  for (const SettingRow& row : setting_table())
+    if (is_repeated(row)) values[place_of(row)] = values[place_of(*find_setting(row.name))];
+  return values;
+}
+
+std::string text_of(const std::vector<SettingValue>& values, std::time_t when) {
+  std::string text = header(when);
+  for (const SettingRow& row : setting_table())
+    if ((row.flags & kUnstored) == 0) text += config_line(row, values[place_of(row)]) + '\n';
+  return text;
 }
 
 void keep_backups(const fs::path& path) {
@@ -91,44 +134,34 @@ std::string config_read(const fs::path& path) {
 }
 
 void config_parse(std::string_view text) {
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  while (!text.empty()) {
-    const std::string_view line = take_config_line(text);
-    const auto parts = split_config_line(line);
-    if (!parts) continue;
-    const SettingRow* row = find_setting_by_prefix(parts->key);
-    if (row) change_setting(*row, read_config_value(*row, parts->value));
-  }
+  for_each_value(text, [](const SettingRow& row, const SettingValue& value) { change_setting(row, value); });
 }
 
-std::string config_text(std::time_t when) {
-  std::string text = header(when);
-  for (const SettingRow& row : setting_table())
-    if ((row.flags & kUnstored) == 0) text += config_line(row, stored_value(row)) + '\n';
-  return text;
-}
+std::string config_text(std::time_t when) { return text_of(values_to_store(), when); }
 
 bool config_load(const fs::path& path) {
   std::error_code error;
   const bool there = fs::exists(path, error) || error;
   config_parse(config_read(path));
-  values_in_file() = there ? values_to_store() : std::vector<SettingValue>{};
+  common() = {values_to_store(), there};
   return there;
 }
 
 bool config_save(const fs::path& path) {
   std::error_code error;
   if (path.has_parent_path()) fs::create_directories(path.parent_path(), error);
+  const FolderLock lock(path.parent_path());
+  const std::vector<SettingValue> own = values_to_store();
+  const std::string text = text_of(merged_values(path, own), std::time(nullptr));
   keep_backups(path);
-  const std::string text = config_text(std::time(nullptr));
   SafeFile file(path);
   if (!file.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) || !file.commit())
     return false;
-  values_in_file() = values_to_store();
+  common() = {own, true};
   return true;
 }
 
-bool config_changed_since_load() { return values_in_file() != values_to_store(); }
+bool config_changed_since_load() { return !common().there || common().values != values_to_store(); }
 
 void config_open(const fs::path& path) {
   file_of_run() = path.empty() ? config_path(kConfigFileName) : path;

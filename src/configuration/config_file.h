@@ -26,8 +26,10 @@ std::string config_text(std::time_t when);
 /// Reads the file into the settings. Without one they stay as they are; false then.
 bool config_load(const std::filesystem::path& path);
 
-/// Keeps the file that stands there as its backup, the backup as a backup of the backup, and writes. False,
-/// with the old file untouched, when it can't be written.
+/// Keeps the file that stands there as its backup, the backup as a backup of the backup, and writes. Settings
+/// that another program has changed in the file since the last load or save stay as they are there, unless
+/// they were changed here, too; programs that write at once do so one after the other. False, with the old
+/// file untouched, when it can't be written.
 bool config_save(const std::filesystem::path& path);
 
 /// Whether the file should be written: a setting differs from what the last load or save left in the file, or

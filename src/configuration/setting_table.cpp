@@ -735,6 +735,7 @@ constexpr SettingRow kSettings[] = {
     flag("WidePaletteBest", WidePaletteBest),
     flag("KeepStoredImages", KeepStoredImages),
     number("PictureMemoryMegabytes", PictureMemoryMegabytes),
+    number("MaximumDecodedMegabytes", MaximumDecodedMegabytes),
 };
 // clang-format on
 

@@ -76,8 +76,10 @@ bool write_export(const Exporter& exporter, ExportRun& run, const FieldValues& v
   if (!file.ok())
     run.host.fail({FaultKind::Misuse, 0, -1, -1, file.reason()});
   else if (write_into(exporter, run, values, file_sink(file)) &&
-           (!exporter.beside || exporter.beside(run, values)))
+           (!exporter.beside || exporter.beside(run, values))) {
+    for (const std::string& note : file.notes()) run.host.add_note(note);
     return true;
+  }
   tell_of_failure(run);
   return false;
 }

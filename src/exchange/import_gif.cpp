@@ -177,13 +177,6 @@ std::uint64_t decoded_bytes(const GifFile& file) {
   return sum;
 }
 
-/// Pixels that no compression can mean are not made room for: LZW stores up to 4096 a code.
-bool is_affordable(const GifFile& file) {
-  constexpr std::uint64_t kFree = std::uint64_t{256} << 20;
-  const std::uint64_t wanted = decoded_bytes(file);
-  return wanted <= kMaximumDocumentBytes && (wanted <= kFree || wanted / 1000 <= file.bytes.size());
-}
-
 std::optional<std::vector<Used>> survey(const GifFile& file, Host& host) {
   const Progress progress(host, string_text(StringId::Loading));
   std::vector<Used> used(file.frames.size());
@@ -230,8 +223,8 @@ bool read(DocumentWindow& window, ImportRun& run) {
   const auto file = read_gif(run.bytes);
   if (!file || file->frames.empty())
     return run.host.fail({FaultKind::Damaged, 0, -1, -1, "it holds no image"});
-  if (!is_affordable(*file))
-    return run.host.fail({FaultKind::Limit, 0, -1, -1, "its pictures take more memory than its size allows"});
+  if (const char* fault = decoding_fault(decoded_bytes(*file), file->bytes.size()))
+    return run.host.fail({FaultKind::Limit, 0, -1, -1, fault});
   const auto used = survey(*file, run.host);
   if (!used) return false;
   if (std::ranges::all_of(*used, [](const Used& frame) { return frame.missing > 0; }) &&

@@ -33,7 +33,7 @@ std::uint64_t bytes_of(const Picture& picture) {
   return std::uint64_t{picture.stride()} * picture.height() + Picture::kHeaderBytes;
 }
 
-std::uint64_t memory_limit() { return std::min(memory_budget(), kMaximumDocumentBytes); }
+std::uint64_t memory_limit() { return std::min(memory_budget(), maximum_decoded_bytes()); }
 
 /// Whether so many frames are worth a question, and what was said.
 bool is_wanted(std::uint64_t frames, std::uint64_t bytes, Host& host) {
@@ -203,7 +203,7 @@ class Gathering {
 
   bool is_room() {
     const std::uint64_t bytes = bytes_ + bytes_of(pending_);
-    if (bytes > kMaximumDocumentBytes)
+    if (bytes > maximum_decoded_bytes())
       return host_.fail({FaultKind::Limit, 0, -1, -1, "its frames take more memory than a document may"});
     if (asked || (frames_.size() < kManyFrames && bytes <= memory_limit())) return true;
     asked = true;

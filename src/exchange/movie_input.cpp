@@ -4,7 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <vector>
+
+#include "base/limits.h"
+#include "base/settings.h"
 
 namespace vellum {
 namespace {
@@ -41,14 +46,34 @@ int open_nothing(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary
   return AVERROR(EACCES);
 }
 
-int open_regular(const std::filesystem::path& file) {
+int open_regular(const std::filesystem::path& file, std::uint64_t& size) {
   const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat state {};
   if (descriptor >= 0 && (fstat(descriptor, &state) != 0 || !S_ISREG(state.st_mode))) {
     close(descriptor);
     return -1;
   }
+  size = static_cast<std::uint64_t>(state.st_size);
   return descriptor;
+}
+
+/// The most pixels that a frame of a file of so many bytes may have.
+std::int64_t most_pixels(std::uint64_t file_bytes) {
+  constexpr std::uint64_t kPixelBytes = 4;
+  const std::uint64_t plausible =
+      settings::MaximumDecodedMegabytes > 0
+          ? kMaximumPictureBytes
+          : std::clamp(file_bytes * kMaximumExpansion, kUnquestionedBytes, kMaximumPictureBytes);
+  return static_cast<std::int64_t>(std::min(plausible, maximum_decoded_bytes()) / kPixelBytes);
+}
+
+/// Looking for streams decodes frames already: not such that their file can't mean.
+bool find_streams(AVFormatContext& format, std::uint64_t file_bytes) {
+  std::vector<AVDictionary*> options(format.nb_streams, nullptr);
+  for (AVDictionary*& one : options) av_dict_set_int(&one, "max_pixels", most_pixels(file_bytes), 0);
+  const bool found = avformat_find_stream_info(&format, options.data()) >= 0;
+  for (AVDictionary*& one : options) av_dict_free(&one);
+  return found;
 }
 
 }  // namespace
@@ -68,7 +93,7 @@ void free_descriptor_io(AVIOContext*& io) {
   avio_context_free(&io);
 }
 
-MovieInput::MovieInput(const std::filesystem::path& file) : descriptor_(open_regular(file)) {
+MovieInput::MovieInput(const std::filesystem::path& file) : descriptor_(open_regular(file, size_)) {
   av_log_set_level(AV_LOG_QUIET);
   if (descriptor_ < 0) return;
   io_ = descriptor_io(&descriptor_, false);
@@ -80,7 +105,7 @@ MovieInput::MovieInput(const std::filesystem::path& file) : descriptor_(open_reg
   // A failure frees the context.
   const std::string name = file.filename().string();
   if (avformat_open_input(&format_, name.c_str(), nullptr, nullptr) < 0) return;
-  opened_ = avformat_find_stream_info(format_, nullptr) >= 0;
+  opened_ = find_streams(*format_, size_);
 }
 
 MovieInput::~MovieInput() {
@@ -108,6 +133,7 @@ AVStream* MovieInput::open_stream(AVMediaType type, CodecContext& codec) const {
   if (!codec || avcodec_parameters_to_context(codec.get(), stream->codecpar) < 0) return nullptr;
   codec->pkt_timebase = stream->time_base;
   codec->thread_count = 0;
+  codec->max_pixels = most_pixels(size_);
   if (avcodec_open2(codec.get(), decoder, nullptr) < 0) return nullptr;
   for (unsigned i = 0; i < format_->nb_streams; ++i)
     if (static_cast<int>(i) != index) format_->streams[i]->discard = AVDISCARD_ALL;

@@ -26,6 +26,8 @@ class MovieInput {
   MovieInput& operator=(const MovieInput&) = delete;
 
   bool ok() const { return opened_; }
+  /// Bytes of the file.
+  std::uint64_t size() const { return size_; }
   AVFormatContext* format() const { return format_; }
   /// The best stream of a type, with its decoder opened into `codec`; null where there is none.
   AVStream* open_stream(AVMediaType type, CodecContext& codec) const;
@@ -34,6 +36,7 @@ class MovieInput {
   int descriptor_ = -1;
   AVIOContext* io_ = nullptr;
   AVFormatContext* format_ = nullptr;
+  std::uint64_t size_ = 0;
   bool opened_ = false;
 };
 

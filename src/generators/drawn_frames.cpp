@@ -102,7 +102,7 @@ struct FrameMaker {
 
 bool can_be_held(Extent canvas, std::uint64_t frames, std::uint32_t bits) {
   const std::uint64_t bytes = canvas.height * std::uint64_t{picture_stride(canvas.width, bits)};
-  return bytes > 0 && bytes <= kMaximumPictureBytes && frames <= kMaximumDocumentBytes / bytes;
+  return bytes > 0 && bytes <= kMaximumPictureBytes && frames <= maximum_decoded_bytes() / bytes;
 }
 
 GivenColors gathered_colors(const DrawnFrames& drawn, std::uint32_t most, bool sketch, Host& host) {

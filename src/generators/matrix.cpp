@@ -393,7 +393,7 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
   const Extent canvas = matrix->canvas();
   const std::uint64_t bytes = canvas.height * std::uint64_t{picture_stride(canvas.width, 24)};
   if (std::max(canvas.width, canvas.height) > kMaximumDimension || bytes > kMaximumPictureBytes ||
-      matrix->count() > kMaximumDocumentBytes / bytes || matrix->count() > kMaximumEntries) {
+      matrix->count() > maximum_decoded_bytes() / bytes || matrix->count() > kMaximumEntries) {
     host.fail({FaultKind::Limit, 0, -1, -1, "the frames would be too large"});
     return std::nullopt;
   }

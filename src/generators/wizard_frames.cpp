@@ -67,7 +67,7 @@ class Gathering {
     sources_.largest = std::max(sources_.largest, bytes);
     // Beside frames for a superpalette the document has one of 8 bits each.
     final_ += plan_.gathers() ? std::uint64_t{size.width} * size.height : bytes;
-    if (final_ > kMaximumDocumentBytes) return too_large();
+    if (final_ > maximum_decoded_bytes()) return too_large();
     if (plan_.gathers()) sources_.colors.add(frame.picture);
     if (kept_ + bytes > wizardBytes)
       frame = {};

@@ -15,9 +15,6 @@
 namespace vellum {
 namespace {
 
-/// More scans than any encoder writes: a small file could otherwise keep the decoder busy for hours.
-constexpr int kMaximumScans = 500;
-
 struct ErrorJump {
   jpeg_error_mgr manager{};
   std::jmp_buf target{};
@@ -32,6 +29,11 @@ struct ErrorJump {
   std::longjmp(ErrorJump::of(info).target, 1);
 }
 void stay_silent(j_common_ptr) {}
+
+struct ScanProgress {
+  jpeg_progress_mgr manager{};
+  std::uint64_t fileBytes = 0;
+};
 
 /// Levels below 0 are warnings: data is damaged or missing.
 void keep_warning(j_common_ptr info, int level) {
@@ -50,15 +52,32 @@ jpeg_error_mgr* prepare(ErrorJump& error) {
   return &error.manager;
 }
 
+/// Of a progressive file: the numbers that all its scans make wait for the last one.
+std::uint64_t coefficient_bytes(const jpeg_decompress_struct& info) {
+  std::uint64_t bytes = 0;
+  for (int i = 0; i < info.num_components; ++i) {
+    const jpeg_component_info& part = info.comp_info[i];
+    bytes += std::uint64_t{part.width_in_blocks} * part.height_in_blocks * DCTSIZE2 * sizeof(JCOEF);
+  }
+  return jpeg_has_multiple_scans(const_cast<j_decompress_ptr>(&info)) ? bytes : 0;
+}
+
+/// More scans than any encoder writes: a small file could otherwise keep the decoder busy for hours.
 void count_scans(j_common_ptr info) {
-  if (info->is_decompressor && reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > kMaximumScans)
+  if (!info->is_decompressor) return;
+  const auto& file = *reinterpret_cast<j_decompress_ptr>(info);
+  const auto& progress = *reinterpret_cast<ScanProgress*>(info->progress);
+  const std::uint64_t pixels =
+      std::uint64_t{file.image_width} * file.image_height * static_cast<unsigned>(file.input_scan_number);
+  if (file.input_scan_number > kMaximumScans ||
+      (pixels > kUnquestionedScanPixels && pixels / kScanPixelsOfAByte > progress.fileBytes))
     jump(info);
 }
 
 struct Decompressor {
   jpeg_decompress_struct info{};
   ErrorJump error;
-  jpeg_progress_mgr progress{};
+  ScanProgress progress;
 
   Decompressor() = default;
   ~Decompressor() { jpeg_destroy_decompress(&info); }
@@ -84,8 +103,9 @@ bool open_file(Decompressor& file, FileBytes bytes, std::uint32_t enough) {
   file.info.err = prepare(file.error);
   if (setjmp(file.error.target)) return false;
   jpeg_create_decompress(&file.info);
-  file.progress.progress_monitor = count_scans;
-  file.info.progress = &file.progress;
+  file.progress.manager.progress_monitor = count_scans;
+  file.progress.fileBytes = bytes.size();
+  file.info.progress = &file.progress.manager;
   jpeg_save_markers(&file.info, JPEG_APP0 + 1, 0xFFFF);
   jpeg_mem_src(&file.info, bytes.data(), static_cast<unsigned long>(bytes.size()));
   jpeg_read_header(&file.info, TRUE);
@@ -242,6 +262,10 @@ GraphicReading decode_jpg(FileBytes bytes, Part part, const GraphicSwitches& swi
   const int orientation = switches.exif_orientation ? orientation_of(*file) : 1;
   const std::uint32_t width = file->info.output_width, height = file->info.output_height;
   const bool turned = part == Part::Header && swaps_sides(orientation);
+  const std::uint64_t wanted =
+      coefficient_bytes(file->info) + std::uint64_t{picture_stride(width, file->bits())} * height;
+  if (const char* fault = part == Part::Whole ? decoding_fault(wanted, bytes.size()) : nullptr)
+    return {{}, GraphicFault::TooLarge, fault};
   GraphicReading reading = reading_of_size(turned ? height : width, turned ? width : height, &grey_ramp(),
                                            file->bits(), part, bytes.size());
   if (!reading.picture || part == Part::Header) return reading;

@@ -7,11 +7,9 @@ namespace vellum {
 
 GraphicReading reading_of_size(std::uint32_t width, std::uint32_t height, const Palette* palette,
                                std::uint32_t bits, Part part, std::size_t file_bytes) {
-  constexpr std::uint64_t kUnquestioned = std::uint64_t{256} << 20, kMostExpansion = 1000;
   if (part == Part::Header) return {PictureCreateHeaderOnly(width, height, palette, bits), {}, {}};
   const std::uint64_t bytes = std::uint64_t{picture_stride(width, bits)} * height;
-  if (bytes > kUnquestioned && bytes / kMostExpansion > file_bytes)
-    return {{}, GraphicFault::TooLarge, "it asks for far more pixels than its bytes can mean"};
+  if (const char* fault = decoding_fault(bytes, file_bytes)) return {{}, GraphicFault::TooLarge, fault};
   GraphicReading reading{PictureCreate(width, height, palette, bits), {}, {}};
   if (!reading.picture) reading = {{}, GraphicFault::TooLarge, "the picture is too large"};
   return reading;

@@ -233,7 +233,8 @@ class Batch {
 /// memory where nobody keeps them.
 std::size_t frames_at_once(const Animation& animation) {
   constexpr std::size_t kMostBytes = std::size_t{24} << 20;
-  return std::clamp<std::size_t>(kMostBytes / animation.bytes(), 2, 64);
+  constexpr std::size_t kAlone = std::size_t{64} << 20;  // two of them, the one before and the decoder's own
+  return std::clamp<std::size_t>(kMostBytes / animation.bytes(), animation.bytes() > kAlone ? 1 : 2, 64);
 }
 
 /// What the frame came from; null where its pixels are not in one piece, or nobody keeps the bytes.

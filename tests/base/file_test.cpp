@@ -3,11 +3,13 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <fstream>
 
+#include "base/temporary_file.h"
 #include "support/corpus.h"
 
 namespace vellum {
@@ -71,6 +73,48 @@ TEST(SafeFile, WhatIsNoRegularFileIsRefusedAndStays) {
   }
   EXPECT_EQ(names_in(folder.path()), 3u);
   EXPECT_EQ(names_in(folder / "dir"), 0u);
+}
+
+TEST(SafeFile, KeepsAttributesAndTellsWhatItCantKeep) {
+  const testing::ScratchFolder folder;
+  put(folder / "a", "old");
+  fs::create_hard_link(folder / "a", folder / "b");
+  if (setxattr((folder / "a").c_str(), "user.origin", "here", 4, 0) != 0)
+    GTEST_SKIP() << "no attributes here";
+  SafeFile file(folder / "a");
+  EXPECT_TRUE(file.write(std::vector<std::uint8_t>{'n', 'e', 'w'}) && file.commit());
+  char value[8] = {};
+  EXPECT_EQ(getxattr((folder / "a").c_str(), "user.origin", value, sizeof value), 4);
+  EXPECT_STREQ(value, "here");
+  EXPECT_EQ(testing::file_text(folder / "b"), "old");
+  EXPECT_EQ(file.notes().size(), 1u) << "the second name";
+}
+
+TEST(SafeFile, WhatAKilledProgramLeftGoesAndWhatAnotherWritesStays) {
+  const testing::ScratchFolder folder;
+  put(folder / ".vellum-save-abcdef", "left");
+  SafeFile other(folder / "b");
+  const std::vector<std::uint8_t> much(1 << 20);
+  EXPECT_TRUE(other.write(much));
+  EXPECT_TRUE(save(folder / "a", "new"));
+  EXPECT_FALSE(fs::exists(folder / ".vellum-save-abcdef"));
+  sweep_temporaries(folder.path() / ".");
+  EXPECT_TRUE(other.commit()) << other.reason();
+  EXPECT_EQ(names_in(folder.path()), 2u);
+}
+
+TEST(ReplaceByCopy, LeavesTheTargetWhereItFails) {
+  const testing::ScratchFolder folder;
+  put(folder / "a", "new");
+  put(folder / "b", "old");
+  std::error_code error;
+  EXPECT_FALSE(replace_by_copy(folder / "none", folder / "b", error));
+  EXPECT_TRUE(error);
+  EXPECT_EQ(testing::file_text(folder / "b"), "old");
+  fs::permissions(folder / "a", fs::perms::owner_read);
+  EXPECT_TRUE(replace_by_copy(folder / "a", folder / "b", error)) << error.message();
+  EXPECT_EQ(testing::file_text(folder / "b"), "new");
+  EXPECT_EQ(fs::status(folder / "b").permissions(), fs::perms::owner_read);
 }
 
 TEST(SafeFile, ANewFileHasThePermissionsThatTheProgramStartedWith) {

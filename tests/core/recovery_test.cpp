@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "core/edit/clipboard_block.h"
+#include "core/edit/undo.h"
 #include "core/files/open_document.h"
 #include "core/files/recovery_copy.h"
 #include "core/files/recovery_folder.h"
@@ -50,6 +51,12 @@ void expect_comes_back(const DocumentWindow& window, const fs::path& path) {
   EXPECT_TRUE(again.document.dirty);
   EXPECT_TRUE(std::ranges::equal(again.document.defaultImage.bytes(), window.document.defaultImage.bytes()));
   EXPECT_EQ(block_of(again), block_of(window));
+  ASSERT_EQ(again.undoLevels.size(), window.undoLevels.size());
+  for (std::size_t i = 0; i < window.undoLevels.size(); ++i) {
+    EXPECT_EQ(again.undoLevels[i].name, window.undoLevels[i].name);
+    EXPECT_EQ(tags_of(again.undoLevels[i].list), tags_of(window.undoLevels[i].list));
+    EXPECT_EQ(again.undoLevels[i].dirty, window.undoLevels[i].dirty);
+  }
 }
 
 TEST(RecoveryCopy, DocumentsOfAllKindsComeBack) {
@@ -60,7 +67,12 @@ TEST(RecoveryCopy, DocumentsOfAllKindsComeBack) {
     window.document.fileName = folder / "a\xC3\xA4, b\n.png";
     window.document.HasFileName = kind != DocumentKind::MING;
     window.document.fileTime = fs::file_time_type(fs::file_time_type::duration(-77));
+    Host host;
+    undo_push(window, host, "first");
     if (kind == DocumentKind::APNG) window.document.defaultImage = small_picture(6, 4, 24).handle();
+    window.list.select(0, true);
+    undo_push(window, host, "second");
+    window.list.remove(window.list.size() - 1);
     expect_comes_back(window, folder / "x.copy");
   }
 }
@@ -86,6 +98,8 @@ TEST(RecoveryCopy, DamagedCopiesAreRefused) {
   const fs::path path = folder / "x.copy";
   DocumentWindow window = small_document(DocumentKind::APNG, 1);
   window.document.fileName = "a.png";
+  Host host;
+  undo_push(window, host);
   window.document.defaultImage = small_picture(2, 2, 24).handle();
   ASSERT_TRUE(write_recovery_copy(window, path, 0));
   const std::string whole = testing::file_text(path);

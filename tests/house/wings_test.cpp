@@ -22,8 +22,8 @@ const std::vector<std::string> kWings = {"base",       "image",         "core", 
 const std::map<std::string, std::vector<std::string>> kRooms = {
     {"core", {"model", "chunks", "edit", "build", "files", "check"}},
     {"shell",
-     {"look", "widgets", "forms", "list", "services", "help", "editors", "dialogs", "viewer", "setup",
-      "start", "window"}}};
+     {"look", "widgets", "forms", "list", "services", "help", "editors", "dialogs", "viewer", "docks",
+      "setup", "start", "window"}}};
 
 struct Include {
   fs::path file;

@@ -184,8 +184,23 @@ bool keeps_indexes(const Conversion& conversion) {
          });
 }
 
+/// By what headers say: of images that no file of the kind can hold nothing is decoded.
+bool fits_kind(const Conversion& conversion) {
+  const DocumentWindow& from = conversion.from;
+  Extent size = document_size(from.list, from.document);
+  for (std::size_t i = 0; i < from.list.size() && !is_animation(from.document.kind); ++i)
+    if (is_image_entry(from.document.kind, from.list.record(i).tag)) {
+      const Picture picture = picture_of(from.list.record(i));
+      size = {picture.width(), picture.height()};
+    }
+  const std::int64_t most = kind_row(conversion.kind).mostPixels;
+  return (size.width <= most && size.height <= most) ||
+         conversion.host.fail({FaultKind::Limit, 0, -1, -1,
+                               "the image is wider or higher than " + std::to_string(most) + " pixels"});
+}
+
 bool prepare(Conversion& conversion) {
-  if (!gather(conversion)) return false;
+  if (!fits_kind(conversion) || !gather(conversion)) return false;
   if (conversion.kind == DocumentKind::PING && conversion.frames.size() > 1)
     return fail(conversion.host, "the document has several images");
   const Picture first = conversion.layers[0].picture;

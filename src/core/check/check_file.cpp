@@ -84,7 +84,9 @@ std::uint32_t Checking::number_of(const StreamChunk& chunk) const {
 
 FileCheck Checking::take() {
   std::ranges::stable_sort(findings_, {}, &Finding::offset);
-  return {kind, std::move(findings_), leftOut_};
+  FileCheck check{kind, std::move(findings_), leftOut_};
+  for (const StreamChunk& chunk : chunks) check.chunks.push_back(chunk.tag);
+  return check;
 }
 
 std::size_t FileCheck::count(Severity severity) const {

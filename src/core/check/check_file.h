@@ -12,6 +12,7 @@ struct FileCheck {
   DocumentKind kind = DocumentKind::None;  ///< None: none of the formats that are checked
   std::vector<Finding> findings;           ///< in the order of the file
   std::uint64_t left_out = 0;              ///< findings of a rule that had come a hundred times already
+  std::vector<ChunkTag> chunks{};          ///< of the whole file, in its order: what `Finding::chunk` counts
   std::size_t count(Severity severity) const;
 };
 

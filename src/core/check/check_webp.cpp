@@ -42,6 +42,7 @@ std::vector<StreamChunk> riff_chunks(Checking& checking, std::span<const std::ui
 struct WebpLook {
   Checking& checking;
   std::uint64_t width = 0, height = 0;  ///< of the canvas
+  WebpBudget budget;
   std::uint8_t flags = 0;
   bool extended = false, animationSeen = false, imageSeen = false, metadataSeen = false, hasAlpha = false;
   std::size_t frames = 0;
@@ -79,6 +80,7 @@ struct WebpLook {
       return checking.find(
           RuleId::Webp_image_size, at,
           size_text(info->width, info->height) + " in place of " + size_text(told_width, told_height));
+    if (!budget.allows(info->width, info->height)) return checking.find(RuleId::Image_too_large, at);
     if (!WEBPDecodeBGRA(webp_still(parts))) checking.find(RuleId::Webp_image_damaged, at);
   }
 
@@ -203,7 +205,7 @@ void check_webp(Checking& checking, std::span<const std::uint8_t> file) {
   const auto form = look_at_form(checking, file);
   checking.chunks = riff_chunks(checking, form.subspan(kFormHead), kFormHead, 0);
   if (checking.chunks.empty()) return checking.find(RuleId::Webp_no_image);
-  WebpLook look{checking};
+  WebpLook look{.checking = checking, .budget = {file.size()}};
   look.walk();
 }
 

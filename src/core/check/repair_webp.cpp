@@ -30,6 +30,7 @@ std::vector<FoundChunk> riff_chunks(std::span<const std::uint8_t> bytes, std::ui
 
 struct WebpRepair {
   RepairedFile& result;
+  WebpBudget budget;
   WebpContents contents{};
   bool canvasTold = false;
   std::vector<std::vector<std::uint8_t>> stills{};  ///< of the frames
@@ -50,6 +51,10 @@ struct WebpRepair {
     if (!info) return {};
     width = info->width;
     height = info->height;
+    if (!budget.allows(width, height)) {
+      result.given_up.push_back(what + ": it is too large for a file of this size.");
+      return {};
+    }
     if (WEBPDecodeBGRA(still)) return still;
     std::uint32_t rows = 0;
     const Picture there = decode_webp_rows(still, rows);
@@ -128,7 +133,7 @@ void repair_webp(std::span<const std::uint8_t> file, RepairedFile& result) {
     result.given_up.emplace_back("There is no image.");
     return;
   }
-  WebpRepair repair{result};
+  WebpRepair repair{result, {file.size()}};
   const auto chunks = riff_chunks(file.subspan(kFormHead), kFormHead);
   for (const FoundChunk& chunk : chunks) repair.take(chunk);
   if (!repair.contents.animated) repair.take_still(chunks);

@@ -1,6 +1,9 @@
 // Names and sizes of the parts of a WebP (WebP container), as checking and repairing look at them.
 #pragma once
 
+#include <algorithm>
+
+#include "base/limits.h"
 #include "core/model/tags.h"
 
 namespace vellum::webp {
@@ -19,5 +22,18 @@ constexpr bool is_part(ChunkTag tag) { return tag == kAlpha || tag == kLossy || 
 constexpr std::uint32_t read_le24(const std::uint8_t* p) {
   return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16;
 }
+
+/// What images of a file may be decoded to: small streams can mean large pictures, and many of them much
+/// time.
+struct WebpBudget {
+  std::uint64_t fileBytes = 0, decoded = 0;
+
+  bool allows(std::uint64_t width, std::uint64_t height) {
+    const std::uint64_t bytes = width * height * 4;
+    decoded += bytes;
+    return !decoding_fault(bytes, fileBytes) &&
+           decoded <= std::max(kUnquestionedCanvasBytes, fileBytes * kMaximumExpansion);
+  }
+};
 
 }  // namespace vellum::webp

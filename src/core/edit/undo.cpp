@@ -7,6 +7,7 @@
 
 #include "base/fields.h"
 #include "core/edit/insert_chunk.h"
+#include "core/edit/undo_restore.h"
 #include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
 #include "core/settings.h"
@@ -134,6 +135,16 @@ bool undo_push(DocumentWindow& window, Host& host, std::string_view name, std::u
   while (window.undoLevels.size() > level_limit()) window.undoLevels.pop_front();
   window.document.undoAvailable = true;
   return true;
+}
+
+void undo_restore(DocumentWindow& window, std::deque<UndoLevel> levels) {
+  while (levels.size() > level_limit()) levels.pop_front();
+  levels.push_back(present_state(window, {}));
+  count_own_bytes(levels);
+  while (sum_of_own_bytes(levels) > kMaximumUndoBytes) levels.pop_front();
+  levels.pop_back();
+  window.undoLevels = std::move(levels);
+  window.document.undoAvailable = !window.undoLevels.empty();
 }
 
 void undo_settle(DocumentWindow& window) {

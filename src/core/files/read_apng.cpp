@@ -126,6 +126,10 @@ std::uint64_t picture_bytes(const PngReading& reading, const StreamFrames& found
 }
 
 bool pictures_fit_memory(const PngReading& reading, const StreamFrames& found) {
+  // Whoever plays the animation makes a canvas of 32 bits, also of frames with one bit a pixel.
+  const std::uint64_t canvas = std::uint64_t{reading.header.width} * reading.header.height * 4;
+  if (const char* fault = decoding_fault(canvas, reading.chunks.back().offset))
+    return reading.fail(reading.chunks.front(), fault, FaultKind::Limit);
   return picture_bytes(reading, found) <= kMaximumKeptBytes ||
          reading.fail(reading.chunks.front(), "the frames together are too large", FaultKind::Limit);
 }

@@ -45,6 +45,7 @@ struct MngReading {
   DocumentWindow& window;
   Host& host;
   std::span<const StreamChunk> chunks;
+  std::size_t fileBytes = 0;
   std::shared_ptr<const FileContent> owner;  ///< of the bytes of the file; may be null
   std::vector<Item> items{};
   std::unique_ptr<OpenImage> open{};
@@ -97,6 +98,10 @@ bool take_header(MngReading& reading) {
                                    &record.layerCount,       &record.frameCount,  &record.playTime,
                                    &record.simplicityProfile};
   for (std::size_t i = 0; i < std::size(fields); ++i) *fields[i] = read_be32(&chunk.data[4 * i]);
+  // Nothing is made of it here, but whoever plays or converts the document makes a canvas of this size.
+  const std::uint64_t canvas = std::uint64_t{record.frameWidth} * record.frameHeight * 4;
+  if (const char* fault = decoding_fault(canvas, reading.fileBytes))
+    return reading.fail(chunk, fault, FaultKind::Limit);
   return reading.add(std::move(record), chunk);
 }
 
@@ -397,7 +402,7 @@ bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& 
   if (!gather_file(file, kMngSignature, tag::MEND, gathered, host)) return false;
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
-  MngReading reading{window, host, gathered.chunks, std::move(owner)};
+  MngReading reading{window, host, gathered.chunks, file.size(), std::move(owner)};
   if (!walk(reading) || !decode_images(reading, progress)) return false;
   for (const Item& item : reading.items) chunk_list_append(window.list, window.document, item.record);
   chunk_list_close_change(window.list, window.document);

@@ -30,8 +30,9 @@ struct WebpReading {
   std::uint32_t frameCount = 0;
   std::vector<WebpExtra> extras{};  ///< chunks beside the images, in their order
   std::size_t nextExtra = 0;
-  bool packed = false;  ///< what can be made again is not kept in memory
-  bool told = false;    ///< the reason of a failure is kept already
+  std::uint64_t unstored = 0;  ///< bytes of canvases that can't be made again from the file
+  bool packed = false;         ///< what can be made again is not kept in memory
+  bool told = false;           ///< the reason of a failure is kept already
 
   bool fail(const char* reason, FaultKind kind = FaultKind::Damaged) {
     told = true;
@@ -93,6 +94,12 @@ bool append_frame(WebpReading& reading, const ChunkHandle& picture, std::int64_t
   return reading.append(record);
 }
 
+/// Why pictures of so many bytes are not made for this file; false with it kept.
+bool may_decode(WebpReading& reading, std::uint64_t bytes) {
+  const char* const fault = decoding_fault(bytes, reading.file.size());
+  return !fault || reading.fail(fault, FaultKind::Limit);
+}
+
 /// The picture of a still file, which may be decoded again from its bytes.
 ChunkHandle kept_still(const WebpReading& reading, const Picture& picture) {
   StoredWebp::Frame frame;
@@ -108,6 +115,7 @@ ChunkHandle kept_still(const WebpReading& reading, const Picture& picture) {
 }
 
 bool read_still(WebpReading& reading, const WebpInfo& info) {
+  if (!may_decode(reading, std::uint64_t{info.width} * info.height * 4)) return false;
   const Picture picture = info.hasAlpha ? WEBPDecodeBGRA(reading.file) : WEBPDecodeBGR(reading.file);
   if (!picture) return reading.fail("the image data is damaged");
   WebpHeaderFields header;
@@ -121,16 +129,15 @@ bool read_still(WebpReading& reading, const WebpInfo& info) {
          append_frame(reading, kept_still(reading, picture), 0, 0) && append_extras(reading, kNoEntry);
 }
 
-/// Frames that change little make canvases of few bytes, which memory has to hold all the same where they
-/// can't be made again one by one.
+/// Frames that change little make canvases of few bytes.
 std::uint64_t most_canvas_bytes(std::uint64_t file) {
-  constexpr std::uint64_t kGain = 1000;
-  return std::clamp(file * kGain, kMaximumDocumentBytes, kMaximumKeptBytes);
+  return std::clamp(file * kMaximumExpansion, kUnquestionedCanvasBytes, kMaximumKeptBytes);
 }
 
 bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
   if (animation.frameCount < 1) return reading.fail("there are no frames");
   const std::uint64_t canvas = std::uint64_t{animation.canvasWidth} * animation.canvasHeight * 4;
+  if (!may_decode(reading, canvas)) return false;
   if (std::max(animation.canvasWidth, animation.canvasHeight) > kMaximumDimension ||
       canvas > kMaximumPictureBytes || canvas * animation.frameCount > most_canvas_bytes(reading.file.size()))
     return reading.fail("the frames are too large together", FaultKind::Limit);
@@ -145,6 +152,8 @@ bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
 }
 
 bool take_frame(WebpReading& reading, const WebpFrame& frame) {
+  if (!frame.stored) reading.unstored += frame.canvas.handle().size();
+  if (!may_decode(reading, reading.unstored)) return false;
   const ChunkHandle canvas = kept_picture(frame.canvas, frame.stored);
   if (reading.packed && frame.stored) let_go(canvas);
   reading.frames.push_back({canvas, frame.timestamp, frame.dispose});

@@ -4,12 +4,14 @@
 #include <cstring>
 #include <fstream>
 #include <new>
+#include <unordered_map>
 
 #include "base/byte_order.h"
 #include "base/file.h"
 #include "base/limits.h"
 #include "core/chunks/chunk_table.h"
 #include "core/edit/clipboard_block.h"
+#include "core/edit/undo_restore.h"
 #include "core/model/chunk_layout.h"
 #include "core/settings.h"
 #include "image/picture_rows.h"
@@ -20,7 +22,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint32_t kMagic = 0x56435256;  // "VRCV"
-constexpr std::uint32_t kVersion = 1;
+constexpr std::uint32_t kVersion = 2;
+constexpr std::uint64_t kSameImage = ~std::uint64_t{0};  ///< as the length of a level's default image
+constexpr std::uint32_t kSelected = 0x80000000;
+constexpr std::uint32_t kMostStates = 64;
 constexpr std::size_t kFixedHead = 4 * 4 + 3 * 8;  // all in front of the file name
 constexpr std::size_t kLongestName = 4096;         // PATH_MAX
 
@@ -45,10 +50,56 @@ std::vector<std::uint8_t> head_of(const Document& document, std::int64_t made) {
   return head;
 }
 
-std::uint64_t bytes_of(const DocumentWindow& window) {
-  std::uint64_t bytes = window.document.defaultImage.size();
-  for (std::size_t i = 0; i < window.list.size(); ++i) bytes += window.list.record(i).data.size() + 512;
-  return bytes;
+/// All records of a document and its undo levels, each once, and which of them each state has.
+struct Records {
+  ChunkList all;
+  std::unordered_map<const ChunkRecord*, std::uint32_t> places;
+  std::uint64_t bytes = 0;
+
+  void add(const ChunkList& list) {
+    std::vector<std::shared_ptr<const ChunkRecord>> more;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const auto& record = list.entry(i).record;
+      if (!places.try_emplace(record.get(), static_cast<std::uint32_t>(places.size())).second) continue;
+      bytes += record->data.size() + 512;
+      more.push_back(record);
+    }
+    all.insert(all.size(), more);
+  }
+};
+
+void put_text(std::vector<std::uint8_t>& out, std::string_view text) {
+  put(out, text.size(), 8);
+  out.insert(out.end(), text.begin(), text.end());
+}
+
+void put_state(std::vector<std::uint8_t>& out, const UndoLevel& state, const ChunkHandle& present,
+               const Records& records) {
+  put(out, state.dirty, 4);
+  put(out, static_cast<std::uint32_t>(state.caret), 4);
+  put_text(out, state.name);
+  const bool same = state.defaultImage.identity() == present.identity();
+  put(out, same ? kSameImage : state.defaultImage.size(), 8);
+  if (!same) {
+    const auto image = state.defaultImage.bytes();
+    out.insert(out.end(), image.begin(), image.end());
+  }
+  put(out, state.list.size(), 8);
+  for (std::size_t i = 0; i < state.list.size(); ++i) {
+    const ChunkList::Entry& entry = state.list.entry(i);
+    put(out, records.places.at(entry.record.get()) | (entry.selected ? kSelected : 0), 4);
+  }
+}
+
+std::vector<std::uint8_t> states_of(const DocumentWindow& window, bool levels, const Records& records) {
+  const Document& document = window.document;
+  std::vector<std::uint8_t> out;
+  put(out, 1 + (levels ? window.undoLevels.size() : 0), 4);
+  put_state(out, {window.list, document.dirty, document.caret, document.defaultImage, {}},
+            document.defaultImage, records);
+  for (std::size_t i = 0; levels && i < window.undoLevels.size(); ++i)
+    put_state(out, window.undoLevels[i], document.defaultImage, records);
+  return out;
 }
 
 /// A copy must not take the room that the user's own saving needs.
@@ -99,6 +150,83 @@ bool take_default_image(std::span<const std::uint8_t>& rest, ChunkHandle& image)
   return image && has_rows(Picture(image));
 }
 
+/// Takes what stands in front, as long as it is there.
+class StateReader {
+ public:
+  explicit StateReader(std::span<const std::uint8_t> rest) : rest_(rest) {}
+  bool good() const { return good_; }
+  std::span<const std::uint8_t> rest() const { return rest_; }
+
+  std::uint64_t number(std::size_t bytes) {
+    std::uint64_t value = 0;
+    const auto taken = take(bytes);
+    for (std::size_t i = 0; i < taken.size(); ++i) value |= std::uint64_t{taken[i]} << 8 * i;
+    return value;
+  }
+  std::span<const std::uint8_t> take(std::uint64_t bytes) {
+    good_ = good_ && bytes <= rest_.size();
+    if (!good_) return {};
+    const auto taken = rest_.first(static_cast<std::size_t>(bytes));
+    rest_ = rest_.subspan(taken.size());
+    return taken;
+  }
+
+ private:
+  std::span<const std::uint8_t> rest_;
+  bool good_ = true;
+};
+
+/// A state whose list is numbers until the records behind it are known.
+struct ReadState {
+  UndoLevel level;
+  std::vector<std::uint32_t> entries;
+};
+
+bool take_state(StateReader& reader, const ChunkHandle& present, ReadState& state) {
+  state.level.dirty = reader.number(4) != 0;
+  state.level.caret = static_cast<std::int32_t>(reader.number(4));
+  const auto name = reader.take(reader.number(8));
+  state.level.name.assign(name.begin(), name.end());
+  const std::uint64_t image = reader.number(8);
+  if (image == kSameImage) {
+    state.level.defaultImage = present;
+  } else if (const auto bytes = reader.take(image); !bytes.empty()) {
+    state.level.defaultImage = ChunkHandle::copy_of(bytes, 0);
+    if (!state.level.defaultImage || !has_rows(Picture(state.level.defaultImage))) return false;
+  }
+  const std::uint64_t count = reader.number(8);
+  if (!reader.good() || count > reader.rest().size() / 4) return false;
+  for (std::uint64_t i = 0; i < count; ++i)
+    state.entries.push_back(static_cast<std::uint32_t>(reader.number(4)));
+  return true;
+}
+
+using SharedRecords = std::vector<std::shared_ptr<const ChunkRecord>>;
+
+bool make_list(ReadState& state, const SharedRecords& records) {
+  SharedRecords own;
+  for (const std::uint32_t entry : state.entries) {
+    if ((entry & ~kSelected) >= records.size()) return false;
+    own.push_back(records[entry & ~kSelected]);
+  }
+  state.level.list.insert(0, own);
+  for (std::size_t i = 0; i < own.size(); ++i)
+    if (state.entries[i] & kSelected) state.level.list.select(i, true);
+  const auto last = static_cast<std::int32_t>(own.size()) - 1;
+  state.level.caret = std::clamp(state.level.caret, 0, std::max(last, 0));
+  return true;
+}
+
+/// The present state, and the levels behind it; empty where one of them can't be.
+std::vector<ReadState> take_states(StateReader& reader, const ChunkHandle& present) {
+  const std::uint64_t count = reader.number(4);
+  if (count == 0 || count > kMostStates) return {};
+  std::vector<ReadState> states(static_cast<std::size_t>(count));
+  for (ReadState& state : states)
+    if (!take_state(reader, present, state)) return {};
+  return states;
+}
+
 bool read_content(std::span<const std::uint8_t> bytes, DocumentWindow& window) {
   std::size_t behind = 0;
   const auto note = parse_note(bytes, behind);
@@ -106,7 +234,10 @@ bool read_content(std::span<const std::uint8_t> bytes, DocumentWindow& window) {
   Document& document = window.document;
   std::span<const std::uint8_t> rest = bytes.subspan(behind);
   if (!take_default_image(rest, document.defaultImage)) return false;
-  const auto block = read_chunk_block(rest, true);
+  StateReader reader(rest);
+  auto states = take_states(reader, document.defaultImage);
+  if (states.empty()) return false;
+  const auto block = read_chunk_block(reader.rest(), true);
   if (!block || block->source.kind != note->kind) return false;
   document.kind = note->kind;
   document.fileName = note->fileName;
@@ -114,9 +245,16 @@ bool read_content(std::span<const std::uint8_t> bytes, DocumentWindow& window) {
   document.fileTime = note->fileTime;
   document.thumbScale = std::clamp(settings::DefaultViewMode, 0, 7);
   document.dirty = true;
-  for (const ChunkRecord& record : block->records)
-    if (chunk_list_append(window.list, document, record) == 0) return false;
+  SharedRecords records;
+  for (const ChunkRecord& record : block->records) records.push_back(make_entry(document, record));
+  for (ReadState& state : states)
+    if (!make_list(state, records)) return false;
+  window.list = states.front().level.list;
+  document.caret = states.front().level.caret;
   chunk_list_close_change(window.list, document);
+  std::deque<UndoLevel> levels;
+  for (std::size_t i = 1; i < states.size(); ++i) levels.push_back(std::move(states[i].level));
+  undo_restore(window, std::move(levels));
   return true;
 }
 
@@ -124,13 +262,22 @@ bool read_content(std::span<const std::uint8_t> bytes, DocumentWindow& window) {
 
 bool write_recovery_copy(const DocumentWindow& window, const fs::path& path, std::int64_t made,
                          const std::function<bool()>& stop) try {
-  if (!has_room(path, bytes_of(window))) return false;
+  Records records;
+  records.add(window.list);
+  const std::uint64_t own = records.bytes + window.document.defaultImage.size();
+  Records with_levels = records;
+  for (const UndoLevel& level : window.undoLevels) with_levels.add(level.list);
+  const bool levels = with_levels.all.size() < kMaximumEntries && window.undoLevels.size() < kMostStates &&
+                      has_room(path, with_levels.bytes + window.document.defaultImage.size());
+  if (!levels && !has_room(path, own)) return false;
+  const Records& kept = levels ? with_levels : records;
   SafeFile file(path);
   const auto sink = [&](std::span<const std::uint8_t> bytes) {
     return !(stop && stop()) && file.write(bytes);
   };
   return sink(head_of(window.document, made)) && sink(window.document.defaultImage.bytes()) &&
-         write_chunk_block(window.document.kind, window.list, sink) && file.commit();
+         sink(states_of(window, levels, kept)) && write_chunk_block(window.document.kind, kept.all, sink) &&
+         file.commit();
 } catch (const std::bad_alloc&) {
   return false;
 }

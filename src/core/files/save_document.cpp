@@ -54,7 +54,11 @@ WriteResult write_file(DocumentWindow& window, const fs::path& path, const SaveO
     return WriteResult::Failed;
   }
   if (options.backup && !make_backup(path, host)) return WriteResult::Refused;
-  return write_document(window, written_kind(path, window.document.kind), file_sink(file), options, host);
+  const WriteResult result =
+      write_document(window, written_kind(path, window.document.kind), file_sink(file), options, host);
+  if (result == WriteResult::Done)
+    for (const std::string& note : file.notes()) host.add_note(note);
+  return result;
 }
 
 }  // namespace

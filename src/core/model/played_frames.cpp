@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/limits.h"
 #include "core/model/frame_values.h"
 #include "core/model/loops.h"
 
@@ -59,7 +60,7 @@ std::optional<std::vector<std::size_t>> unrolled(const std::vector<Step>& steps)
   for (std::size_t i = 0; i < steps.size(); ++i) {
     const Step& step = steps[i];
     if (step.what == Step::What::Image) {
-      if (images.size() == kMostUnrolled) return std::nullopt;
+      if (images.size() == kMaximumUnrolled) return std::nullopt;
       images.push_back(step.entry);
     } else if (step.what == Step::What::Loop) {
       if (step.count == 0)
@@ -114,7 +115,7 @@ PlayedFrames played_frames(const DocumentWindow& window) {
   if (std::ranges::all_of(steps, [](const Step& step) { return step.what == Step::What::Image; }))
     return result;
   const auto images = unrolled(steps);
-  if (images && (images->size() <= kMostUnrolled) && !images->empty())
+  if (images && (images->size() <= kMaximumUnrolled) && !images->empty())
     result.entries = *images;
   else
     result.loopsLost = true;

@@ -7,9 +7,6 @@
 
 namespace vellum {
 
-/// Most frames that the loops of an MNG are written out to.
-inline constexpr std::size_t kMostUnrolled = 10'000;
-
 struct PlayedFrames {
   std::vector<std::size_t> entries;  ///< image entries, in order
   std::uint32_t plays = 0;           ///< of the whole, 0 for ever

@@ -37,7 +37,7 @@ bool canvas_fits(Extent canvas, DocumentKind kind) {
 
 bool canvases_fit(std::size_t count, Extent canvas) {
   const std::uint64_t bytes = picture_stride(canvas.width, 32) * std::uint64_t{canvas.height};
-  return bytes <= kMaximumPictureBytes && bytes * count <= kMaximumDocumentBytes;
+  return bytes <= kMaximumPictureBytes && !memory_fault(bytes * count);
 }
 
 }  // namespace vellum

@@ -36,14 +36,6 @@ QImage shared_thumbnail(const QFileInfo& file) {
   return {};
 }
 
-bool is_small_enough(const QFileInfo& file) {
-  if (!file.isFile() || file.size() > kMostBytes) return false;
-  std::uint32_t width = 0, height = 0;
-  const std::string name = to_path(file.filePath()).string();
-  return !GraphicFileInfo(name, &width, &height, nullptr, nullptr) ||
-         std::uint64_t{width} * height <= kMostPixels;
-}
-
 }  // namespace
 
 QImage file_thumbnail(const std::filesystem::path& path, int size) {
@@ -51,8 +43,8 @@ QImage file_thumbnail(const std::filesystem::path& path, int size) {
   const QSize room(size, size);
   if (const QImage shared = shared_thumbnail(file); !shared.isNull())
     return shared.scaled(room.boundedTo(shared.size()), Qt::KeepAspectRatio, Qt::SmoothTransformation);
-  if (!is_small_enough(file)) return {};
-  const Picture picture = first_picture(path, static_cast<std::uint32_t>(size)).picture;
+  if (!file.isFile() || file.size() > kMostBytes) return {};
+  const Picture picture = first_picture(path, static_cast<std::uint32_t>(size), kMostPixels).picture;
   if (!picture) return {};
   const QSize own(static_cast<int>(picture.width()), static_cast<int>(picture.height()));
   const bool fits = own.boundedTo(room) == own;

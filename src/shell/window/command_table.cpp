@@ -139,6 +139,7 @@ const CommandRow kCommands[] = {
     {802, "&Tile\tShift+F4", Menu::Window, 1, Entries, {}, "tile", tile_command},
     {803, "&Arrange Icons", Menu::Window, 1, Entries, {}, nullptr, arrange_icons_command},
     {804, "&Duplicate\tCtrl+D", Menu::Window, 2, Entries, {}, "duplicate", duplicate_command},
+    {840, "Chec&k document\tF7", Menu::Window, 3, Entries, {}, nullptr, check_command},
 
     {52, "&Contents", Menu::Help, 1, Nothing, {}, "help", contents_command},
     {902, "&About...", Menu::Help, 1, Nothing, {}, "about", about_command},
@@ -176,7 +177,7 @@ constexpr KeyRow kKeys[] = {
     {"Ctrl+M", 304},    {"Ctrl+Z", 204},  {"Ctrl+Y", 208},   {"Ctrl+Shift+Z", 208}, {"Ctrl+X", 201},
     {"Shift+Del", 201}, {"Ctrl+C", 202},  {"Ctrl+Ins", 202}, {"Ctrl+V", 203},       {"Shift+Ins", 203},
     {"Ctrl+A", 50},     {"Del", 61},      {"Alt+Up", 206},   {"Alt+Down", 207},     {"Shift+F5", 801},
-    {"Shift+F4", 802},  {"Ctrl+F4", 106}, {"F1", 52},
+    {"Shift+F4", 802},  {"Ctrl+F4", 106}, {"F1", 52},        {"F7", 840},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {

@@ -53,6 +53,8 @@ void insert_popup_command(MainWindow& main, DocumentFrame& frame);
 void cascade_command(MainWindow& main);
 void tile_command(MainWindow& main);
 void arrange_icons_command(MainWindow& main);
+/// Shows the dock that says what is wrong with the document, and looks.
+void check_command(MainWindow& main, DocumentFrame& frame);
 void duplicate_command(MainWindow& main, DocumentFrame& frame);
 /// Takes the thumbnail scale that the toolbar shows.
 void scale_command(MainWindow& main, DocumentFrame& frame);

@@ -10,10 +10,11 @@
 namespace vellum {
 namespace {
 
-constexpr int kInterval = 60'000;  // milliseconds
-/// A copy that took a while to write is made again after so many times that while, so that large documents
-/// don't keep the disk busy.
-constexpr std::int64_t kRestFactor = 20;
+// Milliseconds: behind an edit, when nothing else was done for so long; and where there is no such rest.
+constexpr int kRest = 4'000, kInterval = 9'000;
+/// A copy that took a while to write is made again after so many times that while, and after so long at most,
+/// so that large documents don't keep the disk busy.
+constexpr std::int64_t kRestFactor = 20, kMostRest = 9'000;
 
 std::int64_t now() { return QDateTime::currentMSecsSinceEpoch(); }
 
@@ -30,7 +31,13 @@ Recovery::Recovery(MainWindow& window, std::filesystem::path store)
   pool_.setThreadPriority(QThread::LowestPriority);
   timer_.setInterval(kInterval);
   connect(&timer_, &QTimer::timeout, this, &Recovery::keep_changed);
-  connect(&window, &MainWindow::refreshed, this, &Recovery::drop_settled);
+  rest_.setInterval(kRest);
+  rest_.setSingleShot(true);
+  connect(&rest_, &QTimer::timeout, this, &Recovery::keep_changed);
+  connect(&window, &MainWindow::refreshed, this, [this] {
+    drop_settled();
+    rest_.start();
+  });
   timer_.start();
 }
 
@@ -72,6 +79,7 @@ void Recovery::keep(DocumentFrame& frame, Kept& kept) {
   DocumentWindow copy;
   copy.document = frame.document();
   copy.list = frame.entries();
+  copy.undoLevels = frame.content().undoLevels;
   kept.mark = DocumentMark(frame.content());
   kept.writing = true;
   pool_.start([this, number = kept.number, path = folder_->copy_path(kept.number), copy = std::move(copy)] {
@@ -88,7 +96,7 @@ void Recovery::written(std::uint64_t number, bool done, std::int64_t millisecond
   const auto at = std::ranges::find(kept_, number, &Kept::number);
   if (at == kept_.end()) return;
   at->writing = false;
-  at->notBefore = now() + kRestFactor * milliseconds;
+  at->notBefore = now() + std::min(kRestFactor * milliseconds, kMostRest);
   if (!done) at->mark = {};
   drop_settled();
 }

@@ -58,7 +58,7 @@ class Recovery : public QObject {
   std::vector<RecoveryFolder> found_;
   std::deque<Kept> kept_;
   std::uint64_t lastNumber_ = 0;
-  QTimer timer_;
+  QTimer timer_, rest_;
   std::atomic<bool> stop_ = false;
   QThreadPool pool_;  ///< one thread; its end is waited for before anything else goes
 };
