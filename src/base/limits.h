@@ -33,7 +33,7 @@ inline constexpr std::uint64_t kRecoveryLeavesFree = std::uint64_t{256} << 20;
 inline constexpr std::size_t kMaximumEntries = 1'000'000;
 /// Most bytes of canvases that the frames of one file are composed to without asking how long the file is:
 /// that takes time and no memory, since each can be composed again.
-inline constexpr std::uint64_t kUnquestionedCanvasBytes = std::uint64_t{8} << 30;
+inline constexpr std::uint64_t kUnquestionedCanvasBytes = std::uint64_t{4} << 30;
 /// Steps of an animation that the command line shows where nobody asks for a number: a LOOP counts to 2^31.
 inline constexpr std::uint64_t kMaximumSteps = 1'000'000;
 /// Most images that are told apart when the loops of an animation are written out.
@@ -50,6 +50,9 @@ inline constexpr std::uint64_t kScanPixelsOfAByte = 20'000;
 inline constexpr std::uint64_t kUnquestionedBytes = std::uint64_t{256} << 20;
 /// Beyond that a file may ask for so many times its size.
 inline constexpr std::uint64_t kMaximumExpansion = 1000;
+
+/// What a pixel of an animation's canvas takes when it plays: 16 bits a channel.
+inline constexpr std::uint64_t kPlayedPixelBytes = 8;
 
 /// Most bytes of memory that the pictures of one document may take: half of what is free on the machine (and
 /// in the group of processes that it runs in), or `MaximumDecodedMegabytes` where that is set.

@@ -16,8 +16,13 @@ namespace {
 
 bool tell_of_failure(const ImportRun& run) {
   const bool silent = run.told || run.host.stopped();
+  const bool too_large = run.host.has_fault && run.host.fault.kind == FaultKind::Limit;
   std::string reason = run.host.take_fault();
-  if (!silent) run.host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, std::move(reason));
+  if (silent) return false;
+  if (too_large)
+    run.host.show(StringId::ErrorReadingFile, {}, std::move(reason));
+  else
+    run.host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, std::move(reason));
   return false;
 }
 

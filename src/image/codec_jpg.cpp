@@ -70,8 +70,10 @@ void count_scans(j_common_ptr info) {
   const std::uint64_t pixels =
       std::uint64_t{file.image_width} * file.image_height * static_cast<unsigned>(file.input_scan_number);
   if (file.input_scan_number > kMaximumScans ||
-      (pixels > kUnquestionedScanPixels && pixels / kScanPixelsOfAByte > progress.fileBytes))
-    jump(info);
+      (pixels > kUnquestionedScanPixels && pixels / kScanPixelsOfAByte > progress.fileBytes)) {
+    std::snprintf(ErrorJump::of(info).text.data(), JMSG_LENGTH_MAX, "it has more scans than its size allows");
+    std::longjmp(ErrorJump::of(info).target, 1);
+  }
 }
 
 struct Decompressor {

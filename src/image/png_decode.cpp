@@ -160,11 +160,11 @@ PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, cons
   // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of
   // two.
   if (filtered_bytes > 2 * kMaximumPictureBytes) return failure(kTooLarge, true);
-  // Its size is plausible where the stream may hold it: deflate can't mean more than 1032 times its bytes.
-  if (const char* fault = memory_fault(filtered_bytes)) return failure(fault, true);
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);
   if (!can_inflate_to(stream.size(), filtered_bytes)) return failure("there is not enough image data");
+  // What the stream may hold is plausible: deflate can't mean more than 1032 times its bytes.
+  if (const char* fault = memory_fault(filtered_bytes)) return failure(fault, true);
   std::optional<ScratchPages> own;
   ScratchPages& filtered = scratch_for(static_cast<std::size_t>(filtered_bytes) + kFilterSlack, own);
   if (!filtered) return failure("memory is exhausted", true);

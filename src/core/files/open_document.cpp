@@ -73,7 +73,13 @@ DocumentKind kind_to_read(const std::filesystem::path& path, const ContentRow* c
 }
 
 bool report_failure(Host& host, const ContentRow* content, DocumentKind kind) {
+  // A file that is too large for this machine may be right.
+  const bool too_large = host.has_fault && host.fault.kind == FaultKind::Limit;
   std::string more = host.take_fault();
+  if (too_large) {
+    host.show(StringId::ErrorReadingFile, {}, more);
+    return false;
+  }
   if (content && content->kind != kind)
     more += (more.empty() ? "" : "\n") + with_value(string_text(StringId::ContentIs), content->name);
   host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, more);
@@ -115,9 +121,14 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   const DocumentKind kind = kind_to_read(path, content);
   if (importForeign && (!content || content->kind == DocumentKind::None))
     if (const auto imported = importForeign(window, path, *file, host)) return *imported;
-  if (content && content->kind == DocumentKind::None)
-    if (const Picture picture = GraphicFileRead(path.string()); picture)
-      return offer_document(window, picture, *content, host);
+  if (content && content->kind == DocumentKind::None) {
+    const GraphicReading reading = read_graphic_bytes(*file);
+    if (reading.picture) return offer_document(window, reading.picture, *content, host);
+    if (reading.fault == GraphicFault::TooLarge) {
+      host.show(StringId::ErrorReadingFile, {}, reading_text(path, reading));
+      return false;
+    }
+  }
   bool read = false;
   try {
     read = std::ranges::find(kReaders, kind, &ReaderRow::kind)

@@ -126,8 +126,9 @@ std::uint64_t picture_bytes(const PngReading& reading, const StreamFrames& found
 }
 
 bool pictures_fit_memory(const PngReading& reading, const StreamFrames& found) {
-  // Whoever plays the animation makes a canvas of 32 bits, also of frames with one bit a pixel.
-  const std::uint64_t canvas = std::uint64_t{reading.header.width} * reading.header.height * 4;
+  // Whoever plays the animation makes such a canvas, also of frames with one bit a pixel.
+  const std::uint64_t canvas =
+      std::uint64_t{reading.header.width} * reading.header.height * kPlayedPixelBytes;
   if (const char* fault = decoding_fault(canvas, reading.chunks.back().offset))
     return reading.fail(reading.chunks.front(), fault, FaultKind::Limit);
   return picture_bytes(reading, found) <= kMaximumKeptBytes ||

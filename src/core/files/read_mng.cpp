@@ -99,7 +99,7 @@ bool take_header(MngReading& reading) {
                                    &record.simplicityProfile};
   for (std::size_t i = 0; i < std::size(fields); ++i) *fields[i] = read_be32(&chunk.data[4 * i]);
   // Nothing is made of it here, but whoever plays or converts the document makes a canvas of this size.
-  const std::uint64_t canvas = std::uint64_t{record.frameWidth} * record.frameHeight * 4;
+  const std::uint64_t canvas = std::uint64_t{record.frameWidth} * record.frameHeight * kPlayedPixelBytes;
   if (const char* fault = decoding_fault(canvas, reading.fileBytes))
     return reading.fail(chunk, fault, FaultKind::Limit);
   return reading.add(std::move(record), chunk);

@@ -137,7 +137,7 @@ std::uint64_t most_canvas_bytes(std::uint64_t file) {
 bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
   if (animation.frameCount < 1) return reading.fail("there are no frames");
   const std::uint64_t canvas = std::uint64_t{animation.canvasWidth} * animation.canvasHeight * 4;
-  if (!may_decode(reading, canvas)) return false;
+  if (!may_decode(reading, canvas / 4 * kPlayedPixelBytes)) return false;
   if (std::max(animation.canvasWidth, animation.canvasHeight) > kMaximumDimension ||
       canvas > kMaximumPictureBytes || canvas * animation.frameCount > most_canvas_bytes(reading.file.size()))
     return reading.fail("the frames are too large together", FaultKind::Limit);
