@@ -736,6 +736,9 @@ constexpr SettingRow kSettings[] = {
     flag("KeepStoredImages", KeepStoredImages),
     number("PictureMemoryMegabytes", PictureMemoryMegabytes),
     number("MaximumDecodedMegabytes", MaximumDecodedMegabytes),
+    flag("FindHidesRows", FindHidesRows),
+    number("ImageEditorView", ImageEditorView),
+    number("ImageEditorGround", ImageEditorGround),
 };
 // clang-format on
 

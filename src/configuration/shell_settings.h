@@ -38,6 +38,9 @@ inline int MonoListText = 0;            ///< flag: both columns of the list have
 inline int AntiAliasMode = 2;           ///< 0 none, 1 fast, 2 best: scaling of thumbnails and previews
 inline int FileTipShow = 1;             ///< flag: rows tell more under the pointer
 inline int FileTipDelay = 750;          ///< ms, 100 to 5000
+inline int FindHidesRows = 1;           ///< flag: the find bar shows the rows that match and no others
+inline int ImageEditorView = 1;         ///< 0 own picture, 1 on the canvas, 2 onion skin
+inline int ImageEditorGround = 0;       ///< behind it: 0 checkers, 1 of the document, 2 black, 3 white
 inline int GridWide = 1, GridDeep = 1;  ///< pixels of a step of the pixel grid, 1 to 256
 inline int StripOptions = 7;  ///< bits: 1 numbers, 2 delays, 4 checkers, 8 canvases, 16 vertical, 32 gaps
 
