@@ -13,7 +13,8 @@ namespace vellum {
 namespace {
 
 constexpr std::uint32_t kWidth = 640, kHeight = 480;
-constexpr std::size_t kFrames = 1000;
+constexpr std::size_t kFrames = 1000, kEntries = 100'000;
+constexpr QSize kWideScreen(1366, 700);
 constexpr int kScreenWidth = 420, kScreenHeight = 900, kScrollStep = 48;
 
 Picture noisy_picture(std::uint32_t seed) {
@@ -71,11 +72,67 @@ void scroll(benchmark::State& state, bool seen) {
       benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 
+/// Frames without pictures of their own, texts and colors: what facts are told of.
+DocumentWindow long_list() {
+  DocumentWindow window = long_animation();
+  const Picture picture = noisy_picture(1);
+  for (std::size_t i = window.list.size(); i < kEntries; ++i) {
+    ChunkRecord record = image(picture);
+    record.frameControl.xOffset = static_cast<std::uint32_t>(i % 100);
+    if (i % 3 == 1) {
+      record = {};
+      record.tag = tag::tEXt;
+      const std::string text =
+          "Title" + std::string(1, '\0') + "A text of some length, number " + std::to_string(i);
+      put_payload(record, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    } else if (i % 3 == 2) {
+      record = {};
+      record.tag = tag::cHRM;
+      put_payload(record, std::vector<std::uint8_t>(32, 1));
+    }
+    chunk_list_append(window.list, window.document, record);
+  }
+  window.document.thumbScale = 0;
+  chunk_list_close_change(window.list, window.document);
+  return window;
+}
+
+/// A screen of rows of text and facts after the other, down 100,000 entries.
+void scroll_facts(benchmark::State& state) {
+  DocumentWindow window = long_list();
+  ThumbnailCache cache(qsizetype{1} << 30);
+  ChunkListView view(window, cache);
+  view.resize(kWideScreen);
+  view.show();
+  QImage screen(view.size(), QImage::Format_RGB32);
+  QScrollBar* bar = view.verticalScrollBar();
+  for (auto _ : state) {
+    bar->setValue(bar->value() >= bar->maximum() ? 0 : bar->value() + view.viewport()->height());
+    view.viewport()->render(&screen);
+  }
+  state.counters["rows/screen"] = view.viewport()->height() / 24.0;
+  state.counters["frames/s"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+/// Looking for a text in all of them.
+void find_in_rows(benchmark::State& state) {
+  DocumentWindow window = long_list();
+  RowSearch search(window);
+  for (auto _ : state) {
+    search.look_for({});
+    search.look_for(QStringLiteral("number 777"));
+  }
+  state.counters["rows"] = static_cast<double>(window.list.size());
+}
+
 void scroll_new_rows(benchmark::State& state) { scroll(state, false); }
 void scroll_seen_rows(benchmark::State& state) { scroll(state, true); }
 
 BENCHMARK(scroll_new_rows)->Unit(benchmark::kMillisecond);
 BENCHMARK(scroll_seen_rows)->Unit(benchmark::kMillisecond);
+BENCHMARK(scroll_facts)->Unit(benchmark::kMillisecond);
+BENCHMARK(find_in_rows)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace vellum

@@ -2,16 +2,20 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QMenu>
 #include <QPushButton>
 #include <QTimer>
+#include <QToolButton>
 
+#include "configuration/shell_settings.h"
 #include "core/files/save_document.h"
 #include "image/graphic_file.h"
 #include "image/picture_operations.h"
 #include "shell/editors/edit_image.h"
 #include "shell/forms/form_dialog.h"
 #include "shell/look/picture_image.h"
+#include "shell/widgets/picture_view.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {
@@ -143,6 +147,72 @@ TEST_F(ImageEditorTest, PadsToTheCanvas) {
   EXPECT_EQ(window.list.record(3).frameControl.frameWidth, 40u);
   EXPECT_EQ(PictureGetPixel(picture_of(window.list.record(3)), 9, 7),
             PictureGetPixel(sample_picture(10, 8, 24), 9, 7));
+}
+
+/// Four by three pixels of each frame but the first, and a change is looked for in every field.
+TEST_F(ImageEditorTest, KeysPlaceAFrameAndNothingElseChanges) {
+  const SettingsGuard guard;
+  settings::ImageEditorView = 1;
+  DocumentWindow window = animated_document(3);
+  for (const std::size_t i : {std::size_t{3}, std::size_t{4}}) {
+    ChunkRecord record = window.list.record(i);
+    record.data = sample_picture(4, 3, 24).handle();
+    record.width = record.frameControl.frameWidth = 4;
+    record.height = record.frameControl.frameHeight = 3;
+    chunk_list_put(window.list, i, record);
+  }
+  const ChunkList before = window.list;
+  const auto place = [](FormDialog& dialog) {
+    auto* view = dialog.findChild<PictureView*>();
+    for (const auto& [key, modifiers] : {std::pair{Qt::Key_Right, Qt::ShiftModifier},
+                                         {Qt::Key_Right, Qt::NoModifier},
+                                         {Qt::Key_Down, Qt::NoModifier},
+                                         {Qt::Key_Up, Qt::ShiftModifier},
+                                         {Qt::Key_Down, Qt::NoModifier}})
+      QTest::keyClick(view, key, modifiers);
+  };
+  // Undo brings back a list that nobody else holds: a cancelled dialog leaves the very same entries.
+  EXPECT_EQ(edit(window, 3, place), Edited::Cancelled);
+  for (std::size_t i = 0; i < before.size(); ++i)
+    EXPECT_EQ(window.list.entry(i).record, before.entry(i).record);
+  EXPECT_EQ(edit(window, 3,
+                 [&](FormDialog& dialog) {
+                   place(dialog);
+                   dialog.findChild<QToolButton*>(QStringLiteral("next_frame"))->click();
+                   dialog.form().set_value("delayNum", std::int64_t{9});
+                   finish(dialog, QDialogButtonBox::Ok);
+                 }),
+            Edited::Changed);
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    ChunkRecord now = window.list.record(i);
+    const ChunkRecord& was = before.record(i);
+    EXPECT_EQ(now.frameControl.xOffset, i == 3 ? 11u : 0u) << i;
+    EXPECT_EQ(now.frameControl.yOffset, i == 3 ? 1u : 0u)
+        << i << ", held at the edge before it went down again";
+    EXPECT_EQ(now.frameControl.delayNum, i == 4 ? 9u : was.frameControl.delayNum) << i;
+    EXPECT_EQ(now.frameControl.dispose, was.frameControl.dispose) << i;
+    EXPECT_EQ(now.data.data(), was.data.data()) << i;
+  }
+}
+
+TEST_F(ImageEditorTest, ACanvasThatGrowsIsToldAndFilled) {
+  const SettingsGuard guard;
+  settings::ImageEditorView = 1;
+  DocumentWindow window = animated_document(2);
+  EXPECT_EQ(edit(window, 3,
+                 [&](FormDialog& dialog) {
+                   auto* note = dialog.findChild<QLabel*>(QStringLiteral("canvas"));
+                   EXPECT_TRUE(note->isHidden());
+                   QTest::keyClick(dialog.findChild<PictureView*>(), Qt::Key_Right, Qt::ShiftModifier);
+                   EXPECT_TRUE(note->isVisible());
+                   EXPECT_TRUE(note->text().contains(QStringLiteral("50 x 30 instead of 40 x 30")))
+                       << note->text().toStdString();
+                   finish(dialog, QDialogButtonBox::Ok);
+                 }),
+            Edited::Changed);
+  EXPECT_EQ(picture_of(window.list.record(2)).width(), 50u) << "the first image fills the canvas";
+  document_extent(window.list, window.document);
+  EXPECT_EQ(document_size(window.list, window.document).width, 50u);
 }
 
 }  // namespace

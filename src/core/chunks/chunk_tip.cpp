@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "core/chunks/chunk_facts.h"
 #include "core/chunks/chunk_field_sets.h"
 #include "core/chunks/chunk_reading.h"
 #include "core/chunks/mng_counts.h"
@@ -17,16 +18,8 @@ namespace {
 
 constexpr std::size_t kMostLines = 12, kMostCharacters = 80, kTextLines = 8;
 
-/// The value of a field as its form would show it.
 std::string shown(const EntryPlace& place, const char* name) {
-  const std::vector<Field> fields = chunk_fields(place.window, place.index);
-  const Field* field = find_field(fields, name);
-  const FieldValues values = read_chunk_fields(place.window, place.index);
-  const FieldValue* value = values.find(name);
-  if (!field || !value) return {};
-  const auto* number = std::get_if<std::int64_t>(value);
-  return field->special && number && *number == field->specialValue ? lower_case(field->special)
-                                                                    : field_value_text(*field, *value);
+  return shown_value(place.window, place.index, name);
 }
 
 unsigned number(const EntryPlace& place, std::size_t offset) { return payload_be32(place.record(), offset); }

@@ -165,4 +165,50 @@ bool move_images(DocumentWindow& window, const MoveImages& request, Host& host) 
   return apply_order(window, order_with_moved(moving, position), false, host);
 }
 
+namespace {
+
+/// Whether copies of these entries may stand at a position.
+bool copies_fit(const DocumentWindow& window, const std::vector<bool>& copied, std::size_t position) {
+  const DocumentKind kind = window.document.kind;
+  if (position > window.list.size() || outside_streams(window.list, kind, position) != position) return false;
+  const auto streams = opaque_streams(window.list, kind);
+  ChunkList after = window.list;
+  std::size_t at = position;
+  for (std::size_t i = 0; i < copied.size(); ++i) {
+    if (!copied[i]) continue;
+    const auto& record = window.list.entry(i).record;
+    if (stands_once(record->tag, kind) || stream_of(streams, i)) return false;
+    after.insert(at++, record);
+  }
+  const ListShape shape = shape_of(after, kind);
+  for (std::size_t i = position; i < at; ++i)
+    if (!is_in_place(shape, after.record(i).tag, i)) return false;
+  return kind != DocumentKind::MING || !loops_match(window.list) || loops_match(after);
+}
+
+}  // namespace
+
+bool may_put_rows(const DocumentWindow& window, const PutRows& request) {
+  if (window.list.empty() || request.position > window.list.size()) return false;
+  const std::vector<bool> moving = moving_entries(window);
+  if (request.copy) return copies_fit(window, moving, request.position);
+  const Order order = order_with_moved(moving, request.position);
+  ChunkList after = window.list;
+  after.reorder(order);
+  return is_legal(window.list, after, order, window.document.kind);
+}
+
+bool put_rows(DocumentWindow& window, const PutRows& request, Host& host) {
+  if (window.list.empty() || request.position > window.list.size())
+    return refuse(host, StringId::ErrorAccessingChunk);
+  const std::vector<bool> moving = moving_entries(window);
+  if (request.copy) {
+    if (!copies_fit(window, moving, request.position)) return refuse(host);
+    return undo_push(window, host, undo_name(StringId::UndoCopyImages, window)) &&
+           copy_images(window, request.position, moving);
+  }
+  const Order order = order_with_moved(moving, request.position);
+  return order != present_order(order.size()) && apply_order(window, order, true, host);
+}
+
 }  // namespace vellum

@@ -22,4 +22,16 @@ struct MoveImages {
 /// undo level first. A target among those that move means its first neighbour that stays.
 bool move_images(DocumentWindow& window, const MoveImages& request, Host& host);
 
+/// Where the selected entries (the caret's where none is selected) go, whatever their tags: in front of the
+/// present entry `position`, all of them one behind the other.
+struct PutRows {
+  std::size_t position = 0;
+  bool copy = false;  ///< they stay, and copies go there
+};
+/// Whether they may stand there; costs a list.
+bool may_put_rows(const DocumentWindow& window, const PutRows& request);
+/// Puts them there, an undo level first; they, or the copies, are selected afterwards. False with the message
+/// given to the host where they may not stand there, and without one where nothing would change.
+bool put_rows(DocumentWindow& window, const PutRows& request, Host& host);
+
 }  // namespace vellum

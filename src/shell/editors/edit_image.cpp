@@ -8,8 +8,10 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "base/text.h"
 #include "configuration/shell_settings.h"
 #include "core/chunks/chunk_tip.h"
+#include "core/edit/frame_scene.h"
 #include "core/edit/image_edit.h"
 #include "core/model/frame_values.h"
 #include "core/settings.h"
@@ -20,18 +22,18 @@
 #include "shell/editors/edit_transparency.h"
 #include "shell/editors/editor_pages.h"
 #include "shell/editors/field_editor.h"
+#include "shell/editors/frame_stage.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 #include "shell/services/file_dialogs.h"
 #include "shell/services/paint.h"
 #include "shell/widgets/color_dialog.h"
-#include "shell/widgets/picture_panel.h"
 
 namespace vellum {
 namespace {
 
-constexpr QSize kLeastView(240, 160), kOpeningSize(940, 580);
+constexpr QSize kOpeningSize(940, 580);
 constexpr int kButtonsInRow = 3;
 
 /// Everything is done to a copy of the document, which costs a list; OK makes it the document.
@@ -41,8 +43,17 @@ struct ImageEditor {
   QWidget* make_picture_part();
   void add_buttons(QGridLayout* grid);
   void lay_out();
+  void show_form();
   void show_picture();
   void show_state();
+  void follow_place();
+  void move_by(QPoint pixels);
+  void step(bool forwards);
+  /// The place that is typed; the entry's own where its form has none.
+  FrameOffset typed_place() const;
+  bool placeable() const;
+  /// The first image fills a canvas that has grown.
+  bool fill_canvas();
 
   const ChunkRecord& record() const { return scratch.list.record(index); }
   Picture picture() const { return picture_of(record()); }
@@ -69,9 +80,11 @@ struct ImageEditor {
   DocumentWindow scratch;
   std::size_t index;
   FormDialog dialog;
-  PicturePanel* panel = nullptr;
+  FrameStage* stage = nullptr;
+  Extent canvasBefore;  ///< anything was done
   QPushButton *paletteButton = nullptr, *transparencyButton = nullptr, *alphaButton = nullptr,
               *fitButton = nullptr, *pasteButton = nullptr;
+  std::int32_t shift = 0;  ///< of the entries, by those that came in front of them
   bool changed = false;
 };
 
@@ -95,16 +108,13 @@ ImageEditor::ImageEditor(QWidget* parent, DocumentWindow& window, std::size_t ed
       scratch(copy_of(window, edited)),
       index(edited),
       dialog(editor_title(window.list.record(edited).tag), chunk_topic(window.list.record(edited).tag),
-             chunk_fields(scratch, edited), read_chunk_fields(scratch, edited), answers.host, parent) {
+             chunk_fields(scratch, edited), read_chunk_fields(scratch, edited), answers.host, parent),
+      canvasBefore(document_size(window.list, window.document)) {
   lay_out();
-  if (dialog.form().has("rate")) link_frame_rate(dialog.form());
-  const bool has_fields = !dialog.form().fields().empty();
-  dialog.form().setVisible(has_fields);
-  dialog.buttons().button(QDialogButtonBox::Reset)->setVisible(has_fields);
   dialog.check = [this](const FieldValues& typed) { return check_chunk_fields(scratch, index, typed); };
   dialog.repair = repair_chunk_fields;
-  dialog.apply = [this, has_fields](const FieldValues& typed) {
-    if (!has_fields) return true;
+  dialog.apply = [this](const FieldValues& typed) {
+    if (dialog.form().fields().empty()) return true;
     const Applied applied = apply_chunk_fields(scratch, index, typed, services.host);
     if (applied == Applied::Failed)
       services.host.show(StringId::ErrorAccessingChunk, {}, services.host.take_fault());
@@ -112,8 +122,19 @@ ImageEditor::ImageEditor(QWidget* parent, DocumentWindow& window, std::size_t ed
     return applied != Applied::Failed;
   };
   QObject::connect(QApplication::clipboard(), &QClipboard::dataChanged, &dialog, [this] { show_state(); });
-  if (const std::string note = chunk_note(scratch, index); !note.empty()) dialog.form().add_note(to_qt(note));
+  show_form();
   show_picture();
+}
+
+/// What belongs to the entry whose fields the form has.
+void ImageEditor::show_form() {
+  Form& form = dialog.form();
+  if (form.has("rate")) link_frame_rate(form);
+  const bool has_fields = !form.fields().empty();
+  form.setVisible(has_fields);
+  dialog.buttons().button(QDialogButtonBox::Reset)->setVisible(has_fields);
+  if (const std::string note = chunk_note(scratch, index); !note.empty()) form.add_note(to_qt(note));
+  QObject::connect(&form, &Form::edited, &dialog, [this] { follow_place(); });
 }
 
 void ImageEditor::lay_out() {
@@ -128,15 +149,16 @@ void ImageEditor::lay_out() {
 
 QWidget* ImageEditor::make_picture_part() {
   auto* part = new QWidget(&dialog);
-  panel = new PicturePanel(part);
-  panel->setMinimumSize(kLeastView);
+  stage = new FrameStage(part);
+  QObject::connect(stage, &FrameStage::moved, &dialog, [this](QPoint pixels) { move_by(pixels); });
+  QObject::connect(stage, &FrameStage::step_wanted, &dialog, [this](bool forwards) { step(forwards); });
   auto* grid = new QGridLayout;
   grid->setSpacing(style::kGap);
   add_buttons(grid);
   auto* layout = new QVBoxLayout(part);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(style::kGap);
-  layout->addWidget(panel, 1);
+  layout->addWidget(stage, 1);
   layout->addLayout(grid);
   return part;
 }
@@ -188,12 +210,74 @@ std::size_t ImageEditor::transparency_entry() const {
   return kind() == DocumentKind::MING ? index : chunk_find_first(scratch.list, tag::tRNS);
 }
 
+FrameOffset ImageEditor::typed_place() const {
+  const Form& form = dialog.form();
+  const FieldValues values = form.values();
+  const bool has =
+      form.has("x") && form.has("y") && (!form.has("hasPosition") || values.number("hasPosition"));
+  if (!has) return GetFrameOffset(record(), kind());
+  return {static_cast<std::int32_t>(values.number("x")), static_cast<std::int32_t>(values.number("y"))};
+}
+
+bool ImageEditor::placeable() const {
+  const Field* x = find_field(dialog.form().fields(), "x");
+  return x && !x->locked;
+}
+
 void ImageEditor::show_picture() {
-  const Picture own = picture();
-  const auto table =
-      kind() == DocumentKind::MING ? image_transparency(record()) : document_transparency(scratch.list);
-  panel->set_picture(own && !table.empty() ? PictureWithTransparency(own, table) : own, own);
+  stage->show_frame(scratch, index, typed_place(), placeable());
   show_state();
+  follow_place();
+}
+
+/// The picture goes with the typed place, and what that makes of the canvas is told.
+void ImageEditor::follow_place() {
+  if (!is_animation(kind())) return;
+  const FrameOffset place = typed_place();
+  stage->move_frame(place);
+  const Extent wanted = canvas_with_frame_at(scratch, index, place);
+  const bool larger = wanted.width > canvasBefore.width || wanted.height > canvasBefore.height;
+  const bool smaller = wanted.width < canvasBefore.width || wanted.height < canvasBefore.height;
+  if (!larger && !smaller) return stage->tell({});
+  const StringId told = larger && smaller ? StringId::CanvasChanges
+                        : larger          ? StringId::CanvasGrows
+                                          : StringId::CanvasShrinks;
+  std::string note = format_text(string_text(told).data(), wanted.width, wanted.height, canvasBefore.width,
+                                 canvasBefore.height);
+  if (larger && pads_first_image(scratch, wanted))
+    note.append(" ").append(string_text(StringId::FirstImageGrows));
+  stage->tell(to_qt(note));
+}
+
+bool ImageEditor::fill_canvas() {
+  const Extent now = canvas_with_frame_at(scratch, index, GetFrameOffset(record(), kind()));
+  const bool larger = now.width > canvasBefore.width || now.height > canvasBefore.height;
+  return !larger || fill_grown_canvas(scratch);
+}
+
+void ImageEditor::move_by(QPoint pixels) {
+  Form& form = dialog.form();
+  if (!placeable()) return;
+  const FrameOffset place = typed_place();
+  if (form.has("hasPosition")) form.set_value("hasPosition", std::int64_t{1});
+  const auto put = [&](const char* name, std::int64_t value) {
+    const Field* field = find_field(form.fields(), name);
+    form.set_value(name, std::clamp(value, field->least, field->most));
+  };
+  put("x", std::int64_t{place.x} + pixels.x());
+  put("y", std::int64_t{place.y} + pixels.y());
+  follow_place();
+}
+
+/// What was typed goes into the frame that is left.
+void ImageEditor::step(bool forwards) {
+  const std::size_t next = neighbour_image(scratch, index, forwards);
+  if (next == kNoEntry || !dialog.apply_now()) return;
+  index = next;
+  dialog.setWindowTitle(editor_title(record().tag));
+  dialog.replace_form(chunk_fields(scratch, index), read_chunk_fields(scratch, index));
+  show_form();
+  show_picture();
 }
 
 void ImageEditor::show_state() {
@@ -209,7 +293,9 @@ void ImageEditor::show_state() {
 
 /// The image becomes this picture, fitted to the document.
 void ImageEditor::take(const Picture& other, std::optional<PaletteChoice> choice) {
+  const std::size_t before = index;
   const Replaced replaced = replace_image(scratch, index, other, services.host, choice);
+  shift += static_cast<std::int32_t>(index) - static_cast<std::int32_t>(before);
   if (replaced == Replaced::Failed) return services.host.show(StringId::AllocationError);
   changed = changed || replaced == Replaced::Done;
   show_picture();
@@ -233,7 +319,7 @@ void ImageEditor::export_picture() {
 }
 
 void ImageEditor::copy() {
-  QApplication::clipboard()->setImage(image_of_picture(panel->view().picture()));
+  QApplication::clipboard()->setImage(image_of_picture(stage->own()));
   show_state();
 }
 
@@ -243,7 +329,7 @@ void ImageEditor::paste() {
 
 void ImageEditor::paint() {
   // With its transparency, whether a color's or a palette's.
-  if (const auto painted = paint_elsewhere(&dialog, panel->view().picture(), services))
+  if (const auto painted = paint_elsewhere(&dialog, stage->own(), services))
     take(*painted, painted_colors(kind()));
 }
 
@@ -301,9 +387,12 @@ Edited edit_image(QWidget* parent, DocumentWindow& window, std::size_t index, Se
   editor.dialog.resize(editor.dialog.sizeHint().expandedTo(kOpeningSize));
   if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
   if (!editor.changed) return Edited::Same;
+  if (!editor.fill_canvas()) {
+    services.host.show(StringId::AllocationError);
+    return Edited::Cancelled;
+  }
   const std::int32_t caret = window.document.caret;
-  const auto moved = static_cast<std::int32_t>(editor.index) - static_cast<std::int32_t>(index);
-  window.document.caret = caret >= static_cast<std::int32_t>(index) ? caret + moved : caret;
+  window.document.caret = caret >= static_cast<std::int32_t>(index) ? caret + editor.shift : caret;
   window.document.defaultImage = editor.scratch.document.defaultImage;
   window.document.PartialRedraw = true;
   window.list = editor.scratch.list;

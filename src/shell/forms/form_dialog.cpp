@@ -16,7 +16,7 @@ FormDialog::FormDialog(const QString& title, const QString& topic, std::vector<F
   buttons_->button(QDialogButtonBox::Ok)->setDefault(true);
   connect(buttons_, &QDialogButtonBox::accepted, this, &FormDialog::accept);
   connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  connect(buttons_->button(QDialogButtonBox::Reset), &QPushButton::clicked, form_, &Form::reset);
+  connect(buttons_->button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] { form_->reset(); });
   add_help(*this, *buttons_, [topic] { return topic; });
   QVBoxLayout* layout = dialog_layout(*this);
   layout->addWidget(form_, 1);
@@ -41,8 +41,17 @@ bool FormDialog::settle_faults() {
   return false;
 }
 
+bool FormDialog::apply_now() { return settle_faults() && (!apply || apply(form_->values())); }
+
+void FormDialog::replace_form(std::vector<Field> fields, const FieldValues& values) {
+  auto* other = new Form(std::move(fields), values, this);
+  delete layout()->replaceWidget(form_, other, Qt::FindChildrenRecursively);
+  other->setVisible(form_->isVisible());
+  delete std::exchange(form_, other);
+}
+
 void FormDialog::accept() {
-  if (settle_faults() && (!apply || apply(form_->values()))) QDialog::accept();
+  if (apply_now()) QDialog::accept();
 }
 
 }  // namespace vellum

@@ -28,6 +28,11 @@ class FormDialog : public QDialog {
   /// Called with checked values; false keeps the dialog open.
   std::function<bool(const FieldValues&)> apply;
 
+  /// Checks and applies what is typed, and leaves the dialog open; false where that can't be.
+  bool apply_now();
+  /// Shows other fields in place of these, at the same place.
+  void replace_form(std::vector<Field> fields, const FieldValues& values);
+
   void accept() override;
 
  private:

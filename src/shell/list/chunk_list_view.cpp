@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "core/model/chunk_description.h"
+#include "core/model/frame_values.h"
 #include "shell/list/row_painter.h"
 #include "shell/look/text.h"
 
@@ -31,6 +32,7 @@ ChunkListView::ChunkListView(DocumentWindow& window, ThumbnailCache& thumbnails,
       window_(window),
       thumbnails_(thumbnails),
       selection_(window),
+      search_(window),
       tip_(*viewport(), window) {
   setFrameShape(QFrame::NoFrame);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -41,6 +43,7 @@ ChunkListView::ChunkListView(DocumentWindow& window, ThumbnailCache& thumbnails,
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   viewport()->setMouseTracking(true);
   viewport()->setAcceptDrops(true);
+  selection_.shown = [this](std::size_t row) { return is_shown(row); };
   window_.list.changed = [this](const ListChange& change) { list_changed(change); };
   lay_out();
 }
@@ -79,16 +82,19 @@ void ChunkListView::list_changed(const ListChange& change) {
   tip_.dismiss();
   switch (change.what) {
     case ListChange::What::Selection:
-      update_rows(change.first, change.count);
+      for (std::size_t i = change.first; !shown_.empty() && i < change.first + change.count; ++i)
+        if (window_.list.entry(i).selected && !is_shown(i)) layoutPending_ = true;
+      layoutPending_ ? viewport()->update() : update_rows(change.first, change.count);
       break;
     case ListChange::What::Content:
-      canvas_ = document_size(window_.list, window_.document);
-      background_ = document_background(window_.list, window_.document);
+      look_up_document();
+      search_.look_at(change.first, change.count);
       update_rows(change.first, change.count);
       break;
     default:
       // Many entries may come one by one: the heights are summed when they are next needed.
       layoutPending_ = true;
+      searchOld_ = searchOld_ || change.what != ListChange::What::Layout;
       viewport()->update();
   }
   emit changed();
@@ -99,15 +105,78 @@ void ChunkListView::settle() {
 }
 
 void ChunkListView::lay_out() {
-  geometry_ = RowGeometry(window_.list);
-  canvas_ = document_size(window_.list, window_.document);
-  background_ = document_background(window_.list, window_.document);
+  if (std::exchange(searchOld_, false)) search_.look_again();
+  show_found();
+  geometry_ = RowGeometry(window_.list, shown_);
+  look_up_document();
   selection_.reset();
   const std::size_t top = window_.list.topIndex;
   update_scroll_bar();
   window_.list.topIndex = top;
   show_top_row();
   viewport()->update();
+}
+
+/// Rows that hold the text, and those that were selected since: what a command has just made is seen.
+void ChunkListView::show_found() {
+  shown_.clear();
+  if (!hides_ || !search_.active()) return;
+  shown_.resize(window_.list.size());
+  for (std::size_t i = 0; i < shown_.size(); ++i)
+    shown_[i] = search_.found(i) || window_.list.entry(i).selected;
+  settle_caret();
+}
+
+std::size_t ChunkListView::shown_from(std::size_t row, bool forwards) const {
+  while (row < window_.list.size() && !is_shown(row)) row = forwards ? row + 1 : row - 1;
+  return row < window_.list.size() ? row : kNoEntry;
+}
+
+/// The caret stands on a row that is seen, if there is one.
+void ChunkListView::settle_caret() {
+  const auto caret = static_cast<std::size_t>(std::max(window_.document.caret, 0));
+  std::size_t row = shown_from(caret, true);
+  if (row == kNoEntry) row = shown_from(std::min(caret, window_.list.size() - 1), false);
+  if (row != kNoEntry) window_.document.caret = static_cast<std::int32_t>(row);
+}
+
+void ChunkListView::find_text(const QString& text, bool hide) {
+  settle();
+  search_.look_for(text);
+  hides_ = hide;
+  shown_.clear();
+  if (hides_ && search_.active())
+    for (std::size_t i = 0; window_.list.selected_count() > 0 && i < window_.list.size(); ++i)
+      if (!search_.found(i)) window_.list.select(i, false);
+  lay_out();
+  if (!window_.list.empty())
+    show_row(
+        std::min(static_cast<std::size_t>(std::max(window_.document.caret, 0)), window_.list.size() - 1));
+  emit changed();
+}
+
+void ChunkListView::go_to_found(bool forwards) {
+  settle();
+  const std::size_t row =
+      search_.next(static_cast<std::size_t>(std::max(window_.document.caret, 0)), forwards);
+  if (row != kNoEntry) apply(row, SelectMode::Only);
+}
+
+void ChunkListView::select_shown(bool selected, bool images) {
+  settle();
+  if (!images && shown_.empty()) return window_.list.select_all(selected);
+  for (std::size_t i = 0; i < window_.list.size(); ++i)
+    if (is_shown(i) && (!images || is_image_entry(window_.document.kind, window_.list.record(i).tag)))
+      window_.list.select(i, selected);
+}
+
+/// What all rows are drawn with.
+void ChunkListView::look_up_document() {
+  canvas_ = document_size(window_.list, window_.document);
+  background_ = document_background(window_.list, window_.document);
+  const DocumentKind kind = window_.document.kind;
+  const bool shared = kind == DocumentKind::PING || kind == DocumentKind::APNG;
+  transparency_ = shared ? document_transparency(window_.list) : std::vector<std::uint8_t>();
 }
 
 void ChunkListView::update_rows(std::size_t first, std::size_t count) {
@@ -178,19 +247,25 @@ void ChunkListView::paint_rows(QPainter& painter, const QRect& area) {
                              style::row_colours(palette(), false),
                              style::row_colours(palette(), true),
                              style::bracket_colour(palette()),
-                             is_favorite && is_favorite()};
+                             is_favorite && is_favorite(),
+                             &transparency_,
+                             search_.text()};
   painter.setClipRect(area);
   // While a list is being filled it may be shorter than its last layout.
   const std::size_t rows = std::min(geometry_.rows(), window_.list.size());
   int bottom = area.top();
   for (std::size_t row = row_at(area.topLeft()); row < rows && bottom <= area.bottom(); ++row) {
+    if (geometry_.height(row) == 0) continue;
     const QRect rect = row_rect(row);
     paint_row(painting, row, rect);
     bottom = rect.bottom() + 1;
     ++rowsPainted_;
   }
-  if (bottom <= area.bottom())
-    painter.fillRect(QRect(QPoint(area.left(), bottom), area.bottomRight()), painting.plain.ground);
+  if (bottom > area.bottom()) return;
+  painter.fillRect(QRect(QPoint(area.left(), bottom), area.bottomRight()), painting.plain.ground);
+  if (geometry_.height() > 0 || !search_.active()) return;
+  painter.setPen(painting.plain.text);
+  painter.drawText(viewport()->rect(), Qt::AlignCenter, text_of(StringId::FindNoMatch));
 }
 
 void ChunkListView::apply(std::size_t row, SelectMode mode) {
@@ -258,8 +333,8 @@ void ChunkListView::mouseDoubleClickEvent(QMouseEvent* event) {
 void ChunkListView::contextMenuEvent(QContextMenuEvent* event) {
   tip_.dismiss();
   settle();
-  if (geometry_.rows() == 0) return;
-  const std::size_t last = geometry_.rows() - 1;
+  if (geometry_.height() == 0) return;
+  const std::size_t last = geometry_.nearest_row(geometry_.height());
   const bool by_mouse = event->reason() == QContextMenuEvent::Mouse;
   const auto caret = static_cast<std::size_t>(std::max(window_.document.caret, 0));
   const std::size_t row = std::min(by_mouse ? row_at(event->pos()) : caret, last);
@@ -291,7 +366,33 @@ void ChunkListView::hover(QPoint place) {
 
 std::size_t ChunkListView::drop_row(QPoint place) {
   settle();
-  return geometry_.nearest_row(place.y() + scrolled());
+  const std::size_t row = geometry_.nearest_row(place.y() + scrolled());
+  return row == kNoEntry ? window_.list.size() - 1 : row;
+}
+
+/// The place between two rows that is nearest to the pointer, as a position in the list.
+std::size_t ChunkListView::gap_at(QPoint place) {
+  const std::size_t row = drop_row(place);
+  return row + (place.y() > row_rect(row).center().y() ? 1 : 0);
+}
+
+bool ChunkListView::is_own_drag(const QDropEvent& event) const {
+  return is_own && put_here && is_own(*event.mimeData());
+}
+
+void ChunkListView::follow_own_drag(QDropEvent& event) {
+  const QPoint place = event.position().toPoint();
+  const PutRows wanted{gap_at(place), event.modifiers().testFlag(Qt::ControlModifier)};
+  auto& [last, may] = lastGap_;
+  if (last.position != wanted.position || last.copy != wanted.copy) {
+    last = wanted;
+    may = may_put_rows(window_, wanted);
+  }
+  scroll_beside(place);
+  mark_drop(may ? static_cast<std::int32_t>(wanted.position) : -1);
+  if (!may) return event.ignore();
+  event.setDropAction(wanted.copy ? Qt::CopyAction : Qt::MoveAction);
+  event.accept();
 }
 
 void ChunkListView::mark_drop(std::int32_t position) {
@@ -311,11 +412,13 @@ void ChunkListView::scroll_beside(QPoint place) {
 void ChunkListView::dragEnterEvent(QDragEnterEvent* event) {
   tip_.dismiss();
   dropShape_ = shape_of(window_.list, window_.document.kind);
+  lastGap_.first.position = kNoEntry;
   dragMoveEvent(event);
 }
 
 void ChunkListView::dragMoveEvent(QDragMoveEvent* event) {
   if (window_.list.empty() || !may_drop || !may_drop(*event->mimeData())) return event->ignore();
+  if (is_own_drag(*event)) return follow_own_drag(*event);
   const QPoint place = event->position().toPoint();
   const auto position = place_for(dropShape_, image_tag(window_.document.kind), drop_row(place) + 1);
   scroll_beside(place);
@@ -333,6 +436,13 @@ void ChunkListView::dropEvent(QDropEvent* event) {
   dropTimer_.stop();
   mark_drop(-1);
   if (window_.list.empty() || !may_drop || !may_drop(*event->mimeData())) return event->ignore();
+  if (is_own_drag(*event)) {
+    follow_own_drag(*event);
+    dropTimer_.stop();
+    mark_drop(-1);
+    if (lastGap_.second) put_here(lastGap_.first.position, lastGap_.first.copy);
+    return;
+  }
   event->setDropAction(Qt::CopyAction);
   event->accept();
   if (drop) drop(*event->mimeData(), drop_row(event->position().toPoint()));
@@ -354,22 +464,22 @@ void ChunkListView::follow_drag() {
 }
 
 std::size_t ChunkListView::row_for_key(int key) const {
-  const std::size_t last = geometry_.rows() - 1;
+  const std::size_t first = geometry_.nearest_row(0), last = geometry_.nearest_row(geometry_.height());
   const std::size_t caret =
-      std::min<std::size_t>(static_cast<std::size_t>(std::max(window_.document.caret, 0)), last);
+      std::clamp<std::size_t>(static_cast<std::size_t>(std::max(window_.document.caret, 0)), first, last);
+  const std::size_t above = caret == first ? first : shown_from(caret - 1, false);
+  const std::size_t below = caret == last ? last : shown_from(caret + 1, true);
   switch (key) {
     case Qt::Key_Up:
-      return caret == 0 ? 0 : caret - 1;
+      return above;
     case Qt::Key_Down:
-      return std::min(caret + 1, last);
+      return below;
     case Qt::Key_PageUp:
-      return std::min(geometry_.nearest_row(geometry_.top(caret) - viewport()->height()),
-                      caret == 0 ? 0 : caret - 1);
+      return std::min(geometry_.nearest_row(geometry_.top(caret) - viewport()->height()), above);
     case Qt::Key_PageDown:
-      return std::max(geometry_.nearest_row(geometry_.top(caret) + viewport()->height()),
-                      std::min(caret + 1, last));
+      return std::max(geometry_.nearest_row(geometry_.top(caret) + viewport()->height()), below);
     case Qt::Key_Home:
-      return 0;
+      return first;
     case Qt::Key_End:
       return last;
     default:
@@ -380,9 +490,14 @@ std::size_t ChunkListView::row_for_key(int key) const {
 void ChunkListView::keyPressEvent(QKeyEvent* event) {
   tip_.dismiss();
   settle();
-  if (geometry_.rows() == 0 || geometry_.rows() != window_.list.size())
+  if (event->key() == Qt::Key_Escape && search_.active()) return emit search_ended();
+  if (geometry_.height() == 0 || geometry_.rows() != window_.list.size())
     return QAbstractScrollArea::keyPressEvent(event);
   const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+  if (event->key() == Qt::Key_F10 && modifiers == Qt::ShiftModifier) {
+    QContextMenuEvent wanted(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+    return contextMenuEvent(&wanted);
+  }
   if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && modifiers == Qt::NoModifier)
     return emit edit_wanted();
   if (event->key() == Qt::Key_Space) {

@@ -50,6 +50,7 @@ DocumentFrame::DocumentFrame(DocumentWindow content, ThumbnailCache& thumbnails)
     : content_(std::move(content)),
       list_(new ChunkListView(content_, thumbnails, this)),
       notes_(new NoteStrip(this)),
+      find_(new FindBar(*list_, this)),
       number_(next_number()) {
   setObjectName(QStringLiteral("VellumcraftTask"));
   setAttribute(Qt::WA_DeleteOnClose);
@@ -61,17 +62,22 @@ DocumentFrame::DocumentFrame(DocumentWindow content, ThumbnailCache& thumbnails)
   column->setSpacing(0);
   column->addWidget(notes_);
   column->addWidget(list_, 1);
+  column->addWidget(find_);
   inside->setFocusProxy(list_);
   setWidget(inside);
   setFocusProxy(list_);
   connect(notes_, &NoteStrip::dismissed, this, &DocumentFrame::notes_dismissed);
   remove_own_keys(*this);
   connect(list_, &ChunkListView::changed, this, &DocumentFrame::changed);
+  connect(list_, &ChunkListView::search_ended, find_, &FindBar::dismiss);
   update_title();
 }
 
 // The view draws the content and so goes before it.
-DocumentFrame::~DocumentFrame() { delete list_; }
+DocumentFrame::~DocumentFrame() {
+  delete find_;
+  delete list_;
+}
 
 void DocumentFrame::close_without_question() {
   settled_ = true;

@@ -6,6 +6,7 @@
 
 #include "core/model/document.h"
 #include "shell/list/chunk_list_view.h"
+#include "shell/list/find_bar.h"
 #include "shell/list/note_strip.h"
 
 namespace vellum {
@@ -20,6 +21,7 @@ class DocumentFrame : public QMdiSubWindow {
   Document& document() { return content_.document; }
   ChunkList& entries() { return content_.list; }
   ChunkListView& list() { return *list_; }
+  FindBar& find_bar() { return *find_; }
   /// Of this window alone, as long as the program runs.
   std::uint64_t number() const { return number_; }
 
@@ -58,6 +60,7 @@ class DocumentFrame : public QMdiSubWindow {
   DocumentWindow content_;
   ChunkListView* list_;
   NoteStrip* notes_;
+  FindBar* find_;
   std::uint64_t number_;
   bool settled_ = false;
   bool sizePending_ = false;  ///< the width follows the content once the window is neither full nor an icon

@@ -20,6 +20,9 @@ struct RowPainting {
   style::RowColours plain, selected;
   QColor bracket;
   bool favorite = false;  ///< the document is one
+  /// document_transparency of the window; null: nothing is transparent.
+  const std::vector<std::uint8_t>* transparency = nullptr;
+  QString marked = {};  ///< what is looked for: where a row shows it, it is marked
 };
 
 void paint_row(const RowPainting& painting, std::size_t index, const QRect& row);

@@ -39,7 +39,8 @@ void RowSelection::clear() {
 }
 
 void RowSelection::select_range(std::size_t a, std::size_t b, bool selected) {
-  for (std::size_t i = std::min(a, b); i <= std::max(a, b); ++i) window_.list.select(i, selected);
+  for (std::size_t i = std::min(a, b); i <= std::max(a, b); ++i)
+    window_.list.select(i, selected && (!shown || shown(i)));
 }
 
 void RowSelection::only(std::size_t row) {
@@ -57,7 +58,7 @@ void RowSelection::extend(std::size_t row) {
   } else if (row != end_) {
     const auto [low, high] = std::minmax(anchor_, row);
     for (std::size_t i = std::min(end_, row); i <= std::max(end_, row); ++i)
-      window_.list.select(i, low <= i && i <= high);
+      window_.list.select(i, low <= i && i <= high && (!shown || shown(i)));
   }
   end_ = row;
   exact_ = true;

@@ -1,6 +1,8 @@
 // Selecting rows by mouse and keyboard: what a click or a key does to the entries of a list and to the caret.
 #pragma once
 
+#include <functional>
+
 #include "core/model/document.h"
 
 namespace vellum {
@@ -16,6 +18,9 @@ enum class SelectMode {
 class RowSelection {
  public:
   explicit RowSelection(DocumentWindow& window) : window_(window) {}
+
+  /// Rows that ranges take in; without it all of them.
+  std::function<bool(std::size_t)> shown;
 
   /// Moves the caret to `row` and selects by `mode`. `row` must exist.
   void apply(std::size_t row, SelectMode mode);

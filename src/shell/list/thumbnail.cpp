@@ -1,5 +1,6 @@
 #include "shell/list/thumbnail.h"
 
+#include "image/picture_operations.h"
 #include "shell/look/picture_image.h"
 
 namespace vellum {
@@ -28,15 +29,19 @@ qsizetype ThumbnailCache::most_bytes() const {
   return std::min<qsizetype>(limit_, static_cast<qsizetype>(memory_budget() / 4));
 }
 
-QPixmap ThumbnailCache::get(const std::shared_ptr<const ChunkRecord>& record, QSize size) {
+QPixmap ThumbnailCache::get(const std::shared_ptr<const ChunkRecord>& record, QSize size,
+                            const std::vector<std::uint8_t>& transparency) {
   const Key key{reinterpret_cast<quintptr>(record.get()), {size.width(), size.height()}};
-  if (const Item* item = cache_.object(key); item && item->record.lock() == record) return item->pixmap;
-  const QImage image = scaled_image(picture_of(*record), size);
+  const Item* item = cache_.object(key);
+  if (item && item->record.lock() == record && item->transparency == transparency) return item->pixmap;
+  const Picture own = picture_of(*record);
+  const Picture clear = own && !transparency.empty() ? PictureWithTransparency(own, transparency) : Picture();
+  const QImage image = scaled_image(clear ? clear : own, size);
   if (image.isNull()) return {};
   ++made_;
   QPixmap pixmap = QPixmap::fromImage(image);
   cache_.setMaxCost(most_bytes());
-  cache_.insert(key, new Item{record, pixmap}, image.sizeInBytes());
+  cache_.insert(key, new Item{record, pixmap, transparency}, image.sizeInBytes());
   share_.set(static_cast<std::uint64_t>(cache_.totalCost()));
   return pixmap;
 }

@@ -27,8 +27,10 @@ class ThumbnailCache {
  public:
   explicit ThumbnailCache(qsizetype limit_in_bytes = qsizetype{64} << 20);
 
-  /// The picture of `record` at `size` device pixels; null where the record holds none.
-  QPixmap get(const std::shared_ptr<const ChunkRecord>& record, QSize size);
+  /// The picture of `record` at `size` device pixels; null where the record holds none. `transparency` as
+  /// PictureWithTransparency takes it.
+  QPixmap get(const std::shared_ptr<const ChunkRecord>& record, QSize size,
+              const std::vector<std::uint8_t>& transparency = {});
 
   qsizetype bytes() const { return cache_.totalCost(); }
   /// How many pictures were scaled so far.
@@ -40,6 +42,7 @@ class ThumbnailCache {
   struct Item {
     std::weak_ptr<const ChunkRecord> record;
     QPixmap pixmap;
+    std::vector<std::uint8_t> transparency;
   };
   using Key = std::pair<quintptr, std::pair<int, int>>;
 

@@ -30,12 +30,20 @@ QColor ink_of(QIcon::Mode mode) {
   return text;
 }
 
+QByteArray drawing_of(const char* name) {
+  QFile file(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name)));
+  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray in_colours(QByteArray drawing, const QColor& ink, const QColor& accent) {
+  drawing.replace(kInk, ink.name().toLatin1());
+  return drawing.replace(QColor::fromRgb(style::kAccent).name().toLatin1(), accent.name().toLatin1());
+}
+
 QByteArray drawing_for(QByteArray drawing, QIcon::Mode mode) {
   const QColor ink = ink_of(mode);
-  drawing.replace(kInk, ink.name().toLatin1());
-  const QColor accent = QColor::fromRgb(style::kAccent);
-  const QColor shown = mode == QIcon::Disabled || mode == QIcon::Selected ? ink : accent;
-  return drawing.replace(accent.name().toLatin1(), shown.name().toLatin1());
+  const bool plain = mode == QIcon::Disabled || mode == QIcon::Selected;
+  return in_colours(std::move(drawing), ink, plain ? ink : QColor::fromRgb(style::kAccent));
 }
 
 class SvgEngine : public QIconEngine {
@@ -71,9 +79,19 @@ class SvgEngine : public QIconEngine {
 }  // namespace
 
 QIcon program_icon(const char* name) {
-  QFile file(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name)));
-  if (!file.open(QIODevice::ReadOnly)) return {};
-  return QIcon(new SvgEngine(file.readAll()));
+  const QByteArray drawing = drawing_of(name);
+  return drawing.isEmpty() ? QIcon() : QIcon(new SvgEngine(drawing));
+}
+
+QPixmap drawn_icon(const char* name, int side, const QColor& ink, const QColor& accent) {
+  static std::map<std::tuple<std::string_view, int, QRgb, QRgb>, QPixmap> drawn;
+  QPixmap& pixmap = drawn[{name, side, ink.rgba(), accent.rgba()}];
+  if (!pixmap.isNull()) return pixmap;
+  pixmap = QPixmap(side, side);
+  pixmap.fill(Qt::transparent);
+  QPainter painter(&pixmap);
+  QSvgRenderer(in_colours(drawing_of(name), ink, accent)).render(&painter);
+  return pixmap;
 }
 
 void register_icons() { initialise_resources(); }

@@ -9,6 +9,10 @@ namespace vellum {
 /// dark.
 QIcon program_icon(const char* name);
 
+/// The same drawing at `side` device pixels in an ink and an accent of its own, for a ground that is not the
+/// desktop's. Kept once it was made.
+QPixmap drawn_icon(const char* name, int side, const QColor& ink, const QColor& accent);
+
 /// Makes the compiled-in icons, and what the start shows, known; called once at start.
 void register_icons();
 

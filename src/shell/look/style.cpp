@@ -9,6 +9,8 @@ namespace {
 
 constexpr int kTallestListLine = 18;  // a row of 24 pixels less 4 above and the caret's bracket below
 
+constexpr QRgb kFactInk = 0xFF4A6A8C;  // quieter than a label, and another color than the text
+
 constexpr double kLeastOnHighlight = 2.0;  // what desktops themselves are content with
 
 double linear(double channel) {
@@ -59,13 +61,15 @@ QColor readable_on(const QColor& wanted, const QColor& ground, double least) {
 
 RowColours row_colours(const QPalette& palette, bool selected) {
   if (!selected)
-    return {Qt::white, Qt::black, readable_on(palette.color(QPalette::Disabled, QPalette::Text), Qt::white)};
+    return {Qt::white, Qt::black, readable_on(palette.color(QPalette::Disabled, QPalette::Text), Qt::white),
+            readable_on(QColor::fromRgb(kFactInk), Qt::white)};
   const QColor ground = palette.color(QPalette::Active, QPalette::Highlight);
   const QColor label = contrast(Qt::white, ground) >= kLeastOnHighlight ? Qt::white : Qt::black;
   const QColor button = palette.color(QPalette::Active, QPalette::Button);
   // On dark desktops buttons are dark: beside a white label the text is a weaker white instead.
   const bool fits = contrast(button, ground) >= kLeastOnHighlight && luminance(button) > luminance(ground);
-  return {ground, label, fits ? button : between(label, ground, 0.15)};
+  return {ground, label, fits ? button : between(label, ground, 0.15),
+          readable_on(between(label, ground, 0.12), ground)};
 }
 
 QColor bracket_colour(const QPalette& palette) {

@@ -32,7 +32,7 @@ QColor between(const QColor& from, const QColor& to, double share);
 /// The colors of one row of a chunk list. The ground is white whatever the desktop's palette, since pictures
 /// need a known one.
 struct RowColours {
-  QColor ground, label, text;
+  QColor ground, label, text, facts;
 };
 RowColours row_colours(const QPalette& palette, bool selected);
 

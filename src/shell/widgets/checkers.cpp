@@ -5,8 +5,8 @@
 
 namespace vellum {
 
-void paint_checkers(QPainter& painter, const QRect& area, int side) {
-  const bool dark = QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+void paint_checkers(QPainter& painter, const QRect& area, int side, std::optional<bool> wanted) {
+  const bool dark = wanted.value_or(QGuiApplication::palette().color(QPalette::Window).lightness() < 128);
   const QColor even(dark ? 0x50 : 0xFF, dark ? 0x50 : 0xFF, dark ? 0x50 : 0xFF);
   const QColor odd(dark ? 0x38 : 0xD0, dark ? 0x38 : 0xD0, dark ? 0x38 : 0xD0);
   QPixmap tile(2 * side, 2 * side);

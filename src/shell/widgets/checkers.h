@@ -2,10 +2,12 @@
 #pragma once
 
 #include <QPainter>
+#include <optional>
 
 namespace vellum {
 
-/// Squares of `side` pixels in two weak greys of the palette's brightness, counted from the corner of `area`.
-void paint_checkers(QPainter& painter, const QRect& area, int side = 8);
+/// Squares of `side` pixels in two weak greys, counted from the corner of `area`; without `dark` of the
+/// palette's brightness.
+void paint_checkers(QPainter& painter, const QRect& area, int side = 8, std::optional<bool> dark = {});
 
 }  // namespace vellum

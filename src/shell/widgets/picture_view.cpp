@@ -18,6 +18,12 @@ constexpr int kZoomSteps[] = {25, 33, 50, 67, 100, 150, 200, 300, 400, 600, 800,
 constexpr int kGridZoom = 800;  // percent from which on the pixel grid is drawn
 constexpr int kScrollStep = 20;
 
+constexpr int kLongStep = 10;  // pixels, with Shift held
+
+constexpr struct {
+  int key, x, y;
+} kMoves[] = {{Qt::Key_Left, -1, 0}, {Qt::Key_Right, 1, 0}, {Qt::Key_Up, 0, -1}, {Qt::Key_Down, 0, 1}};
+
 int grid_step(int setting) { return std::clamp(setting, 1, 256); }
 
 }  // namespace
@@ -33,14 +39,35 @@ std::span<const int> PictureView::zoom_steps() { return kZoomSteps; }
 void PictureView::set_picture(const Picture& picture) {
   const bool same =
       picture_ && picture && picture_.width() == picture.width() && picture_.height() == picture.height();
+  change_picture(picture);
+  if (same) return;
+  cross_ = {};
+  fit();
+  update_scroll_bars();
+}
+
+void PictureView::change_picture(const Picture& picture) {
   picture_ = picture;
   image_ = upside_down_image(picture).mirrored();
   reduced_ = {};
-  if (!same) {
-    cross_ = {};
-    fit();
-  }
   update_scroll_bars();
+  viewport()->update();
+}
+
+void PictureView::set_placing(bool placing) {
+  placing_ = placing;
+  holding_ = false;
+  viewport()->setCursor(placing ? Qt::SizeAllCursor : Qt::ArrowCursor);
+}
+
+void PictureView::set_outlines(const QRect& part, const QRect& canvas) {
+  part_ = part;
+  canvas_ = canvas;
+  viewport()->update();
+}
+
+void PictureView::set_ground(std::optional<QColor> ground) {
+  ground_ = ground;
   viewport()->update();
 }
 
@@ -136,10 +163,32 @@ void PictureView::paintEvent(QPaintEvent* event) {
   painter.fillRect(event->rect(), style::work_area_colour(palette()));
   const QRect area = picture_rect().intersected(viewport()->rect());
   if (area.isEmpty()) return;
-  if (image_.hasAlphaChannel()) paint_checkers(painter, area);
+  if (ground_)
+    painter.fillRect(area, *ground_);
+  else if (image_.hasAlphaChannel())
+    paint_checkers(painter, area);
   paint_picture(painter, area);
   if (zoom_ >= kGridZoom) paint_grid(painter, area);
+  paint_outlines(painter);
   if (picking_ && hasFocus()) paint_cross(painter);
+}
+
+/// Dashes of two colors, which show on any picture.
+void PictureView::paint_outlines(QPainter& painter) const {
+  const auto outline = [&](const QRect& pixels, const QColor& color) {
+    if (pixels.isEmpty()) return;
+    const double scale = zoom_ / 100.0;
+    const QPoint corner = picture_rect().topLeft();
+    const QRectF place(corner.x() + pixels.x() * scale, corner.y() + pixels.y() * scale,
+                       pixels.width() * scale, pixels.height() * scale);
+    const QRect frame = place.toRect().adjusted(-1, -1, 0, 0);
+    painter.setPen(Qt::white);
+    painter.drawRect(frame);
+    painter.setPen(QPen(color, 1, Qt::DashLine));
+    painter.drawRect(frame);
+  };
+  outline(canvas_, Qt::black);
+  outline(part_, QColor::fromRgb(style::kAccent));
 }
 
 /// Only the pixels that are seen are scaled; a reduced picture is made once for each zoom.
@@ -204,6 +253,11 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
     return;
   }
   if (event->button() != Qt::LeftButton && event->button() != Qt::MiddleButton) return;
+  if (placing_ && event->button() == Qt::LeftButton && part_.contains(pixel)) {
+    holding_ = true;
+    heldAt_ = event->position();
+    return;
+  }
   dragging_ = true;
   dragFrom_ = event->position().toPoint();
   viewport()->setCursor(Qt::ClosedHandCursor);
@@ -211,6 +265,12 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
 
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
   const QPoint place = event->position().toPoint();
+  if (holding_) {
+    const QPointF by = (event->position() - heldAt_) * 100.0 / zoom_;
+    const QPoint whole(static_cast<int>(by.x()), static_cast<int>(by.y()));
+    heldAt_ += QPointF(whole) * zoom_ / 100.0;
+    if (!whole.isNull()) emit moved(whole);
+  }
   if (dragging_) {
     const QPoint moved = place - std::exchange(dragFrom_, place);
     horizontalScrollBar()->setValue(horizontalScrollBar()->value() - moved.x());
@@ -220,7 +280,9 @@ void PictureView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void PictureView::mouseReleaseEvent(QMouseEvent*) {
-  if (std::exchange(dragging_, false)) viewport()->setCursor(picking_ ? Qt::CrossCursor : Qt::ArrowCursor);
+  holding_ = false;
+  if (!std::exchange(dragging_, false)) return;
+  viewport()->setCursor(picking_ ? Qt::CrossCursor : placing_ ? Qt::SizeAllCursor : Qt::ArrowCursor);
 }
 
 void PictureView::leaveEvent(QEvent*) { emit pointed(QString()); }
@@ -230,10 +292,15 @@ bool PictureView::viewportEvent(QEvent* event) {
   return QAbstractScrollArea::viewportEvent(event);
 }
 
+bool PictureView::move_part(const QKeyEvent& event) {
+  if (!placing_) return false;
+  const int step = event.modifiers() & Qt::ShiftModifier ? kLongStep : 1;
+  for (const auto& move : kMoves)
+    if (move.key == event.key()) return emit moved(QPoint(move.x, move.y) * step), true;
+  return false;
+}
+
 bool PictureView::move_cross(int key) {
-  static constexpr struct {
-    int key, x, y;
-  } kMoves[] = {{Qt::Key_Left, -1, 0}, {Qt::Key_Right, 1, 0}, {Qt::Key_Up, 0, -1}, {Qt::Key_Down, 0, 1}};
   if (!picking_ || !picture_) return false;
   if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter) return emit picked(cross_), true;
   for (const auto& move : kMoves)
@@ -249,7 +316,7 @@ bool PictureView::move_cross(int key) {
 
 void PictureView::keyPressEvent(QKeyEvent* event) {
   const QPointF middle = QRectF(viewport()->rect()).center();
-  if (move_cross(event->key())) return;
+  if (move_cross(event->key()) || move_part(*event)) return;
   switch (event->key()) {
     case Qt::Key_Plus:
     case Qt::Key_Equal:

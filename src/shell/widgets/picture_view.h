@@ -4,6 +4,7 @@
 #include <QAbstractScrollArea>
 #include <QImage>
 #include <QPixmap>
+#include <optional>
 #include <span>
 
 #include "image/picture.h"
@@ -22,6 +23,14 @@ class PictureView : public QAbstractScrollArea {
   void set_picture(const Picture& picture);
   const Picture& picture() const { return picture_; }
   void set_picking(bool picking);
+  /// The same, but zoom and place stay whatever the size is.
+  void change_picture(const Picture& picture);
+  /// One places a part of the picture: dragging it, and arrow keys (ten pixels with Shift), tell how far it
+  /// is to go. `part` and `canvas` are outlined, in pixels of the picture; an empty one isn't.
+  void set_placing(bool placing);
+  void set_outlines(const QRect& part, const QRect& canvas);
+  /// Behind what lets through; without a color checkers.
+  void set_ground(std::optional<QColor> ground);
 
   /// The steps that plus, minus and the wheel take, in percent.
   static std::span<const int> zoom_steps();
@@ -49,6 +58,7 @@ class PictureView : public QAbstractScrollArea {
   /// What is under the pointer; empty outside the picture.
   void pointed(const QString& text);
   void picked(QPoint pixel);
+  void moved(QPoint pixels);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -69,7 +79,9 @@ class PictureView : public QAbstractScrollArea {
   void paint_picture(QPainter& painter, const QRect& area);
   void paint_grid(QPainter& painter, const QRect& area) const;
   void paint_cross(QPainter& painter) const;
+  void paint_outlines(QPainter& painter) const;
   bool move_cross(int key);
+  bool move_part(const QKeyEvent& event);
   void tell(QPoint pixel);
 
   Picture picture_;
@@ -77,7 +89,10 @@ class PictureView : public QAbstractScrollArea {
   QPixmap reduced_;  ///< the whole picture at the zoom, below 100 %
   int zoom_ = 100;
   bool fitted_ = true;  ///< follows the size of the view until someone zooms
-  bool picking_ = false;
+  bool picking_ = false, placing_ = false, holding_ = false;
+  QRect part_, canvas_;
+  QPointF heldAt_;  ///< where the part was taken hold of, moved on by what was told
+  std::optional<QColor> ground_;
   QPoint cross_;
   QPoint dragFrom_;
   bool dragging_ = false;

@@ -58,6 +58,9 @@ const CommandRow kCommands[] = {
     {203, "&Paste\tCtrl+V (Shift+Ins)", Menu::Edit, 2, Entries, {}, "paste", paste_command},
     {50, "&Select all\tCtrl+A", Menu::Edit, 3, Entries, {}, "select_all", select_all_command},
     {51, "&Select none", Menu::Edit, 3, Selection, {}, "select_none", select_none_command},
+    {210, "&Find...\tCtrl+F", Menu::Edit, 3, Entries, {}, nullptr, find_text_command},
+    {211, "Find ne&xt\tF3", Menu::Edit, 3, Entries, {}, nullptr, find_next_command},
+    {212, "Find &backwards\tShift+F3", Menu::Edit, 3, Entries, {}, nullptr, find_backwards_command},
     {1050, "&Background (BACK)", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_command<tag::BACK>},
     {1055, "&Image", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_images_command},
     {1053, "&Loop (LOOP)", Menu::InsertMng, 1, Entries, kMng, nullptr, insert_command<tag::LOOP>},
@@ -173,11 +176,12 @@ constexpr ToolRow kTools[] = {{1, 58}, {1, 57}, {2, 204}, {2, 208}, {2, 201}, {2
 
 // Ctrl+P, Ctrl+I and Ctrl+E stay without an effect.
 constexpr KeyRow kKeys[] = {
-    {"Ctrl+O", 58},     {"Ctrl+S", 57},   {"Ctrl+W", 56},    {"Ctrl+Shift+W", 56},  {"Ctrl+T", 59},
-    {"Ctrl+M", 304},    {"Ctrl+Z", 204},  {"Ctrl+Y", 208},   {"Ctrl+Shift+Z", 208}, {"Ctrl+X", 201},
-    {"Shift+Del", 201}, {"Ctrl+C", 202},  {"Ctrl+Ins", 202}, {"Ctrl+V", 203},       {"Shift+Ins", 203},
-    {"Ctrl+A", 50},     {"Del", 61},      {"Alt+Up", 206},   {"Alt+Down", 207},     {"Shift+F5", 801},
-    {"Shift+F4", 802},  {"Ctrl+F4", 106}, {"F1", 52},        {"F7", 840},
+    {"Ctrl+O", 58},     {"Ctrl+S", 57},    {"Ctrl+W", 56},    {"Ctrl+Shift+W", 56},  {"Ctrl+T", 59},
+    {"Ctrl+M", 304},    {"Ctrl+Z", 204},   {"Ctrl+Y", 208},   {"Ctrl+Shift+Z", 208}, {"Ctrl+X", 201},
+    {"Shift+Del", 201}, {"Ctrl+C", 202},   {"Ctrl+Ins", 202}, {"Ctrl+V", 203},       {"Shift+Ins", 203},
+    {"Ctrl+A", 50},     {"Del", 61},       {"Alt+Up", 206},   {"Alt+Down", 207},     {"Shift+F5", 801},
+    {"Shift+F4", 802},  {"Ctrl+F4", 106},  {"F1", 52},        {"F7", 840},           {"Ctrl+F", 210},
+    {"F3", 211},        {"Shift+F3", 212},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {

@@ -3,6 +3,8 @@
 
 #include "core/model/document.h"
 
+class QMenu;
+
 namespace vellum {
 
 class MainWindow;
@@ -33,6 +35,10 @@ void edit_command(MainWindow& main, DocumentFrame& frame);
 void move_up_command(MainWindow& main, DocumentFrame& frame);
 void move_down_command(MainWindow& main, DocumentFrame& frame);
 void dismiss_notes_command(MainWindow& main, DocumentFrame& frame);
+/// The bar that looks for a text in the rows.
+void find_text_command(MainWindow& main, DocumentFrame& frame);
+void find_next_command(MainWindow& main, DocumentFrame& frame);
+void find_backwards_command(MainWindow& main, DocumentFrame& frame);
 /// With Shift held, the image entries only.
 void select_all_command(MainWindow& main, DocumentFrame& frame);
 void select_none_command(MainWindow& main, DocumentFrame& frame);
@@ -47,6 +53,8 @@ void insert_command(MainWindow& main, DocumentFrame& frame) {
 void insert_other_command(MainWindow& main, DocumentFrame& frame);
 /// Asks for pictures; each becomes an image behind the caret.
 void insert_images_command(MainWindow& main, DocumentFrame& frame);
+/// Puts what the document takes into a menu.
+void fill_insert_menu(QMenu& menu, MainWindow& main, DocumentFrame& frame);
 /// Drops the list of what the document takes down from the toolbar.
 void insert_popup_command(MainWindow& main, DocumentFrame& frame);
 

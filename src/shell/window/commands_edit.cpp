@@ -12,14 +12,16 @@ namespace vellum {
 namespace {
 
 void select_entries(MainWindow& main, DocumentFrame& frame, bool selected) {
-  ChunkList& list = frame.entries();
-  if (!main.services().shift_held()) return list.select_all(selected);
-  if (!undo_push(frame.content(), main.services().host, string_text(StringId::UndoSelect))) return;
-  for (std::size_t i = 0; i < list.size(); ++i)
-    if (is_image_entry(frame.document().kind, list.record(i).tag)) list.select(i, selected);
+  const bool images = main.services().shift_held();
+  if (images && !undo_push(frame.content(), main.services().host, string_text(StringId::UndoSelect))) return;
+  frame.list().select_shown(selected, images);
 }
 
+/// Whether the caret stands on a row that is seen; it does unless no row has the text that is looked for.
+bool caret_is_shown(DocumentFrame& frame) { return frame.list().is_shown(caret_entry(frame.content())); }
+
 void move_command(MainWindow& main, DocumentFrame& frame, bool down) {
+  if (!caret_is_shown(frame)) return;
   if (move_rows(frame.content(), down, main.services().host)) frame.show_caret();
 }
 
@@ -52,12 +54,18 @@ void delete_command(MainWindow& main, DocumentFrame& frame) {
 }
 
 void edit_command(MainWindow& main, DocumentFrame& frame) {
-  edit_entry(main, frame, caret_entry(frame.content()));
+  if (caret_is_shown(frame)) edit_entry(main, frame, caret_entry(frame.content()));
 }
 
 void move_up_command(MainWindow& main, DocumentFrame& frame) { move_command(main, frame, false); }
 
 void move_down_command(MainWindow& main, DocumentFrame& frame) { move_command(main, frame, true); }
+
+void find_text_command(MainWindow&, DocumentFrame& frame) { frame.find_bar().open(); }
+
+void find_next_command(MainWindow&, DocumentFrame& frame) { frame.find_bar().step(true); }
+
+void find_backwards_command(MainWindow&, DocumentFrame& frame) { frame.find_bar().step(false); }
 
 void select_all_command(MainWindow& main, DocumentFrame& frame) { select_entries(main, frame, true); }
 

@@ -72,13 +72,10 @@ void insert_images_command(MainWindow& main, DocumentFrame& frame) {
   if (!pictures.empty() && insert_pictures(window, pictures, host)) frame.show_caret();
 }
 
-void insert_popup_command(MainWindow& main, DocumentFrame& frame) {
-  auto* menu = new QMenu(&main);
-  menu->setObjectName(QStringLiteral("insert"));
-  menu->setAttribute(Qt::WA_DeleteOnClose);
+void fill_insert_menu(QMenu& menu, MainWindow& main, DocumentFrame& frame) {
   for (const PopupRow& row : kPopup) {
     if (row.kind != frame.document().kind) continue;
-    QAction* action = menu->addAction(QString::fromUtf8(row.label));
+    QAction* action = menu.addAction(QString::fromUtf8(row.label));
     action->setData(row.number);
     const auto run = find_command(row.number)->run.on_document;
     QObject::connect(action, &QAction::triggered, &frame, [&main, &frame, run] {
@@ -87,6 +84,13 @@ void insert_popup_command(MainWindow& main, DocumentFrame& frame) {
       main.refresh();
     });
   }
+}
+
+void insert_popup_command(MainWindow& main, DocumentFrame& frame) {
+  auto* menu = new QMenu(&main);
+  menu->setObjectName(QStringLiteral("insert"));
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  fill_insert_menu(*menu, main, frame);
   const QWidget* button = main.commands().tool_button(60);
   menu->popup(button ? button->mapToGlobal(button->rect().bottomLeft()) : QCursor::pos());
 }

@@ -1,5 +1,6 @@
 #include "shell/window/context_menu.h"
 
+#include "shell/window/commands.h"
 #include "shell/window/main_window.h"
 
 namespace vellum {
@@ -7,18 +8,29 @@ namespace {
 
 enum class Shown { Always, SomeUnselected, SomeSelected, FrameOfAnimation, Pinned, NotPinned, Animation };
 
+/// The row under the pointer becomes the caret's; or it does, and is selected, where nothing is.
+enum class Aim { AsEver, Row, SelectionOrRow };
+
+constexpr int kInsertCommand = 60;
+
 /// In the order of the menu; 0 is a line.
 struct MenuEntry {
   int number;
   Shown when = Shown::Always;
   const char* label = nullptr;  ///< null: that of the main menu
+  Aim aim = Aim::AsEver;
 };
 
 constexpr MenuEntry kEntries[] = {
+    {205, Shown::Always, nullptr, Aim::Row},
+    {kInsertCommand},
+    {201, Shown::Always, nullptr, Aim::SelectionOrRow},
+    {202, Shown::Always, nullptr, Aim::SelectionOrRow},
+    {203, Shown::Always, nullptr, Aim::Row},
+    {61, Shown::Always, nullptr, Aim::SelectionOrRow},
+    {0},
     {204},
-    {201},
-    {202},
-    {203},
+    {208},
     {56},
     {0},
     {50, Shown::SomeUnselected, "Select all"},
@@ -79,12 +91,35 @@ bool is_shown(Shown when, MainWindow& main, DocumentFrame& frame, std::size_t ro
   }
 }
 
-void add_entry(QMenu& menu, const MenuEntry& entry, QAction& command) {
-  if (!entry.label) return menu.addAction(&command);
-  QAction* action = menu.addAction(QString::fromUtf8(entry.label));
-  action->setEnabled(command.isEnabled());
+/// What a command of this menu works on where that isn't what the main menu's does.
+void take_aim(DocumentFrame& frame, std::size_t row, Aim aim) {
+  if (aim == Aim::AsEver || row >= frame.entries().size()) return;
+  const bool selects = aim == Aim::SelectionOrRow;
+  if (selects && frame.entries().selected_count() > 0) return;
+  if (selects) frame.entries().select(row, true);
+  frame.document().caret = static_cast<std::int32_t>(row);
+  frame.list().viewport()->update();
+}
+
+void add_entry(QMenu& menu, const MenuEntry& entry, QAction& command, MainWindow& main, DocumentFrame& frame,
+               std::size_t row) {
+  if (entry.number == kInsertCommand) {
+    QMenu* insert = menu.addMenu(command.icon(), QObject::tr("&Insert"));
+    insert->setEnabled(command.isEnabled());
+    fill_insert_menu(*insert, main, frame);
+    QObject::connect(insert, &QMenu::aboutToShow, &frame, [&frame, row] { take_aim(frame, row, Aim::Row); });
+    return;
+  }
+  if (!entry.label && entry.aim == Aim::AsEver) return menu.addAction(&command);
+  QAction* action =
+      menu.addAction(command.icon(), entry.label ? QString::fromUtf8(entry.label) : command.text());
+  const bool takes_row = entry.aim == Aim::SelectionOrRow && row < frame.entries().size();
+  action->setEnabled(command.isEnabled() || takes_row);
   action->setStatusTip(command.statusTip());
-  QObject::connect(action, &QAction::triggered, &command, &QAction::trigger);
+  QObject::connect(action, &QAction::triggered, &frame, [&main, &frame, row, entry] {
+    take_aim(frame, row, entry.aim);
+    main.run(entry.number);
+  });
 }
 
 }  // namespace
@@ -99,7 +134,7 @@ QMenu* make_context_menu(MainWindow& main, DocumentFrame& frame, std::size_t row
     QAction* command = main.commands().action(entry.number);
     if (!command || !is_shown(entry.when, main, frame, row)) continue;
     if (std::exchange(line, false) && !menu->isEmpty()) menu->addSeparator();
-    add_entry(*menu, entry, *command);
+    add_entry(*menu, entry, *command, main, frame, row);
   }
   return menu;
 }

@@ -137,6 +137,10 @@ void MainWindow::connect_list(DocumentFrame& frame) {
   list.drop = [this, &frame](const QMimeData& dropped, std::size_t row) {
     drop_on(*this, frame, dropped, row);
   };
+  list.is_own = [&frame](const QMimeData& dragged) { return is_drag_of(frame, dragged); };
+  list.put_here = [this, &frame](std::size_t position, bool copy) {
+    put_rows_later(*this, frame, position, copy);
+  };
 }
 
 void MainWindow::run(int number) {

@@ -7,8 +7,11 @@
 #include <QTimer>
 #include <QUrl>
 
+#include "base/text.h"
+#include "core/edit/move_chunks.h"
 #include "core/edit/paste_chunks.h"
 #include "core/edit/undo.h"
+#include "core/model/chunk_description.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -25,23 +28,60 @@ const QString kRowsMime = QStringLiteral("application/x-vellumcraft-rows");
 constexpr int kPictureSize = 64, kBadgeHeight = 20;  // device-independent pixels
 constexpr QPoint kHotSpot(-8, -8);
 
-std::size_t selected_images(DocumentFrame& frame, std::size_t& first) {
+/// The first selected row, of an image where one is selected; kNoEntry without a selection.
+std::size_t leading_row(DocumentFrame& frame) {
   const ChunkList& list = frame.entries();
-  std::size_t images = 0;
-  for (std::size_t i = 0; list.selected_count() > 0 && i < list.size(); ++i)
-    if (list.entry(i).selected && is_image_entry(frame.document().kind, list.record(i).tag) && images++ == 0)
-      first = i;
-  return images;
+  std::size_t first = kNoEntry;
+  for (std::size_t i = 0; list.selected_count() > 0 && i < list.size(); ++i) {
+    if (!list.entry(i).selected) continue;
+    if (is_image_entry(frame.document().kind, list.record(i).tag)) return i;
+    first = std::min(first, i);
+  }
+  return first;
+}
+
+bool has_selected_image(DocumentFrame& frame) {
+  const std::size_t row = leading_row(frame);
+  return row != kNoEntry && is_image_entry(frame.document().kind, frame.entries().record(row).tag);
+}
+
+/// What leads the drag: a small picture, or the label of a row on a plate.
+QPixmap leading_picture(DocumentFrame& frame, std::size_t row, double ratio) {
+  const Picture picture = picture_of(frame.entries().record(row));
+  const bool image = is_image_entry(frame.document().kind, frame.entries().record(row).tag) && picture;
+  const QString label =
+      to_qt(std::string(trimmed(row_text(row, frame.entries().record(row).description).label)));
+  const QSize own = image
+                        ? QSize(static_cast<int>(picture.width()), static_cast<int>(picture.height()))
+                        : QSize(frame.fontMetrics().horizontalAdvance(label) + 2 * style::kGap, kBadgeHeight);
+  const QSize room(kPictureSize, kPictureSize);
+  const QSize size =
+      !image ? own
+             : own.scaled(own.boundedTo(room) == own ? own : room, Qt::KeepAspectRatio).expandedTo({8, 8});
+  QPixmap pixmap((QSizeF(size) * ratio).toSize());
+  pixmap.setDevicePixelRatio(ratio);
+  pixmap.fill(image ? Qt::transparent : Qt::white);
+  QPainter painter(&pixmap);
+  if (image)
+    painter.drawImage(QRect(QPoint(), size), scaled_image(picture, (QSizeF(size) * ratio).toSize()));
+  else
+    painter.drawText(QRect(QPoint(), size), Qt::AlignCenter, label);
+  return pixmap;
+}
+
+QByteArray place_text(const DocumentFrame& frame) {
+  return QByteArray::number(QCoreApplication::applicationPid()) + ' ' +
+         QByteArray::number(qulonglong{frame.number()});
 }
 
 /// The block of chunks costs as much as the pictures do, and a drag inside the program needs none.
 class DraggedRows : public QMimeData {
  public:
-  explicit DraggedRows(DocumentFrame& frame) : frame_(&frame) {
-    const QByteArray place = QByteArray::number(QCoreApplication::applicationPid()) + ' ' +
-                             QByteArray::number(qulonglong{frame.number()});
-    setData(kRowsMime, place);
+  explicit DraggedRows(DocumentFrame& frame) : frame_(&frame), images_(has_selected_image(frame)) {
+    setData(kRowsMime, place_text(frame));
   }
+  /// Other windows take images alone.
+  bool has_images() const { return images_; }
   QStringList formats() const override { return {kRowsMime, kChunkMime}; }
   bool hasFormat(const QString& format) const override { return formats().contains(format); }
 
@@ -55,6 +95,7 @@ class DraggedRows : public QMimeData {
 
  private:
   QPointer<DocumentFrame> frame_;
+  bool images_;
 };
 
 /// The window that the rows come from; null for another program's.
@@ -103,24 +144,20 @@ std::vector<std::filesystem::path> dragged_files(const QMimeData& data) {
 }
 
 QPixmap drag_pixmap(DocumentFrame& frame) {
-  std::size_t first = 0;
-  const std::size_t images = selected_images(frame, first);
-  if (images == 0) return {};
-  const Picture picture = picture_of(frame.entries().record(first));
-  const QSize own(static_cast<int>(picture.width()), static_cast<int>(picture.height()));
-  const QSize room(kPictureSize, kPictureSize);
-  const QSize size =
-      own.scaled(own.boundedTo(room) == own ? own : room, Qt::KeepAspectRatio).expandedTo({8, 8});
-  const QString count = QString::number(images);
+  const std::size_t first = leading_row(frame);
+  if (first == kNoEntry) return {};
+  const double ratio = frame.devicePixelRatioF();
+  const QPixmap leading = leading_picture(frame, first, ratio);
+  const QSize size = leading.deviceIndependentSize().toSize();
+  const QString count = QString::number(frame.entries().selected_count());
   const QFontMetrics metrics(frame.font());
   const int badge = std::max(metrics.horizontalAdvance(count) + 2 * style::kGap, kBadgeHeight);
-  const double ratio = frame.devicePixelRatioF();
   QPixmap pixmap((QSizeF(size + QSize(badge, kBadgeHeight)) * ratio).toSize());
   pixmap.setDevicePixelRatio(ratio);
   pixmap.fill(Qt::transparent);
   QPainter painter(&pixmap);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.drawImage(QRect(QPoint(), size), scaled_image(picture, (QSizeF(size) * ratio).toSize()));
+  painter.drawPixmap(0, 0, leading);
   const QRect plate(size.width() - style::kGap, size.height() - style::kGap, badge, kBadgeHeight);
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor::fromRgb(style::kAccent));
@@ -138,10 +175,26 @@ void drag_rows(DocumentFrame& frame) {
   drag->setMimeData(dragged_rows(frame));
   drag->setPixmap(pixmap);
   drag->setHotSpot(kHotSpot);
-  drag->exec(Qt::CopyAction);
+  // Only the list itself takes rows as moved ones, and it moves them.
+  drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction);
+}
+
+bool is_drag_of(const DocumentFrame& frame, const QMimeData& data) {
+  return data.data(kRowsMime) == place_text(frame);
+}
+
+void put_rows_later(MainWindow& main, DocumentFrame& frame, std::size_t position, bool copy) {
+  QTimer::singleShot(0, &frame, [&main, &frame, position, copy] {
+    if (main.services().busy() || frame.entries().empty()) return;
+    put_rows(frame.content(), {position, copy}, main.services().host);
+    frame.show_caret();
+    main.refresh();
+  });
 }
 
 bool may_drop_on(DocumentFrame& frame, const QMimeData& data) {
+  const auto* rows = dynamic_cast<const DraggedRows*>(&data);
+  if (rows && !rows->has_images() && !is_drag_of(frame, data)) return false;
   if (data.hasFormat(kRowsMime) || data.hasFormat(kChunkMime)) return true;
   return is_animation(frame.document().kind) && !dragged_files(data).empty();
 }

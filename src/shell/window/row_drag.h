@@ -13,10 +13,15 @@ class DocumentFrame;
 /// What the drag of the selected rows carries: where they come from, and for other programs their block,
 /// which is made when it is asked for.
 QMimeData* dragged_rows(DocumentFrame& frame);
-/// The first image of the selection with the number of images beside it.
+/// The first image of the selection, or the text of its first row, with the number of rows beside it; null
+/// without a selection.
 QPixmap drag_pixmap(DocumentFrame& frame);
-/// Drags the selected images until they are dropped or Escape is pressed; nothing without any.
+/// Drags the selected rows until they are dropped or Escape is pressed.
 void drag_rows(DocumentFrame& frame);
+/// Whether it is the rows of this window that are dragged.
+bool is_drag_of(const DocumentFrame& frame, const QMimeData& data);
+/// Moves or copies the selected rows inside their list, as soon as the drag is over.
+void put_rows_later(MainWindow& main, DocumentFrame& frame, std::size_t position, bool copy);
 
 /// Whether the list of this window takes what is dragged: rows, chunks of another program, and on an
 /// animation files.
