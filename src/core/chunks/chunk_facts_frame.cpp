@@ -63,6 +63,13 @@ ChunkFacts of_mng_image(const EntryPlace& place, const FramePart& part) {
           {}};
 }
 
+/// "3 times", "for ever".
+std::string times_text(const EntryPlace& place, const char* field) {
+  const std::string count = lower_case(shown_value(place.window, place.index, field));
+  const bool number = !count.empty() && count.find_first_not_of("0123456789,") == std::string::npos;
+  return number ? count + (count == "1" ? " time" : " times") : count;
+}
+
 std::uint16_t be16(const ChunkRecord& record, std::size_t at) {
   return static_cast<std::uint16_t>(payload_byte(record, at) << 8 | payload_byte(record, at + 1));
 }
@@ -149,15 +156,11 @@ ChunkFacts facts_of_animation(const EntryPlace& place) {
 
 ChunkFacts facts_of_termination(const EntryPlace& place) {
   const std::string action = lower_case(shown_value(place.window, place.index, "action"));
-  if (payload_byte(place.record(), 0) != 3) return {action, {}};
-  return {joined_facts({action, shown_value(place.window, place.index, "iterations") + " times"}), {}};
+  return {joined_facts({action, payload_byte(place.record(), 0) == 3 ? times_text(place, "iterations") : ""}),
+          {}};
 }
 
-ChunkFacts facts_of_loop(const EntryPlace& place) {
-  const std::string count = lower_case(shown_value(place.window, place.index, "count"));
-  const bool number = !count.empty() && count.find_first_not_of("0123456789,") == std::string::npos;
-  return {number ? count + " times" : count, {}};
-}
+ChunkFacts facts_of_loop(const EntryPlace& place) { return {times_text(place, "count"), {}}; }
 
 ChunkFacts facts_of_framing(const EntryPlace& place) {
   const FieldValues values = read_chunk_fields(place.window, place.index);

@@ -81,7 +81,7 @@ struct ImageEditor {
   std::size_t index;
   FormDialog dialog;
   FrameStage* stage = nullptr;
-  Extent canvasBefore;  ///< anything was done
+  Extent canvasBefore;  ///< the canvas as it was when the editor was opened
   QPushButton *paletteButton = nullptr, *transparencyButton = nullptr, *alphaButton = nullptr,
               *fitButton = nullptr, *pasteButton = nullptr;
   std::int32_t shift = 0;  ///< of the entries, by those that came in front of them

@@ -38,6 +38,10 @@ FrameStage::FrameStage(QWidget* parent)
   panel_->setMinimumSize(kLeastView);
   note_->setObjectName(QStringLiteral("canvas"));
   note_->setWordWrap(true);
+  note_->setAutoFillBackground(true);
+  note_->setBackgroundRole(QPalette::ToolTipBase);
+  note_->setForegroundRole(QPalette::ToolTipText);
+  note_->setMargin(style::kGap / 2);
   note_->hide();
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);

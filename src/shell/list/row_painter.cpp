@@ -21,7 +21,7 @@ constexpr int kBracketPen = 2;
 constexpr int kChecker = 6;
 
 // Facts stand in a column of their own, as long as the text in front of them leaves it free.
-constexpr int kFactsColumn = 44;     // characters
+constexpr int kFactsColumn = 52;     // characters
 constexpr double kFactsShare = 0.5;  // of a narrow row
 constexpr int kFactsGap = 16, kIconSide = 16, kIconGap = 6;
 constexpr QRgb kMark = 0xFFFFEFA8;
