@@ -739,6 +739,8 @@ constexpr SettingRow kSettings[] = {
     flag("FindHidesRows", FindHidesRows),
     number("ImageEditorView", ImageEditorView),
     number("ImageEditorGround", ImageEditorGround),
+    text("DockLayoutWide", DockLayoutWide),
+    text("DockLayoutSmall", DockLayoutSmall),
 };
 // clang-format on
 

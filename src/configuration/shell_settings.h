@@ -18,8 +18,9 @@ inline int MDIClientColor = 0x808080;  ///< color
 inline std::string MDIClientImage;     ///< empty: Vellumcraft Background.bmp in the pictures folder
 inline int SoftButtons = 1;            ///< 0 to 2: look of the toolbar
 inline int LiveButtons = 1;            ///< flag: toolbar buttons light up under the pointer
-inline int DialogDelay = 500;          ///< ms, 0 to 10000: shorter work shows no progress
-inline std::string ApplicationPath;    ///< folder of the program, for information
+inline std::string DockLayoutWide, DockLayoutSmall;  ///< docks on large and small screens, as Qt keeps them
+inline int DialogDelay = 500;                        ///< ms, 0 to 10000: shorter work shows no progress
+inline std::string ApplicationPath;                  ///< folder of the program, for information
 
 // Start
 inline int ShowStartupWindow = 1;  ///< flag

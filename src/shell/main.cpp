@@ -1,5 +1,6 @@
 // vellumcraft: the desktop program.
 #include <QScopeGuard>
+#include <QScreen>
 #include <QStyleHints>
 #include <QTimer>
 #include <clocale>
@@ -56,6 +57,7 @@ std::optional<int> answer_at_once(const StartOptions& options) {
 /// Shows the window; once it is seen, what a crash left is offered, and then work begins.
 void start(MainWindow& window, Recovery& recovery, const StartOptions& options,
            const std::string& themeFault) {
+  window.docks().arrange(window.screen()->availableGeometry().width());
   show_main_window(window);
   QTimer::singleShot(0, &window, [&window, &recovery, options, themeFault] {
     if (!themeFault.empty()) window.services().host.show(StringId::ThemeFailed, {}, themeFault);

@@ -18,7 +18,7 @@
 #include "shell/dialogs/manage_dialog.h"
 #include "shell/dialogs/operation_dialog.h"
 #include "shell/dialogs/properties_dialog.h"
-#include "shell/dialogs/strip_window.h"
+#include "shell/docks/strip_panel.h"
 #include "shell_fixture.h"
 #include "support/settings_guard.h"
 
@@ -192,13 +192,11 @@ TEST_F(AnimationDialogTest, TheStripFollowsTheListAndChangesIt) {
   for (std::size_t i = 0; i < 4; ++i)
     set_delays(frame.content(), {i}, static_cast<std::uint32_t>(10 * i + 10));
   main_.run(307);
-  auto* strip = main_.findChild<StripWindow*>();
+  auto* strip = dynamic_cast<StripPanel*>(main_.docks().panel(822));
   ASSERT_NE(strip, nullptr);
-  main_.run(307);
-  EXPECT_EQ(main_.findChildren<StripWindow*>().size(), 1) << "one strip a document";
   StripView& view = strip->view();
-  view.resize(view.sizeHint());
   settle();
+  EXPECT_EQ(view.frames(), 4u);
   const auto click = [&](std::size_t i, Qt::KeyboardModifiers held = {}) {
     QTest::mouseClick(view.viewport(), Qt::LeftButton, held, view.cell_rect(i).center());
   };
@@ -240,7 +238,7 @@ TEST_F(AnimationDialogTest, TheStripFollowsTheListAndChangesIt) {
   frame.close_without_question();
   settle();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  EXPECT_EQ(main_.findChildren<StripWindow*>().size(), 0);
+  EXPECT_EQ(view.frames(), 0u);
 }
 
 }  // namespace

@@ -143,6 +143,8 @@ const CommandRow kCommands[] = {
     {803, "&Arrange Icons", Menu::Window, 1, Entries, {}, nullptr, arrange_icons_command},
     {804, "&Duplicate\tCtrl+D", Menu::Window, 2, Entries, {}, "duplicate", duplicate_command},
     {840, "Chec&k document\tF7", Menu::Window, 3, Entries, {}, nullptr, check_command},
+    {822, "&Film strip\tF8", Menu::View, 1, Nothing, {}, "strip", dock_command<822>},
+    {807, "Next &pane\tF6", Menu::View, 2, Nothing, {}, nullptr, next_pane_command},
 
     {52, "&Contents", Menu::Help, 1, Nothing, {}, "help", contents_command},
     {902, "&About...", Menu::Help, 1, Nothing, {}, "about", about_command},
@@ -169,6 +171,7 @@ constexpr MenuRow kMenus[] = {{Menu::File, "&File"},
                               {Menu::Create, "&Create", Menu::Animation, 1},
                               {Menu::Convert, "Con&vert", Menu::Animation, 2},
                               {Menu::Window, "&Window"},
+                              {Menu::View, "&View", Menu::Window, 3},
                               {Menu::Help, "&Help"}};
 
 constexpr ToolRow kTools[] = {{1, 58}, {1, 57}, {2, 204}, {2, 208}, {2, 201}, {2, 202}, {2, 203},
@@ -181,7 +184,7 @@ constexpr KeyRow kKeys[] = {
     {"Shift+Del", 201}, {"Ctrl+C", 202},   {"Ctrl+Ins", 202}, {"Ctrl+V", 203},       {"Shift+Ins", 203},
     {"Ctrl+A", 50},     {"Del", 61},       {"Alt+Up", 206},   {"Alt+Down", 207},     {"Shift+F5", 801},
     {"Shift+F4", 802},  {"Ctrl+F4", 106},  {"F1", 52},        {"F7", 840},           {"Ctrl+F", 210},
-    {"F3", 211},        {"Shift+F3", 212},
+    {"F3", 211},        {"Shift+F3", 212}, {"F6", 807},       {"F8", 822},
 };
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {

@@ -23,6 +23,7 @@ enum class Menu {
   Create,
   Convert,
   Window,
+  View,
   Help
 };
 

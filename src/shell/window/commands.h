@@ -63,6 +63,14 @@ void tile_command(MainWindow& main);
 void arrange_icons_command(MainWindow& main);
 /// Shows the dock that says what is wrong with the document, and looks.
 void check_command(MainWindow& main, DocumentFrame& frame);
+/// Gives the keyboard to the next dock, and behind the last one to the document.
+void next_pane_command(MainWindow& main);
+/// Opens the dock of this number, or closes it.
+void toggle_dock(MainWindow& main, int number);
+template <int Number>
+void dock_command(MainWindow& main) {
+  toggle_dock(main, Number);
+}
 void duplicate_command(MainWindow& main, DocumentFrame& frame);
 /// Takes the thumbnail scale that the toolbar shows.
 void scale_command(MainWindow& main, DocumentFrame& frame);

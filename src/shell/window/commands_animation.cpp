@@ -2,12 +2,16 @@
 #include "core/edit/undo.h"
 #include "shell/dialogs/manage_dialog.h"
 #include "shell/dialogs/properties_dialog.h"
-#include "shell/dialogs/strip_window.h"
 #include "shell/viewer/view_document.h"
 #include "shell/window/commands.h"
 #include "shell/window/main_window.h"
 
 namespace vellum {
+namespace {
+
+constexpr int kStripDock = 822;
+
+}  // namespace
 
 void properties_command(MainWindow& main, DocumentFrame& frame) {
   PropertiesDialog(frame.content(), main.services(), &main).exec();
@@ -22,15 +26,7 @@ void manage_command(MainWindow& main, DocumentFrame& frame) {
   ManageDialog(frame.content(), main.thumbnails(), main.services(), &main).exec();
 }
 
-void image_strip_command(MainWindow& main, DocumentFrame& frame) {
-  for (StripWindow* open : main.findChildren<StripWindow*>())
-    if (&open->frame() == &frame) return open->activateWindow();
-  const auto run = [&main, &frame](int number) {
-    main.area().setActiveSubWindow(&frame);
-    main.run(number);
-  };
-  (new StripWindow(frame, main.thumbnails(), main.services(), run, &main))->show();
-}
+void image_strip_command(MainWindow& main, DocumentFrame&) { main.docks().show(kStripDock, true); }
 
 void view_command(MainWindow& main, DocumentFrame& frame) {
   const Services& services = main.services();

@@ -8,6 +8,7 @@
 #include "shell/help/help_window.h"
 #include "shell/look/text.h"
 #include "shell/start/tips.h"
+#include "shell/widgets/dialog_frame.h"
 #include "shell/window/commands.h"
 #include "shell/window/main_window.h"
 #include "shell/window/start_screens.h"
@@ -25,6 +26,7 @@ constexpr WebPage kWebPages[] = {{2903, ""}, {2904, ""}, {2905, ""}};
 }  // namespace
 
 void contents_command(MainWindow& main) {
+  if (const QString topic = main.docks().topic(); !topic.isEmpty() && showHelp) return showHelp(topic);
   Host& host = main.services().host;
   const std::string text(string_text(StringId::ShowGuideQuestion));
   const Message question{StringId::ShowGuideQuestion, {}, text, {}, &settings::WarnShowManual};

@@ -24,6 +24,10 @@ void arrange_icons_command(MainWindow& main) {
   }
 }
 
+void next_pane_command(MainWindow& main) { main.docks().focus_next(main.area().active()); }
+
+void toggle_dock(MainWindow& main, int number) { main.docks().toggle(number); }
+
 void duplicate_command(MainWindow& main, DocumentFrame& frame) {
   DocumentFrame* copy =
       main.add_document(duplicate_document(frame.content(), string_text(StringId::DuplicatePrefix)));

@@ -86,7 +86,8 @@ MainWindow::MainWindow()
       status_(*new StatusLine(this)),
       commands_(*new CommandBar(*this)),
       desktop_(*this, status_),
-      services_(desktop_services(*this, desktop_)) {
+      services_(desktop_services(*this, desktop_)),
+      docks_(*new Docks(*this, {services_, thumbnails_, [this](int command) { run(command); }})) {
   convertImages = convert_to_header;
   take_imports();
   services_.host.note = [this](std::string_view text) { take_note(text); };
@@ -100,7 +101,11 @@ MainWindow::MainWindow()
 }
 
 // The document windows outlive the members of this class, and the area tells of each that goes.
-MainWindow::~MainWindow() { area_.disconnect(this); }
+MainWindow::~MainWindow() {
+  area_.disconnect(this);
+  docks_.set_document(nullptr);
+  delete &docks_;
+}
 
 void MainWindow::connect_parts() {
   connect(&commands_, &CommandBar::triggered, this, &MainWindow::run);
@@ -114,6 +119,26 @@ void MainWindow::connect_parts() {
   connect(windows, &QMenu::aboutToShow, this, &MainWindow::fill_window_list);
   show_in_menu(recent_, *commands_.menu(Menu::Recent), [this](int command) { run(command); });
   connect(&recent_, &RecentFiles::changed, this, &MainWindow::refresh_later);
+  name_docks();
+  connect(&docks_, &Docks::changed, this, &MainWindow::check_docks);
+}
+
+void MainWindow::name_docks() {
+  for (const DockRow& row : dock_table()) {
+    commands_.action(row.command)->setCheckable(true);
+    commands_.action(row.command)->setStatusTip(tr(row.tip));
+  }
+}
+
+void MainWindow::check_docks() {
+  for (const DockRow& row : dock_table())
+    commands_.action(row.command)->setChecked(docks_.is_seen(row.command));
+}
+
+QMenu* MainWindow::createPopupMenu() {
+  auto* menu = new QMenu(this);
+  for (const DockRow& row : dock_table()) menu->addAction(commands_.action(row.command));
+  return menu;
 }
 
 void MainWindow::connect_list(DocumentFrame& frame) {
@@ -146,7 +171,9 @@ void MainWindow::connect_list(DocumentFrame& frame) {
 void MainWindow::run(int number) {
   if (const std::string* path = recent_.file_of(number)) return run_recent(std::filesystem::path(*path));
   const CommandRow* row = find_command(number);
-  if (!row || services_.busy() || !command_enabled(*row, state())) return;
+  if (!row || services_.busy()) return;
+  docks_.settle();
+  if (!command_enabled(*row, state())) return;
   DocumentFrame* frame = area_.active();
   if (row->run.on_program)
     row->run.on_program(*this);
@@ -242,6 +269,8 @@ void MainWindow::refresh() {
   refresh_status(now, frame);
   refresh_title(frame);
   if (frame) frame->show_notes();
+  docks_.set_document(frame);
+  check_docks();
   emit refreshed();
 }
 
@@ -283,12 +312,14 @@ void MainWindow::changeEvent(QEvent* event) {
 
 bool MainWindow::may_close(DocumentFrame& frame) {
   if (services_.busy()) return false;
+  docks_.settle();
   if (frame.document().dirty) area_.setActiveSubWindow(&frame);
   return settle_changes(frame.content(), services_);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   record_window_place(*this);
+  docks_.remember();
   config_save_changes();
   for (DocumentFrame* frame : area_.documents())
     if (services_.busy() || !frame->close()) {

@@ -4,6 +4,7 @@
 
 #include <QMainWindow>
 
+#include "shell/docks/docks.h"
 #include "shell/services/desktop_host.h"
 #include "shell/services/services.h"
 #include "shell/window/command_bar.h"
@@ -23,6 +24,7 @@ class MainWindow : public QMainWindow {
   WorkArea& area() { return area_; }
   ThumbnailCache& thumbnails() { return thumbnails_; }
   RecentFiles& recent() { return recent_; }
+  Docks& docks() { return docks_; }
 
   /// Runs the command with this number if it may run now.
   void run(int number);
@@ -36,6 +38,8 @@ class MainWindow : public QMainWindow {
   CommandState state() const;
   /// Shows what settings have changed: toolbar, ground, menus, titles.
   void settings_changed();
+  /// What the right button offers on the title of a dock.
+  QMenu* createPopupMenu() override;
   /// Works out titles, enabled states and the status line from the active document.
   void refresh();
 
@@ -61,6 +65,8 @@ class MainWindow : public QMainWindow {
   void refresh_title(DocumentFrame* frame);
   bool may_close(DocumentFrame& frame);
   void fill_window_list();
+  void name_docks();
+  void check_docks();
 
   ThumbnailCache thumbnails_;
   RecentFiles recent_;
@@ -69,6 +75,7 @@ class MainWindow : public QMainWindow {
   CommandBar& commands_;
   DesktopHost desktop_;
   Services services_;
+  Docks& docks_;
   QString title_;
   bool refreshPending_ = false;
 };

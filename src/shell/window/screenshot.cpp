@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QEventLoop>
 #include <QTimer>
 #include <cstdio>
 
@@ -11,7 +12,6 @@
 namespace vellum {
 namespace {
 
-constexpr QSize kScreenshotSize(1200, 760);
 constexpr int kSettledMs = 600;  // previews and thumbnails of a window that has just opened
 
 /// The window that lies over the main one.
@@ -22,7 +22,7 @@ QWidget* other_window(const QWidget& main) {
   return nullptr;
 }
 
-/// The window of a command, which is then closed; null where none came.
+/// The window of a command, which is then closed; of one that opens none, the main window.
 QPixmap picture_of_command(MainWindow& main, const StartOptions& options) {
   QPixmap picture;
   const auto take = [&] {
@@ -35,7 +35,11 @@ QPixmap picture_of_command(MainWindow& main, const StartOptions& options) {
   QTimer::singleShot(kSettledMs, &main, take);
   main.run(options.show);
   if (picture.isNull()) take();
-  return picture;
+  if (!picture.isNull()) return picture;
+  QEventLoop settled;
+  QTimer::singleShot(kSettledMs, &settled, &QEventLoop::quit);
+  settled.exec();
+  return main.grab();
 }
 
 void settle(MainWindow& window) {
@@ -66,7 +70,8 @@ int run_for_screenshot(const StartOptions& options) {
     std::fprintf(stderr, "vellumcraft: %s %s\n", message.text.c_str(), message.more.c_str());
   };
   window.services().host.ask = nullptr;
-  window.resize(kScreenshotSize);
+  window.resize(options.wide, options.deep);
+  window.docks().arrange(options.wide);
   window.show();
   QTimer::singleShot(0, &window, [&window, &options] {
     const QPixmap picture = picture_for(window, options);

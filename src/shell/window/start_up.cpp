@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kAddress = "file://";
 constexpr std::string_view kViewSwitch = "/V";
+constexpr int kMostPixels = 10000;  // of a picture, a side
 
 struct OptionRow {
   std::string_view name;
@@ -43,6 +44,12 @@ constexpr OptionRow kOptions[] = {
      [](StartOptions& o, const char* value) {
        if (std::sscanf(value, "%d@%zu", &o.show, &o.row) < 1 || o.show <= 0)
          o.error = "--show needs a number of a command";
+     }},
+    {"--size", "WIDTHxHEIGHT", "with --screenshot: the size of the main window",
+     [](StartOptions& o, const char* value) {
+       if (std::sscanf(value, "%dx%d", &o.wide, &o.deep) != 2 || std::min(o.wide, o.deep) < 1 ||
+           std::max(o.wide, o.deep) > kMostPixels)
+         o.error = "--size needs a width and a height in pixels";
      }},
     {"--config", "FILE", "the configuration file of this run",
      [](StartOptions& o, const char* value) { o.config = value; }},

@@ -1,4 +1,4 @@
-#include "shell/dialogs/strip_view.h"
+#include "shell/docks/strip_view.h"
 
 #include <QApplication>
 #include <QMouseEvent>
@@ -15,7 +15,11 @@
 namespace vellum {
 namespace {
 
-constexpr int kRoomWidth = 112, kRoomHeight = 84, kInset = 4, kStripGap = 12, kChecker = 6;
+constexpr int kInset = 4, kStripGap = 12, kChecker = 6;
+constexpr int kRoomHeight = 84;                  // of a picture, where the strip may choose
+constexpr int kLeastRoom = 48, kMostRoom = 288;  // pixels high; the width is a third more
+constexpr int kFarthest = 1 << 14;  // pixels that a picture may reach beyond its canvas, and be as large as
+constexpr int kRoomStep = 12;       // a strip that grows makes its pictures anew in steps
 
 bool option(StripOption bit) { return (settings::StripOptions & bit) != 0; }
 
@@ -29,22 +33,61 @@ void paint_ground(QPainter& painter, const QRect& rect, Colour background) {
                        QColor(0xCCCCCC));
 }
 
+/// The largest canvas in the middle of a room.
+QRect canvas_in(const QRect& room, Extent canvas) {
+  const QSize size =
+      QSize(static_cast<int>(std::max(canvas.width, 1u)), static_cast<int>(std::max(canvas.height, 1u)))
+          .scaled(room.size(), Qt::KeepAspectRatio)
+          .expandedTo(QSize(1, 1));
+  return {room.topLeft() + QPoint((room.width() - size.width()) / 2, (room.height() - size.height()) / 2),
+          size};
+}
+
+/// Where a picture lies on a canvas that is drawn there.
+QRect place_on(const QRect& drawn, Extent canvas, FrameOffset offset, Extent picture) {
+  const auto scaled = [](std::int64_t value, int to, std::uint32_t from) {
+    return static_cast<int>(std::clamp<std::int64_t>(value * to / std::max(from, 1u), -kFarthest, kFarthest));
+  };
+  return {drawn.left() + scaled(offset.x, drawn.width(), canvas.width),
+          drawn.top() + scaled(offset.y, drawn.height(), canvas.height),
+          std::max(scaled(picture.width, drawn.width(), canvas.width), 1),
+          std::max(scaled(picture.height, drawn.height(), canvas.height), 1)};
+}
+
 }  // namespace
 
-StripView::StripView(DocumentWindow& window, ThumbnailCache& thumbnails, QWidget* parent)
-    : QAbstractScrollArea(parent), window_(window), thumbnails_(thumbnails) {
+StripView::StripView(ThumbnailCache& thumbnails, QWidget* parent)
+    : QAbstractScrollArea(parent), thumbnails_(thumbnails) {
   setFocusPolicy(Qt::StrongFocus);
+  setFrameShape(QFrame::NoFrame);
   setAccessibleName(tr("Film strip"));
+}
+
+void StripView::show_window(DocumentWindow* window) {
+  window_ = window;
+  anchor_ = followed_ = 0;
+  pressed_ = drop_ = std::nullopt;
+  shown_.clear();
+  composed_.clear();
+  state_ = {};
   reload();
 }
 
-bool StripView::vertical() const { return option(kStripVertical); }
+bool StripView::vertical() const { return option(kStripVertical) || height() > width(); }
 
-QSize StripView::cell_size() const {
-  const bool caption = option(kStripNumbers) || option(kStripDelays);
-  return {kRoomWidth + 2 * kInset,
-          kRoomHeight + 2 * kInset + (caption ? fontMetrics().height() + kInset : 0)};
+int StripView::caption_height() const {
+  return option(kStripNumbers) || option(kStripDelays) ? fontMetrics().height() + kInset : 0;
 }
+
+/// For the pictures: as large as the strip is deep.
+QSize StripView::room() const {
+  const int deep = vertical() ? (viewport()->width() - 2 * kInset) * 3 / 4
+                              : viewport()->height() - 2 * kInset - caption_height();
+  const int high = std::clamp(deep / kRoomStep * kRoomStep, kLeastRoom, kMostRoom);
+  return {high * 4 / 3, high};
+}
+
+QSize StripView::cell_size() const { return room() + QSize(2 * kInset, 2 * kInset + caption_height()); }
 
 int StripView::pitch() const {
   const int gap = option(kStripGaps) ? kStripGap : 1;
@@ -53,21 +96,26 @@ int StripView::pitch() const {
 
 QSize StripView::sizeHint() const {
   const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-  const QSize cell = cell_size();
-  return vertical() ? QSize(cell.width() + bar + 4, pitch() * 5)
-                    : QSize(pitch() * 6, cell.height() + bar + 4);
+  const QSize cell(kRoomHeight * 4 / 3 + 2 * kInset, kRoomHeight + 2 * kInset + caption_height());
+  return option(kStripVertical) ? QSize(cell.width() + bar, cell.height() * 5)
+                                : QSize(cell.width() * 6, cell.height() + bar);
+}
+
+QSize StripView::minimumSizeHint() const {
+  const int least = kLeastRoom + 2 * kInset + caption_height();
+  return {least, least};
 }
 
 void StripView::reload() {
-  entries_ = frame_entries(window_);
+  entries_ = window_ ? frame_entries(*window_) : std::vector<std::size_t>();
   std::vector<std::shared_ptr<const ChunkRecord>> records;
-  for (const std::size_t entry : entries_) records.push_back(window_.list.entry(entry).record);
+  for (const std::size_t entry : entries_) records.push_back(window_->list.entry(entry).record);
   if (records != shown_) {
     shown_ = std::move(records);
     composed_.clear();
     state_ = {};
   }
-  values_ = view_values(window_.list, window_.document);
+  values_ = window_ ? view_values(window_->list, window_->document) : ViewValues();
   resizeEvent(nullptr);
   const std::size_t at = current();
   if (at < entries_.size()) setAccessibleDescription(tr("Frame %1 of %2").arg(at + 1).arg(entries_.size()));
@@ -103,15 +151,16 @@ std::optional<std::size_t> StripView::frame_at(QPoint place) const {
 
 /// The frame of the caret, or the last one in front of it.
 std::size_t StripView::current() const {
+  if (entries_.empty()) return 0;
   const auto behind =
-      std::ranges::upper_bound(entries_, static_cast<std::size_t>(std::max(window_.document.caret, 0)));
+      std::ranges::upper_bound(entries_, static_cast<std::size_t>(std::max(window_->document.caret, 0)));
   return behind == entries_.begin() ? 0 : static_cast<std::size_t>(behind - entries_.begin() - 1);
 }
 
 void StripView::choose(std::size_t frame, Qt::KeyboardModifiers modifiers) {
   if (frame >= entries_.size()) return;
-  ChunkList& list = window_.list;
-  window_.document.caret = static_cast<std::int32_t>(entries_[frame]);
+  ChunkList& list = window_->list;
+  window_->document.caret = static_cast<std::int32_t>(entries_[frame]);
   if (modifiers & Qt::ControlModifier) {
     list.select(entries_[frame], !list.entry(entries_[frame]).selected);
     anchor_ = frame;
@@ -124,8 +173,15 @@ void StripView::choose(std::size_t frame, Qt::KeyboardModifiers modifiers) {
     list.select(entries_[frame], true);
     anchor_ = frame;
   }
+  followed_ = frame;
   show_frame(frame);
   reload();
+  if (selected) selected();
+}
+
+void StripView::show_current() {
+  const std::size_t at = current();
+  if (std::exchange(followed_, at) != at && at < entries_.size()) show_frame(at);
 }
 
 void StripView::show_frame(std::size_t frame) {
@@ -139,7 +195,7 @@ void StripView::show_frame(std::size_t frame) {
 
 /// The selected frames, one place on.
 void StripView::shift(bool forward) {
-  const FrameList frames = selected_frames(window_);
+  const FrameList frames = selected_frames(*window_);
   if (frames.empty() || !move_selected) return;
   if (forward && frames.back() + 1 < entries_.size()) move_selected(frames.back() + 2);
   if (!forward && frames.front() > 0) move_selected(frames.front() - 1);
@@ -152,7 +208,7 @@ void StripView::mousePressEvent(QMouseEvent* event) {
   pressedAt_ = event->position().toPoint();
   const bool plain = (event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier)) == 0;
   // A selected frame may be the beginning of a drag of all that are selected.
-  if (!plain || !window_.list.entry(entries_[*frame]).selected) choose(*frame, event->modifiers());
+  if (!plain || !window_->list.entry(entries_[*frame]).selected) choose(*frame, event->modifiers());
 }
 
 std::size_t StripView::drop_position(QPoint place) const {
@@ -206,48 +262,52 @@ void StripView::keyPressEvent(QKeyEvent* event) {
   QAbstractScrollArea::keyPressEvent(event);
 }
 
-QPixmap StripView::composed(std::size_t frame, QSize room) {
+/// The canvases up to a frame are composed one on the other.
+const QPixmap& StripView::composed(std::size_t frame, QSize size) {
+  if (std::exchange(composedSize_, size) != size) {
+    composed_.clear();
+    state_ = {};
+  }
   while (composed_.size() <= frame) {
-    const ChunkRecord& record = window_.list.record(entries_[composed_.size()]);
+    const ChunkRecord& record = window_->list.record(entries_[composed_.size()]);
     Picture canvas = compose_frame(state_, values_, record);
     if (!canvas) canvas = picture_of(record);
-    QSize size;
-    if (canvas)
-      size = QSize(static_cast<int>(canvas.width()), static_cast<int>(canvas.height()))
-                 .scaled(room, Qt::KeepAspectRatio)
-                 .expandedTo(QSize(1, 1));
-    composed_.push_back(QPixmap::fromImage(scaled_image(canvas, size)));
+    composed_.push_back(QPixmap::fromImage(scaled_image(canvas, canvas ? size : QSize())));
   }
   return composed_[frame];
 }
 
-QPixmap StripView::picture_of_frame(std::size_t frame, QSize room) {
-  if (option(kStripCanvases)) return composed(frame, room);
-  const auto& record = window_.list.entry(entries_[frame]).record;
+/// What the frame holds, at its place on the canvas.
+void StripView::paint_frame(QPainter& painter, std::size_t frame, const QRect& canvas) {
+  const double ratio = devicePixelRatioF();
+  const auto draw = [&](const QPixmap& pixmap, const QRect& place) {
+    if (!pixmap.isNull()) painter.drawPixmap(place, pixmap);
+  };
+  if (option(kStripCanvases)) return draw(composed(frame, canvas.size() * ratio), canvas);
+  const auto& record = window_->list.entry(entries_[frame]).record;
   const Picture picture = picture_of(*record);
-  if (!picture) return {};
-  const QSize size(static_cast<int>(picture.width()), static_cast<int>(picture.height()));
-  return thumbnails_.get(record, size.scaled(room, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
+  if (!picture) return;
+  const QRect place = place_on(canvas, values_.canvas, GetFrameOffset(*record, values_.kind),
+                               {picture.width(), picture.height()});
+  painter.save();
+  painter.setClipRect(canvas, Qt::IntersectClip);
+  draw(thumbnails_.get(record, place.size() * ratio), place);
+  painter.restore();
 }
 
 void StripView::paint_cell(QPainter& painter, std::size_t frame) {
   const QRect cell = cell_rect(frame);
-  const bool selected = window_.list.entry(entries_[frame]).selected;
-  painter.fillRect(cell, palette().color(selected ? QPalette::Highlight : QPalette::Base));
-  const QRect room(cell.topLeft() + QPoint(kInset, kInset), QSize(kRoomWidth, kRoomHeight));
-  const double ratio = devicePixelRatioF();
-  QPixmap pixmap = picture_of_frame(frame, room.size() * ratio);
-  pixmap.setDevicePixelRatio(ratio);
-  const QSize size = pixmap.deviceIndependentSize().toSize();
-  const QPoint corner =
-      room.topLeft() + QPoint((room.width() - size.width()) / 2, (room.height() - size.height()) / 2);
-  paint_ground(painter, QRect(corner, size), values_.background);
-  painter.drawPixmap(corner, pixmap);
-  painter.setPen(palette().color(selected ? QPalette::HighlightedText : QPalette::Text));
+  const bool chosen = window_->list.entry(entries_[frame]).selected;
+  painter.fillRect(cell, palette().color(chosen ? QPalette::Highlight : QPalette::Base));
+  const QRect room(cell.topLeft() + QPoint(kInset, kInset), this->room());
+  const QRect canvas = canvas_in(room, values_.canvas);
+  paint_ground(painter, canvas, values_.background);
+  paint_frame(painter, frame, canvas);
+  painter.setPen(palette().color(chosen ? QPalette::HighlightedText : QPalette::Text));
   const QRect line(room.left(), room.bottom() + kInset, room.width(), fontMetrics().height());
   if (option(kStripNumbers)) painter.drawText(line, Qt::AlignLeft, QString::number(frame + 1));
   if (option(kStripDelays)) {
-    const auto delay = frame_delay_ms(window_.list.record(entries_[frame]), values_.kind, values_.ticks);
+    const auto delay = frame_delay_ms(window_->list.record(entries_[frame]), values_.kind, values_.ticks);
     painter.drawText(line, Qt::AlignRight, tr("%1 ms").arg(to_qt(grouped(delay))));
   }
   if (hasFocus() && frame == current()) {
@@ -259,8 +319,12 @@ void StripView::paint_cell(QPainter& painter, std::size_t frame) {
 void StripView::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
   painter.fillRect(viewport()->rect(), style::work_area_colour(palette()));
+  if (entries_.empty() && window_) {
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.drawText(viewport()->rect(), Qt::AlignCenter, tr("No frames"));
+  }
   // The list may have lost entries that are told of in a moment.
-  const std::size_t count = entries_.empty() || entries_.back() < window_.list.size() ? entries_.size() : 0;
+  const std::size_t count = entries_.empty() || entries_.back() < window_->list.size() ? entries_.size() : 0;
   QScrollBar* bar = vertical() ? verticalScrollBar() : horizontalScrollBar();
   const int room = vertical() ? viewport()->height() : viewport()->width();
   for (auto i = static_cast<std::size_t>(bar->value() / pitch()); i < count; ++i) {
@@ -268,7 +332,10 @@ void StripView::paintEvent(QPaintEvent*) {
     if ((vertical() ? cell.top() : cell.left()) >= room) break;
     paint_cell(painter, i);
   }
-  if (!drop_) return;
+  if (drop_) paint_drop_mark(painter);
+}
+
+void StripView::paint_drop_mark(QPainter& painter) {
   QRect mark = cell_rect(*drop_);
   const int before = option(kStripGaps) ? kStripGap / 2 + 2 : 2;
   if (vertical())
