@@ -65,7 +65,6 @@ resize 310 apng.png
 extract 312 apng.png
 manage 62 apng.png
 properties 118 apng.png
-strip 307 apng.png
 ROWS
 
 # Operations, with what a person typed the last time.
@@ -135,7 +134,7 @@ ROWS
 vellum resize "$work/frames/frame_00059.png" "$work/large.png" --percent 200
 take protect 315 large.png
 
-"$programs/vellumcraft" --screenshot "$pictures/main-window.png" "$work/apng.png"
+"$programs/vellumcraft" --size 1366x768 --screenshot "$pictures/main-window.png" --show 50@30 "$work/apng.png"
 
 # The themes, with a window and with a dialog.
 mkdir -p "$pictures/themes"

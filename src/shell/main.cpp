@@ -57,8 +57,9 @@ std::optional<int> answer_at_once(const StartOptions& options) {
 /// Shows the window; once it is seen, what a crash left is offered, and then work begins.
 void start(MainWindow& window, Recovery& recovery, const StartOptions& options,
            const std::string& themeFault) {
-  window.docks().arrange(window.screen()->availableGeometry().width());
   show_main_window(window);
+  // The sizes of docks are those in the window as it stands now.
+  window.docks().arrange(window.screen()->availableGeometry().width());
   QTimer::singleShot(0, &window, [&window, &recovery, options, themeFault] {
     if (!themeFault.empty()) window.services().host.show(StringId::ThemeFailed, {}, themeFault);
     add_plugins(window);

@@ -12,7 +12,7 @@ namespace {
 constexpr int kLargeScreen = 1100;  // pixels across, below which docks would leave too little for the list
 constexpr int kArrangement = 1;     // counts up when remembered arrangements mean something else
 constexpr int kBusyInterval = 50;   // milliseconds until panels are told of what happened during a command
-constexpr int kLeastColumn = 280, kMostColumn = 380;  // pixels across at the side, as they come
+constexpr int kLeastColumn = 340, kMostColumn = 400;  // pixels across at the side, as they come
 
 std::string& kept_arrangement(bool small) {
   return small ? settings::DockLayoutSmall : settings::DockLayoutWide;
@@ -176,15 +176,19 @@ void Docks::arrange(int screen_width) {
 
 void Docks::arrange_as_they_come(int screen_width) {
   QList<QDockWidget*> column;
+  QList<int> heights;
   for (Open& open : docks_) {
     if (!open.row->opens) continue;
     make(open);
     open.dock->show();
-    if (open.row->side == Qt::RightDockWidgetArea) column << open.dock;
+    if (open.row->side != Qt::RightDockWidgetArea) continue;
+    column << open.dock;
+    heights << open.panel->sizeHint().height();
   }
-  if (!column.isEmpty())
-    window_.resizeDocks({column.first()}, {std::clamp(screen_width / 5, kLeastColumn, kMostColumn)},
-                        Qt::Horizontal);
+  if (column.isEmpty()) return;
+  window_.resizeDocks(column, heights, Qt::Vertical);
+  window_.resizeDocks({column.first()}, {std::clamp(screen_width / 5, kLeastColumn, kMostColumn)},
+                      Qt::Horizontal);
 }
 
 void Docks::remember() const {

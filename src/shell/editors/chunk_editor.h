@@ -23,6 +23,8 @@ OpenEditor find_editor(DocumentKind kind, ChunkTag tag);
 /// The editor of an entry: of its tag, or of its bytes where the content is laid out as its tag does not
 /// know.
 OpenEditor find_editor(const DocumentWindow& window, std::size_t index);
+/// The calls that close a change of an entry that had this tag.
+void close_entry_edit(DocumentWindow& window, ChunkTag tag);
 /// Whether a tag has an editor of its own, so that no other chunk may take its name.
 bool has_own_editor(ChunkTag tag);
 

@@ -170,11 +170,8 @@ std::string UnknownEditor::check() const {
 }
 
 ChunkRecord UnknownEditor::typed() const {
-  ChunkRecord now = record;
-  const auto content = bytes->view().bytes();
+  ChunkRecord now = with_content(record, bytes->view().bytes());
   now.tag = tag_of(name->text());
-  now.data = ChunkHandle::copy_of(content);
-  now.size = static_cast<std::int32_t>(content.size());
   return now;
 }
 
@@ -187,20 +184,36 @@ bool UnknownEditor::may_be_taken() {
   return !changed() || keeps_anyway(window, index, typed(), services.host);
 }
 
-}  // namespace
-
-Edited edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
-  if (index >= window.list.size()) return Edited::Cancelled;
-  UnknownEditor editor(parent, window, index, services);
-  if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
-  if (!editor.changed()) return Edited::Same;
-  ChunkRecord record = editor.typed();
+Edited put(DocumentWindow& window, std::size_t index, ChunkRecord record, Services& services) {
   if (!record.data) {
     services.host.show(StringId::AllocationError);
     return Edited::Cancelled;
   }
   record.description = chunk_description(record);
   return chunk_list_put(window.list, index, record) ? Edited::Changed : Edited::Cancelled;
+}
+
+}  // namespace
+
+ChunkRecord with_content(const ChunkRecord& record, std::span<const std::uint8_t> bytes) {
+  ChunkRecord now = record;
+  now.data = ChunkHandle::copy_of(bytes);
+  now.size = static_cast<std::int32_t>(bytes.size());
+  return now;
+}
+
+Edited put_content(DocumentWindow& window, std::size_t index, const ChunkRecord& record, Services& services) {
+  if (std::ranges::equal(raw_payload(record), raw_payload(window.list.record(index)))) return Edited::Same;
+  if (!keeps_anyway(window, index, record, services.host)) return Edited::Cancelled;
+  return put(window, index, record, services);
+}
+
+Edited edit_unknown(QWidget* parent, DocumentWindow& window, std::size_t index, Services& services) {
+  if (index >= window.list.size()) return Edited::Cancelled;
+  UnknownEditor editor(parent, window, index, services);
+  if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
+  if (!editor.changed()) return Edited::Same;
+  return put(window, index, editor.typed(), services);
 }
 
 }  // namespace vellum

@@ -35,7 +35,7 @@ std::optional<PaletteColors> palette_for(Editing& editing, std::uint32_t most) {
   SelectPaletteRequest request{.pictures = {}, .preview = {}, .most = most};
   for (const HeldPicture& held : shown_pictures(editing.window)) request.pictures.push_back(held.picture());
   if (!request.pictures.empty()) request.preview = request.pictures.front();
-  return select_palette(&editing.dialog, request, editing.services);
+  return select_palette(&editing.owner, request, editing.services);
 }
 
 /// Converts the images first, so that only the other fields are left to be applied. Nothing when the user
@@ -55,7 +55,9 @@ std::optional<Applied> convert_first(Editing& editing, const FieldValues& values
   return good ? Applied::Changed : Applied::Failed;
 }
 
-bool apply_values(Editing& editing, const FieldValues& values, bool& changed) {
+}  // namespace
+
+bool apply_edited(Editing& editing, const FieldValues& values, bool& changed) {
   if (!may_convert(editing, values)) return false;
   Host& host = editing.services.host;
   const auto converted = convert_first(editing, values);
@@ -68,15 +70,26 @@ bool apply_values(Editing& editing, const FieldValues& values, bool& changed) {
   return applied != Applied::Failed;
 }
 
-/// What else the bytes say, where they are read but not all of it are fields.
-void add_details(Editing& editing) {
-  const ChunkRecord& record = editing.window.list.record(editing.index);
-  const DocumentKind kind = editing.window.document.kind;
-  if (!has_chunk_reading(record.tag, kind)) return;
-  auto* text = new QPlainTextEdit(to_qt(reading_text(chunk_reading(record.tag, raw_payload(record), kind))));
+QPlainTextEdit* make_details() {
+  auto* text = new QPlainTextEdit;
   text->setReadOnly(true);
   text->setTabChangesFocus(true);
   text->setAccessibleName(QObject::tr("Details"));
+  return text;
+}
+
+QString details_text(const DocumentWindow& window, std::size_t index) {
+  const ChunkRecord& record = window.list.record(index);
+  return to_qt(reading_text(chunk_reading(record.tag, raw_payload(record), window.document.kind)));
+}
+
+namespace {
+
+/// Where the bytes are read but not all of it are fields.
+void add_details(Editing& editing) {
+  if (!has_chunk_reading(editing.window.list.record(editing.index).tag, editing.window.document.kind)) return;
+  QPlainTextEdit* text = make_details();
+  text->setPlainText(details_text(editing.window, editing.index));
   editing.form.add_page(QObject::tr("Details"), text);
 }
 
@@ -104,7 +117,7 @@ Edited open_field_editor(QWidget* parent, DocumentWindow& window, std::size_t in
   bool changed = false;
   dialog.check = [&](const FieldValues& typed) { return check_chunk_fields(window, index, typed); };
   dialog.repair = repair_chunk_fields;
-  dialog.apply = [&](const FieldValues& typed) { return is_end || apply_values(editing, typed, changed); };
+  dialog.apply = [&](const FieldValues& typed) { return is_end || apply_edited(editing, typed, changed); };
   if (decorate) decorate(editing);
   add_note(editing);
   if (is_end)
@@ -119,10 +132,10 @@ void link_fields(Form& form, std::initializer_list<const char*> names, std::func
   QStringList watched;
   for (const char* name : names) watched << QLatin1String(name);
   QObject::connect(&form, &Form::edited, &form, [&form, watched, follow](const QString& name) {
-    if (!watched.contains(name) || form.property("following").toBool()) return;
-    form.setProperty("following", true);
+    if (!watched.contains(name) || form.property(kFollowing).toBool()) return;
+    form.setProperty(kFollowing, true);
     follow();
-    form.setProperty("following", false);
+    form.setProperty(kFollowing, false);
   });
 }
 

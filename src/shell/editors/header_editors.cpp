@@ -62,6 +62,8 @@ void link_frame_rate(Form& form) {
   });
 }
 
-void decorate_frame_control(Editing& editing) { link_frame_rate(editing.form); }
+void decorate_frame_control(Editing& editing) {
+  if (editing.form.has("rate")) link_frame_rate(editing.form);
+}
 
 }  // namespace vellum

@@ -110,7 +110,7 @@ void decorate_text(Editing& editing) {
   layout->addStretch(1);
   editing.form.add_row_behind("text", {}, row);
   editing.form.add_row_behind("compressed", {}, add_counters(editing.form, latin1));
-  editing.dialog.setSizeGripEnabled(true);
+  if (auto* dialog = qobject_cast<QDialog*>(&editing.owner)) dialog->setSizeGripEnabled(true);
 }
 
 }  // namespace vellum

@@ -15,7 +15,8 @@ namespace {
 
 constexpr const char* kDialogLetters = "OCRH";  // the buttons below: OK, Cancel, Reset, Help
 
-constexpr int kNoteLetters = 44;  // width that a note wraps at, at the least
+constexpr int kNarrowText = 120, kNarrowLetters = 8;  // pixels of a text, letters of a list, at the least
+constexpr int kNoteLetters = 44;                      // width that a note wraps at, at the least
 
 /// Marks the first letter of the label that no other one on its page has.
 QString marked(QString label, QString& used) {
@@ -179,6 +180,24 @@ void Form::add_row_behind(std::string_view name, const QString& label, QWidget* 
 void Form::add_page(const QString& title, QWidget* page) {
   pages_.emplace_back(title, page);
   show_tabs();
+}
+
+void Form::show_page(QWidget* page) {
+  if (tabs_) tabs_->setCurrentWidget(page);
+}
+
+void Form::set_narrow() {
+  for (const auto& [title, page] : pages_)
+    if (auto* rows = qobject_cast<QFormLayout*>(page->layout()))
+      rows->setRowWrapPolicy(QFormLayout::WrapLongRows);
+  for (QWidget* child : findChildren<QWidget*>()) {
+    if (qobject_cast<QLineEdit*>(child) || qobject_cast<QLabel*>(child)) child->setMinimumWidth(0);
+    if (qobject_cast<QPlainTextEdit*>(child)) child->setMinimumWidth(kNarrowText);
+    if (auto* list = qobject_cast<QComboBox*>(child)) {
+      list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+      list->setMinimumContentsLength(kNarrowLetters);
+    }
+  }
 }
 
 void Form::add_note(const QString& text) {

@@ -39,6 +39,11 @@ class Form : public QWidget {
   /// A line of text below the fields of the first page.
   void add_note(const QString& text);
 
+  /// Brings a page up that was added.
+  void show_page(QWidget* page);
+  /// Fits a place that may be narrower than the fields would like: labels go above them.
+  void set_narrow();
+
   /// Brings the field's page up, focuses it and selects what is wrong there.
   void show_fault(const FieldFault& fault);
 

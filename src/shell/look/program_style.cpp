@@ -2,6 +2,7 @@
 
 #include <QAbstractScrollArea>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPalette>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -32,6 +33,28 @@ constexpr MetricRow kMetrics[] = {{QStyle::PM_LayoutHorizontalSpacing, VELLUM_ME
                                   {QStyle::PM_LayoutBottomMargin, VELLUM_METRIC_MARGIN}};
 
 constexpr int kAroundText = 12;  // pixels above and below the text of a button, together
+
+constexpr double kPointedShare = 0.2, kQuietShare = 0.7;  // from the ground to the ink
+
+void draw_tab_cross(const QStyleOption& option, QPainter& painter) {
+  const QColor ink = option.palette.color(QPalette::WindowText),
+               ground = option.palette.color(QPalette::Window);
+  const bool pointed = option.state & (QStyle::State_MouseOver | QStyle::State_Sunken);
+  const QRectF box = QRectF(option.rect).adjusted(1, 1, -1, -1);
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  if (pointed) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(style::between(ground, ink, kPointedShare));
+    painter.drawRoundedRect(box, 3, 3);
+  }
+  painter.setPen(QPen(pointed ? ink : style::between(ground, ink, kQuietShare), 1.5));
+  const double inset = box.width() * 0.3;
+  const QRectF cross = box.adjusted(inset, inset, -inset, -inset);
+  painter.drawLine(cross.topLeft(), cross.bottomRight());
+  painter.drawLine(cross.topRight(), cross.bottomLeft());
+  painter.restore();
+}
 
 }  // namespace
 
@@ -65,6 +88,7 @@ void ProgramStyle::polish(QWidget* widget) {
 
 void ProgramStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                  const QWidget* widget) const {
+  if (element == PE_IndicatorTabClose) return draw_tab_cross(*option, *painter);
   if (theme_) {
     if (element == PE_PanelButtonCommand) {
       const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);

@@ -8,8 +8,9 @@
 namespace vellum {
 
 /// The desktop's style, without small pictures on the buttons of dialogs: words are enough there. Secondary
-/// text can be read on every palette that a desktop sets. With a theme its colors, sizes and parts, and plain
-/// shapes in its colors for what it doesn't draw.
+/// text can be read on every palette that a desktop sets. The cross on a tab is drawn with lines, as quiet as
+/// the tab. With a theme its colors, sizes and parts, and plain shapes in its colors for what it doesn't
+/// draw.
 class ProgramStyle : public QProxyStyle {
   Q_OBJECT
  public:

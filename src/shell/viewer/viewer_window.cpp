@@ -3,7 +3,6 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QScreen>
@@ -23,6 +22,7 @@
 #include "shell/look/theme_look.h"
 #include "shell/services/long_operation.h"
 #include "shell/services/picture_files.h"
+#include "shell/viewer/player_clock.h"
 #include "shell/viewer/viewer_geometry.h"
 #include "shell/widgets/color_dialog.h"
 
@@ -91,12 +91,6 @@ constexpr BackgroundRow kBackgrounds[] = {
 };
 constexpr std::size_t kChosenBackground = std::size(kBackgrounds) - 1;
 
-Player::Clock system_clock() {
-  QElapsedTimer clock;
-  clock.start();
-  return [clock] { return static_cast<std::uint64_t>(clock.elapsed()); };
-}
-
 QSize qt_size(Extent extent) { return {static_cast<int>(extent.width), static_cast<int>(extent.height)}; }
 
 /// What the desktop draws around a window, told by one that it has drawn.
@@ -114,7 +108,7 @@ ViewerWindow::ViewerWindow(const DocumentWindow& window, Services& services, QWi
     : QDialog(parent, Qt::Dialog | Qt::WindowMaximizeButtonHint | Qt::WindowCloseButtonHint),
       window_{window.document, window.list, {}},
       services_(services),
-      player_(window_.list, window_.document, clock ? std::move(clock) : system_clock()),
+      player_(window_.list, window_.document, clock ? std::move(clock) : player_clock()),
       canvas_(new ViewerCanvas(this)),
       controls_(new QWidget(this)),
       bar_(new QToolBar(controls_)),

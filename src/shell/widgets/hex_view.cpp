@@ -48,27 +48,47 @@ int HexView::letter() const { return fontMetrics().horizontalAdvance(u'0'); }
 int HexView::offset_digits() const { return buffer_.size() > 0xFFFFFF ? 8 : 6; }
 
 int HexView::hex_left(int column) const {
-  const int gap = column >= kRow / 2 ? letter() : 0;
+  const int gap = column >= rowBytes_ / 2 ? letter() : 0;
   return style::kGap + (offset_digits() + 2 + 3 * column) * letter() + gap;
 }
-int HexView::text_left(int column) const { return hex_left(kRow) + letter() + column * letter(); }
+int HexView::text_left(int column) const { return hex_left(rowBytes_) + letter() + column * letter(); }
 
 QSize HexView::sizeHint() const {
   const int frame = 2 * frameWidth();
-  return {text_left(kRow) + style::kGap + frame + verticalScrollBar()->sizeHint().width(),
+  return {text_left(rowBytes_) + style::kGap + frame + verticalScrollBar()->sizeHint().width(),
           kRowsWanted * row_height() + frame};
 }
 
 /// As wide as a row, so that characters are never out of sight, and a few rows high.
 QSize HexView::minimumSizeHint() const {
-  return {sizeHint().width(), kLeastRows * row_height() + 2 * frameWidth()};
+  const int frame = 2 * frameWidth() + verticalScrollBar()->sizeHint().width();
+  return {narrow_ ? row_width(kNarrowRow) + frame : sizeHint().width(),
+          kLeastRows * row_height() + 2 * frameWidth()};
+}
+
+void HexView::set_narrow(bool narrow) {
+  narrow_ = narrow;
+  choose_row();
+  updateGeometry();
+}
+
+int HexView::row_width(int bytes) const {
+  const int numbers = style::kGap + (offset_digits() + 2 + 3 * bytes + 2 + bytes) * letter();
+  return numbers + style::kGap;
+}
+
+void HexView::choose_row() {
+  int bytes = kWideRow;
+  while (narrow_ && bytes > kNarrowRow && row_width(bytes) > viewport()->width()) bytes /= 2;
+  if (std::exchange(rowBytes_, bytes) != bytes) viewport()->update();
 }
 
 void HexView::update_scroll_bars() {
+  choose_row();
   const int page = std::max(viewport()->height() / row_height(), 1);
   verticalScrollBar()->setRange(0, std::max(static_cast<int>(rows()) - page, 0));
   verticalScrollBar()->setPageStep(page);
-  const int width = text_left(kRow) + style::kGap;
+  const int width = text_left(rowBytes_) + style::kGap;
   horizontalScrollBar()->setRange(0, std::max(width - viewport()->width(), 0));
   horizontalScrollBar()->setPageStep(viewport()->width());
   horizontalScrollBar()->setSingleStep(letter());
@@ -99,23 +119,24 @@ void HexView::paintEvent(QPaintEvent* event) {
 }
 
 void HexView::paint_row(QPainter& painter, std::size_t row, int top) {
-  const std::size_t begin = row * kRow;
+  const std::size_t begin = row * rowBytes_;
   painter.setPen(palette().color(QPalette::PlaceholderText));
   painter.drawText(style::kGap, top + 1 + fontMetrics().ascent(),
                    QStringLiteral("%1").arg(begin, offset_digits(), 16, QLatin1Char('0')).toUpper());
-  const std::size_t end = std::min(begin + kRow, buffer_.size());
+  const std::size_t end = std::min(begin + rowBytes_, buffer_.size());
   for (std::size_t at = begin; at < end; ++at) paint_byte(painter, at, top);
-  if (caret_ >= begin && caret_ < begin + kRow) paint_caret(painter, static_cast<int>(caret_ - begin), top);
+  if (caret_ >= begin && caret_ < begin + rowBytes_)
+    paint_caret(painter, static_cast<int>(caret_ - begin), top);
 }
 
 void HexView::paint_byte(QPainter& painter, std::size_t at, int top) {
-  const int column = static_cast<int>(at % kRow);
+  const int column = static_cast<int>(at % rowBytes_);
   const std::uint8_t byte = buffer_.bytes()[at];
   const bool selected = at >= selection_begin() && at < selection_begin() + selection_size();
   const QColor ground = palette().color(selected ? QPalette::Highlight : QPalette::Base);
   const QColor ink = palette().color(selected ? QPalette::HighlightedText : QPalette::Text);
   if (selected) {
-    const bool last = column == kRow - 1 || at + 1 == selection_begin() + selection_size();
+    const bool last = column == rowBytes_ - 1 || at + 1 == selection_begin() + selection_size();
     painter.fillRect(hex_left(column), top, (last ? 2 : 3) * letter(), row_height(), ground);
     painter.fillRect(text_left(column), top, letter(), row_height(), ground);
   }
@@ -149,10 +170,12 @@ std::size_t HexView::byte_at(QPoint place, bool& in_text) const {
   const int x = place.x() + horizontalScrollBar()->value();
   in_text = x >= text_left(0) - letter() / 2;
   int column = 0;
-  while (column + 1 < kRow && x >= (in_text ? text_left(column + 1) : hex_left(column + 1) - letter() / 2))
+  while (column + 1 < rowBytes_ &&
+         x >= (in_text ? text_left(column + 1) : hex_left(column + 1) - letter() / 2))
     ++column;
   const int row = std::max(verticalScrollBar()->value() + (place.y() < 0 ? -1 : place.y() / row_height()), 0);
-  return std::min(static_cast<std::size_t>(row) * kRow + static_cast<std::size_t>(column), buffer_.size());
+  return std::min(static_cast<std::size_t>(row) * rowBytes_ + static_cast<std::size_t>(column),
+                  buffer_.size());
 }
 
 void HexView::mousePressEvent(QMouseEvent* event) {
@@ -176,7 +199,7 @@ void HexView::move_caret(std::size_t offset, bool extend) {
 }
 
 void HexView::show_caret() {
-  const int row = static_cast<int>(caret_ / kRow), page = verticalScrollBar()->pageStep();
+  const int row = static_cast<int>(caret_ / rowBytes_), page = verticalScrollBar()->pageStep();
   if (row < verticalScrollBar()->value()) verticalScrollBar()->setValue(row);
   if (row >= verticalScrollBar()->value() + page) verticalScrollBar()->setValue(row - page + 1);
   viewport()->update();
@@ -197,9 +220,9 @@ bool HexView::find(std::span<const std::uint8_t> wanted) {
 
 bool HexView::move_by_key(const QKeyEvent& event) {
   const bool control = event.modifiers() & Qt::ControlModifier;
-  const auto page = static_cast<std::size_t>(verticalScrollBar()->pageStep()) * kRow;
-  const std::size_t line = caret_ / kRow * kRow;
-  const auto back = [&](std::size_t step) { return caret_ < step ? caret_ % kRow : caret_ - step; };
+  const auto page = static_cast<std::size_t>(verticalScrollBar()->pageStep()) * rowBytes_;
+  const std::size_t line = caret_ / rowBytes_ * rowBytes_;
+  const auto back = [&](std::size_t step) { return caret_ < step ? caret_ % rowBytes_ : caret_ - step; };
   std::size_t to = caret_;
   switch (event.key()) {
     case Qt::Key_Left:
@@ -209,10 +232,10 @@ bool HexView::move_by_key(const QKeyEvent& event) {
       to = caret_ + 1;
       break;
     case Qt::Key_Up:
-      to = back(kRow);
+      to = back(rowBytes_);
       break;
     case Qt::Key_Down:
-      to = caret_ + kRow;
+      to = caret_ + rowBytes_;
       break;
     case Qt::Key_PageUp:
       to = back(page);
@@ -224,7 +247,7 @@ bool HexView::move_by_key(const QKeyEvent& event) {
       to = control ? 0 : line;
       break;
     case Qt::Key_End:
-      to = control ? buffer_.size() : line + kRow - 1;
+      to = control ? buffer_.size() : line + rowBytes_ - 1;
       break;
     default:
       return false;
@@ -256,6 +279,20 @@ bool HexView::run_shortcut(const QKeyEvent& event) {
     return true;
   }
   return false;
+}
+
+/// In a window whose commands have keys, those of an editor mean the bytes.
+bool HexView::event(QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    static constexpr QKeySequence::StandardKey own[] = {QKeySequence::Copy,  QKeySequence::SelectAll,
+                                                        QKeySequence::Undo,  QKeySequence::Redo,
+                                                        QKeySequence::Paste, QKeySequence::Cut};
+    const bool edits = key->key() == Qt::Key_Delete || key->key() == Qt::Key_Insert;
+    if (edits || std::ranges::any_of(own, [key](auto sequence) { return key->matches(sequence); }))
+      event->accept();
+  }
+  return QAbstractScrollArea::event(event);
 }
 
 void HexView::keyPressEvent(QKeyEvent* event) {

@@ -18,6 +18,8 @@ class HexView : public QAbstractScrollArea {
   void set_bytes(std::vector<std::uint8_t> bytes);
   std::span<const std::uint8_t> bytes() const { return buffer_.bytes(); }
   void set_read_only(bool read_only) { readOnly_ = read_only; }
+  /// Rows get half as many bytes where there is no room for all, and half as many again.
+  void set_narrow(bool narrow);
   bool inserting() const { return inserting_; }
 
   std::size_t caret() const { return caret_; }
@@ -50,6 +52,7 @@ class HexView : public QAbstractScrollArea {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
+  bool event(QEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
@@ -57,9 +60,9 @@ class HexView : public QAbstractScrollArea {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  static constexpr int kRow = 16;
+  std::size_t rows() const { return buffer_.size() / static_cast<std::size_t>(rowBytes_) + 1; }
+  static constexpr int kWideRow = 16, kNarrowRow = 4;
 
-  std::size_t rows() const { return buffer_.size() / kRow + 1; }
   int row_height() const;
   int letter() const;  ///< width of a character
   int hex_left(int column) const;
@@ -74,6 +77,8 @@ class HexView : public QAbstractScrollArea {
   void move_caret(std::size_t offset, bool extend);
   void show_caret();
   bool move_by_key(const QKeyEvent& event);
+  int row_width(int bytes) const;
+  void choose_row();
   bool run_shortcut(const QKeyEvent& event);
   void type(const QString& text);
   void type_digit(int digit);
@@ -83,6 +88,8 @@ class HexView : public QAbstractScrollArea {
   void settle_change(std::size_t caret);
 
   HexBuffer buffer_;
+  int rowBytes_ = kWideRow;
+  bool narrow_ = false;
   std::size_t caret_ = 0, anchor_ = 0;
   bool lowDigit_ = false;  ///< the caret stands on the second digit of its byte
   bool inText_ = false;    ///< the caret stands among the characters

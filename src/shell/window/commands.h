@@ -63,6 +63,9 @@ void tile_command(MainWindow& main);
 void arrange_icons_command(MainWindow& main);
 /// Shows the dock that says what is wrong with the document, and looks.
 void check_command(MainWindow& main, DocumentFrame& frame);
+/// The documents in the order of their tabs, round and round.
+void next_window_command(MainWindow& main);
+void previous_window_command(MainWindow& main);
 /// Gives the keyboard to the next dock, and behind the last one to the document.
 void next_pane_command(MainWindow& main);
 /// Opens the dock of this number, or closes it.

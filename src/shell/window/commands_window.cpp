@@ -24,6 +24,10 @@ void arrange_icons_command(MainWindow& main) {
   }
 }
 
+void next_window_command(MainWindow& main) { main.tabs().step(1); }
+
+void previous_window_command(MainWindow& main) { main.tabs().step(-1); }
+
 void next_pane_command(MainWindow& main) { main.docks().focus_next(main.area().active()); }
 
 void toggle_dock(MainWindow& main, int number) { main.docks().toggle(number); }

@@ -1,6 +1,5 @@
 #include "shell/window/editing.h"
 
-#include "core/edit/edit_closing.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/undo.h"
 #include "shell/window/main_window.h"
@@ -8,18 +7,13 @@
 namespace vellum {
 namespace {
 
-/// What the header of an MNG counts may have changed with these.
-bool changes_counts(DocumentKind kind, ChunkTag tag) {
-  return is_counted(kind, tag) || (kind == DocumentKind::MING && tag == tag::FRAM);
-}
-
 Edited edit_in_dialog(MainWindow& main, DocumentFrame& frame, std::size_t index, OpenEditor open) {
   DocumentWindow& window = frame.content();
   const ChunkTag tag = window.list.record(index).tag;
   window.document.PartialRedraw = false;
   const Edited edited = open(&main, window, index, main.services());
   if (edited != Edited::Changed) return edited;
-  finish_edit(window, changes_counts(window.document.kind, tag));
+  close_entry_edit(window, tag);
   frame.size_to_content();
   return edited;
 }

@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <new>
 
 #include "base/text.h"
@@ -83,6 +84,7 @@ void become_animated_png(DocumentWindow& content, Host& host) {
 
 MainWindow::MainWindow()
     : area_(*new WorkArea(recent_, this)),
+      tabs_(*new DocumentTabs(area_, this)),
       status_(*new StatusLine(this)),
       commands_(*new CommandBar(*this)),
       desktop_(*this, status_),
@@ -93,7 +95,13 @@ MainWindow::MainWindow()
   services_.host.note = [this](std::string_view text) { take_note(text); };
   setObjectName(QStringLiteral("Vellumcraft"));
   setWindowIcon(program_icon("vellumcraft"));
-  setCentralWidget(&area_);
+  auto* middle = new QWidget(this);
+  auto* column = new QVBoxLayout(middle);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(&tabs_);
+  column->addWidget(&area_, 1);
+  setCentralWidget(middle);
   setStatusBar(&status_);
   setAcceptDrops(true);
   connect_parts();
@@ -103,6 +111,7 @@ MainWindow::MainWindow()
 // The document windows outlive the members of this class, and the area tells of each that goes.
 MainWindow::~MainWindow() {
   area_.disconnect(this);
+  for (DocumentFrame* frame : area_.documents()) frame->disconnect(this);
   docks_.set_document(nullptr);
   delete &docks_;
 }
@@ -191,6 +200,8 @@ DocumentFrame* MainWindow::add_document(DocumentWindow content) try {
   auto* frame = new DocumentFrame(std::move(content), thumbnails_);
   frame->may_close = [this](DocumentFrame& closing) { return may_close(closing); };
   connect(frame, &DocumentFrame::changed, this, &MainWindow::refresh_later);
+  connect(frame, &QMdiSubWindow::windowStateChanged, this, &MainWindow::refresh_later);
+  connect(frame, &QObject::destroyed, this, &MainWindow::refresh_later);
   connect(frame, &DocumentFrame::notes_dismissed, this, [this] { run(kDismissCommand); });
   connect_list(*frame);
   area_.add(frame);
@@ -269,6 +280,7 @@ void MainWindow::refresh() {
   refresh_status(now, frame);
   refresh_title(frame);
   if (frame) frame->show_notes();
+  tabs_.refresh();
   docks_.set_document(frame);
   check_docks();
   emit refreshed();
@@ -335,7 +347,7 @@ void MainWindow::fill_window_list() {
   const QString mark = QStringLiteral("document");
   for (QAction* action : menu->actions())
     if (action->objectName() == mark) delete action;
-  const auto frames = area_.documents();
+  const auto frames = tabs_.documents();
   if (frames.empty()) return;
   menu->addSeparator()->setObjectName(mark);
   for (std::size_t i = 0; i < frames.size(); ++i) {

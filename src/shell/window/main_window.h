@@ -8,6 +8,7 @@
 #include "shell/services/desktop_host.h"
 #include "shell/services/services.h"
 #include "shell/window/command_bar.h"
+#include "shell/window/document_tabs.h"
 #include "shell/window/work_area.h"
 
 namespace vellum {
@@ -22,6 +23,7 @@ class MainWindow : public QMainWindow {
   Services& services() { return services_; }
   CommandBar& commands() { return commands_; }
   WorkArea& area() { return area_; }
+  DocumentTabs& tabs() { return tabs_; }
   ThumbnailCache& thumbnails() { return thumbnails_; }
   RecentFiles& recent() { return recent_; }
   Docks& docks() { return docks_; }
@@ -71,6 +73,7 @@ class MainWindow : public QMainWindow {
   ThumbnailCache thumbnails_;
   RecentFiles recent_;
   WorkArea& area_;
+  DocumentTabs& tabs_;
   StatusLine& status_;
   CommandBar& commands_;
   DesktopHost desktop_;

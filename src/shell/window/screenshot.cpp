@@ -71,8 +71,8 @@ int run_for_screenshot(const StartOptions& options) {
   };
   window.services().host.ask = nullptr;
   window.resize(options.wide, options.deep);
-  window.docks().arrange(options.wide);
   window.show();
+  window.docks().arrange(options.wide);
   QTimer::singleShot(0, &window, [&window, &options] {
     const QPixmap picture = picture_for(window, options);
     const bool written = !picture.isNull() && picture.save(path_text(options.screenshot), "PNG");
