@@ -269,7 +269,7 @@ TEST_F(CommandTest, TitlesShowNamesAsTheyAre) {
   emit windows->aboutToShow();
   emit windows->aboutToShow();
   EXPECT_EQ(windows->actions().last()->text(), "&1 a [*] && b.png");
-  EXPECT_EQ(windows->actions().size(), 7) << "four commands, a line, a line, one document";
+  EXPECT_EQ(windows->actions().size(), 11) << "six commands, the docks, three lines, one document";
   frame.showMaximized();
   settle();
   EXPECT_EQ(main_.windowTitle().toStdString(), "a [*][*] & b.png[*] - Vellumcraft");

@@ -1,6 +1,7 @@
 #include "shell/docks/docks.h"
 
 #include <QApplication>
+#include <QTimer>
 #include <algorithm>
 
 #include "configuration/shell_settings.h"
@@ -27,8 +28,6 @@ Docks::Docks(QMainWindow& window, DockContext context)
   window.setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
   window.setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
   window.setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
-  later_.setSingleShot(true);
-  connect(&later_, &QTimer::timeout, this, &Docks::follow);
   docks_.reserve(dock_table().size());
   for (const DockRow& row : dock_table()) add(row);
 }
@@ -83,12 +82,15 @@ void Docks::set_document(DocumentFrame* frame) {
 }
 
 void Docks::follow_later() {
-  if (!later_.isActive() && std::ranges::any_of(docks_, &Open::seen)) later_.start(0);
+  if (pending_ || std::ranges::none_of(docks_, &Open::seen)) return;
+  pending_ = true;
+  QTimer::singleShot(0, this, &Docks::follow);
 }
 
 void Docks::follow() {
-  if (!frame_) return;
-  if (context_.services.busy && context_.services.busy()) return later_.start(kBusyInterval);
+  if (context_.services.busy && context_.services.busy())
+    return QTimer::singleShot(kBusyInterval, this, &Docks::follow);
+  pending_ = false;
   for (Open& open : docks_)
     if (open.seen && open.shown) {
       ++told_;

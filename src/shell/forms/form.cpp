@@ -15,7 +15,8 @@ namespace {
 
 constexpr const char* kDialogLetters = "OCRH";  // the buttons below: OK, Cancel, Reset, Help
 
-constexpr int kNarrowText = 120, kNarrowLetters = 8;  // pixels of a text, letters of a list, at the least
+// At the least: pixels and lines of a text, letters of a list.
+constexpr int kNarrowText = 120, kNarrowLines = 4, kNarrowLetters = 8;
 constexpr int kNoteLetters = 44;                      // width that a note wraps at, at the least
 
 /// Marks the first letter of the label that no other one on its page has.
@@ -192,7 +193,8 @@ void Form::set_narrow() {
       rows->setRowWrapPolicy(QFormLayout::WrapLongRows);
   for (QWidget* child : findChildren<QWidget*>()) {
     if (qobject_cast<QLineEdit*>(child) || qobject_cast<QLabel*>(child)) child->setMinimumWidth(0);
-    if (qobject_cast<QPlainTextEdit*>(child)) child->setMinimumWidth(kNarrowText);
+    if (qobject_cast<QPlainTextEdit*>(child))
+      child->setMinimumSize(kNarrowText, child->fontMetrics().lineSpacing() * kNarrowLines);
     if (auto* list = qobject_cast<QComboBox*>(child)) {
       list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
       list->setMinimumContentsLength(kNarrowLetters);
