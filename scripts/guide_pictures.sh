@@ -134,7 +134,7 @@ ROWS
 vellum resize "$work/frames/frame_00059.png" "$work/large.png" --percent 200
 take protect 315 large.png
 
-"$programs/vellumcraft" --size 1366x768 --screenshot "$pictures/main-window.png" --show 50@30 "$work/apng.png"
+"$programs/vellumcraft" --size 1366x768 --screenshot "$pictures/main-window.png" --show 805@12 "$work/apng.png"
 
 # The themes, with a window and with a dialog.
 mkdir -p "$pictures/themes"

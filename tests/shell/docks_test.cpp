@@ -14,9 +14,11 @@
 #include "core/edit/undo.h"
 #include "core/model/chunk_layout.h"
 #include "core/model/frame_values.h"
+#include "operations/manage_frames.h"
 #include "playback/compositor.h"
 #include "shell/docks/inspector_panel.h"
 #include "shell/docks/preview_panel.h"
+#include "shell/docks/strip_panel.h"
 #include "shell/editors/chunk_editor.h"
 #include "shell/editors/edit_unknown.h"
 #include "shell/forms/form_dialog.h"
@@ -219,6 +221,30 @@ TEST_F(DocksTest, SeveralFramesAreChangedTogetherInOneStep) {
   }
 }
 
+TEST_F(DocksTest, AFrameOfTheStripLiesAtItsPlaceOnTheCanvas) {
+  settings::StripOptions = 0;
+  DocumentFrame& frame = add(animated_document(3));
+  const std::size_t entry = frame_entries(frame.content())[1];
+  std::size_t replaced = entry;
+  Picture small = PictureCreate(10, 10, nullptr, 24);
+  for (std::uint32_t i = 0; i < 100; ++i) PicturePutPixel(small, i % 10, i / 10, 0x0000FF);
+  ASSERT_EQ(replace_image(frame.content(), replaced, small, main_.services().host), Replaced::Done);
+  set_positions(frame.content(), {1}, {30, 20});
+  StripView& view = open<StripPanel>(kStrip).view();
+  const QImage drawn = view.viewport()->grab(view.cell_rect(1)).toImage();
+  int red = 0, inside = 0;
+  for (int y = 0; y < drawn.height(); ++y)
+    for (int x = 0; x < drawn.width(); ++x) {
+      if (drawn.pixel(x, y) != 0xFFFF0000) continue;
+      ++red;
+      // The last quarter across, the last third down.
+      inside += x > drawn.width() / 2 && y > drawn.height() / 2;
+    }
+  EXPECT_GT(red, 50);
+  EXPECT_EQ(inside, red);
+  EXPECT_LT(red, drawn.width() * drawn.height() / 8);
+}
+
 TEST_F(DocksTest, ThePreviewFollowsEditsAndTheSelection) {
   DocumentFrame& frame = add(animated_document(4));
   auto& preview = open<PreviewPanel>(kPreview);
@@ -355,6 +381,7 @@ TEST_F(DocksTest, SeveralDocumentsThatFillTheAreaHaveTabs) {
   DocumentTabs& tabs = main_.tabs();
   DocumentFrame& first = add(animated_document(2));
   EXPECT_TRUE(first.isMaximized());
+  EXPECT_EQ(first.height(), main_.area().viewport()->height());
   EXPECT_FALSE(tabs.isVisible()) << "one document needs none";
   const auto named = [](const char* name) {
     DocumentWindow window = still_document();

@@ -32,6 +32,8 @@ TEST(StartUp, TakesOptionsOutAndJoinsTheRestIntoOneName) {
       {{"--set", "A=1", "--config", "c.ini", "a.png"}, "a.png", "", false},
       {{"--set"}, "", "", true},
       {{"--unknown", "a.png"}, "", "", true},
+      {{"--size", "800x600", "a.png"}, "a.png", "", false},
+      {{"--size", "800x0", "a.png"}, "", "", true},
       {{"--", "--help"}, "--help", "", false},
       {{"/V/x.png"}, "/V/x.png", "", false},
       {{"--view", "a.png"}, "a.png", "", false, true},
