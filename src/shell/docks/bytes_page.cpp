@@ -14,7 +14,6 @@ namespace vellum {
 BytesPage::BytesPage(QWidget* parent)
     : QWidget(parent), summary_(new QLabel(this)), view_(new HexView(this)) {
   summary_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  summary_->setWordWrap(true);
   view_->set_narrow(true);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, style::kGap, 0, 0);
@@ -49,6 +48,7 @@ void BytesPage::refresh() {
   else
     payload = chunk_payload(record, window_->document.kind);
   view_->setVisible(payload.has_value());
+  summary_->setWordWrap(!payload);
   if (!payload) return summary_->setText(text_of(StringId::RawOfImage));
   summary_->setText(tr("%1 bytes, CRC %2")
                         .arg(to_qt(grouped(payload->size())))

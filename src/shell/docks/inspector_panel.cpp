@@ -209,6 +209,10 @@ void InspectorPanel::build_entry() {
   auto* form = new Form(chunk_fields(window, entry()), read_chunk_fields(window, entry()));
   Editing editing{*this, *form, window, entry(), context_.services};
   if (const Decorate decorate = find_decorate(window, entry())) decorate(editing);
+  const bool bytes_alone = find_editor(window, entry()) == edit_unknown;
+  if (form->fields().empty())
+    form->add_note(bytes_alone ? tr("This chunk has no fields. Its bytes are changed on the page Bytes.")
+                               : tr("This chunk has no fields. Edit chunk... opens its editor."));
   put_form(form);
   if (has_chunk_reading(record.tag, window.document.kind) && raw_payload(record).size() <= kMostRead) {
     details_ = make_details();
@@ -219,7 +223,8 @@ void InspectorPanel::build_entry() {
   connect(bytes_, &BytesPage::typed, this, [this] { bytesPending_ = true; });
   show_details();
   loading_ = false;
-  if (form->fields().empty()) form->show_page(details_ ? static_cast<QWidget*>(details_) : bytes_);
+  if (!form->fields().empty()) return;
+  form->show_page(details_ ? static_cast<QWidget*>(details_) : bytes_);
 }
 
 void InspectorPanel::build_several() {

@@ -15,6 +15,7 @@ namespace vellum {
 namespace {
 
 constexpr int kLastCalendarYear = 9999;
+constexpr int kSmallCell = 16;  // pixels a side
 
 void put_now(Form& form) {
   const auto now = local_time_payload();
@@ -84,7 +85,9 @@ void decorate_index(Editing& editing) {
   for (std::size_t i = 0; i < 3 * std::size_t{colors}; i += 3)
     cells.push_back({QColor(palette[i], palette[i + 1], palette[i + 2])});
   const int rows = std::max(static_cast<int>(colors + 15) / 16, 1);
-  auto* grid = new PaletteGrid({.rows = rows, .swaps = false}, &editing.form);
+  // Beside other windows there is less room than in a dialog.
+  const int side = qobject_cast<QDialog*>(&editing.owner) ? PaletteGridForm().cell : kSmallCell;
+  auto* grid = new PaletteGrid({.rows = rows, .cell = side, .swaps = false}, &editing.form);
   grid->setObjectName(QStringLiteral("cells"));
   grid->setAccessibleName(QObject::tr("Palette"));
   grid->set_cells(std::move(cells));
