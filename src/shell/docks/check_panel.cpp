@@ -56,9 +56,8 @@ bool can_be_repaired(const FileCheck& check) {
 
 }  // namespace
 
-CheckPanel::CheckPanel(Services& services, QWidget* parent)
-    : QWidget(parent),
-      services_(services),
+CheckPanel::CheckPanel(DockContext& context)
+    : services_(context.services),
       summary_(new QLabel(this)),
       lines_(new QTreeWidget(this)),
       check_(new QPushButton(tr("&Check again"), this)),

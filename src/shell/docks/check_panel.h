@@ -8,20 +8,18 @@
 #include <QTreeWidget>
 
 #include "core/check/check_document.h"
-#include "shell/list/document_frame.h"
-#include "shell/services/services.h"
+#include "shell/docks/dock_panel.h"
 
 namespace vellum {
 
-class CheckPanel : public QWidget {
+/// Looks when it is asked to; what was found is old where entries have changed since.
+class CheckPanel : public DockPanel {
   Q_OBJECT
  public:
-  explicit CheckPanel(Services& services, QWidget* parent = nullptr);
+  explicit CheckPanel(DockContext& context);
 
-  /// The document that is checked from now on; null: there is none.
-  void show_document(DocumentFrame* frame);
-  /// It may be another now: what was found is old where entries are.
-  void follow();
+  void show_document(DocumentFrame* frame) override;
+  void follow() override;
 
   void check();
   /// Mends what can be mended without a choice, as one undo level, and checks again.

@@ -1,5 +1,6 @@
 #include "shell/docks/dock_table.h"
 
+#include "shell/docks/check_panel.h"
 #include "shell/docks/inspector_panel.h"
 #include "shell/docks/preview_panel.h"
 #include "shell/docks/strip_panel.h"
@@ -15,6 +16,8 @@ constexpr DockRow kDocks[] = {
      Qt::RightDockWidgetArea, true, make_panel<InspectorPanel>},
     {822, "Film strip", "The frames side by side, to choose, move and delete", "IMAGESTRIP", "FilmStripDock",
      Qt::BottomDockWidgetArea, true, make_panel<StripPanel>},
+    {824, "Check", "What is wrong with the document, and its repair", "CHECK", "CheckDock",
+     Qt::BottomDockWidgetArea, false, make_panel<CheckPanel>},
 };
 
 }  // namespace

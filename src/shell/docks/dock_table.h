@@ -8,7 +8,8 @@
 namespace vellum {
 
 struct DockRow {
-  int command;  ///< of the command table, which opens and closes it (`dock_command<NUMBER>`)
+  int command;  ///< of the command table, which opens and closes it (`dock_command<NUMBER>`), or opens it and
+                ///< more
   const char* title;
   const char* tip;   ///< what it shows, in a sentence without its end
   const char* page;  ///< of the guide, by its topic

@@ -72,7 +72,7 @@ class Docks : public QObject {
   DockContext context_;
   std::vector<Open> docks_;
   QPointer<DocumentFrame> frame_;
-  bool pending_ = false;  ///< panels are to be told soon
+  bool pending_ = false;       ///< panels are to be told soon
   std::optional<bool> small_;  ///< the screen that the arrangement belongs to, once there is one
   std::uint64_t told_ = 0;
 };
