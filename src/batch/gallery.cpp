@@ -1,6 +1,7 @@
 #include "batch/gallery.h"
 
 #include <algorithm>
+#include <cmath>
 #include <mutex>
 #include <set>
 
@@ -48,7 +49,7 @@ std::string sidecar(const fs::path& file, const std::string& extension) {
 }
 
 /// An address as it stands alone or behind "URL="; nothing for one that would run something.
-std::string address_in(std::string text) {
+std::string address_in(const std::string& text) {
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t end = std::min(text.find('\n', at), text.size());
     const std::string_view line = trimmed(std::string_view(text).substr(at, end - at));
@@ -135,7 +136,7 @@ Picture thumbnail(const Picture& picture, const Work& work) {
                down = static_cast<double>(work.side) / color.height();
   const double factor = std::min(work.style == kFill ? std::max(across, down) : std::min(across, down), 1.0);
   const auto scaled = [&](std::uint32_t length) {
-    return std::max(1u, static_cast<std::uint32_t>(length * factor + 0.5));
+    return std::max(1u, static_cast<std::uint32_t>(std::lround(length * factor)));
   };
   const Picture small =
       PictureResample(color, scaled(color.width()), scaled(color.height()), ResampleFilter::Automatic);
