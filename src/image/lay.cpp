@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "image/alpha_rows.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
@@ -76,6 +77,10 @@ bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture
         top.row(static_cast<std::uint32_t>(row - y)) + in_bytes * static_cast<std::size_t>(on.left - x);
     if (whole == 255 && !clear && !deep) {
       std::memcpy(out, in, 3 * count);
+      continue;
+    }
+    if (clear && deep) {
+      lay_row(out, in, count, percent, how == Lay::Atop);
       continue;
     }
     for (std::size_t i = 0; i < count; ++i, out += out_bytes, in += in_bytes) {

@@ -3,6 +3,7 @@
 #include "image/alpha_rows.h"
 #include "image/hue_shift.h"
 #include "image/lanes.h"
+#include "image/lay.h"
 #include "image/orientation.h"
 #include "image/rotate.h"
 
@@ -488,6 +489,36 @@ TEST(AlphaRows, AreTheRoundedQuotientsOfAllColorsAndAlphas) {
         ASSERT_EQ(out, weighed) << alpha;
         straighten_row(in.data(), kWidth);
         ASSERT_EQ(in, straight) << alpha;
+      }
+  without_avx2 = false;
+}
+
+TEST(AlphaRows, LayAsSinglePixelsAreLaid) {
+  std::minstd_rand dice(9);
+  const auto any = [&] {
+    std::vector<std::uint8_t> row(4 * 40'003);
+    for (std::uint8_t& byte : row) byte = static_cast<std::uint8_t>(dice() >> 8);
+    // Most pixels are opaque or clear.
+    for (std::size_t i = 3; i < row.size(); i += 4)
+      if (dice() % 3 != 0) row[i] = i / 400 % 3 == 0 || dice() % 2 == 0 ? 255 : 0;
+    return row;
+  };
+  for (const std::uint32_t percent : {100u, 0u, 1u, 50u, 99u})
+    for (const bool atop : {false, true})
+      for (const bool plain : {false, true}) {
+        std::vector<std::uint8_t> out = any(), expected = out;
+        const std::vector<std::uint8_t> in = any();
+        for (std::size_t i = 0; i < out.size(); i += 4) {
+          const std::uint32_t alpha = (in[i + 3] * percent + 50) / 100;
+          if (alpha != 0 && !atop && expected[i + 3] != 255) {
+            lay_straight(&expected[i], &in[i], alpha);
+            continue;
+          }
+          for (std::size_t c = i; c < i + 3; ++c) expected[c] = blend_channel(in[c], expected[c], alpha);
+        }
+        without_avx2 = plain;
+        lay_row(out.data(), in.data(), out.size() / 4, percent, atop);
+        ASSERT_EQ(out, expected) << percent << ", " << atop << ", " << plain;
       }
   without_avx2 = false;
 }
