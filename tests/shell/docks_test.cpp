@@ -272,6 +272,9 @@ TEST_F(DocksTest, ThePreviewFollowsEditsAndTheSelection) {
   expect_frame(1);
   preview.toggle();
   EXPECT_TRUE(preview.is_waiting());
+  set_delays(frame.content(), {0}, 30);
+  settle();
+  EXPECT_TRUE(preview.player()->can_pause() || preview.is_waiting()) << "an edit doesn't stop it";
   DocumentFrame& still = add(still_document());
   EXPECT_FALSE(preview.is_waiting());
   still.close_without_question();

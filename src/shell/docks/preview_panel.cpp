@@ -132,11 +132,9 @@ void PreviewPanel::load(std::uint32_t ordinal, bool play) {
   player_.emplace(content_.list, content_.document, player_clock());
   strip_->set_frames(player_->compositor().frames());
   strip_->setVisible(player_->compositor().frames() > 1);
-  goesOn_ = play && player_->is_animation();
-  if (!player_->is_animation() || (ordinal == 0 && play))
-    player_->play();
-  else
-    player_->seek(ordinal);
+  const bool begins = !player_->is_animation() || (ordinal == 0 && play);
+  goesOn_ = play && !begins;
+  begins ? player_->play() : player_->seek(ordinal);
   beat();
 }
 
@@ -153,9 +151,12 @@ void PreviewPanel::beat() {
   if (!player_) return;
   if (window()->isMinimized()) return timer_.start(kHiddenInterval);
   auto wait = player_->tick(painter());
-  if (!wait && !player_->is_waiting() && goesOn_ && player_->state() == PlayerState::Paused) {
+  // The frame that was sought is there, from which it plays.
+  const bool plays = player_->can_pause() || (goesOn_ && player_->state() == PlayerState::Paused);
+  if (!wait && !player_->is_waiting() && plays) {
+    goesOn_ = false;
     player_->play();
-    wait = std::clamp(player_->shown().delay, 1u, 1u << 30);
+    wait = std::max(player_->shown().delay, 1u);
   }
   beat_in(wait);
 }
@@ -170,7 +171,8 @@ void PreviewPanel::beat_in(std::optional<std::uint32_t> wait) {
 
 void PreviewPanel::toggle() {
   if (!player_ || !player_->is_animation()) return;
-  wantsPlay_ = goesOn_ = player_->can_play() && !goesOn_;
+  wantsPlay_ = player_->can_play() && !goesOn_;
+  goesOn_ = false;
   wantsPlay_ ? player_->play() : player_->pause();
   beat_in(wantsPlay_ || player_->is_waiting() ? std::optional(0u) : std::nullopt);
 }

@@ -183,46 +183,18 @@ constexpr ToolRow kTools[] = {{1, 58}, {1, 57}, {2, 204}, {2, 208}, {2, 201}, {2
                               {3, 60}, {3, 61}, {4, 56},  {4, 59},  {4, 111}, {4, 331}, {5, kScaleCommand}};
 
 // Ctrl+P, Ctrl+I and Ctrl+E stay without an effect.
+// clang-format off
 constexpr KeyRow kKeys[] = {
-    {"Ctrl+O", 58},
-    {"Ctrl+S", 57},
-    {"Ctrl+W", 56},
-    {"Ctrl+Shift+W", 56},
-    {"Ctrl+T", 59},
-    {"Ctrl+M", 304},
-    {"Ctrl+Z", 204},
-    {"Ctrl+Y", 208},
-    {"Ctrl+Shift+Z", 208},
-    {"Ctrl+X", 201},
-    {"Shift+Del", 201},
-    {"Ctrl+C", 202},
-    {"Ctrl+Ins", 202},
-    {"Ctrl+V", 203},
-    {"Shift+Ins", 203},
-    {"Ctrl+A", 50},
-    {"Del", 61},
-    {"Alt+Up", 206},
-    {"Alt+Down", 207},
-    {"Shift+F5", 801},
-    {"Shift+F4", 802},
-    {"Ctrl+F4", 106},
-    {"F1", 52},
-    {"F6", 807},
-    {"F7", 821},
-    {"F8", 822},
-    {"F9", 823},
-    {"Shift+F9", 824},
-    {"Ctrl+F6", 805},
-    {"Ctrl+Shift+F6", 806},
-    {"Ctrl+Tab", 805},
-    {"Ctrl+Shift+Tab", 806},
-    {"Ctrl+PgDown", 805},
-    {"Ctrl+PgUp", 806},
-    {"Shift+F7", 840},
-    {"Ctrl+F", 210},
-    {"F3", 211},
-    {"Shift+F3", 212},
+    {"Ctrl+O", 58},     {"Ctrl+S", 57},   {"Ctrl+W", 56},    {"Ctrl+Shift+W", 56},  {"Ctrl+T", 59},
+    {"Ctrl+M", 304},    {"Ctrl+Z", 204},  {"Ctrl+Y", 208},   {"Ctrl+Shift+Z", 208}, {"Ctrl+X", 201},
+    {"Shift+Del", 201}, {"Ctrl+C", 202},  {"Ctrl+Ins", 202}, {"Ctrl+V", 203},       {"Shift+Ins", 203},
+    {"Ctrl+A", 50},     {"Del", 61},      {"Alt+Up", 206},   {"Alt+Down", 207},     {"Shift+F5", 801},
+    {"Shift+F4", 802},  {"Ctrl+F4", 106}, {"F1", 52},
+    {"Ctrl+F6", 805}, {"Ctrl+Shift+F6", 806}, {"Ctrl+Tab", 805}, {"Ctrl+Shift+Tab", 806},
+    {"Ctrl+PgDown", 805}, {"Ctrl+PgUp", 806}, {"F6", 807}, {"F7", 821}, {"F8", 822}, {"F9", 823},
+    {"Shift+F7", 840}, {"Shift+F9", 824}, {"Ctrl+F", 210}, {"F3", 211}, {"Shift+F3", 212},
 };
+// clang-format on
 
 bool fits_kind(const CommandRow& row, DocumentKind kind) {
   return row.kinds.empty() || std::ranges::find(row.kinds, kind) != row.kinds.end();

@@ -55,6 +55,7 @@ QPixmap picture_for(MainWindow& window, const StartOptions& options) {
     if (options.row <= frame->entries().size()) {
       frame->content().document.caret = static_cast<std::int32_t>(options.row - 1);
       frame->entries().select(options.row - 1, true);
+      frame->show_caret();
     }
     window.refresh();
   }
