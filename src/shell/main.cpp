@@ -12,8 +12,10 @@
 #include "shell/look/icon.h"
 #include "shell/look/program_style.h"
 #include "shell/look/text.h"
+#include "shell/services/shared_recent.h"
 #include "shell/widgets/screen_room.h"
 #include "shell/window/commands.h"
+#include "shell/window/file_watch.h"
 #include "shell/window/guarded_application.h"
 #include "shell/window/main_window.h"
 #include "shell/window/recovery_dialog.h"
@@ -75,6 +77,18 @@ void start(MainWindow& window, Recovery& recovery, const StartOptions& options,
 int run(const StartOptions& options, const std::string& themeFault) {
   MainWindow window;
   Recovery recovery(window);
+  FileWatch watch(window);
+  window.recent().share = [](const std::filesystem::path& file) {
+    if (settings::RememberFileHistoryEnable != 0) share_recent_file(file);
+  };
+  // The session ends: what is not saved is offered at the next start, whatever comes of the questions now.
+  QObject::connect(
+      qApp, &QGuiApplication::commitDataRequest, &window,
+      [&recovery] {
+        recovery.keep_changed();
+        recovery.wait();
+      },
+      Qt::DirectConnection);
   start(window, recovery, options, themeFault);
   return QApplication::exec();
 }

@@ -5,6 +5,7 @@
 
 #include "core/files/save_document.h"
 #include "shell/services/file_dialogs.h"
+#include "shell/window/file_watch.h"
 #include "shell_fixture.h"
 
 namespace vellum::testing {
@@ -40,6 +41,25 @@ TEST(FileDialogs, OfferEachFormatInSmallAndCapitalLetters) {
     EXPECT_TRUE(pictures[fitting].contains(QString::fromStdString("*." + extension))) << name;
   }
   EXPECT_EQ(filter_of_name(pictures.join(QStringLiteral(";;")), "none"), 0);
+}
+
+TEST_F(WindowTest, AFileThatAnotherProgramWritesIsToldOnce) {
+  const fs::path path = folder_ / "a.png";
+  DocumentWindow still = still_document();
+  ASSERT_TRUE(save_document(still, path, main_.services().host));
+  const FileWatch watch(main_);
+  ASSERT_TRUE(main_.open(path));
+  DocumentFrame& frame = *main_.area().active();
+  ASSERT_TRUE(save(frame.content(), main_.services()));  // its own saving is no news
+  QTest::qWait(800);
+  EXPECT_TRUE(frame.document().notes.empty());
+  const auto bytes = file_text(path);
+  fs::remove(path);
+  std::ofstream(path, std::ios::binary) << bytes;
+  fs::last_write_time(path, fs::last_write_time(path) + std::chrono::seconds(5));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !frame.document().notes.empty(); }, 5000));
+  QTest::qWait(800);
+  EXPECT_EQ(frame.document().notes.size(), 1u);
 }
 
 class SavingTest : public ::testing::Test {

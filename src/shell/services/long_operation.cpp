@@ -6,6 +6,8 @@
 #include <array>
 #include <utility>
 
+#include "shell/services/finished.h"
+
 namespace vellum {
 namespace {
 
@@ -46,9 +48,13 @@ bool is_user_input(QEvent::Type type) { return std::ranges::find(kInput, type) !
 
 LongOperation::~LongOperation() { set_depth(0); }
 
-void LongOperation::begin() { set_depth(depth_ + 1); }
+void LongOperation::begin() {
+  if (depth_ == 0) sinceBegin_.start();
+  set_depth(depth_ + 1);
+}
 
 void LongOperation::end() {
+  if (depth_ == 1 && !stop_ && sinceBegin_.elapsed() >= kLongWork) tell_finished(tr("The work is done."));
   if (depth_ > 0) set_depth(depth_ - 1);
 }
 

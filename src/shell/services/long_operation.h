@@ -8,6 +8,9 @@
 
 namespace vellum {
 
+/// Work that took so long is announced when it ends and nobody looks.
+inline constexpr qint64 kLongWork = 10'000;  // milliseconds
+
 /// Whether events of this type come from a person: mouse, keys, touch, drags.
 bool is_user_input(QEvent::Type type);
 
@@ -48,7 +51,7 @@ class LongOperation : public QObject {
 
   int depth_ = 0;
   bool stop_ = false;
-  QElapsedTimer sincePump_;
+  QElapsedTimer sincePump_, sinceBegin_;
 };
 
 }  // namespace vellum

@@ -53,6 +53,7 @@ void RecentFiles::change(const std::function<void(std::vector<RecentFile>&)>& ho
 void RecentFiles::remember(const std::filesystem::path& path) {
   thumbnails_.remove(path_text(path));
   change([&](std::vector<RecentFile>& files) { remember_file(files, {path.string(), -1}); });
+  if (share) share(path);
 }
 
 void RecentFiles::forget(const std::filesystem::path& path) {

@@ -28,6 +28,9 @@ class RecentFiles : public QObject {
   /// Both take what other running programs have written meanwhile along.
   void remember(const std::filesystem::path& path);
   void forget(const std::filesystem::path& path);
+  /// What else is told of files that are remembered; nobody where nothing is set.
+  std::function<void(const std::filesystem::path&)> share;
+
   /// After the number of files that are remembered has changed.
   void reload();
 
