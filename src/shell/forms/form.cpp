@@ -17,7 +17,7 @@ constexpr const char* kDialogLetters = "OCRH";  // the buttons below: OK, Cancel
 
 // At the least: pixels and lines of a text, letters of a list.
 constexpr int kNarrowText = 120, kNarrowLines = 4, kNarrowLetters = 8;
-constexpr int kNoteLetters = 44;                      // width that a note wraps at, at the least
+constexpr int kNoteLetters = 44;  // width that a note wraps at, at the least
 
 /// Marks the first letter of the label that no other one on its page has.
 QString marked(QString label, QString& used) {
