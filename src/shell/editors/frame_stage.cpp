@@ -16,6 +16,7 @@ namespace {
 enum View { kOwnPicture, kOnCanvas, kOnionSkin };
 
 constexpr QSize kLeastView(240, 160);
+constexpr int kChoiceLetters = 9;                        // that have room on the smallest screen
 constexpr double kNeighbour = 0.45, kBetweenThem = 0.7;  // opacities of an onion skin
 constexpr std::int64_t kMostPixels = 1 << 26;            // of what is shown beyond the canvas
 
@@ -56,6 +57,8 @@ QComboBox* FrameStage::make_choice(const QString& name, std::initializer_list<St
   auto* choice = new QComboBox(this);
   choice->setAccessibleName(name);
   choice->setToolTip(name);
+  choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  choice->setMinimumContentsLength(kChoiceLetters);
   for (const StringId text : texts) choice->addItem(text_of(text));
   choice->setCurrentIndex(std::clamp(setting, 0, choice->count() - 1));
   connect(choice, &QComboBox::currentIndexChanged, this, [this, &setting](int chosen) {
@@ -96,7 +99,7 @@ QWidget* FrameStage::make_bar() {
   row->addWidget(behind_);
   row->addStretch(1);
   row->addWidget(view_);
-  row->addWidget(ground_);
+  panel_->add_tool(ground_);
   return bar;
 }
 

@@ -1,6 +1,5 @@
 #include "shell/widgets/picture_panel.h"
 
-#include <QHBoxLayout>
 #include <QToolButton>
 
 #include "base/text.h"
@@ -25,6 +24,7 @@ PicturePanel::PicturePanel(QWidget* parent)
     : QWidget(parent),
       view_(new PictureView(this)),
       zoom_(new QComboBox(this)),
+      tools_(new QHBoxLayout),
       size_(new QLabel(this)),
       pointer_(new QLabel(this)) {
   zoom_->setAccessibleName(tr("Zoom"));
@@ -41,11 +41,10 @@ PicturePanel::PicturePanel(QWidget* parent)
   connect(zoom_, &QComboBox::activated, this, [this] { view_->set_zoom(zoom_->currentData().toInt()); });
   connect(view_, &PictureView::zoomed, this, &PicturePanel::show_zoom);
   connect(view_, &PictureView::pointed, pointer_, &QLabel::setText);
-  auto* tools = new QHBoxLayout;
   for (QWidget* widget : {static_cast<QWidget*>(smaller), static_cast<QWidget*>(zoom_),
                           static_cast<QWidget*>(larger), static_cast<QWidget*>(fit)})
-    tools->addWidget(widget);
-  tools->addStretch(1);
+    tools_->addWidget(widget);
+  tools_->addStretch(1);
   auto* below = new QHBoxLayout;
   below->addWidget(size_);
   below->addStretch(1);
@@ -53,7 +52,7 @@ PicturePanel::PicturePanel(QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(style::kGap / 2);
-  layout->addLayout(tools);
+  layout->addLayout(tools_);
   layout->addWidget(view_, 1);
   layout->addLayout(below);
   show_zoom(view_->zoom());
