@@ -75,8 +75,12 @@ def main():
         subprocess.run(["ffmpeg", "-v", "error", *source, "-f", "image2", "-c:v", "pam", os.path.join(folder, "%03d.pam")],
                        check=True)
         frames = sorted(name for name in os.listdir(folder) if name[0] in "01" and name.endswith(".png"))
-        subprocess.run([vellum, "build", "-o", png, "--whole", *[os.path.join(folder, name) for name in frames],
-                        "--set", "PngCompression=0"], check=True, stdout=subprocess.DEVNULL)
+        packed = os.path.join(folder, "packed.png")
+        subprocess.run([vellum, "build", "-o", packed, "--whole", *[os.path.join(folder, name) for name in frames]],
+                       check=True, stdout=subprocess.DEVNULL)
+        # The streams of the stills stay as they are, unless they are packed anew.
+        subprocess.run([vellum, "save", packed, png, "--recompress", "--set", "PngCompression=0"], check=True,
+                       stdout=subprocess.DEVNULL)
         pams = [os.path.join(folder, name[:-4] + ".pam") for name in frames]
         print(f"{'':16}{'ours':>15}{'ffmpeg':>15}{'gm':>15}{'convert':>15}   ours by the best")
         for name, ours, graph, gm, magick in ROWS:
