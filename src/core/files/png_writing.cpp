@@ -44,13 +44,18 @@ KeptStream new_stream(const PngHeader& header, const Picture& picture, std::vect
                                              true);
 }
 
+KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, const SaveOptions& options) {
+  const KeptStream stored = stored_image_of(block);
+  const bool usable =
+      options.keepStored && stored && stored->exact() && stored->header() == header && stored->intact();
+  return usable ? stored : nullptr;
+}
+
 KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
                         std::optional<std::array<std::uint16_t, 3>> key) {
-  const KeptStream stored = stored_image_of(picture.handle());
   // A key stands in the samples of the stream, and may be another by now.
-  if (options.keepStored && stored && stored->exact() && stored->header() == header && !key &&
-      stored->intact())
-    return stored;
+  if (!key)
+    if (KeptStream stored = usable_stream(header, picture.handle(), options)) return stored;
   return new_stream(header, picture,
                     options.encode ? options.encode(header, picture, key)
                                    : png_encode(header, picture, options.compression, key));

@@ -21,6 +21,10 @@ bool write_image_data(const Sink& sink, const StoredImage& stream);
 
 using KeptStream = std::shared_ptr<const StoredImage>;
 
+/// The stream that the picture in a block came from, where it can be written as it is under this header; else
+/// null.
+KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, const SaveOptions& options);
+
 /// The image data of a picture: those that it came from, where they may stand in this form, else made anew.
 /// Null where they can't be made.
 KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,

@@ -252,24 +252,33 @@ bool choose_form(Saving& saving) {
   return true;
 }
 
-bool encode_images(Saving& saving, const Progress& progress) {
-  constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
+PngHeader header_of(const Saving& saving, const FrameOut& image) {
+  const Picture picture = image.picture();
+  PngHeader header = saving.written;
+  header.width = picture.width();
+  header.height = picture.height();
+  return header;
+}
+
+/// Images that are packed at a time: enough for all cores, few enough to be held packed.
+std::size_t images_at_once(const Saving& saving, std::size_t first) {
+  constexpr std::size_t kMost = 64, kMostBytes = std::size_t{32} << 20;
+  const std::size_t left = saving.images.size() - first, fewest = std::min(left, 2 * parallel_width());
+  std::size_t count = 0;
+  for (std::size_t bytes = 0; count < std::min(left, kMost) && (count < fewest || bytes < kMostBytes);
+       ++count)
+    bytes += saving.images[first + count].block.size();
+  return count;
+}
+
+bool encode_images(Saving& saving, std::size_t first, std::size_t count) {
   std::atomic<bool> failed = false;
-  for (std::size_t first = 0; first < saving.images.size(); first += kAtOnce) {
-    const std::size_t count = std::min(kAtOnce, saving.images.size() - first);
-    parallel_for(count, [&](std::size_t k) {
-      FrameOut& image = saving.images[first + k];
-      const Picture picture = image.picture();
-      PngHeader header = saving.written;
-      header.width = picture.width();
-      header.height = picture.height();
-      image.stream = image_stream(header, picture, saving.options);
-      if (!image.stream) failed = true;
-    });
-    if (failed) return saving.fail("an image can't be compressed", FaultKind::Limit);
-    progress.step(first + count, saving.images.size());
-  }
-  return true;
+  parallel_for(count, [&](std::size_t k) {
+    FrameOut& image = saving.images[first + k];
+    image.stream = image_stream(header_of(saving, image), image.picture(), saving.options);
+    if (!image.stream) failed = true;
+  });
+  return !failed;
 }
 
 // -------------------------------------------------------------------------------------------------- the
@@ -342,8 +351,9 @@ void put_animation_control(const ChunkList& list, std::size_t frames, bool as_li
 
 /// Whether all images go out as the streams that they came from.
 bool all_stored(const Saving& saving) {
-  return std::ranges::all_of(saving.images,
-                             [](const FrameOut& image) { return image.stream == image.block.source(); });
+  return std::ranges::all_of(saving.images, [&](const FrameOut& image) {
+    return usable_stream(header_of(saving, image), image.block, saving.options) != nullptr;
+  });
 }
 
 ChunksOutRequest chunks_request(const Saving& saving) {
@@ -406,26 +416,46 @@ bool write_frame_data(const Sink& sink, const FrameOut& image, std::uint32_t& se
   return image.stream->intact();
 }
 
-bool write_images(const Sink& sink, const Saving& saving, const ChunkGroups& groups) {
-  std::uint32_t sequence = 0;  // one count over fcTL and fdAT together
+/// Where the next image stands in the file.
+struct WritePlace {
+  std::uint32_t sequence = 0;  ///< one count over fcTL and fdAT together
   std::size_t frame = 0;
-  for (std::size_t i = 0; i < saving.images.size(); ++i) {
-    const FrameOut& image = saving.images[i];
-    if (image.control()) {
-      if (!write_chunks(sink, groups.between[frame++])) return false;
-      if (!write_frame_control(sink, image, sequence++)) return false;
+};
+
+bool write_image(const Sink& sink, const FrameOut& image, bool is_first, const ChunkGroups& groups,
+                 WritePlace& place) {
+  if (image.control()) {
+    if (!write_chunks(sink, groups.between[place.frame++])) return false;
+    if (!write_frame_control(sink, image, place.sequence++)) return false;
+  }
+  return is_first ? write_image_data(sink, *image.stream) : write_frame_data(sink, image, place.sequence);
+}
+
+/// Some are packed and written, then the next: nobody holds all of them packed, but for who wants to keep
+/// the streams. Nothing where one can't be packed.
+std::optional<bool> write_images(const Sink& sink, Saving& saving, const ChunkGroups& groups,
+                                 const Progress& progress) {
+  WritePlace place;
+  for (std::size_t first = 0; first < saving.images.size();) {
+    const std::size_t count = images_at_once(saving, first);
+    if (!encode_images(saving, first, count)) return std::nullopt;
+    for (const std::size_t end = first + count; first < end; ++first) {
+      FrameOut& image = saving.images[first];
+      if (!write_image(sink, image, first == 0, groups, place)) return false;
+      if (!saving.options.keepStreams) image.stream = nullptr;
     }
-    const bool good =
-        i == 0 ? write_image_data(sink, *image.stream) : write_frame_data(sink, image, sequence);
-    if (!good) return false;
+    progress.step(first, saving.images.size());
   }
   return true;
 }
 
-bool write_file(const Saving& saving, const Sink& sink, const ChunkGroups& groups) {
-  const bool written = begin_png(sink, saving.written) && write_chunks(sink, groups.front) &&
-                       write_images(sink, saving, groups) && write_chunks(sink, groups.back) &&
-                       write_chunk(sink, tag::IEND, {}) && sink.finish();
+bool write_file(Saving& saving, const Sink& sink, const ChunkGroups& groups, const Progress& progress) {
+  bool written = begin_png(sink, saving.written) && write_chunks(sink, groups.front);
+  if (written) {
+    const auto images = write_images(sink, saving, groups, progress);
+    if (!images) return saving.fail("an image can't be compressed", FaultKind::Limit);
+    written = *images && write_chunks(sink, groups.back) && write_chunk(sink, tag::IEND, {}) && sink.finish();
+  }
   return written || saving.fail(write_fault(sink).c_str(), FaultKind::Limit);
 }
 
@@ -443,11 +473,10 @@ WriteResult write_apng(DocumentWindow& window, const Sink& sink, const SaveOptio
   Saving saving{window, host, options, kNoEntry, {}, {}, {}, {}, {}, {}, false};
   if (!collect_frames(saving)) return WriteResult::Failed;
   grow_canvas(saving);
-  if (!choose_default_image(saving) || !choose_form(saving) || !encode_images(saving, progress))
-    return WriteResult::Failed;
+  if (!choose_default_image(saving) || !choose_form(saving)) return WriteResult::Failed;
   std::vector<std::string> notes;
   const ChunkGroups groups = chunks_for(saving, notes);
-  if (!write_file(saving, sink, groups)) return WriteResult::Failed;
+  if (!write_file(saving, sink, groups, progress)) return WriteResult::Failed;
   std::vector<ChunkOut> all = groups.front;
   all.insert(all.end(), groups.back.begin(), groups.back.end());
   for (const auto& chunks : groups.between) all.insert(all.end(), chunks.begin(), chunks.end());
