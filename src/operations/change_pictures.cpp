@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 
+#include "base/memory_budget.h"
 #include "base/parallel.h"
 #include "core/edit/document_colors.h"
 #include "core/model/chunk_description.h"
@@ -72,7 +73,12 @@ bool change_pictures(DocumentWindow& draft, const FrameList& frames, std::string
       if (!works[i].picture || !change(works[i]) || !works[i].picture) failed = true;
     });
     if (failed) return false;
-    for (FrameWork& work : works) put_back(draft, entries[work.frame], work);
+    for (FrameWork& work : works) {
+      const ChunkHandle before = draft.list.record(entries[work.frame]).data;
+      put_back(draft, entries[work.frame], work);
+      // Its rows were made for this; the next results take their memory.
+      if (!before.shares_with(work.record.data)) let_go(before);
+    }
     progress.step(first + count, frames.size());
   }
   return !names_all(frames, draft) || change_default_image(draft, change);

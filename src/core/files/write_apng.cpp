@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "base/byte_order.h"
+#include "base/memory_budget.h"
 #include "base/parallel.h"
 #include "core/files/png_reading.h"
 #include "core/files/png_writing.h"
@@ -442,6 +443,8 @@ std::optional<bool> write_images(const Sink& sink, Saving& saving, const ChunkGr
     for (const std::size_t end = first + count; first < end; ++first) {
       FrameOut& image = saving.images[first];
       if (!write_image(sink, image, first == 0, groups, place)) return false;
+      // Rows that were unpacked for this can be unpacked again.
+      if (image.stream != image.block.source()) let_go(image.block);
       if (!saving.options.keepStreams) image.stream = nullptr;
     }
     progress.step(first, saving.images.size());
