@@ -95,9 +95,11 @@ ChunkFacts facts_of_image(const EntryPlace& place) {
   if (!is_animation(kind)) return {joined_facts({size_text(part, canvas), colors_text(picture)}), {}};
   const bool apng = kind == DocumentKind::APNG;
   const std::uint32_t dispose = apng ? record.frameControl.dispose : record.webpImage.dispose;
-  return {joined_facts({grouped(frame_delay_ms(record, kind, 0)) + " ms", size_text(part, canvas),
-                        dispose_text(dispose), apng && record.frameControl.blend ? "over" : "",
-                        colors_text(picture)}),
+  // The one image of a still WebP has no time.
+  const bool still = kind == DocumentKind::WEBP && place.window.list.record(0).webpHeader.frameCount == 1;
+  const std::string time = still ? std::string() : grouped(frame_delay_ms(record, kind, 0)) + " ms";
+  return {joined_facts({time, size_text(part, canvas), dispose_text(dispose),
+                        apng && record.frameControl.blend ? "over" : "", colors_text(picture)}),
           {}};
 }
 
@@ -119,14 +121,19 @@ ChunkFacts facts_of_stored_frame(const EntryPlace& place) {
           {}};
 }
 
+/// That of a delta image in an MNG is a raw chunk, whose description has no size to tell.
 ChunkFacts facts_of_header(const EntryPlace& place) {
   const ChunkRecord& record = place.record();
+  const bool raw = record.bitDepth == 0 && raw_payload(record).size() == 13;
+  const std::uint8_t depth = raw ? payload_byte(record, 8) : record.bitDepth;
+  const std::uint8_t type = raw ? payload_byte(record, 9) : record.colorType;
   std::string form;
   for (const FieldChoice& choice : color_types())
-    if (choice.value == record.colorType) form = lower_case(choice.name);
-  return {joined_facts({form, counted(record.bitDepth, "bit", "bits") + " a sample",
-                        record.interlace ? "interlaced" : ""}),
-          {}};
+    if (choice.value == type) form = lower_case(choice.name);
+  return {
+      joined_facts({raw ? format_text("%u x %u", payload_be32(record, 0), payload_be32(record, 4)) : "", form,
+                    counted(depth, "bit", "bits") + " a sample", record.interlace ? "interlaced" : ""}),
+      {}};
 }
 
 ChunkFacts facts_of_mng_header(const EntryPlace& place) {

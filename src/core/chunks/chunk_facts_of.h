@@ -39,6 +39,8 @@ ChunkFacts facts_of_size(const EntryPlace& place);
 ChunkFacts facts_of_camera(const EntryPlace& place);
 /// The first lines of its reading, a name and a value each.
 ChunkFacts facts_of_reading(const EntryPlace& place);
+ChunkFacts facts_of_histogram(const EntryPlace& place);
+ChunkFacts facts_of_suggested_palette(const EntryPlace& place);
 /// How many bytes it has.
 ChunkFacts facts_of_bytes(const EntryPlace& place);
 

@@ -63,6 +63,19 @@ std::string size_in_units(std::uint32_t x, std::uint32_t y, bool meter) {
                      grouped(x).c_str(), grouped(y).c_str());
 }
 
+ChunkFacts first_lines(const EntryPlace& place, std::size_t most) {
+  const ChunkRecord& record = place.record();
+  const auto payload = raw_payload(record);
+  const auto lines = chunk_reading(record.tag, payload.first(std::min(payload.size(), kReadBytes)),
+                                   place.window.document.kind);
+  std::string text;
+  std::size_t told = 0;
+  for (const ReadingLine& line : lines)
+    if (!line.name.empty() && told++ < most)
+      text = joined_facts({text, lower_case(line.name) + ' ' + line.value});
+  return text.empty() ? facts_of_bytes(place) : ChunkFacts{text, {}};
+}
+
 const char* orientation_text(std::uint16_t orientation) {
   static constexpr const char* texts[] = {"",
                                           "upright",
@@ -105,18 +118,12 @@ ChunkFacts facts_of_camera(const EntryPlace& place) {
   return {joined_facts({orientation_text(orientation.value_or(0)), facts_of_bytes(place).text}), {}};
 }
 
-ChunkFacts facts_of_reading(const EntryPlace& place) {
-  const ChunkRecord& record = place.record();
-  const auto payload = raw_payload(record);
-  const auto lines = chunk_reading(record.tag, payload.first(std::min(payload.size(), kReadBytes)),
-                                   place.window.document.kind);
-  std::string text;
-  std::size_t told = 0;
-  for (const ReadingLine& line : lines)
-    if (!line.name.empty() && told++ < kReadLines)
-      text = joined_facts({text, lower_case(line.name) + ' ' + line.value});
-  return text.empty() ? facts_of_bytes(place) : ChunkFacts{text, {}};
-}
+ChunkFacts facts_of_reading(const EntryPlace& place) { return first_lines(place, kReadLines); }
+
+// Their other lines are single counts and colors.
+ChunkFacts facts_of_histogram(const EntryPlace& place) { return first_lines(place, 1); }
+
+ChunkFacts facts_of_suggested_palette(const EntryPlace& place) { return first_lines(place, 3); }
 
 ChunkFacts facts_of_bytes(const EntryPlace& place) {
   const std::size_t bytes = raw_payload(place.record()).size();
