@@ -1,14 +1,13 @@
 #!/usr/bin/env python3
 """Kills programs at random moments and looks what is left.
 
-    kill_runs.py BIN [--saves N] [--sessions N] [--real N] [--seed S]
+    kill_runs.py BIN [--saves N] [--sessions N] [--seed S]
 
 Saves: `vellum save` over a file that is there, killed somewhere between its start and its end. Behind each there must be
 the old or the new file; what else is left is counted, and must be gone behind the next save.
 
-Sessions (need the target edit_session of the tests): a document is edited without an end and the program killed. The
-recovery copy must have all edits but the last one, and Undo must take them back. --sessions runs copy behind each edit,
---real ones by the program's own clock, with seconds between the edits.
+Sessions (need the target edit_session of the tests): a document is edited without an end, a copy for recovery follows each edit,
+and the program is killed. The copy must have all edits but the last one, and Undo must take them back.
 """
 import argparse
 import concurrent.futures
@@ -29,8 +28,7 @@ LEVELS = 10  # UndoLevels as it comes
 
 
 def environment(home):
-    return dict(os.environ, XDG_CONFIG_HOME=str(home), XDG_STATE_HOME=str(home), XDG_CACHE_HOME=str(home),
-                QT_QPA_PLATFORM="offscreen")
+    return dict(os.environ, XDG_CONFIG_HOME=str(home), XDG_STATE_HOME=str(home))
 
 
 def killed_save(program, top, number, old, seconds, chance):
@@ -72,12 +70,12 @@ def saves(options, program, top):
     return counts["neither"] + counts["not swept"]
 
 
-def session(program, top, number, pause, longest, eager, chance):
+def session(program, top, number, pause, longest, chance):
     """Edits that were made, that came back, and that Undo took back."""
     store = top / f"store{number}"
     home = top / f"home{number}"
     home.mkdir()
-    child = subprocess.Popen([program, store, top / "a.png", str(pause), "1" if eager else "0"], stdout=subprocess.PIPE,
+    child = subprocess.Popen([program, store, top / "a.png", str(pause)], stdout=subprocess.PIPE,
                              stderr=subprocess.DEVNULL, env=environment(home), text=True)
     first = child.stdout.readline()  # starting takes a while of its own
     time.sleep(chance.random() * longest)
@@ -93,11 +91,11 @@ def session(program, top, number, pause, longest, eager, chance):
     return made, int(edits), int(undone), state
 
 
-def sessions(options, program, top, count, pause, longest, eager):
+def sessions(options, program, top, count, pause, longest):
     wrong, lost_most = 0, 0
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         def one(number):
-            return session(program, top, f"{pause}-{number}", pause, longest, eager, random.Random(f"{options.seed} {number}"))
+            return session(program, top, f"{pause}-{number}", pause, longest, random.Random(f"{options.seed} {number}"))
         for made, edits, undone, state in pool.map(one, range(count)):
             lost_most = max(lost_most, made - edits)
             good = state != "damaged" and made - edits <= 1 and (state == "none" or undone == min(edits, LEVELS))
@@ -113,7 +111,6 @@ def main():
     parser.add_argument("bin")
     parser.add_argument("--saves", type=int, default=0)
     parser.add_argument("--sessions", type=int, default=0)
-    parser.add_argument("--real", type=int, default=0)
     parser.add_argument("--seed", type=int, default=1)
     options = parser.parse_args()
     folder = pathlib.Path(options.bin).resolve()
@@ -122,9 +119,7 @@ def main():
     try:
         (top / "a.png").write_bytes(pictures.png(96, 64, 1))
         if options.sessions:
-            wrong += sessions(options, folder / "edit_session", top, options.sessions, 250, 3, True)
-        if options.real:
-            wrong += sessions(options, folder / "edit_session", top, options.real, 7000, 40, False)
+            wrong += sessions(options, folder / "edit_session", top, options.sessions, 5, 1)
         if options.saves:
             wrong += saves(options, folder / "vellum", top)
     finally:

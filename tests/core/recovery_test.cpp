@@ -54,7 +54,7 @@ void expect_comes_back(const DocumentWindow& window, const fs::path& path) {
   ASSERT_EQ(again.undoLevels.size(), window.undoLevels.size());
   for (std::size_t i = 0; i < window.undoLevels.size(); ++i) {
     EXPECT_EQ(again.undoLevels[i].name, window.undoLevels[i].name);
-    EXPECT_EQ(tags_of(again.undoLevels[i].list), tags_of(window.undoLevels[i].list));
+    EXPECT_EQ(testing::tags_of(again.undoLevels[i].list), testing::tags_of(window.undoLevels[i].list));
     EXPECT_EQ(again.undoLevels[i].dirty, window.undoLevels[i].dirty);
   }
 }
@@ -73,6 +73,7 @@ TEST(RecoveryCopy, DocumentsOfAllKindsComeBack) {
     window.list.select(0, true);
     undo_push(window, host, "second");
     window.list.remove(window.list.size() - 1);
+    chunk_list_close_change(window.list, window.document);
     expect_comes_back(window, folder / "x.copy");
   }
 }

@@ -1,18 +1,20 @@
 // A person at work, to be killed:
-//   edit_session STORE FILE PAUSE EAGER   opens the file and inserts a text every PAUSE ms (saying its
-//   number);
-//                                         copies for recovery go to STORE, by the program's own clock or,
-//                                         EAGER = 1, at once behind each edit
-//   edit_session STORE                    says of each copy that is found there how many edits it has and how
-//   many of
-//                                         them Undo takes back, and removes it
-#include <QApplication>
+//   edit_session STORE FILE PAUSE   opens the file and inserts a text every PAUSE ms (saying its number);
+//   behind each edit
+//                                   a copy for recovery goes to STORE, as the desktop makes it
+//   edit_session STORE              says of each copy that is found there how many edits it has and how many
+//   of them Undo
+//                                   takes back, and removes it
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 #include "core/chunks/text_chunk.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/undo.h"
-#include "shell/window/recovery.h"
+#include "core/files/open_document.h"
+#include "core/files/recovery_copy.h"
+#include "core/files/recovery_folder.h"
 
 namespace {
 
@@ -35,34 +37,27 @@ int tell_copies(const char* store) {
   return 0;
 }
 
-void edit(MainWindow& window, std::size_t number) {
-  DocumentFrame& frame = *window.area().active();
+bool edit(DocumentWindow& window, std::size_t number) {
   Host host;
-  frame.document().caret = 0;
-  if (!insert_record(frame.content(), record_of_text({"Edit", std::to_string(number)}), host)) std::abort();
+  window.document.caret = 0;
+  window.document.dirty = true;
+  if (!insert_record(window, record_of_text({"Edit", std::to_string(number)}), host)) return false;
   std::printf("%zu\n", number);
-  std::fflush(stdout);
+  return std::fflush(stdout) == 0;
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
   if (count == 2) return tell_copies(arguments[1]);
-  if (count != 5) return 2;
-  QApplication application(count, arguments);
-  MainWindow window;
-  window.services().host.message = {};
-  Recovery recovery(window, arguments[1]);
-  window.show();
-  if (!window.open(arguments[2])) return 1;
-  QTimer timer;
-  std::size_t edits = 0;
-  const bool eager = *arguments[4] == '1';
-  QObject::connect(&timer, &QTimer::timeout, [&] {
-    edit(window, ++edits);
-    window.refresh();
-    if (eager) recovery.keep_changed();
-  });
-  timer.start(std::atoi(arguments[3]));
-  return application.exec();
+  if (count != 4) return 2;
+  const auto folder = RecoveryFolder::create(arguments[1]);
+  DocumentWindow window;
+  Host host;
+  if (!folder || !open_document(window, arguments[2], host)) return 1;
+  for (std::size_t number = 1; edit(window, number); ++number) {
+    write_recovery_copy(window, folder->copy_path(1), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(arguments[3])));
+  }
+  return 1;
 }

@@ -78,6 +78,21 @@ TEST_F(RecoveryTest, ChangedDocumentsAreCopiedOnceAndUnchangedOnesNot) {
   EXPECT_EQ(read.list.size(), frame.entries().size());
 }
 
+TEST_F(RecoveryTest, ACopyFollowsAnEditByItselfWithWhatUndoTakesBack) {
+  Recovery recovery(main_, store_);
+  DocumentFrame& frame = add_changed("a.png");
+  change(frame);
+  main_.refresh();
+  constexpr int kMostMilliseconds = 20'000;
+  ASSERT_TRUE(QTest::qWaitFor([&] { return fs::exists(store_) && copies().size() == 1; }, kMostMilliseconds));
+  recovery.wait();
+  DocumentWindow read;
+  ASSERT_TRUE(read_recovery_copy(copies()[0], read));
+  EXPECT_EQ(read.list.size(), frame.entries().size());
+  ASSERT_TRUE(undo_pop(read));
+  EXPECT_EQ(read.list.size(), frame.entries().size() + 1);
+}
+
 TEST_F(RecoveryTest, CopiesGoWithSavingClosingAndTheEnd) {
   {
     Recovery recovery(main_, store_);
