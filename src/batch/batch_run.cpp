@@ -31,7 +31,7 @@ std::uint64_t size_of(const fs::path& path) {
 /// Targets at which something stands, and what a person says of them.
 class Contest {
  public:
-  Contest(const BatchRun& run, const BatchTargets& targets) : run_(run), targets_(targets) {}
+  Contest(const BatchRun& run, BatchTargets& targets) : run_(run), targets_(targets) {}
 
   bool cancelled() const { return cancelled_; }
   /// The row gets the target that is written; the result where none is.
@@ -80,7 +80,7 @@ class Contest {
   }
 
   const BatchRun& run_;
-  BatchTargets targets_;
+  BatchTargets& targets_;
   std::optional<OverwriteChoice> rest_;
   std::atomic<bool> cancelled_ = false;
   std::mutex mutex_;

@@ -30,7 +30,7 @@ fs::path BatchTargets::named(const BatchFile& file) const {
 
 bool BatchTargets::taken(const fs::path& path) const {
   std::error_code error;
-  return taken_.contains(path) || fs::symlink_status(path, error).type() != fs::file_type::not_found;
+  return taken_.contains(path.native()) || fs::symlink_status(path, error).type() != fs::file_type::not_found;
 }
 
 fs::path BatchTargets::unique(const fs::path& path) const {

@@ -135,6 +135,17 @@ void ProgramStyle::drawComplexControl(ComplexControl control, const QStyleOption
   QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 
+QRect ProgramStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
+                                   const QWidget* widget) const {
+  const QRect place = QProxyStyle::subControlRect(control, option, part, widget);
+  const bool text = (control == CC_ComboBox && part == SC_ComboBoxEditField) ||
+                    (control == CC_SpinBox && part == SC_SpinBoxEditField);
+  constexpr int kBeforeText = 3;
+  if (!theme_ || !text) return place;
+  return option->direction == Qt::RightToLeft ? place.adjusted(0, 0, -kBeforeText, 0)
+                                              : place.adjusted(kBeforeText, 0, 0, 0);
+}
+
 int ProgramStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
   const int plain = QProxyStyle::pixelMetric(metric, option, widget);
   if (!theme_) return plain;

@@ -5,6 +5,7 @@
 #include <QGroupBox>
 #include <QPainterPath>
 #include <QPushButton>
+#include <QSlider>
 #include <algorithm>
 
 #include "shell/look/style.h"
@@ -83,7 +84,9 @@ bool frame(const Piece& piece) {
 }
 
 bool group_frame(const Piece& piece) {
-  box(piece, piece.option.rect, Qt::transparent, piece.edge());
+  constexpr int kLeastTitle = 14, kBelowTitle = 3;  // the title stands above the frame
+  const int title = std::max(kLeastTitle, piece.option.fontMetrics.height()) + kBelowTitle;
+  box(piece, piece.option.rect.adjusted(0, title, 0, 0), Qt::transparent, piece.edge());
   return true;
 }
 
@@ -266,13 +269,35 @@ bool scroll_bar(const Piece& piece, const QProxyStyle& style) {
   return true;
 }
 
+bool slider(const Piece& piece, const QProxyStyle& style) {
+  const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(&piece.option);
+  if (!slider || slider->tickPosition != QSlider::NoTicks) return false;
+  const bool across = slider->orientation == Qt::Horizontal;
+  const QRect groove = style.subControlRect(QStyle::CC_Slider, slider, QStyle::SC_SliderGroove, piece.widget);
+  QRect handle = style.subControlRect(QStyle::CC_Slider, slider, QStyle::SC_SliderHandle, piece.widget);
+  const QPoint middle = groove.center();
+  const QRect line = across ? QRect(groove.left(), middle.y() - 2, groove.width(), 4)
+                            : QRect(middle.x() - 2, groove.top(), 4, groove.height());
+  const QColor accent = piece.text(VELLUM_COLOR_ACCENT), edge = piece.edge();
+  box(piece, line, style::between(piece.color(VELLUM_COLOR_WINDOW), edge, 0.7), {}, 0, 2);
+  const int side = std::min(handle.width(), handle.height());
+  const QPoint at = handle.center();
+  handle = QRect(at.x() - side / 2, at.y() - side / 2, side, side);
+  box(piece, handle, piece.enabled() ? accent : edge,
+      piece.focused() || piece.hot() ? piece.color(VELLUM_COLOR_TEXT) : piece.color(VELLUM_COLOR_WINDOW),
+      piece.focused() ? 2 : 1, side / 2.0);
+  return true;
+}
+
 struct ComplexRow {
   QStyle::ComplexControl control;
   bool (*draw)(const Piece&, const QProxyStyle&);
 };
 
-constexpr ComplexRow kComplex[] = {
-    {QStyle::CC_ComboBox, combo_box}, {QStyle::CC_SpinBox, spin_box}, {QStyle::CC_ScrollBar, scroll_bar}};
+constexpr ComplexRow kComplex[] = {{QStyle::CC_ComboBox, combo_box},
+                                   {QStyle::CC_SpinBox, spin_box},
+                                   {QStyle::CC_ScrollBar, scroll_bar},
+                                   {QStyle::CC_Slider, slider}};
 
 }  // namespace
 

@@ -55,6 +55,20 @@ QImage desktop_sample(const QPalette& palette, double scale) {
   return image;
 }
 
+/// The sample as it is, chosen or not.
+QIcon icon_of(const QImage& sample) {
+  const QPixmap pixmap = QPixmap::fromImage(sample);
+  QIcon icon(pixmap);
+  icon.addPixmap(pixmap, QIcon::Selected);
+  return icon;
+}
+
+/// Gives all windows a look that they haven't got.
+void give_look(ThemeInForce theme) {
+  const ThemeInForce now = theme_in_force();
+  if ((theme ? theme->file : "") != (now ? now->file : "")) put_theme_in_force(std::move(theme));
+}
+
 }  // namespace
 
 ThemeDialog::ThemeDialog(std::span<const std::filesystem::path> folders, Host& host, QWidget* parent)
@@ -106,7 +120,7 @@ ThemeDialog::ThemeDialog(std::span<const std::filesystem::path> folders, Host& h
 
 void ThemeDialog::add_row(const QString& name, const std::string& file, const QImage& sample,
                           const QString& reason) {
-  auto* item = new QListWidgetItem(QIcon(QPixmap::fromImage(sample)), name, list_);
+  auto* item = new QListWidgetItem(icon_of(sample), name, list_);
   item->setData(kFileRole, to_qt(file));
   item->setData(kReasonRole, reason);
   item->setToolTip(reason);
@@ -119,9 +133,10 @@ std::string ThemeDialog::chosen() const {
 }
 
 void ThemeDialog::choose(const std::string& file) {
-  list_->setCurrentRow(0);
+  int wanted = 0;
   for (int row = 0; row < list_->count(); ++row)
-    if (list_->item(row)->data(kFileRole).toString() == to_qt(file)) list_->setCurrentRow(row);
+    if (list_->item(row)->data(kFileRole).toString() == to_qt(file)) wanted = row;
+  list_->setCurrentRow(wanted);
 }
 
 const Theme* ThemeDialog::theme_of_row() const {
@@ -139,21 +154,22 @@ void ThemeDialog::follow_row() {
   note_->setText(!usable ? list_->currentItem()->data(kReasonRole).toString()
                  : later ? tr("This theme begins with the next start of the program.")
                          : tr("What is chosen is shown at once."));
-  if (!usable || later || chosen() == (theme_in_force() ? theme_in_force()->file : kDefaultTheme)) return;
-  put_theme_in_force(theme ? std::make_shared<Theme>(*theme) : nullptr);
+  if (!usable || later)
+    give_look(before_);
+  else
+    give_look(theme ? std::make_shared<Theme>(*theme) : nullptr);
 }
 
 void ThemeDialog::configure() {
   const Theme* theme = theme_of_row();
   if (!theme || !theme->calls.configure || theme->calls.configure(this) == 0) return;
-  const QImage sample = theme_sample(*theme, kSample, devicePixelRatioF());
-  list_->currentItem()->setIcon(QIcon(QPixmap::fromImage(sample)));
+  list_->currentItem()->setIcon(icon_of(theme_sample(*theme, kSample, devicePixelRatioF())));
   if (theme_in_force() && theme_in_force()->file == theme->file)
     put_theme_in_force(std::make_shared<Theme>(*theme));
 }
 
 void ThemeDialog::done(int result) {
-  if (result != Accepted && theme_in_force() != before_) put_theme_in_force(before_);
+  if (result != Accepted) give_look(before_);
   const std::string file = chosen();
   if (result == Accepted && file != settings::ThemeCurrent) {
     change_setting(*find_setting("ThemeCurrent"), {0, file});
