@@ -30,6 +30,44 @@ QColor ink_of(QIcon::Mode mode) {
   return text;
 }
 
+/// Names of the freedesktop.org Icon Naming Specification.
+struct ThemeIcon {
+  std::string_view name;
+  const char* standard;
+};
+constexpr ThemeIcon kThemeIcons[] = {
+    {"new", "document-new"},
+    {"open", "document-open"},
+    {"save", "document-save"},
+    {"save_as", "document-save-as"},
+    {"print", "document-print"},
+    {"properties", "document-properties"},
+    {"recent", "document-open-recent"},
+    {"undo", "edit-undo"},
+    {"redo", "edit-redo"},
+    {"cut", "edit-cut"},
+    {"copy", "edit-copy"},
+    {"paste", "edit-paste"},
+    {"delete", "edit-delete"},
+    {"select_all", "edit-select-all"},
+    {"find", "edit-find"},
+    {"help", "help-contents"},
+    {"about", "help-about"},
+    {"play", "media-playback-start"},
+    {"pause", "media-playback-pause"},
+    {"stop", "media-playback-stop"},
+    {"rewind", "media-skip-backward"},
+    {"back", "go-previous"},
+    {"forward", "go-next"},
+};
+
+/// Null where the desktop has no theme, or the theme no such icon.
+QIcon theme_icon(const char* name) {
+  const auto* row = std::ranges::find(kThemeIcons, std::string_view(name), &ThemeIcon::name);
+  if (row == std::end(kThemeIcons) || QIcon::themeName() == QLatin1String("hicolor")) return {};
+  return QIcon::fromTheme(QLatin1String(row->standard));
+}
+
 QByteArray drawing_of(const char* name) {
   QFile file(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name)));
   return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -79,6 +117,7 @@ class SvgEngine : public QIconEngine {
 }  // namespace
 
 QIcon program_icon(const char* name) {
+  if (const QIcon shared = theme_icon(name); !shared.isNull()) return shared;
   const QByteArray drawing = drawing_of(name);
   return drawing.isEmpty() ? QIcon() : QIcon(new SvgEngine(drawing));
 }
