@@ -46,7 +46,7 @@ TEST_F(ThemeTest, AThemeIsListedAndUsedByWhatItHas) {
   const fs::path at = folder(0);
   std::string reason;
   for (const std::string& name : {"../0/" + file(0), std::string("THEME_None_x64.so"),
-                                 std::string("libc.so.6"), std::string(), std::string("THEME_x64.so")})
+                                  std::string("libc.so.6"), std::string(), std::string("THEME_x64.so")})
     EXPECT_FALSE(load_theme(name, {&at, 1}, reason)) << name;
   const testing::ScratchFolder open;
   fs::copy(folder(0) / file(0), open / file(0));
