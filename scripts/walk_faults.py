@@ -31,8 +31,9 @@ import pictures  # noqa: E402
 KINDS = ["open", "read", "write", "fsync", "rename", "close", "mmap", "malloc"]
 QUIET = ["--set", "AutoUpdateTime=0"]
 
-# Text is laid out by libraries that end the program where memory is exhausted. The files must be whole all the same.
-ENDED_BY_LIBRARIES = {"pdf"}
+# Text is laid out, and threads are started, by libraries that end the program where memory is exhausted. The files must
+# be whole all the same.
+ENDED_BY_LIBRARIES = {"pdf", "recovery"}
 
 # name, arguments (IN: an animation, OUT: the target), name of the target
 COMMANDS = [
@@ -133,7 +134,8 @@ class Walk:
             return "does not end"
         finally:
             shutil.rmtree(folder, ignore_errors=True)
-        if done.returncode < 0 and not (command[0] in ENDED_BY_LIBRARIES and fault.startswith("malloc")):
+        by_library = command[0] in ENDED_BY_LIBRARIES or b"Fatal glibc error" in done.stderr
+        if done.returncode < 0 and not (by_library and fault.startswith("malloc")):
             return f"ended by signal {-done.returncode}: {done.stderr[-200:]!r}"
         if done.returncode > 0 and not done.stderr.strip():
             return f"failed with {done.returncode} and said nothing"

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string>
 
 namespace vellum {
@@ -59,7 +60,13 @@ int create_temporary(const fs::path& folder, fs::path& made) {
     std::string pattern = (folder / (std::string(kPrefix) + "XXXXXX")).string();
     const int descriptor = mkostemp(pattern.data(), O_CLOEXEC);
     if (descriptor < 0) return -1;
-    made = pattern;
+    try {
+      made = pattern;
+    } catch (const std::bad_alloc&) {  // nobody else knows its name
+      unlink(pattern.c_str());
+      close(descriptor);
+      throw;
+    }
     if (lock_own(descriptor)) return descriptor;
     close(descriptor);
   }

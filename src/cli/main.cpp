@@ -108,16 +108,18 @@ int tell_memory_is_exhausted() {
   return kFailed;
 }
 
-/// Memory may be exhausted where a library promises that nothing fails: that ends the program, but as any
-/// other failure does.
+/// Memory or threads may be exhausted where a library promises that nothing fails: that ends the program, but
+/// as any other failure does.
 [[noreturn]] void end_program() {
   try {
     if (const auto failure = std::current_exception()) std::rethrow_exception(failure);
   } catch (const std::bad_alloc&) {
-    std::_Exit(tell_memory_is_exhausted());
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "vellum: %s\n", failure.what());
+    std::_Exit(kFailed);
   } catch (...) {
   }
-  std::abort();
+  std::_Exit(tell_memory_is_exhausted());
 }
 
 }  // namespace
