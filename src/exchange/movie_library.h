@@ -65,6 +65,7 @@ VELLUM_MOVIE_FUNCTION(av_compare_ts);
 VELLUM_MOVIE_FUNCTION(av_dict_free);
 VELLUM_MOVIE_FUNCTION(av_dict_get);
 VELLUM_MOVIE_FUNCTION(av_dict_set);
+VELLUM_MOVIE_FUNCTION(av_dict_set_int);
 VELLUM_MOVIE_FUNCTION(av_display_rotation_get);
 VELLUM_MOVIE_FUNCTION(av_find_best_stream);
 VELLUM_MOVIE_FUNCTION(av_frame_alloc);
