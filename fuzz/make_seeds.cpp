@@ -14,6 +14,8 @@
 #include "core/chunks/chunk_table.h"
 #include "core/edit/clipboard_block.h"
 #include "core/edit/insert_chunk.h"
+#include "core/edit/undo.h"
+#include "core/files/recovery_copy.h"
 #include "core/files/save_document.h"
 #include "core/settings.h"
 #include "exchange/exporter.h"
@@ -171,6 +173,22 @@ void make_texts_and_movies(const fs::path& seeds) {
   }
 }
 
+/// What the program keeps for itself, and bytes that choose edits.
+void make_kept_and_edits(const fs::path& seeds) {
+  for (const auto& [target, kind] : kTargets) {
+    DocumentWindow window = small_document(kind, is_animation(kind) ? 3 : 1, 6);
+    Host host;
+    undo_push(window, host);
+    insert_all_chunks(window);
+    fs::create_directories(seeds / "recovery");
+    write_recovery_copy(window, seeds / "recovery" / target, 0);
+    std::string choices;
+    for (int i = 0; i < 90; ++i) choices += static_cast<char>(7 * i + static_cast<int>(kind));
+    write(seeds / "edits" / target, choices);
+  }
+  write(seeds / "histories/files", "/a/one.png\n/b/two words.mng\n");
+}
+
 void make_dictionaries(const fs::path& folder) {
   std::set<std::string> tags;
   for (const ChunkRow& row : chunk_table()) tags.insert('"' + tag_letters(row.tag) + "\"\n");
@@ -198,6 +216,7 @@ int main(int count, char** arguments) {
   make_exports(seeds);
   make_blocks_and_payloads(seeds);
   make_texts_and_movies(seeds);
+  make_kept_and_edits(seeds);
   write(seeds / "configuration/defaults", config_text(0));
   make_dictionaries(folder);
 }
