@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <new>
 
+#include "configuration/shell_settings.h"
 #include "shell/forms/default_folders.h"
 #include "shell/help/help_window.h"
 #include "shell/look/icon.h"

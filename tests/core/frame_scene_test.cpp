@@ -67,10 +67,11 @@ TEST(FrameScene, AGrownCanvasIsFilledByTheFirstImageOfAnAnimatedPng) {
   EXPECT_EQ(grown.width, 12u);
   EXPECT_EQ(grown.height, document_size(window.list, window.document).height);
   EXPECT_TRUE(pads_first_image(window, grown));
+  const Extent before = document_size(window.list, window.document);
   ChunkRecord record = window.list.record(last);
   SetFrameOffset(record, DocumentKind::APNG, {9, 1});
   chunk_list_put(window.list, last, record);
-  ASSERT_TRUE(fill_grown_canvas(window));
+  ASSERT_TRUE(fill_grown_canvas(window, last, before));
   EXPECT_EQ(testing::images_of(window).front().width(), 12u);
   EXPECT_FALSE(pads_first_image(window, grown));
 }

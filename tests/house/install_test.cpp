@@ -46,7 +46,8 @@ TEST_F(Installed, DesktopFilesAreValid) {
   if (!desktop_) GTEST_SKIP() << "the desktop program is not built";
   judged({"desktop-file-validate", share("applications/org.vellumcraft.Vellumcraft.desktop")});
   judged({"xmllint", "--noout", share("mime/packages/vellumcraft.xml")});
-  judged({"appstreamcli", "validate", "--pedantic", "--no-net", share("metainfo/org.vellumcraft.Vellumcraft.metainfo.xml")});
+  judged({"appstreamcli", "validate", "--pedantic", "--no-net",
+          share("metainfo/org.vellumcraft.Vellumcraft.metainfo.xml")});
   // Every type that the entry names is one that the metainfo names too.
   const std::string entry = file_text(share("applications/org.vellumcraft.Vellumcraft.desktop"));
   const std::string metainfo = file_text(share("metainfo/org.vellumcraft.Vellumcraft.metainfo.xml"));

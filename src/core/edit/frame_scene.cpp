@@ -70,7 +70,10 @@ bool pads_first_image(const DocumentWindow& window, Extent canvas) {
   return frame.frameWidth < canvas.width || frame.frameHeight < canvas.height;
 }
 
-bool fill_grown_canvas(DocumentWindow& window) {
+bool fill_grown_canvas(DocumentWindow& window, std::size_t index, Extent before) {
+  const FrameOffset place = GetFrameOffset(window.list.record(index), window.document.kind);
+  const Extent now = canvas_with_frame_at(window, index, place);
+  if (now.width <= before.width && now.height <= before.height) return true;
   const Extent canvas = frames_extent(window);
   return !pads_first_image(window, canvas) || enlarge_first_image(window, canvas);
 }

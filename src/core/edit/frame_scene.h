@@ -36,9 +36,10 @@ std::size_t neighbour_image(const DocumentWindow& window, std::size_t index, boo
 /// The canvas that the document would have with the frame of an entry at this place.
 Extent canvas_with_frame_at(const DocumentWindow& window, std::size_t index, FrameOffset offset);
 
-/// Pads the first image of an animated PNG to the canvas that all frames take, where no default image fills
-/// that; others stay as they are. False when memory is exhausted.
-bool fill_grown_canvas(DocumentWindow& window);
+/// Where the frame of an entry makes the canvas larger than it was, pads the first image of an animated PNG
+/// to the canvas that all frames take, unless a default image fills that; others stay as they are. False when
+/// memory is exhausted.
+bool fill_grown_canvas(DocumentWindow& window, std::size_t index, Extent before);
 /// Whether that has something to do on a canvas of this size.
 bool pads_first_image(const DocumentWindow& window, Extent canvas);
 

@@ -10,6 +10,7 @@
 #include "core/chunks/chunk_fields.h"
 #include "core/chunks/chunk_reading.h"
 #include "core/chunks/chunk_tip.h"
+#include "core/edit/frame_scene.h"
 #include "core/edit/undo.h"
 #include "shell/docks/frame_fields.h"
 #include "shell/editors/edit_unknown.h"
@@ -382,8 +383,11 @@ void InspectorPanel::take_fields() {
   if (!begin_change(1)) return;
   Editing editing{*this, *form_, window, entry(), context_.services};
   const ChunkTag tag = window.list.record(entry()).tag;
+  const Extent canvas = document_size(window.list, window.document);
   bool changed = false;
-  const bool taken = apply_edited(editing, values, changed);
+  bool taken = apply_edited(editing, values, changed);
+  if (changed && is_image_entry(window.document.kind, tag))
+    taken = fill_grown_canvas(window, entry(), canvas) && taken;
   if (changed) close_entry_edit(window, tag);
   if (!taken) give_back();
   end_change();

@@ -52,8 +52,6 @@ struct ImageEditor {
   /// The place that is typed; the entry's own where its form has none.
   FrameOffset typed_place() const;
   bool placeable() const;
-  /// The first image fills a canvas that has grown.
-  bool fill_canvas();
 
   const ChunkRecord& record() const { return scratch.list.record(index); }
   Picture picture() const { return picture_of(record()); }
@@ -249,12 +247,6 @@ void ImageEditor::follow_place() {
   stage->tell(to_qt(note));
 }
 
-bool ImageEditor::fill_canvas() {
-  const Extent now = canvas_with_frame_at(scratch, index, GetFrameOffset(record(), kind()));
-  const bool larger = now.width > canvasBefore.width || now.height > canvasBefore.height;
-  return !larger || fill_grown_canvas(scratch);
-}
-
 void ImageEditor::move_by(QPoint pixels) {
   Form& form = dialog.form();
   if (!placeable()) return;
@@ -387,7 +379,7 @@ Edited edit_image(QWidget* parent, DocumentWindow& window, std::size_t index, Se
   editor.dialog.resize(editor.dialog.sizeHint().expandedTo(kOpeningSize));
   if (editor.dialog.exec() != QDialog::Accepted) return Edited::Cancelled;
   if (!editor.changed) return Edited::Same;
-  if (!editor.fill_canvas()) {
+  if (!fill_grown_canvas(editor.scratch, editor.index, editor.canvasBefore)) {
     services.host.show(StringId::AllocationError);
     return Edited::Cancelled;
   }

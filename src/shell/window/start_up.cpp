@@ -108,7 +108,7 @@ QRect stored_place(const QRect& screen) {
 void take_names(const std::vector<std::string>& names, StartOptions& options) {
   std::vector<fs::path> files;
   for (const std::string& name : names) files.push_back(path_of_argument(name));
-  if (files.size() > 1 && std::ranges::all_of(files, [](const fs::path& file) { return exists(file); })) {
+  if (files.size() > 1 && std::ranges::all_of(files, [](const fs::path& file) { return (exists)(file); })) {
     options.file = files.front();
     options.more.assign(files.begin() + 1, files.end());
     return;
