@@ -26,6 +26,9 @@ for row in 24 26; do
   window --set "ThemeCurrent=THEME_Dark_x64.so" --show 805@$row
 done
 # 805 is "Next": with one document it changes nothing, and so the main window itself is seen.
-"$programs/vellum" --quiet --set AutoUpdateTime=0 --set IdentifyFiles=0 build -o "$work/film.png" --delay 500 "$work"/[0-9]*.png
-"$programs/vellum" --quiet --set AutoUpdateTime=0 --set IdentifyFiles=0 resize "$work/film.png" "$work/small.png" --percent 60
-"$programs/vellum" --quiet --set AutoUpdateTime=0 --set IdentifyFiles=0 supercompress "$work/small.png" "$out" --all
+vellum() { "$programs/vellum" --quiet --set AutoUpdateTime=0 --set IdentifyFiles=0 "$@"; }
+for picture in "$work"/[0-9]*.png; do
+  vellum resize "$picture" "$picture" --percent 60
+done
+vellum build -o "$work/film.png" --delay 500 "$work"/[0-9]*.png
+vellum supercompress "$work/film.png" "$out" --all
