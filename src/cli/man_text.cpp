@@ -49,7 +49,7 @@ std::string parts_of(const CLI::App& command) {
   std::string names;
   for (const CLI::App* part : command.get_subcommands(every))
     names.append(names.empty() ? "" : ", ").append(part->get_name());
-  return names.empty() ? names : ".PP\n" + roff_text("OPERATION is one of " + names) + ".\n";
+  return names.empty() ? names : ".PP\n" + roff_lines("OPERATION is one of " + names + ".") + "\n";
 }
 
 }  // namespace
@@ -57,8 +57,8 @@ std::string parts_of(const CLI::App& command) {
 std::string man_text(const CLI::App& app) {
   std::string text = ".SH OPTIONS\n" + items_of(app) + ".SH COMMANDS\n";
   for (const CLI::App* command : app.get_subcommands(every))
-    text += ".SS " + roff_text(command->get_name()) + "\n" + roff_text(command->get_description()) +
-            ".\n.PP\n" + synopsis_of(*command) + items_of(*command) + parts_of(*command);
+    text += ".SS " + roff_text(command->get_name()) + "\n" + roff_lines(command->get_description() + ".") +
+            "\n.PP\n" + synopsis_of(*command) + items_of(*command) + parts_of(*command);
   return text;
 }
 

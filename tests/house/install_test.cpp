@@ -93,6 +93,7 @@ TEST_F(Installed, ManualPagesTellWhatTheHelpTells) {
     const fs::path page = share("man/man1/" + program + ".1");
     const ToolResult shown = judged({"man", "--warnings", "-l", page});
     EXPECT_EQ(shown.output.find("warning:"), std::string::npos) << shown.output;
+    judged({"mandoc", "-Tlint", page});
     const std::string text = std::regex_replace(file_text(page), std::regex(R"(\\-)"), "-");
     std::string help = run_tool({(folder_ / ("bin/" + program)).string(), "--help"}).output;
     ASSERT_NE(help.find("--version"), std::string::npos) << help;
