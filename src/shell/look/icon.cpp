@@ -30,7 +30,7 @@ QColor ink_of(QIcon::Mode mode) {
   return text;
 }
 
-/// Names of the freedesktop.org Icon Naming Specification.
+/// Names that freedesktop.org gives icons.
 struct ThemeIcon {
   std::string_view name;
   const char* standard;

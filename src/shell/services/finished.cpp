@@ -12,7 +12,7 @@ void tell_finished(const QString& text) {
   if (QApplication::activeWindow() || QApplication::topLevelWidgets().isEmpty()) return;
   for (QWidget* window : QApplication::topLevelWidgets())
     if (window->isVisible()) QApplication::alert(window);
-  // The Desktop Notifications Specification of freedesktop.org: name, replaced one, icon, title, text,
+  // Desktop notifications of freedesktop.org: name, replaced one, icon, title, text,
   // actions, hints, milliseconds (-1: as the desktop does).
   QDBusMessage call = QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),

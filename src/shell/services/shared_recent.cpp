@@ -25,7 +25,7 @@ const char* type_of(const std::filesystem::path& file) {
 
 }  // namespace
 
-// The place and the form are those of the Desktop Bookmark Specification of freedesktop.org.
+// The place and the form are those of the desktop bookmarks of freedesktop.org.
 void share_recent_file(const std::filesystem::path& file) {
   const Text address(g_filename_to_uri(std::filesystem::absolute(file).c_str(), nullptr, nullptr));
   const std::filesystem::path list = std::filesystem::path(g_get_user_data_dir()) / "recently-used.xbel";
