@@ -5,6 +5,7 @@
 
 #include "base/file.h"
 #include "cli/parameter_options.h"
+#include "core/build/frame_stream.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "exchange/exporter.h"
@@ -419,6 +420,31 @@ TEST(ExchangeCommands, WriteWhatTheRowsMake) {
       EXPECT_EQ(frame_entries(again).size(), frame_entries(window).size());
     }
   }
+}
+
+// File managers give it names of their own to write to, and want the sides to keep their shares.
+TEST(Thumbnails, ShowWhatAFileShowsFirst) {
+  testing::ScratchFolder folder;
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  Recorder recorder;
+  const auto thumbnail = [&](const std::filesystem::path& in, const std::string& side) {
+    std::filesystem::remove(folder / "out.tmp");
+    testing::run_tool({testing::program_folder() / "vellum", "--quiet", "thumbnail", "--size", side, in,
+                       folder / "out.tmp"});
+    return read_graphic_file((folder / "out.tmp").string()).picture;
+  };
+  for (const auto& [kind, name] : testing::kFileNames) {
+    DocumentWindow made = testing::small_document(kind, is_animation(kind) ? 3 : 1, 6), window;
+    ASSERT_TRUE(save_document(made, folder / name, recorder.host));
+    ASSERT_TRUE(open_document(window, folder / name, recorder.host));
+    const Picture shown = canvas_frames(window).frame(0).picture, whole = thumbnail(folder / name, "256");
+    ASSERT_TRUE(whole && whole.width() == shown.width() && whole.height() == shown.height()) << name;
+    EXPECT_EQ(PictureGetPixel(whole, 1, 1), PictureGetPixel(shown, 1, 1)) << name;
+    const Picture small = thumbnail(folder / name, "2");
+    EXPECT_EQ(std::max(small.width(), small.height()), 2u) << name;
+  }
+  std::ofstream(folder / "none.png") << "no picture";
+  EXPECT_FALSE(thumbnail(folder / "none.png", "64"));
 }
 
 }  // namespace
