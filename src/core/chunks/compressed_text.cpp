@@ -22,7 +22,7 @@ std::optional<std::size_t> inflatable_keyword(std::span<const std::uint8_t> payl
 
 std::optional<std::vector<std::uint8_t>> inflate_text_chunk(std::span<const std::uint8_t> payload,
                                                             std::size_t keyword, std::size_t& budget,
-                                                            const char*& reason) {
+                                                            TextFault& fault) {
   // Keyword, NUL, method byte (which is not looked at), stream.
   const std::size_t head = keyword + 2;
   bool over_limit = false;
@@ -30,7 +30,7 @@ std::optional<std::vector<std::uint8_t>> inflate_text_chunk(std::span<const std:
                                           : inflate_text(payload.subspan(head),
                                                          std::min(budget, kMaximumTextBytes), over_limit);
   if (!text) {
-    reason = over_limit ? "the compressed text is too long" : "the compressed text is damaged";
+    fault = over_limit ? TextFault{FaultKind::Limit, "the compressed text is too long"} : TextFault{};
     return std::nullopt;
   }
   budget -= text->size();

@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/host.h"
 #include "core/model/chunk_record.h"
 
 namespace vellum {
@@ -12,11 +13,17 @@ namespace vellum {
 /// nothing: such a chunk stays as it is in the file, and goes back so.
 std::optional<std::size_t> inflatable_keyword(std::span<const std::uint8_t> payload);
 
+/// Why a compressed text isn't inflated.
+struct TextFault {
+  FaultKind kind = FaultKind::Damaged;
+  const char* reason = "the compressed text is damaged";
+};
+
 /// Keyword, NUL and inflated text (up to a NUL in it) of a compressed payload. `budget`, the bytes that texts
-/// may still take, is lowered. Empty, with `reason` set, when the stream is damaged or too long.
+/// may still take, is lowered. Empty, with `fault` set, when the stream is damaged or too long.
 std::optional<std::vector<std::uint8_t>> inflate_text_chunk(std::span<const std::uint8_t> payload,
                                                             std::size_t keyword, std::size_t& budget,
-                                                            const char*& reason);
+                                                            TextFault& fault);
 
 /// The payload to write for a record tagged zTXt: keyword, NUL, method 0 and the text deflated at `level`; or
 /// the raw bytes of one that was kept compressed.

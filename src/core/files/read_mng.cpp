@@ -268,9 +268,9 @@ bool take_text(MngReading& reading, const StreamChunk& chunk) {
   if (reading.open) reading.open->hasEntries = true;
   ChunkRecord record = raw_record(chunk);
   if (const auto keyword = inflatable_keyword(chunk.data)) {
-    const char* reason = nullptr;
-    const auto text = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, reason);
-    if (!text) return reading.fail(chunk, reason);
+    TextFault fault;
+    const auto text = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, fault);
+    if (!text) return reading.fail(chunk, fault.reason, fault.kind);
     record.data = ChunkHandle::copy_of(*text);
   }
   return reading.add(std::move(record), chunk);

@@ -134,9 +134,9 @@ bool append_plain_chunk(PngReading& reading, const StreamChunk& chunk) {
     record.numPlays = read_be32(&chunk.data[4]);
     record.size = 8;
   } else if (keyword) {
-    const char* reason = nullptr;
-    const auto text = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, reason);
-    if (!text) return reading.fail(chunk, reason);
+    TextFault fault;
+    const auto text = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, fault);
+    if (!text) return reading.fail(chunk, fault.reason, fault.kind);
     record.data = ChunkHandle::copy_of(*text);
   } else {
     record.data = ChunkHandle::copy_of(chunk.data);
