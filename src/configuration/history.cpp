@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "base/file.h"
+#include "base/folder_lock.h"
 #include "configuration/settings.h"
 
 namespace vellum {
@@ -124,6 +125,15 @@ void forget_file(std::vector<RecentFile>& history, const std::string& path) {
   std::erase_if(history, [&](const RecentFile& recent) { return recent.path == path; });
 }
 
+std::vector<RecentFile> change_file_history(const fs::path& file,
+                                            const std::function<void(std::vector<RecentFile>&)>& how) {
+  const FolderLock lock(file.parent_path());
+  std::vector<RecentFile> history = load_file_history(file);
+  how(history);
+  save_file_history(file, history);
+  return history;
+}
+
 std::vector<std::string> load_history(const fs::path& file, HistoryKind kind) {
   std::vector<std::string> history;
   if (settings::HistoryEnable == 0) return history;
@@ -148,6 +158,13 @@ void remember_text(std::vector<std::string>& history, std::string text, HistoryK
   std::erase(history, text);
   history.insert(history.begin(), std::move(text));
   hold_to(history, text_limit(kind));
+}
+
+void keep_in_history(const fs::path& file, std::string text, HistoryKind kind) {
+  const FolderLock lock(file.parent_path());
+  auto history = load_history(file, kind);
+  remember_text(history, std::move(text), kind);
+  save_history(file, history);
 }
 
 }  // namespace vellum

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,10 @@ void save_file_history(const std::filesystem::path& file, const std::vector<Rece
 /// Puts a file in front. A path with a line end is not taken: the list has one a line.
 void remember_file(std::vector<RecentFile>& history, RecentFile recent);
 void forget_file(std::vector<RecentFile>& history, const std::string& path);
+/// Changes the list as the file has it now and gives what became of it. What another program remembers at the
+/// same moment stays.
+std::vector<RecentFile> change_file_history(const std::filesystem::path& file,
+                                            const std::function<void(std::vector<RecentFile>&)>& how);
 
 /// What the lines of a history are: single texts, or sets of values that belong together.
 /// The colors that were chosen last are 16, whatever the settings say.
@@ -37,5 +42,8 @@ std::vector<std::string> load_history(const std::filesystem::path& file, History
 void save_history(const std::filesystem::path& file, const std::vector<std::string>& history);
 /// Puts a text in front; an empty one is not taken.
 void remember_text(std::vector<std::string>& history, std::string text, HistoryKind kind);
+/// Puts a text in front of those that a file keeps; what another program keeps there at the same moment
+/// stays.
+void keep_in_history(const std::filesystem::path& file, std::string text, HistoryKind kind);
 
 }  // namespace vellum

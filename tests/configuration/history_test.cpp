@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include "configuration/settings.h"
 #include "support/corpus.h"
@@ -79,6 +80,18 @@ TEST_F(History, TextsAreCountedByTheirKind) {
   auto values = load_history(file_, HistoryKind::Values);
   remember_text(values, "new", HistoryKind::Values);
   EXPECT_THAT(values, ElementsAre("new", "0"));
+}
+
+TEST_F(History, ProgramsThatKeepAtTheSameMomentLoseNothing) {
+  settings::HistoryMaximumCount = 64;
+  std::vector<std::jthread> programs;
+  for (int program = 0; program < 4; ++program)
+    programs.emplace_back([&, program] {
+      for (int i = 0; i < 12; ++i)
+        keep_in_history(file_, std::to_string(100 * program + i), HistoryKind::Texts);
+    });
+  programs.clear();
+  EXPECT_THAT(load_history(file_, HistoryKind::Texts), SizeIs(48));
 }
 
 TEST_F(History, OffLeavesTheFileAlone) {

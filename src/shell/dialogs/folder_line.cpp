@@ -45,9 +45,7 @@ void FolderLine::show_folder(const QString& folder) {
 }
 
 void FolderLine::remember(const QString& folder) {
-  auto folders = kept_folders();
-  remember_text(folders, folder.toStdString(), HistoryKind::Texts);
-  save_history(config_path(kHistoryName), folders);
+  keep_in_history(config_path(kHistoryName), folder.toStdString(), HistoryKind::Texts);
 }
 
 void FolderLine::take() {

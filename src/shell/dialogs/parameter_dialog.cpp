@@ -41,12 +41,6 @@ const Field* text_of(const Parameters& parameters) {
 /// As one line of a list shows it.
 QString first_line(const std::string& text) { return to_qt(text).section(u'\n', 0, 0); }
 
-void keep_line(const char* file, const std::string& line, HistoryKind kind) {
-  auto lines = load_history(config_path(file), kind);
-  remember_text(lines, line, kind);
-  save_history(config_path(file), lines);
-}
-
 }  // namespace
 
 ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWindow& window,
@@ -160,7 +154,7 @@ std::string ParameterDialog::kept_text() const {
 }
 
 void ParameterDialog::keep_text() const {
-  if (text_of(parameters_)) keep_line(parameters_.texts, kept_text(), HistoryKind::Texts);
+  if (text_of(parameters_)) keep_in_history(config_path(parameters_.texts), kept_text(), HistoryKind::Texts);
 }
 
 bool ParameterDialog::keep() {
@@ -169,7 +163,8 @@ bool ParameterDialog::keep() {
   if (!rows.empty()) store_dialog_state(*this, rows, config_path(parameters_.stateFile));
   keep_text();
   if (parameters_.history)
-    keep_line(parameters_.history, history_line(parameters_.fields, values()), HistoryKind::Values);
+    keep_in_history(config_path(parameters_.history), history_line(parameters_.fields, values()),
+                    HistoryKind::Values);
   return true;
 }
 

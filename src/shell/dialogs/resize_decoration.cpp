@@ -101,9 +101,8 @@ void decorate_resize(OperationDialog& dialog) {
     dialog.follow();
   });
   QObject::connect(&dialog, &QDialog::accepted, presets, [&dialog] {
-    auto lines = load_history(config_path(kHistoryName), HistoryKind::Values);
-    remember_text(lines, size_text(dialog.form().values()).toStdString(), HistoryKind::Values);
-    save_history(config_path(kHistoryName), lines);
+    keep_in_history(config_path(kHistoryName), size_text(dialog.form().values()).toStdString(),
+                    HistoryKind::Values);
   });
 }
 

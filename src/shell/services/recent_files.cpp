@@ -44,9 +44,10 @@ const std::string* RecentFiles::file_of(int command) const {
 }
 
 void RecentFiles::change(const std::function<void(std::vector<RecentFile>&)>& how) {
-  if (!store_.empty()) files_ = load_file_history(store_);
-  how(files_);
-  if (!store_.empty()) save_file_history(store_, files_);
+  if (store_.empty())
+    how(files_);
+  else
+    files_ = change_file_history(store_, how);
   emit changed();
 }
 

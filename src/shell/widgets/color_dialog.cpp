@@ -244,8 +244,7 @@ void ColorDialog::swap_last() {
 void ColorDialog::accept() {
   const int chosen = static_cast<int>(colour_of(color_));
   if (chosen != settings::ForeColour) settings::BackColour = std::exchange(settings::ForeColour, chosen);
-  remember_text(recent_, color_.name().toStdString(), HistoryKind::Colors);
-  save_history(config_path(kHistoryName), recent_);
+  keep_in_history(config_path(kHistoryName), color_.name().toStdString(), HistoryKind::Colors);
   QDialog::accept();
 }
 
