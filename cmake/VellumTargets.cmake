@@ -20,6 +20,10 @@ function(vellum_compile_options target)
     target_compile_options(${target} PRIVATE -fpch-preprocess -Wno-array-bounds -Wno-restrict -Wno-stringop-overflow
                                              -Wno-stringop-overread)
   endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # A time inside would keep precompiled headers out of ccache.
+    target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
+  endif()
   if(CMAKE_BUILD_TYPE STREQUAL "Release")
     # The tables of functions are filled at the start and then written no more.
     target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)

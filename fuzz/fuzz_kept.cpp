@@ -18,9 +18,7 @@ void copies(const std::string& path) {
   if (!read_recovery_copy(path, window)) return;
   const std::size_t entries = window.list.size(), levels = window.undoLevels.size();
   check(write_recovery_copy(window, path, 0));
-  // The values of a header that somebody made up may be none that a copy may have once its counts are made
-  // anew.
-  if (!read_recovery_copy(path, again)) return;
+  check(read_recovery_copy(path, again));
   check(again.list.size() == entries && again.undoLevels.size() == levels);
   while (undo_pop(again)) {
   }

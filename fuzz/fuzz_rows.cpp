@@ -3,13 +3,10 @@
 // same frames and canvas; what is refused says why, once, and changes nothing.
 #include "fuzz_rows.h"
 #include "core/files/open_document.h"
-#include "core/files/read_mng.h"
-#include "core/files/read_png.h"
-#include "core/files/read_webp.h"
 #include "core/files/save_document.h"
 #include "core/model/kind_table.h"
 #include "core/settings.h"
-#include "fuzz_support.h"
+#include "fuzz_readers.h"
 #include "image/settings.h"
 #include "operations/operation.h"
 
@@ -17,13 +14,6 @@ using namespace vellum;
 using namespace vellum::fuzz;
 
 namespace {
-
-struct Reader {
-  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const FileContent> owner);
-  std::uint64_t (*pixels)(Input);
-};
-
-constexpr Reader kReaders[] = {{read_png, png_pixels}, {read_mng, mng_pixels}, {read_webp, webp_pixels}};
 
 constexpr std::uint64_t kMostPixels = 4'000;  ///< larger canvases only make the fuzzer slow
 constexpr std::int64_t kMostNumber = 100;     ///< of a side or a count, for the same reason

@@ -21,6 +21,7 @@
 #include "exchange/exporter.h"
 #include "exchange/importer.h"
 #include "fuzz_rows.h"
+#include "image/graphic_file.h"
 #include "image/palette_file.h"
 #include "operations/operation.h"
 #include "operations/tile_groups.h"
@@ -189,6 +190,41 @@ void make_kept_and_edits(const fs::path& seeds) {
   write(seeds / "histories/files", "/a/one.png\n/b/two words.mng\n");
 }
 
+/// Documents behind the bytes that say what is done with them; pictures in each format; what dialogs hold and
+/// what is typed.
+void make_playing_and_pictures(const fs::path& seeds) {
+  for (std::size_t reader = 0; reader < 3; ++reader)
+    for (const char wanted : {0, 1, 2, 3}) {
+      const auto [target, kind] = kTargets[reader + 1];
+      const std::string head{static_cast<char>(reader), wanted};
+      const std::string file(text_of(file_of(small_document(kind, 3, wanted % 2 == 0 ? 6 : 2))));
+      for (const char* name : {"play", "convert", "reconstruct"})
+        write(seeds / name / (std::string(target) + static_cast<char>('0' + wanted)), head + file);
+    }
+  const testing::ScratchFolder scratch;
+  const Palette palette = {255, 0, 0, 0, 255, 0, 0, 0, 255};
+  char writer = 0;
+  for (const GraphicFileModule& module : graphic_file_modules()) {
+    ++writer;
+    for (const std::uint32_t bits : {1, 4, 8, 24, 32}) {
+      Picture picture = PictureCreate(9, 7, &palette, bits);
+      for (std::uint32_t x = 0; x < 7; ++x) PicturePutPixel(picture, x, x, bits > 8 ? 0xFF336699 : 1);
+      const fs::path file = scratch / ("a." + std::string(module.extension));
+      if (GraphicFileWrite(file.string(), picture))
+        write(seeds / "picture" / (std::string(module.extension) + std::to_string(bits)),
+              std::string{writer} + std::string(text_of(testing::file_bytes(file))));
+    }
+  }
+  write(seeds / "dialog_state/lines",
+        "DlgItem_000001=CHKB,1\nDlgItem_000012=TEDT,two\\nlines\r\nDlgItem_-1=SPNF,0.50\n");
+  for (std::size_t row = 0; row < operation_table().size(); ++row) {
+    std::string typed(1, static_cast<char>(row));
+    for (const Field& field : operation_table()[row]->parameters.fields)
+      typed += "--" + std::string(field.name) + '\0' + field_value_text(field, initial_value(field)) + '\0';
+    write(seeds / "command_line" / operation_table()[row]->parameters.name, typed);
+  }
+}
+
 void make_dictionaries(const fs::path& folder) {
   std::set<std::string> tags;
   for (const ChunkRow& row : chunk_table()) tags.insert('"' + tag_letters(row.tag) + "\"\n");
@@ -217,6 +253,7 @@ int main(int count, char** arguments) {
   make_blocks_and_payloads(seeds);
   make_texts_and_movies(seeds);
   make_kept_and_edits(seeds);
+  make_playing_and_pictures(seeds);
   write(seeds / "configuration/defaults", config_text(0));
   make_dictionaries(folder);
 }

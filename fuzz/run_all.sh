@@ -2,13 +2,13 @@
 # Runs each built fuzz target over its seeds for a while, as many at a time as there are processors:
 #   fuzz/run_all.sh SECONDS [TARGET...]
 # FUZZ_SEED makes the runs repeat themselves (0: other ones each time).
-# What makes one fail is kept in build/fuzz/found, and the failure is shown.
+# What makes one fail is kept in build/debug/found, and the failure is shown.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=$1
 shift
-[[ $# -gt 0 ]] || set -- $(cd fuzz/seeds && ls)
-found=$PWD/build/fuzz/found
+[[ $# -gt 0 ]] || set -- $(find build/debug/bin -name 'fuzz_*' -printf '%f\n' | sed 's/^fuzz_//' | sort)
+found=$PWD/build/debug/found
 mkdir -p "$found"
 export seconds found
 # What the libraries keep until the end is theirs.
@@ -20,7 +20,7 @@ fuzz_one() {
   [[ -f $words ]] || words=fuzz/chunks.dict
   grown=$(mktemp -d)
   log=$(mktemp)
-  build/fuzz/bin/fuzz_"$name" -seed="${FUZZ_SEED:-0}" -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=4096 -timeout=30 -close_fd_mask=1 \
+  build/debug/bin/fuzz_"$name" -seed="${FUZZ_SEED:-0}" -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=4096 -timeout=30 -close_fd_mask=1 \
     -print_final_stats=1 -artifact_prefix="$found/$name-" -dict="$words" "$grown" "fuzz/seeds/$name" >"$log" 2>&1 || status=$?
   if [[ $status -eq 0 ]]; then
     printf '%-14s %9s runs, %5s features, from %s seeds\n' "$name" \

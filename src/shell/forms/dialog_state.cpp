@@ -13,6 +13,7 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "configuration/dialog_lines.h"
 #include "shell/forms/color_button.h"
 #include "shell/forms/number_edit.h"
 #include "shell/look/text.h"
@@ -20,8 +21,6 @@
 namespace vellum {
 namespace {
 
-constexpr std::string_view kKey = "DlgItem_";
-constexpr std::size_t kTagLetters = 4;
 constexpr std::uint64_t kLongestFile = 1 << 20;
 
 /// A control on its way to or from the file.
@@ -29,22 +28,6 @@ struct Item {
   QWidget* widget;  ///< null for a plain value
   const DialogStateRow& row;
 };
-
-/// A text fits a line.
-std::string escaped(std::string_view text) {
-  std::string line;
-  for (const char c : text) line += c == '\\' ? "\\\\" : c == '\n' ? "\\n" : std::string(1, c);
-  return line;
-}
-std::string unescaped(std::string_view line) {
-  std::string text;
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    const bool escape = line[i] == '\\' && i + 1 < line.size();
-    if (escape) ++i;
-    text += escape && line[i] == 'n' ? '\n' : line[i];
-  }
-  return text;
-}
 
 std::string signed_text(int value) { return std::to_string(value); }
 std::string unsigned_text(std::uint32_t value) { return std::to_string(value); }
@@ -71,13 +54,13 @@ void set_index(const Item& item, std::string_view text) {
 
 std::optional<std::string> get_chosen_text(const Item& item) {
   auto* list = qobject_cast<QComboBox*>(item.widget);
-  return list ? std::optional(escaped(list->currentText().toStdString())) : std::nullopt;
+  return list ? std::optional(escaped_line(list->currentText().toStdString())) : std::nullopt;
 }
 /// A text that is no longer in the list leaves what is chosen.
 void set_chosen_text(const Item& item, std::string_view text) {
   auto* list = qobject_cast<QComboBox*>(item.widget);
   const int index =
-      list ? list->findText(to_qt(unescaped(text)), Qt::MatchExactly | Qt::MatchCaseSensitive) : -1;
+      list ? list->findText(to_qt(unescaped_line(text)), Qt::MatchExactly | Qt::MatchCaseSensitive) : -1;
   if (index >= 0) list->setCurrentIndex(index);
 }
 
@@ -90,14 +73,15 @@ void set_color(const Item& item, std::string_view text) {
 }
 
 std::optional<std::string> get_text(const Item& item) {
-  if (auto* line = qobject_cast<QLineEdit*>(item.widget)) return escaped(line->text().toStdString());
+  if (auto* line = qobject_cast<QLineEdit*>(item.widget)) return escaped_line(line->text().toStdString());
   if (auto* lines = qobject_cast<QPlainTextEdit*>(item.widget))
-    return escaped(lines->toPlainText().toStdString());
-  if (auto* list = qobject_cast<QComboBox*>(item.widget)) return escaped(list->currentText().toStdString());
+    return escaped_line(lines->toPlainText().toStdString());
+  if (auto* list = qobject_cast<QComboBox*>(item.widget))
+    return escaped_line(list->currentText().toStdString());
   return std::nullopt;
 }
 void set_text(const Item& item, std::string_view text) {
-  const QString value = to_qt(unescaped(text));
+  const QString value = to_qt(unescaped_line(text));
   if (auto* line = qobject_cast<QLineEdit*>(item.widget)) line->setText(value);
   if (auto* lines = qobject_cast<QPlainTextEdit*>(item.widget)) lines->setPlainText(value);
   if (auto* list = qobject_cast<QComboBox*>(item.widget)) list->setEditText(value);
@@ -204,21 +188,15 @@ std::string line_of(const Item& item, int member) {
   const TagRow* tag = find_tag(item.row.tag);
   const auto text = tag ? tag->get(item) : std::nullopt;
   if (!text || (item.row.tag == kRadio && *text != "1")) return {};
-  return format_text("DlgItem_%06d=%.4s,%s\n", item.row.id + member, item.row.tag, text->c_str());
+  return dialog_line({item.row.id + member, item.row.tag, *text});
 }
 
-void take_line(QDialog& dialog, std::span<const DialogStateRow> rows, std::string_view line) {
-  const std::size_t equals = line.find('=');
-  const std::size_t comma = line.find(',', equals == std::string_view::npos ? 0 : equals);
-  if (!line.starts_with(kKey) || equals == std::string_view::npos || comma != equals + 1 + kTagLetters)
-    return;
-  const int id = to_qt(line.substr(kKey.size(), equals - kKey.size())).toInt();
-  const std::string_view tag = line.substr(equals + 1, kTagLetters);
+void take_state(QDialog& dialog, std::span<const DialogStateRow> rows, const DialogLine& line) {
   for (const DialogStateRow& row : rows) {
-    const int member = id - row.id;
-    if (member < 0 || member >= std::max(row.members, 1) || row.tag != tag) continue;
-    if (const TagRow* found = find_tag(tag))
-      found->set({find_widget(dialog, row, member), row}, line.substr(comma + 1));
+    const std::int64_t member = std::int64_t{line.id} - row.id;
+    if (member < 0 || member >= std::max(row.members, 1) || row.tag != line.tag) continue;
+    if (const TagRow* found = find_tag(line.tag))
+      found->set({find_widget(dialog, row, static_cast<int>(member)), row}, line.text);
     return;
   }
 }
@@ -243,13 +221,8 @@ void restore_dialog_state(QDialog& dialog, std::span<const DialogStateRow> rows,
   const auto content = read_file(file, reason, kLongestFile);
   if (!content) return;
   std::string_view rest(reinterpret_cast<const char*>(content->data()), content->size());
-  while (!rest.empty()) {
-    const std::size_t end = std::min(rest.find('\n'), rest.size());
-    std::string_view line = rest.substr(0, end);
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    take_line(dialog, rows, line);
-    rest.remove_prefix(std::min(end + 1, rest.size()));
-  }
+  while (!rest.empty())
+    if (const auto line = parse_dialog_line(take_line(rest))) take_state(dialog, rows, *line);
 }
 
 }  // namespace vellum
