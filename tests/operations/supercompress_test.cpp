@@ -219,7 +219,8 @@ TEST(Supercompress, StreamsAreKeptUntilAPictureChangesAndAStopLeavesTheRest) {
   SaveOptions stored;
   stored.compression = 0;
   write_document(window, DocumentKind::APNG, memory_sink(bytes), stored, host);
-  EXPECT_NE(std::ranges::search(bytes, stream->pieces().front()).begin(), bytes.end())
+  const auto piece = stream->pieces().front();
+  EXPECT_NE(std::search(bytes.begin(), bytes.end(), piece.begin(), piece.end()), bytes.end())
       << "the file holds them";
   record_take_pixels(record, DocumentKind::APNG, testing::small_picture(6, 4, 24, 9));
   EXPECT_FALSE(stored_image_of(record.data));

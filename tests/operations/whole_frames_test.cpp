@@ -27,7 +27,7 @@ using testing::Recorder;
 using testing::small_document;
 using testing::small_picture;
 
-constexpr auto P = DocumentKind::PING, A = DocumentKind::APNG, M = DocumentKind::MING, W = DocumentKind::WEBP;
+constexpr auto A = DocumentKind::APNG, M = DocumentKind::MING, W = DocumentKind::WEBP;
 
 /// What plays, as bytes of the canvases.
 std::vector<std::string> canvases(const DocumentWindow& window, std::size_t least = 0) {
