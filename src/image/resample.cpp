@@ -32,14 +32,39 @@ Picture point_sampled(const Picture& source, std::uint32_t width, std::uint32_t 
   return result;
 }
 
-Picture filtered(const Picture& source, std::uint32_t width, std::uint32_t height, ResampleFilter filter,
-                 double blur) {
-  const ResampleAxis across = resample_axis(source.width(), width, filter, blur);
-  const ResampleAxis down = resample_axis(source.height(), height, filter, blur);
+PassOrder cheaper_order(const Picture& source, std::uint32_t width, std::uint32_t height) {
   const std::uint64_t down_first = (std::uint64_t{source.height()} + height) * width;
   const std::uint64_t across_first = (std::uint64_t{source.width()} + width) * height;
-  return resample_passes(source, across, down,
-                         down_first <= across_first ? PassOrder::DownFirst : PassOrder::AcrossFirst);
+  return down_first <= across_first ? PassOrder::DownFirst : PassOrder::AcrossFirst;
+}
+
+Picture filtered(const Picture& source, std::uint32_t width, std::uint32_t height, ResampleFilter filter,
+                 double blur) {
+  return resample_passes(source, resample_axis(source.width(), width, filter, blur),
+                         resample_axis(source.height(), height, filter, blur),
+                         cheaper_order(source, width, height));
+}
+
+/// What an axis reads of its source; its positions are counted from there afterwards.
+struct SourceSpan {
+  std::int32_t begin, end;
+};
+
+SourceSpan cut_to_source(ResampleAxis& axis) {
+  std::uint32_t begin = UINT32_MAX, end = 0;
+  for (const auto& position : axis.positions) {
+    begin = std::min(begin, position.first);
+    end = std::max(end, position.first + position.count);
+  }
+  for (auto& position : axis.positions) position.first -= begin;
+  return {static_cast<std::int32_t>(begin), static_cast<std::int32_t>(end)};
+}
+
+ResampleFilter settled(ResampleFilter filter, const Picture& picture, std::uint32_t width,
+                       std::uint32_t height) {
+  if (filter != ResampleFilter::Automatic) return filter;
+  const bool grows = std::uint64_t{width} * height > std::uint64_t{picture.width()} * picture.height();
+  return grows ? ResampleFilter::Mitchell : ResampleFilter::Lanczos;
 }
 
 /// The colors of a palette that can be matched, and what stands for transparency.
@@ -62,7 +87,6 @@ struct OpaqueEntries {
   }
 };
 
-/// A picture of 24 or 32 bits in the colors and the depth of an indexed one.
 Picture back_to_palette(const Picture& scaled, const Picture& like, const PaletteUse& use) {
   const OpaqueEntries opaque(like, use);
   const Palette palette = palette_of(like);
@@ -101,15 +125,35 @@ Picture PictureResample(const Picture& picture, std::uint32_t width, std::uint32
                         ResampleFilter filter, double blur, const PaletteUse& use) try {
   if (!has_rows(picture) || !size_allowed(width, height)) return {};
   if (width == picture.width() && height == picture.height() && blur == 1) return PictureDuplicate(picture);
-  if (filter == ResampleFilter::Automatic) {
-    const bool grows = std::uint64_t{width} * height > std::uint64_t{picture.width()} * picture.height();
-    filter = grows ? ResampleFilter::Mitchell : ResampleFilter::Lanczos;
-  }
+  filter = settled(filter, picture, width, height);
   if (filter == ResampleFilter::Point) return point_sampled(picture, width, height);
   return picture.bits() <= 8 ? filtered_in_palette(picture, width, height, filter, blur, use)
                              : filtered(picture, width, height, filter, blur);
 } catch (const std::bad_alloc&) {
   return {};
+}
+
+Picture PictureResamplePart(const Picture& picture, std::uint32_t width, std::uint32_t height,
+                            const PictureRect& part, ResampleFilter filter, double blur) try {
+  if (!has_rows(picture) || picture.bits() < 24 || !size_allowed(width, height)) return {};
+  if (width == picture.width() && height == picture.height() && blur == 1) return PictureCrop(picture, part);
+  filter = settled(filter, picture, width, height);
+  const auto axis = [&](std::uint32_t from, std::uint32_t to, std::int32_t begin, std::int32_t end) {
+    return resample_axis(from, to, filter, blur, static_cast<std::uint32_t>(begin),
+                         static_cast<std::uint32_t>(end));
+  };
+  ResampleAxis across = axis(picture.width(), width, part.left, part.right),
+               down = axis(picture.height(), height, part.top, part.bottom);
+  const SourceSpan x = cut_to_source(across), y = cut_to_source(down);
+  const Picture source = PictureCrop(picture, {x.begin, y.begin, x.end, y.end});
+  if (!source) return {};
+  return resample_passes(source, across, down, cheaper_order(picture, width, height));
+} catch (const std::bad_alloc&) {
+  return {};
+}
+
+Picture PictureInColoursOf(const Picture& picture, const Picture& like, const PaletteUse& use) {
+  return back_to_palette(picture, like, use);
 }
 
 Picture PictureScalePercent(const Picture& picture, double x_percent, double y_percent,

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "image/picture.h"
+#include "image/picture_operations.h"
 #include "image/resample_filter.h"
 
 namespace vellum {
@@ -23,6 +23,15 @@ struct PaletteUse {
 /// exhausted.
 Picture PictureResample(const Picture& picture, std::uint32_t width, std::uint32_t height,
                         ResampleFilter filter, double blur = 1, const PaletteUse& use = {});
+
+/// The pixels of `part`, which lies inside of `width` x `height`, as PictureResample of a picture of 24 or 32
+/// bits has them, made from the source around it alone. Null as there.
+Picture PictureResamplePart(const Picture& picture, std::uint32_t width, std::uint32_t height,
+                            const PictureRect& part, ResampleFilter filter, double blur = 1);
+
+/// A picture of 24 or 32 bits in the colors and the depth of the indexed one `like`, as PictureResample makes
+/// its results so.
+Picture PictureInColoursOf(const Picture& picture, const Picture& like, const PaletteUse& use);
 
 /// Scaled by per cent of each side, rounded, at least 1 pixel.
 Picture PictureScalePercent(const Picture& picture, double x_percent, double y_percent,

@@ -131,7 +131,8 @@ ResampleFilter resample_filter_of(int index) {
   return static_cast<ResampleFilter>(std::clamp(index, 0, static_cast<int>(std::size(kFilters)) - 1));
 }
 
-ResampleAxis resample_axis(std::uint32_t source, std::uint32_t target, ResampleFilter filter, double blur) {
+ResampleAxis resample_axis(std::uint32_t source, std::uint32_t target, ResampleFilter filter, double blur,
+                           std::uint32_t begin, std::uint32_t end) {
   const ResampleFilterRow& row = kFilters[static_cast<std::size_t>(filter)];
   const Scaling scaling(source, target, row.support * blur);
   const double scale = std::max(static_cast<double>(target) / source, kLeastScale);
@@ -139,18 +140,20 @@ ResampleAxis resample_axis(std::uint32_t source, std::uint32_t target, ResampleF
   const double support = stretch * row.support;
   const bool is_box = row.kernel == box;
   ResampleAxis axis;
-  axis.positions.reserve(target);
+  end = std::min(end, target);
+  axis.positions.reserve(end - begin);
   axis.weights.reserve(
-      static_cast<std::size_t>(target * std::min(2 * support + 3, static_cast<double>(source))));
-  for (std::uint32_t i = 0; i < target; ++i) {
+      static_cast<std::size_t>((end - begin) * std::min(2 * support + 3, static_cast<double>(source))));
+  for (std::uint32_t i = begin; i < end; ++i) {
     const double center = (i + 0.5) / scale;
-    const std::size_t begin = axis.weights.size();
+    const std::size_t first_weight = axis.weights.size();
     Interval interval(scaling.end(i, -1), scaling.end(i, 1), is_box, source);
     if (!(support >= 0.5)) interval.end = interval.first;
     // The interval has decided what stands on an end of the box.
     for (std::uint32_t at = interval.first; at < interval.end; ++at)
       axis.weights.push_back(is_box ? 1 : row.kernel((at + 0.5 - center) / stretch));
-    add_position(axis, begin, interval.first, std::min(static_cast<std::uint32_t>(center), source - 1));
+    add_position(axis, first_weight, interval.first,
+                 std::min(static_cast<std::uint32_t>(center), source - 1));
   }
   return axis;
 }

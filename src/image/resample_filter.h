@@ -56,7 +56,8 @@ struct ResampleAxis {
 };
 
 /// `blur` stretches the kernel: above 1 blurs, below 1 sharpens. A support below half a pixel takes the
-/// nearest source position alone.
-ResampleAxis resample_axis(std::uint32_t source, std::uint32_t target, ResampleFilter filter, double blur);
+/// nearest source position alone. Only the target positions from `begin` to in front of `end` are made.
+ResampleAxis resample_axis(std::uint32_t source, std::uint32_t target, ResampleFilter filter, double blur,
+                           std::uint32_t begin = 0, std::uint32_t end = UINT32_MAX);
 
 }  // namespace vellum

@@ -7,7 +7,10 @@
 #include "core/chunks/chunk_field_sets.h"
 #include "core/edit/document_colors.h"
 #include "core/edit/edit_closing.h"
+#include "core/edit/frame_layer.h"
 #include "core/model/frame_values.h"
+#include "image/held_picture.h"
+#include "image/png_form.h"
 #include "image/resample.h"
 #include "operations/change_pictures.h"
 #include "operations/clips.h"
@@ -129,13 +132,76 @@ void scale_clips(ChunkRecord& record, const Axes& axes) {
   });
 }
 
+/// Whether the canvas has just these pixels at a place that lies on it.
+bool shows(const Picture& canvas, std::int64_t left, std::int64_t top, const Picture& picture) {
+  const bool deep = canvas.bits() == 32;
+  const std::size_t canvas_bytes = canvas.bits() / 8, bytes = picture.bits() / 8;
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t *own = picture.row(y), *shown = canvas.row(static_cast<std::uint32_t>(top + y)) +
+                                                       canvas_bytes * static_cast<std::size_t>(left);
+    if (canvas_bytes == bytes && std::equal(own, own + bytes * picture.width(), shown)) continue;
+    for (std::uint32_t x = 0; x < picture.width(); ++x, own += bytes, shown += canvas_bytes) {
+      const std::uint8_t alpha = bytes == 4 ? own[3] : 255;
+      if (alpha != (deep ? shown[3] : 255) || (alpha != 0 && !std::equal(own, own + 3, shown))) return false;
+    }
+  }
+  return true;
+}
+
+/// A part of the canvas in the form of a frame's picture; null where that can't be.
+Picture in_form_of(const Picture& part, const Picture& picture, const PaletteUse& use) {
+  if (!part || part.bits() == picture.bits()) return part;
+  if (picture.bits() <= 8) return PictureInColoursOf(part, picture, use);
+  if (picture.bits() == 32) return PictureToTrueColorAlpha(part);
+  return picture_content(part).opaque ? PictureToTrueColor(part) : Picture();
+}
+
+/// Frames that are a part of the canvas, with what lies around them weighing in at their edges: else seams
+/// would show where frames meet. By frame; null where a frame shows something other than its own picture,
+/// as where the canvas shines through, and is resized alone.
+bool resize_parts(const DocumentWindow& draft, const ResizeAnimation& resize, const Axes& axes,
+                  std::vector<HeldPicture>& parts, Host& host) {
+  const auto entries = frame_entries(draft);
+  const Extent canvas = document_size(draft.list, draft.document);
+  const auto is_part = [&](std::size_t entry) {
+    const Picture picture = picture_of(draft.list.record(entry));
+    return picture && (picture.width() < canvas.width || picture.height() < canvas.height);
+  };
+  parts.assign(entries.size(), {});
+  if (!filters(draft, resize) || std::ranges::none_of(entries, is_part)) return true;
+  const FrameSource source = frame_source_of(draft);
+  const auto transparency = document_transparency(draft.list);
+  return for_each_canvas(draft, CanvasDepth::AsNeeded, host, [&](std::size_t i, const Picture& shown) {
+    const ChunkRecord& record = draft.list.record(entries[i]);
+    const FrameLayer layer = is_part(entries[i]) ? frame_layer_of(source, record) : FrameLayer{};
+    const FrameOffset at = layer.offset;
+    if (!layer.picture || at.x < 0 || at.y < 0 || at.x + layer.picture.width() > shown.width() ||
+        at.y + layer.picture.height() > shown.height() || !shows(shown, at.x, at.y, layer.picture))
+      return true;
+    FrameWork frame{i, record, picture_of(record), at};
+    Work work = work_of(draft, frame, axes, transparency);
+    work.use.transparency = work.table;
+    const PictureRect rect{held(work.x.at), held(work.y.at), held(work.x.at + work.x.length),
+                           held(work.y.at + work.y.length)};
+    const Picture part =
+        PictureResamplePart(shown, resize.width, resize.height, rect, resize.filter, resize.blur);
+    // What is laid over the canvas would show what it lies on where the surroundings shine through.
+    if (part && (!layer.over || picture_content(part).opaque))
+      parts[i] = hold_picture(in_form_of(part, work.picture, work.use));
+    return true;
+  });
+}
+
 /// All frames and the default image.
 bool resize_images(DocumentWindow& draft, const ResizeAnimation& resize, const Axes& axes, Host& host) {
   const auto transparency = document_transparency(draft.list);
   const FrameList all = all_frames(frame_entries(draft).size());
+  std::vector<HeldPicture> parts;
+  if (!resize_parts(draft, resize, axes, parts, host)) return false;
   return change_pictures(draft, all, string_text(StringId::BuildingCaption), host, [&](FrameWork& frame) {
     const Work work = work_of(draft, frame, axes, transparency);
-    frame.picture = resized(work, resize);
+    const bool has_part = frame.frame < parts.size() && parts[frame.frame];
+    frame.picture = has_part ? std::exchange(parts[frame.frame], {}).picture() : resized(work, resize);
     frame.offset = {held(work.x.at), held(work.y.at)};
     scale_clips(frame.record, axes);
     return static_cast<bool>(frame.picture);
