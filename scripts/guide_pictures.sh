@@ -4,8 +4,10 @@
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
-programs=$1
+programs=$(cd "$1" && pwd)
 pictures=${2:-$here/../docs/pictures}
+mkdir -p "$pictures"
+pictures=$(cd "$pictures" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export HOME="$work" XDG_RUNTIME_DIR="$work" XDG_CONFIG_HOME="$work/config" XDG_STATE_HOME="$work/state" QT_QPA_PLATFORM=offscreen
@@ -26,7 +28,7 @@ row() { "$programs/vellum" list "$work/$1" | sed -n "s/^ *\([0-9]*\): .*$2.*/\1/
 
 take() {  # NAME COMMAND FILE [ROW]
   mkdir -p "$(dirname "$pictures/$1.png")"
-  "$programs/vellumcraft" --set WarnWatermark=0 --set WatermarkFileDateFlags=1 --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
+  "$programs/vellumcraft" --set WarnWatermark=0 --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
 }
 
 # The editor of an entry is command 205.
@@ -67,11 +69,20 @@ manage 62 apng.png
 properties 118 apng.png
 ROWS
 
-# Operations, with what a person typed the last time.
+# Operations, with what a person typed the last time. Names in forms stand without a folder.
+cd "$work"
 config="$work/config/Tarnwick"
 mkdir -p "$config"
 printf '%s\n' "$work/apng.png" "$work/frames/frame_00000.png" "$work/webp.webp" > "$config/CombineFiles.txt"
 printf 'DlgItem_000001=TEDT,Frame %%n of %%t\nDlgItem_000011=CHKB,1\n' > "$config/TextOverlayState.txt"
+printf 'A paper boat, far from any shore\n' > "$config/EditCaptionHistory.txt"
+printf 'Paper boat\n' > "$config/EditWatermarkHistory.txt"
+vellum resize "$work/apng.png" "$work/small.png" --percent 30
+vellum frame "$work/small.png" "$work/framed.png" --thickness 3 --color FFFFFF
+vellum titles "$work/apng.png" "$work/credits.png" --title "Paper boat" --no-show-credits
+printf 'DlgItem_000002=TEDT,credits.png\n' > "$config/MergeState.txt"
+printf 'DlgItem_000001=TEDT,framed.png\nDlgItem_000002=CBOX,8\n' > "$config/OverlayState.txt"
+take operations/move 320 apng.png "$(row apng.png fdAT)"
 while read -r name command; do
   take "operations/$name" "$command" apng.png
 done << 'ROWS'

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "image/alpha_rows.h"
+#include "image/alpha_runs.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
@@ -58,6 +59,21 @@ bool for_each_masked(Picture& picture, std::int64_t x, std::int64_t y, const Mas
   return true;
 }
 
+/// Pixels with alpha over opaque ones of 24 bits.
+void lay_row_on_24(std::uint8_t* out, const std::uint8_t* in, std::size_t width, std::uint32_t percent) {
+  std::array<std::uint8_t, 4 * kPixelRun> pixels;
+  for (std::size_t x = 0; x < width; x += kPixelRun, out += 3 * kPixelRun, in += 4 * kPixelRun) {
+    const std::size_t count = std::min(kPixelRun, width - x);
+    if (percent != 100 || !is_opaque_run(in, count)) {
+      cover_row(pixels.data(), 4, out, count);
+      lay_row(pixels.data(), in, count, percent, true);
+      take_colors(out, pixels.data(), count);
+    } else {
+      take_colors(out, in, count);
+    }
+  }
+}
+
 }  // namespace
 
 bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture& top, std::uint32_t percent,
@@ -83,10 +99,12 @@ bool lay_picture(Picture& picture, std::int64_t x, std::int64_t y, const Picture
       lay_row(out, in, count, percent, how == Lay::Atop);
       continue;
     }
-    for (std::size_t i = 0; i < count; ++i, out += out_bytes, in += in_bytes) {
-      const std::uint32_t alpha = !clear ? whole : percent == 100 ? in[3] : (in[3] * percent + 50) / 100;
-      if (alpha != 0) lay_pixel(out, deep, in, alpha, how);
+    if (clear) {
+      lay_row_on_24(out, in, count, percent);
+      continue;
     }
+    for (std::size_t i = 0; i < count; ++i, out += out_bytes, in += in_bytes)
+      if (whole != 0) lay_pixel(out, deep, in, whole, how);
   }
   return true;
 }

@@ -94,9 +94,12 @@ bool breaks_words(PangoLayout* layout) {
   int count = 0;
   const PangoLogAttr* attributes = pango_layout_get_log_attrs_readonly(layout, &count);
   const char* text = pango_layout_get_text(layout);
+  glong at = 0;
+  int index = 0;
   for (const GSList* item = pango_layout_get_lines_readonly(layout); item && item->next; item = item->next) {
-    const auto* next = static_cast<const PangoLayoutLine*>(item->next->data);
-    const glong at = g_utf8_pointer_to_offset(text, text + next->start_index);
+    const int next = static_cast<const PangoLayoutLine*>(item->next->data)->start_index;
+    at += g_utf8_pointer_to_offset(text + index, text + next);
+    index = next;
     if (at < count && !attributes[at].is_line_break) return true;
   }
   return false;

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "core/edit/paste_chunks.h"
+#include "operations/field_rows.h"
 #include "operations/operation_rows.h"
 #include "operations/second_file.h"
 
@@ -11,7 +12,7 @@ namespace {
 constexpr std::int64_t kMostImages = 1'000'000'000;
 
 constexpr Field kFields[] = {
-    file_field("with", "File"),
+    kept(file_field("with", "File"), 2),
     {.name = "after",
      .label = "Insert after image",
      .most = kMostImages,

@@ -45,6 +45,10 @@ void fit(std::vector<Field>& fields, const DocumentWindow& window) {
   fields[1].initial = std::clamp<std::int64_t>(behind - entries.begin(), 1, fields[1].most);
 }
 
+const char* settle(FieldValues&, const DocumentWindow&, const GivenFields& given) {
+  return given.contains("image") ? nullptr : "give one of --before and --after";
+}
+
 bool move_or_copy(OperationRun& run, bool copy) {
   DocumentWindow& draft = run.draft;
   const auto entries = frame_entries(draft);
@@ -80,6 +84,7 @@ constinit const Operation kMove{
             .fields = kFields,
             .options = kOptions,
             .fit = fit,
+            .settle = settle,
         },
     .scoped = true,
     .ofSelected = true,
@@ -98,6 +103,7 @@ constinit const Operation kCopy{
             .fields = kFields,
             .options = kOptions,
             .fit = fit,
+            .settle = settle,
         },
     .scoped = true,
     .ofSelected = true,

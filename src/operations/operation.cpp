@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/edit/deep_samples.h"
+#include "core/model/kind_table.h"
 #include "operations/convert_colors.h"
 #include "operations/manage_frames.h"
 #include "operations/reconstruct.h"
@@ -23,6 +24,14 @@ bool prepare_draft(DocumentWindow& draft, unsigned needs, Host& host) {
   if (!(needs & kTrueColor)) return true;
   return convert_colors(draft, {.colorType = has_transparency(draft) ? std::uint8_t{6} : std::uint8_t{2}},
                         host);
+}
+
+/// "it takes animated PNG, MNG".
+std::string kinds_of(const Parameters& parameters) {
+  std::string names;
+  for (const DocumentKind kind : parameters.kinds)
+    names.append(names.empty() ? "it takes " : ", ").append(kind_row(kind).name);
+  return names;
 }
 
 bool work_on(const Operation& operation, DocumentWindow& draft, OperationRun& run, unsigned needs) {
@@ -77,7 +86,8 @@ bool run_operation(const Operation& operation, DocumentWindow& window, const Fie
     return false;
   };
   if (frame_entries(window).empty()) return tell(StringId::NoImagesHere);
-  if (!takes_kind(operation.parameters, window.document.kind)) return tell(StringId::WrongKindOfDocument);
+  if (!takes_kind(operation.parameters, window.document.kind))
+    return tell(StringId::WrongKindOfDocument, kinds_of(operation.parameters));
   if (const auto fault = check_values(operation.parameters, values, window)) {
     if (host.message) host.message({fault->id, {}, fault->text, {}, nullptr});
     return false;

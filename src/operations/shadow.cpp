@@ -83,22 +83,6 @@ Place place_of(const FieldValues& values, const Extent& frame) {
           static_cast<std::uint32_t>(values.number("softness"))};
 }
 
-Mask shadow_of(const Picture& picture, const Place& place) {
-  Mask mask(place.width, place.height);
-  const auto x0 = static_cast<std::uint32_t>(place.left + place.x),
-             y0 = static_cast<std::uint32_t>(place.top + place.y);
-  for (std::uint32_t y = 0; y < picture.height(); ++y) {
-    std::uint8_t* out = mask.row(y0 + y) + x0;
-    const std::uint8_t* in = picture.row(y);
-    if (picture.bits() != 32)
-      std::memset(out, 255, picture.width());
-    else
-      for (std::uint32_t x = 0, width = picture.width(); x < width; ++x) out[x] = in[4 * x + 3];
-  }
-  blur_mask(mask, place.softness);
-  return mask;
-}
-
 /// Pixels of black for each value of a mask.
 using Blacks = std::array<std::uint32_t, 256>;
 
@@ -121,15 +105,30 @@ void keep_hidden_colors(std::uint8_t* out, const std::uint8_t* in, std::uint32_t
     if (in[3] == 0 && out[3] == 0) std::memcpy(out, in, 4);
 }
 
-Picture with_shadow(const Picture& frame, const FieldValues& values) {
-  const Picture picture = frame.bits() == 32 ? frame : PictureToTrueColorAlpha(frame);
+/// The shadow alone, on the new canvas.
+Picture shadow_of(const Picture& frame, const FieldValues& values) {
   const Place place = place_of(values, {frame.width(), frame.height()});
   Picture result = create_rows(place.width, place.height, nullptr, 32);
   const EditRows rows(result);
-  if (!picture || !rows) return {};
-  const Mask mask = shadow_of(frame, place);
+  if (!rows) return {};
+  Mask mask(place.width, place.height);
+  const Mask alpha = alpha_of(frame);
+  for (std::uint32_t y = 0; y < alpha.height; ++y)
+    std::copy_n(alpha.row(y), alpha.width,
+                mask.row(static_cast<std::uint32_t>(place.top + place.y) + y) + place.left + place.x);
+  blur_mask(mask, place.softness);
   const Blacks blacks = blacks_of(static_cast<std::uint32_t>(values.number("opacity")));
   for (std::uint32_t y = 0; y < place.height; ++y) put_black(rows[y], mask.row(y), place.width, blacks);
+  return result;
+}
+
+/// The frame over its shadow.
+Picture with_shadow(const Picture& frame, const Picture& shadow, const FieldValues& values) {
+  const Picture picture = frame.bits() == 32 ? frame : PictureToTrueColorAlpha(frame);
+  const Place place = place_of(values, {frame.width(), frame.height()});
+  Picture result = shadow;
+  const EditRows rows(result);
+  if (!picture || !rows) return {};
   for (std::uint32_t y = 0; y < picture.height(); ++y) {
     std::uint8_t* out = rows[place.top + y] + std::size_t{4} * place.left;
     keep_hidden_colors(out, picture.row(y), picture.width());
@@ -160,8 +159,12 @@ double growth(const FieldValues& values, const DocumentWindow& window) {
 }
 
 bool run(OperationRun& run) {
+  // Most frames throw the shadow of the first one.
+  const Picture first = picture_of(run.draft.list.record(frame_entries(run.draft).front()));
+  const Picture shared = first ? shadow_of(first, run.values) : Picture();
   const auto change = [&](FrameWork& work) {
-    work.picture = with_shadow(work.picture, run.values);
+    const bool same = shared && same_alpha(first, work.picture);
+    work.picture = with_shadow(work.picture, same ? shared : shadow_of(work.picture, run.values), run.values);
     work.offset = {};
     return static_cast<bool>(work.picture);
   };

@@ -270,18 +270,14 @@ Place place_of(const FieldValues& values, const Extent& image, const Extent& siz
   return place;
 }
 
+/// `image`: in the size of its place; one that is opaque may be null.
 bool put_shadow(Picture& ground, const FieldValues& values, const Place& place, const Picture& image) {
   if (values.number("shadow") == 0) return true;
   const auto softness = static_cast<std::uint32_t>(values.number("shadowSoftness"));
   const std::uint32_t reach = 3 * softness;
-  Mask mask(place.width + 2 * reach, place.height + 2 * reach);
-  for (std::uint32_t y = 0; y < place.height; ++y) {
-    std::uint8_t* out = mask.row(reach + y) + reach;
-    if (image.bits() == 32)
-      for (std::uint32_t x = 0; x < place.width; ++x) out[x] = image.row(y)[4 * std::size_t{x} + 3];
-    else
-      std::fill_n(out, place.width, std::uint8_t{255});
-  }
+  Mask mask = image ? alpha_of(image, reach) : Mask(place.width + 2 * reach, place.height + 2 * reach);
+  for (std::uint32_t y = 0; !image && y < place.height; ++y)
+    std::fill_n(mask.row(reach + y) + reach, place.width, std::uint8_t{255});
   blur_mask(mask, softness);
   const std::int64_t away = values.number("shadowOffset") - std::int64_t{reach};
   return lay_picture(ground, place.x + away, place.y + away,
@@ -305,16 +301,28 @@ struct Stage {
   std::int32_t x = 0, y = 0;
   Place place{};  ///< of the image on the canvas
   bool clear = false;
+  Picture image,
+      shaded;  ///< where frames throw shadows of their own: the first image, the part with its shadow
 
+  Place here() const { return {place.x - x, place.y - y, place.width, place.height}; }
+  Picture image_of(const Picture& frame) const {
+    return PictureResample(frame, place.width, place.height, ResampleFilter::Automatic);
+  }
+  /// Most images have the outline of the first one.
+  bool throw_first_shadow(const Picture& frame, const FieldValues& values) {
+    image = image_of(frame);
+    shaded = part;
+    return image && put_shadow(shaded, values, here(), image);
+  }
   /// The part with an image on it; null when memory is exhausted.
   Picture shown(const Picture& frame, const FieldValues& values) const {
-    const Picture image = PictureResample(frame, place.width, place.height, ResampleFilter::Automatic);
+    const Picture own = image_of(frame);
     // What is opaque is all of the part.
-    if (image && !clear && image.width() == part.width() && image.height() == part.height()) return image;
-    Picture result = part;
-    const Place here{place.x - x, place.y - y, place.width, place.height};
-    if (!image || (clear && !put_shadow(result, values, here, image))) return {};
-    return lay_picture(result, here.x, here.y, image) ? result : Picture();
+    if (own && !clear && own.width() == part.width() && own.height() == part.height()) return own;
+    const bool known = clear && own && same_alpha(own, image);
+    Picture result = known ? shaded : part;
+    if (!own || (clear && !known && !put_shadow(result, values, here(), own))) return {};
+    return lay_picture(result, here().x, here().y, own) ? result : Picture();
   }
   Picture canvas(const Picture& changed) const {
     Picture result = ground;
@@ -332,7 +340,10 @@ std::int64_t shadow_reach(const FieldValues& values) {
 }
 
 Stage stage_of(const Picture& ground, const FieldValues& values, const Place& place, bool clear) {
-  Stage stage{ground, {}, 0, 0, place, clear};
+  Stage stage;
+  stage.ground = ground;
+  stage.place = place;
+  stage.clear = clear;
   const std::int64_t reach = clear ? shadow_reach(values) : 0;
   const auto held = [](std::int64_t at, std::uint32_t most) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(at, 0, most));
@@ -399,10 +410,11 @@ bool run(OperationRun& run) {
   if (!ground) return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
   const Place place = place_of(run.values, canvas, size);
   const bool clear = has_transparency(run.draft);
-  if (!clear && !put_shadow(ground, run.values, place, opaque)) return false;
+  if (!clear && !put_shadow(ground, run.values, place, {})) return false;
   put_keyline(ground, run.values, place);
-  const Stage stage = stage_of(ground, run.values, place, clear);
-  if (!stage.part) return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  Stage stage = stage_of(ground, run.values, place, clear);
+  if (!stage.part || (clear && !stage.throw_first_shadow(first, run.values)))
+    return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
   const auto change = [&](FrameWork& work) {
     work.picture = stage.shown(clear ? work.picture : opaque_true_color(work.picture), run.values);
     work.offset = {};

@@ -2,12 +2,14 @@
 // color form and frame manner, with their values at the defaults and at both ends of each range.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <set>
 
 #include "base/file.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "core/model/frame_values.h"
+#include "core/model/kind_table.h"
 #include "core/model/record_picture.h"
 #include "core/settings.h"
 #include "image/picture_operations.h"
@@ -143,10 +145,14 @@ TEST_P(OperationLaw, SourcesStayAsTheyAreAndAStopLeavesNothing) {
     Recorder recorder;
     run_operation(operation, window, values, all, recorder.host);
     EXPECT_EQ(file_of(sample.window, folder.path()), before) << "pictures are shared, and were written";
-    DocumentWindow stopped = sample.window;
-    recorder.host.stop_requested = [] { return true; };
-    if (!run_operation(operation, stopped, values, all, recorder.host)) {
-      EXPECT_TRUE(same_list(stopped, sample.window));
+    // At the first moment at which it can be stopped, at the second one ... until it comes to its end.
+    std::atomic<int> left = 0;
+    recorder.host.stop_requested = [&] { return left-- <= 0; };
+    for (int moment = 0; left <= 0; ++moment) {
+      left = moment;
+      DocumentWindow stopped = sample.window;
+      if (run_operation(operation, stopped, values, all, recorder.host)) break;
+      EXPECT_TRUE(same_list(stopped, sample.window)) << "moment " << moment;
     }
   }
 }
@@ -159,6 +165,14 @@ TEST_P(OperationLaw, DocumentsWithoutImagesAndOfOtherKindsAreRefused) {
     EXPECT_FALSE(
         run_operation(operation, window, initial_values(operation.parameters.fields), {}, recorder.host));
     EXPECT_EQ(recorder.messages.size(), 1u);
+    if (takes_kind(operation.parameters, kind)) continue;
+    DocumentWindow full = testing::small_document(kind, 1);
+    Recorder refusal;
+    EXPECT_FALSE(
+        run_operation(operation, full, initial_values(operation.parameters.fields), {0}, refusal.host));
+    ASSERT_EQ(refusal.messages.size(), 1u);
+    for (const DocumentKind taken : operation.parameters.kinds)
+      EXPECT_NE(refusal.messages[0].find(kind_row(taken).name), std::string::npos);
   }
 }
 

@@ -105,6 +105,12 @@ TEST_F(OperationDialogTest, ValuesAreKeptAndResetAndLimitedToTheSelection) {
     EXPECT_EQ(dialog.choice().values.number("brightness"), 0);
     EXPECT_EQ(dialog.choice().frames.size(), 3u);
   });
+  for (const char* field : {"font", "classicFont"}) {
+    settings::ClassicCaptionWindow = field[0] == 'c';
+    in_dialog<OperationDialog>(328, [&](OperationDialog& dialog) {
+      EXPECT_TRUE(dialog.findChild<QWidget*>(QString::fromLatin1(field))->isEnabled()) << field;
+    });
+  }
   in_dialog<OperationDialog>(322, [&](OperationDialog& dialog) {
     EXPECT_EQ(dialog.findChild<QLabel*>(QStringLiteral("note"))->text(),
               QStringLiteral("2 of 3 frames will remain"));

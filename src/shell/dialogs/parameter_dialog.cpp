@@ -16,6 +16,12 @@ std::vector<Field> all_fields(const Parameters& parameters, const DocumentWindow
                               const std::vector<Field>& more, const FieldValues& asked) {
   std::vector<Field> fields = fields_for(parameters, window);
   std::erase_if(fields, [&](const Field& field) { return asked.find(field.name) != nullptr; });
+  // What is not asked any more switches nothing.
+  for (Field& field : fields) {
+    if (!field.enabledBy || !asked.find(field.enabledBy)) continue;
+    const std::int64_t value = asked.number(field.enabledBy);
+    if (field.enabledAt < 0 ? value != 0 : value == field.enabledAt) field.enabledBy = nullptr;
+  }
   fields.insert(fields.end(), more.begin(), more.end());
   return fields;
 }
@@ -139,6 +145,7 @@ void ParameterDialog::add_texts() {
     follow();
   });
   form().add_row_behind(field.name, tr("Earlier texts"), list);
+  if (form().values().text(field.name).empty()) form().set_value(field.name, texts.front());
 }
 
 void ParameterDialog::follow() {
