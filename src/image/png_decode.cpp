@@ -75,8 +75,10 @@ bool unfilter_rows(const PngHeader& header, ScratchPages& filtered, Take take) {
   for (const PngPass& pass : png_passes(header)) {
     const auto bytes = static_cast<std::size_t>(png_row_bytes(header, pass.width));
     const std::uint8_t* prior = zeros.data();
-    for (std::uint32_t y = 0; y < pass.height; ++y, at += bytes + 1) {
-      if (!png_unfilter(at[0], at + 1, prior, bytes, distance)) return false;
+    std::size_t undone = 0;
+    for (std::uint32_t y = 0; y < pass.height; ++y, --undone, at += bytes + 1) {
+      if (undone == 0 && (undone = png_unfilter_some(at, pass.height - y, prior, bytes, distance)) == 0)
+        return false;
       take(pass, y, at + 1);
       // The row above is needed by this one only.
       filtered.release_before(

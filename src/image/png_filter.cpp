@@ -4,8 +4,11 @@
 #include <cstring>
 
 #if defined(__SSE2__)
-#include <emmintrin.h>
+#include <immintrin.h>
 #endif
+
+#include "image/lanes.h"
+#include "image/png_filter_wave.h"
 
 namespace vellum {
 namespace {
@@ -87,17 +90,42 @@ void undo_sub(std::uint8_t* row, std::size_t bytes) {
   }
 }
 
+// The instruction that averages rounds up, the filter down: so all is done on inverted bytes, of which the
+// average rounded up is that of the plain ones rounded down.
 template <std::size_t kPixel>
 void undo_average(std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes) {
-  __m128i left = _mm_setzero_si128();
-  const __m128i one = _mm_set1_epi8(1);
+  const __m128i ones = _mm_set1_epi8(-1);
+  __m128i left = ones;
   for (std::size_t i = 0; i < bytes; i += kPixel) {
-    const __m128i up = load_pixel<kPixel>(prior + i);
-    // The instruction rounds up, the filter down.
-    const __m128i rounded = _mm_avg_epu8(left, up);
-    const __m128i average = _mm_sub_epi8(rounded, _mm_and_si128(_mm_xor_si128(left, up), one));
-    left = _mm_add_epi8(load_pixel<kPixel>(row + i), average);
-    store_pixel<kPixel>(row + i, left);
+    const __m128i up = _mm_xor_si128(load_pixel<kPixel>(prior + i), ones);
+    left = _mm_sub_epi8(_mm_avg_epu8(left, up), load_pixel<kPixel>(row + i));
+    store_pixel<kPixel>(row + i, _mm_xor_si128(left, ones));
+  }
+}
+
+/// The same for pixels of three bytes, which are loaded and stored four at a time.
+VELLUM_AVX2 void undo_average_of_threes(std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes) {
+  const __m128i ones = _mm_set1_epi8(-1);
+  const __m128i close = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+  __m128i left = ones;
+  std::size_t i = 0;
+  for (; i + 12 <= bytes; i += 12) {
+    const __m128i raw = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + i));
+    const __m128i up = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(prior + i)), ones);
+    const __m128i a = _mm_sub_epi8(_mm_avg_epu8(left, up), raw);
+    const __m128i b = _mm_sub_epi8(_mm_avg_epu8(a, _mm_srli_si128(up, 3)), _mm_srli_si128(raw, 3));
+    const __m128i c = _mm_sub_epi8(_mm_avg_epu8(b, _mm_srli_si128(up, 6)), _mm_srli_si128(raw, 6));
+    left = _mm_sub_epi8(_mm_avg_epu8(c, _mm_srli_si128(up, 9)), _mm_srli_si128(raw, 9));
+    const __m128i all = _mm_unpacklo_epi64(_mm_unpacklo_epi32(a, b), _mm_unpacklo_epi32(c, left));
+    const __m128i pixels = _mm_shuffle_epi8(_mm_xor_si128(all, ones), close);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(row + i), pixels);
+    const int rest = _mm_extract_epi32(pixels, 2);
+    std::memcpy(row + i + 8, &rest, sizeof rest);
+  }
+  for (; i < bytes; i += 3) {
+    const __m128i up = _mm_xor_si128(load_pixel<3>(prior + i), ones);
+    left = _mm_sub_epi8(_mm_avg_epu8(left, up), load_pixel<3>(row + i));
+    store_pixel<3>(row + i, _mm_xor_si128(left, ones));
   }
 }
 
@@ -107,11 +135,16 @@ __m128i choose(__m128i mask, __m128i yes, __m128i no) {
   return _mm_or_si128(_mm_and_si128(mask, yes), _mm_andnot_si128(mask, no));
 }
 
+/// `from`, `to`: bytes of the row.
 template <std::size_t kPixel>
-void undo_paeth(std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes) {
+void undo_paeth(std::uint8_t* row, const std::uint8_t* prior, std::size_t from, std::size_t to) {
   const __m128i zero = _mm_setzero_si128();
   __m128i left = zero, corner = zero;  // 16 bits a channel
-  for (std::size_t i = 0; i < bytes; i += kPixel) {
+  if (from != 0) {
+    left = _mm_unpacklo_epi8(load_pixel<kPixel>(row + from - kPixel), zero);
+    corner = _mm_unpacklo_epi8(load_pixel<kPixel>(prior + from - kPixel), zero);
+  }
+  for (std::size_t i = from; i < to; i += kPixel) {
     const __m128i up = _mm_unpacklo_epi8(load_pixel<kPixel>(prior + i), zero);
     const __m128i up_step = _mm_sub_epi16(up, corner);
     const __m128i left_step = _mm_sub_epi16(left, corner);
@@ -131,8 +164,9 @@ void undo_paeth(std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes)
 template <std::size_t kPixel>
 void undo_pixels(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes) {
   if (type == kSub) undo_sub<kPixel>(row, bytes);
+  if (type == kAverage && kPixel == 3 && has_avx2()) return undo_average_of_threes(row, prior, bytes);
   if (type == kAverage) undo_average<kPixel>(row, prior, bytes);
-  if (type == kPaeth) undo_paeth<kPixel>(row, prior, bytes);
+  if (type == kPaeth) undo_paeth<kPixel>(row, prior, 0, bytes);
 }
 
 bool undo_by_pixels(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes,
@@ -234,6 +268,23 @@ bool png_unfilter(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prio
   if (bytes % distance != 0 || !undo_by_pixels(type, row, prior, bytes, distance))
     undo_by_bytes(type, row, prior, bytes, distance);
   return true;
+}
+
+void png_undo_paeth(std::uint8_t* row, const std::uint8_t* prior, std::size_t from, std::size_t to,
+                    std::size_t distance) {
+  distance == 3 ? undo_paeth<3>(row, prior, from, to) : undo_paeth<4>(row, prior, from, to);
+}
+
+std::size_t png_unfilter_some(std::uint8_t* rows, std::size_t count, const std::uint8_t* prior,
+                              std::size_t bytes, std::size_t distance) {
+  const std::uint8_t type = rows[0];
+  const auto is_paeth = [&](std::size_t row) { return rows[row * (bytes + 1)] == kPaeth; };
+  if (type == kPaeth && count >= kWaveRows && is_paeth(1) && is_paeth(2) && is_paeth(3) &&
+      can_undo_in_waves(bytes, distance)) {
+    undo_paeth_in_waves(rows + 1, prior, bytes, distance);
+    return kWaveRows;
+  }
+  return png_unfilter(type, rows + 1, prior, bytes, distance) ? 1 : 0;
 }
 
 void png_filter_row(const PngFilterChoice& choice, const std::uint8_t* row, const std::uint8_t* prior,

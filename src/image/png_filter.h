@@ -16,6 +16,11 @@ inline constexpr std::size_t kFilterSlack = 16;
 bool png_unfilter(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes,
                   std::size_t distance);
 
+/// The same for as many of `count` rows as go well together, each of them behind its filter byte; `prior` is
+/// the row above the first one. Gives how many that were: 0 where the first one's type does not exist.
+std::size_t png_unfilter_some(std::uint8_t* rows, std::size_t count, const std::uint8_t* prior,
+                              std::size_t bytes, std::size_t distance);
+
 /// Which filters a writer tries for a row.
 struct PngFilterChoice {
   bool none_only = false;  ///< palettes and depths below 8: rows go out as they are

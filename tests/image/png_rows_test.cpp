@@ -204,6 +204,31 @@ TEST(PngRows, LibpngReadsWhatWeEncodeAndHasChosenTheSameFilters) {
   }
 }
 
+TEST(PngFilter, RowsTogetherAreUndoneAsOneByOne) {
+  std::mt19937 random(5);
+  for (const std::size_t distance : {3, 4, 6})
+    for (std::size_t pixels = 20; pixels < 60; ++pixels) {
+      const std::size_t bytes = distance * pixels, rows = 4;
+      Bytes image((rows + 1) * (bytes + 1) + kFilterSlack);
+      for (auto& byte : image) byte = static_cast<std::uint8_t>(random());
+      const std::uint8_t type = image[0] % 3 + 2;
+      for (std::size_t y = 1; y <= rows; ++y) image[y * (bytes + 1)] = type;
+      Bytes expected(image);
+      for (std::size_t y = 1; y <= rows; ++y) {
+        std::uint8_t* row = &expected[y * (bytes + 1) + 1];
+        ASSERT_TRUE(png_unfilter(type, row, row - bytes - 1, bytes, distance));
+      }
+      std::size_t done = 0;
+      while (done < rows) {
+        std::uint8_t* next = &image[(done + 1) * (bytes + 1)];
+        const std::size_t count = png_unfilter_some(next, rows - done, next - bytes, bytes, distance);
+        ASSERT_TRUE(count == 1 || (count == rows && type == 4));
+        done += count;
+      }
+      ASSERT_EQ(image, expected) << "type " << +type << " distance " << distance << " pixels " << pixels;
+    }
+}
+
 TEST(PngFilter, EveryTypeAndPixelSizeIsUndoneByTheFormulaOfTheStandard) {
   std::mt19937 random(3);
   for (const std::size_t distance : {1, 2, 3, 4, 6, 8})
