@@ -1,5 +1,6 @@
 // Any bytes at all as the state file of a dialog, and as a text that a control holds: what is read is written
 // and reads back as the same.
+#include "base/text.h"
 #include "configuration/dialog_lines.h"
 #include "fuzz_support.h"
 

@@ -96,6 +96,14 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+std::string_view take_line(std::string_view& rest) {
+  const std::size_t end = std::min(rest.find('\n'), rest.size());
+  std::string_view line = rest.substr(0, end);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  rest.remove_prefix(std::min(end + 1, rest.size()));
+  return line;
+}
+
 std::string grouped(std::uint64_t value) {
   std::string digits = std::to_string(value);
   for (auto at = static_cast<std::ptrdiff_t>(digits.size()) - 3; at > 0; at -= 3)

@@ -31,6 +31,9 @@ std::string grouped(std::uint64_t value);
 /// `text` without blanks, tabs and line ends at its ends.
 std::string_view trimmed(std::string_view text);
 
+/// The first line of `rest` without its end ("\n" or "\r\n"); both are taken off `rest`.
+std::string_view take_line(std::string_view& rest);
+
 /// ASCII without regard to case, as extensions are compared.
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 std::string lower_case(std::string_view text);

@@ -56,12 +56,4 @@ std::string unescaped_line(std::string_view line) {
   return text;
 }
 
-std::string_view take_line(std::string_view& rest) {
-  const std::size_t end = std::min(rest.find('\n'), rest.size());
-  std::string_view line = rest.substr(0, end);
-  if (line.ends_with('\r')) line.remove_suffix(1);
-  rest.remove_prefix(std::min(end + 1, rest.size()));
-  return line;
-}
-
 }  // namespace vellum

@@ -25,7 +25,4 @@ std::string dialog_line(const DialogLine& line);
 std::string escaped_line(std::string_view text);
 std::string unescaped_line(std::string_view line);
 
-/// The first line of `rest` without its end, which is taken off `rest`.
-std::string_view take_line(std::string_view& rest);
-
 }  // namespace vellum

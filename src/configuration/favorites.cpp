@@ -37,10 +37,7 @@ std::optional<std::vector<std::string>> parse_favorites(std::string_view text) {
   std::set<std::string_view> known;
   bool first = true;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    if (line.ends_with('\r')) line.remove_suffix(1);
+    const std::string_view line = take_line(text);
     if (first && trimmed(line) != kFirstLine) return std::nullopt;
     const bool is_path = !line.empty() && line.front() != ';' && stands_in_a_line(line);
     if (!first && is_path && paths.size() < kMostPaths && known.insert(line).second) paths.emplace_back(line);

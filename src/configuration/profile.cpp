@@ -14,13 +14,6 @@ std::string_view unquoted(std::string_view text) {
   return quoted ? text.substr(1, text.size() - 2) : text;
 }
 
-std::string_view take_line(std::string_view& text) {
-  const auto end = std::min(text.find('\n'), text.size());
-  const std::string_view line = trimmed(text.substr(0, end));
-  text.remove_prefix(std::min(end + 1, text.size()));
-  return line;
-}
-
 bool is_head_of(std::string_view line, std::string_view section) {
   return line.ends_with(']') && equal_ignoring_case(trimmed(line.substr(1, line.size() - 2)), section);
 }
@@ -31,7 +24,7 @@ std::string profile_string(std::string_view section, std::string_view key, std::
   const std::string content = config_read(config_file());
   bool inside = false;
   for (std::string_view rest = content; !rest.empty();) {
-    const std::string_view line = take_line(rest);
+    const std::string_view line = trimmed(take_line(rest));
     if (line.starts_with('[')) inside = is_head_of(line, section);
     const auto parting = line.find('=');
     if (!inside || line.starts_with(';') || parting == std::string_view::npos) continue;

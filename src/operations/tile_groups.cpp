@@ -45,9 +45,7 @@ std::optional<std::vector<TileGroup>> parse_tile_groups(std::string_view text) {
   std::vector<TileGroup> groups;
   if (text.size() > kMostText) return std::nullopt;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = trimmed(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::string_view line = trimmed(take_line(text));
     if (line.empty() || line.front() == ';') continue;
     if (!is_line(line)) return std::nullopt;
     if (line.front() != '[') {

@@ -303,11 +303,8 @@ std::string chunk_tip(const DocumentWindow& window, std::size_t index) {
   const std::string whole = whole_tip({window, index});
   std::string tip;
   std::string_view rest = whole;
-  for (std::size_t line = 0; line < kMostLines && !rest.empty(); ++line) {
-    const std::size_t end = std::min(rest.find('\n'), rest.size());
-    tip.append(line == 0 ? "" : "\n").append(first_characters(rest.substr(0, end)));
-    rest.remove_prefix(std::min(end + 1, rest.size()));
-  }
+  for (std::size_t line = 0; line < kMostLines && !rest.empty(); ++line)
+    tip.append(line == 0 ? "" : "\n").append(first_characters(take_line(rest)));
   return tip;
 }
 
