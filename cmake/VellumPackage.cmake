@@ -14,7 +14,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "${VELLUM_LOADED_PACKAGES}")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "shared-mime-info, hicolor-icon-theme")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "shared-mime-info, hicolor-icon-theme, qt6-translations-l10n")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ffmpeg, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "Vellumcraft opens a PNG, animated PNG, MNG or WebP file as the ordered list

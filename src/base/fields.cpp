@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace vellum {
 namespace {
@@ -86,13 +87,13 @@ const FieldChoice* choice_of(const Field& field, std::int64_t value) {
 std::string real_text(const Field& field, double value) { return format_text("%.*f", field.decimals, value); }
 
 FieldFault range_fault(const Field& field, StringId id, std::string least, std::string most) {
-  return fault_of(field.name, id, {field.label, std::move(least), std::move(most)});
+  return fault_of(field.name, id, {translated(field.label), std::move(least), std::move(most)});
 }
 
 FieldFault choice_fault(const Field& field) {
   std::string names;
   for (const FieldChoice& choice : field.choices) names.append(names.empty() ? "" : ", ").append(choice.name);
-  return fault_of(field.name, StringId::ChoiceRange, {field.label, names});
+  return fault_of(field.name, StringId::ChoiceRange, {translated(field.label), names});
 }
 
 std::size_t characters(std::string_view utf8) {
@@ -121,8 +122,8 @@ std::optional<FieldFault> check_text(const Field& field, const FieldValue& value
   if (text && (field.most == 0 || characters(*text) <= static_cast<std::size_t>(field.most)))
     return std::nullopt;
   return FieldFault{field.name, StringId::TextTooLong,
-                    filled(StringId::TextTooLong, {field.label, std::to_string(field.most)}), false,
-                    static_cast<std::size_t>(field.most)};
+                    filled(StringId::TextTooLong, {translated(field.label), std::to_string(field.most)}),
+                    false, static_cast<std::size_t>(field.most)};
 }
 
 }  // namespace

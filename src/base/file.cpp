@@ -14,6 +14,7 @@
 #include "base/file_mapping.h"
 #include "base/string_table.h"
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace vellum {
 namespace {
@@ -50,12 +51,12 @@ std::optional<OpenFile> open_file(const std::filesystem::path& path, std::string
     return std::nullopt;
   }
   if (!S_ISREG(status.st_mode)) {
-    reason = S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : "not a regular file";
+    reason = S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : translated("not a regular file");
     return std::nullopt;
   }
   file.size = static_cast<std::uint64_t>(status.st_size);
   if (file.size > limit) {
-    reason = "the file is too long";
+    reason = translated("the file is too long");
     return std::nullopt;
   }
   return file;

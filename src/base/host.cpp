@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 
 namespace vellum {
 namespace {
@@ -22,8 +23,8 @@ std::string describe_fault(const Fault& fault) {
   std::string place;
   const auto add = [&place](const std::string& part) { place += (place.empty() ? "" : ", ") + part; };
   if (fault.tag != 0) add(tag_letters(fault.tag));
-  if (fault.entry >= 0) add("entry " + std::to_string(fault.entry + 1));
-  if (fault.offset >= 0) add("offset " + std::to_string(fault.offset));
+  if (fault.entry >= 0) add(translated("entry ") + std::to_string(fault.entry + 1));
+  if (fault.offset >= 0) add(translated("offset ") + std::to_string(fault.offset));
   if (place.empty()) return fault.reason;
   return fault.reason.empty() ? place : place + ": " + fault.reason;
 }

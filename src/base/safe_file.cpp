@@ -10,6 +10,7 @@
 #include "base/string_table.h"
 #include "base/temporary_file.h"
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace vellum {
 namespace {
@@ -56,7 +57,8 @@ SafeFile::SafeFile(const std::filesystem::path& target) : target_(without_links(
   const bool exists = stat(target.c_str(), &old) == 0;
   const std::filesystem::path folder = folder_of(target_);
   if (exists && !S_ISREG(old.st_mode))
-    reason_ = S_ISDIR(old.st_mode) ? "it is a folder" : "it is no regular file, and is not replaced";
+    reason_ = S_ISDIR(old.st_mode) ? translated("it is a folder")
+                                   : translated("it is no regular file, and is not replaced");
   else if (access(exists ? target_.c_str() : folder.c_str(), exists ? W_OK : W_OK | X_OK) != 0)
     fail("open", errno);
   if (exists) like_ = target_;
@@ -83,7 +85,8 @@ bool SafeFile::open_temporary() {
 SafeFile::~SafeFile() { discard(); }
 
 bool SafeFile::fail(const char* action, int error) {
-  if (reason_.empty()) reason_ = std::string("could not ") + action + " the file: " + std::strerror(error);
+  if (reason_.empty())
+    reason_ = format_text(translated("could not %s the file: %s"), translated(action), std::strerror(error));
   error_ = std::error_code(error, std::generic_category());
   discard();
   return false;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/translation.h"
+
 namespace vellum {
 namespace {
 
@@ -29,7 +31,7 @@ std::string_view string_text(int number) {
                                     [](const StringRow& r, int n) { return r.number < n; });
   if (row == std::end(kStrings) || row->number != number)
     return "String table error - this application may be damaged";
-  return row->text;
+  return translated(row->text);
 }
 
 }  // namespace vellum

@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "base/parallel.h"
+#include "base/translation.h"
 #include "batch/settings.h"
 #include "batch/thumbnail_file.h"
 #include "core/edit/frame_layer.h"
@@ -111,7 +112,7 @@ class FileAtWork {
         !write_thumbnail(
             thumbnail_path(row_.target, run_.hiddenThumbnails),
             make_thumbnail(shown_, static_cast<Colour>(settings::BatchProcessorMatt) & 0xFFFFFF)))
-      row_.reason = "the thumbnail can't be written";
+      row_.reason = translated("the thumbnail can't be written");
   }
 
  private:
@@ -127,8 +128,9 @@ class FileAtWork {
     if (std::ranges::find(run_.work.kinds, window.document.kind) == run_.work.kinds.end()) {
       if (run_.stills && run_.work.applyToPicture && window.document.HasFileName)
         return do_picture(told_reading(row_.source, read_graphic_file(row_.source.string()), host_));
-      row_.reason = is_animation(window.document.kind) ? "the operation does not take files of this kind"
-                                                       : "not an animation";
+      row_.reason = is_animation(window.document.kind)
+                        ? translated("the operation does not take files of this kind")
+                        : translated("not an animation");
       return BatchResult::BadRead;
     }
     if (!run_.work.apply(window, host_)) return failed();

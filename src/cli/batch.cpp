@@ -6,6 +6,7 @@
 #include <iostream>
 #include <set>
 
+#include "base/translation.h"
 #include "batch/batch_process.h"
 #include "batch/settings.h"
 #include "cli/batch_report.h"
@@ -66,7 +67,9 @@ bool read_list(const std::string& name, std::vector<std::string>& paths) {
   std::istream& list = name == "-" ? std::cin : file;
   for (std::string line; std::getline(list, line);)
     if (!line.empty()) paths.push_back(line);
-  return list.eof() && !list.bad() ? true : wrong_usage("the list " + name + " can't be read");
+  return list.eof() && !list.bad()
+             ? true
+             : wrong_usage(translated("the list ") + name + translated(" can't be read"));
 }
 
 bool leave_out_done(const std::string& report, std::vector<BatchFile>& files) {
@@ -85,14 +88,14 @@ std::optional<std::vector<BatchFile>> files_of(const BatchOptions& options, cons
   std::vector<std::string> inputs = chosen.inputs;
   if (!options.list.empty() && !read_list(options.list, inputs)) return std::nullopt;
   if (inputs.empty()) {
-    wrong_usage("no files are named");
+    wrong_usage(translated("no files are named"));
     return std::nullopt;
   }
   auto files = batch_files(inputs, {options.stills, options.recursive}, host);
   if (!options.shard.empty()) {
     const auto shard = parse_shard(options.shard);
     if (!shard) {
-      wrong_usage("--shard is a number and a count, such as 1/3");
+      wrong_usage(translated("--shard is a number and a count, such as 1/3"));
       return std::nullopt;
     }
     take_shard(files, shard->index, shard->of);
@@ -138,7 +141,8 @@ bool choose_format(const BatchOptions& options, Chosen& chosen) {
   const Exporter* exporter = chosen.process.exporter;
   const auto format = exporter ? format_of_name(*exporter, name) : std::nullopt;
   if (!format || exporter->formatField)
-    return wrong_usage("--extension " + options.extension + " is none of its formats");
+    return wrong_usage(translated("--extension ") + options.extension +
+                       translated(" is none of its formats"));
   chosen.process.format = *format;
   return true;
 }
@@ -166,11 +170,11 @@ BatchRun batch_run_of(const BatchOptions& options, const Chosen& chosen, const F
 
 int run_over_files(const BatchOptions& options, Chosen& chosen, Host& host) {
   if (options.destination.empty()) {
-    wrong_usage("--dest names the folder of the results");
+    wrong_usage(translated("--dest names the folder of the results"));
     return kWrongUsage;
   }
   if (options.prefix.find('/') != std::string::npos) {
-    wrong_usage("--prefix has no slash");
+    wrong_usage(translated("--prefix has no slash"));
     return kWrongUsage;
   }
   if (!choose_format(options, chosen)) return kWrongUsage;
@@ -188,7 +192,7 @@ int run_over_files(const BatchOptions& options, Chosen& chosen, Host& host) {
   std::signal(SIGTERM, [](int) { stopped = true; });
   std::size_t done = 0;
   const std::size_t count = count_ours(*files);
-  const Progress progress(host, chosen.process.parameters().title);
+  const Progress progress(host, translated(chosen.process.parameters().title));
   return end_of_run(options, run_batch(run, *files, stopped, [&](const BatchRow& row) {
                       progress.step(++done, count);
                       tell(row);
@@ -210,11 +214,11 @@ int run_batch_command(const BatchOptions& options, Host& host) {
   for (const auto& chosen : options.processes)
     if (chosen->app->parsed()) {
       if (options.reports.empty()) return run_over_files(options, *chosen, host);
-      wrong_usage("--report stands without an operation");
+      wrong_usage(translated("--report stands without an operation"));
       return kWrongUsage;
     }
   if (!options.reports.empty()) return join_reports(options);
-  wrong_usage("name an operation or an export, or reports to join");
+  wrong_usage(translated("name an operation or an export, or reports to join"));
   return kWrongUsage;
 }
 

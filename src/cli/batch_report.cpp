@@ -3,6 +3,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "cli/frame_options.h"
 
 namespace vellum::cli {
@@ -56,13 +57,13 @@ std::optional<std::vector<BatchRow>> read_report(const std::string& path) {
     // The last line of a run that was killed may be cut.
     if (!row && file.eof()) break;
     if (!row) {
-      wrong_usage(path + " is no report of a batch run");
+      wrong_usage(path + translated(" is no report of a batch run"));
       return std::nullopt;
     }
     rows.push_back(*row);
   }
   if (file.bad() || !file.eof()) {
-    wrong_usage(path + " can't be read");
+    wrong_usage(path + translated(" can't be read"));
     return std::nullopt;
   }
   return rows;

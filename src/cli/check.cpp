@@ -4,6 +4,7 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "cli/command.h"
 #include "core/check/check_file.h"
 #include "core/model/kind_table.h"
@@ -21,9 +22,9 @@ struct CheckOptions {
 /// "chunk 3, IDAT, at 57"; empty for the file as a whole.
 std::string place_text(const Finding& finding) {
   if (finding.chunk == 0 && finding.tag == 0 && finding.offset == 0) return {};
-  std::string place = "at " + std::to_string(finding.offset);
+  std::string place = translated("at ") + std::to_string(finding.offset);
   if (finding.tag != 0) place = tag_letters(finding.tag) + ", " + place;
-  if (finding.chunk != 0) place = "chunk " + std::to_string(finding.chunk) + ", " + place;
+  if (finding.chunk != 0) place = translated("chunk ") + std::to_string(finding.chunk) + ", " + place;
   return place;
 }
 
@@ -55,14 +56,16 @@ Json check_json(const std::string& file, const FileCheck& check) {
   return json;
 }
 
+constexpr const char* kCounted[][2] = {{"error", "errors"}, {"warning", "warnings"}, {"note", "notes"}};
+
 /// "2 errors, 1 warning"
 std::string summary(const FileCheck& check) {
   std::string text;
   for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Note})
     if (const std::size_t count = check.count(severity))
       text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ' +
-              std::string(severity_name(severity)) + (count == 1 ? "" : "s");
-  return text.empty() ? "nothing is wrong" : text;
+              translated(kCounted[static_cast<std::size_t>(severity)][count != 1]);
+  return text.empty() ? translated("nothing is wrong") : text;
 }
 
 void print_check(const std::string& file, const FileCheck& check, bool quiet) {
@@ -72,12 +75,13 @@ void print_check(const std::string& file, const FileCheck& check, bool quiet) {
     const Rule& row = rule(finding.rule);
     if (quiet && row.severity == Severity::Note) continue;
     const std::string place = place_text(finding);
-    std::printf("  %-8s%s%s%s\n", std::string(severity_name(row.severity)).c_str(), place.c_str(),
+    std::printf("  %-8s%s%s%s\n", std::string(translated(severity_name(row.severity))).c_str(), place.c_str(),
                 place.empty() ? "" : ": ", finding_text(finding).c_str());
-    if (*row.asked) std::printf("          asked: %s\n", row.asked);
-    if (*row.remedy) std::printf("          to do: %s\n", row.remedy);
+    if (*row.asked) std::printf(translated("          asked: %s\n"), translated(row.asked));
+    if (*row.remedy) std::printf(translated("          to do: %s\n"), translated(row.remedy));
   }
-  if (check.left_out > 0) std::printf("  and %s more of the same\n", grouped(check.left_out).c_str());
+  if (check.left_out > 0)
+    std::printf(translated("  and %s more of the same\n"), grouped(check.left_out).c_str());
 }
 
 int run_check(const CheckOptions& options, Host& host) {

@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "cli/command.h"
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
@@ -47,7 +48,7 @@ int list_settings(const ConfigOptions& options, Host&) {
 
 const SettingRow* row_of(const std::string& key) {
   const SettingRow* row = find_setting(key);
-  if (!row) std::fprintf(stderr, "vellum: there is no setting \"%s\"\n", key.c_str());
+  if (!row) std::fprintf(stderr, translated("vellum: there is no setting \"%s\"\n"), key.c_str());
   return row;
 }
 
@@ -63,7 +64,8 @@ int change_stored_setting(const ConfigOptions& options, Host& host) {
   if (!row) return kWrongUsage;
   std::string reason;
   const auto value = parse_setting(*row, options.value, reason);
-  if ((row->flags & (kUnstored | kInformation)) != 0) reason = options.key + " is not read from the file";
+  if ((row->flags & (kUnstored | kInformation)) != 0)
+    reason = options.key + translated(" is not read from the file");
   if (!reason.empty()) {
     std::fprintf(stderr, "vellum: %s\n", reason.c_str());
     return kWrongUsage;

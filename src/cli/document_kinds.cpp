@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "base/translation.h"
 #include "core/model/kind_table.h"
 #include "image/graphic_file.h"
 #include "operations/parameters.h"
@@ -36,7 +37,8 @@ bool name_fits_document(const std::string& path) {
   if (row == kNoGraphicFile) return true;
   const std::string_view extension = graphic_file_modules()[row].extension;
   if (extension == "png" || extension == "webp") return true;
-  std::fprintf(stderr, "vellum: a document is a PNG, MNG or WebP file and has no name that ends in .%s\n",
+  std::fprintf(stderr,
+               translated("vellum: a document is a PNG, MNG or WebP file and has no name that ends in .%s\n"),
                std::string(extension).c_str());
   return false;
 }
@@ -44,7 +46,7 @@ bool name_fits_document(const std::string& path) {
 bool name_fits_kind(const std::string& path, DocumentKind kind) {
   if (!name_fits_document(path)) return false;
   if (has_extension_of(path, DocumentKind::WEBP) == (kind == DocumentKind::WEBP)) return true;
-  std::fprintf(stderr, "vellum: a WebP file, and no other, has a name that ends in .webp\n");
+  std::fprintf(stderr, translated("vellum: a WebP file, and no other, has a name that ends in .webp\n"));
   return false;
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/file.h"
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/edit_values.h"
@@ -156,8 +157,9 @@ int apply_dump(DocumentWindow& window, const std::string& text, Host& host) {
   const auto payload = dump->field.empty() ? chunk_payload(window.list.record(*at), window.document.kind)
                                            : field_bytes(window, *at, dump->field);
   if (!payload) {
-    std::fprintf(stderr, dump->field.empty() ? "vellum: the data of an image is made when the file is saved\n"
-                                             : "vellum: the entry has no such field\n");
+    std::fprintf(stderr, dump->field.empty()
+                             ? translated("vellum: the data of an image is made when the file is saved\n")
+                             : translated("vellum: the entry has no such field\n"));
     return kWrongUsage;
   }
   SafeFile file(dump->file);
@@ -214,8 +216,8 @@ int apply_edits(DocumentWindow& window, const std::vector<Edit>& edits, Host& ho
     undo_clear(window);  // nothing is undone here
     const int result = edit.row->apply(window, edit.value, host);
     if (result == kDone) continue;
-    std::fprintf(stderr, "vellum: nothing was written, since this was refused: %s %s\n", edit.row->option,
-                 edit.value.c_str());
+    std::fprintf(stderr, translated("vellum: nothing was written, since this was refused: %s %s\n"),
+                 edit.row->option, edit.value.c_str());
     return result;
   }
   return kDone;
@@ -226,7 +228,7 @@ int run_edit(const CLI::App& app, const EditOptions& options, Host& host) {
   const bool only_dumps =
       std::ranges::all_of(edits, [](const Edit& e) { return e.row->apply == apply_dump; });
   if (options.out.empty() && (edits.empty() || !only_dumps)) {
-    std::fprintf(stderr, "vellum: the file to write is missing\n");
+    std::fprintf(stderr, translated("vellum: the file to write is missing\n"));
     return kWrongUsage;
   }
   if (!options.out.empty() && !name_fits_document(options.out)) return kWrongUsage;
@@ -247,7 +249,7 @@ Run prepare_edit(CLI::App& app) {
     CLI::Option* option = app.add_option(row.option, row.help)->type_name(row.form)->take_all()->expected(1);
     option->check(CLI::Validator(
         [&row](const std::string& value) {
-          return row.is_form(value) ? "" : std::string("is not ") + row.form;
+          return row.is_form(value) ? "" : std::string(translated("is not ")) + row.form;
         },
         ""));
     options->options.emplace_back(&row, option);

@@ -9,6 +9,7 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_fields.h"
 #include "core/chunks/text_chunk.h"
 #include "core/edit/insert_chunk.h"
@@ -47,7 +48,7 @@ bool insert_hex(DocumentWindow& window, ChunkTag tag, std::string_view digits, H
     good = error == std::errc() && end == at + 2;
   }
   return good ? insert_bytes(window, tag, bytes, host)
-              : fail(host, "the bytes are not pairs of hexadecimal digits");
+              : fail(host, translated("the bytes are not pairs of hexadecimal digits"));
 }
 
 bool insert_file(DocumentWindow& window, ChunkTag tag, const std::string& path, Host& host) {
@@ -63,10 +64,10 @@ bool insert_image(DocumentWindow& window, ChunkTag, const std::string& value, Ho
 
 bool insert_text(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
   const auto parting = value.find('=');
-  if (parting == std::string::npos) return fail(host, "a text is given as Keyword=text");
+  if (parting == std::string::npos) return fail(host, translated("a text is given as Keyword=text"));
   const std::string keyword = value.substr(0, parting);
   if (first_beyond_latin1(keyword) || !is_valid_keyword(latin1_from_utf8(keyword)))
-    return fail(host, "the keyword is not valid");
+    return fail(host, translated("the keyword is not valid"));
   const TextChunk text{.keyword = keyword,
                        .text = value.substr(parting + 1),
                        .compressed = tag == tag::zTXt,
@@ -86,7 +87,7 @@ bool insert_gamma(DocumentWindow& window, ChunkTag tag, const std::string& value
   double gamma = 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), gamma);
   if (error != std::errc() || end != value.data() + value.size() || !(gamma >= 0.01 && gamma <= 100))
-    return fail(host, "a gamma is a number from 0.01 to 100");
+    return fail(host, translated("a gamma is a number from 0.01 to 100"));
   std::uint8_t bytes[4];
   write_be32(bytes, static_cast<std::uint32_t>(std::lround(100'000 / gamma)));
   return insert_bytes(window, tag, bytes, host);
@@ -95,7 +96,8 @@ bool insert_gamma(DocumentWindow& window, ChunkTag tag, const std::string& value
 bool insert_number(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
   NewChunkArgument argument;
   const auto number = number_of(value);
-  if (!number || *number > 0x7FFFFFFF) return fail(host, "the value is a whole number from 0 to 2147483647");
+  if (!number || *number > 0x7FFFFFFF)
+    return fail(host, translated("the value is a whole number from 0 to 2147483647"));
   argument.number = *number;
   return insert_chunk(window, tag, argument, host);
 }
@@ -104,7 +106,8 @@ bool insert_position(DocumentWindow& window, ChunkTag tag, const std::string& va
   const auto comma = value.find(',');
   const auto x = number_of(value.substr(0, comma));
   const auto y = comma == std::string::npos ? std::nullopt : number_of(value.substr(comma + 1));
-  if (!x || !y || std::max(*x, *y) > 0xFFFF) return fail(host, "a position is X,Y, each from 0 to 65535");
+  if (!x || !y || std::max(*x, *y) > 0xFFFF)
+    return fail(host, translated("a position is X,Y, each from 0 to 65535"));
   NewChunkArgument argument;
   argument.number = *x | *y << 16;
   return insert_chunk(window, tag, argument, host);
@@ -113,7 +116,7 @@ bool insert_position(DocumentWindow& window, ChunkTag tag, const std::string& va
 /// The bytes of a profile, from a file or in hexadecimal, under a name.
 bool insert_profile(DocumentWindow& window, ChunkTag tag, const std::string& value, Host& host) {
   const auto parting = value.find('=');
-  if (parting == std::string::npos) return fail(host, "a profile is given as Name=@FILE");
+  if (parting == std::string::npos) return fail(host, translated("a profile is given as Name=@FILE"));
   const std::int32_t caret = window.document.caret;
   std::string reason;
   const std::size_t at = insert_chunk(window, tag, {}, host) ? caret_entry(window) : kNoEntry;
@@ -130,7 +133,8 @@ bool insert_profile(DocumentWindow& window, ChunkTag tag, const std::string& val
 
 /// The default content, where it says something.
 bool insert_default(DocumentWindow& window, ChunkTag tag, Host& host) {
-  if (!has_default_content(tag)) return fail(host, "the bytes of this chunk are given as hex:... or @FILE");
+  if (!has_default_content(tag))
+    return fail(host, translated("the bytes of this chunk are given as hex:... or @FILE"));
   if (!insert_chunk(window, tag, {}, host)) return false;
   const std::size_t at = caret_entry(window);
   const auto fault = window.list.record(at).tag == tag
@@ -160,8 +164,9 @@ bool insert_value(DocumentWindow& window, ChunkTag tag, const std::string& value
   if (value.starts_with("hex:")) return insert_hex(window, tag, std::string_view(value).substr(4), host);
   if (value.starts_with("@")) return insert_file(window, tag, value.substr(1), host);
   const auto row = std::ranges::find(kValues, tag, &ValueRow::tag);
-  return row == std::end(kValues) ? fail(host, "the bytes of this chunk are given as hex:... or @FILE")
-                                  : row->insert(window, tag, value, host);
+  return row == std::end(kValues)
+             ? fail(host, translated("the bytes of this chunk are given as hex:... or @FILE"))
+             : row->insert(window, tag, value, host);
 }
 
 }  // namespace vellum::cli

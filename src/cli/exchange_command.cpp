@@ -2,6 +2,7 @@
 
 #include "base/file.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
@@ -25,7 +26,7 @@ bool name_fits_export(const std::string& path, const Exporter& exporter) {
   const std::string extension = std::filesystem::path(path).extension().string();
   if (extension.empty() || format_of_name(exporter, path)) return true;
   if (!has_document_extension(path) && GraphicFileType(path) == kNoGraphicFile) return true;
-  return wrong_usage("the name of this file ends in " + std::string(exporter.extension));
+  return wrong_usage(translated("the name of this file ends in ") + std::string(exporter.extension));
 }
 
 /// The name tells the format where no option does.

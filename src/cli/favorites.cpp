@@ -1,6 +1,7 @@
 // `vellum favorites`.
 #include "configuration/favorites.h"
 
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/frame_options.h"
 #include "cli/words.h"
@@ -32,7 +33,7 @@ int run(const Given& given, Host& host) {
   if (given.action == Action::List) return list(given);
   if (!is_gallery_name(given.gallery))
     return wrong_usage(std::string(string_text(StringId::NoGalleryName))), kWrongUsage;
-  if (given.files.empty()) return wrong_usage("which files?"), kWrongUsage;
+  if (given.files.empty()) return wrong_usage(translated("which files?")), kWrongUsage;
   FavoritesGallery gallery = load_favorites_gallery(favorites_folder(), given.gallery);
   bool all = true;
   for (const std::string& file : given.files) {

@@ -1,5 +1,6 @@
 #include "cli/generator_command.h"
 
+#include "base/translation.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
@@ -31,11 +32,13 @@ std::string override_form(const Generator& generator) {
 
 /// The values that one picture gets for itself, in the order of the row's fields.
 bool take_override(const Generator& generator, const std::string& text, std::vector<FieldValues>& own) {
-  const auto no_form = [&] { return wrong_usage("--override is not " + override_form(generator)); };
+  const auto no_form = [&] {
+    return wrong_usage(translated("--override is not ") + override_form(generator));
+  };
   const std::size_t equals = text.find('=');
   if (equals == std::string::npos) return no_form();
   const auto row = whole_number(text.substr(0, equals), 1, static_cast<std::int64_t>(own.size()));
-  if (!row) return wrong_usage("--override " + text + ": there is no such picture");
+  if (!row) return wrong_usage("--override " + text + translated(": there is no such picture"));
   FieldValues& values = own[static_cast<std::size_t>(*row - 1)];
   std::size_t at = equals + 1, field = 0;
   for (; at <= text.size() && field < generator.ownFields.size(); ++field) {

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "base/string_table.h"
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/completion.h"
 #include "cli/exchange_command.h"
@@ -52,13 +53,37 @@ bool apply_settings(const std::vector<std::string>& assignments) {
   for (const std::string& assignment : assignments) {
     std::string reason;
     if (set_setting_for_run(assignment, reason)) continue;
-    std::fprintf(stderr, "vellum: --set %s: %s\n", assignment.c_str(), reason.c_str());
+    std::fprintf(stderr, translated("vellum: --set %s: %s\n"), assignment.c_str(), reason.c_str());
     return false;
   }
   return true;
 }
 
+/// What other programs read is English, whoever runs them.
+bool for_programs(std::span<char*> arguments) {
+  return std::ranges::any_of(arguments, [](std::string_view argument) {
+    return argument == "--json" || argument == "--man" || argument.starts_with("--completion");
+  });
+}
+
+/// Descriptions are rows and literals all over the commands; here they meet a person.
+void translate_help(CLI::App& app) {
+  for (const char* label : {"Usage", "OPTIONS", "SUBCOMMAND", "Positionals", "REQUIRED"})
+    app.get_formatter()->label(label, translated(label));
+  app.description(translated(app.get_description().c_str()));
+  for (CLI::Option* option : app.get_options()) {
+    option->description(translated(option->get_description().c_str()));
+    if (!option->get_group().empty()) option->group(translated("Options"));
+  }
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (!command->get_group().empty()) command->group(translated("Subcommands"));
+    translate_help(*command);
+  }
+}
+
 int run(int argc, char** argv) {
+  if (!for_programs({argv, static_cast<std::size_t>(argc)}))
+    use_language(wished_languages({}), catalog_folders());
   CLI::App app("Shows, checks and rewrites PNG, animated PNG, MNG and WebP files as lists of chunks.",
                "vellum");
   GlobalOptions options;
@@ -90,6 +115,7 @@ int run(int argc, char** argv) {
     Run work = prepare_import_command(*command, *importer);
     command->callback([&chosen, work] { chosen = work; });
   }
+  if (language_in_use() != "en") translate_help(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

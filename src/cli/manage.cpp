@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
@@ -151,7 +152,7 @@ int apply_actions(const ManageOptions& options, Managing& managing) {
     if (outcome == Outcome::Done) continue;
     if (outcome == Outcome::Failed) return kFailed;
     wrong_usage("--" + std::string(row.option) + ": \"" + value +
-                "\" is out of range, or no value for a file of this kind");
+                translated("\" is out of range, or no value for a file of this kind"));
     return kWrongUsage;
   }
   return kDone;
@@ -168,8 +169,8 @@ int run_manage(const ManageOptions& options, Host& host) {
   }
   const auto frames = options.frames.empty() ? all_frames(count) : parse_frame_list(options.frames, count);
   if (!frames) {
-    wrong_usage("--frames: \"" + options.frames + "\" is no list of frames from 1 to " +
-                std::to_string(count));
+    wrong_usage(translated("--frames: \"") + options.frames +
+                translated("\" is no list of frames from 1 to ") + std::to_string(count));
     return kWrongUsage;
   }
   Managing managing{window, *frames, host, {}};

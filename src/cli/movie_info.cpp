@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "cli/command.h"
 #include "exchange/movie.h"
 
@@ -30,10 +31,10 @@ int run(const Given& given, Host& host) {
     std::printf("%s\n", told.dump(2).c_str());
     return kDone;
   }
-  std::printf("Format:   %s, %s\nSize:     %u x %u", facts.format.c_str(), facts.codec.c_str(), facts.width,
-              facts.height);
-  if (facts.turned != 0) std::printf(", turned by %d degrees", facts.turned);
-  std::printf("\nTime:     %s ms\nFrames:   %s, %.3f a second\nAlpha:    %s\nSound:    %s\n",
+  std::printf(translated("Format:   %s, %s\nSize:     %u x %u"), facts.format.c_str(), facts.codec.c_str(),
+              facts.width, facts.height);
+  if (facts.turned != 0) std::printf(translated(", turned by %d degrees"), facts.turned);
+  std::printf(translated("\nTime:     %s ms\nFrames:   %s, %.3f a second\nAlpha:    %s\nSound:    %s\n"),
               grouped(static_cast<std::uint64_t>(std::max<std::int64_t>(facts.duration, 0) / 1000)).c_str(),
               grouped(facts.frames).c_str(), facts.rate, facts.alpha ? "yes" : "no",
               facts.sound ? "yes" : "no");

@@ -1,5 +1,6 @@
 #include <optional>
 
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/words.h"
@@ -40,7 +41,8 @@ bool take_options(const NewOptions& options, NewDocument& parameters) {
   parameters.colorType = static_cast<std::uint8_t>(options.colorType);
   parameters.bitDepth = static_cast<std::uint8_t>(options.bits);
   parameters.plays = options.plays;
-  if (!options.size.empty() && !parse_size(options.size, parameters)) return wrong_usage("--size is not WxH");
+  if (!options.size.empty() && !parse_size(options.size, parameters))
+    return wrong_usage(translated("--size is not WxH"));
   if (const char* fault = new_document_fault(parameters)) return wrong_usage(fault);
   return name_fits_kind(options.out, options.kind);
 }

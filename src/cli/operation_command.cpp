@@ -1,5 +1,6 @@
 #include "cli/operation_command.h"
 
+#include "base/translation.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
@@ -45,7 +46,7 @@ int run(const Operation& operation, const Given& given, Host& host) {
   if (!values) return kWrongUsage;
   const auto frames = given.frames.empty() ? all_frames(count) : parse_frame_list(given.frames, count);
   if (!frames) {
-    wrong_usage("--frames is not a list of images as in 1,3-5");
+    wrong_usage(translated("--frames is not a list of images as in 1,3-5"));
     return kWrongUsage;
   }
   if (!run_operation(operation, window, *values, *frames, host)) return kFailed;

@@ -1,4 +1,5 @@
 // `vellum palette`: the operation of that name, and the palette of a document as a file.
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/frame_options.h"
 #include "cli/operation_command.h"
@@ -47,7 +48,7 @@ Run prepare_palette(CLI::App& app) {
   return [options, convert, &app, out](Host& host) -> int {
     const std::string written = out->count() > 0 ? out->as<std::string>() : "";
     if (written.empty() && options->exported.empty()) {
-      wrong_usage("give OUT, or --export");
+      wrong_usage(translated("give OUT, or --export"));
       return kWrongUsage;
     }
     if (options->fast) settings::FastRemap = 1;

@@ -1,6 +1,7 @@
 #include "cli/parameter_options.h"
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "cli/completion.h"
 #include "cli/frame_options.h"
 #include "configuration/setting_values.h"
@@ -82,7 +83,7 @@ bool take_compound(const CompoundOption& option, const std::string& text, const 
     return true;
   }
   const auto parts = parts_of(option, text);
-  if (!parts) return wrong_usage("--" + std::string(option.name) + " is not " + option.form);
+  if (!parts) return wrong_usage("--" + std::string(option.name) + translated(" is not ") + option.form);
   for (std::size_t i = 0; i < parts->size(); ++i)
     values.set(option.fields[i], option_value(*find_field(fields, option.fields[i]), (*parts)[i]));
   return true;
@@ -114,16 +115,16 @@ const char* value_name(const Field& field) {
 }
 
 std::string help_of(const Field& field) {
-  std::string text = field.label;
+  std::string text = translated(field.label);
   if (field.type == FieldType::Choice) {
     std::string names;
     for (const std::string& word : words_of(field)) names.append(names.empty() ? ": " : ", ").append(word);
     text += names;
   } else if (field.type == FieldType::Whole) {
-    text += ", " + std::to_string(field.least) + " to " + std::to_string(field.most);
+    text += ", " + std::to_string(field.least) + translated(" to ") + std::to_string(field.most);
   } else if (field.type == FieldType::Real) {
-    text +=
-        ", " + field_value_text(field, field.leastReal) + " to " + field_value_text(field, field.mostReal);
+    text += ", " + field_value_text(field, field.leastReal) + translated(" to ") +
+            field_value_text(field, field.mostReal);
   }
   return text;
 }
@@ -134,15 +135,21 @@ std::string default_of(const Field& field) {
   return field_value_text(field, initial_value(field));
 }
 
+/// Of a flag that is on as it comes: "No smooth edges".
+std::string refused(const std::string& label, std::string_view source) {
+  if (label != source) return format_text(translated("Without: %s"), label.c_str());
+  return "No " + lower_case(label.substr(0, 1)) + label.substr(1);
+}
+
 void add_field_option(CLI::App& app, const Field& field, std::optional<std::string>& text) {
   const std::string name = option_name(field.name);
   if (field.type == FieldType::Flag) {
     const bool on = field.initial != 0;
     // Where both values have names the option tells the one that it gives.
-    std::string help = field.label;
-    if (on && field.choices.empty()) help = "No " + lower_case(help.substr(0, 1)) + help.substr(1);
+    std::string help = translated(field.label);
+    if (on && field.choices.empty()) help = refused(help, field.label);
     for (const FieldChoice& choice : field.choices)
-      if (choice.value == !on) help += std::string(": ") + choice.name;
+      if (choice.value == !on) help += std::string(": ") + translated(choice.name);
     app.add_flag_callback((on ? "--no-" : "--") + name, [&text, on] { text = on ? "0" : "1"; }, help);
     return;
   }

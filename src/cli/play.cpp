@@ -1,6 +1,7 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "cli/command.h"
 #include "core/files/open_document.h"
 #include "core/settings.h"
@@ -42,7 +43,7 @@ bool play(Compositor& compositor, const PlayOptions& options, Host& host) {
     return false;
   }
   if (options.steps == 0)
-    std::fprintf(stderr, "vellum: ended after %s steps; --steps N shows as many as are wanted\n",
+    std::fprintf(stderr, translated("vellum: ended after %s steps; --steps N shows as many as are wanted\n"),
                  grouped(kMaximumSteps).c_str());
   return true;
 }

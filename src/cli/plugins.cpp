@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
@@ -43,12 +44,12 @@ int run_named(const PluginOptions& options, Host& host) {
     if (!equal_ignoring_case(plugin.name, options.name)) continue;
     auto made = run_plugin(plugin, kind, nullptr, host);
     if (made.empty()) {
-      std::fprintf(stderr, "vellum: the plugin made no animation\n");
+      std::fprintf(stderr, translated("vellum: the plugin made no animation\n"));
       return kFailed;
     }
     return save_document(made.front(), options.out, host) ? kDone : kFailed;
   }
-  wrong_usage("there is no plugin \"" + options.name + "\"");
+  wrong_usage(translated("there is no plugin \"") + options.name + "\"");
   return kWrongUsage;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/file.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "cli/command.h"
 #include "core/check/repair_file.h"
 
@@ -20,11 +21,11 @@ bool write_file(const std::filesystem::path& path, std::span<const std::uint8_t>
 void tell(const RepairedFile& repaired) {
   for (const Finding& finding : repaired.mended) {
     const std::string name = finding.tag == 0 ? "the file" : tag_letters(finding.tag);
-    std::printf("mended: %s at %llu: %s\n", name.c_str(), static_cast<unsigned long long>(finding.offset),
-                finding_text(finding).c_str());
+    std::printf(translated("mended: %s at %llu: %s\n"), name.c_str(),
+                static_cast<unsigned long long>(finding.offset), finding_text(finding).c_str());
   }
-  for (const std::string& lost : repaired.given_up) std::printf("given up: %s\n", lost.c_str());
-  if (repaired.mended.empty() && repaired.given_up.empty()) std::puts("nothing had to be mended");
+  for (const std::string& lost : repaired.given_up) std::printf(translated("given up: %s\n"), lost.c_str());
+  if (repaired.mended.empty() && repaired.given_up.empty()) std::puts(translated("nothing had to be mended"));
 }
 
 int run_repair(const RepairOptions& options, Host& host) {

@@ -1,4 +1,5 @@
 // `vellum strip` and `vellum unstrip`.
+#include "base/translation.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
@@ -24,7 +25,7 @@ struct StripOptions {
 
 int run_strip(const StripOptions& options, Host& host) {
   if (GraphicFileType(options.out) == kNoGraphicFile) {
-    wrong_usage("OUT has no extension of a picture");
+    wrong_usage(translated("OUT has no extension of a picture"));
     return kWrongUsage;
   }
   DocumentWindow window;

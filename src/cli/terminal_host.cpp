@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "base/translation.h"
+
 namespace vellum::cli {
 namespace {
 
@@ -57,7 +59,7 @@ Host terminal_host(bool quiet) {
     if (!message.option)
       print("", message);
     else if (!quiet)
-      print("warning: ", message);
+      print(translated("warning: "), message);
   };
   host.ask = [quiet](const Message& message, bool) {
     if (!quiet) print("", message);

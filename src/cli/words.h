@@ -4,6 +4,8 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "base/translation.h"
+
 namespace vellum::cli {
 
 /// Puts what a word stands for, in any case, in its place. `forms` names the words for people:
@@ -15,7 +17,7 @@ CLI::Validator one_of(const Words& words, const std::string& forms) {
       [transform, forms](std::string& input) {
         std::string taken = input;
         // What the library would say names the numbers behind the words.
-        if (!transform(taken).empty()) return '"' + input + "\" is none of " + forms;
+        if (!transform(taken).empty()) return '"' + input + translated("\" is none of ") + forms;
         input = taken;
         return std::string();
       },

@@ -741,6 +741,7 @@ constexpr SettingRow kSettings[] = {
     number("ImageEditorGround", ImageEditorGround),
     text("DockLayoutWide", DockLayoutWide),
     text("DockLayoutSmall", DockLayoutSmall),
+    text("Language", Language),
 };
 // clang-format on
 

@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 // The defaults below are taken from these variables, so they have to come first.
+#include "base/translation.h"
 #include "batch/settings.h"
 #include "configuration/settings.h"
 #include "configuration/shell_settings.h"
@@ -91,13 +92,13 @@ std::optional<SettingValue> parse_setting(const SettingRow& row, std::string_vie
 bool set_setting_for_run(std::string_view assignment, std::string& reason) {
   const auto parting = assignment.find('=');
   if (parting == std::string_view::npos) {
-    reason = "a setting is given as Key=Value";
+    reason = translated("a setting is given as Key=Value");
     return false;
   }
   const std::string_view key = trimmed(assignment.substr(0, parting));
   const SettingRow* row = find_setting(key);
   if (!row) {
-    reason = "there is no setting \"" + std::string(key) + '"';
+    reason = translated("there is no setting \"") + std::string(key) + '"';
     return false;
   }
   const auto value = parse_setting(*row, trimmed(assignment.substr(parting + 1)), reason);

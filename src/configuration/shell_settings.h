@@ -117,6 +117,7 @@ inline int NewAnimationWizardThumbnailDetails = 1;   ///< flag
 inline int NewAnimationWizardTightThumbnails = 1;    ///< flag
 inline int NewAnimationWizardPreviewSizeas = 0;      ///< flag: the preview opens at the picture's own size
 inline int NewAnimationWizardWelcome = 1;            ///< flag
+inline std::string Language;                         ///< code of the texts' language; empty: the desktop's
 inline int WatchFolders = 1;                         ///< flag: its lists follow the folders
 
 }  // namespace vellum::settings

@@ -1,6 +1,7 @@
 // Cursors out: animated ones as a RIFF file of form ACON, still ones as a file of one entry.
 #include <algorithm>
 
+#include "base/translation.h"
 #include "core/build/frame_stream.h"
 #include "core/edit/picture_fitting.h"
 #include "exchange/cursor.h"
@@ -98,7 +99,8 @@ bool write_ani(ExportRun& run, const FieldValues& values, const Sink& sink) {
   const std::uint64_t list = 4 + stream.count * (8 + icon + (icon & 1)),
                       whole = 4 + 8 + 36 + 8 + list + 8 + 4 * stream.count;
   if (whole > 0xFFFFFFFF)
-    return run.host.fail({FaultKind::Limit, 0, -1, -1, "the file would be longer than its format can tell"});
+    return run.host.fail(
+        {FaultKind::Limit, 0, -1, -1, translated("the file would be longer than its format can tell")});
   std::vector<std::uint8_t> bytes;
   const auto put_form = [&](const char* tag, std::uint64_t length, std::string_view form) {
     put_riff_head(bytes, tag, static_cast<std::uint32_t>(length));

@@ -5,6 +5,7 @@
 #include <array>
 
 #include "base/parallel.h"
+#include "base/translation.h"
 #include "core/build/frame_stream.h"
 #include "core/model/frame_values.h"
 #include "exchange/exchange_rows.h"
@@ -161,7 +162,7 @@ std::optional<GifColors> shared_colors_of(std::span<const Look> looks) {
 /// One palette for frames that have none in common. Nothing when the user stopped it, or a picture is lost.
 std::optional<GifColors> computed_colors(const FrameStream& stream, bool masked, const GifOptions& options,
                                          Host& host) {
-  const Progress progress(host, kQuantizing);
+  const Progress progress(host, translated(kQuantizing));
   GifPalette palette;
   for (std::size_t i = 0; i < stream.count; ++i) {
     if (host.stopped()) return std::nullopt;
@@ -277,7 +278,8 @@ bool write_plain(ExportRun& run, const GifOptions& options, const Sink& sink) {
 bool write(ExportRun& run, const FieldValues& values, const Sink& sink) {
   const Extent canvas = document_size(run.draft.list, run.draft.document);
   if (canvas.width > kMostGif || canvas.height > kMostGif)
-    return run.host.fail({FaultKind::Limit, 0, -1, -1, "a GIF has at most 65535 pixels in each direction"});
+    return run.host.fail(
+        {FaultKind::Limit, 0, -1, -1, translated("a GIF has at most 65535 pixels in each direction")});
   const GifOptions options = options_of(values);
   return values.number("optimize") != 0 ? write_optimized_gif(run, options, sink)
                                         : write_plain(run, options, sink);

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "base/parallel.h"
+#include "base/translation.h"
 #include "core/build/frame_stream.h"
 #include "exchange/export_gif.h"
 #include "exchange/gif_palette.h"
@@ -127,7 +128,7 @@ class Optimizer {
   }
 
   bool choose_colors() {
-    const Progress progress(run_.host, kQuantizing);
+    const Progress progress(run_.host, translated(kQuantizing));
     GifPalette palette;
     bool holes = false;
     for (std::size_t i = 0; i < stream_.count; ++i) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 #include "image/picture_rows.h"
 
 namespace vellum {
@@ -33,15 +34,15 @@ class Walk {
       else if (kind == 0 && at_ + 1 < bytes_.size())
         ++at_;  // some writers end a block twice
       else
-        damaged("a block of an unknown kind");
+        damaged(translated("a block of an unknown kind"));
     }
-    if (file_.damage.empty()) damaged("the end is missing");
+    if (file_.damage.empty()) damaged(translated("the end is missing"));
   }
 
  private:
   bool has(std::size_t count) const { return bytes_.size() - at_ >= count; }
   void damaged(const char* what) {
-    file_.damage = std::string(what) + ", offset " + std::to_string(std::min(at_, bytes_.size()));
+    file_.damage = std::string(what) + translated(", offset ") + std::to_string(std::min(at_, bytes_.size()));
   }
 
   /// The sub-blocks from `at_` on, joined up to `most` bytes; false where they break off.
@@ -59,13 +60,13 @@ class Walk {
   }
 
   void extension() {
-    if (!has(2)) return damaged("an extension breaks off");
+    if (!has(2)) return damaged(translated("an extension breaks off"));
     const std::uint8_t label = bytes_[at_ + 1];
     at_ += 2;
     std::string content;
     const bool wanted = label == 0xF9 || label == 0xFE || label == 0xFF;
     const bool whole = blocks(wanted ? &content : nullptr, label == 0xFE ? kMostCommentBytes : 256);
-    if (!whole) return damaged("an extension breaks off");
+    if (!whole) return damaged(translated("an extension breaks off"));
     const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>(content[i]); };
     if (label == 0xF9 && content.size() >= 4) {
       next_.disposal = byte(0) >> 2 & 7;
@@ -80,7 +81,7 @@ class Walk {
   }
 
   void image() {
-    if (!has(10)) return damaged("an image breaks off");
+    if (!has(10)) return damaged(translated("an image breaks off"));
     GifFrame frame = next_;
     next_ = {};
     frame.at = at_;
@@ -91,16 +92,16 @@ class Walk {
     at_ += 10;
     if (packed & 0x80) {
       frame.table = {at_, std::size_t{2} << (packed & 7)};
-      if (!has(3 * frame.table.colors + 1)) return damaged("an image breaks off");
+      if (!has(3 * frame.table.colors + 1)) return damaged(translated("an image breaks off"));
       at_ += 3 * frame.table.colors;
     }
-    if (!has(1)) return damaged("an image breaks off");
+    if (!has(1)) return damaged(translated("an image breaks off"));
     ++at_;  // the least code size
     const bool whole = blocks(nullptr, 0);
     frame.end = at_;
     if (frame.width != 0 && frame.height != 0) file_.frames.push_back(frame);
-    if (!whole) damaged("an image breaks off");
-    if (file_.frames.size() >= kMostFrames) damaged("more images than are read");
+    if (!whole) damaged(translated("an image breaks off"));
+    if (file_.frames.size() >= kMostFrames) damaged(translated("more images than are read"));
   }
 
   GifFile& file_;

@@ -3,6 +3,7 @@
 
 #include "base/byte_order.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/build/build_animation.h"
 #include "core/build/convert_records.h"
 #include "core/build/frame_stream.h"
@@ -151,9 +152,9 @@ bool read_ani(DocumentWindow& window, ImportRun& run) {
   }
   if (pictures.empty()) return refuse(run, StringId::CorruptedFile);
   if (pictures.size() < ani.frames.size() || ani.cut)
-    run.host.add_note("ANI: " + std::to_string(pictures.size()) + " of " +
+    run.host.add_note(translated("ANI: ") + std::to_string(pictures.size()) + translated(" of ") +
                       std::to_string(std::max<std::size_t>(ani.frames.size(), ani.header[Frames])) +
-                      " frames can be read");
+                      translated(" frames can be read"));
   const FrameStream stream{
       {pictures[0].width(), pictures[0].height()}, pictures.size(), 0, [&](std::size_t i) {
         StreamedFrame frame;

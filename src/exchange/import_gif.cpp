@@ -5,6 +5,7 @@
 #include "base/limits.h"
 #include "base/parallel.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/build/build_animation.h"
 #include "core/build/convert_records.h"
 #include "core/build/frame_stream.h"
@@ -191,15 +192,15 @@ std::optional<std::vector<Used>> survey(const GifFile& file, Host& host) {
 }
 
 void tell_what_is_missing(const GifFile& file, std::span<const Used> used, Host& host) {
-  if (!file.damage.empty()) host.add_note("GIF: the file is damaged (" + file.damage + ")");
+  if (!file.damage.empty()) host.add_note(translated("GIF: the file is damaged (") + file.damage + ")");
   const auto incomplete = std::ranges::count_if(used, [](const Used& frame) { return frame.missing > 0; });
   if (incomplete > 0)
-    host.add_note("GIF: parts of " + std::to_string(incomplete) + " of " + std::to_string(used.size()) +
-                  " frames are missing");
+    host.add_note(translated("GIF: parts of ") + std::to_string(incomplete) + translated(" of ") +
+                  std::to_string(used.size()) + translated(" frames are missing"));
   if (std::ranges::any_of(file.frames, [&](const GifFrame& frame) {
         return frame.left + frame.width > file.width || frame.top + frame.height > file.height;
       }))
-    host.add_note("GIF: what lies beyond the canvas was cut off");
+    host.add_note(translated("GIF: what lies beyond the canvas was cut off"));
 }
 
 void add_comments(DocumentWindow& window, const GifFile& file) {
@@ -222,14 +223,14 @@ bool make_one(DocumentWindow& window, const FrameStream& stream) {
 bool read(DocumentWindow& window, ImportRun& run) {
   const auto file = read_gif(run.bytes);
   if (!file || file->frames.empty())
-    return run.host.fail({FaultKind::Damaged, 0, -1, -1, "it holds no image"});
+    return run.host.fail({FaultKind::Damaged, 0, -1, -1, translated("it holds no image")});
   if (const char* fault = decoding_fault(decoded_bytes(*file), file->bytes.size()))
     return run.host.fail({FaultKind::Limit, 0, -1, -1, fault});
   const auto used = survey(*file, run.host);
   if (!used) return false;
   if (std::ranges::all_of(*used, [](const Used& frame) { return frame.missing > 0; }) &&
       gif_pixels(*file, file->frames[0]).rows == 0)
-    return run.host.fail({FaultKind::Damaged, 0, -1, -1, "its images can't be decoded"});
+    return run.host.fail({FaultKind::Damaged, 0, -1, -1, translated("its images can't be decoded")});
   const Form form = form_of(*file, *used);
   const FrameStream stream{
       {file->width, file->height}, file->frames.size(), file->plays.value_or(1), [&](std::size_t frame) {
@@ -238,8 +239,9 @@ bool read(DocumentWindow& window, ImportRun& run) {
   DocumentWindow made;
   const bool still = stream.count == 1;
   if (!(still ? make_one(made, stream) : build_from_stream(made, stream, DocumentKind::APNG, run.host)))
-    return run.host.stopped() ? false
-                              : run.host.fail({FaultKind::Limit, 0, -1, -1, "its pictures are too large"});
+    return run.host.stopped()
+               ? false
+               : run.host.fail({FaultKind::Limit, 0, -1, -1, translated("its pictures are too large")});
   tell_what_is_missing(*file, *used, run.host);
   if (run.values.number("comments") != 0) add_comments(made, *file);
   const DocumentKind kind = build_kind(static_cast<std::uint32_t>(run.values.number(kKindField)));

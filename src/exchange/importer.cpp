@@ -4,6 +4,7 @@
 
 #include "base/file.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/build/build_animation.h"
 #include "core/files/open_document.h"
 #include "core/model/document_notes.h"
@@ -29,7 +30,7 @@ bool tell_of_failure(const ImportRun& run) {
 bool read_safely(const Importer& importer, DocumentWindow& window, ImportRun& run) try {
   return importer.read(window, run);
 } catch (const std::bad_alloc&) {
-  return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  return run.host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
 }
 
 /// Asks what kind of document an animation becomes. False: the user cancelled.

@@ -8,6 +8,7 @@
 #include "base/limits.h"
 #include "base/memory_budget.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "image/held_picture.h"
 #include "image/superpalette.h"
 #include "image/to_colors.h"
@@ -204,7 +205,8 @@ class Gathering {
   bool is_room() {
     const std::uint64_t bytes = bytes_ + bytes_of(pending_);
     if (bytes > maximum_decoded_bytes())
-      return host_.fail({FaultKind::Limit, 0, -1, -1, "its frames take more memory than a document may"});
+      return host_.fail(
+          {FaultKind::Limit, 0, -1, -1, translated("its frames take more memory than a document may")});
     if (asked || (frames_.size() < kManyFrames && bytes <= memory_limit())) return true;
     asked = true;
     refused = !is_wanted(frames_.size() + 1, bytes, host_);
@@ -246,7 +248,7 @@ bool import_movie(MovieReader& reader, const MovieImport& import, DocumentKind k
   if (many && !is_wanted(expected, expected * each, host)) return told = true, false;
   const auto rewind = [&] {
     return reader.seek(std::int64_t{import.from} * 1000) ||
-           host.fail({FaultKind::Damaged, 0, -1, -1, "it can't be read from its beginning"});
+           host.fail({FaultKind::Damaged, 0, -1, -1, translated("it can't be read from its beginning")});
   };
   if (import.from > 0 && !rewind()) return false;
   std::optional<GivenColors> colors;
@@ -263,7 +265,8 @@ bool import_movie(MovieReader& reader, const MovieImport& import, DocumentKind k
   if (!walked) return false;
   const auto frames = gathering.finish();
   if (frames.empty()) {
-    if (reader.damaged()) return host.fail({FaultKind::Damaged, 0, -1, -1, "none of its frames can be read"});
+    if (reader.damaged())
+      return host.fail({FaultKind::Damaged, 0, -1, -1, translated("none of its frames can be read")});
     host.show(StringId::NothingInRange);
     return told = true, false;
   }

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/limits.h"
+#include "base/translation.h"
 #include "exchange/movie.h"
 #include "exchange/movie_input.h"
 #include "image/picture_operations.h"
@@ -91,13 +92,14 @@ class Movie {
 
 bool Movie::open(std::uint32_t largest, Host& host) {
   if (!stream_ || !frame_ || !packet_)
-    return host.fail({FaultKind::Damaged, 0, -1, -1, "it holds no movie that can be read"});
+    return host.fail({FaultKind::Damaged, 0, -1, -1, translated("it holds no movie that can be read")});
   settle_facts();
   const auto bytes = static_cast<std::uint64_t>(std::max(codec_->width, 0)) *
                      static_cast<std::uint64_t>(std::max(codec_->height, 0)) * 4;
   if (const char* fault = decoding_fault(bytes, input_.size()))
     return host.fail({FaultKind::Limit, 0, -1, -1, fault});
-  if (!settle_size(largest)) return host.fail({FaultKind::Limit, 0, -1, -1, "its pictures are too large"});
+  if (!settle_size(largest))
+    return host.fail({FaultKind::Limit, 0, -1, -1, translated("its pictures are too large")});
   return true;
 }
 

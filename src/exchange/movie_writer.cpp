@@ -8,6 +8,7 @@
 #include <cstring>
 #include <deque>
 
+#include "base/translation.h"
 #include "exchange/constant_rate.h"
 #include "exchange/movie.h"
 #include "exchange/movie_sound.h"
@@ -198,7 +199,7 @@ MovieFault MovieWriter::open_pictures() {
   const AVCodec* codec = encoder_for(form_, *format_->oformat, missing_);
   if (!codec) return MovieFault::NoEncoder;
   if (avformat_query_codec(format_->oformat, codec->id, FF_COMPLIANCE_NORMAL) == 0)
-    return other((std::string(codec->name) + " can't be in such a file").c_str(), 0);
+    return other((std::string(codec->name) + translated(" can't be in such a file")).c_str(), 0);
   pictureStream_ = avformat_new_stream(format_.get(), nullptr);
   pictures_.reset(avcodec_alloc_context3(codec));
   if (!pictureStream_ || !pictures_) throw std::bad_alloc();
@@ -214,7 +215,7 @@ MovieFault MovieWriter::open_pictures() {
   if (format_->oformat->flags & AVFMT_GLOBALHEADER) c.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   if (c.pix_fmt == AV_PIX_FMT_YUVJ420P) c.color_range = AVCOL_RANGE_JPEG;
   if (c.pix_fmt == AV_PIX_FMT_YUV420P) c.color_range = AVCOL_RANGE_MPEG, c.colorspace = AVCOL_SPC_SMPTE170M;
-  if (!take_quality()) return other("the quality can't be set", 0);
+  if (!take_quality()) return other(translated("the quality can't be set"), 0);
   AVDictionary* options = nullptr;
   if (codec->id == AV_CODEC_ID_VP9) {
     av_dict_set(&options, "row-mt", "1", 0);
@@ -271,7 +272,7 @@ MovieFault MovieWriter::open(const std::filesystem::path& scratch) {
   AVFormatContext* format = nullptr;
   const std::string name = "movie" + form_.extension;
   if (avformat_alloc_output_context2(&format, nullptr, nullptr, name.c_str()) < 0 || !format)
-    return other("nothing here writes such a file", 0);
+    return other(translated("nothing here writes such a file"), 0);
   format_.reset(format);
   format->flags |= AVFMT_FLAG_BITEXACT | AVFMT_FLAG_CUSTOM_IO;
   descriptor_ = scratch_file(scratch);
@@ -282,7 +283,7 @@ MovieFault MovieWriter::open(const std::filesystem::path& scratch) {
   if (const MovieFault fault = open_pictures(); fault != MovieFault::None) return fault;
   if (const MovieFault fault = open_sound(); fault != MovieFault::None) return fault;
   const int begun = avformat_write_header(format, nullptr);
-  return begun < 0 ? other("the file can't be begun", begun) : MovieFault::None;
+  return begun < 0 ? other(translated("the file can't be begun"), begun) : MovieFault::None;
 }
 
 /// The canvas on the background, in the size of the movie, as the encoder takes it.
@@ -405,7 +406,7 @@ MovieFault MovieWriter::write_frames() {
     const std::size_t frame = i % stream_.count;
     const std::int64_t length = lengths_[frame];
     if (!send(frame, time, length, i + 1 == total) || !write_sound(time + length))
-      return other("the file can't be written", format_->pb->error);
+      return other(translated("the file can't be written"), format_->pb->error);
     time += length;
     progress.step(i + 1, total);
   }
@@ -413,9 +414,10 @@ MovieFault MovieWriter::write_frames() {
       !put_last(time) ||
       (sounds_ && (avcodec_send_frame(sounds_.get(), nullptr) < 0 || !drain(*sounds_, *soundStream_))) ||
       av_write_trailer(format_.get()) < 0)
-    return other("the file can't be written", format_->pb->error);
+    return other(translated("the file can't be written"), format_->pb->error);
   avio_flush(format_->pb);
-  return format_->pb->error < 0 ? other("the file can't be written", format_->pb->error) : MovieFault::None;
+  return format_->pb->error < 0 ? other(translated("the file can't be written"), format_->pb->error)
+                                : MovieFault::None;
 }
 
 MovieFault MovieWriter::copy(const Sink& sink) {
@@ -423,7 +425,7 @@ MovieFault MovieWriter::copy(const Sink& sink) {
   off_t at = 0;
   for (;;) {
     const ssize_t got = pread(descriptor_, bytes.data(), bytes.size(), at);
-    if (got < 0) return other("the file can't be read again", AVERROR(errno));
+    if (got < 0) return other(translated("the file can't be read again"), AVERROR(errno));
     if (got == 0) return MovieFault::None;
     if (!sink.write({bytes.data(), static_cast<std::size_t>(got)})) return MovieFault::Other;
     at += got;

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 #include "exchange/riff.h"
 #include "exchange/swf_writer.h"
 

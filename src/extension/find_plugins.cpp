@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "extension/library_folder.h"
 #include "extension/plugin.h"
 
@@ -28,11 +29,11 @@ std::string load(const fs::path& path, std::vector<Plugin>& plugins) {
   if (!library) return reason;
   auto* const get = library_function<decltype(PLUGIN15GetPluginParams)>(library, "PLUGIN15GetPluginParams");
   auto* const build = library_function<decltype(PLUGIN15DoBuild)>(library, "PLUGIN15DoBuild");
-  if (!get || !build) return "it lacks a function of plugins";
+  if (!get || !build) return translated("it lacks a function of plugins");
   VellumPluginParams params{};
   params.size = sizeof params;
   params.version = VELLUM_PLUGIN_VERSION;
-  if (get(&params, 0) == 0) return "it doesn't work with this program";
+  if (get(&params, 0) == 0) return translated("it doesn't work with this program");
   Plugin plugin{path, field_text(params.name), field_text(params.description), params.flags, library, build};
   if (plugin.name.empty()) plugin.name = path.stem().string();
   plugins.push_back(std::move(plugin));

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "extension/theme.h"
 
 namespace fs = std::filesystem;
@@ -68,11 +69,12 @@ std::string load(const fs::path& path, Theme& theme) {
   theme.file = path.filename().string();
   theme.name = name_of(theme.file);
   theme.calls = calls_of(library);
-  if (!theme.calls.init || !theme.calls.end || !theme.calls.bitmap) return "it lacks a function of themes";
+  if (!theme.calls.init || !theme.calls.end || !theme.calls.bitmap)
+    return translated("it lacks a function of themes");
   theme.running = start(library, theme.calls);
-  if (!theme.running) return "it doesn't work with this program";
+  if (!theme.running) return translated("it doesn't work with this program");
   if (!can_be_used(theme.calls)) {
-    theme.incomplete = "it lacks a function that draws";
+    theme.incomplete = translated("it lacks a function that draws");
     return {};
   }
   theme.supported = theme.calls.support();
@@ -92,10 +94,10 @@ std::vector<fs::path> theme_folders() { return library_folders("theme"); }
 
 std::optional<Theme> load_theme(const std::string& file, std::span<const fs::path> folders,
                                 std::string& reason) {
-  reason = "it is no name of a theme";
+  reason = translated("it is no name of a theme");
   if (file.find('/') != std::string::npos || !is_library_name(file, kPrefix)) return std::nullopt;
   const LibraryFiles there = library_files(folders, kPrefix);
-  reason = there.refused.empty() ? "it isn't there" : there.refused.front();
+  reason = there.refused.empty() ? translated("it isn't there") : there.refused.front();
   for (const fs::path& path : there.files) {
     if (path.filename() != file) continue;
     Theme theme;

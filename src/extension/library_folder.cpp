@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace fs = std::filesystem;
 
@@ -44,21 +45,21 @@ LibraryFiles library_files(std::span<const fs::path> folders, const char* prefix
     if (is_ours(folder))
       found.files.insert(found.files.end(), files.begin(), files.end());
     else
-      found.refused.push_back(folder.string() + ": others can write to this folder.");
+      found.refused.push_back(folder.string() + translated(": others can write to this folder."));
   }
   return found;
 }
 
 std::shared_ptr<void> load_library(const fs::path& path, std::string& reason) {
   if (!is_ours(path)) {
-    reason = "others can write to it";
+    reason = translated("others can write to it");
     return nullptr;
   }
   std::shared_ptr<void> library(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL), [](void* handle) {
     if (handle) dlclose(handle);
   });
   if (library) return library;
-  reason = "it can't be loaded";
+  reason = translated("it can't be loaded");
   return nullptr;
 }
 

@@ -1,6 +1,7 @@
 // Button: a raised plate with a text, as a still or with its states.
 #include <cmath>
 
+#include "base/translation.h"
 #include "generators/generator_rows.h"
 #include "generators/mixed_colors.h"
 #include "generators/settings.h"
@@ -182,7 +183,7 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
   const auto both = static_cast<std::uint32_t>(2 * padding);
   const Extent body{text.width + both, text.height + both};
   if (!can_be_held(body, 8, 32)) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "the button would be too large"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("the button would be too large")});
     return std::nullopt;
   }
   const double radius =

@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/model/kind_table.h"
 #include "image/picture_operations.h"
 #include "image/superpalette.h"
@@ -127,13 +128,14 @@ std::optional<FrameStream> stream_of(DrawnFrames drawn, DocumentKind kind, Host&
   const std::int64_t most = kind_row(kind).mostPixels;
   if (drawn.canvas.width > most || drawn.canvas.height > most) {
     host.fail({FaultKind::Limit, 0, -1, -1,
-               "it would have " + std::to_string(drawn.canvas.width) + " x " +
-                   std::to_string(drawn.canvas.height) + " pixels, more than the " + std::to_string(most) +
-                   " of a side that such a file can have"});
+               translated("it would have ") + std::to_string(drawn.canvas.width) + " x " +
+                   std::to_string(drawn.canvas.height) + translated(" pixels, more than the ") +
+                   std::to_string(most) + translated(" of a side that such a file can have")});
     return std::nullopt;
   }
   if (!canvas_fits(drawn.canvas, kind) || !can_be_held(drawn.canvas, drawn.count, bits)) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "so many frames of this size would take too much memory"});
+    host.fail(
+        {FaultKind::Limit, 0, -1, -1, translated("so many frames of this size would take too much memory")});
     return std::nullopt;
   }
   const Extent canvas = drawn.canvas;

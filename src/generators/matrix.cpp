@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "base/limits.h"
+#include "base/translation.h"
 #include "generators/generator_rows.h"
 #include "generators/matrix_effects.h"
 #include "generators/settings.h"
@@ -394,7 +395,7 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
   const std::uint64_t bytes = canvas.height * std::uint64_t{picture_stride(canvas.width, 24)};
   if (std::max(canvas.width, canvas.height) > kMaximumDimension || bytes > kMaximumPictureBytes ||
       matrix->count() > maximum_decoded_bytes() / bytes || matrix->count() > kMaximumEntries) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "the frames would be too large"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("the frames would be too large")});
     return std::nullopt;
   }
   return FrameStream{canvas, static_cast<std::size_t>(matrix->count()), 0,

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <numbers>
 
+#include "base/translation.h"
 #include "generators/drawn_frames.h"
 #include "generators/generator_rows.h"
 #include "generators/mixed_colors.h"
@@ -360,7 +361,7 @@ std::optional<FieldFault> check(const FieldValues& values, const DocumentWindow&
 std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs& inputs, Host& host) {
   const auto stack = std::make_shared<PhotoStack>(values, inputs, seed_of(values));
   if (!can_be_held(stack->canvas(), 4, 32)) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "the stack would be too large"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("the stack would be too large")});
     return std::nullopt;
   }
   const Picture ground = ground_of(values, stack->canvas(), host);

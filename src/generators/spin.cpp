@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/edit/picture_fitting.h"
 #include "generators/generator_rows.h"
 #include "generators/settings.h"
@@ -96,12 +97,12 @@ Picture centered(const Picture& picture, const Extent& canvas, Colour background
 std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs& inputs, Host& host) {
   const Picture source = opaque_true_color(inputs.pictures.front().picture());
   if (!source) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
     return std::nullopt;
   }
   const Extent canvas = canvas_of(source, values);
   if (std::uint64_t{canvas.width} * canvas.height * 4 > kMaximumPictureBytes) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "the frames would be too large"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("the frames would be too large")});
     return std::nullopt;
   }
   const std::int64_t count = values.number("count"), delay = values.number("delay");

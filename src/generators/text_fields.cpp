@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace vellum {
 
@@ -15,7 +16,8 @@ void offer_sign_fonts(std::vector<Field>& fields, const DocumentWindow&) { offer
 
 DrawnText draw_sign_text(const std::string& text, const TextStyle& style, Host& host) {
   DrawnText drawn = draw_text(text, style);
-  if (drawn.large) host.fail({FaultKind::Limit, 0, -1, -1, "the text would be too large for a picture"});
+  if (drawn.large)
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("the text would be too large for a picture")});
   tell_of_font(style, drawn, host);
   return drawn;
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <new>
 
+#include "base/translation.h"
 #include "generators/drawn_frames.h"
 #include "generators/generator_rows.h"
 #include "generators/settings.h"
@@ -198,7 +199,7 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
     canvas.height = std::max(canvas.height, picture.height());
   }
   if (!may_be_begun(canvas, 1, true)) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "the frames would be too large"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("the frames would be too large")});
     return std::nullopt;
   }
   const auto show = std::make_shared<TransitionShow>(images_of(values, inputs), canvas,
@@ -208,7 +209,8 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
                      [show](std::size_t number) { return show->frame(number); }};
   const bool deep = values.number("trueColor") != 0 || inputs.kind != DocumentKind::MING;
   if (!inputs.sketch && !may_be_begun(canvas, show->count(), deep)) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "so many frames of this size would take too much memory"});
+    host.fail(
+        {FaultKind::Limit, 0, -1, -1, translated("so many frames of this size would take too much memory")});
     return std::nullopt;
   }
   if (values.number("trueColor") != 0) return stream;
@@ -219,7 +221,8 @@ std::optional<FrameStream> make(const FieldValues& values, const GeneratorInputs
 
 /// What only a person in front of a window could end.
 const char* settle(FieldValues& values, const DocumentWindow&, const GivenFields&) {
-  return values.number("radarStepAngle") == 0 ? "a radar step angle of 0 never comes around" : nullptr;
+  return values.number("radarStepAngle") == 0 ? translated("a radar step angle of 0 never comes around")
+                                              : nullptr;
 }
 
 constexpr const char* kOwnFields[] = {"effect", "pause", "delay"};

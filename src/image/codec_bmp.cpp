@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "image/codecs.h"
 
 namespace vellum {
@@ -265,7 +266,7 @@ bool is_bmp(FileBytes file) {
 
 GraphicReading decode_bmp(FileBytes file, Part part, const GraphicSwitches&) {
   Shape shape;
-  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, "the header is damaged"};
+  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, translated("the header is damaged")};
   GraphicReading reading =
       reading_of_size(shape.width, shape.height, &shape.palette, result_bits(shape), part, file.size());
   if (!reading.picture || part == Part::Header) return reading;

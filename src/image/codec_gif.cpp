@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "base/translation.h"
 #include "image/codecs.h"
 #include "image/reduce_to_palette.h"
 
@@ -165,7 +166,7 @@ bool is_gif(FileBytes file) {
 GraphicReading decode_gif(FileBytes file, Part part, const GraphicSwitches&) {
   FileBytes rest = file;
   const Reader gif(DGifOpen(&rest, take_bytes, nullptr));
-  if (!gif || !find_image(gif.get())) return {{}, GraphicFault::Damaged, "it holds no image"};
+  if (!gif || !find_image(gif.get())) return {{}, GraphicFault::Damaged, translated("it holds no image")};
   const Shape shape = shape_of(*gif);
   GraphicReading reading =
       reading_of_size(shape.width, shape.height, &shape.palette, shape.bits, part, file.size());

@@ -9,6 +9,7 @@
 #include <jpeglib.h>
 #include <libexif/exif-data.h>
 
+#include "base/translation.h"
 #include "image/codecs.h"
 #include "image/orientation.h"
 
@@ -71,7 +72,8 @@ void count_scans(j_common_ptr info) {
       std::uint64_t{file.image_width} * file.image_height * static_cast<unsigned>(file.input_scan_number);
   if (file.input_scan_number > kMaximumScans ||
       (pixels > kUnquestionedScanPixels && pixels / kScanPixelsOfAByte > progress.fileBytes)) {
-    std::snprintf(ErrorJump::of(info).text.data(), JMSG_LENGTH_MAX, "it has more scans than its size allows");
+    std::snprintf(ErrorJump::of(info).text.data(), JMSG_LENGTH_MAX,
+                  translated("it has more scans than its size allows"));
     std::longjmp(ErrorJump::of(info).target, 1);
   }
 }
@@ -277,7 +279,8 @@ GraphicReading decode_jpg(FileBytes bytes, Part part, const GraphicSwitches& swi
   reading.told = file->error.text.data();
   if (!whole && file->info.output_scanline == 0) return {{}, GraphicFault::Damaged, reading.told};
   if (!whole) reading = cut_reading(std::move(reading), file->info.output_scanline, height);
-  if (whole && file->error.row > 0) reading.told += ", from row " + std::to_string(file->error.row) + " on";
+  if (whole && file->error.row > 0)
+    reading.told += translated(", from row ") + std::to_string(file->error.row) + translated(" on");
   reading.picture = oriented(reading.picture, orientation);
   return reading;
 }

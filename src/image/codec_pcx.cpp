@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 #include "image/codecs.h"
 
 namespace vellum {
@@ -214,7 +215,7 @@ bool is_pcx(FileBytes file) {
 
 GraphicReading decode_pcx(FileBytes file, Part part, const GraphicSwitches&) {
   Shape shape;
-  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, "the header is damaged"};
+  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, translated("the header is damaged")};
   GraphicReading reading =
       reading_of_size(shape.width, shape.height, &shape.palette, shape.bits(), part, file.size());
   if (!reading.picture || part == Part::Header) return reading;

@@ -1,4 +1,5 @@
 // PNG stills through the rows of this wing.
+#include "base/translation.h"
 #include "image/chunk_stream.h"
 #include "image/codecs.h"
 #include "image/png_file.h"
@@ -14,7 +15,7 @@ bool is_png(FileBytes file) {
 GraphicReading decode_png(FileBytes file, Part part, const GraphicSwitches&) {
   if (part == Part::Header) return {read_png_information(file), {}, {}};
   const PngDecoded decoded = read_png_picture(file);
-  if (decoded.picture) return {decoded.picture, {}, decoded.isShort ? "rows are missing" : ""};
+  if (decoded.picture) return {decoded.picture, {}, decoded.isShort ? translated("rows are missing") : ""};
   return {{}, decoded.limit ? GraphicFault::TooLarge : GraphicFault::Damaged, decoded.reason};
 }
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 #include "image/codecs.h"
 
 namespace vellum {
@@ -212,7 +213,7 @@ bool is_tga(FileBytes file) {
 
 GraphicReading decode_tga(FileBytes file, Part part, const GraphicSwitches&) {
   Shape shape;
-  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, "the header is damaged"};
+  if (!read_shape(file, shape)) return {{}, GraphicFault::Damaged, translated("the header is damaged")};
   GraphicReading reading =
       reading_of_size(shape.width, shape.height, &shape.palette, result_bits(shape), part, file.size());
   if (!reading.picture || part == Part::Header) return reading;

@@ -1,4 +1,5 @@
 // WebP, the first frame of an animation.
+#include "base/translation.h"
 #include "image/codecs.h"
 #include "image/webp_library.h"
 #include "image/webp_service.h"
@@ -39,7 +40,7 @@ std::optional<FirstFrame> find_first_frame(FileBytes file) {
 
 GraphicReading decode_first_frame(FileBytes file, Part part) {
   const auto frame = find_first_frame(file);
-  if (!frame) return {{}, GraphicFault::Damaged, "it holds no whole frame"};
+  if (!frame) return {{}, GraphicFault::Damaged, translated("it holds no whole frame")};
   GraphicReading reading =
       reading_of_size(frame->canvasWidth, frame->canvasHeight, nullptr, frame->bits(), part, file.size());
   if (!reading.picture || part == Part::Header) return reading;
@@ -59,7 +60,7 @@ bool is_webp(FileBytes file) {
 
 GraphicReading decode_webp(FileBytes file, Part part, const GraphicSwitches&) {
   const auto info = WEBPGetInfoEx(file);
-  if (!info) return {{}, GraphicFault::Damaged, "the header is damaged"};
+  if (!info) return {{}, GraphicFault::Damaged, translated("the header is damaged")};
   if (info->isAnimation) return decode_first_frame(file, part);
   if (part == Part::Header)
     return {PictureCreateHeaderOnly(info->width, info->height, nullptr, info->hasAlpha ? 32 : 24), {}, {}};

@@ -1,5 +1,6 @@
 #include "image/codecs.h"
 
+#include "base/translation.h"
 #include "image/picture_operations.h"
 #include "image/settings.h"
 
@@ -11,14 +12,15 @@ GraphicReading reading_of_size(std::uint32_t width, std::uint32_t height, const 
   const std::uint64_t bytes = std::uint64_t{picture_stride(width, bits)} * height;
   if (const char* fault = decoding_fault(bytes, file_bytes)) return {{}, GraphicFault::TooLarge, fault};
   GraphicReading reading{PictureCreate(width, height, palette, bits), {}, {}};
-  if (!reading.picture) reading = {{}, GraphicFault::TooLarge, "the picture is too large"};
+  if (!reading.picture) reading = {{}, GraphicFault::TooLarge, translated("the picture is too large")};
   return reading;
 }
 
 GraphicReading cut_reading(GraphicReading reading, std::uint32_t rows, std::uint32_t height) {
-  if (rows == 0) return {{}, GraphicFault::Damaged, "the file ends before the first row"};
+  if (rows == 0) return {{}, GraphicFault::Damaged, translated("the file ends before the first row")};
   if (rows < height)
-    reading.told = std::to_string(height - rows) + " of " + std::to_string(height) + " rows are missing";
+    reading.told = std::to_string(height - rows) + translated(" of ") + std::to_string(height) +
+                   translated(" rows are missing");
   return reading;
 }
 

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "image/codecs.h"
 #include "image/settings.h"
 
@@ -112,16 +113,18 @@ const GraphicFileModule* graphic_module_of(std::span<const std::uint8_t> file) {
 GraphicReading read_graphic_bytes(std::span<const std::uint8_t> file, Part part,
                                   const GraphicSwitches& switches) try {
   const GraphicFileModule* module = graphic_module_of(file);
-  if (!module) return {{}, GraphicFault::UnknownKind, "the content is no picture of a kind that can be read"};
+  if (!module)
+    return {
+        {}, GraphicFault::UnknownKind, translated("the content is no picture of a kind that can be read")};
   GraphicReading reading = module->decode(file, part, reading_switches(module, switches));
   reading.module = module;
   if (!reading.picture && reading.fault == GraphicFault::None) reading.fault = GraphicFault::Damaged;
-  if (!reading.picture && reading.told.empty()) reading.told = "the file is damaged";
+  if (!reading.picture && reading.told.empty()) reading.told = translated("the file is damaged");
   if (!reading.picture || !reading.told.empty())
     reading.told = std::string(module->name) + ": " + reading.told;
   return reading;
 } catch (const std::bad_alloc&) {
-  return {{}, GraphicFault::TooLarge, "memory is exhausted"};
+  return {{}, GraphicFault::TooLarge, translated("memory is exhausted")};
 }
 
 GraphicReading read_graphic_file(std::string_view name, Part part, std::uint32_t enough) try {
@@ -132,7 +135,7 @@ GraphicReading read_graphic_file(std::string_view name, Part part, std::uint32_t
   if (!file) return {{}, GraphicFault::Missing, reason};
   return read_graphic_bytes(*file, part, parsed.switches);
 } catch (const std::bad_alloc&) {
-  return {{}, GraphicFault::TooLarge, "memory is exhausted"};
+  return {{}, GraphicFault::TooLarge, translated("memory is exhausted")};
 }
 
 std::string reading_text(const std::filesystem::path& path, const GraphicReading& reading) {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "base/translation.h"
 #include "image/graphic_file.h"
 
 namespace vellum {
@@ -37,7 +38,8 @@ class PictureFile : public BlockSource {
   std::size_t held_bytes() const override { return sizeof *this + path_.native().capacity(); }
 
   std::string fault() const {
-    return lost_ ? path_.filename().string() + ": the file has changed or is gone" : std::string();
+    return lost_ ? path_.filename().string() + translated(": the file has changed or is gone")
+                 : std::string();
   }
 
  private:

@@ -4,6 +4,7 @@
 
 #include "base/limits.h"
 #include "base/scratch_pages.h"
+#include "base/translation.h"
 #include "image/inflate.h"
 #include "image/png_filter.h"
 #include "image/png_rows.h"
@@ -164,19 +165,20 @@ PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, cons
   if (filtered_bytes > 2 * kMaximumPictureBytes) return failure(kTooLarge, true);
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);
-  if (!can_inflate_to(stream.size(), filtered_bytes)) return failure("there is not enough image data");
+  if (!can_inflate_to(stream.size(), filtered_bytes))
+    return failure(translated("there is not enough image data"));
   // What the stream may hold is plausible: deflate can't mean more than 1032 times its bytes.
   if (const char* fault = memory_fault(filtered_bytes)) return failure(fault, true);
   std::optional<ScratchPages> own;
   ScratchPages& filtered = scratch_for(static_cast<std::size_t>(filtered_bytes) + kFilterSlack, own);
-  if (!filtered) return failure("memory is exhausted", true);
+  if (!filtered) return failure(translated("memory is exhausted"), true);
   bool exact = false;
   const auto inflated =
       inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)), &exact);
-  if (!inflated) return failure("the image data is damaged");
+  if (!inflated) return failure(translated("the image data is damaged"));
   const bool is_short = *inflated < filtered_bytes;
   if (is_short && (short_data == PngShortData::Fault || *inflated == 0))
-    return failure("there is not enough image data");
+    return failure(translated("there is not enough image data"));
   joined = {};
   if (is_short) std::ranges::fill(filtered.bytes().subspan(*inflated), std::uint8_t{0});
   Picture picture;

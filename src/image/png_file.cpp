@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/translation.h"
 #include "image/chunk_stream.h"
 #include "image/png_decode.h"
 #include "image/png_encode.h"
@@ -53,7 +54,7 @@ bool is_grey_ramp(const Palette& palette, std::uint8_t depth) { return palette =
 
 PngDecoded read_png_picture(std::span<const std::uint8_t> file) {
   const auto parts = parts_of(file);
-  if (!parts) return {{}, "a chunk is damaged or missing"};
+  if (!parts) return {{}, translated("a chunk is damaged or missing")};
   return png_decode(parts->header, parts->data, parts->palette, PngShortData::Zeros);
 }
 

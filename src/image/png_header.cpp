@@ -2,6 +2,7 @@
 
 #include "base/byte_order.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "image/builtin_palette.h"
 
 namespace vellum {
@@ -34,13 +35,14 @@ std::array<std::uint8_t, 13> png_header_payload(const PngHeader& header) {
 }
 
 const char* png_header_fault(const PngHeader& header) {
-  if (header.width == 0 || header.height == 0) return "the image has no pixels";
-  if (header.width > kMaximumDimension || header.height > kMaximumDimension) return "the image is too large";
+  if (header.width == 0 || header.height == 0) return translated("the image has no pixels");
+  if (header.width > kMaximumDimension || header.height > kMaximumDimension)
+    return translated("the image is too large");
   if (header.bitDepth > 16 || !(allowed_depths(header.colorType) >> header.bitDepth & 1))
-    return "the bit depth and color type do not exist together";
-  if (header.compression != 0) return "the compression method is unknown";
-  if (header.filter != 0) return "the filter method is unknown";
-  if (header.interlace > 1) return "the interlace method is unknown";
+    return translated("the bit depth and color type do not exist together");
+  if (header.compression != 0) return translated("the compression method is unknown");
+  if (header.filter != 0) return translated("the filter method is unknown");
+  if (header.interlace > 1) return translated("the interlace method is unknown");
   return nullptr;
 }
 

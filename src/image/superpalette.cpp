@@ -4,6 +4,7 @@
 #include <new>
 #include <unordered_set>
 
+#include "base/translation.h"
 #include "image/picture_operations.h"
 #include "image/to_colors.h"
 
@@ -113,7 +114,7 @@ PaletteColors Superpalette::colors(std::uint32_t most) const {
 std::optional<Superpalette> gather_colors(std::size_t count,
                                           const std::function<Picture(std::size_t)>& picture, Host& host,
                                           const PaletteMethod& method) try {
-  const Progress progress(host, kQuantizing);
+  const Progress progress(host, translated(kQuantizing));
   Superpalette gathered(method);
   for (std::size_t i = 0; i < count; ++i) {
     const Picture next = host.stopped() ? Picture() : picture(i);

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/edit/insert_chunk.h"
 #include "core/settings.h"
 #include "image/builtin_palette.h"
@@ -219,7 +220,7 @@ std::optional<FieldFault> check_palette(const FieldValues& values, const Documen
 const char* settle_palette(FieldValues&, const DocumentWindow&, const GivenFields& given) {
   std::size_t ways = 0;
   for (const char* name : {"colors", "id", "file", "table"}) ways += given.count(name);
-  return ways == 1 ? nullptr : "give one of --colors, --id, --file and --table";
+  return ways == 1 ? nullptr : translated("give one of --colors, --id, --file and --table");
 }
 
 constexpr Operation palette_row() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/model/compose.h"
 #include "image/picture_operations.h"
 #include "image/resample.h"
@@ -28,7 +29,8 @@ constexpr CompoundOption kCellOption{
 
 /// A picture alone has no canvas that says how large a cell is.
 const char* settle_cut(FieldValues& values, const DocumentWindow&, const GivenFields&) {
-  return values.number("cellWidth") > 0 && values.number("cellHeight") > 0 ? nullptr : "give --cell WxH";
+  return values.number("cellWidth") > 0 && values.number("cellHeight") > 0 ? nullptr
+                                                                           : translated("give --cell WxH");
 }
 
 struct StripLayout {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/translation.h"
+
 namespace vellum {
 
 void fit_frame_range(std::vector<Field>& fields, const DocumentWindow& window) {
@@ -15,9 +17,9 @@ void fit_frame_range(std::vector<Field>& fields, const DocumentWindow& window) {
 
 std::optional<FieldFault> check_frame_range(const FieldValues& values, const DocumentWindow& window) {
   if (values.number("last") >= values.number("first")) return std::nullopt;
-  return fault_of(
-      "last", StringId::WholeRange,
-      {"Last frame", std::to_string(values.number("first")), std::to_string(frame_entries(window).size())});
+  return fault_of("last", StringId::WholeRange,
+                  {translated("Last frame"), std::to_string(values.number("first")),
+                   std::to_string(frame_entries(window).size())});
 }
 
 FrameList frames_in_range(const FieldValues& values, const FrameList& frames) {

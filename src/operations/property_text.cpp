@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "operations/animation_properties.h"
 
 namespace vellum {
@@ -15,7 +16,7 @@ std::string kind_name(DocumentKind kind) {
     case DocumentKind::PING:
       return "PNG";
     case DocumentKind::APNG:
-      return "Animated PNG";
+      return translated("Animated PNG");
     case DocumentKind::MING:
       return "MNG";
     case DocumentKind::WEBP:
@@ -34,18 +35,18 @@ const char* dispose_name(std::uint32_t dispose) {
 std::string size_text(Extent size) { return format_text("%u x %u", size.width, size.height); }
 
 std::string time_text(std::uint64_t ms) {
-  return grouped(ms) + " ms (" +
+  return grouped(ms) + translated(" ms (") +
          format_text("%llu.%03u s", static_cast<unsigned long long>(ms / 1000),
                      static_cast<unsigned>(ms % 1000)) +
          ")";
 }
 
-std::string bytes_text(std::uint64_t bytes) { return grouped(bytes) + " bytes"; }
+std::string bytes_text(std::uint64_t bytes) { return grouped(bytes) + translated(" bytes"); }
 
 std::string joined(const std::vector<std::string>& parts) {
   std::string text;
-  for (const std::string& part : parts) text.append(text.empty() ? "" : "; ").append(part);
-  return text.empty() ? "none" : text;
+  for (const std::string& part : parts) text.append(text.empty() ? "" : "; ").append(translated(part));
+  return text.empty() ? translated("none") : text;
 }
 
 Light light_of_bytes(std::uint64_t bytes, int yellow, int red) {
@@ -65,7 +66,7 @@ bool is_number_column(std::size_t column) { return column != 4 && column != 5; }
 
 std::string table_text(const std::vector<FrameProperties>& frames) {
   std::vector<std::array<std::string, kFrameHeadings.size()>> rows(1);
-  std::ranges::copy(kFrameHeadings, rows[0].begin());
+  std::ranges::transform(kFrameHeadings, rows[0].begin(), [](const char* name) { return translated(name); });
   for (const FrameProperties& frame : frames) rows.push_back(frame_cells(frame));
   std::array<std::size_t, kFrameHeadings.size()> widths{};
   for (const auto& row : rows)
@@ -104,11 +105,14 @@ std::vector<PropertyLine> property_lines(const AnimationProperties& p, const Pro
       {"Canvas", size_text(p.canvas), canvas_light(p, limits)},
       {"Frames", grouped(p.frames.size()), {}},
       {"Running time", time_text(p.runningTime), {}},
-      {"Plays", p.plays == 0 ? "for ever" : grouped(p.plays), {}},
+      {"Plays", p.plays == 0 ? translated("for ever") : grouped(p.plays), {}},
   };
   if (p.ticks) lines.push_back({"Ticks per second", grouped(*p.ticks), {}});
   lines.push_back({"Color types", joined(p.colorForms), {}});
-  lines.push_back({"Palette", p.paletteColors == 0 ? "none" : grouped(p.paletteColors) + " colors", {}});
+  lines.push_back(
+      {"Palette",
+       p.paletteColors == 0 ? translated("none") : grouped(p.paletteColors) + translated(" colors"),
+       {}});
   lines.push_back({"Memory", bytes_text(p.memory), memory_light(p, limits)});
   if (p.fileSize) lines.push_back({"File size", bytes_text(*p.fileSize), file_light(p, limits)});
   return lines;
@@ -119,8 +123,8 @@ std::array<std::string, kFrameHeadings.size()> frame_cells(const FrameProperties
           size_text(frame.size),
           format_text("%d, %d", frame.offset.x, frame.offset.y),
           grouped(frame.delay) + " ms",
-          dispose_name(frame.dispose),
-          frame.over ? "Over" : "Source",
+          translated(dispose_name(frame.dispose)),
+          translated(frame.over ? "Over" : "Source"),
           grouped(frame.colors),
           grouped(frame.memory)};
 }
@@ -129,10 +133,11 @@ std::string properties_text(const AnimationProperties& properties, const Propert
   std::string text;
   const auto lines = property_lines(properties, limits);
   std::size_t width = 0;
-  for (const PropertyLine& line : lines) width = std::max(width, line.name.size());
+  for (const PropertyLine& line : lines) width = std::max(width, translated(line.name).size());
   for (const PropertyLine& line : lines) {
-    text += padded(line.name + ":", width + 2, false) + line.value;
-    if (line.light) text += std::string("  [") + kLightNames[static_cast<std::size_t>(*line.light)] + "]";
+    text += padded(std::string(translated(line.name)) + ":", width + 2, false) + line.value;
+    if (line.light)
+      text += std::string("  [") + translated(kLightNames[static_cast<std::size_t>(*line.light)]) + "]";
     text += "\n";
   }
   return text + "\n" + table_text(properties.frames);

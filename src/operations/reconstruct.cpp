@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/translation.h"
 #include "core/edit/document_colors.h"
 #include "core/edit/edit_closing.h"
 #include "core/edit/frame_layer.h"
@@ -65,7 +66,7 @@ std::vector<HeldPicture> canvases_of(const DocumentWindow& window, CanvasDepth d
   const std::size_t count = frame_entries(window).size();
   std::vector<HeldPicture> canvases;
   if (!canvases_fit(count, document_size(window.list, window.document))) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "the frames are too large together"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("the frames are too large together")});
     return {};
   }
   const bool whole = for_each_canvas(window, depth, host, [&](std::size_t, const Picture& canvas) {

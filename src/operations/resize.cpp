@@ -1,5 +1,6 @@
 // Resize: another canvas, and every frame scaled with it.
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/model/kind_table.h"
 #include "image/resample.h"
 #include "operations/operation_rows.h"
@@ -126,7 +127,8 @@ const char* settle(FieldValues& values, const DocumentWindow& window, const Give
   const Extent canvas = document_size(window.list, window.document);
   const bool width = given.contains("width"), height = given.contains("height");
   const bool factor = given.contains("factorX") || given.contains("factorY");
-  if (factor == (width || height)) return "give one of --size, --percent, or --width and --height";
+  if (factor == (width || height))
+    return translated("give one of --size, --percent, or --width and --height");
   const auto whole = [&](const char* name) { return static_cast<std::uint32_t>(values.number(name)); };
   if (width && !height)
     values.set("height", std::int64_t{proportional_side(whole("width"), canvas.width, canvas.height)});

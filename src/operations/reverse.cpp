@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/edit/edit_closing.h"
 #include "operations/operation_rows.h"
 
@@ -50,7 +51,7 @@ bool run(OperationRun& run) {
   if (!there_and_back)
     reverse_frames(run.draft, run.frames);
   else if (!append_way_back(run.draft, run.frames))
-    return run.host.fail({FaultKind::Limit, 0, -1, -1, "the list would have too many entries"});
+    return run.host.fail({FaultKind::Limit, 0, -1, -1, translated("the list would have too many entries")});
   finish_edit(run.draft, there_and_back);
   return true;
 }

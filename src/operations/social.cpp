@@ -5,6 +5,7 @@
 
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/edit/edit_closing.h"
 #include "core/edit/picture_fitting.h"
 #include "core/files/save_options.h"
@@ -389,8 +390,8 @@ void tell_of_size(OperationRun& run) {
   if (most == 0) return;
   const auto bytes = size_when_written(run.draft, save_options(), run.host);
   if (bytes && *bytes > most)
-    run.host.add_note(
-        filled(StringId::LargerThanAccepted, {grouped(*bytes) + " bytes", grouped(most) + " bytes"}));
+    run.host.add_note(filled(StringId::LargerThanAccepted,
+                             {grouped(*bytes) + translated(" bytes"), grouped(most) + translated(" bytes")}));
 }
 
 unsigned needs(const DocumentWindow&, const FieldValues&, const FrameList&) {
@@ -407,14 +408,14 @@ bool run(OperationRun& run) {
   const Picture opaque = first ? PictureFlatten(first, background) : Picture();
   if (!opaque) return false;
   Picture ground = make_ground(run.values, opaque, size, run.host);
-  if (!ground) return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  if (!ground) return run.host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
   const Place place = place_of(run.values, canvas, size);
   const bool clear = has_transparency(run.draft);
   if (!clear && !put_shadow(ground, run.values, place, {})) return false;
   put_keyline(ground, run.values, place);
   Stage stage = stage_of(ground, run.values, place, clear);
   if (!stage.part || (clear && !stage.throw_first_shadow(first, run.values)))
-    return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+    return run.host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
   const auto change = [&](FrameWork& work) {
     work.picture = stage.shown(clear ? work.picture : opaque_true_color(work.picture), run.values);
     work.offset = {};

@@ -1,4 +1,5 @@
 // Supercompress as the row of an operation.
+#include "base/translation.h"
 #include "operations/operation_rows.h"
 #include "operations/supercompress.h"
 
@@ -48,7 +49,8 @@ bool run(OperationRun& run) {
   for (const PassField& row : kPassFields)
     if (passes & ~offer.enabled & row.pass)
       tell(filled(StringId::PassCannotRun, {find_field(kFields, row.field)->label}));
-  if (offer.lost) return run.host.fail({FaultKind::Misuse, 0, -1, -1, "an image has lost its picture"});
+  if (offer.lost)
+    return run.host.fail({FaultKind::Misuse, 0, -1, -1, translated("an image has lost its picture")});
   return supercompress(run.draft, passes, tell, run.host, document_bytes(run.draft)).whole;
 }
 

@@ -5,6 +5,7 @@
 
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/edit/edit_closing.h"
 #include "core/edit/frame_layer.h"
 #include "image/lay.h"
@@ -331,7 +332,8 @@ bool make_parts(OperationRun& run, Parts& parts) {
   const auto entries = frame_entries(run.draft);
   const auto picture = [&](std::size_t entry) { return picture_of(run.draft.list.record(entry)); };
   const Picture first = picture(entries.front()), last = picture(entries.back());
-  if (!first || !last) return run.host.fail({FaultKind::Damaged, 0, -1, -1, "a frame has lost its picture"});
+  if (!first || !last)
+    return run.host.fail({FaultKind::Damaged, 0, -1, -1, translated("a frame has lost its picture")});
   Making making{run.values, document_size(run.draft.list, run.draft.document), first.bits() == 32 ? 32u : 24u,
                 run.host};
   if (has_title(run.values) && !(parts.title = making.part(true, run.values.text("title"), first)))

@@ -7,6 +7,7 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/edit/edit_closing.h"
 #include "core/model/playing_rules.h"
 #include "image/lay.h"
@@ -317,7 +318,7 @@ bool run(OperationRun& run) {
     style.family = run.values.text("marksFont");
     mark.picture = position_marks(run.values, canvas, drawn);
     mark.opacity = static_cast<std::uint32_t>(run.number("opacity"));
-    if (!mark.picture) return run.host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+    if (!mark.picture) return run.host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
   } else {
     const std::int64_t column = run.number("at") % 3;
     style.lines = static_cast<TextLines>(column);

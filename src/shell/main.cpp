@@ -11,6 +11,7 @@
 #include "shell/forms/default_folders.h"
 #include "shell/help/help_window.h"
 #include "shell/look/icon.h"
+#include "shell/look/language.h"
 #include "shell/look/program_style.h"
 #include "shell/look/text.h"
 #include "shell/services/shared_recent.h"
@@ -101,7 +102,9 @@ std::span<const char* const> behind_name(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  use_language(wished_languages({}), catalog_folders());
   StartOptions options = parse_arguments(behind_name(argc, argv));
+  if (options.man) use_language({}, {});
   if (options.help || options.version || options.man) return *answer_at_once(options);
   if (!desktop_named(behind_name(argc, argv))) return tell_no_desktop();
 
@@ -121,6 +124,7 @@ int main(int argc, char** argv) {
   options = parse_arguments(behind_name(argc, argv));
   if (const auto status = answer_at_once(options)) return *status;
   if (!load_settings(options)) return 2;
+  speak_language(settings::Language);
   fill_default_folders();
   register_icons();
   const std::string themeFault = start_theme(theme_folders());

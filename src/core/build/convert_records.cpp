@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "base/fields.h"
+#include "base/translation.h"
 #include "core/build/build_animation.h"
 #include "core/build/carried_chunks.h"
 #include "core/chunks/chunk_policy.h"
@@ -69,13 +70,14 @@ bool gather(Conversion& conversion) {
     Moved frame{entry, frame_time(record, source.kind, source.ticks), picture_of(record),
                 source.kind == DocumentKind::MING ? image_transparency(record) : source.table};
     FrameLayer layer = frame_layer_of(source, record);
-    if (!has_rows(layer.picture)) return fail(conversion.host, "an image has lost its picture");
+    if (!has_rows(layer.picture)) return fail(conversion.host, translated("an image has lost its picture"));
     if (frame.own.bits() <= 8 && is_opaque_table(frame.table)) layer.picture = opaque_true_color(frame.own);
     frame.dispose = layer.dispose;
     conversion.frames.push_back(std::move(frame));
     conversion.layers.push_back(std::move(layer));
   }
-  return !conversion.frames.empty() || fail(conversion.host, "there is no image in this document");
+  return !conversion.frames.empty() ||
+         fail(conversion.host, translated("there is no image in this document"));
 }
 
 // ------------------------------------------------------------------------------------- what a kind can hold
@@ -116,7 +118,7 @@ bool holds(const Conversion& conversion) {
 /// plays.
 bool compose(Conversion& conversion) {
   if (!canvases_fit(conversion.frames.size(), conversion.canvas))
-    return fail(conversion.host, "the frames are too large together", FaultKind::Limit);
+    return fail(conversion.host, translated("the frames are too large together"), FaultKind::Limit);
   const Progress progress(conversion.host, string_text(StringId::BuildingCaption));
   StraightCanvases canvases(conversion.from);
   std::map<std::size_t, Picture> shown;
@@ -125,7 +127,7 @@ bool compose(Conversion& conversion) {
     const std::size_t entry = conversion.frames[i].entry;
     Picture& canvas = shown[entry];
     if (!canvas) canvas = canvases.next(conversion.from.list.record(entry));
-    if (!canvas) return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
+    if (!canvas) return fail(conversion.host, translated("memory is exhausted"), FaultKind::Limit);
     FrameLayer& layer = conversion.layers[i];
     layer.picture = canvas;
     layer.offset = {};
@@ -151,7 +153,7 @@ bool fit_to_canvas(Conversion& conversion) {
                                           layer.offset.x, layer.offset.y, 0);
       layer.offset = {};
     }
-    if (!layer.picture) return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
+    if (!layer.picture) return fail(conversion.host, translated("memory is exhausted"), FaultKind::Limit);
     if (layer.picture.handle().shares_with(before.handle())) continue;
     conversion.frames[i].own = {};
     conversion.frames[i].dispose = 0;
@@ -196,13 +198,14 @@ bool fits_kind(const Conversion& conversion) {
   const std::int64_t most = kind_row(conversion.kind).mostPixels;
   return (size.width <= most && size.height <= most) ||
          conversion.host.fail({FaultKind::Limit, 0, -1, -1,
-                               "the image is wider or higher than " + std::to_string(most) + " pixels"});
+                               translated("the image is wider or higher than ") + std::to_string(most) +
+                                   translated(" pixels")});
 }
 
 bool prepare(Conversion& conversion) {
   if (!fits_kind(conversion) || !gather(conversion)) return false;
   if (conversion.kind == DocumentKind::PING && conversion.frames.size() > 1)
-    return fail(conversion.host, "the document has several images");
+    return fail(conversion.host, translated("the document has several images"));
   const Picture first = conversion.layers[0].picture;
   conversion.canvas = is_animation(conversion.from.document.kind) && conversion.kind != DocumentKind::PING
                           ? document_size(conversion.from.list, conversion.from.document)
@@ -344,7 +347,7 @@ bool build(Conversion& conversion) {
   for (std::size_t i = 0; i < conversion.frames.size(); ++i) {
     if (conversion.host.stopped()) return false;
     if (!add(conversion, i))
-      return fail(conversion.host, "a frame is too large for this kind, or memory is exhausted",
+      return fail(conversion.host, translated("a frame is too large for this kind, or memory is exhausted"),
                   FaultKind::Limit);
     progress.step(i + 1, conversion.frames.size());
   }
@@ -355,7 +358,7 @@ bool build(Conversion& conversion) {
   put_background(conversion);
   if (conversion.kind == DocumentKind::WEBP &&
       !insert_carried(conversion.to, conversion.from, &conversion.host))
-    return fail(conversion.host, "memory is exhausted", FaultKind::Limit);
+    return fail(conversion.host, translated("memory is exhausted"), FaultKind::Limit);
   chunk_list_close_change(conversion.to.list, conversion.to.document);
   tell_delays(conversion);
   return true;
@@ -396,7 +399,7 @@ std::size_t texts_lost(const DocumentWindow& from, DocumentKind kind) {
 
 bool convert_document(const DocumentWindow& from, DocumentWindow& to, DocumentKind kind, Host& host) {
   if (kind != DocumentKind::PING && !build_number(kind))
-    return fail(host, "there is no such kind of document");
+    return fail(host, translated("there is no such kind of document"));
   Conversion conversion{from, to, host, kind};
   to.document.thumbScale = from.document.thumbScale;
   const QuietList quiet(to.list);

@@ -3,6 +3,7 @@
 
 #include "base/byte_order.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 
 namespace vellum {
@@ -30,7 +31,8 @@ struct AnimationLook {
   void look_at_sequence(const StreamChunk& chunk) {
     const std::uint32_t found = read_be32(chunk.data.data());
     if (found != sequence)
-      checking.find(RuleId::Sequence_wrong, chunk, format_text("%u in place of %u", found, sequence));
+      checking.find(RuleId::Sequence_wrong, chunk,
+                    format_text(translated("%u in place of %u"), found, sequence));
     sequence = found + 1;
   }
 
@@ -41,7 +43,8 @@ struct AnimationLook {
 
   void look_at_control(const StreamChunk& chunk) {
     if (chunk.data.size() != kControlBytes)
-      return checking.find(RuleId::Frame_control_length, chunk, std::to_string(chunk.data.size()) + " bytes");
+      return checking.find(RuleId::Frame_control_length, chunk,
+                           std::to_string(chunk.data.size()) + translated(" bytes"));
     look_at_sequence(chunk);
     frames.push_back({&chunk, {}, !imageSeen});
     look_at_fields(chunk);
@@ -53,11 +56,11 @@ struct AnimationLook {
     const unsigned dispose = chunk.data[24], blend = chunk.data[25];
     if (width == 0 || height == 0) checking.find(RuleId::Frame_empty, chunk);
     if (x + width > header.width || y + height > header.height)
-      checking.find(
-          RuleId::Frame_outside, chunk,
-          format_text("%llu x %llu at %llu, %llu on %u x %u", static_cast<unsigned long long>(width),
-                      static_cast<unsigned long long>(height), static_cast<unsigned long long>(x),
-                      static_cast<unsigned long long>(y), header.width, header.height));
+      checking.find(RuleId::Frame_outside, chunk,
+                    format_text(translated("%llu x %llu at %llu, %llu on %u x %u"),
+                                static_cast<unsigned long long>(width),
+                                static_cast<unsigned long long>(height), static_cast<unsigned long long>(x),
+                                static_cast<unsigned long long>(y), header.width, header.height));
     else if (!imageSeen && (width != header.width || height != header.height))
       checking.find(RuleId::Frame_first_partial, chunk);
     if (dispose > 2) checking.find(RuleId::Dispose_unknown, chunk, std::to_string(dispose));
@@ -67,7 +70,8 @@ struct AnimationLook {
 
   void look_at_data(const StreamChunk& chunk) {
     if (chunk.data.size() < 4)
-      return checking.find(RuleId::Payload_length, chunk, std::to_string(chunk.data.size()) + " bytes");
+      return checking.find(RuleId::Payload_length, chunk,
+                           std::to_string(chunk.data.size()) + translated(" bytes"));
     look_at_sequence(chunk);
     if (!imageSeen) return checking.find(RuleId::Frame_data_early, chunk);
     if (frames.empty() || frames.back().ofImage) return checking.find(RuleId::Data_without_frame, chunk);
@@ -104,7 +108,7 @@ struct AnimationLook {
       checking.find(RuleId::Frames_none, *announced);
     else if (told != frames.size())
       checking.find(RuleId::Frames_counted_wrong, *announced,
-                    format_text("%u told, %zu there", told, frames.size()));
+                    format_text(translated("%u told, %zu there"), told, frames.size()));
   }
 
   const StreamChunk* frames_begin() const {

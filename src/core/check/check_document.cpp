@@ -5,6 +5,7 @@
 
 #include "base/file.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/check/webp_parts.h"
 #include "core/edit/undo.h"
 #include "core/files/read_mng.h"
@@ -134,7 +135,7 @@ std::optional<DocumentCheck> check_document(const DocumentWindow& window, Host& 
                                 : finder.entries()[finding.chunk - 1]);
   return check;
 } catch (const std::bad_alloc&) {
-  host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
   return std::nullopt;
 }
 
@@ -143,7 +144,7 @@ bool repair_document(DocumentWindow& window, Host& host, RepairedFile& result) t
   if (!bytes) return false;
   result = repair_file(bytes->span());
   if (result.bytes.empty())
-    return host.fail({FaultKind::Damaged, 0, -1, -1, "there is no image that could be shown"});
+    return host.fail({FaultKind::Damaged, 0, -1, -1, translated("there is no image that could be shown")});
   if (result.mended.empty() && result.given_up.empty()) return false;
   DocumentWindow mended;
   mended.document = window.document;
@@ -161,7 +162,7 @@ bool repair_document(DocumentWindow& window, Host& host, RepairedFile& result) t
   chunk_list_close_change(window.list, window.document);
   return true;
 } catch (const std::bad_alloc&) {
-  return host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  return host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
 }
 
 }  // namespace vellum

@@ -5,6 +5,7 @@
 #include "base/byte_order.h"
 #include "base/crc.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 
 namespace vellum {
@@ -39,7 +40,8 @@ constexpr FormatRow kFormats[] = {
     {"PNG", kPngSignature, check_png}, {"MNG", kMngSignature, check_mng}, {"RIFF", kRiff, check_webp}};
 
 std::string crc_text(const StreamChunk& chunk) {
-  return format_text("stored %08X, computed %08X", chunk.storedCrc, chunk_crc(chunk.tag, chunk.data));
+  return format_text(translated("stored %08X, computed %08X"), chunk.storedCrc,
+                     chunk_crc(chunk.tag, chunk.data));
 }
 
 bool is_letter(std::uint32_t c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
@@ -49,7 +51,7 @@ void check_frame(Checking& checking, const StreamChunk& chunk) {
   const bool letters = is_letter(chunk.tag >> 24) && is_letter(chunk.tag >> 16 & 255) &&
                        is_letter(chunk.tag >> 8 & 255) && is_letter(chunk.tag & 255);
   if (!letters)
-    checking.find(RuleId::Type_invalid, chunk, format_text("bytes %08X", chunk.tag));
+    checking.find(RuleId::Type_invalid, chunk, format_text(translated("bytes %08X"), chunk.tag));
   else if (!is_valid_tag(chunk.tag))
     checking.find(RuleId::Type_reserved, chunk);
 }
@@ -64,7 +66,7 @@ void tell_cut(Checking& checking, std::span<const std::uint8_t> file, std::uint6
   if (length > 0x7FFFFFFF)
     return checking.add({RuleId::Length_too_large, tag, number, at, std::to_string(length)});
   checking.add({RuleId::Chunk_cut, tag, number, at,
-                format_text("%llu bytes with type and check value, %zu there",
+                format_text(translated("%llu bytes with type and check value, %zu there"),
                             static_cast<unsigned long long>(std::uint64_t{length} + 12), rest.size())});
 }
 
@@ -102,8 +104,8 @@ void check_frames(Checking& checking, std::span<const std::uint8_t> file, ChunkT
     tell_cut(checking, file, gathered.end);
     checking.add({RuleId::End_missing, end, 0, file.size(), {}});
   } else if (gathered.end < file.size()) {
-    checking.add(
-        {RuleId::Bytes_behind_end, 0, 0, gathered.end, grouped(file.size() - gathered.end) + " bytes"});
+    checking.add({RuleId::Bytes_behind_end, 0, 0, gathered.end,
+                  grouped(file.size() - gathered.end) + translated(" bytes")});
   }
 }
 
@@ -120,7 +122,7 @@ FileCheck check_file(std::span<const std::uint8_t> file) {
     checking.find(RuleId::Signature_damaged);
     return checking.take();
   }
-  checking.find(RuleId::Unknown_format, file.empty() ? "the file is empty" : "");
+  checking.find(RuleId::Unknown_format, file.empty() ? translated("the file is empty") : "");
   return checking.take();
 }
 

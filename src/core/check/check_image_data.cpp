@@ -3,6 +3,7 @@
 
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 #include "core/check/row_indexes.h"
 #include "image/pieces_inflated.h"
@@ -29,7 +30,7 @@ struct RowLook {
     if (row[0] > 4 && !filterTold) {
       filterTold = true;
       checking.find(RuleId::Filter_unknown, at,
-                    format_text("type %u in row %u", row[0], pass.y0 + y * pass.dy));
+                    format_text(translated("type %u in row %u"), row[0], pass.y0 + y * pass.dy));
     }
     if (!looks_at_indexes()) return;
     png_unfilter(row[0], &row[1], &prior[1], bytes, png_filter_distance(header));
@@ -37,7 +38,7 @@ struct RowLook {
     if (index.value >= palette && !indexTold) {
       indexTold = true;
       checking.find(RuleId::Index_outside, at,
-                    format_text("index %u of %u entries at %u, %u", index.value, palette,
+                    format_text(translated("index %u of %u entries at %u, %u"), index.value, palette,
                                 pass.x0 + index.x * pass.dx, pass.y0 + y * pass.dy));
     }
   }
@@ -62,10 +63,10 @@ struct RowLook {
   }
 
   void tell_missing(std::uint64_t done) {
-    const std::string there = grouped(done) + " rows are there";
+    const std::string there = grouped(done) + translated(" rows are there");
     if (stream.damaged())
       checking.find(RuleId::Image_damaged, at,
-                    there + (stream.why().empty() ? "" : ", then " + stream.why()));
+                    there + (stream.why().empty() ? "" : translated(", then ") + stream.why()));
     else
       checking.find(RuleId::Image_short, at, there);
   }
@@ -77,7 +78,8 @@ struct RowLook {
       checking.find(stream.why() == "incorrect data check" ? RuleId::Image_adler : RuleId::Image_damaged, at,
                     stream.why());
     else if (!stream.ended())
-      checking.find(RuleId::Image_damaged, at, "all rows are there, but not the end of the stream");
+      checking.find(RuleId::Image_damaged, at,
+                    translated("all rows are there, but not the end of the stream"));
     else if (stream.more_behind())
       checking.find(RuleId::Stream_long, at);
   }

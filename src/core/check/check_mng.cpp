@@ -4,6 +4,7 @@
 #include "base/byte_order.h"
 #include "base/host.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 #include "core/chunks/mng_counts.h"
 #include "core/files/read_mng.h"
@@ -24,7 +25,8 @@ struct MngLook {
   void look_at_header(const StreamChunk& chunk) {
     if (chunk.tag != tag::MHDR) return checking.find(RuleId::Header_missing, chunk);
     if (chunk.data.size() < 28)
-      return checking.find(RuleId::Payload_length, chunk, std::to_string(chunk.data.size()) + " bytes");
+      return checking.find(RuleId::Payload_length, chunk,
+                           std::to_string(chunk.data.size()) + translated(" bytes"));
     if (read_be32(&chunk.data[0]) == 0 || read_be32(&chunk.data[4]) == 0)
       checking.find(RuleId::Mng_canvas_empty, chunk);
     const auto images = std::ranges::count_if(
@@ -45,7 +47,7 @@ struct MngLook {
   void begin_loop(const StreamChunk& chunk) {
     if (!loops.empty() && level(chunk) <= level(*loops.back()))
       checking.find(RuleId::Loop_level, chunk,
-                    format_text("level %u inside level %u", level(chunk), level(*loops.back())));
+                    format_text(translated("level %u inside level %u"), level(chunk), level(*loops.back())));
     loops.push_back(&chunk);
   }
   /// The end closes the innermost loop of its level, and those inside it are never ended.
@@ -117,8 +119,9 @@ void look_at_counts(Checking& checking, std::span<const std::uint8_t> file) {
     const std::uint32_t told = read_be32(&header.data[row.at]);
     // From 2^31 - 1 on a count means that nobody knows, or that there is no end.
     if (told != 0 && told < kMngForEver && told != row.counted)
-      checking.find(RuleId::Mng_count_wrong, header,
-                    format_text("%u %s told, %u counted", told, row.name, row.counted));
+      checking.find(
+          RuleId::Mng_count_wrong, header,
+          format_text(translated("%u %s told, %u counted"), told, translated(row.name), row.counted));
   }
 }
 

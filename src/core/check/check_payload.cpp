@@ -3,6 +3,7 @@
 
 #include "base/byte_order.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 #include "core/chunks/compressed_text.h"
 #include "image/inflate.h"
@@ -48,7 +49,8 @@ constexpr AskRow kAsks[] = {
 
 std::string asks_of(ChunkTag tag) {
   const auto row = std::ranges::find(kAsks, tag, &AskRow::tag);
-  return row == std::end(kAsks) ? std::string() : std::string("it asks for ") + row->asks;
+  return row == std::end(kAsks) ? std::string()
+                                : std::string(translated("it asks for ")) + translated(row->asks);
 }
 
 /// Whether the packed rest of a chunk is whole; `stream` begins behind the method byte. A profile tells its
@@ -83,7 +85,7 @@ std::optional<std::size_t> packed_at(ChunkTag tag, Payload payload) {
 
 void check_packed(Checking& checking, const StreamChunk& chunk) {
   if (chunk.tag == tag::zTXt && !has_known_method(chunk.data))
-    checking.find(RuleId::Payload_invalid, chunk, "the compression method is not 0");
+    checking.find(RuleId::Payload_invalid, chunk, translated("the compression method is not 0"));
   else if (!packed_is_whole(chunk.tag, chunk.data))
     checking.find(RuleId::Packed_damaged, chunk);
 }
@@ -108,7 +110,7 @@ void check_payload(Checking& checking, const StreamChunk& chunk, const PngContex
     if (is_valid_tag(chunk.tag))
       checking.find(is_ancillary(chunk.tag) ? RuleId::Chunk_unknown : RuleId::Critical_unknown, chunk);
   } else if (chunk.data.size() < row->shortest || chunk.data.size() > row->longest) {
-    checking.find(RuleId::Payload_length, chunk, std::to_string(chunk.data.size()) + " bytes");
+    checking.find(RuleId::Payload_length, chunk, std::to_string(chunk.data.size()) + translated(" bytes"));
   } else if (row->check && !row->check(chunk.data, context)) {
     checking.find(RuleId::Payload_invalid, chunk, asks_of(chunk.tag));
   } else {

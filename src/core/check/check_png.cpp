@@ -3,6 +3,7 @@
 #include <set>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 
 namespace vellum {
@@ -26,7 +27,7 @@ struct PngLook {
       return false;
     }
     if (first.data.size() != 13) {
-      checking.find(RuleId::Payload_length, first, std::to_string(first.data.size()) + " bytes");
+      checking.find(RuleId::Payload_length, first, std::to_string(first.data.size()) + translated(" bytes"));
       return false;
     }
     header = parse_png_header(first.data.first<13>());
@@ -57,9 +58,9 @@ struct PngLook {
     if (context.colorType == 0 || context.colorType == 4)
       checking.find(RuleId::Palette_unwanted, chunk);
     else if (!global && (chunk.data.size() % 3 != 0 || entries < 1 || entries > 256))
-      checking.find(RuleId::Palette_length, chunk, std::to_string(chunk.data.size()) + " bytes");
+      checking.find(RuleId::Palette_length, chunk, std::to_string(chunk.data.size()) + translated(" bytes"));
     else if (context.colorType == 3 && entries > 1u << context.bitDepth)
-      checking.find(RuleId::Palette_too_long, chunk, std::to_string(entries) + " entries");
+      checking.find(RuleId::Palette_too_long, chunk, std::to_string(entries) + translated(" entries"));
     paletteSeen = true;
   }
 

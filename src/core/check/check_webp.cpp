@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 #include "core/check/webp_parts.h"
 #include "image/webp_partial.h"
@@ -51,7 +52,8 @@ struct WebpLook {
   void look_at_extended(const StreamChunk& chunk) {
     if (&chunk != &checking.chunks.front()) checking.find(RuleId::Webp_header_not_first, chunk);
     if (chunk.data.size() != 10)
-      checking.find(RuleId::Webp_header_length, chunk, std::to_string(chunk.data.size()) + " bytes");
+      checking.find(RuleId::Webp_header_length, chunk,
+                    std::to_string(chunk.data.size()) + translated(" bytes"));
     if (chunk.data.size() < 10) return;
     extended = true;
     flags = chunk.data[0];
@@ -66,7 +68,8 @@ struct WebpLook {
   void look_at_animation(const StreamChunk& chunk) {
     animationSeen = true;
     if (chunk.data.size() != 6)
-      checking.find(RuleId::Webp_animation_length, chunk, std::to_string(chunk.data.size()) + " bytes");
+      checking.find(RuleId::Webp_animation_length, chunk,
+                    std::to_string(chunk.data.size()) + translated(" bytes"));
     if (imageSeen) checking.find(RuleId::Webp_order, chunk);
   }
 
@@ -77,9 +80,9 @@ struct WebpLook {
     if (!info) return checking.find(RuleId::Webp_image_damaged, at);
     hasAlpha |= info->hasAlpha || parts.size() > 1;
     if (told_width != 0 && (info->width != told_width || info->height != told_height))
-      return checking.find(
-          RuleId::Webp_image_size, at,
-          size_text(info->width, info->height) + " in place of " + size_text(told_width, told_height));
+      return checking.find(RuleId::Webp_image_size, at,
+                           size_text(info->width, info->height) + translated(" in place of ") +
+                               size_text(told_width, told_height));
     if (!budget.allows(info->width, info->height)) return checking.find(RuleId::Image_too_large, at);
     if (!WEBPDecodeBGRA(webp_still(parts))) checking.find(RuleId::Webp_image_damaged, at);
   }
@@ -90,7 +93,7 @@ struct WebpLook {
     for (const StreamChunk& chunk : chunks) {
       if (!is_part(chunk.tag)) {
         if (frames > 0 && parts.empty())
-          checking.find(RuleId::Webp_order, at, "an unknown chunk in front of the image");
+          checking.find(RuleId::Webp_order, at, translated("an unknown chunk in front of the image"));
         continue;
       }
       if (!parts.empty() && parts.back().tag != kAlpha)
@@ -109,7 +112,7 @@ struct WebpLook {
   void look_at_frame(const StreamChunk& chunk) {
     imageSeen = true;
     ++frames;
-    if (metadataSeen) checking.find(RuleId::Webp_order, chunk, "a frame behind the metadata");
+    if (metadataSeen) checking.find(RuleId::Webp_order, chunk, translated("a frame behind the metadata"));
     if (extended && !(flags & 0x02)) checking.find(RuleId::Webp_frames_not_animated, chunk);
     if (!animationSeen && frames == 1) checking.find(RuleId::Webp_animation_missing, chunk);
     if (chunk.data.size() < kFrameHead) return checking.find(RuleId::Webp_frame_length, chunk);
@@ -119,8 +122,8 @@ struct WebpLook {
     if ((chunk.data[15] & 0xFC) != 0) checking.find(RuleId::Webp_reserved_bits, chunk);
     if (extended && (x + own_width > width || y + own_height > height))
       checking.find(RuleId::Webp_frame_outside, chunk,
-                    size_text(own_width, own_height) + " at " + std::to_string(x) + ", " + std::to_string(y) +
-                        " on " + size_text(width, height));
+                    size_text(own_width, own_height) + translated(" at ") + std::to_string(x) + ", " +
+                        std::to_string(y) + translated(" on ") + size_text(width, height));
     const auto inner =
         riff_chunks(checking, chunk.data.subspan(kFrameHead), chunk.offset + kChunkHead + kFrameHead,
                     static_cast<std::uint32_t>(&chunk - checking.chunks.data() + 1));
@@ -146,7 +149,7 @@ struct WebpLook {
       return look_at_metadata(chunk);
     if (is_part(chunk.tag)) {
       if (metadataSeen && !imageSeen)
-        checking.find(RuleId::Webp_order, chunk, "the image behind the metadata");
+        checking.find(RuleId::Webp_order, chunk, translated("the image behind the metadata"));
       imageSeen = true;
     } else {
       checking.find(RuleId::Chunk_unknown, chunk);
@@ -167,7 +170,7 @@ struct WebpLook {
                 {0x02, "animation", frames > 0 || animationSeen, false}};
     for (const auto& row : rows)
       if (row.there ? !(flags & row.flag) : !row.needed && (flags & row.flag))
-        checking.find(RuleId::Webp_flag_wrong, header, row.name);
+        checking.find(RuleId::Webp_flag_wrong, header, translated(row.name));
   }
 
   void walk() {
@@ -189,9 +192,10 @@ std::span<const std::uint8_t> look_at_form(Checking& checking, std::span<const s
   const std::uint64_t told = read_le32(&file[4]), there = file.size() - 8;
   if (told % 2 != 0) checking.find(RuleId::Riff_size_odd, std::to_string(told));
   if (told > there)
-    checking.find(RuleId::Riff_size_wrong, grouped(told) + " bytes told, " + grouped(there) + " there");
+    checking.find(RuleId::Riff_size_wrong,
+                  grouped(told) + translated(" bytes told, ") + grouped(there) + translated(" there"));
   else if (told + told % 2 < there)
-    checking.add({RuleId::Bytes_behind_end, 0, 0, 8 + told, grouped(there - told) + " bytes"});
+    checking.add({RuleId::Bytes_behind_end, 0, 0, 8 + told, grouped(there - told) + translated(" bytes")});
   return file.first(static_cast<std::size_t>(8 + std::max<std::uint64_t>(4, std::min(told, there))));
 }
 
@@ -200,7 +204,7 @@ std::span<const std::uint8_t> look_at_form(Checking& checking, std::span<const s
 void check_webp(Checking& checking, std::span<const std::uint8_t> file) {
   constexpr std::string_view kWebp = "WEBP";
   if (file.size() < kFormHead || !std::ranges::equal(file.subspan(8, 4), kWebp))
-    return checking.find(RuleId::Unknown_format, "a RIFF file that is no WebP");
+    return checking.find(RuleId::Unknown_format, translated("a RIFF file that is no WebP"));
   checking.kind = DocumentKind::WEBP;
   const auto form = look_at_form(checking, file);
   checking.chunks = riff_chunks(checking, form.subspan(kFormHead), kFormHead, 0);

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace vellum {
 namespace {
@@ -32,7 +33,7 @@ std::string rule_name(RuleId id) {
 }
 
 std::string finding_text(const Finding& finding) {
-  std::string text = rule(finding.rule).text;
+  std::string text = translated(rule(finding.rule).text);
   return finding.detail.empty() ? text : text + ": " + finding.detail;
 }
 

@@ -5,6 +5,7 @@
 #include "base/byte_order.h"
 #include "base/crc.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/check/check_file.h"
 #include "core/check/repairing.h"
 
@@ -43,10 +44,11 @@ std::size_t take_damaged(Bytes file, std::size_t at, FoundChunk& chunk, std::vec
     chunk = {read_be32(&file[at + 4]), file.subspan(at + 8, end - at - 8), at};
     // What an image lacks is told of the image.
     if (chunk.tag != tag::IDAT && chunk.tag != tag::fdAT)
-      given_up.push_back("The length of " + chunk_name(chunk) +
+      given_up.push_back(translated("The length of ") + chunk_name(chunk) +
                          " was wrong; what follows up to the next chunk was taken.");
   } else {
-    given_up.push_back(grouped(next - at) + " bytes at " + std::to_string(at) + " are no chunk.");
+    given_up.push_back(grouped(next - at) + translated(" bytes at ") + std::to_string(at) +
+                       translated(" are no chunk."));
   }
   return next;
 }
@@ -70,7 +72,7 @@ void repair_png(std::span<const FoundChunk> chunks, RepairedFile& result) {
 }  // namespace
 
 std::string chunk_name(const FoundChunk& chunk) {
-  return tag_letters(chunk.tag) + " at " + std::to_string(chunk.offset);
+  return tag_letters(chunk.tag) + translated(" at ") + std::to_string(chunk.offset);
 }
 
 std::vector<FoundChunk> find_chunks(Bytes file, ChunkTag end, std::vector<std::string>& given_up) {
@@ -112,7 +114,7 @@ RepairedFile repair_file(Bytes file) {
   }
   const std::size_t first = first_header(file);
   if (first == file.size()) {
-    result.given_up.push_back("There is no header.");
+    result.given_up.push_back(translated("There is no header."));
     return result;
   }
   const bool mng = read_be32(&file[first + 4]) == tag::MHDR;

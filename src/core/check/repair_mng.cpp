@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/host.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 #include "core/check/repairing.h"
 #include "core/chunks/chunk_policy.h"
@@ -33,7 +34,7 @@ struct MngRepair {
     if (chunk.tag != tag::ENDL) return true;
     const auto begin = std::find(loops.rbegin(), loops.rend(), payload[0]);
     if (begin == loops.rend()) {
-      lose(chunk, "no loop begins that it could end.");
+      lose(chunk, translated("no loop begins that it could end."));
       return false;
     }
     // Those inside it are ended before it.
@@ -48,19 +49,20 @@ struct MngRepair {
   }
 
   void take(const FoundChunk& chunk) {
-    if (chunk.tag == tag::IDAT || chunk.tag == tag::IEND) return lose(chunk, "it belongs to no image.");
+    if (chunk.tag == tag::IDAT || chunk.tag == tag::IEND)
+      return lose(chunk, translated("it belongs to no image."));
     if (stands_once(chunk.tag, DocumentKind::MING) && !seen.insert(chunk.tag).second)
-      return lose(chunk, "there is one already.");
+      return lose(chunk, translated("there is one already."));
     Payload payload(chunk.data.begin(), chunk.data.end());
     if (chunk.tag == tag::PLTE) {
       globalPalette = static_cast<std::uint32_t>(payload.size() / 3);
     } else if (!is_valid_tag(chunk.tag)) {
-      return lose(chunk, "no chunk has such a name.");
+      return lose(chunk, translated("no chunk has such a name."));
     } else if (!payload.empty() || !serves_all_images(chunk.tag)) {
       const DocumentKind kind = judging_kind(DocumentKind::MING, chunk.tag);
       mend_chunk(chunk.tag, payload, kOutsideImages, kind);
       if (!is_valid_chunk(chunk.tag, payload, kOutsideImages, kind) || !packed_is_whole(chunk.tag, payload))
-        return lose(chunk, "its content is not valid.");
+        return lose(chunk, translated("its content is not valid."));
     }
     if (keeps_loop(chunk, payload)) append_chunk(out, chunk.tag, payload);
   }
@@ -98,7 +100,7 @@ struct MngRepair {
         // The first one stands in front already.
         const bool first = chunks[at].tag == tag::TERM && !std::exchange(terminationSeen, true);
         if (chunks[at].tag == tag::MHDR)
-          lose(chunks[at], "there is one already.");
+          lose(chunks[at], translated("there is one already."));
         else if (!first)
           take(chunks[at]);
         ++at;
@@ -130,7 +132,7 @@ void repair_mng(std::span<const FoundChunk> chunks, RepairedFile& result) {
   result.kind = DocumentKind::MING;
   MngRepair repair{result};
   if (chunks.front().tag != tag::MHDR || chunks.front().data.size() < kHeaderBytes) {
-    result.given_up.emplace_back("The header of the file can't be.");
+    result.given_up.emplace_back(translated("The header of the file can't be."));
     return;
   }
   append_chunk(repair.out, tag::MHDR, chunks.front().data.first(kHeaderBytes));

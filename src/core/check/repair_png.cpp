@@ -3,6 +3,7 @@
 #include <set>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 #include "core/check/checking.h"
 #include "core/check/repairing.h"
 #include "core/chunks/chunk_policy.h"
@@ -76,14 +77,14 @@ struct PngRepair {
   }
 
   void take_other(const FoundChunk& chunk, bool imageSeen, std::set<ChunkTag>& seen) {
-    if (!is_valid_tag(chunk.tag)) return lose(chunk, "no chunk has such a name.");
-    if (!is_ancillary(chunk.tag)) return lose(chunk, "it is critical and not known.");
+    if (!is_valid_tag(chunk.tag)) return lose(chunk, translated("no chunk has such a name."));
+    if (!is_ancillary(chunk.tag)) return lose(chunk, translated("it is critical and not known."));
     if (stands_once(chunk.tag, DocumentKind::APNG) && seen.contains(chunk.tag))
-      return lose(chunk, "there is one already.");
+      return lose(chunk, translated("there is one already."));
     Payload payload(chunk.data.begin(), chunk.data.end());
     mend_chunk(chunk.tag, payload, context, DocumentKind::APNG);
     if (!is_valid_chunk(chunk.tag, payload, context) || !packed_is_whole(chunk.tag, payload))
-      return lose(chunk, "its content is not valid.");
+      return lose(chunk, translated("its content is not valid."));
     seen.insert(chunk.tag);
     kept.push_back({chunk.tag, std::move(payload), part_of(chunk.tag, imageSeen)});
   }
@@ -102,8 +103,9 @@ struct PngRepair {
   /// Told where rows are missing.
   void tell_rows(const RepairedImage& repaired, const std::string& what) {
     if (repaired.rowsThere < repaired.rows)
-      given_up.push_back(what + ": " + std::to_string(repaired.rows - repaired.rowsThere) + " of " +
-                         std::to_string(repaired.rows) + " rows are missing.");
+      given_up.push_back(what + ": " + std::to_string(repaired.rows - repaired.rowsThere) +
+                         translated(" of ") + std::to_string(repaired.rows) +
+                         translated(" rows are missing."));
   }
 
   void take_image(std::span<const FoundChunk> chunks) {
@@ -111,7 +113,7 @@ struct PngRepair {
     for (const FoundChunk& chunk : chunks)
       if (chunk.tag == tag::IDAT) data.push_back(chunk.data);
     image = repair_image(header, data, indexed());
-    tell_rows(image, "The image");
+    tell_rows(image, translated("The image"));
   }
 
   /// The control with values that exist; nothing for one that can't be told.
@@ -130,7 +132,7 @@ struct PngRepair {
   /// The frame of the control at `at` of `chunks`, and the data up to the next one.
   void take_frame(std::span<const FoundChunk> chunks, std::size_t at, bool ofImage) {
     auto control = mended_control(chunks[at], ofImage);
-    if (!control) return lose(chunks[at], "the frame can't be where it is told.");
+    if (!control) return lose(chunks[at], translated("the frame can't be where it is told."));
     RepairedFrame frame{std::move(*control), {}, ofImage};
     if (!ofImage) {
       std::vector<std::span<const std::uint8_t>> data;
@@ -141,8 +143,8 @@ struct PngRepair {
       own.width = read_be32(&frame.control[4]);
       own.height = read_be32(&frame.control[8]);
       frame.image = repair_image(own, data, indexed());
-      if (!frame.image.there()) return lose(chunks[at], "the frame has no data.");
-      tell_rows(frame.image, "Frame " + std::to_string(frames.size() + 1));
+      if (!frame.image.there()) return lose(chunks[at], translated("the frame has no data."));
+      tell_rows(frame.image, translated("Frame ") + std::to_string(frames.size() + 1));
     }
     frames.push_back(std::move(frame));
   }
@@ -211,12 +213,12 @@ bool repair_png_stream(std::span<const FoundChunk> chunks, DocumentKind kind, st
                        Payload& out, std::vector<std::string>& given_up) {
   PngRepair repair{kind, given_up};
   if (chunks.empty() || !repair.take_header(chunks.front())) {
-    given_up.emplace_back("The header of an image can't be.");
+    given_up.emplace_back(translated("The header of an image can't be."));
     return false;
   }
   repair.take_palette(chunks, inherited);
   if (repair.indexed() && repair.context.paletteEntries == 0) {
-    given_up.emplace_back("The palette of an image is missing.");
+    given_up.emplace_back(translated("The palette of an image is missing."));
     return false;
   }
   repair.take_image(chunks);

@@ -4,6 +4,7 @@
 #include "base/byte_order.h"
 #include "base/file.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/check/repairing.h"
 #include "core/check/webp_parts.h"
 #include "image/webp_partial.h"
@@ -52,27 +53,27 @@ struct WebpRepair {
     width = info->width;
     height = info->height;
     if (!budget.allows(width, height)) {
-      result.given_up.push_back(what + ": it is too large for a file of this size.");
+      result.given_up.push_back(what + translated(": it is too large for a file of this size."));
       return {};
     }
     if (WEBPDecodeBGRA(still)) return still;
     std::uint32_t rows = 0;
     const Picture there = decode_webp_rows(still, rows);
     if (!there || rows == 0) return {};
-    result.given_up.push_back(what + ": " + std::to_string(height - rows) + " of " + std::to_string(height) +
-                              " rows are missing.");
+    result.given_up.push_back(what + ": " + std::to_string(height - rows) + translated(" of ") +
+                              std::to_string(height) + translated(" rows are missing."));
     return encode_webp_still(there, true, 100);
   }
 
   void take_frame(const FoundChunk& chunk) {
-    const std::string what = "Frame " + std::to_string(contents.frames.size() + 1);
+    const std::string what = translated("Frame ") + std::to_string(contents.frames.size() + 1);
     WebpFramePart frame;
     std::vector<std::uint8_t> still;
     if (chunk.data.size() > kFrameHead)
       still = good_still(riff_chunks(chunk.data.subspan(kFrameHead), chunk.offset + kChunkHead + kFrameHead),
                          what, frame.width, frame.height);
     if (still.empty()) {
-      result.given_up.push_back(chunk_name(chunk) + ": the frame can't be shown.");
+      result.given_up.push_back(chunk_name(chunk) + translated(": the frame can't be shown."));
       return;
     }
     frame.x = 2 * read_le24(&chunk.data[0]);
@@ -81,7 +82,7 @@ struct WebpRepair {
     frame.dispose = (chunk.data[15] & 1) != 0;
     frame.blend = (chunk.data[15] & 2) == 0;
     if (canvasTold && (frame.x + frame.width > contents.width || frame.y + frame.height > contents.height)) {
-      result.given_up.push_back(chunk_name(chunk) + ": the frame reaches beyond the canvas.");
+      result.given_up.push_back(chunk_name(chunk) + translated(": the frame reaches beyond the canvas."));
       return;
     }
     add(frame, std::move(still));
@@ -96,7 +97,7 @@ struct WebpRepair {
 
   void take_still(std::span<const FoundChunk> chunks) {
     WebpFramePart frame;
-    auto still = good_still(chunks, "The image", frame.width, frame.height);
+    auto still = good_still(chunks, translated("The image"), frame.width, frame.height);
     contents.width = contents.height = 0;  // those of the image, whatever the header tells
     if (!still.empty()) add(frame, std::move(still));
   }
@@ -120,7 +121,7 @@ struct WebpRepair {
     const bool second =
         stands_once(chunk.tag, DocumentKind::WEBP) &&
         std::ranges::find(contents.extras, chunk.tag, &WebpExtra::tag) != contents.extras.end();
-    if (second) result.given_up.push_back(chunk_name(chunk) + ": there is one already.");
+    if (second) result.given_up.push_back(chunk_name(chunk) + translated(": there is one already."));
     return !second;
   }
 };
@@ -130,7 +131,7 @@ struct WebpRepair {
 void repair_webp(std::span<const std::uint8_t> file, RepairedFile& result) {
   result.kind = DocumentKind::WEBP;
   if (file.size() <= kFormHead) {
-    result.given_up.emplace_back("There is no image.");
+    result.given_up.emplace_back(translated("There is no image."));
     return;
   }
   WebpRepair repair{result, {file.size()}};

@@ -2,6 +2,7 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace vellum {
 namespace {
@@ -31,7 +32,9 @@ std::optional<std::vector<std::uint8_t>> parse_bytes(std::string_view text, std:
     return std::vector<std::uint8_t>(file->data(), file->data() + file->size());
   }
   auto bytes = text.starts_with(kPrefix) ? parse_hexadecimal(text.substr(kPrefix.size())) : std::nullopt;
-  if (!bytes) reason = "bytes are \"hex:\" and pairs of hexadecimal digits, or \"@\" and the name of a file";
+  if (!bytes)
+    reason =
+        translated("bytes are \"hex:\" and pairs of hexadecimal digits, or \"@\" and the name of a file");
   return bytes;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_facts_of.h"
 #include "core/chunks/text_chunk.h"
 #include "core/model/chunk_description.h"
@@ -135,7 +136,7 @@ ChunkFacts chunk_facts(const DocumentWindow& window, std::size_t index) {
   if (index >= window.list.size()) return {};
   const FactRow* row = fact_row(window.list.record(index).tag);
   ChunkFacts facts = told({window, index}, row);
-  if (row && row->name) facts.text = row->name + (facts.text.empty() ? "" : ": " + facts.text);
+  if (row && row->name) facts.text = translated(row->name) + (facts.text.empty() ? "" : ": " + facts.text);
   facts.text = on_one_line(facts.text);
   return facts;
 }
@@ -149,15 +150,18 @@ std::string searched_text(const DocumentWindow& window, std::size_t index) {
   return text;
 }
 
-std::string shown_value(const DocumentWindow& window, std::size_t index, const char* name) {
+std::string shown_value(const DocumentWindow& window, std::size_t index, const char* name, bool inside) {
   const std::vector<Field> fields = chunk_fields(window, index);
   const Field* field = find_field(fields, name);
   const FieldValues values = read_chunk_fields(window, index);
   const FieldValue* value = values.find(name);
   if (!field || !value) return {};
   const auto* number = std::get_if<std::int64_t>(value);
-  return field->special && number && *number == field->specialValue ? lower_case(field->special)
-                                                                    : field_value_text(*field, *value);
+  const bool special = field->special && number && *number == field->specialValue;
+  if (special) return inside_sentence(field->special);
+  const std::string text = field_value_text(*field, *value);
+  if (field->type != FieldType::Choice) return text;
+  return inside ? inside_sentence(text) : std::string(translated(text));
 }
 
 std::string joined_facts(std::initializer_list<std::string> parts) {

@@ -40,6 +40,7 @@ ChunkFacts chunk_facts(const DocumentWindow& window, std::size_t index);
 std::string searched_text(const DocumentWindow& window, std::size_t index);
 
 /// The value of a chunk's field as its form would show it.
-std::string shown_value(const DocumentWindow& window, std::size_t index, const char* name);
+std::string shown_value(const DocumentWindow& window, std::size_t index, const char* name,
+                        bool inside = false);
 
 }  // namespace vellum

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_facts_of.h"
 #include "core/chunks/chunk_reading.h"
 #include "image/inflate.h"
@@ -35,7 +36,7 @@ ChunkFacts sampled_color(const ChunkRecord& record, bool grey, unsigned depth) {
 ChunkFacts palette_color(const EntryPlace& place, unsigned index) {
   Palette palette{};
   const std::uint32_t colors = chunk_find_palette(place.window.list, palette);
-  ChunkFacts facts{format_text("color %u", index), {}};
+  ChunkFacts facts{format_text(translated("color %u"), index), {}};
   if (index < colors)
     facts.colors = {make_colour(palette[3 * index], palette[3 * index + 1], palette[3 * index + 2])};
   return facts;
@@ -55,7 +56,7 @@ std::string values_of(const std::vector<ReadingLine>& lines, std::initializer_li
 }
 
 std::string profile_text(std::span<const std::uint8_t> header) {
-  return lower_case(values_of(chunk_reading(tag::ICCP, header, DocumentKind::WEBP), {"Class"})) + ", " +
+  return values_of(chunk_reading(tag::ICCP, header, DocumentKind::WEBP), {"Class"}) + ", " +
          values_of(chunk_reading(tag::ICCP, header, DocumentKind::WEBP), {"Color space"});
 }
 
@@ -75,7 +76,7 @@ ChunkFacts facts_of_transparency(const EntryPlace& place) {
   const auto header = ruling_header(place);
   if (header && header->colorType != 3) {
     ChunkFacts facts = sampled_color(place.record(), header->colorType == 0, header->bitDepth);
-    facts.text = "color " + facts.text;
+    facts.text = translated("color ") + facts.text;
     return facts;
   }
   const auto payload = raw_payload(place.record());
@@ -83,11 +84,13 @@ ChunkFacts facts_of_transparency(const EntryPlace& place) {
   const auto clear = std::ranges::count(table, std::uint8_t{0});
   const auto half = std::ranges::count_if(table, [](std::uint8_t alpha) { return alpha > 0 && alpha < 255; });
   const auto colors = [](std::ptrdiff_t count, const char* what) {
-    return count == 0
-               ? std::string()
-               : format_text("%d %s %s", static_cast<int>(count), count == 1 ? "color" : "colors", what);
+    return count == 0 ? std::string()
+                      : format_text("%d %s %s", static_cast<int>(count),
+                                    count == 1 ? translated("color") : translated("colors"), what);
   };
-  return {joined_facts({colors(clear, "transparent"), colors(half, "half transparent")}), {}};
+  return {
+      joined_facts({colors(clear, translated("transparent")), colors(half, translated("half transparent"))}),
+      {}};
 }
 
 ChunkFacts facts_of_background(const EntryPlace& place) {
@@ -98,12 +101,12 @@ ChunkFacts facts_of_background(const EntryPlace& place) {
 
 ChunkFacts facts_of_mng_background(const EntryPlace& place) {
   ChunkFacts facts = sampled_color(place.record(), false, 16);
-  if (payload_byte(place.record(), 6) != 0) facts.text += ", required";
+  if (payload_byte(place.record(), 6) != 0) facts.text += translated(", required");
   return facts;
 }
 
 ChunkFacts facts_of_gamma(const EntryPlace& place) {
-  return {"stored as " + grouped(payload_be32(place.record(), 0)), {}};
+  return {translated("stored as ") + grouped(payload_be32(place.record(), 0)), {}};
 }
 
 /// Name, NUL, a zero, the profile deflated.
@@ -132,21 +135,22 @@ ChunkFacts facts_of_code_points(const EntryPlace& place) {
   const auto lines = chunk_reading(tag::cICP, raw_payload(place.record()), place.window.document.kind);
   const std::string range = values_of(lines, {"Range"});
   return {joined_facts({values_of(lines, {"Color primaries", "Transfer function", "Matrix coefficients"}),
-                        range.empty() ? "" : range + " range"}),
+                        range.empty() ? "" : format_text(translated("%s range"), range.c_str())}),
           {}};
 }
 
 ChunkFacts facts_of_display(const EntryPlace& place) {
   const ChunkRecord& record = place.record();
   if (record.size != 24) return facts_of_bytes(place);
-  return {luminance(payload_be32(record, 20)) + " to " + luminance(payload_be32(record, 16)) + " cd/m\u00B2",
+  return {luminance(payload_be32(record, 20)) + translated(" to ") + luminance(payload_be32(record, 16)) +
+              " cd/m\u00B2",
           {}};
 }
 
 ChunkFacts facts_of_light(const EntryPlace& place) {
   const ChunkRecord& record = place.record();
   if (record.size != 8) return facts_of_bytes(place);
-  return {"at most " + luminance(payload_be32(record, 0)) + " cd/m\u00B2, frames " +
+  return {translated("at most ") + luminance(payload_be32(record, 0)) + translated(" cd/m\u00B2, frames ") +
               luminance(payload_be32(record, 4)) + " cd/m\u00B2",
           {}};
 }

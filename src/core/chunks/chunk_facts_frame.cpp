@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_facts_of.h"
 #include "core/model/frame_values.h"
 #include "core/model/header_record.h"
@@ -25,7 +26,7 @@ bool is_whole(const FramePart& part, Extent canvas) {
 }
 
 std::string place_text(const FramePart& part) {
-  return format_text("at %d, %d", part.offset.x, part.offset.y);
+  return format_text(translated("at %d, %d"), part.offset.x, part.offset.y);
 }
 
 std::string size_text(const FramePart& part, Extent canvas) {
@@ -35,19 +36,19 @@ std::string size_text(const FramePart& part, Extent canvas) {
 
 const char* dispose_text(std::uint32_t dispose) {
   static constexpr const char* texts[] = {"", "dispose background", "dispose previous"};
-  return texts[std::min<std::uint32_t>(dispose, 2)];
+  return translated(texts[std::min<std::uint32_t>(dispose, 2)]);
 }
 
 const char* colors_text(const Picture& picture) {
   switch (picture.bits()) {
     case 1:
-      return "2 colors";
+      return translated("2 colors");
     case 4:
-      return "16 colors";
+      return translated("16 colors");
     case 8:
-      return "256 colors";
+      return translated("256 colors");
     default:
-      return picture.bits() == 32 ? "true color with alpha" : "true color";
+      return picture.bits() == 32 ? translated("true color with alpha") : translated("true color");
   }
 }
 
@@ -58,16 +59,16 @@ ChunkFacts of_mng_image(const EntryPlace& place, const FramePart& part) {
   const Extent canvas = document_size(place.window.list, place.window.document);
   const bool told = !is_whole(part, canvas);
   return {joined_facts({grouped(ms) + " ms", told ? place_text(part) : std::string(),
-                        clears_canvas(record) ? "clears the canvas" : "",
-                        picture_of(record).bits() == 32 ? "with alpha" : ""}),
+                        clears_canvas(record) ? translated("clears the canvas") : "",
+                        picture_of(record).bits() == 32 ? translated("with alpha") : ""}),
           {}};
 }
 
 /// "3 times", "for ever".
 std::string times_text(const EntryPlace& place, const char* field) {
-  const std::string count = lower_case(shown_value(place.window, place.index, field));
+  const std::string count = shown_value(place.window, place.index, field, true);
   const bool number = !count.empty() && count.find_first_not_of("0123456789,") == std::string::npos;
-  return number ? count + (count == "1" ? " time" : " times") : count;
+  return number ? count + (count == "1" ? translated(" time") : translated(" times")) : count;
 }
 
 std::uint16_t be16(const ChunkRecord& record, std::size_t at) {
@@ -99,7 +100,7 @@ ChunkFacts facts_of_image(const EntryPlace& place) {
   const bool still = kind == DocumentKind::WEBP && place.window.list.record(0).webpHeader.frameCount == 1;
   const std::string time = still ? std::string() : grouped(frame_delay_ms(record, kind, 0)) + " ms";
   return {joined_facts({time, size_text(part, canvas), dispose_text(dispose),
-                        apng && record.frameControl.blend ? "over" : "", colors_text(picture)}),
+                        apng && record.frameControl.blend ? translated("over") : "", colors_text(picture)}),
           {}};
 }
 
@@ -111,13 +112,14 @@ ChunkFacts facts_of_frame_control(const EntryPlace& place) {
   const FrameControl& control = frame.frameControl;
   const FramePart part{control.frameWidth, control.frameHeight, GetFrameOffset(frame, DocumentKind::APNG)};
   return {joined_facts({grouped(frame_delay_ms(frame, DocumentKind::APNG, 0)) + " ms", size_text(part, {}),
-                        dispose_text(control.dispose), control.blend ? "over" : ""}),
+                        dispose_text(control.dispose), control.blend ? translated("over") : ""}),
           {}};
 }
 
 ChunkFacts facts_of_stored_frame(const EntryPlace& place) {
   if (place.record().tag != tag::fdAT) return facts_of_bytes(place);
-  return {joined_facts({"sequence " + grouped(payload_be32(place.record(), 0)), facts_of_bytes(place).text}),
+  return {joined_facts({translated("sequence ") + grouped(payload_be32(place.record(), 0)),
+                        facts_of_bytes(place).text}),
           {}};
 }
 
@@ -129,40 +131,45 @@ ChunkFacts facts_of_header(const EntryPlace& place) {
   const std::uint8_t type = raw ? payload_byte(record, 9) : record.colorType;
   std::string form;
   for (const FieldChoice& choice : color_types())
-    if (choice.value == type) form = lower_case(choice.name);
-  return {
-      joined_facts({raw ? format_text("%u x %u", payload_be32(record, 0), payload_be32(record, 4)) : "", form,
-                    counted(depth, "bit", "bits") + " a sample", record.interlace ? "interlaced" : ""}),
-      {}};
+    if (choice.value == type) form = inside_sentence(choice.name);
+  return {joined_facts({raw ? format_text("%u x %u", payload_be32(record, 0), payload_be32(record, 4)) : "",
+                        form, counted(depth, translated("bit"), translated("bits")) + translated(" a sample"),
+                        record.interlace ? translated("interlaced") : ""}),
+          {}};
 }
 
 ChunkFacts facts_of_mng_header(const EntryPlace& place) {
   const ChunkRecord& record = place.record();
-  return {joined_facts({counted(record.ticksPerSecond, "tick a second", "ticks a second"),
-                        record.frameCount ? counted(record.frameCount, "frame", "frames") : "",
-                        record.playTime && record.playTime < 0x7FFFFFFF
-                            ? counted(record.playTime, "tick long", "ticks long")
-                            : ""}),
+  return {joined_facts(
+              {counted(record.ticksPerSecond, translated("tick a second"), translated("ticks a second")),
+               record.frameCount ? counted(record.frameCount, translated("frame"), translated("frames")) : "",
+               record.playTime && record.playTime < 0x7FFFFFFF
+                   ? counted(record.playTime, translated("tick long"), translated("ticks long"))
+                   : ""}),
           {}};
 }
 
 ChunkFacts facts_of_webp_header(const EntryPlace& place) {
   const WebpHeaderFields& header = place.record().webpHeader;
-  if (header.frameCount <= 1) return {header.colorType == 6 ? "with alpha" : "", {}};
-  return {joined_facts({counted(header.frameCount, "frame", "frames"),
-                        header.loopCount == 0 ? "for ever" : counted(header.loopCount, "play", "plays"),
-                        header.colorType == 6 ? "with alpha" : ""}),
+  if (header.frameCount <= 1) return {header.colorType == 6 ? translated("with alpha") : "", {}};
+  return {joined_facts({counted(header.frameCount, translated("frame"), translated("frames")),
+                        header.loopCount == 0
+                            ? translated("for ever")
+                            : counted(header.loopCount, translated("play"), translated("plays")),
+                        header.colorType == 6 ? translated("with alpha") : ""}),
           {}};
 }
 
 ChunkFacts facts_of_animation(const EntryPlace& place) {
   const ChunkRecord& record = place.record();
   const bool raw = place.window.document.kind != DocumentKind::APNG;
-  return {counted(raw ? payload_be32(record, 0) : record.numFrames, "frame", "frames"), {}};
+  return {
+      counted(raw ? payload_be32(record, 0) : record.numFrames, translated("frame"), translated("frames")),
+      {}};
 }
 
 ChunkFacts facts_of_termination(const EntryPlace& place) {
-  const std::string action = lower_case(shown_value(place.window, place.index, "action"));
+  const std::string action = shown_value(place.window, place.index, "action", true);
   return {joined_facts({action, payload_byte(place.record(), 0) == 3 ? times_text(place, "iterations") : ""}),
           {}};
 }
@@ -172,7 +179,7 @@ ChunkFacts facts_of_loop(const EntryPlace& place) { return {times_text(place, "c
 ChunkFacts facts_of_framing(const EntryPlace& place) {
   const FieldValues values = read_chunk_fields(place.window, place.index);
   const auto* delay = values.find("delay");
-  const std::string mode = format_text("mode %u", payload_byte(place.record(), 0));
+  const std::string mode = format_text(translated("mode %u"), payload_byte(place.record(), 0));
   if (!delay) return {mode, {}};
   const auto ticks = static_cast<std::uint64_t>(std::get<std::int64_t>(*delay));
   return {joined_facts({mode, grouped(ticks * 1000 / ticks_per_second(place.window.list)) + " ms"}), {}};
@@ -181,7 +188,7 @@ ChunkFacts facts_of_framing(const EntryPlace& place) {
 ChunkFacts facts_of_definition(const EntryPlace& place) {
   const ChunkRecord& record = place.record();
   if (record.size < 12) return {};
-  return {format_text("at %d, %d", static_cast<int>(payload_be32(record, 4)),
+  return {format_text(translated("at %d, %d"), static_cast<int>(payload_be32(record, 4)),
                       static_cast<int>(payload_be32(record, 8))),
           {}};
 }
@@ -190,7 +197,8 @@ namespace {
 
 std::string objects_text(const EntryPlace& place) {
   const auto first = be16(place.record(), 0), last = be16(place.record(), 2);
-  return first == last ? format_text("object %u", first) : format_text("objects %u to %u", first, last);
+  return first == last ? format_text(translated("object %u"), first)
+                       : format_text(translated("objects %u to %u"), first, last);
 }
 
 }  // namespace
@@ -198,16 +206,16 @@ std::string objects_text(const EntryPlace& place) {
 ChunkFacts facts_of_move(const EntryPlace& place) {
   const ChunkRecord& record = place.record();
   const bool by = payload_byte(record, 4) == 1;
-  return {joined_facts({objects_text(place),
-                        format_text("%s %d, %d", by ? "by" : "to", static_cast<int>(payload_be32(record, 5)),
-                                    static_cast<int>(payload_be32(record, 9)))}),
-          {}};
+  return {
+      joined_facts({objects_text(place), format_text("%s %d, %d", by ? translated("by") : translated("to"),
+                                                     static_cast<int>(payload_be32(record, 5)),
+                                                     static_cast<int>(payload_be32(record, 9)))}),
+      {}};
 }
 
 ChunkFacts facts_of_show(const EntryPlace& place) {
   if (place.record().size < 4) return {};
-  return {joined_facts({objects_text(place), lower_case(shown_value(place.window, place.index, "mode"))}),
-          {}};
+  return {joined_facts({objects_text(place), shown_value(place.window, place.index, "mode", true)}), {}};
 }
 
 }  // namespace vellum

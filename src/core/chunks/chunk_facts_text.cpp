@@ -3,6 +3,7 @@
 #include <array>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_facts_of.h"
 #include "core/chunks/chunk_reading.h"
 #include "core/chunks/compressed_text.h"
@@ -58,9 +59,10 @@ std::string beginning_of_international(std::string_view payload) {
 
 std::string size_in_units(std::uint32_t x, std::uint32_t y, bool meter) {
   if (!meter) return format_text("%u : %u", x, y);
-  if (x == y) return format_text("%.4g dpi, %s pixels a meter", x * kMetersPerInch, grouped(x).c_str());
-  return format_text("%.4g x %.4g dpi, %s x %s pixels a meter", x * kMetersPerInch, y * kMetersPerInch,
-                     grouped(x).c_str(), grouped(y).c_str());
+  if (x == y)
+    return format_text(translated("%.4g dpi, %s pixels a meter"), x * kMetersPerInch, grouped(x).c_str());
+  return format_text(translated("%.4g x %.4g dpi, %s x %s pixels a meter"), x * kMetersPerInch,
+                     y * kMetersPerInch, grouped(x).c_str(), grouped(y).c_str());
 }
 
 ChunkFacts first_lines(const EntryPlace& place, std::size_t most) {
@@ -72,7 +74,7 @@ ChunkFacts first_lines(const EntryPlace& place, std::size_t most) {
   std::size_t told = 0;
   for (const ReadingLine& line : lines)
     if (!line.name.empty() && told++ < most)
-      text = joined_facts({text, lower_case(line.name) + ' ' + line.value});
+      text = joined_facts({text, inside_sentence(line.name) + ' ' + line.value});
   return text.empty() ? facts_of_bytes(place) : ChunkFacts{text, {}};
 }
 
@@ -86,7 +88,7 @@ const char* orientation_text(std::uint16_t orientation) {
                                           "turned left",
                                           "turned right and flipped",
                                           "turned right"};
-  return orientation < std::size(texts) ? texts[orientation] : "";
+  return orientation < std::size(texts) ? translated(texts[orientation]) : "";
 }
 
 }  // namespace
@@ -127,7 +129,7 @@ ChunkFacts facts_of_suggested_palette(const EntryPlace& place) { return first_li
 
 ChunkFacts facts_of_bytes(const EntryPlace& place) {
   const std::size_t bytes = raw_payload(place.record()).size();
-  return {grouped(bytes) + (bytes == 1 ? " byte" : " bytes"), {}};
+  return {grouped(bytes) + (bytes == 1 ? translated(" byte") : translated(" bytes")), {}};
 }
 
 }  // namespace vellum

@@ -4,6 +4,7 @@
 
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_bytes.h"
 #include "core/chunks/chunk_field_sets.h"
 #include "core/chunks/chunk_payload.h"
@@ -175,7 +176,7 @@ Applied apply_chunk_fields(DocumentWindow& window, std::size_t index, const Fiel
 bool set_chunk_field(DocumentWindow& window, std::size_t index, std::string_view name, std::string_view text,
                      Host& host, std::string& reason) {
   if (index >= window.list.size()) {
-    reason = "there is no entry " + std::to_string(index + 1);
+    reason = translated("there is no entry ") + std::to_string(index + 1);
     return false;
   }
   const std::vector<Field> fields = chunk_fields(window, index);
@@ -184,7 +185,7 @@ bool set_chunk_field(DocumentWindow& window, std::size_t index, std::string_view
   if (!field && fields.empty() && name == "data" && has_free_data({window, index}))
     return set_data(window, index, text, host, reason);
   if (!field) {
-    reason = tag + " has no field " + std::string(name);
+    reason = tag + translated(" has no field ") + std::string(name);
     reason += fields.empty() ? "" : "; it has " + names_of(fields);
     return false;
   }

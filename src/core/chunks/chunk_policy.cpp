@@ -5,6 +5,7 @@
 
 #include "base/string_table.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/compressed_text.h"
 
 namespace vellum {
@@ -128,7 +129,7 @@ std::string mending_note(Mending mending, ChunkTag tag, std::size_t entry) {
   static constexpr StringId texts[] = {StringId{}, StringId::ChunkRepaired, StringId::ChunkKept,
                                        StringId::ChunkLeftOut};
   if (mending == Mending::Good) return {};
-  const std::string who = tag_letters(tag) + " (entry " + std::to_string(entry + 1) + ")";
+  const std::string who = tag_letters(tag) + translated(" (entry ") + std::to_string(entry + 1) + ")";
   return with_value(string_text(texts[static_cast<std::size_t>(mending)]), who);
 }
 

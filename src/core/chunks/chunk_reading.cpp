@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "base/string_table.h"
+#include "base/translation.h"
 #include "core/chunks/payload_reader.h"
 
 namespace vellum {
@@ -90,7 +91,7 @@ std::vector<ReadingLine> chunk_reading(ChunkTag tag, std::span<const std::uint8_
 std::vector<ReadingLine> tag_properties(ChunkTag tag) {
   std::vector<ReadingLine> lines;
   for (const PropertyRow& row : kProperties)
-    lines.push_back({row.name, tag >> (24 - 8 * row.letter) & 0x20 ? row.lower : row.upper});
+    lines.push_back({row.name, translated(tag >> (24 - 8 * row.letter) & 0x20 ? row.lower : row.upper)});
   return lines;
 }
 
@@ -98,7 +99,7 @@ std::string reading_text(const std::vector<ReadingLine>& lines) {
   std::string text;
   for (const ReadingLine& line : lines) {
     if (!text.empty()) text += '\n';
-    text += line.name.empty() ? line.value : line.name + ": " + line.value;
+    text += line.name.empty() ? line.value : std::string(translated(line.name)) + ": " + line.value;
   }
   return text;
 }

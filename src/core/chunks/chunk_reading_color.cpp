@@ -1,5 +1,6 @@
 // Readings of chunks that tell what colors mean (PNG standard, third edition; ICC.1:2022; ITU-T H.273).
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/chunks/payload_reader.h"
 #include "image/inflate.h"
 
@@ -43,7 +44,7 @@ constexpr CodeRow kMatrices[] = {{0, "identity (RGB)"}};
 void code_line(PayloadReader& p, const char* name, std::span<const CodeRow> rows) {
   const std::uint32_t code = p.u8();
   const auto row = std::ranges::find(rows, code, &CodeRow::code);
-  p.line(name, std::to_string(code) + ", " + (row == rows.end() ? "unknown" : row->name));
+  p.line(name, std::to_string(code) + ", " + translated(row == rows.end() ? "unknown" : row->name));
 }
 
 /// Four letters as profiles hold them; unprintable ones as blanks.
@@ -68,14 +69,14 @@ constexpr struct {
 std::string profile_class(std::uint32_t value) {
   const std::string letters = four_letters(value);
   for (const auto& row : kProfileClasses)
-    if (letters == row.letters) return row.name;
+    if (letters == row.letters) return translated(row.name);
   return letters;
 }
 
 /// The fields of a profile's header in their order.
 void read_profile_header(PayloadReader& p, std::string_view profile) {
   PayloadReader h({reinterpret_cast<const std::uint8_t*>(profile.data()), profile.size()});
-  p.line("Stated size", grouped(h.u32()) + " bytes");
+  p.line("Stated size", grouped(h.u32()) + translated(" bytes"));
   p.line("Preferred module", four_letters(h.u32()));
   const std::uint32_t version = h.u32();
   p.line("Version", format_text("%u.%u.%u", version >> 24, version >> 20 & 15, version >> 16 & 15));
@@ -108,18 +109,19 @@ std::string point(std::uint32_t x, std::uint32_t y, double unit) {
 void read_profile(PayloadReader& p) {
   p.text("Profile name", p.until_nul());
   if (p.u8() != 0) p.set_damaged();
-  p.line("Size deflated", grouped(p.left()) + " bytes");
+  p.line("Size deflated", grouped(p.left()) + translated(" bytes"));
   if (p.damaged()) return;
   bool over_limit = false;
   const auto profile = inflate_text(p.bytes(p.left()), kMaximumTextBytes, over_limit);
-  if (over_limit) return p.line("Size", "more than " + grouped(kMaximumTextBytes) + " bytes");
+  if (over_limit)
+    return p.line("Size", translated("more than ") + grouped(kMaximumTextBytes) + translated(" bytes"));
   if (!profile) return p.set_damaged();
-  p.line("Size", grouped(profile->size()) + " bytes");
+  p.line("Size", grouped(profile->size()) + translated(" bytes"));
   profile->size() < kProfileHeader ? p.set_damaged() : read_profile_header(p, *profile);
 }
 
 void read_bare_profile(PayloadReader& p) {
-  p.line("Size", grouped(p.left()) + " bytes");
+  p.line("Size", grouped(p.left()) + translated(" bytes"));
   const auto profile = p.bytes(p.left());
   if (profile.size() < kProfileHeader) return p.set_damaged();
   read_profile_header(p, {reinterpret_cast<const char*>(profile.data()), profile.size()});

@@ -5,6 +5,8 @@
 
 #include "core/chunks/payload_reader.h"
 
+#include "base/translation.h"
+
 namespace vellum {
 namespace {
 
@@ -42,7 +44,8 @@ void entry_line(ExifEntry* entry, void* reader) {
   char value[512] = {};
   exif_entry_get_value(entry, value, sizeof value);
   static_cast<PayloadReader*>(reader)->line(
-      name ? std::string(name) : format_text("Tag 0x%04X", static_cast<unsigned>(entry->tag)), value);
+      name ? std::string(name) : format_text(translated("Tag 0x%04X"), static_cast<unsigned>(entry->tag)),
+      value);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Readings of the chunks that an MNG alone holds and this program keeps as they are (MNG 1.0).
 #include "core/chunks/payload_reader.h"
 
+#include "base/translation.h"
+
 namespace vellum {
 namespace {
 
@@ -16,7 +18,7 @@ constexpr std::size_t kShownPastes = 64;
 
 void objects_line(PayloadReader& p) {
   const std::uint32_t first = p.u16(), last = p.u16();
-  p.line("Objects", std::to_string(first) + " to " + std::to_string(last));
+  p.line("Objects", std::to_string(first) + translated(" to ") + std::to_string(last));
 }
 
 void position_line(PayloadReader& p, const char* name) {
@@ -26,7 +28,7 @@ void position_line(PayloadReader& p, const char* name) {
 
 void bounds_line(PayloadReader& p) {
   const std::int32_t left = p.i32(), right = p.i32(), top = p.i32(), bottom = p.i32();
-  p.line("Bounds", format_text("left %d, right %d, top %d, bottom %d", left, right, top, bottom));
+  p.line("Bounds", format_text(translated("left %d, right %d, top %d, bottom %d"), left, right, top, bottom));
 }
 
 void size_line(PayloadReader& p, const char* name) {
@@ -44,11 +46,11 @@ void save_entry(PayloadReader& p, bool wide) {
   static constexpr const char* types[] = {"Segment with its time", "Segment", "Subframe", "Exported image"};
   const std::uint32_t type = p.u8();
   std::string value;
-  if (type <= 1) value = "offset " + offset_text(p, wide);
+  if (type <= 1) value = translated("offset ") + offset_text(p, wide);
   if (type == 0) {
-    value += ", time " + offset_text(p, wide);
-    value += ", layer " + offset_text(p, wide);
-    value += ", frame " + offset_text(p, wide);
+    value += translated(", time ") + offset_text(p, wide);
+    value += translated(", layer ") + offset_text(p, wide);
+    value += translated(", frame ") + offset_text(p, wide);
   }
   if (type >= std::size(types)) return p.set_damaged();
   const std::string name = utf8_from_latin1(p.until_nul_or_end());
@@ -89,14 +91,14 @@ void read_clone(PayloadReader& p) {
 }
 
 void read_discard(PayloadReader& p) {
-  if (p.left() == 0) return p.line("", "All objects but 0");
+  if (p.left() == 0) return p.line("", translated("All objects but 0"));
   std::string objects;
   while (p.more()) objects += (objects.empty() ? "" : ", ") + std::to_string(p.u16());
   p.line("Objects", objects);
 }
 
 void read_save(PayloadReader& p) {
-  if (p.left() == 0) return p.line("", "No index");
+  if (p.left() == 0) return p.line("", translated("No index"));
   const std::uint32_t width = p.u8();
   if (width != 4 && width != 8) return p.set_damaged();
   p.line("Bytes of an offset", width);
@@ -121,7 +123,7 @@ void read_priority(PayloadReader& p) {
 
 void read_magnify(PayloadReader& p) {
   // Whatever is cut off at the end has its default: no magnification, the same vertically as horizontally.
-  if (p.left() == 0) return p.line("", "No magnification");
+  if (p.left() == 0) return p.line("", translated("No magnification"));
   p.line("First object", p.u16());
   if (p.more()) p.line("Last object", p.u16());
   if (p.more()) p.named("Horizontal method", p.u8(), kMagnifyMethods);

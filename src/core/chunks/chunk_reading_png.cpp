@@ -1,5 +1,6 @@
 // Readings of chunks that a PNG of any kind holds (PNG standard, third edition; PNG extensions).
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/chunks/payload_reader.h"
 #include "image/inflate.h"
 
@@ -25,21 +26,23 @@ std::string international_body(PayloadReader& p, bool compressed) {
   const auto stream = p.bytes(p.left());
   const auto text = inflate_text(stream, kMaximumTextBytes, over_limit);
   if (text) return *text;
-  if (over_limit) return "(longer than " + grouped(kMaximumTextBytes) + " bytes)";
+  if (over_limit) return translated("(longer than ") + grouped(kMaximumTextBytes) + translated(" bytes)");
   p.set_damaged();
   return {};
 }
 
 void physical_line(PayloadReader& p, const char* name, std::uint32_t value, bool meter) {
-  p.line(name, meter ? format_text("%u per meter (%.2f dpi)", value, value * kMetersPerInch)
-                     : format_text("%u per unit", value));
+  p.line(name, meter ? format_text(translated("%u per meter (%.2f dpi)"), value, value * kMetersPerInch)
+                     : format_text(translated("%u per unit"), value));
 }
 
 std::string sample_text(PayloadReader& p, bool wide) {
   const auto sample = [&] { return std::to_string(wide ? p.u16() : p.u8()); };
   std::string text;
-  for (const char* name : {"red ", ", green ", ", blue ", ", alpha "}) text += name + sample();
-  return text + ", used " + std::to_string(p.u16());
+  for (const char* name :
+       {translated("red "), translated(", green "), translated(", blue "), translated(", alpha ")})
+    text += name + sample();
+  return text + translated(", used ") + std::to_string(p.u16());
 }
 
 constexpr const char* kEquations[] = {"linear", "base-e exponential", "any-base exponential",
@@ -51,7 +54,7 @@ constexpr const char* kScaleUnits[] = {"", "meter", "radian"};
 void read_international_text(PayloadReader& p) {
   p.text("Keyword", p.until_nul());
   const bool compressed = p.u8() == 1;
-  p.line("Compressed", compressed ? "yes" : "no");
+  p.line("Compressed", compressed ? translated("yes") : translated("no"));
   if (p.u8() != 0) p.set_damaged();
   p.line("Language", std::string(p.until_nul()));
   p.line("Translated keyword", std::string(p.until_nul()));
@@ -77,7 +80,7 @@ void read_significant_bits(PayloadReader& p) {
   }};
   if (p.left() == 0 || p.left() > 4) return p.set_damaged();
   for (const char* name : names[p.left() - 1])
-    if (name) p.line(name, std::to_string(p.u8()) + " bits");
+    if (name) p.line(name, std::to_string(p.u8()) + translated(" bits"));
 }
 
 void read_histogram(PayloadReader& p) {
@@ -87,7 +90,7 @@ void read_histogram(PayloadReader& p) {
     std::string counts;
     unsigned i = first;
     for (; i < first + 8 && p.more(); ++i) counts += (counts.empty() ? "" : " ") + std::to_string(p.u16());
-    p.line(format_text("%u to %u", first, i - 1), counts);
+    p.line(format_text(translated("%u to %u"), first, i - 1), counts);
     first = i;
   }
 }
@@ -95,12 +98,12 @@ void read_histogram(PayloadReader& p) {
 void read_suggested_palette(PayloadReader& p) {
   p.text("Name", p.until_nul());
   const std::uint32_t depth = p.u8();
-  p.line("Depth", std::to_string(depth) + " bits");
+  p.line("Depth", std::to_string(depth) + translated(" bits"));
   const std::size_t row = depth == 16 ? 10 : 6;
   if ((depth != 8 && depth != 16) || p.left() % row != 0) return p.set_damaged();
   p.line("Colors", static_cast<std::int64_t>(p.left() / row));
   for (std::size_t i = 0; i < kShownRows && p.more(); ++i)
-    p.line("Color " + std::to_string(i), sample_text(p, depth == 16));
+    p.line(translated("Color ") + std::to_string(i), sample_text(p, depth == 16));
   p.bytes(p.left());
 }
 
@@ -114,12 +117,13 @@ void read_offset(PayloadReader& p) {
 void read_calibration(PayloadReader& p) {
   p.text("Name", p.until_nul());
   const std::int32_t low = p.i32(), high = p.i32();
-  p.line("Original samples", std::to_string(low) + " to " + std::to_string(high));
+  p.line("Original samples", std::to_string(low) + translated(" to ") + std::to_string(high));
   p.named("Equation", p.u8(), kEquations);
   const std::uint32_t parameters = p.u8();
   p.text("Unit", parameters == 0 ? p.until_nul_or_end() : p.until_nul());
   for (std::uint32_t i = 0; i < parameters; ++i)
-    p.text("Parameter " + std::to_string(i), i + 1 < parameters ? p.until_nul() : p.until_nul_or_end());
+    p.text(translated("Parameter ") + std::to_string(i),
+           i + 1 < parameters ? p.until_nul() : p.until_nul_or_end());
 }
 
 void read_scale(PayloadReader& p) {
@@ -130,7 +134,7 @@ void read_scale(PayloadReader& p) {
 
 void read_global_physical_size(PayloadReader& p) {
   // MNG 1.0, "pHYg": an empty one takes back an earlier one.
-  if (p.left() == 0) return p.line("", "No size");
+  if (p.left() == 0) return p.line("", translated("No size"));
   read_physical_size(p);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_facts.h"
 #include "core/chunks/chunk_field_sets.h"
 #include "core/chunks/chunk_reading.h"
@@ -34,22 +35,25 @@ std::uint32_t ticks_of(const DocumentWindow& window) {
 
 std::string of_header(const EntryPlace& place) {
   const ChunkRecord& r = place.record();
-  return format_text("Width: %u\nDepth: %u\nBits: %u\nColor type: %s\nInterlaced: %s", r.width, r.height,
-                     r.bitDepth, shown(place, "colorType").c_str(), r.interlace ? "yes" : "no");
+  return format_text(translated("Width: %u\nDepth: %u\nBits: %u\nColor type: %s\nInterlaced: %s"), r.width,
+                     r.height, r.bitDepth, shown(place, "colorType").c_str(),
+                     r.interlace ? translated("yes") : translated("no"));
 }
 
 std::string of_mng_header(const EntryPlace& place) {
   const ChunkRecord& r = place.record();
-  return format_text("Frame size: %u x %u\nTicks per second: %u\nFrames: %u\nPlay time: %u\nProfile: 0x%08X",
-                     r.frameWidth, r.frameHeight, r.ticksPerSecond, r.frameCount, r.playTime,
-                     r.simplicityProfile);
+  return format_text(
+      translated("Frame size: %u x %u\nTicks per second: %u\nFrames: %u\nPlay time: %u\nProfile: 0x%08X"),
+      r.frameWidth, r.frameHeight, r.ticksPerSecond, r.frameCount, r.playTime, r.simplicityProfile);
 }
 
-std::string of_palette(const EntryPlace& place) { return format_text("%u colors", place.record().size / 3u); }
+std::string of_palette(const EntryPlace& place) {
+  return format_text(translated("%u colors"), place.record().size / 3u);
+}
 
 const char* dispose_name(std::uint32_t dispose) {
   static constexpr const char* names[] = {"None", "Background", "Previous"};
-  return names[std::min<std::uint32_t>(dispose, 2)];
+  return translated(names[std::min<std::uint32_t>(dispose, 2)]);
 }
 
 std::string frame_lines(const EntryPlace& place, std::uint32_t width, std::uint32_t height) {
@@ -58,32 +62,33 @@ std::string frame_lines(const EntryPlace& place, std::uint32_t width, std::uint3
   std::size_t ordinal = 0;
   for (std::size_t i = 0; i <= place.index; ++i)
     if (is_image_entry(kind, window.list.record(i).tag)) ++ordinal;
-  std::string text = ordinal == 0
-                         ? std::string()
-                         : format_text("Image %zu of %zu\n", ordinal, chunk_count_images(window.list, kind));
-  text += format_text("Size: %u x %u", width, height);
+  std::string text = ordinal == 0 ? std::string()
+                                  : format_text(translated("Image %zu of %zu\n"), ordinal,
+                                                chunk_count_images(window.list, kind));
+  text += format_text(translated("Size: %u x %u"), width, height);
   if (!is_animation(kind)) return text;
   const FrameOffset offset = GetFrameOffset(place.record(), kind);
-  return text + format_text("\nPosition: %d, %d\nDelay: %u ms", offset.x, offset.y,
+  return text + format_text(translated("\nPosition: %d, %d\nDelay: %u ms"), offset.x, offset.y,
                             frame_delay_ms(place.record(), kind, ticks_of(window)));
 }
 
 /// Colors that the pixels of a picture can have, and whether they have alpha.
 std::string color_lines(const Picture& picture) {
   const std::uint64_t colors = std::uint64_t{1} << std::min(picture.bits(), 24u);
-  return format_text("\nColors: %s\nAlpha: %s", grouped(colors).c_str(), picture.bits() == 32 ? "yes" : "no");
+  return format_text(translated("\nColors: %s\nAlpha: %s"), grouped(colors).c_str(),
+                     picture.bits() == 32 ? translated("yes") : translated("no"));
 }
 
 std::string disposal_lines(const EntryPlace& place) {
   const ChunkRecord& r = place.record();
   switch (place.window.document.kind) {
     case DocumentKind::APNG:
-      return format_text("\nDispose: %s\nBlend: %s", dispose_name(r.frameControl.dispose),
-                         r.frameControl.blend ? "Over" : "Source");
+      return format_text(translated("\nDispose: %s\nBlend: %s"), dispose_name(r.frameControl.dispose),
+                         translated(r.frameControl.blend ? "Over" : "Source"));
     case DocumentKind::WEBP:
-      return format_text("\nDispose: %s", dispose_name(r.webpImage.dispose));
+      return format_text(translated("\nDispose: %s"), dispose_name(r.webpImage.dispose));
     case DocumentKind::MING:
-      return format_text("\nDispose: %s", dispose_name(clears_canvas(r) ? 1 : 0));
+      return format_text(translated("\nDispose: %s"), dispose_name(clears_canvas(r) ? 1 : 0));
     default:
       return {};
   }
@@ -106,7 +111,7 @@ std::string of_animation(const EntryPlace& place) {
   for (std::size_t i = 0; i < list.size(); ++i)
     if (is_image_entry(DocumentKind::APNG, list.record(i).tag))
       time += frame_delay_ms(list.record(i), DocumentKind::APNG, 0);
-  return format_text("Frames: %u\nPlays: %s\nRunning time: %llu ms", place.record().numFrames,
+  return format_text(translated("Frames: %u\nPlays: %s\nRunning time: %llu ms"), place.record().numFrames,
                      shown(place, "numPlays").c_str(), static_cast<unsigned long long>(time));
 }
 
@@ -128,68 +133,71 @@ std::string of_time(const EntryPlace& place) {
 
 std::string of_gamma(const EntryPlace& place) {
   const std::uint32_t stored = number(place, 0);
-  return format_text("Gamma: %02.02f (%u)", stored == 0 ? 0.0 : 100000.0 / stored, stored);
+  return format_text(translated("Gamma: %02.02f (%u)"), stored == 0 ? 0.0 : 100000.0 / stored, stored);
 }
 
 std::string of_transparency(const EntryPlace& place) {
   const auto header = ruling_header(place);
-  if (header && header->colorType == 0) return format_text("Transparent color: %u", short_number(place, 0));
+  if (header && header->colorType == 0)
+    return format_text(translated("Transparent color: %u"), short_number(place, 0));
   if (header && header->colorType == 2)
-    return format_text("Transparent color: %u, %u, %u", short_number(place, 0), short_number(place, 2),
-                       short_number(place, 4));
+    return format_text(translated("Transparent color: %u, %u, %u"), short_number(place, 0),
+                       short_number(place, 2), short_number(place, 4));
   Palette palette;
   const auto payload = raw_payload(place.record());
   const auto transparent = std::ranges::count_if(payload, [](std::uint8_t alpha) { return alpha < 255; });
-  return format_text("%u of %u colors are transparent", static_cast<unsigned>(transparent),
+  return format_text(translated("%u of %u colors are transparent"), static_cast<unsigned>(transparent),
                      chunk_find_palette(place.window.list, palette));
 }
 
 std::string of_background(const EntryPlace& place) {
   const auto header = ruling_header(place);
   if (header && header->colorType == 3)
-    return format_text("Background: color %u", payload_byte(place.record(), 0));
-  if (header && header->colorType % 4 == 0) return format_text("Background: %u", short_number(place, 0));
-  return format_text("Background: %u, %u, %u", short_number(place, 0), short_number(place, 2),
+    return format_text(translated("Background: color %u"), payload_byte(place.record(), 0));
+  if (header && header->colorType % 4 == 0)
+    return format_text(translated("Background: %u"), short_number(place, 0));
+  return format_text(translated("Background: %u, %u, %u"), short_number(place, 0), short_number(place, 2),
                      short_number(place, 4));
 }
 
 std::string of_mng_background(const EntryPlace& place) {
-  return format_text("Background: %u, %u, %u\nRequired: %s", short_number(place, 0), short_number(place, 2),
-                     short_number(place, 4), shown(place, "mandatory").c_str());
+  return format_text(translated("Background: %u, %u, %u\nRequired: %s"), short_number(place, 0),
+                     short_number(place, 2), short_number(place, 4), shown(place, "mandatory").c_str());
 }
 
 std::string of_termination(const EntryPlace& place) {
-  const std::string action = "Action: " + shown(place, "action");
+  const std::string action = translated("Action: ") + shown(place, "action");
   if (payload_byte(place.record(), 0) != 3) return action;
-  return action +
-         format_text("\nIterations: %s\nDelay: %u", shown(place, "iterations").c_str(), number(place, 2));
+  return action + format_text(translated("\nIterations: %s\nDelay: %u"), shown(place, "iterations").c_str(),
+                              number(place, 2));
 }
 
 std::string of_loop(const EntryPlace& place) {
-  return format_text("Loop level: %u\nRepeats: %s", payload_byte(place.record(), 0),
+  return format_text(translated("Loop level: %u\nRepeats: %s"), payload_byte(place.record(), 0),
                      shown(place, "count").c_str());
 }
 
 std::string of_loop_end(const EntryPlace& place) {
-  return format_text("Loop level: %u", payload_byte(place.record(), 0));
+  return format_text(translated("Loop level: %u"), payload_byte(place.record(), 0));
 }
 
 std::string of_framing(const EntryPlace& place) {
   const FieldValues values = read_chunk_fields(place.window, place.index);
   const auto delay = static_cast<std::uint64_t>(values.number("delay"));
   const std::uint64_t ms = delay * 1000 / std::max(ticks_of(place.window), 1u);
-  return format_text("Framing mode: %u\nDelay: %llu ticks (%llu ms)", payload_byte(place.record(), 0),
-                     static_cast<unsigned long long>(delay), static_cast<unsigned long long>(ms));
+  return format_text(translated("Framing mode: %u\nDelay: %llu ticks (%llu ms)"),
+                     payload_byte(place.record(), 0), static_cast<unsigned long long>(delay),
+                     static_cast<unsigned long long>(ms));
 }
 
 std::string of_definition(const EntryPlace& place) {
-  return format_text("Object: %u\nPosition: %d, %d", short_number(place, 0),
+  return format_text(translated("Object: %u\nPosition: %d, %d"), short_number(place, 0),
                      static_cast<int>(number(place, 4)), static_cast<int>(number(place, 8)));
 }
 
 std::string objects_line(const EntryPlace& place) {
   const FieldValues values = read_chunk_fields(place.window, place.index);
-  return format_text("Objects: %u to %u\n", static_cast<unsigned>(values.number("first")),
+  return format_text(translated("Objects: %u to %u\n"), static_cast<unsigned>(values.number("first")),
                      static_cast<unsigned>(values.number("last")));
 }
 
@@ -199,12 +207,14 @@ std::string of_move(const EntryPlace& place) {
                                            static_cast<int>(number(place, 9)));
 }
 
-std::string of_show(const EntryPlace& place) { return objects_line(place) + "Mode: " + shown(place, "mode"); }
+std::string of_show(const EntryPlace& place) {
+  return objects_line(place) + translated("Mode: ") + shown(place, "mode");
+}
 
 std::string of_webp_header(const EntryPlace& place) {
   const WebpHeaderFields& header = place.record().webpHeader;
-  return format_text("Canvas: %u x %u\nLoops: %s\nFrames: %u", header.canvasWidth, header.canvasHeight,
-                     shown(place, "loopCount").c_str(), header.frameCount);
+  return format_text(translated("Canvas: %u x %u\nLoops: %s\nFrames: %u"), header.canvasWidth,
+                     header.canvasHeight, shown(place, "loopCount").c_str(), header.frameCount);
 }
 
 std::string of_end(const EntryPlace&) { return std::string(string_text(StringId::EndNoContent)); }
@@ -212,7 +222,8 @@ std::string of_end(const EntryPlace&) { return std::string(string_text(StringId:
 /// The first 32 bytes, 16 a line, with their characters.
 std::string of_unknown(const EntryPlace& place) {
   const auto payload = raw_payload(place.record());
-  std::string text = format_text("%s, %zu bytes", tag_letters(place.record().tag).c_str(), payload.size());
+  std::string text =
+      format_text(translated("%s, %zu bytes"), tag_letters(place.record().tag).c_str(), payload.size());
   for (std::size_t line = 0; line < 32 && line < payload.size(); line += 16) {
     std::string letters;
     text += '\n';

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/limits.h"
+#include "base/translation.h"
 #include "image/deflate.h"
 #include "image/inflate.h"
 
@@ -30,7 +31,8 @@ std::optional<std::vector<std::uint8_t>> inflate_text_chunk(std::span<const std:
                                           : inflate_text(payload.subspan(head),
                                                          std::min(budget, kMaximumTextBytes), over_limit);
   if (!text) {
-    fault = over_limit ? TextFault{FaultKind::Limit, "the compressed text is too long"} : TextFault{};
+    fault = over_limit ? TextFault{FaultKind::Limit, translated("the compressed text is too long")}
+                       : TextFault{FaultKind::Damaged, translated("the compressed text is damaged")};
     return std::nullopt;
   }
   budget -= text->size();

@@ -16,7 +16,7 @@ std::optional<std::size_t> inflatable_keyword(std::span<const std::uint8_t> payl
 /// Why a compressed text isn't inflated.
 struct TextFault {
   FaultKind kind = FaultKind::Damaged;
-  const char* reason = "the compressed text is damaged";
+  const char* reason = nullptr;
 };
 
 /// Keyword, NUL and inflated text (up to a NUL in it) of a compressed payload. `budget`, the bytes that texts

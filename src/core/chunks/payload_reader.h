@@ -5,6 +5,7 @@
 
 #include "base/byte_order.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_reading.h"
 
 namespace vellum {
@@ -53,7 +54,8 @@ class PayloadReader {
   void line(std::string_view name, std::int64_t value) { line(name, std::to_string(value)); }
   /// A number with its meaning from a table that is indexed by it.
   void named(std::string_view name, std::uint32_t value, std::span<const char* const> names) {
-    line(name, value < names.size() ? std::string(names[value]) : "unknown (" + std::to_string(value) + ")");
+    line(name, value < names.size() ? std::string(translated(names[value]))
+                                    : translated("unknown (") + std::to_string(value) + ")");
   }
   /// A text in Latin-1, as keywords and names are.
   void text(std::string_view name, std::string_view latin1) { line(name, utf8_from_latin1(latin1)); }

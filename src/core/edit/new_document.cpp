@@ -5,6 +5,7 @@
 
 #include "base/limits.h"
 #include "base/string_table.h"
+#include "base/translation.h"
 #include "core/chunks/new_chunk.h"
 #include "core/edit/insertion.h"
 #include "core/model/chunk_layout.h"
@@ -172,12 +173,13 @@ NewDocument default_new_document(DocumentKind kind) {
 const char* new_document_fault(const NewDocument& given) {
   const NewDocument parameters = completed(given);
   const auto row = std::ranges::find(kKinds, parameters.kind, &KindRow::kind);
-  if (row == std::end(kKinds)) return "there is no such kind of document";
+  if (row == std::end(kKinds)) return translated("there is no such kind of document");
   if (std::max(parameters.width, parameters.height) > row->mostPixels)
-    return "the canvas is too wide or too high";
-  if (parameters.plays > row->mostPlays) return "there are too many plays";
+    return translated("the canvas is too wide or too high");
+  if (parameters.plays > row->mostPlays) return translated("there are too many plays");
   if (parameters.kind == DocumentKind::MING)
-    return parameters.ticks >= 1 && parameters.ticks <= kMostPlays ? nullptr : "the ticks are out of range";
+    return parameters.ticks >= 1 && parameters.ticks <= kMostPlays ? nullptr
+                                                                   : translated("the ticks are out of range");
   if (parameters.kind == DocumentKind::WEBP) return nullptr;
   return png_header_fault(
       {parameters.width, parameters.height, parameters.bitDepth, parameters.colorType, 0, 0, 0});

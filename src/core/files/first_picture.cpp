@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/edit/frame_layer.h"
 #include "core/files/open_document.h"
 #include "core/files/read_mng.h"
@@ -15,7 +16,7 @@ namespace vellum {
 namespace {
 
 constexpr const char* kTooManyPixels = "it has more pixels than are wanted";
-const GraphicReading kNoImage{{}, GraphicFault::Damaged, "it holds no image"};
+const GraphicReading kNoImage{{}, GraphicFault::Damaged, translated("it holds no image")};
 
 GraphicReading first_image(const DocumentWindow& window) {
   for (std::size_t i = 0; i < window.list.size(); ++i)

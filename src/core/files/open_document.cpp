@@ -5,6 +5,7 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/build/convert_records.h"
 #include "core/files/read_mng.h"
 #include "core/files/read_png.h"
@@ -81,7 +82,8 @@ bool report_failure(Host& host, const ContentRow* content, DocumentKind kind) {
     return false;
   }
   if (content && content->kind != kind)
-    more += (more.empty() ? "" : "\n") + with_value(string_text(StringId::ContentIs), content->name);
+    more +=
+        (more.empty() ? "" : "\n") + with_value(string_text(StringId::ContentIs), translated(content->name));
   host.show(StringId::FileCorrupted, StringId::ErrorReadingFile, more);
   return false;
 }
@@ -93,7 +95,7 @@ bool offer_document(DocumentWindow& window, const Picture& picture, const Conten
                 {StringId::MakeDocumentOfIt, StringId::CancelAnswer}};
   if (!host.choose) {
     host.show(StringId::PictureQuestion, StringId::ErrorReadingFile,
-              with_value(string_text(StringId::ContentIs), content.name));
+              with_value(string_text(StringId::ContentIs), translated(content.name)));
     return false;
   }
   if (!host.choose(choice) || choice.chosen != 0) return false;
@@ -134,7 +136,7 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
     read = std::ranges::find(kReaders, kind, &ReaderRow::kind)
                ->reader(window, *file, host, std::make_shared<const FileContent>(*file));
   } catch (const std::bad_alloc&) {
-    host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+    host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
   }
   if (!read) return report_failure(host, content, kind);
   document.HasFileName = true;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/byte_order.h"
+#include "base/translation.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_description.h"
 #include "image/png_encode.h"
@@ -20,7 +21,8 @@ bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks) {
 
 std::string write_fault(const Sink& sink) {
   const std::string reason = sink.reason();
-  return reason.empty() ? "the file that the images come from was changed by another program" : reason;
+  return reason.empty() ? translated("the file that the images come from was changed by another program")
+                        : reason;
 }
 
 bool write_image_data(const Sink& sink, const StoredImage& stream) {

@@ -6,6 +6,7 @@
 
 #include "base/byte_order.h"
 #include "base/parallel.h"
+#include "base/translation.h"
 #include "core/files/png_reading.h"
 #include "core/settings.h"
 #include "image/stored_image.h"
@@ -42,10 +43,10 @@ FrameControl parse_frame_control(std::span<const std::uint8_t> p) {
 }
 
 const char* frame_fault(const FrameControl& control, const PngHeader& header) {
-  if (control.frameWidth == 0 || control.frameHeight == 0) return "the frame has no pixels";
+  if (control.frameWidth == 0 || control.frameHeight == 0) return translated("the frame has no pixels");
   if (std::uint64_t{control.xOffset} + control.frameWidth > header.width ||
       std::uint64_t{control.yOffset} + control.frameHeight > header.height)
-    return "the frame lies outside the canvas";
+    return translated("the frame lies outside the canvas");
   return nullptr;
 }
 
@@ -56,22 +57,24 @@ bool covers_canvas(const FrameControl& control, const PngHeader& header) {
 }
 
 bool take_frame_control(PngReading& reading, const StreamChunk& chunk, StreamFrames& found) {
-  if (chunk.data.size() != 26) return reading.fail(chunk, "the length is not that of a frame control");
+  if (chunk.data.size() != 26)
+    return reading.fail(chunk, translated("the length is not that of a frame control"));
   StreamFrame frame{&chunk, parse_frame_control(chunk.data), {}};
-  if (frame.fields.sequence != found.sequence++) return reading.fail(chunk, "the sequence number is wrong");
+  if (frame.fields.sequence != found.sequence++)
+    return reading.fail(chunk, translated("the sequence number is wrong"));
   if (!found.frames.empty() && found.frames.back().data.empty())
-    return reading.fail(*found.frames.back().control, "the frame has no data");
+    return reading.fail(*found.frames.back().control, translated("the frame has no data"));
   if (const char* fault = frame_fault(frame.fields, reading.header)) return reading.fail(chunk, fault);
   found.frames.push_back(std::move(frame));
   return true;
 }
 
 bool take_frame_data(PngReading& reading, const StreamChunk& chunk, StreamFrames& found, bool image_seen) {
-  if (chunk.data.size() < 4) return reading.fail(chunk, "the sequence number is missing");
+  if (chunk.data.size() < 4) return reading.fail(chunk, translated("the sequence number is missing"));
   if (read_be32(chunk.data.data()) != found.sequence++)
-    return reading.fail(chunk, "the sequence number is wrong");
+    return reading.fail(chunk, translated("the sequence number is wrong"));
   if (found.frames.empty() || !image_seen)
-    return reading.fail(chunk, "the frame data has no frame in front of it");
+    return reading.fail(chunk, translated("the frame data has no frame in front of it"));
   found.frames.back().data.push_back(chunk.data.subspan(4));
   return true;
 }
@@ -84,7 +87,7 @@ bool take_image_data(PngReading& reading, const StreamChunk& chunk, StreamFrames
   }
   StreamFrame& frame = found.frames.front();
   if (!covers_canvas(frame.fields, reading.header))
-    return reading.fail(*frame.control, "the first frame does not cover the canvas");
+    return reading.fail(*frame.control, translated("the first frame does not cover the canvas"));
   frame.data.push_back(chunk.data);
   return true;
 }
@@ -103,10 +106,11 @@ bool gather_frames(PngReading& reading, StreamFrames& found) {
     }
     if (!good) return false;
   }
-  if (!image_seen) return reading.fail(reading.chunks.back(), "the file has no image");
-  if (found.frames.empty()) return reading.fail(reading.chunks.back(), "the animation has no frames");
+  if (!image_seen) return reading.fail(reading.chunks.back(), translated("the file has no image"));
+  if (found.frames.empty())
+    return reading.fail(reading.chunks.back(), translated("the animation has no frames"));
   if (found.frames.back().data.empty())
-    return reading.fail(*found.frames.back().control, "the frame has no data");
+    return reading.fail(*found.frames.back().control, translated("the frame has no data"));
   return true;
 }
 
@@ -132,7 +136,8 @@ bool pictures_fit_memory(const PngReading& reading, const StreamFrames& found) {
   if (const char* fault = decoding_fault(canvas, reading.chunks.back().offset))
     return reading.fail(reading.chunks.front(), fault, FaultKind::Limit);
   return picture_bytes(reading, found) <= kMaximumKeptBytes ||
-         reading.fail(reading.chunks.front(), "the frames together are too large", FaultKind::Limit);
+         reading.fail(reading.chunks.front(), translated("the frames together are too large"),
+                      FaultKind::Limit);
 }
 
 /// Frames decoded between two steps of the progress bar: enough to keep all cores busy.
@@ -171,8 +176,8 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<C
       return reading.fail(*found.frames[i].control, decoded[i].reason,
                           decoded[i].limit ? FaultKind::Limit : FaultKind::Damaged);
     if (decoded[i].isShort)
-      reading.host.add_note("Frame " + std::to_string(i + 1) +
-                            " has less image data than its size asks for.");
+      reading.host.add_note(translated("Frame ") + std::to_string(i + 1) +
+                            translated(" has less image data than its size asks for."));
     pictures.push_back(std::move(decoded[i].picture));
   }
   return true;

@@ -8,6 +8,7 @@
 #include "base/crc.h"
 #include "base/limits.h"
 #include "base/parallel.h"
+#include "base/translation.h"
 #include "core/chunks/compressed_text.h"
 #include "core/files/mng_stored.h"
 #include "core/files/png_reading.h"
@@ -73,7 +74,8 @@ struct MngReading {
   }
   bool add(ChunkRecord record, const StreamChunk& chunk) {
     items.push_back({std::move(record), &chunk, nullptr});
-    return items.size() <= kMaximumEntries || fail(chunk, "the file has too many chunks", FaultKind::Limit);
+    return items.size() <= kMaximumEntries ||
+           fail(chunk, translated("the file has too many chunks"), FaultKind::Limit);
   }
 };
 
@@ -87,8 +89,9 @@ ChunkRecord raw_record(const StreamChunk& chunk) {
 
 bool take_header(MngReading& reading) {
   const StreamChunk& chunk = reading.chunks.front();
-  if (chunk.tag != tag::MHDR) return reading.fail(chunk, "the first chunk is no header");
-  if (chunk.data.size() < kHeaderBytes) return reading.fail(chunk, "the length is not that of a header");
+  if (chunk.tag != tag::MHDR) return reading.fail(chunk, translated("the first chunk is no header"));
+  if (chunk.data.size() < kHeaderBytes)
+    return reading.fail(chunk, translated("the length is not that of a header"));
   if (chunk.storedCrc != chunk_crc(chunk.tag, chunk.data.first(kHeaderBytes)))
     warn_of_crc(reading.host, chunk);
   ChunkRecord record;
@@ -109,8 +112,8 @@ bool take_header(MngReading& reading) {
 // open image
 
 bool open_image(MngReading& reading, const StreamChunk& chunk) {
-  if (reading.open) return reading.fail(chunk, "an image begins inside another");
-  if (chunk.data.size() != 13) return reading.fail(chunk, "the length is not that of a header");
+  if (reading.open) return reading.fail(chunk, translated("an image begins inside another"));
+  if (chunk.data.size() != 13) return reading.fail(chunk, translated("the length is not that of a header"));
   auto image = std::make_unique<OpenImage>();
   image->header = &chunk;
   image->fields = parse_png_header(chunk.data.first<13>());
@@ -138,7 +141,7 @@ bool open_image(MngReading& reading, const StreamChunk& chunk) {
 bool take_palette(MngReading& reading, const StreamChunk& chunk) {
   if (!reading.open) reading.host.warn(StringId::UnexpectedPalette, settings::WarnBadPalChunk);
   if (chunk.data.size() > 768 || chunk.data.size() % 3 != 0)
-    return reading.fail(chunk, "the length is not that of a palette");
+    return reading.fail(chunk, translated("the length is not that of a palette"));
   // An empty one inside an image means the global palette (MNG 1.0, "PLTE").
   if (chunk.data.empty() && reading.open) return true;
   reading.lastPalette.fill(0);
@@ -176,7 +179,7 @@ bool take_transparency(MngReading& reading, const StreamChunk& chunk) {
 bool complete_palette(MngReading& reading, const StreamChunk& chunk) {
   OpenImage& open = *reading.open;
   if (open.fields.colorType != 3 || (open.record.flags & CRF_PLTE)) return true;
-  if (reading.lastPaletteBytes == 0) return reading.fail(chunk, "the image has no palette");
+  if (reading.lastPaletteBytes == 0) return reading.fail(chunk, translated("the image has no palette"));
   EmbeddedImage& image = open.record.image.edit();
   image.palette = open.palette = reading.lastPalette;
   image.paletteBytes = reading.lastPaletteBytes;
@@ -185,7 +188,7 @@ bool complete_palette(MngReading& reading, const StreamChunk& chunk) {
 }
 
 bool take_image_data(MngReading& reading, const StreamChunk& chunk) {
-  if (!reading.open) return reading.fail(chunk, "image data without an image");
+  if (!reading.open) return reading.fail(chunk, translated("image data without an image"));
   OpenImage& open = *reading.open;
   if (open.data.empty() && !complete_palette(reading, chunk)) return false;
   open.data.push_back(chunk.data);
@@ -229,7 +232,7 @@ std::shared_ptr<StoredMngImage> stored_image(const MngReading& reading, const Op
 
 bool close_image(MngReading& reading, const StreamChunk& chunk) {
   if (!reading.open || !(reading.open->record.flags & CRF_IDAT))
-    return reading.fail(chunk, "an image ends that has no data");
+    return reading.fail(chunk, translated("an image ends that has no data"));
   const StreamChunk& header = *reading.open->header;
   ChunkRecord record = reading.open->record;
   // Most images carry the very same blocks, which then lie in memory once.
@@ -278,7 +281,7 @@ bool take_text(MngReading& reading, const StreamChunk& chunk) {
 
 /// JNG and delta images are not understood: all their chunks stay raw, with the framing in front of them.
 bool open_opaque(MngReading& reading, const StreamChunk& chunk) {
-  if (reading.open) return reading.fail(chunk, "an image begins inside another");
+  if (reading.open) return reading.fail(chunk, translated("an image begins inside another"));
   for (const StreamChunk* waiting : std::exchange(reading.unused, {}))
     if (!reading.add(raw_record(*waiting), *waiting)) return false;
   reading.opaque = true;
@@ -286,7 +289,7 @@ bool open_opaque(MngReading& reading, const StreamChunk& chunk) {
 }
 
 bool take_end(MngReading& reading, const StreamChunk& chunk) {
-  if (reading.open || reading.opaque) return reading.fail(chunk, "the file ends inside an image");
+  if (reading.open || reading.opaque) return reading.fail(chunk, translated("the file ends inside an image"));
   ChunkRecord record;
   record.tag = tag::MEND;
   return reading.add(std::move(record), chunk);
@@ -296,7 +299,7 @@ bool take_end(MngReading& reading, const StreamChunk& chunk) {
 bool take_other(MngReading& reading, const StreamChunk& chunk) {
   if (!reading.open) return reading.add(raw_record(chunk), chunk);
   if (!is_ancillary(chunk.tag) && reading.open->data.empty())
-    return reading.fail(chunk, "a critical chunk of the image is not known");
+    return reading.fail(chunk, translated("a critical chunk of the image is not known"));
   reading.dropped.insert(chunk.tag);
   return true;
 }
@@ -315,8 +318,8 @@ constexpr HandlerRow kHandlers[] = {
 
 bool take_chunk(MngReading& reading, const StreamChunk& chunk) {
   // The tag of image records is this program's own: raw bytes under it would pass for a picture.
-  if (chunk.tag == tag::PNGI) return reading.fail(chunk, "the chunk has a reserved name");
-  if (chunk.tag == tag::MHDR) return reading.fail(chunk, "there is a second header");
+  if (chunk.tag == tag::PNGI) return reading.fail(chunk, translated("the chunk has a reserved name"));
+  if (chunk.tag == tag::MHDR) return reading.fail(chunk, translated("there is a second header"));
   if (reading.opaque && chunk.tag != tag::MEND) {
     reading.opaque = chunk.tag != tag::IEND;
     return reading.add(raw_record(chunk), chunk);
@@ -362,7 +365,8 @@ std::uint64_t picture_bytes(const std::vector<Item*>& images) {
 
 bool pictures_fit_memory(const MngReading& reading, const std::vector<Item*>& images) {
   return picture_bytes(images) <= kMaximumKeptBytes ||
-         reading.fail(reading.chunks.front(), "the images together are too large", FaultKind::Limit);
+         reading.fail(reading.chunks.front(), translated("the images together are too large"),
+                      FaultKind::Limit);
 }
 
 bool decode_images(MngReading& reading, const Progress& progress) {

@@ -5,6 +5,7 @@
 
 #include "base/byte_order.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/compressed_text.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
@@ -28,11 +29,11 @@ bool check_palette(PngReading& reading) {
   bool seen = false;
   for (const StreamChunk& chunk : reading.chunks) {
     if (chunk.tag == tag::IDAT && reading.header.colorType == 3 && !seen)
-      return reading.fail(chunk, "the image has no palette in front of it");
+      return reading.fail(chunk, translated("the image has no palette in front of it"));
     if (chunk.tag != tag::PLTE) continue;
     if (chunk.data.size() > 768 || chunk.data.size() % 3 != 0)
-      return reading.fail(chunk, "the length is not that of a palette");
-    if (std::exchange(seen, true)) return reading.fail(chunk, "there is a second palette");
+      return reading.fail(chunk, translated("the length is not that of a palette"));
+    if (std::exchange(seen, true)) return reading.fail(chunk, translated("there is a second palette"));
     if (reading.header.colorType == 3) std::ranges::copy(chunk.data, reading.palette.begin());
   }
   return true;
@@ -40,13 +41,13 @@ bool check_palette(PngReading& reading) {
 
 bool check_header(PngReading& reading) {
   const StreamChunk& first = reading.chunks.front();
-  if (first.tag != tag::IHDR) return reading.fail(first, "the first chunk is no header");
-  if (first.data.size() != 13) return reading.fail(first, "the length is not that of a header");
+  if (first.tag != tag::IHDR) return reading.fail(first, translated("the first chunk is no header"));
+  if (first.data.size() != 13) return reading.fail(first, translated("the length is not that of a header"));
   reading.header = parse_png_header(first.data.first<13>());
   if (const char* fault = png_header_fault(reading.header)) return reading.fail(first, fault);
   if (reading.header.colorType == 0) reading.palette = png_grey_palette(reading.header.bitDepth);
   for (const StreamChunk& chunk : reading.chunks.subspan(1))
-    if (chunk.tag == tag::IHDR) return reading.fail(chunk, "there is a second header");
+    if (chunk.tag == tag::IHDR) return reading.fail(chunk, translated("there is a second header"));
   return true;
 }
 
@@ -90,7 +91,7 @@ bool read_still(PngReading& reading) {
 bool check_animation_control(const PngReading& reading) {
   for (const StreamChunk& chunk : reading.chunks)
     if (chunk.tag == tag::acTL && chunk.data.size() != 8)
-      return reading.fail(chunk, "the length is not that of an animation control");
+      return reading.fail(chunk, translated("the length is not that of an animation control"));
   return true;
 }
 
@@ -112,7 +113,7 @@ bool PngReading::fail(const StreamChunk& chunk, const char* reason, FaultKind ki
 
 bool PngReading::append(const ChunkRecord& record, const StreamChunk& chunk) const {
   return chunk_list_append(window.list, window.document, record) != 0 ||
-         fail(chunk, "the file has too many chunks", FaultKind::Limit);
+         fail(chunk, translated("the file has too many chunks"), FaultKind::Limit);
 }
 
 void warn_of_crc(Host& host, const StreamChunk& chunk) {
@@ -153,12 +154,12 @@ void tell_dropped(const Host& host, const std::set<ChunkTag>& tags) {
 bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8_t, 8>& signature,
                  ChunkTag end, GatheredChunks& gathered, Host& host) {
   if (file.size() < signature.size() || !std::ranges::equal(file.first(signature.size()), signature))
-    return host.fail({FaultKind::Damaged, 0, -1, 0, "the signature of the format is missing"});
+    return host.fail({FaultKind::Damaged, 0, -1, 0, translated("the signature of the format is missing")});
   gathered = gather_chunks(file, signature.size(), end);
   return gathered.complete ||
          host.fail({FaultKind::Damaged, 0, static_cast<std::int64_t>(gathered.chunks.size()),
                     static_cast<std::int64_t>(gathered.end),
-                    "the file ends inside a chunk or without its end chunk"});
+                    translated("the file ends inside a chunk or without its end chunk")});
 }
 
 bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,

@@ -3,6 +3,7 @@
 #include "base/byte_order.h"
 #include "base/limits.h"
 #include "base/memory_budget.h"
+#include "base/translation.h"
 #include "core/chunks/new_chunk.h"
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
@@ -40,7 +41,7 @@ struct WebpReading {
   }
   bool append(const ChunkRecord& record) {
     return chunk_list_append(window.list, window.document, record) != 0 ||
-           fail("the file has too many frames", FaultKind::Limit);
+           fail(translated("the file has too many frames"), FaultKind::Limit);
   }
 };
 
@@ -117,7 +118,7 @@ ChunkHandle kept_still(const WebpReading& reading, const Picture& picture) {
 bool read_still(WebpReading& reading, const WebpInfo& info) {
   if (!may_decode(reading, std::uint64_t{info.width} * info.height * 4)) return false;
   const Picture picture = info.hasAlpha ? WEBPDecodeBGRA(reading.file) : WEBPDecodeBGR(reading.file);
-  if (!picture) return reading.fail("the image data is damaged");
+  if (!picture) return reading.fail(translated("the image data is damaged"));
   WebpHeaderFields header;
   header.canvasWidth = info.width;
   header.canvasHeight = info.height;
@@ -135,14 +136,14 @@ std::uint64_t most_canvas_bytes(std::uint64_t file) {
 }
 
 bool start_animation(WebpReading& reading, const WebpAnimation& animation) {
-  if (animation.frameCount < 1) return reading.fail("there are no frames");
+  if (animation.frameCount < 1) return reading.fail(translated("there are no frames"));
   const std::uint64_t canvas = std::uint64_t{animation.canvasWidth} * animation.canvasHeight * 4;
   if (!may_decode(reading, canvas / 4 * kPlayedPixelBytes)) return false;
   if (std::max(animation.canvasWidth, animation.canvasHeight) > kMaximumDimension ||
       canvas > kMaximumPictureBytes || canvas * animation.frameCount > most_canvas_bytes(reading.file.size()))
-    return reading.fail("the frames are too large together", FaultKind::Limit);
+    return reading.fail(translated("the frames are too large together"), FaultKind::Limit);
   if (animation.frameCount >= kMaximumEntries)
-    return reading.fail("the file has too many frames", FaultKind::Limit);
+    return reading.fail(translated("the file has too many frames"), FaultKind::Limit);
   reading.frameCount = animation.frameCount;
   reading.packed = stay_packed(animation.frameCount, canvas * animation.frameCount);
   reading.frames.reserve(animation.frameCount);
@@ -165,7 +166,7 @@ bool read_animation(WebpReading& reading) {
   const bool decoded = WEBPGetAnimation(
       reading.file, [&](const WebpAnimation& animation) { return start_animation(reading, animation); },
       [&](const WebpFrame& frame) { return take_frame(reading, frame); }, reading.owner);
-  if (!decoded) return reading.told ? false : reading.fail("the animation is damaged");
+  if (!decoded) return reading.told ? false : reading.fail(translated("the animation is damaged"));
   std::int64_t before = 0;
   for (std::size_t i = 0; i < reading.frames.size(); ++i) {
     const ReadFrame& frame = reading.frames[i];
@@ -189,7 +190,8 @@ bool read_webp(DocumentWindow& window, std::span<const std::uint8_t> file, Host&
                std::shared_ptr<const FileContent> owner) {
   const auto info = WEBPGetInfoEx(file);
   if (!info)
-    return host.fail({FaultKind::Damaged, 0, -1, 0, "the header of a WebP file is missing or damaged"});
+    return host.fail(
+        {FaultKind::Damaged, 0, -1, 0, translated("the header of a WebP file is missing or damaged")});
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
   WebpReading reading{window, host, progress, file, std::move(owner), {}};

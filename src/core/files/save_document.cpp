@@ -4,6 +4,7 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/files/write_mng.h"
 #include "core/files/write_png.h"
 #include "core/files/write_webp.h"
@@ -93,10 +94,11 @@ WriteResult write_document(DocumentWindow& window, DocumentKind written, const S
   }
   const auto row = std::ranges::find(kWriters, written, &WriterRow::kind);
   if (row != std::end(kWriters)) return row->write(window, sink, options, host);
-  host.fail({FaultKind::Misuse, 0, -1, -1, "documents of this kind can't be written under this name"});
+  host.fail(
+      {FaultKind::Misuse, 0, -1, -1, translated("documents of this kind can't be written under this name")});
   return WriteResult::Failed;
 } catch (const std::bad_alloc&) {
-  host.fail({FaultKind::Limit, 0, -1, -1, "memory is exhausted"});
+  host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
   return WriteResult::Failed;
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/limits.h"
+#include "base/translation.h"
 #include "core/model/frame_values.h"
 #include "core/model/tags.h"
 #include "image/chunk_stream.h"
@@ -99,7 +100,7 @@ StillFile read_still_file(const std::filesystem::path& path, Part part) try {
   if (!is_opaque(table.transparency, picture.bits())) still.transparency = std::move(table.transparency);
   return still;
 } catch (const std::bad_alloc&) {
-  return {{{}, GraphicFault::TooLarge, "memory is exhausted"}, {}, 0};
+  return {{{}, GraphicFault::TooLarge, translated("memory is exhausted")}, {}, 0};
 }
 
 }  // namespace vellum

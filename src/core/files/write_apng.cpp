@@ -5,6 +5,7 @@
 #include "base/byte_order.h"
 #include "base/memory_budget.h"
 #include "base/parallel.h"
+#include "base/translation.h"
 #include "core/files/png_reading.h"
 #include "core/files/png_writing.h"
 #include "core/files/write_png.h"
@@ -58,15 +59,15 @@ bool collect_frames(Saving& saving) {
   const ChunkList& list = saving.window.list;
   ChunkRecord header;
   saving.headerEntry = chunk_find_header(list, saving.window.document, 0, header);
-  if (saving.headerEntry == kNoEntry) return saving.fail("the document has no header");
+  if (saving.headerEntry == kNoEntry) return saving.fail(translated("the document has no header"));
   saving.from = saving.written = png_header_of(header);
   for (std::size_t i = 0; i < list.size(); ++i) {
     if (!is_image_entry(DocumentKind::APNG, list.record(i).tag)) continue;
-    if (!picture_of(list.record(i))) return saving.fail("a frame has lost its picture");
+    if (!picture_of(list.record(i))) return saving.fail(translated("a frame has lost its picture"));
     saving.entries.push_back(i);
     saving.images.push_back({list.record(i).data, &list.record(i)});
   }
-  return !saving.images.empty() || saving.fail("there is no image in this file");
+  return !saving.images.empty() || saving.fail(translated("there is no image in this file"));
 }
 
 /// The header holds all frames; it never cuts one.
@@ -100,7 +101,7 @@ bool choose_default_image(Saving& saving) {
                                       static_cast<std::int32_t>(first.control()->yOffset),
                                       frame_surroundings(saving.window.list, picture))
                       .handle();
-    if (!image.block) return saving.fail("memory is exhausted", FaultKind::Limit);
+    if (!image.block) return saving.fail(translated("memory is exhausted"), FaultKind::Limit);
   }
   saving.images.insert(saving.images.begin(), std::move(image));
   return true;
@@ -193,7 +194,7 @@ bool true_color_form(Saving& saving) {
   if (saving.from.colorType == 2 || saving.from.colorType == 6) saving.palette.assign(raw.begin(), raw.end());
   for (FrameOut& image : saving.images) {
     image.block = in_true_color(saving, image.picture(), alpha).handle();
-    if (!image.block) return saving.fail("memory is exhausted", FaultKind::Limit);
+    if (!image.block) return saving.fail(translated("memory is exhausted"), FaultKind::Limit);
   }
   return true;
 }
@@ -456,7 +457,7 @@ bool write_file(Saving& saving, const Sink& sink, const ChunkGroups& groups, con
   bool written = begin_png(sink, saving.written) && write_chunks(sink, groups.front);
   if (written) {
     const auto images = write_images(sink, saving, groups, progress);
-    if (!images) return saving.fail("an image can't be compressed", FaultKind::Limit);
+    if (!images) return saving.fail(translated("an image can't be compressed"), FaultKind::Limit);
     written = *images && write_chunks(sink, groups.back) && write_chunk(sink, tag::IEND, {}) && sink.finish();
   }
   return written || saving.fail(write_fault(sink).c_str(), FaultKind::Limit);

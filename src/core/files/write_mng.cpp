@@ -5,6 +5,7 @@
 
 #include "base/byte_order.h"
 #include "base/parallel.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_payload.h"
 #include "core/chunks/chunk_policy.h"
 #include "core/chunks/identity_comment.h"
@@ -112,14 +113,14 @@ const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, 
       const ChunkRecord& record = list.record(image.entry);
       const Picture picture = picture_of(record);
       if (!picture) {
-        reason = "an image has lost its picture";
+        reason = translated("an image has lost its picture");
         return;
       }
       const std::uint32_t entries = record.flags & CRF_PLTE ? record.image->paletteBytes / 3 : 0;
       image.form = png_form(picture, png_header_of(record), entries);
       if (image.form.picture)
         image.stream = image_stream(image.form.header, image.form.picture, options, deep_key(record));
-      if (!image.stream) reason = "an image can't be compressed";
+      if (!image.stream) reason = translated("an image can't be compressed");
     });
     progress.step(images[first + count - 1].entry, list.size());
   }
@@ -263,7 +264,7 @@ std::vector<ChunkOut> other_entries(const ChunkList& list, const SaveOptions& op
 WriteResult write_mng(DocumentWindow& window, const Sink& sink, const SaveOptions& options, Host& host) {
   ChunkRecord header;
   if (chunk_find_first(window.list, tag::MHDR, &header) == kNoEntry) {
-    host.fail({FaultKind::Misuse, 0, -1, -1, "the document has no header"});
+    host.fail({FaultKind::Misuse, 0, -1, -1, translated("the document has no header")});
     return WriteResult::Failed;
   }
   const Progress progress(host, string_text(StringId::Writing));
@@ -280,7 +281,7 @@ WriteResult write_mng(DocumentWindow& window, const Sink& sink, const SaveOption
     if (options.keepStreams) keep_stream(window.list, image.entry, image.stream);
     take_over_header(window, image.entry, image.form.header);
   }
-  if (!loops_match(window.list)) notes.emplace_back("LOOP and ENDL chunks do not match");
+  if (!loops_match(window.list)) notes.emplace_back(translated("LOOP and ENDL chunks do not match"));
   tell_notes(host, notes);
   return WriteResult::Done;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/translation.h"
 #include "core/files/png_reading.h"
 #include "core/files/png_writing.h"
 #include "image/png_form.h"
@@ -87,7 +88,7 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   };
   ChunkRecord header_record;
   const std::size_t header_entry = chunk_find_header(window.list, window.document, 0, header_record);
-  if (header_entry == kNoEntry) return fail("the document has no header");
+  if (header_entry == kNoEntry) return fail(translated("the document has no header"));
   ChunkRecord image_record;
   const std::size_t image_entry = chunk_find_image(window.list, window.document, image_record, 0);
   const Picture picture = picture_of(image_record);
@@ -99,10 +100,10 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   const Progress progress(host, string_text(StringId::Writing));
   Palette palette;
   const PngForm form = png_form(picture, wanted, chunk_find_palette(window.list, palette));
-  if (!form.picture) return fail("memory is exhausted");
+  if (!form.picture) return fail(translated("memory is exhausted"));
   const KeptStream stream =
       image_stream(form.header, form.picture, options, deep_transparency_key(window.list, wanted));
-  if (!stream) return fail("the image can't be compressed");
+  if (!stream) return fail(translated("the image can't be compressed"));
   progress.step(image_entry, window.list.size());
 
   std::vector<std::string> notes;

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "base/translation.h"
 #include "core/build/convert_records.h"
 #include "core/chunks/chunk_policy.h"
 #include "core/files/png_writing.h"
@@ -38,11 +39,12 @@ KeptWebp stored_still(const WebpSaving& saving, const ChunkRecord& record, const
 bool write_still(const WebpSaving& saving, const Sink& sink) {
   const ChunkList& list = saving.window.list;
   const std::size_t at = chunk_find_first(list, tag::WEBI);
-  if (at == 0) return saving.fail("there is no header in front of the image");
+  if (at == 0) return saving.fail(translated("there is no header in front of the image"));
   const Picture picture = picture_of(list.record(at));
-  if (!has_rows(picture)) return saving.fail("the image has lost its picture");
+  if (!has_rows(picture)) return saving.fail(translated("the image has lost its picture"));
   if (std::max(picture.width(), picture.height()) > kMostWebpPixels)
-    return saving.fail("the image is wider or higher than " + std::to_string(kMostWebpPixels) + " pixels");
+    return saving.fail(translated("the image is wider or higher than ") + std::to_string(kMostWebpPixels) +
+                       translated(" pixels"));
   const KeptWebp stored = stored_still(saving, list.record(at), picture);
   const auto made = stored ? std::vector<std::uint8_t>()
                            : encode_webp_still(picture, saving.options.webpLossless,
@@ -51,7 +53,7 @@ bool write_still(const WebpSaving& saving, const Sink& sink) {
   const bool written = write_webp_file(
       {picture.width(), picture.height(), false, 0, 0, {{.still = image}}, saving.extras}, sink);
   if (!image.empty() && (!written || (stored && !stored->intact()))) return saving.fail_to_write(sink);
-  return written || saving.fail("the image can't be compressed", FaultKind::Limit);
+  return written || saving.fail(translated("the image can't be compressed"), FaultKind::Limit);
 }
 
 /// A 32-bit picture of the canvas' size: the frame at its offset, which is kept inside, the rest transparent.
@@ -119,11 +121,13 @@ class FrameSource {
 bool write_animation(const WebpSaving& saving, std::size_t images, const Sink& sink) {
   ChunkRecord record;
   if (chunk_find_first(saving.window.list, tag::WEBH, &record) == kNoEntry)
-    return saving.fail("the document has no header");
+    return saving.fail(translated("the document has no header"));
   const WebpHeaderFields& header = record.webpHeader;
-  if (header.canvasWidth == 0 || header.canvasHeight == 0) return saving.fail("the canvas has no pixels");
+  if (header.canvasWidth == 0 || header.canvasHeight == 0)
+    return saving.fail(translated("the canvas has no pixels"));
   if (std::max(header.canvasWidth, header.canvasHeight) > kMostWebpPixels)
-    return saving.fail("the canvas is wider or higher than " + std::to_string(kMostWebpPixels) + " pixels");
+    return saving.fail(translated("the canvas is wider or higher than ") + std::to_string(kMostWebpPixels) +
+                       translated(" pixels"));
   const WebpParameters parameters{.canvasWidth = header.canvasWidth,
                                   .canvasHeight = header.canvasHeight,
                                   .loopCount = header.loopCount,
@@ -143,7 +147,8 @@ bool write_animation(const WebpSaving& saving, std::size_t images, const Sink& s
   };
   const auto give = [&](WebpFrameRequest& request) { return source(request); };
   if (WEBPWriteAnimation(parameters, give, watched)) return true;
-  return begun ? saving.fail_to_write(sink) : saving.fail("a frame can't be compressed", FaultKind::Limit);
+  return begun ? saving.fail_to_write(sink)
+               : saving.fail(translated("a frame can't be compressed"), FaultKind::Limit);
 }
 
 /// The entries that are no image, and how many images stand in front of each.
@@ -167,7 +172,7 @@ void gather_extras(WebpSaving& saving) {
 WriteResult write_file(WebpSaving saving, const Sink& sink) {
   gather_extras(saving);
   const std::size_t images = chunk_count_images(saving.window.list, DocumentKind::WEBP);
-  const bool written = images == 0   ? saving.fail("there is no image in this document")
+  const bool written = images == 0   ? saving.fail(translated("there is no image in this document"))
                        : images == 1 ? write_still(saving, sink)
                                      : write_animation(saving, images, sink);
   if (!written) return WriteResult::Failed;

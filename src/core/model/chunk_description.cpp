@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/model/clock.h"
 
 namespace vellum {
@@ -18,12 +19,13 @@ std::string header_colors(const ChunkRecord& record) {
 }
 
 std::string size_and_colors(const ChunkRecord& record) {
-  return format_text(" (%u x %u, %s colors)", record.width, record.height, header_colors(record).c_str());
+  return format_text(translated(" (%u x %u, %s colors)"), record.width, record.height,
+                     header_colors(record).c_str());
 }
 
 std::string webp_header(const ChunkRecord& record) {
-  return format_text(" (%u x %u, %s colors)", record.webpHeader.canvasWidth, record.webpHeader.canvasHeight,
-                     grouped(16'777'216).c_str());
+  return format_text(translated(" (%u x %u, %s colors)"), record.webpHeader.canvasWidth,
+                     record.webpHeader.canvasHeight, grouped(16'777'216).c_str());
 }
 
 std::string mng_header(const ChunkRecord& record) {
@@ -31,7 +33,7 @@ std::string mng_header(const ChunkRecord& record) {
 }
 
 std::string palette_entries(const ChunkRecord& record) {
-  return format_text(" (%u entries)", record.size / 3u);
+  return format_text(translated(" (%u entries)"), record.size / 3u);
 }
 
 std::string time_text(const ChunkRecord& record) {
@@ -55,7 +57,8 @@ std::string gamma_value(const ChunkRecord& record) {
 }
 
 std::string loops(const ChunkRecord& record) {
-  return format_text(" (%s loops)", record.numPlays == 0 ? "infinite" : grouped(record.numPlays).c_str());
+  return format_text(translated(" (%s loops)"),
+                     record.numPlays == 0 ? translated("infinite") : grouped(record.numPlays).c_str());
 }
 
 std::string frame_size(const ChunkRecord& record) {
@@ -119,10 +122,11 @@ std::string chunk_description(const ChunkRecord& record) {
 }
 
 RowText row_text(std::size_t index, const std::string& description) {
-  const std::string line = format_text("%5u: ", static_cast<unsigned>(index + 1)) + description;
+  const std::string number = format_text("%5u: ", static_cast<unsigned>(index + 1));
+  const std::string_view line = description;
   const std::size_t parting = line.find('?');
-  if (parting == std::string::npos) return {line, {}};
-  return {line.substr(0, parting), line.substr(parting + 1)};
+  if (parting == std::string_view::npos) return {number + description, {}};
+  return {number + std::string(translated(line.substr(0, parting))), std::string(line.substr(parting + 1))};
 }
 
 }  // namespace vellum

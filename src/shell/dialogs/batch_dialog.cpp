@@ -53,7 +53,7 @@ BatchRun run_of(const BatchProcess& process, const FieldValues& values, const QS
 
 /// An export says what its files end in.
 QString name_of(const BatchProcess& process) {
-  const QString title = to_qt(process.parameters().title);
+  const QString title = shown(process.parameters().title);
   if (process.operation || process.exporter->formatField) return title;
   return QStringLiteral("%1 (%2)").arg(title, to_qt(result_extension(process, {})));
 }

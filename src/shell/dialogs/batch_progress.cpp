@@ -114,7 +114,7 @@ void BatchProgress::take_row(const BatchRow& row) {
   bytesIn_ += row.result == BatchResult::Ok ? row.bytesIn : 0;
   bytesOut_ += row.result == BatchResult::Ok ? row.bytesOut : 0;
   auto* item =
-      new QTreeWidgetItem(list_, {path_text(row.source), to_qt(batch_word(row.result)), bytes_text(row)});
+      new QTreeWidgetItem(list_, {path_text(row.source), shown(batch_word(row.result)), bytes_text(row)});
   item->setToolTip(0, path_text(row.source));
   item->setToolTip(1, to_qt(row.reason));
   item->setTextAlignment(2, Qt::AlignRight | Qt::AlignVCenter);

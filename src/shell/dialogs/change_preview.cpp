@@ -58,7 +58,7 @@ ChangePreview::ChangePreview(const DocumentWindow& window, Change change, Growth
   beforeLabel_ = add_pane(*panes_, tr("Before"));
   afterLabel_ = add_pane(*panes_, tr("After"));
   slider_ = new QSlider(Qt::Horizontal, this);
-  slider_->setAccessibleName(tr("Frame"));
+  slider_->setAccessibleName(tr("Frame", "of an animation"));
   const auto entries = frame_entries(window);
   slider_->setRange(0, std::max(static_cast<int>(entries.size()) - 1, 0));
   const auto current = std::ranges::find(entries, caret_entry(window));

@@ -42,7 +42,7 @@ void decorate_crop(OperationDialog& dialog) {
   const DocumentWindow& window = dialog.window();
   auto* view = new CropView(&dialog);
   auto* slider = new QSlider(Qt::Horizontal, &dialog);
-  slider->setAccessibleName(QObject::tr("Frame"));
+  slider->setAccessibleName(QObject::tr("Frame", "of an animation"));
   const auto compositor = std::make_shared<Compositor>(window.list, window.document);
   slider->setRange(0, std::max(static_cast<int>(compositor->frames()) - 1, 0));
   const auto show = [view, compositor](int frame) {

@@ -174,7 +174,8 @@ bool GalleryDialog::build(const FieldValues& given) {
   layout->addWidget(list, 1);
   layout->addWidget(add_buttons(window, QDialogButtonBox::Close, QStringLiteral("WEBGALLERY")));
   const auto report = build_gallery(files, given, host(), [&](const BatchRow& row) {
-    list->addItem(to_qt(batch_line(row) + (row.reason.empty() ? "" : "  " + row.reason)));
+    list->addItem(path_text(row.source) + u'\t' + shown(batch_word(row.result)) +
+                  (row.reason.empty() ? QString() : QStringLiteral("  ") + to_qt(row.reason)));
   });
   if (!report) return false;
   const std::size_t errors = batch_errors(report->rows);

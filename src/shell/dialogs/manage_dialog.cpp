@@ -119,7 +119,7 @@ QWidget* ManageDialog::make_header() {
   layout->setContentsMargins(0, 0, 0, 0);
   const auto add = [&](std::optional<FormControl>& control, const Field& field) {
     control = make_control(field, line, [] {});
-    auto* label = new QLabel(QString::fromLatin1(field.label) + u':');
+    auto* label = new QLabel(shown(field.label) + u':');
     label->setBuddy(control->input);
     layout->addWidget(label);
     layout->addWidget(control->row);
@@ -172,10 +172,11 @@ QWidget* ManageDialog::make_actions() {
   for (const ManageAction& row : manage_actions()) {
     const auto field = manage_field(row, draft_.document.kind);
     if (!field) continue;
-    actions_->addItem(QString::fromLatin1(field->label));
+    actions_->addItem(shown(field->label));
+    actions_->setItemData(actions_->count() - 1, QString::fromLatin1(field->label), kSourceRole);
     controls_.push_back(make_control(*field, values_, [] {}));
     controls_.back().set(parse_field_value(*field, row.shipped));
-    controls_.back().input->setAccessibleName(QString::fromLatin1(field->label));
+    controls_.back().input->setAccessibleName(shown(field->label));
     values_->addWidget(controls_.back().row);
     rows_.push_back(&row);
   }
@@ -225,7 +226,7 @@ QWidget* ManageDialog::make_side() {
   play->setAutoDefault(false);
   connect(play, &QPushButton::toggled, preview_, &FramePreview::set_running);
   layout->addWidget(play, 0, Qt::AlignHCenter);
-  auto* checks = new QGroupBox(tr("Check"));
+  auto* checks = new QGroupBox(tr("Check", "rows of a list"));
   auto* grid = new QGridLayout(checks);
   const auto count = [this] { return model_->entries().size(); };
   add_button(*grid, "all", tr("All"), [this, count] { model_->check(all_frames(count())); });

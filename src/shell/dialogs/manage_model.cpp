@@ -63,9 +63,9 @@ QStringList ManageModel::choices(int column) const {
   QStringList names;
   if (column == Dispose)
     for (std::uint32_t i = 0; i < std::size(kDisposals); ++i)
-      if (has_disposal(draft_.document.kind, i)) names << QString::fromLatin1(kDisposals[i]);
+      if (has_disposal(draft_.document.kind, i)) names << shown(kDisposals[i]);
   if (column == Blend)
-    for (const char* name : kBlends) names << QString::fromLatin1(name);
+    for (const char* name : kBlends) names << shown(name);
   return names;
 }
 
@@ -99,9 +99,9 @@ QString ManageModel::cell(int row, int column) const {
     case Y:
       return QString::number(GetFrameOffset(image, kind).y);
     case Dispose:
-      return QString::fromLatin1(kDisposals[std::min(GetFrameDispose(image, kind), 2u)]);
+      return shown(kDisposals[std::min(GetFrameDispose(image, kind), 2u)]);
     default:
-      return QString::fromLatin1(kBlends[image.frameControl.blend == 1]);
+      return shown(kBlends[image.frameControl.blend == 1]);
   }
 }
 
@@ -174,8 +174,13 @@ bool ManageModel::setData(const QModelIndex& index, const QVariant& value, int r
 QVariant ManageModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
   if (section == Delay && draft_.document.kind == DocumentKind::MING) return tr("Delay (ticks)");
-  const QString names[] = {tr("Frame"), tr("Size"),    tr("Delay (ms)"), tr("X"),
-                           tr("Y"),     tr("Dispose"), tr("Blend")};
+  const QString names[] = {tr("Frame", "of an animation"),
+                           tr("Size"),
+                           tr("Delay (ms)"),
+                           tr("X"),
+                           tr("Y"),
+                           tr("Dispose"),
+                           tr("Blend")};
   return names[section];
 }
 

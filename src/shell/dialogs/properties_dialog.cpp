@@ -114,7 +114,7 @@ QVariant FramesModel::data(const QModelIndex& index, int role) const {
 
 QVariant FramesModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
-  return QString::fromLatin1(kFrameHeadings[static_cast<std::size_t>(section)]);
+  return shown(kFrameHeadings[static_cast<std::size_t>(section)]);
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -191,14 +191,14 @@ void PropertiesDialog::fill_values() {
   }
   int row = 0;
   for (const PropertyLine& line : property_lines(properties_, typed_limits())) {
-    values_->addWidget(plain_label(to_qt(line.name) + u':'), row, 0, Qt::AlignTop);
+    values_->addWidget(plain_label(shown(line.name) + u':'), row, 0, Qt::AlignTop);
     auto* value = plain_label(to_qt(line.value));
     value->setWordWrap(true);
     value->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    value->setAccessibleName(to_qt(line.name));
+    value->setAccessibleName(shown(line.name));
     values_->addWidget(value, row, 2);
     if (line.light) {
-      const QString name = QString::fromLatin1(kLightNames[static_cast<std::size_t>(*line.light)]);
+      const QString name = shown(kLightNames[static_cast<std::size_t>(*line.light)]);
       auto* light = new QLabel;
       light->setPixmap(lamp(*line.light, devicePixelRatioF()));
       light->setAccessibleName(name);

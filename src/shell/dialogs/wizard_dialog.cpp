@@ -40,8 +40,8 @@ int held(const Field& field) {
 }
 
 QCheckBox* flag_box(const Field& field, QWidget* parent) {
-  auto* box = new QCheckBox(to_qt(field.label), parent);
-  box->setToolTip(to_qt(field.tip));
+  auto* box = new QCheckBox(shown(field.label), parent);
+  box->setToolTip(shown(field.tip));
   box->setChecked(*field.setting != 0);
   QObject::connect(box, &QCheckBox::toggled, [&field](bool on) { *field.setting = on; });
   return box;
@@ -76,7 +76,7 @@ WizardDialog::WizardDialog(Services& services, QWidget* parent)
       thumbnails_(row_pixels()),
       pictures_(kPreviewSide),
       motion_(new MotionPreview(this)) {
-  setWindowTitle(to_qt(kWizard.title));
+  setWindowTitle(shown(kWizard.title));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   if (services.shift_held && services.shift_held()) reset_settings();
   QVBoxLayout* layout = dialog_layout(*this);
@@ -154,14 +154,14 @@ void WizardDialog::make_controls(QVBoxLayout* layout) {
   row->setSpacing(style::kGap);
   palette_ = new QComboBox(this);
   const auto choices = field("palette").choices.first(wizard_palettes(kind_));
-  for (const FieldChoice& choice : choices) palette_->addItem(to_qt(choice.name));
+  for (const FieldChoice& choice : choices) palette_->addItem(shown(choice.name));
   palette_->setCurrentIndex(std::clamp(settings::NewAnimationWizardPaletteOption, 0, palette_->count() - 1));
   if (kind_ != DocumentKind::MING)
     palette_->setToolTip(tr("Pictures are used as they are while transparency is preserved"));
   delay_ = new QSpinBox(this);
   delay_->setRange(static_cast<int>(field("delay").least), static_cast<int>(field("delay").most));
   delay_->setValue(held(field("delay")));
-  delay_->setToolTip(to_qt(field("delay").tip));
+  delay_->setToolTip(shown(field("delay").tip));
   loop_ = flag_box(field("loop"), this);
   preserve_ = flag_box(field("preserveTransparency"), this);
   const auto labelled = [&](const QString& text, QWidget* control) {

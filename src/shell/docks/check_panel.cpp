@@ -37,8 +37,8 @@ std::vector<const ChunkRecord*> records_of(DocumentFrame& frame) {
 /// What the format asks for, and what can be done.
 QString tip_of(const Rule& rule) {
   QStringList lines;
-  if (*rule.asked) lines << QObject::tr("Asked: %1").arg(QString::fromUtf8(rule.asked));
-  if (*rule.remedy) lines << QObject::tr("To do: %1").arg(QString::fromUtf8(rule.remedy));
+  if (*rule.asked) lines << QObject::tr("Asked: %1").arg(shown(rule.asked));
+  if (*rule.remedy) lines << QObject::tr("To do: %1").arg(shown(rule.remedy));
   return lines.join(u'\n');
 }
 
@@ -140,7 +140,7 @@ void CheckPanel::show_findings() {
     const Rule& row = rule(finding.rule);
     const std::size_t entry = found_->entries[i];
     auto* item = new QTreeWidgetItem(lines_);
-    item->setText(kSeverity, to_qt(severity_name(row.severity)));
+    item->setText(kSeverity, shown(severity_name(row.severity)));
     item->setIcon(kSeverity, icon_of(row.severity, *style()));
     if (entry != kNoEntry) item->setText(kRow, QString::number(entry + 1));
     item->setText(kWhat,

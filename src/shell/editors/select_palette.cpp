@@ -73,7 +73,7 @@ QString palette_filters(bool saving) {
   QStringList filters;
   for (const PaletteForm& form : palette_forms()) {
     const QString extension = to_qt(form.extension);
-    filters << QStringLiteral("%1 (*.%2 *.%3)").arg(to_qt(form.name), extension, extension.toUpper());
+    filters << QStringLiteral("%1 (*.%2 *.%3)").arg(shown(form.name), extension, extension.toUpper());
   }
   if (!saving) filters.prepend(QObject::tr("Palettes (*.cmp *.CMP *.gpl *.GPL *.pal *.PAL *.act *.ACT)"));
   if (!saving) filters << QObject::tr("All files (*)");

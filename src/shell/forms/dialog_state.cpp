@@ -54,13 +54,18 @@ void set_index(const Item& item, std::string_view text) {
 
 std::optional<std::string> get_chosen_text(const Item& item) {
   auto* list = qobject_cast<QComboBox*>(item.widget);
-  return list ? std::optional(escaped_line(list->currentText().toStdString())) : std::nullopt;
+  if (!list) return std::nullopt;
+  const QVariant source = list->currentData(kSourceRole);
+  return escaped_line((source.isValid() ? source.toString() : list->currentText()).toStdString());
 }
 /// A text that is no longer in the list leaves what is chosen.
 void set_chosen_text(const Item& item, std::string_view text) {
   auto* list = qobject_cast<QComboBox*>(item.widget);
-  const int index =
-      list ? list->findText(to_qt(unescaped_line(text)), Qt::MatchExactly | Qt::MatchCaseSensitive) : -1;
+  if (!list) return;
+  const QString wanted = to_qt(unescaped_line(text));
+  const Qt::MatchFlags exactly = Qt::MatchExactly | Qt::MatchCaseSensitive;
+  const int source = list->findData(wanted, kSourceRole, exactly);
+  const int index = source >= 0 ? source : list->findText(wanted, exactly);
   if (index >= 0) list->setCurrentIndex(index);
 }
 

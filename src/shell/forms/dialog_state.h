@@ -7,6 +7,9 @@
 
 namespace vellum {
 
+/// Of a list's item: the text that the file has for it, where what is shown is in the person's language.
+inline constexpr int kSourceRole = Qt::UserRole + 100;
+
 /// A row of a dialog's table. Numbers, not names, tell controls apart in the file.
 struct DialogStateRow {
   int id = 0;

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "shell/forms/number_edit.h"
+#include "shell/look/language.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 
@@ -64,7 +65,7 @@ Form::Form(std::vector<Field> fields, const FieldValues& values, QWidget* parent
 }
 
 QFormLayout* Form::page_of(const Field& field) {
-  const QString title = field.page ? to_qt(field.page) : tr("Fields");
+  const QString title = field.page ? shown(field.page) : tr("Fields");
   for (const auto& [name, page] : pages_)
     if (name == title) return static_cast<QFormLayout*>(page->layout());
   auto* page = new QWidget(this);
@@ -101,12 +102,12 @@ void Form::add_field(const Field& field) {
   };
   Placed placed{make_control(field, page->parentWidget(), edit), nullptr, page};
   FormControl& control = placed.control;
-  const QString label = marked(to_qt(field.label), usedLetters_[page]);
+  const QString label = marked(shown_in(field.name, field.label), usedLetters_[page]);
   if (control.ownLabel) {
     control.row->setProperty("text", label);
     page->addRow(nullptr, control.row);
   } else {
-    placed.label = new QLabel(field.locked ? to_qt(field.label) + u':' : label + u':');
+    placed.label = new QLabel(field.locked ? shown_in(field.name, field.label) + u':' : label + u':');
     placed.label->setBuddy(field.locked ? nullptr : control.input);
     page->addRow(placed.label, control.row);
   }
@@ -160,7 +161,7 @@ void Form::set_choices(std::string_view name, std::span<const FieldChoice> choic
   const QVariant chosen = list->currentData();
   setting_ = true;
   list->clear();
-  for (const FieldChoice& choice : choices) list->addItem(to_qt(choice.name), qlonglong{choice.value});
+  for (const FieldChoice& choice : choices) list->addItem(shown(choice.name), qlonglong{choice.value});
   list->setCurrentIndex(std::max(list->findData(chosen), 0));
   setting_ = false;
 }

@@ -16,6 +16,7 @@
 #include "shell/forms/color_button.h"
 #include "shell/forms/default_folders.h"
 #include "shell/forms/number_edit.h"
+#include "shell/look/language.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 
@@ -66,12 +67,12 @@ FormControl make_shown(const Field& field, QWidget* parent, const Edited&) {
             *held = value;
             const bool flag = field.type == FieldType::Flag;
             label->setText(flag ? (number_of(value) ? QObject::tr("Yes") : QObject::tr("No"))
-                                : to_qt(field_value_text(field, value)));
+                                : shown(field_value_text(field, value)));
           }};
 }
 
 FormControl make_flag(const Field& field, QWidget* parent, const Edited& edited) {
-  auto* box = new QCheckBox(to_qt(field.label), parent);
+  auto* box = new QCheckBox(shown(field.label), parent);
   QObject::connect(box, &QCheckBox::toggled, parent, edited);
   return {field,
           box,
@@ -84,7 +85,8 @@ FormControl make_flag(const Field& field, QWidget* parent, const Edited& edited)
 
 FormControl make_list(const Field& field, QWidget* parent, const Edited& edited) {
   auto* list = new QComboBox(parent);
-  for (const FieldChoice& choice : field.choices) list->addItem(to_qt(choice.name), qlonglong{choice.value});
+  for (const FieldChoice& choice : field.choices)
+    list->addItem(shown_in(field.name, choice.name), qlonglong{choice.value});
   QObject::connect(list, &QComboBox::currentIndexChanged, parent, edited);
   return {field,
           list,
@@ -103,7 +105,7 @@ FormControl make_radio(const Field& field, QWidget* parent, const Edited& edited
   auto* layout = new QVBoxLayout(box);
   layout->setContentsMargins(0, 0, 0, 0);
   for (const FieldChoice& choice : field.choices) {
-    auto* button = new QRadioButton(to_qt(choice.name), box);
+    auto* button = new QRadioButton(shown(choice.name), box);
     group->addButton(button, static_cast<int>(choice.value));
     layout->addWidget(button);
   }
@@ -123,8 +125,8 @@ FormControl make_radio(const Field& field, QWidget* parent, const Edited& edited
 
 /// A number, and a box beside it for the value that has a word.
 FormControl make_special(const Field& field, QWidget* parent, NumberEdit* number, const Edited& edited) {
-  auto* box = new QCheckBox(to_qt(field.special), parent);
-  box->setAccessibleName(QStringLiteral("%1: %2").arg(to_qt(field.label), to_qt(field.special)));
+  auto* box = new QCheckBox(shown(field.special), parent);
+  box->setAccessibleName(QStringLiteral("%1: %2").arg(shown(field.label), shown(field.special)));
   QWidget* row = side_by_side(parent, {number, box}, true);
   QObject::connect(box, &QCheckBox::toggled, number, [number, field](bool on) {
     number->setEnabled(!on);
@@ -153,7 +155,7 @@ FormControl make_bits(const Field& field, QWidget* parent, NumberEdit* number) {
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(number, 0, Qt::AlignLeft);
   for (const FieldChoice& bit : field.choices) {
-    auto* box = new QCheckBox(to_qt(bit.name), column);
+    auto* box = new QCheckBox(shown(bit.name), column);
     layout->addWidget(box);
     QObject::connect(box, &QCheckBox::clicked, number, [number, mask = bit.value](bool on) {
       const std::int64_t now = number_of(number->value());
@@ -305,10 +307,10 @@ Make maker_of(const Field& field) {
 FormControl make_control(const Field& field, QWidget* parent, const std::function<void()>& edited) {
   FormControl control = maker_of(field)(field, parent, edited);
   control.input->setObjectName(QLatin1String(field.name));
-  control.input->setAccessibleName(to_qt(field.label));
+  control.input->setAccessibleName(shown_in(field.name, field.label));
   if (field.tip) {
-    control.row->setToolTip(to_qt(field.tip));
-    control.input->setAccessibleDescription(to_qt(field.tip));
+    control.row->setToolTip(shown(field.tip));
+    control.input->setAccessibleDescription(shown(field.tip));
   }
   return control;
 }

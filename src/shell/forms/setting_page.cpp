@@ -104,11 +104,11 @@ void SettingPage::place_values(const std::vector<Placed*>& values, int most_colu
   for (Placed* placed : values) {
     const bool own_line = is_wide(placed->row->field);
     QFormLayout* form = own_line ? below : forms[static_cast<std::size_t>(at++ / deep)];
-    auto* label = new QLabel(to_qt(placed->row->field.label), this);
+    auto* label = new QLabel(shown(placed->row->field.label), this);
     label->setBuddy(placed->control.input);
     form->addRow(label, placed->control.row);
     if (auto* button = placed->control.row->findChild<QPushButton*>(); button && placed->row->browse)
-      button->setText(to_qt(placed->row->browse));
+      button->setText(shown(placed->row->browse));
     if (auto* number = qobject_cast<QAbstractSpinBox*>(placed->control.input))
       connect(number, &QAbstractSpinBox::editingFinished, this, [this, placed] { hold_to_range(*placed); });
   }

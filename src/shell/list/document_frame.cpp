@@ -41,7 +41,7 @@ QString kind_text(DocumentKind kind) {
                                                             {DocumentKind::MING, "MNG"},
                                                             {DocumentKind::WEBP, "WebP"}};
   const auto name = names.find(kind);
-  return name == names.end() ? QString() : QString::fromLatin1(name->second);
+  return name == names.end() ? QString() : shown(name->second);
 }
 
 QString plain_title(QString text) { return text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); }

@@ -54,7 +54,7 @@ Format format_of(DocumentKind kind) {
 }
 
 QString filter_of(const Format& format) {
-  return QStringLiteral("%1 (%2)").arg(to_qt(format.name), format.patterns.join(u' '));
+  return QStringLiteral("%1 (%2)").arg(shown(format.name), format.patterns.join(u' '));
 }
 
 /// A folder that is there: the dialog takes another one's name for a file.
@@ -96,7 +96,7 @@ QString suffix_of(const QString& filter) {
 class FieldsFileDialog : public QFileDialog {
  public:
   FieldsFileDialog(QWidget* parent, const FileChoice& choice, const QString& folder)
-      : QFileDialog(parent, to_qt(choice.title), folder), choice_(choice) {
+      : QFileDialog(parent, shown(choice.title), folder), choice_(choice) {
     setOption(QFileDialog::DontUseNativeDialog);
     setFileMode(choice.saving ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
     setAcceptMode(choice.saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
@@ -241,7 +241,7 @@ std::optional<std::filesystem::path> ask_for_file(QWidget* parent, const FileCho
     folder = chosen.parent_path().string();
     return chosen;
   }
-  const QString title = to_qt(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
+  const QString title = shown(choice.title), offered = path_text(start), filters = to_qt(choice.filters);
   const QStringList single = filters.split(QStringLiteral(";;"));
   const int wanted = choice.filter   ? *choice.filter
                      : choice.saving ? filter_of_name(filters, choice.name)
@@ -259,7 +259,7 @@ QString picture_filters(bool reading) {
   QStringList all, single;
   for (const GraphicFileModule& module : graphic_file_modules()) {
     all << patterns(module.extension);
-    single << QStringLiteral("%1 (%2)").arg(to_qt(module.name), patterns(module.extension));
+    single << QStringLiteral("%1 (%2)").arg(shown(module.name), patterns(module.extension));
   }
   if (!reading) return single.join(QStringLiteral(";;"));
   single.prepend(QObject::tr("All pictures (%1)").arg(all.join(u' ')));

@@ -1,6 +1,7 @@
 #include "shell/setup/setup_dialog.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -12,6 +13,7 @@
 #include "configuration/setting_values.h"
 #include "configuration/shell_settings.h"
 #include "exchange/settings.h"
+#include "shell/look/language.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 #include "shell/setup/setup_fields.h"
@@ -22,7 +24,7 @@
 namespace vellum {
 namespace {
 
-enum PageNumber { kFilesPage, kDisplayPage };
+enum PageNumber { kFilesPage, kDisplayPage, kApplicationPage };
 
 constexpr double kMostOfScreen = 0.75;  // of its height
 constexpr int kAroundPage = 150;        // pixels above and below it: title, tabs, buttons, margins
@@ -75,15 +77,21 @@ SetupDialog::SetupDialog(QWidget* parent, Host host)
   for (const SetupPageRow& row : setup_pages()) pages_.push_back(make_page(row, page_room(*screen())));
   add_files_buttons(*pages_[kFilesPage]);
   add_display_buttons(*pages_[kDisplayPage]);
+  add_language(*pages_[kApplicationPage]);
   for (std::size_t i = 0; i < pages_.size(); ++i)
-    tabs_->addTab(scrolled(pages_[i], *screen()), to_qt(setup_pages()[i].name));
+    tabs_->addTab(scrolled(pages_[i], *screen()), shown(setup_pages()[i].name));
   tabs_->setCurrentIndex(std::clamp(settings::SetupPageIndex, 0, tabs_->count() - 1));
-  const auto topic = [this] { return QStringLiteral("SETUP_%1").arg(tabs_->tabText(tabs_->currentIndex())); };
+  const auto topic = [this] {
+    return QStringLiteral("SETUP_%1")
+        .arg(to_qt(setup_pages()[static_cast<std::size_t>(tabs_->currentIndex())].name));
+  };
   QDialogButtonBox* buttons = add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, topic);
   auto* defaults = buttons->addButton(tr("&Defaults"), QDialogButtonBox::ResetRole);
   defaults->setToolTip(tr("Puts the values that the program came with into the fields of this page"));
-  connect(defaults, &QPushButton::clicked, this,
-          [this] { pages_[static_cast<std::size_t>(tabs_->currentIndex())]->set_defaults(); });
+  connect(defaults, &QPushButton::clicked, this, [this] {
+    pages_[static_cast<std::size_t>(tabs_->currentIndex())]->set_defaults();
+    if (tabs_->currentIndex() == kApplicationPage) language_->setCurrentIndex(0);
+  });
   QVBoxLayout* layout = dialog_layout(*this);
   layout->addWidget(tabs_, 1);
   layout->addWidget(buttons);
@@ -107,8 +115,22 @@ void SetupDialog::add_display_buttons(SettingPage& page) {
   page.add_buttons({theme, paint});
 }
 
+void SetupDialog::add_language(SettingPage& page) {
+  const LanguageChoices choices = language_choices();
+  language_ = new QComboBox;
+  language_->setObjectName(QStringLiteral("Language"));
+  for (qsizetype i = 0; i < choices.codes.size(); ++i) language_->addItem(choices.names[i], choices.codes[i]);
+  language_->setCurrentIndex(std::max(language_->findData(to_qt(settings::Language)), 0));
+  auto* label = new QLabel(tr("&Language*:"));
+  label->setBuddy(language_);
+  for (QWidget* widget : {static_cast<QWidget*>(label), static_cast<QWidget*>(language_)})
+    widget->setToolTip(tr("Of menus, windows and messages; the guide is English"));
+  page.add_buttons({label, language_});
+}
+
 void SetupDialog::set_all_defaults() {
   for (SettingPage* page : pages_) page->set_defaults();
+  language_->setCurrentIndex(0);
 }
 
 void SetupDialog::done(int result) {
@@ -116,6 +138,11 @@ void SetupDialog::done(int result) {
   if (result == Accepted) {
     for (SettingPage* page : pages_) restart_ |= page->store();
     store_paint_choice(paint_);
+    const SettingRow& language = *find_setting("Language");
+    if (const std::string code = language_->currentData().toString().toStdString(); code != *language.text) {
+      change_setting(language, {0, code});
+      restart_ = true;
+    }
     const SettingRow& codec = *find_setting("VideoCompressionCodec");
     if (codec_ != *codec.text) change_setting(codec, {0, codec_});
   }

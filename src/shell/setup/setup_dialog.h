@@ -1,6 +1,7 @@
 // Setup: the settings of the program on three pages.
 #pragma once
 
+#include <QComboBox>
 #include <QDialog>
 #include <QTabWidget>
 #include <string>
@@ -27,12 +28,14 @@ class SetupDialog : public QDialog {
  private:
   void add_files_buttons(SettingPage& page);
   void add_display_buttons(SettingPage& page);
+  void add_language(SettingPage& page);
 
   Host host_;
   QTabWidget* tabs_;
   std::vector<SettingPage*> pages_;
   PaintChoice paint_;
   std::string codec_;
+  QComboBox* language_ = nullptr;
   bool restart_ = false;
 };
 

@@ -29,7 +29,7 @@ std::vector<QString> read_tips() {
   // Empty lines part them; what begins with "#" is a heading.
   for (const QString& tip :
        QString::fromUtf8(file.readAll()).split(QStringLiteral("\n\n"), Qt::SkipEmptyParts))
-    if (!tip.startsWith(u'#')) read.push_back(tip.simplified());
+    if (!tip.startsWith(u'#')) read.push_back(shown(tip.simplified().toStdString()));
   return read;
 }
 

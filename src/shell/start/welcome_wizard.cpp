@@ -73,12 +73,12 @@ class WrappedText : public QLabel {
 QButtonGroup* add_options(QVBoxLayout& layout, QWidget* parent, std::span<const Option> options, int chosen) {
   auto* group = new QButtonGroup(parent);
   for (const Option& option : options) {
-    auto* button = new QRadioButton(to_qt(option.name), parent);
+    auto* button = new QRadioButton(shown(option.name), parent);
     button->setChecked(option.id == chosen);
     group->addButton(button, option.id);
     layout.addWidget(button);
     if (!option.more) continue;
-    auto* more = new WrappedText(to_qt(option.more), parent);
+    auto* more = new WrappedText(shown(option.more), parent);
     more->setWordWrap(true);
     more->setForegroundRole(QPalette::PlaceholderText);
     more->setContentsMargins(style::kMargin * 3 / 4, 0, 0, style::kGap);

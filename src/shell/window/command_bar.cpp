@@ -46,7 +46,7 @@ QToolBar* make_toolbar(QMainWindow& window) {
 
 }  // namespace
 
-QString plain_label(const char* label) { return QString::fromUtf8(label).section(u'\t', 0, 0).remove(u'&'); }
+QString plain_label(const char* label) { return shown(label).section(u'\t', 0, 0).remove(u'&'); }
 
 CommandBar::CommandBar(QMainWindow& window) : QObject(&window) {
   for (const CommandRow& row : command_table()) add_action(row);
@@ -61,7 +61,7 @@ QAction* CommandBar::action(int number) const {
 }
 
 void CommandBar::add_action(const CommandRow& row) {
-  auto* action = new QAction(QString::fromUtf8(row.label), this);
+  auto* action = new QAction(shown(row.label), this);
   action->setToolTip(tip_of(row));
   action->setStatusTip(reason_of(row));
   action->setMenuRole(QAction::NoRole);
@@ -72,7 +72,7 @@ void CommandBar::add_action(const CommandRow& row) {
 }
 
 QMenu* CommandBar::add_menu(const MenuRow& row, QMainWindow& window) {
-  const QString label = QString::fromUtf8(row.label);
+  const QString label = shown(row.label);
   QMenu* menu =
       row.parent == Menu::None ? window.menuBar()->addMenu(label) : new QMenu(label, window.menuBar());
   if (row.icon) menu->setIcon(program_icon(row.icon));
@@ -207,7 +207,7 @@ void CommandBar::enable(const CommandState& state) {
 void CommandBar::show_undo(std::string_view undo, std::string_view redo) {
   for (const auto& [command, name, format] : {std::tuple(kUndoCommand, undo, StringId::UndoNamed),
                                               std::tuple(kRedoCommand, redo, StringId::RedoNamed)}) {
-    const QString label = QString::fromUtf8(find_command(command)->label);
+    const QString label = shown(find_command(command)->label);
     const QString named = name.empty() ? label.section(u'\t', 0, 0)
                                        : text_of(format).replace(QStringLiteral("%s"), to_qt(name));
     action(command)->setText(named + u'\t' + label.section(u'\t', 1));

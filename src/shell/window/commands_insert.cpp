@@ -3,6 +3,7 @@
 
 #include "core/edit/insert_chunk.h"
 #include "shell/dialogs/insert_dialog.h"
+#include "shell/look/text.h"
 #include "shell/services/picture_files.h"
 #include "shell/window/commands.h"
 #include "shell/window/editing.h"
@@ -75,7 +76,7 @@ void insert_images_command(MainWindow& main, DocumentFrame& frame) {
 void fill_insert_menu(QMenu& menu, MainWindow& main, DocumentFrame& frame) {
   for (const PopupRow& row : kPopup) {
     if (row.kind != frame.document().kind) continue;
-    QAction* action = menu.addAction(QString::fromUtf8(row.label));
+    QAction* action = menu.addAction(shown(row.label));
     action->setData(row.number);
     const auto run = find_command(row.number)->run.on_document;
     QObject::connect(action, &QAction::triggered, &frame, [&main, &frame, run] {

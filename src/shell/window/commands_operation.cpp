@@ -1,5 +1,6 @@
 // The command of every operation that is a row.
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/edit/undo.h"
 #include "operations/operation.h"
 #include "shell/dialogs/operation_dialog.h"
@@ -59,7 +60,7 @@ void run_operation_command(MainWindow& main, DocumentFrame& frame, int number) {
     show_result(main, frame, operation.prefix, under_its_name);
     return;
   }
-  if (undo_push(window, host, lower_case(operation.parameters.title)) && work(window, host))
+  if (undo_push(window, host, inside_sentence(operation.parameters.title)) && work(window, host))
     frame.size_to_content();
 }
 

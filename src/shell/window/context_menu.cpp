@@ -1,5 +1,6 @@
 #include "shell/window/context_menu.h"
 
+#include "shell/look/text.h"
 #include "shell/window/commands.h"
 #include "shell/window/main_window.h"
 
@@ -111,8 +112,7 @@ void add_entry(QMenu& menu, const MenuEntry& entry, QAction& command, MainWindow
     return;
   }
   if (!entry.label && entry.aim == Aim::AsEver) return menu.addAction(&command);
-  QAction* action =
-      menu.addAction(command.icon(), entry.label ? QString::fromUtf8(entry.label) : command.text());
+  QAction* action = menu.addAction(command.icon(), entry.label ? vellum::shown(entry.label) : command.text());
   const bool takes_row = entry.aim == Aim::SelectionOrRow && row < frame.entries().size();
   action->setEnabled(command.isEnabled() || takes_row);
   action->setStatusTip(command.statusTip());

@@ -43,13 +43,13 @@ constexpr OptionRow kOptions[] = {
     {"--show", "COMMAND[@ROW]", "with --screenshot: the window of this command, by its number",
      [](StartOptions& o, const char* value) {
        if (std::sscanf(value, "%d@%zu", &o.show, &o.row) < 1 || o.show <= 0)
-         o.error = "--show needs a number of a command";
+         o.error = translated("--show needs a number of a command");
      }},
     {"--size", "WIDTHxHEIGHT", "with --screenshot: the size of the main window",
      [](StartOptions& o, const char* value) {
        if (std::sscanf(value, "%dx%d", &o.wide, &o.deep) != 2 || std::min(o.wide, o.deep) < 1 ||
            std::max(o.wide, o.deep) > kMostPixels)
-         o.error = "--size needs a width and a height in pixels";
+         o.error = translated("--size needs a width and a height in pixels");
      }},
     {"--config", "FILE", "the configuration file of this run",
      [](StartOptions& o, const char* value) { o.config = value; }},
@@ -133,9 +133,9 @@ StartOptions parse_arguments(std::span<const char* const> arguments) {
     } else if (only_names || !argument.starts_with("--")) {
       names.emplace_back(argument);
     } else if (row == std::end(kOptions)) {
-      options.error = "unknown option " + std::string(argument);
+      options.error = translated("unknown option ") + std::string(argument);
     } else if (row->value && i + 1 == arguments.size()) {
-      options.error = std::string(argument) + " needs a value: " + row->value;
+      options.error = std::string(argument) + translated(" needs a value: ") + row->value;
     } else {
       row->apply(options, row->value ? arguments[++i] : nullptr);
     }
@@ -156,13 +156,13 @@ fs::path path_of_argument(const std::string& name) {
 }
 
 std::string usage_text() {
-  std::string text =
-      "Usage: vellumcraft [OPTION]... [FILE...]\n\nOpens PNG, animated PNG, MNG or WebP files.\n\n";
+  std::string text = translated(
+      "Usage: vellumcraft [OPTION]... [FILE...]\n\nOpens PNG, animated PNG, MNG or WebP files.\n\n");
   for (const OptionRow& row : kOptions) {
     if (!row.help) continue;
     std::string left(row.name);
     if (row.value) left.append(" ").append(row.value);
-    text += format_text("  %-24s%s\n", left.c_str(), row.help);
+    text += format_text("  %-24s%s\n", left.c_str(), translated(row.help));
   }
   return text;
 }
