@@ -24,13 +24,17 @@ std::vector<std::string> placeholders(const std::string& text) {
   return found;
 }
 
-/// msgid and msgstr of each entry; lines of more than one are joined.
+/// msgid, behind its context, and msgstr of each entry; lines of more than one are joined.
 std::vector<std::pair<std::string, std::string>> entries(const fs::path& file) {
   std::vector<std::pair<std::string, std::string>> found;
-  std::string* to = nullptr;
+  std::string context, *to = nullptr;
   std::ifstream lines(file);
   for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("msgid ")) to = &found.emplace_back().first;
+    if (line.starts_with("msgctxt ")) to = &context;
+    if (line.starts_with("msgid ")) {
+      to = &found.emplace_back().first;
+      to->swap(context);
+    }
     if (line.starts_with("msgstr ")) to = &found.back().second;
     const std::size_t quote = line.find('"');
     if (to && !line.starts_with('#') && quote != std::string::npos)

@@ -147,7 +147,10 @@ QWidget* ManageDialog::make_table() {
                           QAbstractItemView::AnyKeyPressed);
   table_->verticalHeader()->hide();
   table_->verticalHeader()->setDefaultSectionSize(52);
-  table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  // As wide as headings and what is seen; a small screen scrolls.
+  table_->horizontalHeader()->setResizeContentsPrecision(0);
+  table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  table_->horizontalHeader()->setStretchLastSection(true);
   table_->horizontalHeader()->setSectionResizeMode(ManageModel::Frame, QHeaderView::Fixed);
   table_->setColumnWidth(ManageModel::Frame, 130);
   return table_;
