@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/byte_order.h"
 #include "base/parallel.h"
 #include "base/translation.h"
 #include "core/build/frame_stream.h"
@@ -110,16 +111,17 @@ void look_at_indexes(Look& look, const StreamedFrame& frame, std::uint32_t thres
 }
 
 void look_at_alpha(Look& look, const Picture& picture, std::uint32_t threshold) {
-  std::uint8_t least = 255;
   for (std::uint32_t y = 0; y < picture.height(); ++y) {
-    const std::uint8_t* alpha = picture.row(y) + 3;
-    for (std::uint32_t x = 0; x < picture.width(); ++x) {
-      const std::uint8_t a = alpha[4 * x];
-      least = std::min(least, a);
-      look.partial = look.partial || (a > 0 && a < 255);
+    const std::uint8_t* pixels = picture.row(y);
+    std::uint32_t least = 255, partial = 0;
+    for (std::size_t x = 0, width = picture.width(); x < width; ++x) {
+      const std::uint32_t alpha = read_le32(pixels + 4 * x) >> 24;
+      least = std::min(least, alpha);
+      partial |= (alpha + 1) & 0xFE;
     }
+    look.masked = look.masked || least <= threshold;
+    look.partial = look.partial || partial != 0;
   }
-  look.masked = least <= threshold;
 }
 
 Look look_at(const StreamedFrame& frame, std::uint32_t threshold) {
@@ -159,16 +161,27 @@ std::optional<GifColors> shared_colors_of(std::span<const Look> looks) {
   return colors;
 }
 
+/// 24 or 32 bits, for a palette and for matching.
+Picture true_color_of(const StreamedFrame& frame, const GifOptions& options) {
+  const bool ready = frame.picture.bits() == 32 || (frame.picture.bits() == 24 && frame.transparency.empty());
+  return ready ? frame.picture : with_sharp_alpha(frame.picture, frame.transparency, options.threshold);
+}
+
+/// How many frames are taken at a time; each core takes neighbours, for they are alike.
+std::size_t frames_at_a_time() { return 8 * parallel_width(); }
+
 /// One palette for frames that have none in common. Nothing when the user stopped it, or a picture is lost.
 std::optional<GifColors> computed_colors(const FrameStream& stream, bool masked, const GifOptions& options,
                                          Host& host) {
   const Progress progress(host, translated(kQuantizing));
-  GifPalette palette;
-  for (std::size_t i = 0; i < stream.count; ++i) {
+  GifPalette palette(options.threshold);
+  for (std::size_t first = 0; first < stream.count; first += frames_at_a_time()) {
     if (host.stopped()) return std::nullopt;
-    const StreamedFrame frame = stream.frame(i);
-    palette.add(with_sharp_alpha(frame.picture, frame.transparency, options.threshold));
-    progress.step(i + 1, stream.count);
+    std::vector<Picture> pictures(std::min(frames_at_a_time(), stream.count - first));
+    for (std::size_t i = 0; i < pictures.size(); ++i)
+      pictures[i] = true_color_of(stream.frame(first + i), options);
+    palette.add(pictures);
+    progress.step(first + pictures.size(), stream.count);
   }
   return palette.colors(masked, options.mask, options.best);
 }
@@ -183,22 +196,21 @@ struct Plan {
   GifOptions options;
 };
 
-/// The part of a picture that lies on the screen, one pixel that shows nothing new where there is none.
-Picture on_screen(const Plan& plan, const Picture& picture, FrameOffset& offset) {
+/// The part of a frame that lies on the screen, in the frame; empty where none does.
+PictureRect part_on_screen(const Plan& plan, const Picture& picture, FrameOffset offset) {
   const std::int64_t x = offset.x, y = offset.y;
   const std::int64_t left = std::max<std::int64_t>(-x, 0), top = std::max<std::int64_t>(-y, 0),
                      right = std::min<std::int64_t>(picture.width(), plan.stream.canvas.width - x),
                      bottom = std::min<std::int64_t>(picture.height(), plan.stream.canvas.height - y);
-  if (left >= right || top >= bottom) {
-    offset = {};
-    Picture pixel = PictureCreate(1, 1, nullptr, 8);
-    if (pixel) PicturePutPixel(pixel, 0, 0, plan.colors.transparent.value_or(plan.background));
-    return pixel;
-  }
-  offset = {static_cast<std::int32_t>(x + left), static_cast<std::int32_t>(y + top)};
-  if (left == 0 && top == 0 && right == picture.width() && bottom == picture.height()) return picture;
-  return PictureCrop(picture, {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top),
-                               static_cast<std::int32_t>(right), static_cast<std::int32_t>(bottom)});
+  if (left >= right || top >= bottom) return {};
+  return {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top), static_cast<std::int32_t>(right),
+          static_cast<std::int32_t>(bottom)};
+}
+
+Picture cropped(const Picture& picture, const PictureRect& part) {
+  const bool whole = part.right - part.left == static_cast<std::int32_t>(picture.width()) &&
+                     part.bottom - part.top == static_cast<std::int32_t>(picture.height());
+  return whole ? picture : PictureCrop(picture, part);
 }
 
 /// Whether the place of a frame is empty when the next one is drawn.
@@ -210,43 +222,76 @@ bool is_disposed(const ExportRun& run, const Plan& plan, const std::vector<std::
   return kind != DocumentKind::MING && frame + 1 < plan.looks.size() && plan.looks[frame + 1].masked;
 }
 
-Bytes frame_bytes(const ExportRun& run, const Plan& plan, const std::vector<std::size_t>& entries,
-                  std::size_t number) {
-  const StreamedFrame frame = plan.stream.frame(number);
-  Picture picture = frame.picture;
-  if (!plan.shared)
-    picture = in_gif_colors(with_sharp_alpha(picture, frame.transparency, plan.options.threshold),
-                            plan.colors, plan.options.dither);
-  FrameOffset offset = frame.offset;
-  const bool outside = !picture || offset.x >= static_cast<std::int64_t>(plan.stream.canvas.width) ||
-                       offset.y >= static_cast<std::int64_t>(plan.stream.canvas.height) ||
-                       offset.x + static_cast<std::int64_t>(frame.picture.width()) <= 0 ||
-                       offset.y + static_cast<std::int64_t>(frame.picture.height()) <= 0;
-  picture = on_screen(plan, picture, offset);
-  if (!picture) return {};
-  const auto indexes = indexes_of(picture);
-  GifImage image{.left = static_cast<std::uint32_t>(offset.x),
-                 .top = static_cast<std::uint32_t>(offset.y),
-                 .width = picture.width(),
-                 .height = picture.height(),
-                 .indexes = indexes,
-                 .delay = gif_delay(frame.delay),
-                 .packed = 7};
-  if (is_disposed(run, plan, entries, number)) image.disposal = GifDisposal::Background;
-  if (plan.looks[number].masked || outside) image.transparent = plan.colors.transparent;
-  Bytes bytes;
-  put_gif_image(bytes, image, table_bits(plan.colors.count));
-  return bytes;
-}
+/// What one core writes: frames as blocks, each with its control extension.
+class FrameBlocks {
+ public:
+  FrameBlocks(const ExportRun& run, const Plan& plan, const std::vector<std::size_t>& entries)
+      : run_(run), plan_(plan), entries_(entries) {
+    if (!plan.shared && !plan.options.dither && GifMatcher::can_match(plan.colors))
+      matcher_.emplace(plan.colors, plan.options.threshold);
+  }
+
+  /// Empty when memory is exhausted.
+  Bytes of(std::size_t number) {
+    const StreamedFrame frame = plan_.stream.frame(number);
+    const PictureRect part = part_on_screen(plan_, frame.picture, frame.offset);
+    const bool outside = part.left == part.right;
+    GifImage image;
+    image.delay = gif_delay(frame.delay);
+    image.packed = 7;
+    if (is_disposed(run_, plan_, entries_, number)) image.disposal = GifDisposal::Background;
+    if (plan_.looks[number].masked || outside) image.transparent = plan_.colors.transparent;
+    if (outside) {
+      // One pixel that shows nothing new, so that the delay stays.
+      own_.assign(1, plan_.colors.transparent.value_or(plan_.background));
+      image.width = image.height = 1;
+      image.indexes = own_;
+    } else {
+      image.left = static_cast<std::uint32_t>(frame.offset.x + part.left);
+      image.top = static_cast<std::uint32_t>(frame.offset.y + part.top);
+      image.width = static_cast<std::uint32_t>(part.right - part.left);
+      image.height = static_cast<std::uint32_t>(part.bottom - part.top);
+      image.indexes = indexes(frame, part);
+      if (image.indexes.empty()) return {};
+    }
+    Bytes bytes;
+    put_gif_image(bytes, image, table_bits(plan_.colors.count));
+    return bytes;
+  }
+
+ private:
+  std::span<const std::uint8_t> indexes(const StreamedFrame& frame, const PictureRect& part) {
+    Picture picture = plan_.shared ? frame.picture : true_color_of(frame, plan_.options);
+    if (picture) picture = cropped(picture, part);
+    if (!picture) return {};
+    if (matcher_) return matcher_->match(picture);
+    if (!plan_.shared)
+      picture = in_gif_colors(with_sharp_alpha(picture, {}, plan_.options.threshold), plan_.colors,
+                              plan_.options.dither);
+    if (!picture) return {};
+    return own_ = indexes_of(picture);
+  }
+
+  const ExportRun& run_;
+  const Plan& plan_;
+  const std::vector<std::size_t>& entries_;
+  std::optional<GifMatcher> matcher_;
+  std::vector<std::uint8_t> own_;
+};
 
 bool write_frames(ExportRun& run, const Plan& plan, const Sink& sink) {
   const Progress progress(run.host, string_text(StringId::Writing));
   const auto entries = frame_entries(run.draft);
-  const std::size_t step = 2 * parallel_width();
-  for (std::size_t first = 0; first < plan.stream.count; first += step) {
+  std::vector<FrameBlocks> lanes;
+  for (std::size_t lane = 0; lane < parallel_width(); ++lane) lanes.emplace_back(run, plan, entries);
+  for (std::size_t first = 0; first < plan.stream.count; first += frames_at_a_time()) {
     if (run.host.stopped()) return false;
-    std::vector<Bytes> parts(std::min(step, plan.stream.count - first));
-    parallel_for(parts.size(), [&](std::size_t i) { parts[i] = frame_bytes(run, plan, entries, first + i); });
+    std::vector<Bytes> parts(std::min(frames_at_a_time(), plan.stream.count - first));
+    const std::size_t share = (parts.size() + lanes.size() - 1) / lanes.size();
+    parallel_for(lanes.size(), [&](std::size_t lane) {
+      for (std::size_t i = lane * share; i < std::min((lane + 1) * share, parts.size()); ++i)
+        parts[i] = lanes[lane].of(first + i);
+    });
     for (const Bytes& part : parts) {
       if (part.empty()) return run.refuse(StringId::MemoryError);
       if (!sink.write(part)) return false;

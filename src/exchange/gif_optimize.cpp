@@ -1,15 +1,18 @@
 // A GIF whose frames are cut to what changes. Pixels that stay as they are may be transparent, whichever way
 // packs better; frames whose colors the common palette lacks bring one of their own.
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <unordered_map>
 
+#include "base/byte_order.h"
 #include "base/parallel.h"
 #include "base/translation.h"
 #include "core/build/frame_stream.h"
 #include "exchange/export_gif.h"
 #include "exchange/gif_palette.h"
 #include "exchange/settings.h"
+#include "image/palette_match.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
@@ -97,6 +100,112 @@ void plan_change(Frame& before, Frame& frame) {
   frame.rect.add(rect_where(before.rect, [&](std::uint32_t x, std::uint32_t y) { return b.row(y)[x] != 0; }));
 }
 
+Pixel color_of(const GifColors& colors, std::uint8_t index) {
+  const std::uint8_t* color = &colors.palette[std::size_t{3} * index];
+  return 0xFF000000u | Pixel{color[0]} << 16 | Pixel{color[1]} << 8 | color[2];
+}
+
+/// Squared, as matching counts it.
+std::int32_t distance(Pixel a, Pixel b) {
+  const auto part = [&](unsigned shift) {
+    return static_cast<std::int32_t>(a >> shift & 255) - static_cast<std::int32_t>(b >> shift & 255);
+  };
+  return 3 * part(16) * part(16) + 4 * part(8) * part(8) + 2 * part(0) * part(0);
+}
+
+/// Entries by their color, and those that are near another one.
+class NearEntries {
+ public:
+  explicit NearEntries(const GifColors& colors) : colors_(colors), near_(256) {
+    for (std::uint32_t i = 0; i < colors.count; ++i)
+      if (colors.transparent != i) entries_.try_emplace(color_of(colors, static_cast<std::uint8_t>(i)), i);
+  }
+  std::optional<std::uint8_t> entry(Pixel color) const {
+    const auto found = entries_.find(color);
+    return found == entries_.end() ? std::nullopt : std::optional(found->second);
+  }
+  /// Adds to an entry the nearest others that are within reach of the color.
+  void add(PixelChoice& choice, Pixel wanted, std::int32_t reach) {
+    std::size_t count = 1;
+    for (const std::uint8_t index : neighbors(choice[0])) {
+      if (distance(color_of(colors_, index), wanted) > reach) continue;
+      choice[count++] = index;
+      if (count == choice.size()) return;
+    }
+  }
+
+ private:
+  static constexpr std::size_t kNeighbors = 12;
+
+  const std::vector<std::uint8_t>& neighbors(std::uint8_t of) {
+    std::vector<std::uint8_t>& near = near_[of];
+    if (!near.empty()) return near;
+    for (const auto& [color, index] : entries_)
+      if (index != of) near.push_back(index);
+    const auto from = [&](std::uint8_t index) {
+      return std::pair(distance(color_of(colors_, index), color_of(colors_, of)), index);
+    };
+    std::ranges::sort(near, {}, from);
+    near.resize(std::min(near.size(), kNeighbors));
+    return near;
+  }
+
+  const GifColors& colors_;
+  std::unordered_map<Pixel, std::uint8_t> entries_;
+  std::vector<std::vector<std::uint8_t>> near_;
+};
+
+/// In how many frames colors come anew. Those of many frames stand in front in the palette, for frames that
+/// use low indexes only pack with shorter codes.
+class ColorChanges {
+ public:
+  void add(const Picture& canvas) {
+    ++number_;
+    for (std::uint32_t y = 0; y < canvas.height(); ++y) {
+      const std::uint8_t *row = canvas.row(y), *before = last_ ? last_.row(y) : nullptr;
+      const std::size_t width = canvas.width();
+      if (!before || std::memcmp(row, before, 4 * width) == 0) continue;
+      for (std::size_t x = 0; x < width; ++x)
+        if (const std::uint32_t pixel = read_le32(row + 4 * x); pixel != read_le32(before + 4 * x))
+          note(pixel);
+    }
+    last_ = canvas;
+  }
+  /// The transparent entry stays the last.
+  void sort(GifColors& colors) const {
+    const std::uint32_t count = colors.transparent.value_or(colors.count);
+    if (count == 0) return;
+    NearestEntries nearest(colors.palette, count);
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> order(count);
+    for (std::uint32_t i = 0; i < count; ++i) order[i].second = i;
+    for (const Cell& cell : cells_)
+      if (cell.frames > 0) order[nearest.index(red(cell), green(cell), blue(cell))].first += cell.frames;
+    std::ranges::stable_sort(order, std::ranges::greater(), [](const auto& entry) { return entry.first; });
+    const Palette before = colors.palette;
+    for (std::uint32_t i = 0; i < count; ++i)
+      std::copy_n(&before[3 * order[i].second], 3, &colors.palette[3 * i]);
+  }
+
+ private:
+  struct Cell {
+    std::uint32_t color = 0;  ///< the last one of the cell, blue lowest
+    std::uint32_t frames = 0, last = 0;
+  };
+  static std::uint32_t red(const Cell& cell) { return cell.color >> 16 & 255; }
+  static std::uint32_t green(const Cell& cell) { return cell.color >> 8 & 255; }
+  static std::uint32_t blue(const Cell& cell) { return cell.color & 255; }
+
+  void note(std::uint32_t pixel) {
+    Cell& cell = cells_[(pixel >> 3 & 31) | (pixel >> 11 & 31) << 5 | (pixel >> 19 & 31) << 10];
+    if (cell.last == number_) return;
+    cell = {pixel, cell.frames + 1, number_};
+  }
+
+  std::vector<Cell> cells_ = std::vector<Cell>(32768);
+  Picture last_;
+  std::uint32_t number_ = 0;
+};
+
 class Optimizer {
  public:
   Optimizer(ExportRun& run, const GifOptions& options, const Sink& sink)
@@ -129,20 +238,23 @@ class Optimizer {
 
   bool choose_colors() {
     const Progress progress(run_.host, translated(kQuantizing));
-    GifPalette palette;
+    ColorChanges changes;
+    GifPalette palette(options_.threshold);
     bool holes = false;
     for (std::size_t i = 0; i < stream_.count; ++i) {
       if (run_.host.stopped()) return false;
       const Picture canvas = canvas_of(i).picture;
       if (!canvas) return false;
       look_for_holes(canvas, holes);
-      palette.add(holes ? with_sharp_alpha(canvas, {}, options_.threshold) : canvas);
+      palette.add({&canvas, 1});
+      changes.add(canvas);
       progress.step(i + 1, stream_.count);
     }
     // One entry less for colors is worth what transparent pixels save; 256 exact ones are worth more.
     const bool all_needed = !holes && palette.is_exact(false) && !palette.is_exact(true);
     exact_ = palette.is_exact(!all_needed);
     colors_ = palette.colors(!all_needed, options_.mask, options_.best);
+    changes.sort(colors_);
     return true;
   }
 
@@ -162,7 +274,8 @@ class Optimizer {
     Frame frame{.canvas = sharp_canvas(streamed.picture, options_.threshold),
                 .delay = gif_delay(streamed.delay)};
     if (number == 0)
-      frame.rect = {0, 0, frame.canvas.width, frame.canvas.height};
+      frame.rect = rect_where({0, 0, frame.canvas.width, frame.canvas.height},
+                              [&](std::uint32_t x, std::uint32_t y) { return frame.canvas.row(y)[x] != 0; });
     else
       plan_change(frames.back(), frame);
     frames.push_back(std::move(frame));
@@ -188,8 +301,8 @@ class Optimizer {
     Picture drawn = in_gif_colors(picture, colors_, options_.dither);
     if (!drawn) return false;
     if (!exact_ && colors_.transparent && needs_own_colors(frame, drawn)) {
-      GifPalette own;
-      own.add(picture);
+      GifPalette own(options_.threshold);
+      own.add({&picture, 1});
       frame.local = own.colors(true, options_.mask, options_.best);
       frame.hasLocal = true;
       drawn = in_gif_colors(picture, frame.local, options_.dither);
@@ -224,71 +337,119 @@ class Optimizer {
 
   const GifColors& colors_of(const Frame& frame) const { return frame.hasLocal ? frame.local : colors_; }
 
-  static Pixel color_of(const GifColors& colors, std::uint8_t index) {
-    const std::uint8_t* color = &colors.palette[std::size_t{3} * index];
-    return 0xFF000000u | Pixel{color[0]} << 16 | Pixel{color[1]} << 8 | color[2];
-  }
-
-  /// Two ways to write a frame: with all pixels, and with those transparent that are shown already.
-  struct Ways {
-    std::vector<std::uint8_t> drawn, hidden;
-    bool holes = false;  ///< the first has transparent pixels too
+  /// What the pixels of a frame may be written as.
+  struct Choices {
+    std::vector<PixelChoice> pixels;
+    std::vector<bool> hidden;  ///< they may be transparent
+    bool holes = false;        ///< there are transparent pixels in any case
+    std::uint8_t transparent = 0;
+    std::uint32_t bits = 8;  ///< of all indexes
   };
 
-  /// What the frame's pixels are, seen what is shown in front of it, which it then changes.
-  Ways lay(const Frame& frame, const Canvas* source_before) {
+  /// Any index that the frame doesn't use can be the transparent one: the lowest.
+  static void settle_indexes(Choices& choices, const GifColors& colors) {
+    std::array<bool, 256> used{};
+    for (const PixelChoice& pixel : choices.pixels)
+      for (const std::uint8_t index : pixel) used[index] = true;
+    if (colors.transparent) {
+      used[*colors.transparent] = false;
+      choices.transparent = static_cast<std::uint8_t>(std::ranges::find(used, false) - used.begin());
+      for (PixelChoice& pixel : choices.pixels)
+        std::ranges::replace(pixel, *colors.transparent, choices.transparent);
+      used[choices.transparent] = true;
+    }
+    for (std::uint32_t i = 0; i < 256; ++i)
+      if (used[i]) choices.bits = table_bits(i + 1);
+  }
+
+  /// Where colors had to be matched, those of frames behind the first may be so much farther (squared) than
+  /// the nearest one: they are seen for a moment, and what need not be drawn anew packs better.
+  static constexpr std::int32_t kFarther = 4;
+
+  /// What the frame's pixels may be, seen what is shown in front of it.
+  Choices choices_of(const Frame& frame, const Canvas* source_before) const {
     const GifColors& colors = colors_of(frame);
-    Ways ways{frame.indexes, frame.indexes};
-    std::unordered_map<Pixel, std::uint8_t> entries;
-    for (std::uint32_t i = 0; i < colors.count; ++i)
-      if (colors.transparent != i) entries.try_emplace(color_of(colors, static_cast<std::uint8_t>(i)), i);
+    const bool free_choice = source_before && !options_.dither && !exact_ && colors.transparent;
+    NearEntries near(colors);
+    Choices choices{std::vector<PixelChoice>(frame.indexes.size()), std::vector<bool>(frame.indexes.size())};
     std::size_t at = 0;
     for (std::uint32_t y = frame.rect.top; y < frame.rect.bottom; ++y) {
-      const Pixel* wanted = frame.canvas.row(y);
-      Pixel* shown = shown_.row(y);
+      const Pixel *wanted = frame.canvas.row(y), *shown = shown_.row(y);
       for (std::uint32_t x = frame.rect.left; x < frame.rect.right; ++x, ++at) {
+        PixelChoice& choice = choices.pixels[at];
+        choice.fill(frame.indexes[at]);
         if (wanted[x] == 0) {
-          ways.holes = true;
+          choices.holes = true;
           continue;  // its index is the transparent one already
         }
-        const bool same = shown[x] != 0 && source_before && source_before->row(y)[x] == wanted[x];
-        if (!same && shown[x] != color_of(colors, frame.indexes[at])) {
-          shown[x] = color_of(colors, frame.indexes[at]);
-          continue;
-        }
-        if (!colors.transparent) continue;
-        ways.hidden[at] = *colors.transparent;
-        const auto entry = entries.find(shown[x]);
-        ways.holes = ways.holes || entry == entries.end();
-        ways.drawn[at] = entry == entries.end() ? *colors.transparent : entry->second;
+        const Pixel drawn = color_of(colors, frame.indexes[at]);
+        const std::int32_t reach = free_choice ? kFarther * distance(drawn, wanted[x]) : 0;
+        const bool same = source_before && source_before->row(y)[x] == wanted[x];
+        const bool stays =
+            shown[x] != 0 && (same || shown[x] == drawn || distance(shown[x], wanted[x]) <= reach);
+        if (!stays && reach > 0) near.add(choice, wanted[x], reach);
+        if (!stays || !colors.transparent) continue;
+        choices.hidden[at] = true;
+        choice.fill(near.entry(shown[x]).value_or(*colors.transparent));
+        choices.holes = choices.holes || choice[0] == *colors.transparent;
       }
     }
-    return ways;
+    settle_indexes(choices, colors);
+    return choices;
   }
 
-  /// The hidden pixels, but for those that go on with the color in front of them.
-  static std::vector<std::uint8_t> with_runs(const std::vector<std::uint8_t>& drawn,
-                                             const std::vector<std::uint8_t>& hidden) {
-    std::vector<std::uint8_t> mixed = hidden;
-    for (std::size_t i = 1; i < mixed.size(); ++i)
-      if (drawn[i] == mixed[i - 1]) mixed[i] = drawn[i];
-    return mixed;
-  }
+  struct Packed {
+    Bytes bytes;
+    std::vector<std::uint8_t> indexes;
+  };
 
-  Bytes pack(const Frame& frame, std::span<const std::uint8_t> indexes, bool transparent) const {
-    const GifColors& colors = colors_of(frame);
+  Packed pack(const Frame& frame, const Choices& choices, std::span<const PixelChoice> pixels,
+              bool transparent, LzwClear clear) const {
     GifImage image{.left = frame.rect.left,
                    .top = frame.rect.top,
                    .width = frame.rect.width(),
                    .height = frame.rect.height(),
-                   .indexes = indexes,
+                   .indexes = {},
+                   .choices = pixels,
+                   .clear = clear,
                    .delay = frame.delay,
                    .disposal = frame.clears ? GifDisposal::Background : GifDisposal::Keep,
-                   .transparent = transparent ? colors.transparent : std::nullopt,
+                   .transparent = transparent ? std::optional(choices.transparent) : std::nullopt,
                    .local = frame.hasLocal ? &frame.local : nullptr};
-    Bytes bytes;
-    put_gif_image(bytes, image, table_bits(colors.count));
-    return bytes;
+    Packed packed;
+    packed.indexes = put_gif_image(packed.bytes, image, choices.bits);
+    return packed;
+  }
+
+  /// One of the ways to pack a frame: all drawn, or pixels that may be transparent by choice, at first, or
+  /// always; with codes that begin anew when there is no more or when they have become worse.
+  static constexpr std::size_t kWays = 6;
+  Packed pack(const Frame& frame, const Choices& choices, std::size_t way) const {
+    const LzwClear clear = way % 2 == 0 ? LzwClear::WhenFull : LzwClear::WhenWorse;
+    if (way < 2) return pack(frame, choices, choices.pixels, choices.holes, clear);
+    if (std::ranges::find(choices.hidden, true) == choices.hidden.end()) return {};
+    std::vector<PixelChoice> pixels = choices.pixels;
+    for (std::size_t at = 0; at < pixels.size(); ++at) {
+      if (!choices.hidden[at]) continue;
+      if (way < 4)
+        pixels[at].front() = choices.transparent;
+      else
+        pixels[at].back() = choices.transparent;
+    }
+    return pack(frame, choices, pixels, true, clear);
+  }
+
+  /// The frame as it is shown.
+  void show(const Frame& frame, const Choices& choices, std::span<const std::uint8_t> indexes) {
+    const GifColors& colors = colors_of(frame);
+    const std::size_t width = frame.rect.width();
+    for (std::size_t at = 0; at < indexes.size(); ++at)
+      if (!colors.transparent || choices.transparent != indexes[at])
+        shown_.row(frame.rect.top + static_cast<std::uint32_t>(at / width))[frame.rect.left + at % width] =
+            color_of(colors, indexes[at]);
+    if (!frame.clears) return;
+    for (std::uint32_t y = frame.rect.top; y < frame.rect.bottom; ++y)
+      std::fill_n(shown_.row(y) + frame.rect.left, width, 0);
   }
 
   /// Writes the first `count` frames, and keeps the last of them as what the next one is compared with.
@@ -298,33 +459,16 @@ class Optimizer {
     std::vector<char> good(count, 1);
     parallel_for(count - first, [&](std::size_t i) { good[first + i] = draw(frames[first + i]) ? 1 : 0; });
     if (std::ranges::find(good, 0) != good.end()) return run_.refuse(StringId::MemoryError);
-    std::vector<Ways> ways(count);
     for (std::size_t i = first; i < count; ++i) {
-      ways[i] = lay(frames[i], i > 0 ? &frames[i - 1].canvas : nullptr);
-      if (!frames[i].clears) continue;
-      for (std::uint32_t y = frames[i].rect.top; y < frames[i].rect.bottom; ++y)
-        std::fill_n(shown_.row(y) + frames[i].rect.left, frames[i].rect.width(), 0);
-    }
-    // All drawn, all hidden, and hidden but where the color in front goes on.
-    constexpr std::size_t kWays = 3;
-    std::vector<Bytes> packed(kWays * count);
-    parallel_for(kWays * (count - first), [&](std::size_t i) {
-      const std::size_t frame = first + i / kWays, way = i % kWays;
-      const auto& [drawn, hidden, holes] = ways[frame];
-      if (way != 0 && hidden == drawn) return;
-      const auto going_on = way == 2 ? with_runs(drawn, hidden) : std::vector<std::uint8_t>();
-      packed[kWays * frame + way] = pack(frames[frame],
-                                         way == 0   ? drawn
-                                         : way == 1 ? hidden
-                                                    : going_on,
-                                         way != 0 || holes);
-    });
-    for (std::size_t i = first; i < count; ++i) {
-      const auto of_frame = std::span(packed).subspan(kWays * i, kWays);
-      const auto smaller = [](const Bytes& a, const Bytes& b) {
-        return !a.empty() && (b.empty() || a.size() < b.size());
+      const Choices choices = choices_of(frames[i], i > 0 ? &frames[i - 1].canvas : nullptr);
+      std::array<Packed, kWays> packed;
+      parallel_for(kWays, [&](std::size_t way) { packed[way] = pack(frames[i], choices, way); });
+      const auto smaller = [](const Packed& a, const Packed& b) {
+        return !a.bytes.empty() && (b.bytes.empty() || a.bytes.size() < b.bytes.size());
       };
-      if (!sink_.write(*std::ranges::min_element(of_frame, smaller))) return false;
+      const Packed& best = *std::ranges::min_element(packed, smaller);
+      show(frames[i], choices, best.indexes);
+      if (!sink_.write(best.bytes)) return false;
     }
     frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(count - 1));
     written_ = true;

@@ -1,23 +1,35 @@
 #include "exchange/gif_palette.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "core/edit/picture_fitting.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
+#include "image/settings.h"
 
 namespace vellum {
 namespace {
 
-constexpr CountedColors kVisible{0xFFFFFF, true};
+/// The entries that pixels are matched to.
+std::uint32_t opaque_count(const GifColors& colors) { return colors.transparent.value_or(colors.count); }
+
+std::variant<NearestEntries, CornerEntries> entries_of(const GifColors& colors) {
+  if (settings::FastRemap != 0) return CornerEntries(colors.palette, opaque_count(colors));
+  return NearestEntries(colors.palette, opaque_count(colors));
+}
 
 }  // namespace
 
-void GifPalette::add(const Picture& picture) {
-  octree_.add(picture, kVisible);
-  if (!few_) return;
+void GifPalette::add(std::span<const Picture> pictures) {
+  octree_.add_all(pictures, counted_);
+  for (const Picture& picture : pictures)
+    if (few_) add_exact(picture);
+}
+
+void GifPalette::add_exact(const Picture& picture) {
   Palette own;
-  const auto count = few_colours(picture, 256, own, kVisible);
+  const auto count = few_colours(picture, 256, own, counted_);
   few_ = count.has_value();
   for (std::uint32_t i = 0; few_ && i < *count; ++i) {
     const auto same = [&](std::uint32_t k) {
@@ -48,6 +60,31 @@ GifColors GifPalette::colors(bool transparent, Colour mask, bool best) const {
   }
   result.count = std::max(result.count, 1u);
   return result;
+}
+
+GifMatcher::GifMatcher(const GifColors& colors, std::uint32_t threshold)
+    : entries_(entries_of(colors)), transparent_(colors.transparent), threshold_(threshold) {}
+
+bool GifMatcher::can_match(const GifColors& colors) {
+  // Two colors may go by a cut through the greys (RemapPicture).
+  return opaque_count(colors) > 2 && colors.transparent.value_or(colors.count - 1) == colors.count - 1;
+}
+
+const std::vector<std::uint8_t>& GifMatcher::match(const Picture& picture) {
+  const std::size_t width = picture.width(), bytes = picture.bits() / 8;
+  const bool alike =
+      last_ && last_.width() == width && last_.height() == picture.height() && last_.bits() == picture.bits();
+  indexes_.resize(width * picture.height());
+  for (std::uint32_t y = 0; y < picture.height(); ++y) {
+    const std::uint8_t* row = picture.row(y);
+    if (alike && std::memcmp(row, last_.row(y), bytes * width) == 0) continue;
+    const std::span out(indexes_.data() + width * y, width);
+    std::visit([&](auto& entries) { match_row(entries, row, bytes, out); }, entries_);
+    if (bytes == 4 && transparent_)
+      for (std::size_t x = 0; x < width; ++x) out[x] = row[4 * x + 3] <= threshold_ ? *transparent_ : out[x];
+  }
+  last_ = picture;
+  return indexes_;
 }
 
 Picture with_sharp_alpha(const Picture& picture, std::span<const std::uint8_t> transparency,

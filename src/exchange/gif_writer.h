@@ -2,15 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
-#include <vector>
 
+#include "exchange/gif_lzw.h"
 #include "image/picture.h"
 
 namespace vellum {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// Most pixels of a side, hundredths of a second of a delay, and plays.
 inline constexpr std::uint32_t kMostGif = 65535;
@@ -37,14 +36,17 @@ enum class GifDisposal : std::uint8_t { None = 0, Keep = 1, Background = 2, Prev
 
 struct GifImage {
   std::uint32_t left = 0, top = 0, width = 0, height = 0;
-  std::span<const std::uint8_t> indexes;  ///< one byte a pixel, rows from the top
-  std::uint32_t delay = 0;                ///< hundredths of a second
+  std::span<const std::uint8_t> indexes;      ///< one byte a pixel, rows from the top
+  std::span<const PixelChoice> choices = {};  ///< in their place: then the data are made smaller
+  LzwClear clear = LzwClear::WhenFull;        ///< of these
+  std::uint32_t delay = 0;                    ///< hundredths of a second
   GifDisposal disposal = GifDisposal::None;
   std::optional<std::uint8_t> transparent = {};
   const GifColors* local = nullptr;  ///< a table of its own
   std::uint8_t packed = 0;           ///< the low bits of the descriptor where it has none
 };
-/// Its control extension, descriptor, own table and data; `bits` are those of the table in force.
-void put_gif_image(Bytes& out, const GifImage& image, std::uint32_t bits);
+/// Its control extension, descriptor, own table and data; its indexes are below 2^bits. Gives
+/// those that were taken where there was a choice.
+std::vector<std::uint8_t> put_gif_image(Bytes& out, const GifImage& image, std::uint32_t bits);
 
 }  // namespace vellum

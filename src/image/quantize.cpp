@@ -9,6 +9,7 @@
 #include <optional>
 #include <utility>
 
+#include "image/cut_colors.h"
 #include "image/lanes.h"
 #include "image/picture_rows.h"
 #include "image/refine_palette.h"
@@ -387,10 +388,11 @@ unsigned depth_of(std::uint32_t target) {
 /// its end; or those that are visible.
 class ThreeByteRows {
  public:
-  ThreeByteRows(const Picture& picture, bool visible)
+  ThreeByteRows(const Picture& picture, const CountedColors& counted)
       : picture_(picture),
         bytes_(3 * std::size_t{picture.width()}),
-        visible_(visible && picture.bits() == 32) {}
+        least_(counted.least),
+        visible_(counted.visible && picture.bits() == 32) {}
 
   std::span<const std::uint8_t> row(std::uint32_t y, std::vector<std::uint8_t>& spare) const {
     const std::uint8_t* row = picture_.stored_row(y);
@@ -405,20 +407,30 @@ class ThreeByteRows {
  private:
   std::span<const std::uint8_t> visible_pixels(const std::uint8_t* row,
                                                std::vector<std::uint8_t>& spare) const {
-    spare.resize(bytes_);
+    spare.resize(bytes_ + 1);  // four bytes are written at a time
     std::uint8_t* out = spare.data();
     for (const std::uint8_t* end = row + 4 * std::size_t{picture_.width()}; row < end; row += 4) {
-      if (row[3] < kLeastOpaque) continue;
-      std::copy_n(row, 3, out);
-      out += 3;
+      std::memcpy(out, row, 4);
+      out += row[3] >= least_ ? 3 : 0;
     }
     return {spare.data(), out};
   }
 
   const Picture& picture_;
   std::size_t bytes_;
+  std::uint32_t least_;
   bool visible_;
 };
+static_assert(CountedColors{}.least == kLeastOpaque);
+
+std::uint32_t best_palette(const std::vector<Totals>& cells, std::uint32_t target, Palette& palette) {
+  std::vector<ColorSum> colors;
+  for (const Totals& totals : cells)
+    if (totals.count != 0) colors.push_back({totals.count, totals.sums});
+  const std::uint32_t count = cut_colors(colors, target, palette);
+  refine_palette(colors, palette, count);
+  return count;
+}
 
 constexpr std::uint32_t kNoColor = 0xFFFFFFFF;
 
@@ -451,7 +463,7 @@ void ColorOctree::add(Colour color, std::uint64_t count) {
 
 void ColorOctree::add(const Picture& picture, const CountedColors& counted) {
   if (!has_rows(picture)) return;
-  const ThreeByteRows rows(picture, counted.visible);
+  const ThreeByteRows rows(picture, counted);
   const std::uint64_t pixels = std::uint64_t{picture.width()} * picture.height();
   const std::uint32_t most_rows = std::max<std::uint32_t>(1, kMostPixels / picture.width());
   // A few large bands: each brings sums of its own.
@@ -468,19 +480,34 @@ void ColorOctree::add(const Picture& picture, const CountedColors& counted) {
   });
 }
 
+void ColorOctree::add_all(std::span<const Picture> pictures, const CountedColors& counted) {
+  const std::size_t lanes = std::min(parallel_width(), pictures.size());
+  parallel_for(lanes, [&](std::size_t lane) {
+    CellCounts counts;
+    std::size_t pixels = 0;
+    std::vector<std::uint8_t> spare;
+    for (std::size_t i = lane; i < pictures.size(); i += lanes) {
+      if (!has_rows(pictures[i])) continue;
+      const ThreeByteRows rows(pictures[i], counted);
+      for (std::uint32_t y = 0; y < pictures[i].height(); ++y) {
+        if ((pixels += pictures[i].width()) > kMostPixels) {
+          cells_->take(counts, counted.mask != 0xFFFFFF);
+          counts = {};
+          pixels = pictures[i].width();
+        }
+        count_row(counts, rows.row(y, spare));
+      }
+    }
+    cells_->take(counts, counted.mask != 0xFFFFFF);
+  });
+}
+
 std::uint32_t ColorOctree::palette(std::uint32_t target, Palette& out, bool best) const {
   target = held_target(target);
+  if (best) return best_palette(cells_->totals, target, out);
   Tree tree(cells_->totals, depth_of(target));
   tree.reduce(target);
-  const std::uint32_t count = tree.assign(out);
-  if (!best) return count;
-  std::vector<ColorSum> colors;
-  for (const Totals& totals : cells_->totals)
-    if (totals.count != 0) colors.push_back({totals.count, totals.sums});
-  // The tree may end below what is wanted; what is missing goes where the error is largest.
-  const auto all = static_cast<std::uint32_t>(std::min<std::size_t>(target, colors.size()));
-  refine_palette(colors, out, std::max(count, all));
-  return std::max(count, all);
+  return tree.assign(out);
 }
 
 FewColors::FewColors(std::uint32_t most, const CountedColors& counted)
@@ -488,7 +515,7 @@ FewColors::FewColors(std::uint32_t most, const CountedColors& counted)
 
 bool FewColors::add(const Picture& picture) {
   if (!has_rows(picture)) return true;
-  const ThreeByteRows rows(picture, counted_.visible);
+  const ThreeByteRows rows(picture, counted_);
   std::vector<std::uint8_t> spare;
   std::uint32_t before = kNoColor;
   for (std::uint32_t y = 0; y < picture.height(); ++y) {

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "image/picture.h"
@@ -15,6 +16,7 @@ inline constexpr const char* kQuantizing = "Quantizing";  ///< the caption of it
 struct CountedColors {
   std::uint32_t mask = 0xFFFFFF;  ///< red lowest; the other bits read as 0
   bool visible = false;           ///< pictures of 32 bits are read as such, without pixels of little alpha
+  std::uint32_t least = 128;      ///< alpha from here on isn't little
 };
 
 /// Gathers the colors of pictures and makes a palette of them. Alpha is not looked at.
@@ -28,6 +30,9 @@ class ColorOctree {
   /// Counts every pixel of a picture of 24 bits. Of other depths the rows are read as three bytes a pixel, as
   /// they fall, but for what `counted` says. Throws std::bad_alloc.
   void add(const Picture& picture, const CountedColors& counted = {});
+
+  /// The same for many pictures, counted side by side.
+  void add_all(std::span<const Picture> pictures, const CountedColors& counted = {});
 
   /// Counts pixels of one color (red lowest).
   void add(Colour color, std::uint64_t count);

@@ -11,19 +11,6 @@ namespace {
 /// Behind so many steps a twentieth of a decibel is left to gain.
 constexpr int kSteps = 10;
 
-/// The mean of a color's pixels, rounded.
-std::array<std::uint8_t, 3> mean_of(const ColorSum& color) {
-  std::array<std::uint8_t, 3> mean;
-  for (std::size_t c = 0; c < 3; ++c)
-    mean[c] = static_cast<std::uint8_t>((color.sums[c] + color.count / 2) / color.count);
-  return mean;
-}
-
-void add(ColorSum& to, const ColorSum& color) {
-  to.count += color.count;
-  for (std::size_t c = 0; c < 3; ++c) to.sums[c] += color.sums[c];
-}
-
 /// Squared distances of a color's pixels to an entry, as if they all were their mean.
 std::uint64_t error_of(const std::array<std::uint8_t, 3>& mean, const std::uint8_t* entry,
                        std::uint64_t count) {
@@ -48,7 +35,7 @@ bool move_entries(std::span<const ColorSum> colors, Palette& palette, std::uint3
   for (const ColorSum& color : colors) {
     const auto mean = mean_of(color);
     const std::uint32_t entry = nearest.index(mean[0], mean[1], mean[2]);
-    add(groups[entry], color);
+    groups[entry] += color;
     const std::uint64_t error = error_of(mean, &palette[3 * std::size_t{entry}], color.count);
     if (error > farthest[entry].error) farthest[entry] = {error, mean};
   }
@@ -63,6 +50,13 @@ bool move_entries(std::span<const ColorSum> colors, Palette& palette, std::uint3
 }
 
 }  // namespace
+
+std::array<std::uint8_t, 3> mean_of(const ColorSum& color) {
+  std::array<std::uint8_t, 3> mean;
+  for (std::size_t c = 0; c < 3; ++c)
+    mean[c] = static_cast<std::uint8_t>((color.sums[c] + color.count / 2) / color.count);
+  return mean;
+}
 
 void refine_palette(std::span<const ColorSum> colors, Palette& palette, std::uint32_t count) {
   if (colors.empty() || count == 0) return;

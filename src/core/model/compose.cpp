@@ -1,8 +1,10 @@
 #include "core/model/compose.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/model/frame_values.h"
+#include "image/alpha_runs.h"
 #include "image/picture_rows.h"
 
 namespace vellum {
@@ -120,6 +122,49 @@ bool draw_frame(CanvasState& state, const ViewValues& values, const Coming& comi
   return true;
 }
 
+/// What can't be seen is black on a canvas.
+Picture without_hidden_colors(const Picture& picture) {
+  const auto hides = [&](std::uint32_t y) {
+    const std::uint8_t* row = picture.row(y);
+    std::uint32_t hidden = 0;
+    for (std::size_t x = 0, width = picture.width(); x < width; ++x) {
+      const std::uint32_t pixel = read_le32(row + 4 * x);
+      hidden |= pixel >> 24 == 0 ? pixel : 0;
+    }
+    return hidden != 0;
+  };
+  std::uint32_t first = 0;
+  while (first < picture.height() && !hides(first)) ++first;
+  if (first == picture.height()) return picture;
+  Picture result = PictureDuplicate(picture);
+  const EditRows rows(result);
+  if (!rows) return {};
+  for_each_row(result.height() - first, result.stride(), [&](std::uint32_t y) {
+    std::uint8_t* row = rows[first + y];
+    for (std::size_t x = 0, width = result.width(); x < width; ++x)
+      if (row[4 * x + 3] == 0) write_le32(row + 4 * x, 0);
+  });
+  return result;
+}
+
+bool is_opaque(const Picture& picture) {
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    if (!is_opaque_run(picture.row(y), picture.width())) return false;
+  return true;
+}
+
+/// The picture of a frame that replaces the whole canvas, as 32 bits with straight alpha; null for others.
+Picture whole_canvas(const ViewValues& values, const ChunkRecord& record, bool empty) {
+  const FrameManner manner = frame_manner(record, values.rule);
+  if (manner.dispose == kDisposePrevious) return {};
+  const Picture layer = layer_of(values, record);
+  if (!layer || layer.bits() != 32 ||
+      !covers(rect_of(layer, GetFrameOffset(record, values.kind)), values.canvas))
+    return {};
+  const bool replaces = !manner.over || manner.clears || empty || is_opaque(layer);
+  return replaces ? without_hidden_colors(layer) : Picture();
+}
+
 }  // namespace
 
 ViewValues view_values(const ChunkList& list, const Document& document, Ground ground) {
@@ -152,6 +197,12 @@ StraightCanvases::StraightCanvases(const DocumentWindow& window)
 }
 
 Picture StraightCanvases::next(const ChunkRecord& record) {
+  const bool empty = !undrawn_ && !state_.canvas.shown;
+  if (Picture whole = whole_canvas(values_, record, empty)) {
+    undrawn_ = record;
+    return whole;
+  }
+  if (undrawn_ && !compose_frame(state_, values_, *std::exchange(undrawn_, std::nullopt))) return {};
   return compose_frame(state_, values_, record) ? straight_picture(state_.canvas) : Picture();
 }
 

@@ -1,6 +1,7 @@
 // Composing: one frame after another is drawn on a canvas, each kind of animation by its own rules.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "core/model/document.h"
@@ -49,6 +50,7 @@ struct CanvasState {
 Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record);
 
 /// The canvases of a document's frames with straight alpha, 32 bits, for who builds other documents of them.
+/// A frame that replaces its canvas is that canvas; it is drawn when another one is laid over it.
 class StraightCanvases {
  public:
   explicit StraightCanvases(const DocumentWindow& window);
@@ -58,6 +60,7 @@ class StraightCanvases {
  private:
   ViewValues values_;
   CanvasState state_;
+  std::optional<ChunkRecord> undrawn_;  ///< the last frame, while the state is without it
 };
 
 }  // namespace vellum
