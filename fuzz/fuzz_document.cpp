@@ -1,13 +1,10 @@
 // Any bytes at all: they open or are refused with a reason; what opens is walked as a window would, is saved,
 // and what was saved opens again with the same images.
 #include "core/files/open_document.h"
-#include "core/files/read_mng.h"
-#include "core/files/read_png.h"
-#include "core/files/read_webp.h"
 #include "core/files/save_document.h"
 #include "core/model/chunk_description.h"
 #include "core/settings.h"
-#include "fuzz_support.h"
+#include "fuzz_readers.h"
 
 using namespace vellum;
 using namespace vellum::fuzz;
@@ -32,7 +29,7 @@ std::size_t walk(const DocumentWindow& window) {
 /// What a fuzz target feeds.
 struct Target {
   std::string_view name;
-  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const FileContent> owner);
+  ReadDocument read;
   const char* extension;
   std::uint64_t (*pixels)(Input);
   std::uint64_t most_pixels;  ///< larger canvases only make the fuzzer slow

@@ -8,8 +8,10 @@
 
 namespace vellum::fuzz {
 
+using ReadDocument = bool (*)(DocumentWindow&, Input, Host&, std::shared_ptr<const FileContent> owner);
+
 struct Reader {
-  bool (*read)(DocumentWindow&, Input, Host&, std::shared_ptr<const FileContent> owner);
+  ReadDocument read;
   std::uint64_t (*pixels)(Input);
 };
 
