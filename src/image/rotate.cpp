@@ -179,14 +179,14 @@ VELLUM_INLINE void mix_columns(std::uint8_t* to, std::size_t to_stride, std::int
   constexpr std::size_t kLanes = 8, kGroups = kColumns / kLanes;
   Lanes8 before[kGroups], parts[kGroups];
   Halves16 moved[kGroups], stays[kGroups];
-  const auto load = [&at](Lanes8 & lanes, std::size_t group, std::size_t offset)
+  const auto load = [&at](Lanes8 & lanes, std::size_t group, std::ptrdiff_t offset)
       __attribute__((always_inline)) {
     std::int32_t pixel[kLanes];
     for (std::size_t i = 0; i < kLanes; ++i) std::memcpy(&pixel[i], at[group * kLanes + i] + offset, 4);
     lanes = Lanes8{pixel[0], pixel[1], pixel[2], pixel[3], pixel[4], pixel[5], pixel[6], pixel[7]};
   };
   for (std::size_t group = 0; group < kGroups; ++group) {
-    load(before[group], group, -stride);
+    load(before[group], group, -static_cast<std::ptrdiff_t>(stride));
     std::memcpy(&parts[group], part + group * kLanes, sizeof parts[group]);
     moved[group] = reinterpret_cast<Halves16>(parts[group]);
     moved[group] |= reinterpret_cast<Halves16>(parts[group] <<= 16);
