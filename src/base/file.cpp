@@ -122,15 +122,23 @@ std::filesystem::path backup_path(const std::filesystem::path& path) {
 
 Sink file_sink(SafeFile& file) {
   return {[&file](std::span<const std::uint8_t> bytes) { return file.write(bytes); },
-          [&file] { return file.commit(); }, [&file] { return file.reason(); }};
+          [&file] { return file.commit(); }, [&file] { return file.reason(); },
+          [&file](std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+            return file.rewrite(offset, bytes);
+          }};
 }
 
 Sink memory_sink(std::vector<std::uint8_t>& bytes) {
+  const std::size_t begin = bytes.size();
   return {[&bytes](std::span<const std::uint8_t> more) {
             bytes.insert(bytes.end(), more.begin(), more.end());
             return true;
           },
-          [] { return true; }, [] { return std::string(); }};
+          [] { return true; }, [] { return std::string(); },
+          [&bytes, begin](std::uint64_t offset, std::span<const std::uint8_t> other) {
+            std::ranges::copy(other, bytes.begin() + static_cast<std::ptrdiff_t>(begin + offset));
+            return true;
+          }};
 }
 
 Sink counting_sink(std::uint64_t& count, std::function<bool()> stop) {
@@ -138,7 +146,8 @@ Sink counting_sink(std::uint64_t& count, std::function<bool()> stop) {
             count += bytes.size();
             return !stop || !stop();
           },
-          [] { return true; }, [] { return std::string("stopped"); }};
+          [] { return true; }, [] { return std::string("stopped"); },
+          [](std::uint64_t, std::span<const std::uint8_t>) { return true; }};
 }
 
 }  // namespace vellum

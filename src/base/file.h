@@ -84,6 +84,8 @@ class SafeFile {
   const std::vector<std::string>& notes() const { return notes_; }
 
   bool write(std::span<const std::uint8_t> bytes);
+  /// Other bytes in place of those that were written from `offset` on.
+  bool rewrite(std::uint64_t offset, std::span<const std::uint8_t> bytes);
   /// Flushes, syncs, closes and renames; false and nothing left behind on any failure.
   bool commit();
 
@@ -109,6 +111,8 @@ struct Sink {
   std::function<bool(std::span<const std::uint8_t>)> write;
   std::function<bool()> finish;
   std::function<std::string()> reason;
+  /// Other bytes in place of those that were written from the offset on.
+  std::function<bool(std::uint64_t offset, std::span<const std::uint8_t>)> rewrite = {};
 };
 
 /// Into the file, which outlives the sink.

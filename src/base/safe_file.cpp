@@ -113,6 +113,18 @@ bool SafeFile::write(std::span<const std::uint8_t> bytes) {
   return true;
 }
 
+bool SafeFile::rewrite(std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+  if (!ok() || !open_temporary() || !flush()) return false;
+  while (!bytes.empty()) {
+    const ssize_t put = pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) return fail("write", errno);
+    offset += static_cast<std::uint64_t>(put);
+    bytes = bytes.subspan(static_cast<std::size_t>(put));
+  }
+  return true;
+}
+
 bool SafeFile::commit() {
   if (!ok() || !open_temporary() || !flush()) return false;
   if (fsync(descriptor_) != 0) return fail("write", errno);

@@ -104,33 +104,42 @@ Bytes frame_head(const WebpFramePart& frame, std::uint64_t pixels) {
   return out;
 }
 
+}  // namespace
+
 /// Puts the chunks of a file together.
-class Assembly {
+class WebpAssembly {
  public:
-  explicit Assembly(const WebpContents& contents) : contents_(contents), extras_(contents.extras) {
+  WebpAssembly(const WebpContents& contents, std::size_t frames, const Sink& sink)
+      : contents_(contents), count_(frames), sink_(sink), extras_(contents.extras) {
     for (WebpExtra& extra : extras_)
       if (const MetadataRow* row = metadata_row(extra.tag)) {
         flags_ |= row->flag;
-        extra.behind = row->front ? 0 : std::max(extra.behind, contents.frames.size());
+        extra.behind = row->front ? 0 : std::max(extra.behind, count_);
       }
     // A profile comes before all else, camera data and XMP behind the images; the others keep their order.
     std::ranges::stable_sort(
         extras_, {}, [](const WebpExtra& extra) { return std::pair(extra.behind, !is_front(extra)); });
   }
 
-  bool write(const Sink& sink) {
-    if (!measure() || bytes_ > 0xFFFFFFFE) return false;
-    sink_ = &sink;
-    put(form_head());
-    if (is_extended()) put(extended_head());
-    while (next_ < extras_.size() && is_front(extras_[next_])) put_extra();
-    if (contents_.animated) put(animation_head());
-    put_others(0);
-    for (std::size_t i = 0; good_ && i < contents_.frames.size(); ++i) {
-      put_image(contents_.frames[i]);
-      put_others(i + 1);
-    }
+  /// All at once: what the head tells is measured first.
+  bool write() {
+    measure_head();
+    for (const WebpFramePart& frame : contents_.frames) measure(frame);
+    put_head();
+    for (const WebpFramePart& frame : contents_.frames) put_frame(frame);
     return good_;
+  }
+
+  /// Frame by frame: what the head tells is put in at the end.
+  bool begin() {
+    measure_head();
+    return put_head();
+  }
+  bool add(const WebpFramePart& frame) { return measure(frame) && put_frame(frame); }
+  bool end() {
+    Bytes head = form_head();
+    append(head, extended_head());
+    return good_ && sink_.rewrite && sink_.rewrite(0, head);
   }
 
  private:
@@ -139,26 +148,44 @@ class Assembly {
     return row && row->front;
   }
 
-  /// How long the file gets behind the size in its head, and its flags. False where a frame has no pixels.
-  bool measure() {
+  /// How long the file gets behind the size in its head, and its flags.
+  void measure_head() {
     bytes_ = 4;
     if (contents_.animated) {
       flags_ |= kAnimationFlag;
       bytes_ += kChunkHead + 6;
     }
     for (const WebpExtra& extra : extras_) bytes_ += bytes_of({{{extra.tag, extra.data}}});
-    for (const WebpFramePart& frame : contents_.frames) {
-      const auto pixels = pixel_chunks(frame.still);
-      if (pixels.empty()) return false;
-      if (has_alpha(pixels)) flags_ |= kAlphaFlag;
-      extendedPixels_ = extendedPixels_ || pixels.size() > 1;
-      bytes_ += bytes_of(pixels) + (contents_.animated ? kChunkHead + kFrameHead : 0);
-    }
-    if (is_extended()) bytes_ += kChunkHead + 10;
-    return true;
   }
 
-  void put(std::span<const std::uint8_t> bytes) { good_ = good_ && sink_->write(bytes); }
+  /// False where the frame has no pixels, or the file gets too long.
+  bool measure(const WebpFramePart& frame) {
+    const auto pixels = pixel_chunks(frame.still);
+    if (has_alpha(pixels)) flags_ |= kAlphaFlag;
+    extendedPixels_ = extendedPixels_ || pixels.size() > 1;
+    bytes_ += bytes_of(pixels) + (contents_.animated ? kChunkHead + kFrameHead : 0);
+    good_ = good_ && !pixels.empty() && whole_bytes() <= 0xFFFFFFFE;
+    return good_;
+  }
+
+  std::uint64_t whole_bytes() const { return bytes_ + (is_extended() ? kChunkHead + 10 : 0); }
+
+  bool put_head() {
+    put(form_head());
+    if (is_extended()) put(extended_head());
+    while (next_ < extras_.size() && is_front(extras_[next_])) put_extra();
+    if (contents_.animated) put(animation_head());
+    put_others(0);
+    return good_;
+  }
+
+  bool put_frame(const WebpFramePart& frame) {
+    put_image(frame);
+    put_others(++written_);
+    return good_;
+  }
+
+  void put(std::span<const std::uint8_t> bytes) { good_ = good_ && sink_.write(bytes); }
 
   void put_chunk(const WebpChunk& chunk) {
     static constexpr std::uint8_t kPadding[] = {0};
@@ -175,7 +202,7 @@ class Assembly {
   }
 
   void put_others(std::size_t frames) {
-    const bool last = frames == contents_.frames.size();
+    const bool last = frames == count_;
     while (next_ < extras_.size() && (last || extras_[next_].behind <= frames)) put_extra();
   }
 
@@ -199,7 +226,7 @@ class Assembly {
   Bytes form_head() const {
     Bytes head;
     append(head, std::span(reinterpret_cast<const std::uint8_t*>("RIFF"), 4));
-    append_le(head, bytes_, 4);
+    append_le(head, whole_bytes(), 4);
     append(head, std::span(reinterpret_cast<const std::uint8_t*>("WEBP"), 4));
     return head;
   }
@@ -213,14 +240,18 @@ class Assembly {
     return head;
   }
 
-  const WebpContents& contents_;
+  const WebpContents contents_;
+  const std::size_t count_;  ///< of the frames
+  const Sink& sink_;
   std::vector<WebpExtra> extras_;  ///< in the order of the file
-  const Sink* sink_ = nullptr;
+  std::size_t written_ = 0;        ///< of the frames
   std::uint64_t bytes_ = 0;
   std::uint8_t flags_ = 0;
   bool good_ = true, extendedPixels_ = false;
   std::size_t next_ = 0;  ///< of the extras
 };
+
+namespace {
 
 /// The chunks of a form of type WEBP, as they lie behind its head; nothing of other bytes.
 std::span<const std::uint8_t> form_content(std::span<const std::uint8_t> file) {
@@ -266,7 +297,15 @@ bool write_webp_file(const WebpContents& contents, const Sink& sink) {
   if (contents.frames.empty() || contents.width == 0 || contents.height == 0) return false;
   const auto still = contents.frames.front().still;
   if (!contents.animated && contents.extras.empty() && is_riff(still)) return sink.write(still);
-  return Assembly(contents).write(sink);
+  return WebpAssembly(contents, contents.frames.size(), sink).write();
 }
+
+WebpAnimationFile::WebpAnimationFile(const WebpContents& contents, std::size_t frames, const Sink& sink)
+    : assembly_(std::make_unique<WebpAssembly>(contents, frames, sink)) {
+  assembly_->begin();
+}
+WebpAnimationFile::~WebpAnimationFile() = default;
+bool WebpAnimationFile::add(const WebpFramePart& frame) { return assembly_->add(frame); }
+bool WebpAnimationFile::end() { return assembly_->end(); }
 
 }  // namespace vellum

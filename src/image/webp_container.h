@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -65,5 +66,25 @@ struct WebpContents {
 /// Writes the file; a still picture without extras as its encoder made it. False where it would be longer
 /// than the container can tell (4 GiB), where a frame holds no image, and where the sink fails.
 bool write_webp_file(const WebpContents& contents, const Sink& sink);
+
+class WebpAssembly;
+
+/// An animation that is written while its frames come. What fails once fails all that follows.
+class WebpAnimationFile {
+ public:
+  /// `contents` without its frames, of which there will be `frames`; the sink outlives this.
+  WebpAnimationFile(const WebpContents& contents, std::size_t frames, const Sink& sink);
+  ~WebpAnimationFile();
+  WebpAnimationFile(const WebpAnimationFile&) = delete;
+  WebpAnimationFile& operator=(const WebpAnimationFile&) = delete;
+
+  /// False as `write_webp_file`.
+  bool add(const WebpFramePart& frame);
+  /// Puts what is known now into the head.
+  bool end();
+
+ private:
+  std::unique_ptr<WebpAssembly> assembly_;
+};
 
 }  // namespace vellum

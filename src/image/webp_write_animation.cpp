@@ -118,23 +118,29 @@ class AnimationWriter {
   AnimationWriter(const WebpParameters& parameters, const std::function<bool(WebpFrameRequest&)>& next)
       : parameters_(parameters), next_(next) {}
 
-  bool encode() {
+  bool write(const Sink& sink) {
     constexpr std::size_t kAtOnce = 16;  // canvases in memory
-    while (frames_.size() < parameters_.frameCount) {
-      const std::size_t first = frames_.size();
-      const std::size_t last = std::min<std::size_t>(parameters_.frameCount, first + kAtOnce);
-      while (frames_.size() < last)
+    const WebpContents contents{.width = parameters_.canvasWidth,
+                                .height = parameters_.canvasHeight,
+                                .animated = true,
+                                .background = parameters_.backgroundColor,
+                                .loops = std::min(parameters_.loopCount, kMostLoops),
+                                .frames = {},
+                                .extras = {parameters_.extras.begin(), parameters_.extras.end()}};
+    WebpAnimationFile file(contents, parameters_.frameCount, sink);
+    while (taken_ < parameters_.frameCount) {
+      // The last frame of a round waits for the next one, which tells when it ends.
+      const std::size_t waiting = frames_.size();
+      while (taken_ < parameters_.frameCount && frames_.size() < waiting + kAtOnce)
         if (!take_frame()) return false;
-      if (!encode_from(first)) return false;
+      if (!encode_from(waiting) || !put_frames(file, frames_.size() - 1)) return false;
     }
     WebpFrameRequest total;
     total.last = true;
     if (!next_(total)) return false;
     end_ = total.timestamp;
-    return true;
+    return put_frames(file, frames_.size()) && file.end();
   }
-
-  bool assemble(const Sink& sink) const;
 
  private:
   bool take_frame() {
@@ -147,6 +153,7 @@ class AnimationWriter {
     ground_.cleared.reset();
     if (frame.dispose) ground_.cleared = frame.area;
     frames_.push_back(std::move(frame));
+    ++taken_;
     return true;
   }
 
@@ -174,14 +181,14 @@ class AnimationWriter {
   bool draw_frame(FrameOut& frame, const WebpFrameRequest& request) {
     const Picture canvas = request.canvas ? request.canvas() : Picture();
     if (!is_canvas(canvas)) return false;
-    if (!frames_.empty() && !ground_.canvas) ground_.canvas = drawn_ ? drawn_() : Picture();
-    if (!frames_.empty() && !is_canvas(ground_.canvas)) return false;
-    frame.area = frames_.empty() ? whole() : changed_area(canvas, ground_);
+    if (taken_ != 0 && !ground_.canvas) ground_.canvas = drawn_ ? drawn_() : Picture();
+    if (taken_ != 0 && !is_canvas(ground_.canvas)) return false;
+    frame.area = taken_ == 0 ? whole() : changed_area(canvas, ground_);
     frame.exact = parameters_.lossless || request.stored;
     if (frame.exact && shown_.lossy) frame.area = joined(frame.area, *shown_.lossy);
     frame.area.left &= ~1;
     frame.area.top &= ~1;
-    const bool onto = !frames_.empty() && !ground_.cleared && !(frame.exact && shown_.lossy);
+    const bool onto = taken_ != 0 && !ground_.cleared && !(frame.exact && shown_.lossy);
     frame.canvas = canvas;
     frame.before = onto ? ground_.canvas : Picture();
     ground_.canvas = canvas;
@@ -225,6 +232,9 @@ class AnimationWriter {
     return !failed;
   }
 
+  /// Writes the first `count` frames and forgets them.
+  bool put_frames(WebpAnimationFile& file, std::size_t count);
+
   std::uint32_t duration(std::size_t i) const {
     const std::int64_t end = i + 1 < frames_.size() ? frames_[i + 1].start : end_;
     return static_cast<std::uint32_t>(std::clamp<std::int64_t>(end - frames_[i].start, 0, kMostMilliseconds));
@@ -232,26 +242,19 @@ class AnimationWriter {
 
   const WebpParameters& parameters_;
   const std::function<bool(WebpFrameRequest&)>& next_;
-  std::vector<FrameOut> frames_;
-  Ground ground_;  ///< its canvas may be null: `drawn_` gives it
+  std::vector<FrameOut> frames_;  ///< those that are not written yet
+  std::size_t taken_ = 0;         ///< of all frames
+  Ground ground_;                 ///< its canvas may be null: `drawn_` gives it
   std::function<Picture()> drawn_;
   Shown shown_;
   std::int64_t end_ = 0;  ///< when the last frame ends, in milliseconds
 };
 
-bool AnimationWriter::assemble(const Sink& sink) const {
-  WebpContents contents{.width = parameters_.canvasWidth,
-                        .height = parameters_.canvasHeight,
-                        .animated = true,
-                        .background = parameters_.backgroundColor,
-                        .loops = std::min(parameters_.loopCount, kMostLoops),
-                        .frames = {},
-                        .extras = {parameters_.extras.begin(), parameters_.extras.end()}};
-  contents.frames.reserve(frames_.size());
-  for (std::size_t i = 0; i < frames_.size(); ++i) {
+bool AnimationWriter::put_frames(WebpAnimationFile& file, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
     const FrameOut& frame = frames_[i];
     const auto [left, top, right, bottom] = frame.area;
-    contents.frames.push_back({.still = frame.stored ? frame.stored->frame().pixels : frame.stream,
+    const bool put = file.add({.still = frame.stored ? frame.stored->frame().pixels : frame.stream,
                                .x = static_cast<std::uint32_t>(left),
                                .y = static_cast<std::uint32_t>(top),
                                .width = static_cast<std::uint32_t>(right - left),
@@ -259,10 +262,10 @@ bool AnimationWriter::assemble(const Sink& sink) const {
                                .duration = duration(i),
                                .dispose = frame.dispose,
                                .blend = frame.over});
+    if (!put || (frame.stored && !frame.stored->intact())) return false;
   }
-  return write_webp_file(contents, sink) && std::ranges::all_of(frames_, [](const FrameOut& frame) {
-           return !frame.stored || frame.stored->intact();
-         });
+  frames_.erase(frames_.begin(), frames_.begin() + static_cast<std::ptrdiff_t>(count));
+  return true;
 }
 
 }  // namespace
@@ -273,7 +276,7 @@ bool WEBPWriteAnimation(const WebpParameters& parameters, const std::function<bo
       parameters.frameCount == 0)
     return false;
   AnimationWriter writer(parameters, next);
-  return writer.encode() && writer.assemble(sink);
+  return writer.write(sink);
 }
 
 }  // namespace vellum

@@ -100,6 +100,14 @@ class FrameSource {
     return true;
   }
 
+  /// Whether what frames came from is another by now.
+  bool is_lost() const {
+    for (std::size_t at = 0; (at = chunk_find_first(list_, tag::WEBI, nullptr, at)) != kNoEntry; ++at)
+      if (const KeptWebp stored = stored_webp_of(list_.record(at).data); stored && !stored->intact())
+        return true;
+    return false;
+  }
+
  private:
   /// What the whole canvas came from.
   KeptWebp stored_canvas(const ChunkRecord& record) const {
@@ -139,16 +147,17 @@ bool write_animation(const WebpSaving& saving, std::size_t images, const Sink& s
                                   .mixed = saving.options.webpMixed,
                                   .extras = saving.extras};
   FrameSource source(saving, parameters);
-  bool begun = false;  // all frames are there
+  bool full = false;  // the sink takes no more
   Sink watched = sink;
   watched.write = [&](std::span<const std::uint8_t> bytes) {
-    begun = true;
-    return sink.write(bytes);
+    full = full || !sink.write(bytes);
+    return !full;
   };
   const auto give = [&](WebpFrameRequest& request) { return source(request); };
   if (WEBPWriteAnimation(parameters, give, watched)) return true;
-  return begun ? saving.fail_to_write(sink)
-               : saving.fail(translated("a frame can't be compressed"), FaultKind::Limit);
+  return full || source.is_lost()
+             ? saving.fail_to_write(sink)
+             : saving.fail(translated("a frame can't be compressed"), FaultKind::Limit);
 }
 
 /// The entries that are no image, and how many images stand in front of each.
