@@ -93,6 +93,12 @@ class CellCounts {
   std::vector<CellSums> all_ = std::vector<CellSums>(kCells);
 };
 
+/// The sums of some bands of a picture.
+struct BandCounts {
+  CellCounts cells;
+  std::size_t pixels = 0;
+};
+
 #pragma GCC diagnostic ignored "-Wpsabi"  // vectors are passed to functions that are inlined
 
 /// Pixels that are taken apart at a time, and the bytes that are read of them.
@@ -118,31 +124,28 @@ VELLUM_INLINE void places_of_eight(const std::uint8_t* pixels, std::uint32_t* pl
 }
 static_assert(kMostDepth == 5 && kLowBits == 3);
 
-/// Two pixels in turn, from both halves of the row: neighbours fall into the same cell mostly, and the second
-/// would wait for the first. The first `done` pixels of the halves are counted already.
-void count_halves(CellCounts& cells, const std::uint8_t* row, std::size_t width, std::size_t done) {
-  const std::size_t half = width / 2;
-  const std::uint8_t* second = row + 3 * (half + done);
-  row += 3 * done;
-  for (std::size_t x = done; x < half; ++x, row += 3, second += 3) {
-    cells.add(row[2], row[1], row[0]);
-    cells.add(second[2], second[1], second[0]);
-  }
-  if (width % 2 != 0) cells.add(second[2], second[1], second[0]);
+/// Parts of a row whose pixels are counted in turn: neighbours fall into the same cell mostly, and each would
+/// wait for the one before it.
+constexpr std::size_t kParts = 4;
+
+/// The first `done` pixels of each part are counted already.
+void count_parts(CellCounts& cells, const std::uint8_t* row, std::size_t width, std::size_t done) {
+  const std::size_t part = width / kParts;
+  const auto add = [&](std::size_t x) { cells.add(row[3 * x + 2], row[3 * x + 1], row[3 * x]); };
+  for (std::size_t x = done; x < part; ++x)
+    for (std::size_t i = 0; i < kParts; ++i) add(i * part + x);
+  for (std::size_t x = kParts * part; x < width; ++x) add(x);
 }
 
-/// How many pixels of both halves of the row are counted.
+/// How many pixels of each part of the row are counted.
 VELLUM_AVX2 std::size_t count_eights(CellCounts& cells, const std::uint8_t* row, std::size_t width) {
-  const std::size_t half = width / 2;
+  const std::size_t part = width / kParts;
   std::size_t x = 0;
-  for (; 3 * (half - x) >= kEightBytes; x += kEight) {
-    std::array<std::uint32_t, 2 * kEight> places;
-    places_of_eight(row + 3 * x, places.data());
-    places_of_eight(row + 3 * (half + x), places.data() + kEight);
-    for (std::size_t i = 0; i < kEight; ++i) {
-      cells.add(places[i] >> 16, places[i] & 0xFFFF);
-      cells.add(places[kEight + i] >> 16, places[kEight + i] & 0xFFFF);
-    }
+  for (; 3 * (part - x) >= kEightBytes; x += kEight) {
+    std::uint32_t places[kParts][kEight];
+    for (std::size_t i = 0; i < kParts; ++i) places_of_eight(row + 3 * (i * part + x), places[i]);
+    for (std::size_t k = 0; k < kEight; ++k)
+      for (std::size_t i = 0; i < kParts; ++i) cells.add(places[i][k] >> 16, places[i][k] & 0xFFFF);
   }
   return x;
 }
@@ -150,7 +153,7 @@ VELLUM_AVX2 std::size_t count_eights(CellCounts& cells, const std::uint8_t* row,
 void count_row(CellCounts& cells, std::span<const std::uint8_t> pixels) {
   const std::size_t width = pixels.size() / 3;
   const std::size_t done = has_avx2() ? count_eights(cells, pixels.data(), width) : 0;
-  count_halves(cells, pixels.data(), width, done);
+  count_parts(cells, pixels.data(), width, done);
 }
 
 /// Count, sums and sum of squares of the pixels below a node.
@@ -470,14 +473,32 @@ void ColorOctree::add(const Picture& picture, const CountedColors& counted) {
   const std::uint64_t bands = std::clamp<std::uint64_t>(pixels >> 20, 1, 2 * parallel_width());
   const auto band_rows =
       std::min<std::uint32_t>(most_rows, static_cast<std::uint32_t>((picture.height() + bands - 1) / bands));
+  // To make and to add up the sums takes as long as many rows, so a worker goes on with those of another
+  // band.
+  std::mutex mutex;
+  std::vector<std::unique_ptr<BandCounts>> idle;
   parallel_for((picture.height() + band_rows - 1) / band_rows, [&](std::size_t band) {
-    CellCounts counts;
-    std::vector<std::uint8_t> spare;
     const auto first = static_cast<std::uint32_t>(band * band_rows);
-    for (std::uint32_t y = first; y < std::min(first + band_rows, picture.height()); ++y)
-      count_row(counts, rows.row(y, spare));
-    cells_->take(counts, counted.mask != 0xFFFFFF);
+    const std::uint32_t end = std::min(first + band_rows, picture.height());
+    const std::size_t more = std::size_t{end - first} * picture.width();
+    std::unique_ptr<BandCounts> counts;
+    {
+      const std::scoped_lock lock(mutex);
+      const auto fits = std::ranges::find_if(
+          idle, [more](const auto& other) { return other->pixels + more <= kMostPixels; });
+      if (fits != idle.end()) {
+        counts = std::move(*fits);
+        idle.erase(fits);
+      }
+    }
+    if (!counts) counts = std::make_unique<BandCounts>();
+    counts->pixels += more;
+    std::vector<std::uint8_t> spare;
+    for (std::uint32_t y = first; y < end; ++y) count_row(counts->cells, rows.row(y, spare));
+    const std::scoped_lock lock(mutex);
+    idle.push_back(std::move(counts));
   });
+  for (const auto& counts : idle) cells_->take(counts->cells, counted.mask != 0xFFFFFF);
 }
 
 void ColorOctree::add_all(std::span<const Picture> pictures, const CountedColors& counted) {
