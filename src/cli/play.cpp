@@ -4,6 +4,7 @@
 #include "base/translation.h"
 #include "cli/command.h"
 #include "core/files/open_document.h"
+#include "core/files/unchecked_images.h"
 #include "core/settings.h"
 #include "image/png_file.h"
 #include "playback/compositor.h"
@@ -26,17 +27,43 @@ bool write_canvas(const std::string& folder, std::uint64_t step, const Picture& 
   return !bytes.empty() && file.write(bytes) && file.commit();
 }
 
-void print_step(std::uint64_t step, const ShownFrame& frame) {
-  std::printf("%llu\t%zu\t%u\t%llu\t%u\n", static_cast<unsigned long long>(step), frame.entry + 1,
-              frame.ordinal, static_cast<unsigned long long>(frame.start), frame.delay);
+std::string step_line(std::uint64_t step, const ShownFrame& frame) {
+  return format_text("%llu\t%zu\t%u\t%llu\t%u\n", static_cast<unsigned long long>(step), frame.entry + 1,
+                     frame.ordinal, static_cast<unsigned long long>(frame.start), frame.delay);
 }
 
-bool play(Compositor& compositor, const PlayOptions& options, Host& host) {
+/// Prints the steps; holds them back as long as frames are unchecked.
+class StepPrinter {
+ public:
+  explicit StepPrinter(const UncheckedImages& unchecked) : unchecked_(unchecked) {}
+
+  /// False where a frame turns out not to be sound: then nothing was printed.
+  bool print(const std::string& line) {
+    held_ += line;
+    return (++steps_ < unchecked_.streams.size() && !printed_) || flush();
+  }
+  bool flush() {
+    if (!printed_ && !all_sound(unchecked_)) return false;
+    printed_ = true;
+    std::fwrite(held_.data(), 1, held_.size(), stdout);
+    held_.clear();
+    return true;
+  }
+  bool has_printed() const { return printed_; }
+
+ private:
+  const UncheckedImages& unchecked_;
+  std::size_t steps_ = 0;
+  bool printed_ = false;
+  std::string held_;
+};
+
+bool play(Compositor& compositor, const PlayOptions& options, StepPrinter& printer, Host& host) {
   const std::uint64_t most = options.steps == 0 ? kMaximumSteps : options.steps;
   for (std::uint64_t step = 0; step < most; ++step) {
     const auto frame = compositor.next();
     if (!frame || (options.steps == 0 && compositor.repeats())) return true;
-    print_step(step, *frame);
+    if (!printer.print(step_line(step, *frame))) return false;
     if (options.folder.empty() || !frame->picture || write_canvas(options.folder, step, frame->picture))
       continue;
     host.show(StringId::FileNotWritten, StringId::ErrorWritingFile, options.folder);
@@ -48,14 +75,60 @@ bool play(Compositor& compositor, const PlayOptions& options, Host& host) {
   return true;
 }
 
+int play_document(const DocumentWindow& window, const PlayOptions& options, StepPrinter& printer,
+                  Host& host) {
+  Compositor compositor(window.list, window.document, kMostKept);
+  const bool played = play(compositor, options, printer, host) && printer.flush();
+  return std::fflush(stdout) == 0 && played ? kDone : kFailed;
+}
+
+/// Whether the file was opened and there is nothing to tell about it.
+bool opened_without_a_word(DocumentWindow& window, const std::string& file, UncheckedImages& unchecked,
+                           const Host& host) {
+  bool told = false;
+  Host listener;
+  listener.message = [&](const Message&) { told = true; };
+  listener.ask = [&](const Message&, bool) {
+    told = true;
+    return Answer::Cancel;
+  };
+  listener.choose = [&](Choice&) {
+    told = true;
+    return false;
+  };
+  listener.note = [&](std::string_view) { told = true; };
+  listener.stop_requested = host.stop_requested;
+  return open_document(window, file, listener, &unchecked) && !told;
+}
+
+/// Checks frames by showing them, as sound files allow: each is unpacked once. Nothing, and nothing was
+/// printed, where the file isn't one.
+std::optional<int> play_at_once(const PlayOptions& options, Host& host) {
+  UncheckedImages unchecked;
+  StepPrinter printer(unchecked);
+  try {
+    DocumentWindow window;
+    if (!opened_without_a_word(window, options.file, unchecked, host)) return std::nullopt;
+    const int result = play_document(window, options, printer, host);
+    if (result == kDone || printer.has_printed()) return result;
+  } catch (const std::bad_alloc&) {
+    // What there is to say about that, opening says.
+    if (printer.has_printed()) throw;
+  }
+  return std::nullopt;
+}
+
 int run_play(const PlayOptions& options, Host& host) {
+  // A canvas is not written before all are known to be right.
+  if (options.folder.empty())
+    if (const auto result = play_at_once(options, host)) return *result;
   DocumentWindow window;
   if (!open_document(window, options.file, host)) return kFailed;
   std::error_code error;
   if (!options.folder.empty()) std::filesystem::create_directories(options.folder, error);
-  Compositor compositor(window.list, window.document, kMostKept);
-  const bool played = play(compositor, options, host);
-  return std::fflush(stdout) == 0 && played ? kDone : kFailed;
+  const UncheckedImages none;
+  StepPrinter printer(none);
+  return play_document(window, options, printer, host);
 }
 
 }  // namespace

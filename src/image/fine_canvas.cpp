@@ -114,7 +114,8 @@ struct Run {
     fill_pixels(shown, 0, count, static_cast<std::uint32_t>(8 * bytes), colour);
     forget_rests();
   }
-  void lay(const std::uint8_t* pixels) const {
+  /// `ground`: what the canvas is filled with first; null to leave what is there.
+  void lay(const std::uint8_t* pixels, const Colour* ground) const {
     if (is_opaque_run(pixels, count)) {
       if (bytes == 3)
         take_colors(shown, pixels, count);
@@ -122,6 +123,7 @@ struct Run {
         std::memcpy(shown, pixels, bytes * count);
       return forget_rests();
     }
+    if (ground) fill(*ground);
     if (is_clear_run(pixels, count)) return;
     // Without rests no pixel is half transparent; those of the run go here.
     std::array<std::uint8_t, 4 * kPixelRun> none;
@@ -176,8 +178,7 @@ bool draw(FineCanvas& canvas, const PictureRect& rect, const Picture& source, co
     for (std::size_t x = 0; x < width; x += kPixelRun) {
       const Run run{shown + bytes * x, left ? left + bytes * x : nullptr, bytes,
                     std::min(kPixelRun, width - x)};
-      if (ground) run.fill(*ground);
-      run.lay(from + 4 * x);
+      run.lay(from + 4 * x, ground);
     }
   });
   return true;

@@ -30,7 +30,7 @@ std::shared_ptr<const BlockSource> packed_picture(const ChunkHandle& block) {
   PictureGetPalette(picture, table);
   const auto owner = std::make_shared<const FileContent>(ChunkHandle::copy_of(stream, 0));
   return std::make_shared<const StoredImage>(header, table, std::vector{StoredImage::Bytes(*owner)}, owner,
-                                             true);
+                                             StoredImage::Finding{nullptr, false, true});
 }
 
 }  // namespace

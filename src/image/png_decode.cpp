@@ -124,7 +124,8 @@ ScratchPages& scratch_for(std::size_t bytes, std::optional<ScratchPages>& own) {
   return *kept;
 }
 
-constexpr const char* kTooLarge = "the image is too large";
+const char* too_large() { return translated("the image is too large"); }
+const char* too_short() { return translated("there is not enough image data"); }
 constexpr const char* kBadFilter = "a row has a filter type that does not exist";
 constexpr std::uint8_t kLastFilter = 4;
 
@@ -138,7 +139,7 @@ const char* make_picture(const PngHeader& header, const Palette& palette, Scratc
   const std::uint32_t bits = png_picture_bits(header);
   picture = header.interlace ? PictureCreate(header.width, header.height, &palette, bits)
                              : PictureCreateForOverwrite(header.width, header.height, &palette, bits);
-  if (!picture) return kTooLarge;
+  if (!picture) return too_large();
   const auto rows = header.interlace ? read_interlaced : read_rows;
   return rows(header, filtered, picture) ? nullptr : kBadFilter;
 }
@@ -153,22 +154,30 @@ const char* check_rows(const PngHeader& header, const Palette& palette, ScratchP
   }
   const std::uint32_t bits = png_picture_bits(header);
   picture = PictureCreateHeaderOnly(header.width, header.height, &palette, bits);
-  return picture ? nullptr : kTooLarge;
+  return picture ? nullptr : too_large();
 }
 
-PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
-                      PngShortData short_data, TakeRows take) {
+/// What forbids to look at the stream at all; without a reason where nothing does.
+PngDecoded refusal(const PngHeader& header, std::span<const Bytes> data) {
   if (const char* fault = png_header_fault(header)) return failure(fault);
   const std::uint64_t filtered_bytes = png_filtered_bytes(header);
   // 16-bit samples are the only case in which the filtered rows are longer than the picture's, by a factor of
   // two.
-  if (filtered_bytes > 2 * kMaximumPictureBytes) return failure(kTooLarge, true);
-  std::vector<std::uint8_t> joined;
-  const Bytes stream = in_one_piece(data, joined);
-  if (!can_inflate_to(stream.size(), filtered_bytes))
-    return failure(translated("there is not enough image data"));
+  if (filtered_bytes > 2 * kMaximumPictureBytes) return failure(too_large(), true);
+  std::uint64_t stream_bytes = 0;
+  for (const Bytes piece : data) stream_bytes += piece.size();
+  if (!can_inflate_to(stream_bytes, filtered_bytes)) return failure(too_short());
   // What the stream may hold is plausible: deflate can't mean more than 1032 times its bytes.
   if (const char* fault = memory_fault(filtered_bytes)) return failure(fault, true);
+  return {};
+}
+
+PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
+                      PngShortData short_data, TakeRows take) {
+  if (PngDecoded refused = refusal(header, data); refused.reason) return refused;
+  const std::uint64_t filtered_bytes = png_filtered_bytes(header);
+  std::vector<std::uint8_t> joined;
+  const Bytes stream = in_one_piece(data, joined);
   std::optional<ScratchPages> own;
   ScratchPages& filtered = scratch_for(static_cast<std::size_t>(filtered_bytes) + kFilterSlack, own);
   if (!filtered) return failure(translated("memory is exhausted"), true);
@@ -178,12 +187,12 @@ PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, cons
   if (!inflated) return failure(translated("the image data is damaged"));
   const bool is_short = *inflated < filtered_bytes;
   if (is_short && (short_data == PngShortData::Fault || *inflated == 0))
-    return failure(translated("there is not enough image data"));
+    return failure(too_short());
   joined = {};
   if (is_short) std::ranges::fill(filtered.bytes().subspan(*inflated), std::uint8_t{0});
   Picture picture;
   if (const char* reason = take(header, palette, filtered, picture))
-    return failure(reason, reason == kTooLarge);
+    return failure(reason, reason == too_large());
   return {std::move(picture), nullptr, is_short, false, exact};
 }
 
@@ -197,6 +206,13 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
 PngDecoded png_check(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
                      PngShortData short_data) {
   return read_image(header, data, palette, short_data, check_rows);
+}
+
+PngDecoded png_expect(const PngHeader& header, std::span<const Bytes> data, const Palette& palette) {
+  PngDecoded expected = refusal(header, data);
+  if (expected.reason) return expected;
+  expected.picture = PictureCreateHeaderOnly(header.width, header.height, &palette, png_picture_bits(header));
+  return expected.picture ? expected : failure(too_large(), true);
 }
 
 }  // namespace vellum

@@ -37,4 +37,9 @@ PngDecoded png_decode(const PngHeader& header, std::span<const std::span<const s
 PngDecoded png_check(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
                      const Palette& palette, PngShortData short_data = PngShortData::Fault);
 
+/// What can be said before the stream is looked at: a picture of header and color table alone, or why there
+/// will be none.
+PngDecoded png_expect(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
+                      const Palette& palette);
+
 }  // namespace vellum

@@ -14,6 +14,9 @@ namespace {
 /// Filtered bytes of a part: large, since each part starts with an empty window, yet enough parts for all
 /// cores.
 constexpr std::uint64_t kPartBytes = std::uint64_t{6} << 20;
+/// Each part costs the smallest level some kilobytes, for it learns anew what the image is like.
+constexpr std::uint64_t kSmallestPartBytes = std::uint64_t{12} << 20;
+constexpr int kSmallestLevel = 9;
 
 /// Rows `first` to `end` of one pass.
 struct Segment {
@@ -35,9 +38,10 @@ struct Job {
 };
 
 /// The image in parts of whole rows, of about the same number of filtered bytes each.
-std::vector<Part> parts_of(const PngHeader& header, const PngPasses& passes) {
+std::vector<Part> parts_of(const PngHeader& header, const PngPasses& passes, int level) {
   const std::uint64_t total = png_filtered_bytes(header);
-  std::uint64_t count = std::max<std::uint64_t>(1, total / kPartBytes);
+  std::uint64_t count =
+      std::max<std::uint64_t>(1, total / (level < kSmallestLevel ? kPartBytes : kSmallestPartBytes));
   if (count > 1) count -= count % 2;  // even, so that two cores end together
   const std::uint64_t wanted = (total + count - 1) / count;
   std::vector<Part> parts(1);
@@ -133,7 +137,7 @@ DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
   return deflate_piece(filtered_part(job, part), job.level, last);
 }
 
-std::vector<std::uint8_t> store_parts(const Job& job, std::span<const Part> parts) {
+ChunkHandle store_parts(const Job& job, std::span<const Part> parts) {
   std::vector<std::size_t> bytes;
   for (const Part& part : parts) bytes.push_back(filtered_bytes(job, part));
   return stored_stream(bytes, [&](std::size_t i, const TakeBytes& take) {
@@ -178,15 +182,17 @@ bool fit(const PngHeader& header, const Picture& picture) {
 
 std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
                                      std::optional<std::array<std::uint16_t, 3>> key) {
+  if (level == 0) {
+    const ChunkHandle stored = png_encode_block(header, picture, level, key);
+    return stored ? std::vector(stored.data(), stored.data() + stored.size()) : std::vector<std::uint8_t>();
+  }
   if (!fit(header, picture)) return {};
   Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, level, {}};
   if (!job.write) return {};
-  // As libpng: rows of indexes and of less than a byte a sample do not gain by filters; stored ones never do.
-  job.choice = {header.colorType == 3 || header.bitDepth < 8 || level == 0, header.width > 1,
-                header.height > 1};
+  // As libpng: rows of indexes and of less than a byte a sample do not gain by filters.
+  job.choice = {header.colorType == 3 || header.bitDepth<8, header.width> 1, header.height > 1};
   const PngPasses passes = png_passes(header);
-  const std::vector<Part> parts = parts_of(header, passes);
-  if (level == 0) return store_parts(job, parts);
+  const std::vector<Part> parts = parts_of(header, passes, level);
   if (average_packs_smaller(job, passes)) job.choice.fixed = 3;
   std::vector<DeflatePiece> pieces(parts.size());
   parallel_for(parts.size(),
@@ -194,6 +200,20 @@ std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& pic
   for (const DeflatePiece& piece : pieces)
     if (piece.packed.empty()) return {};
   return join_pieces(pieces, level);
+}
+
+ChunkHandle png_encode_block(const PngHeader& header, const Picture& picture, int level,
+                             std::optional<std::array<std::uint16_t, 3>> key) {
+  if (level != 0) {
+    const auto stream = png_encode(header, picture, level, key);
+    return stream.empty() ? ChunkHandle() : ChunkHandle::copy_of(stream, 0);
+  }
+  if (!fit(header, picture)) return {};
+  Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, level, {}};
+  if (!job.write) return {};
+  job.choice.none_only = true;
+  const PngPasses passes = png_passes(header);
+  return store_parts(job, parts_of(header, passes, level));
 }
 
 std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& picture,

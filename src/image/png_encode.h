@@ -29,4 +29,8 @@ std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& p
                                        PngFiltering filtering,
                                        std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
 
+/// The same as a block; at level 0, where it is as long as the picture, it is made in its place.
+ChunkHandle png_encode_block(const PngHeader& header, const Picture& picture, int level,
+                             std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+
 }  // namespace vellum

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 #include "base/byte_order.h"
 #include "base/parallel.h"
@@ -56,28 +57,31 @@ class BlockWriter {
 
 }  // namespace
 
-std::vector<std::uint8_t> stored_stream(std::span<const std::size_t> part_bytes,
-                                        const std::function<void(std::size_t, const TakeBytes&)>& give) {
+ChunkHandle stored_stream(std::span<const std::size_t> part_bytes,
+                          const std::function<void(std::size_t, const TakeBytes&)>& give) {
   std::vector<std::size_t> places;
   std::size_t at = kStreamHead.size();
   for (const std::size_t bytes : part_bytes) {
     places.push_back(at);
     at += stored_bytes(bytes);
   }
-  std::vector<std::uint8_t> stream(at + kLastBlock.size() + kCheckBytes);
+  const std::size_t length = at + kLastBlock.size() + kCheckBytes;
+  ChunkHandle block = ChunkHandle::create_for_overwrite(length);
+  std::uint8_t* const stream = block.edit();
+  if (!stream) return {};
   std::vector<std::uint32_t> adlers(part_bytes.size());
   parallel_for(part_bytes.size(), [&](std::size_t i) {
     BlockWriter writer(&stream[places[i]], part_bytes[i]);
     give(i, [&writer](std::span<const std::uint8_t> bytes) { writer.take(bytes); });
     adlers[i] = writer.adler();
   });
-  std::ranges::copy(kStreamHead, stream.begin());
+  std::ranges::copy(kStreamHead, stream);
   std::ranges::copy(kLastBlock, &stream[at]);
   uLong adler = 1;
   for (std::size_t i = 0; i < adlers.size(); ++i)
     adler = adler32_combine(adler, adlers[i], static_cast<z_off_t>(part_bytes[i]));
   write_be32(&stream[at + kLastBlock.size()], static_cast<std::uint32_t>(adler));
-  return stream;
+  return block;
 }
 
 }  // namespace vellum

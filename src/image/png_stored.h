@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <functional>
 #include <span>
-#include <vector>
+
+#include "base/chunk_handle.h"
 
 namespace vellum {
 
@@ -13,8 +14,8 @@ using TakeBytes = std::function<void(std::span<const std::uint8_t>)>;
 
 /// The zlib stream of stored blocks that pieces of level 0 would be joined to, made in its place: nothing
 /// else is as large. `part_bytes` tells how many bytes each part has; give(i, take) hands those of part i
-/// over. Parts are asked on all cores.
-std::vector<std::uint8_t> stored_stream(std::span<const std::size_t> part_bytes,
-                                        const std::function<void(std::size_t, const TakeBytes&)>& give);
+/// over. Parts are asked on all cores. Null when memory is exhausted.
+ChunkHandle stored_stream(std::span<const std::size_t> part_bytes,
+                          const std::function<void(std::size_t, const TakeBytes&)>& give);
 
 }  // namespace vellum

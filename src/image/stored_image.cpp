@@ -4,21 +4,41 @@
 #include "image/picture_rows.h"
 
 namespace vellum {
+namespace {
+
+StoredImage::Finding finding_of(const PngDecoded& decoded) {
+  return {decoded.reason, decoded.isShort, decoded.exact};
+}
+
+}  // namespace
 
 StoredImage::StoredImage(const PngHeader& header, const Palette& table, std::vector<Bytes> pieces,
-                         std::shared_ptr<const FileContent> owner, bool exact)
+                         std::shared_ptr<const FileContent> owner, std::optional<Finding> finding)
     : header_(header),
       table_(png_picture_bits(header) <= 8 ? std::make_unique<const Palette>(table) : nullptr),
       pieces_(std::move(pieces)),
       owner_(std::move(owner)),
-      exact_(exact) {
+      unchecked_(!finding),
+      finding_(finding) {
   for (const Bytes piece : pieces_) bytes_ += piece.size();
 }
 
 ChunkHandle StoredImage::make() const {
   static constexpr Palette kNone{};
   if (!intact()) return {};
-  return png_decode(header_, pieces_, table_ ? *table_ : kNone, PngShortData::Zeros).picture.handle();
+  const Palette& table = table_ ? *table_ : kNone;
+  const PngDecoded decoded = png_decode(header_, pieces_, table, PngShortData::Zeros);
+  if (!unchecked_ || decoded.limit) return decoded.picture.handle();
+  const std::lock_guard guard(lock_);
+  if (!finding_) finding_ = finding_of(decoded);
+  if (decoded.picture) return decoded.picture.handle();
+  return PictureCreate(header_.width, header_.height, &table, png_picture_bits(header_)).handle();
+}
+
+StoredImage::Finding StoredImage::finding() const {
+  const std::lock_guard guard(lock_);
+  if (!finding_) finding_ = finding_of(png_check(header_, pieces_, Palette{}, PngShortData::Zeros));
+  return *finding_;
 }
 
 std::shared_ptr<const StoredImage> stored_image_of(const ChunkHandle& block) {
@@ -27,7 +47,7 @@ std::shared_ptr<const StoredImage> stored_image_of(const ChunkHandle& block) {
 
 ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
                              std::vector<StoredImage::Bytes> pieces, std::shared_ptr<const FileContent> owner,
-                             std::shared_ptr<const void> context) {
+                             std::shared_ptr<const void> context, StreamSeen seen) {
   if (!decoded.picture) return {};
   if (!owner) {
     std::vector<std::uint8_t> copy;
@@ -41,8 +61,9 @@ ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
   }
   Palette table;
   PictureGetPalette(decoded.picture, table);
+  const std::optional finding = seen == StreamSeen::Yes ? std::optional(finding_of(decoded)) : std::nullopt;
   const auto source =
-      std::make_shared<StoredImage>(header, table, std::move(pieces), std::move(owner), decoded.exact);
+      std::make_shared<StoredImage>(header, table, std::move(pieces), std::move(owner), finding);
   source->keep_context(std::move(context));
   const Picture& picture = decoded.picture;
   if (has_rows(picture)) return kept_picture(picture, source);

@@ -278,5 +278,47 @@ TEST_F(Tool, PlayTellsStepsAndFailsWhereItCanNotWrite) {
   EXPECT_EQ(colored.status, 0) << colored.output;
 }
 
+TEST_F(Tool, PlayTellsOfDamageWhatOpeningTellsAndPrintsNothingBefore) {
+  // Large enough that frames are checked by being shown.
+  constexpr unsigned kSize = 1500;
+  const std::string whole = testing::zero_image(kSize, kSize, 8, 6);
+  std::string damaged = whole;
+  damaged[whole.size() / 2] ^= 0x40;
+  struct Case {
+    std::string last;
+    int status;
+    std::size_t lines;  ///< of steps
+    const char* told;
+  };
+  const Case cases[] = {
+      {whole, 0, 4, ""},
+      {damaged, 1, 0, "the image data is damaged"},
+      {whole.substr(0, 40), 1, 0, "there is not enough image data"},
+      {testing::zero_image(kSize, kSize - 1, 8, 6), 0, 4, "Frame 4 has less image data"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.told);
+    std::vector<testing::ChunkText> chunks{{"IHDR", testing::header_payload(kSize, kSize, 8, 6)},
+                                           {"acTL", testing::be32(4) + testing::be32(1)},
+                                           {"fcTL", testing::frame_control(0, kSize, kSize)},
+                                           {"IDAT", whole}};
+    for (unsigned i = 1; i < 4; ++i) {
+      chunks.push_back({"fcTL", testing::frame_control(2 * i - 1, kSize, kSize)});
+      chunks.push_back({"fdAT", testing::be32(2 * i) + (i == 3 ? c.last : whole)});
+    }
+    chunks.push_back({"IEND", ""});
+    const auto bytes = testing::png_file(chunks);
+    const std::string file = folder_ / "large.png";
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const auto played = vellum({"play", file}), listed = vellum({"list", file});
+    EXPECT_EQ(played.status, c.status) << played.output;
+    EXPECT_EQ(listed.status, c.status);
+    EXPECT_NE(played.output.find(c.told), std::string::npos) << played.output;
+    EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(played.output, '\t')), 4 * c.lines);
+    if (c.status != 0) EXPECT_EQ(played.output, listed.output);
+  }
+}
+
 }  // namespace
 }  // namespace vellum

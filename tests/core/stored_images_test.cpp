@@ -99,7 +99,30 @@ TEST_F(StoredImages, OfTheCorpusGoBackAsTheyCame) {
     EXPECT_EQ(kept_in(window, saved(window)), frames - 1) << "all others keep their bytes";
   }
   EXPECT_GT(files, 150u);
-  EXPECT_GT(10 * equal, 9 * files) << "files that come back byte for byte";
+  // A control in front of the animation's, an index beyond the palette, a place in force across an entry.
+  EXPECT_GE(equal + 3, files) << "files that come back byte for byte";
+}
+
+TEST_F(StoredImages, OfMngsStayWholeUntilATextInsideThemIsEdited) {
+  VELLUM_NEEDS_CORPUS();
+  for (const auto& row : testing::corpus_rows({"mng"})) {
+    if (row.at("path").find("lastfm") == std::string::npos) continue;
+    DocumentWindow window;
+    ASSERT_TRUE(open_document(window, testing::corpus_file(row), recorder_.host));
+    const auto before = testing::file_bytes(testing::corpus_file(row));
+    const std::size_t text = chunk_find_first(window.list, tag::zTXt);
+    ChunkRecord record = window.list.record(text);
+    record.data.edit()[record.data.size() - 2] ^= 1;
+    chunk_list_put(window.list, text, record);
+    const auto out = saved(window);
+    EXPECT_NE(out, before);
+    EXPECT_EQ(kept_in(window, out), frame_entries(window).size());
+    DocumentWindow again;
+    ASSERT_TRUE(open_document(again, folder_ / "out", recorder_.host));
+    EXPECT_EQ(testing::tags_of(again.list), testing::tags_of(window.list));
+    const ChunkHandle& written = again.list.record(text).data;
+    EXPECT_TRUE(std::ranges::equal(written.bytes(), record.data.bytes()));
+  }
 }
 
 bool is_kept_webp(const ChunkHandle& block, const std::vector<std::uint8_t>& file) {

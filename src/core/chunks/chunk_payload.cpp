@@ -12,8 +12,9 @@
 
 namespace vellum {
 
-std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level, bool update_time) {
-  if (record.tag == tag::zTXt) return compressed_text_payload(record, level);
+std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level, bool update_time,
+                                        bool as_stored) {
+  if (record.tag == tag::zTXt) return compressed_text_payload(record, level, as_stored);
   if (record.tag == tag::acTL) {
     std::vector<std::uint8_t> payload(8);
     write_be32(&payload[0], record.numFrames);
@@ -51,7 +52,8 @@ std::optional<std::vector<std::uint8_t>> chunk_payload(const ChunkRecord& record
     const auto raw = raw_payload(record);
     return std::vector<std::uint8_t>(raw.begin(), raw.end());
   }
-  return plain_payload(record, std::clamp(settings::PngCompression, 0, 9), settings::AutoUpdateTime != 0);
+  return plain_payload(record, std::clamp(settings::PngCompression, 0, 9), settings::AutoUpdateTime != 0,
+                       settings::KeepStoredImages != 0);
 }
 
 }  // namespace vellum

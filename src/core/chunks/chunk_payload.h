@@ -14,7 +14,8 @@ std::optional<std::vector<std::uint8_t>> chunk_payload(const ChunkRecord& record
 
 /// The payload of an entry that no header rules: raw bytes, a text deflated at `level`, the time of now where
 /// `update_time` asks for it, acTL from its fields.
-std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level, bool update_time);
+std::vector<std::uint8_t> plain_payload(const ChunkRecord& record, int level, bool update_time,
+                                        bool as_stored);
 
 /// The 28 bytes of an MHDR.
 std::vector<std::uint8_t> mng_header_payload(const ChunkRecord& record);

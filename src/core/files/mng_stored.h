@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "core/model/chunk_record.h"
 #include "image/png_header.h"
@@ -15,6 +16,8 @@ struct StoredMngImage {
   std::span<const std::uint8_t>
       front;  ///< chunks that no entry stands for: framing, place, global palette ...
   std::span<const std::uint8_t> image;  ///< from its IHDR to its IEND
+  std::vector<ChunkHandle> texts;       ///< of chunks inside it that have entries, which stand in front of it
+  std::span<const std::uint8_t> behind;  ///< of the last image: chunks without an entry in front of the end
   std::uint32_t flags = 0;
   PngHeader header;
   CopyOnWrite<EmbeddedImage> fields;

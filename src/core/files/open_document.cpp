@@ -18,17 +18,23 @@
 namespace vellum {
 namespace {
 
+constexpr std::uint64_t kWorthPassing = std::uint64_t{4} << 20;
+
 using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&,
                         std::shared_ptr<const FileContent> owner);
+using UncheckedReader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&,
+                                 std::shared_ptr<const FileContent> owner, UncheckedImages*);
 
 /// Who reads files of a kind. A PNG tells by itself whether it is an animation.
 struct ReaderRow {
   DocumentKind kind;
   Reader reader;
+  UncheckedReader unchecked;  ///< null where images depend on each other
 };
 
-constexpr ReaderRow kReaders[] = {
-    {DocumentKind::PING, read_png}, {DocumentKind::MING, read_mng}, {DocumentKind::WEBP, read_webp}};
+constexpr ReaderRow kReaders[] = {{DocumentKind::PING, read_png, read_png_unchecked},
+                                  {DocumentKind::MING, read_mng, read_mng_unchecked},
+                                  {DocumentKind::WEBP, read_webp, nullptr}};
 
 using namespace std::string_view_literals;
 
@@ -108,9 +114,13 @@ bool offer_document(DocumentWindow& window, const Picture& picture, const Conten
 
 }  // namespace
 
-bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host) {
+bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host,
+                   UncheckedImages* unchecked) {
   std::string reason;
-  const auto file = map_file(path, reason, kMaximumMappedBytes);
+  // Who looks at all images at once is done with the file soon: a copy of it would cost more than it is
+  // worth.
+  const auto file = unchecked ? map_file(path, reason, kMaximumMappedBytes, kWorthPassing)
+                              : map_file(path, reason, kMaximumMappedBytes);
   if (!file) {
     host.show(StringId::ErrorReadingFile, {}, path.string() + ": " + reason);
     return false;
@@ -133,8 +143,10 @@ bool open_document(DocumentWindow& window, const std::filesystem::path& path, Ho
   }
   bool read = false;
   try {
-    read = std::ranges::find(kReaders, kind, &ReaderRow::kind)
-               ->reader(window, *file, host, std::make_shared<const FileContent>(*file));
+    const ReaderRow& row = *std::ranges::find(kReaders, kind, &ReaderRow::kind);
+    const auto owner = std::make_shared<const FileContent>(*file);
+    read = unchecked && row.unchecked ? row.unchecked(window, *file, host, owner, unchecked)
+                                      : row.reader(window, *file, host, owner);
   } catch (const std::bad_alloc&) {
     host.fail({FaultKind::Limit, 0, -1, -1, translated("memory is exhausted")});
   }

@@ -107,7 +107,7 @@ constexpr ConversionRow kConversions[] = {
 };
 
 Payload payload_of(const ChunkRecord& record, const ChunksOutRequest& request) {
-  const Payload plain = plain_payload(record, request.level, request.updateTime);
+  const Payload plain = plain_payload(record, request.level, request.updateTime, request.keepStored);
   const auto row = std::ranges::find(kConversions, record.tag, &ConversionRow::tag);
   return row == std::end(kConversions) ? plain : row->convert(plain, request);
 }

@@ -28,6 +28,7 @@ struct ChunksOutRequest {
   bool greyBecamePalette = false;    ///< a grey document that is written with indexes into the grey table
   bool transparencyApplied = false;  ///< the pictures carry it as alpha; no tRNS goes out
   int level = 9;                     ///< of compressed texts
+  bool keepStored = true;            ///< those that nobody changed go out as they came
   bool updateTime = true;            ///< tIME gets the time of now
 };
 

@@ -8,6 +8,7 @@
 #include "base/file.h"
 #include "base/host.h"
 #include "base/limits.h"
+#include "core/files/unchecked_images.h"
 #include "core/model/document.h"
 #include "core/model/header_record.h"
 #include "image/chunk_stream.h"
@@ -22,6 +23,7 @@ struct PngReading {
   const Progress& progress;
   std::span<const StreamChunk> chunks;       ///< IHDR first, IEND last
   std::shared_ptr<const FileContent> owner;  ///< of the bytes of the file; may be null
+  UncheckedImages* unchecked = nullptr;      ///< takes the frames of an animation, where it isn't null
   PngHeader header = {};
   Palette palette{};  ///< the color table of pictures
   std::size_t textBudget = kMaximumTextBytesOfFile;

@@ -37,13 +37,17 @@ bool write_image_data(const Sink& sink, const StoredImage& stream) {
   return stream.intact();
 }
 
-KeptStream new_stream(const PngHeader& header, const Picture& picture, std::vector<std::uint8_t> bytes) {
-  if (bytes.empty()) return nullptr;
+KeptStream new_stream(const PngHeader& header, const Picture& picture, ChunkHandle bytes) {
+  if (!bytes) return nullptr;
   Palette table;
   PictureGetPalette(picture, table);
-  const auto owner = std::make_shared<const FileContent>(ChunkHandle::copy_of(bytes, 0));
+  const auto owner = std::make_shared<const FileContent>(std::move(bytes));
   return std::make_shared<const StoredImage>(header, table, std::vector{StoredImage::Bytes(*owner)}, owner,
-                                             true);
+                                             StoredImage::Finding{nullptr, false, true});
+}
+
+KeptStream new_stream(const PngHeader& header, const Picture& picture, std::span<const std::uint8_t> bytes) {
+  return new_stream(header, picture, bytes.empty() ? ChunkHandle() : ChunkHandle::copy_of(bytes, 0));
 }
 
 KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, const SaveOptions& options) {
@@ -58,9 +62,8 @@ KeptStream image_stream(const PngHeader& header, const Picture& picture, const S
   // A key stands in the samples of the stream, and may be another by now.
   if (!key)
     if (KeptStream stored = usable_stream(header, picture.handle(), options)) return stored;
-  return new_stream(header, picture,
-                    options.encode ? options.encode(header, picture, key)
-                                   : png_encode(header, picture, options.compression, key));
+  if (options.encode) return new_stream(header, picture, options.encode(header, picture, key));
+  return new_stream(header, picture, png_encode_block(header, picture, options.compression, key));
 }
 
 void keep_stream(ChunkList& list, std::size_t entry, const KeptStream& stream) {

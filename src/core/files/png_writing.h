@@ -29,8 +29,10 @@ KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, cons
 /// Null where they can't be made.
 KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
                         std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
-/// A stream of this picture that has just been made; null without bytes.
-KeptStream new_stream(const PngHeader& header, const Picture& picture, std::vector<std::uint8_t> bytes);
+/// A stream of this picture that has just been made; null of a null block.
+KeptStream new_stream(const PngHeader& header, const Picture& picture, ChunkHandle bytes);
+/// The same of a copy of the bytes; null without any.
+KeptStream new_stream(const PngHeader& header, const Picture& picture, std::span<const std::uint8_t> bytes);
 /// The picture of the record has the stream for its source from now on.
 void keep_stream(ChunkList& list, std::size_t entry, const KeptStream& stream);
 

@@ -30,7 +30,7 @@ struct OpenImage {
   PngHeader fields;
   Palette palette{};
   std::vector<std::span<const std::uint8_t>> data;
-  bool hasEntries = false;  ///< chunks inside it became entries of their own
+  std::vector<ChunkHandle> texts{};  ///< of chunks inside it that became entries, in front of it
   std::shared_ptr<StoredMngImage> stored = nullptr;
 };
 
@@ -48,6 +48,7 @@ struct MngReading {
   std::span<const StreamChunk> chunks;
   std::size_t fileBytes = 0;
   std::shared_ptr<const FileContent> owner;  ///< of the bytes of the file; may be null
+  UncheckedImages* unchecked = nullptr;      ///< takes the images, where it isn't null
   std::vector<Item> items{};
   std::unique_ptr<OpenImage> open{};
   bool opaque = false;  ///< inside a JNG or delta image, whose chunks stay raw
@@ -61,9 +62,8 @@ struct MngReading {
 
   Palette lastPalette{};  ///< of the last PLTE, wherever it stood
   std::uint32_t lastPaletteBytes = 0;
-  CopyOnWrite<EmbeddedImage> lastImage{};  ///< of the image that ended last
-  std::weak_ptr<const StoredMngImage>
-      lastStored{};  ///< the same; empty where its bytes can't be written again
+  CopyOnWrite<EmbeddedImage> lastImage{};      ///< of the image that ended last
+  std::weak_ptr<StoredMngImage> lastStored{};  ///< the same; empty where its bytes can't be written again
   std::size_t images = 0;
   std::size_t textBudget = kMaximumTextBytesOfFile;
   std::set<ChunkTag> dropped{};  ///< what stood inside images and is not kept
@@ -202,6 +202,8 @@ bool is_folded(ChunkTag tag) {
   return std::ranges::find(kFolded, tag) != std::end(kFolded);
 }
 
+constexpr std::size_t kChunkHead = 8, kCrc = 4;
+
 std::span<const std::uint8_t> bytes_between(const std::uint8_t* begin, const std::uint8_t* end) {
   return {begin, static_cast<std::size_t>(end - begin)};
 }
@@ -209,9 +211,8 @@ std::span<const std::uint8_t> bytes_between(const std::uint8_t* begin, const std
 /// The image as its file holds it, where its chunks are right and nothing of it stands elsewhere.
 std::shared_ptr<StoredMngImage> stored_image(const MngReading& reading, const OpenImage& open,
                                              const StreamChunk& last) {
-  constexpr std::size_t kChunkHead = 8, kCrc = 4;
   const StreamChunk* const first = open.header;
-  if (!reading.owner || open.hasEntries || !last.data.empty()) return nullptr;
+  if (!reading.owner || !last.data.empty()) return nullptr;
   const StreamChunk* front = first;
   while (front != reading.chunks.data() && is_folded(front[-1].tag)) --front;
   // One that stands in front of an entry, since the image before, can't be moved behind that.
@@ -224,10 +225,20 @@ std::shared_ptr<StoredMngImage> stored_image(const MngReading& reading, const Op
   const std::uint8_t* const begin = first->data.data() - kChunkHead;
   stored->front = bytes_between(front->data.data() - kChunkHead, begin);
   stored->image = bytes_between(begin, last.data.data() + kCrc);
+  stored->texts = open.texts;
   stored->header = open.fields;
   stored->first = reading.images == 0;
   stored->before = reading.lastStored;
   return stored;
+}
+
+/// The chunks without an entry between the image that ended last and this chunk; empty where another stands
+/// between them, or one is damaged.
+std::span<const std::uint8_t> folded_in_front(const StreamChunk& chunk) {
+  const StreamChunk* front = &chunk;
+  while (is_folded(front[-1].tag) && crc_agrees(front[-1])) --front;
+  if (front[-1].tag != tag::IEND) return {};
+  return bytes_between(front->data.data() - kChunkHead, chunk.data.data() - kChunkHead);
 }
 
 bool close_image(MngReading& reading, const StreamChunk& chunk) {
@@ -268,14 +279,13 @@ bool take_definition(MngReading& reading, const StreamChunk& chunk) {
 
 /// Also one inside an embedded PNG is an entry of its own, in front of the image: that is added when it ends.
 bool take_text(MngReading& reading, const StreamChunk& chunk) {
-  if (reading.open) reading.open->hasEntries = true;
   ChunkRecord record = raw_record(chunk);
   if (const auto keyword = inflatable_keyword(chunk.data)) {
     TextFault fault;
-    const auto text = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, fault);
-    if (!text) return reading.fail(chunk, fault.reason, fault.kind);
-    record.data = ChunkHandle::copy_of(*text);
+    record.data = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, fault);
+    if (!record.data) return reading.fail(chunk, fault.reason, fault.kind);
   }
+  if (reading.open) reading.open->texts.push_back(record.data);
   return reading.add(std::move(record), chunk);
 }
 
@@ -292,6 +302,7 @@ bool take_end(MngReading& reading, const StreamChunk& chunk) {
   if (reading.open || reading.opaque) return reading.fail(chunk, translated("the file ends inside an image"));
   ChunkRecord record;
   record.tag = tag::MEND;
+  if (const auto last = reading.lastStored.lock()) last->behind = folded_in_front(chunk);
   return reading.add(std::move(record), chunk);
 }
 
@@ -369,11 +380,26 @@ bool pictures_fit_memory(const MngReading& reading, const std::vector<Item*>& im
                       FaultKind::Limit);
 }
 
+/// Leaves the check to whoever shows the images. False where one can't be right.
+bool leave_unchecked(const MngReading& reading, const std::vector<Item*>& images) {
+  for (Item* const item : images) {
+    const OpenImage& image = *item->image;
+    const PngDecoded expected = png_expect(image.fields, image.data, image.palette);
+    if (!expected.picture) return false;
+    item->record.data =
+        kept_with_stream(expected, image.fields, image.data, reading.owner, image.stored, StreamSeen::NotYet);
+  }
+  for (const Item* item : images) reading.unchecked->streams.push_back(stored_image_of(item->record.data));
+  return true;
+}
+
 bool decode_images(MngReading& reading, const Progress& progress) {
   constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
   const std::vector<Item*> images = images_of(reading);
   if (!pictures_fit_memory(reading, images)) return false;
-  const auto decode = stay_packed(images.size(), picture_bytes(images)) ? png_check : png_decode;
+  const bool packed = stay_packed(images.size(), picture_bytes(images));
+  if (packed && reading.unchecked && leave_unchecked(reading, images)) return true;
+  const auto decode = packed ? png_check : png_decode;
   std::vector<const char*> reasons(images.size());
   std::vector<char> limits(images.size());
   std::atomic<bool> damaged = false;
@@ -399,20 +425,25 @@ bool decode_images(MngReading& reading, const Progress& progress) {
 
 }  // namespace
 
-bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
-              std::shared_ptr<const FileContent> owner) {
+bool read_mng_unchecked(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+                        std::shared_ptr<const FileContent> owner, UncheckedImages* unchecked) {
   window.document.kind = DocumentKind::MING;
   GatheredChunks gathered;
   if (!gather_file(file, kMngSignature, tag::MEND, gathered, host)) return false;
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
-  MngReading reading{window, host, gathered.chunks, file.size(), std::move(owner)};
+  MngReading reading{window, host, gathered.chunks, file.size(), std::move(owner), unchecked};
   if (!walk(reading) || !decode_images(reading, progress)) return false;
   for (const Item& item : reading.items) chunk_list_append(window.list, window.document, item.record);
   chunk_list_close_change(window.list, window.document);
   tell_dropped(host, reading.dropped);
   if (gathered.end < file.size()) host.add_note(string_text(StringId::BytesBehindEnd));
   return true;
+}
+
+bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+              std::shared_ptr<const FileContent> owner) {
+  return read_mng_unchecked(window, file, host, std::move(owner), nullptr);
 }
 
 }  // namespace vellum

@@ -136,9 +136,8 @@ bool append_plain_chunk(PngReading& reading, const StreamChunk& chunk) {
     record.size = 8;
   } else if (keyword) {
     TextFault fault;
-    const auto text = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, fault);
-    if (!text) return reading.fail(chunk, fault.reason, fault.kind);
-    record.data = ChunkHandle::copy_of(*text);
+    record.data = inflate_text_chunk(chunk.data, *keyword, reading.textBudget, fault);
+    if (!record.data) return reading.fail(chunk, fault.reason, fault.kind);
   } else {
     record.data = ChunkHandle::copy_of(chunk.data);
   }
@@ -162,17 +161,22 @@ bool gather_file(std::span<const std::uint8_t> file, const std::array<std::uint8
                     translated("the file ends inside a chunk or without its end chunk")});
 }
 
-bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
-              std::shared_ptr<const FileContent> owner) {
+bool read_png_unchecked(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+                        std::shared_ptr<const FileContent> owner, UncheckedImages* unchecked) {
   GatheredChunks gathered;
   if (!gather_file(file, kPngSignature, tag::IEND, gathered, host)) return false;
   const QuietList quiet(window.list);
   const Progress progress(host, string_text(StringId::Loading));
-  PngReading reading{window, host, progress, gathered.chunks, std::move(owner)};
+  PngReading reading{window, host, progress, gathered.chunks, std::move(owner), unchecked};
   if (!read_gathered(reading)) return false;
   chunk_list_close_change(window.list, window.document);
   if (gathered.end < file.size()) host.add_note(string_text(StringId::BytesBehindEnd));
   return true;
+}
+
+bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+              std::shared_ptr<const FileContent> owner) {
+  return read_png_unchecked(window, file, host, std::move(owner), nullptr);
 }
 
 }  // namespace vellum

@@ -16,4 +16,10 @@ namespace vellum {
 bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
               std::shared_ptr<const FileContent> owner = nullptr);
 
+struct UncheckedImages;
+
+/// The same, but many large images may be left for whoever takes `unchecked` to look at.
+bool read_png_unchecked(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
+                        std::shared_ptr<const FileContent> owner, UncheckedImages* unchecked);
+
 }  // namespace vellum

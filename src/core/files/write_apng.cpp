@@ -369,6 +369,7 @@ ChunksOutRequest chunks_request(const Saving& saving) {
   request.greyBecamePalette = saving.from.colorType == 0 && saving.written.colorType == 3;
   request.transparencyApplied = saving.transparencyApplied;
   request.level = saving.options.compression;
+  request.keepStored = saving.options.keepStored;
   request.updateTime = saving.options.updateTime;
   return request;
 }

@@ -4,10 +4,12 @@
 #include <atomic>
 
 #include "base/byte_order.h"
+#include "base/memory_budget.h"
 #include "base/parallel.h"
 #include "base/translation.h"
 #include "core/chunks/chunk_payload.h"
 #include "core/chunks/chunk_policy.h"
+#include "core/chunks/compressed_text.h"
 #include "core/chunks/identity_comment.h"
 #include "core/files/mng_stored.h"
 #include "core/files/png_reading.h"
@@ -101,30 +103,15 @@ std::vector<ImageOut> image_entries(const ChunkList& list) {
   return images;
 }
 
-/// Fits and encodes the images side by side; the reason of a failure, or null.
-const char* encode_images(const ChunkList& list, std::vector<ImageOut>& images, const SaveOptions& options,
-                          const Progress& progress) {
-  constexpr std::size_t kAtOnce = 64;  // images between two steps of the progress bar
-  std::atomic<const char*> reason = nullptr;
-  for (std::size_t first = 0; first < images.size() && !reason; first += kAtOnce) {
-    const std::size_t count = std::min(kAtOnce, images.size() - first);
-    parallel_for(count, [&](std::size_t k) {
-      ImageOut& image = images[first + k];
-      const ChunkRecord& record = list.record(image.entry);
-      const Picture picture = picture_of(record);
-      if (!picture) {
-        reason = translated("an image has lost its picture");
-        return;
-      }
-      const std::uint32_t entries = record.flags & CRF_PLTE ? record.image->paletteBytes / 3 : 0;
-      image.form = png_form(picture, png_header_of(record), entries);
-      if (image.form.picture)
-        image.stream = image_stream(image.form.header, image.form.picture, options, deep_key(record));
-      if (!image.stream) reason = translated("an image can't be compressed");
-    });
-    progress.step(images[first + count - 1].entry, list.size());
-  }
-  return reason;
+/// Fits and encodes an image; the reason of a failure, or null.
+const char* encode_image(const ChunkRecord& record, ImageOut& image, const SaveOptions& options) {
+  const Picture picture = picture_of(record);
+  if (!picture) return translated("an image has lost its picture");
+  const std::uint32_t entries = record.flags & CRF_PLTE ? record.image->paletteBytes / 3 : 0;
+  image.form = png_form(picture, png_header_of(record), entries);
+  if (image.form.picture)
+    image.stream = image_stream(image.form.header, image.form.picture, options, deep_key(record));
+  return image.stream ? nullptr : translated("an image can't be compressed");
 }
 
 bool write_optional(const Sink& sink, ChunkTag tag, std::span<const std::uint8_t> payload) {
@@ -182,61 +169,130 @@ std::shared_ptr<const StoredMngImage> stored_bytes(const ChunkRecord& record, co
   return same ? stored : nullptr;
 }
 
-/// Writes images, as their file held them while nothing in front of them is another than there.
-class ImageWriter {
+/// What a save of an MNG works on.
+struct Saving {
+  const ChunkList& list;
+  const SaveOptions& options;
+  const Progress& progress;
+  std::vector<std::string>& notes;
+  std::vector<ImageOut> images;
+  std::vector<ChunkOut> others;  ///< payloads of all entries but headers and images, in list order
+  std::size_t encoded = 0;       ///< of the images
+  const char* reason = nullptr;  ///< of a failure that isn't the sink's
+};
+
+/// Encodes the next images side by side: a number of them at a time, so that nobody holds all.
+bool encode_some(Saving& saving) {
+  constexpr std::size_t kMost = 64, kMostBytes = std::size_t{32} << 20;
+  const std::size_t first = saving.encoded;
+  for (std::size_t bytes = 0; saving.encoded < saving.images.size() && saving.encoded < first + kMost &&
+                              (bytes < kMostBytes || saving.encoded < first + parallel_width());
+       ++saving.encoded)
+    bytes += saving.list.record(saving.images[saving.encoded].entry).data.size();
+  std::atomic<const char*> reason = nullptr;
+  parallel_for(saving.encoded - first, [&](std::size_t k) {
+    ImageOut& image = saving.images[first + k];
+    if (reason) return;
+    if (const char* why = encode_image(saving.list.record(image.entry), image, saving.options)) reason = why;
+  });
+  saving.reason = reason;
+  if (reason) return false;
+  for (std::size_t i = first; i < saving.encoded; ++i)
+    complete_image(saving.list.record(saving.images[i].entry), saving.images[i], saving.notes);
+  saving.progress.step(saving.images[saving.encoded - 1].entry, saving.list.size());
+  return true;
+}
+
+/// Lets go what an image that was written needs no more.
+void release(const Saving& saving, ImageOut& image) {
+  const ChunkHandle& block = saving.list.record(image.entry).data;
+  const bool made = image.stream != block.source();
+  image.form.picture = {};
+  if (!saving.options.keepStreams) image.stream = nullptr;
+  if (made) let_go(block);
+}
+
+/// Writes entries, images as their file held them while nothing in front of them is another than there.
+class EntryWriter {
  public:
-  bool write(const Sink& sink, const ChunkRecord& record, const ImageOut& image, InForce& force) {
-    const auto stored = stored_bytes(record, image);
-    const bool in_place = stored && (first_ ? stored->first : last_ && stored->before.lock() == last_);
-    first_ = false;
-    last_ = in_place ? stored : nullptr;
-    if (!in_place) return write_image(sink, record, image, force);
-    force.framing |= (record.flags & CRF_FRAM) != 0;
-    force.definition |= (record.flags & CRF_DEFI) != 0;
-    return sink.write(stored->front) && sink.write(stored->image) && image.stream->intact();
+  EntryWriter(const Sink& sink, Saving& saving) : sink_(sink), saving_(saving) {}
+
+  bool write() {
+    auto other = saving_.others.begin();
+    for (std::size_t image = 0; image <= saving_.images.size(); ++image) {
+      const bool end = image == saving_.images.size();
+      const std::size_t entry = end ? saving_.list.size() : saving_.images[image].entry;
+      const auto next = std::find_if(other, saving_.others.end(),
+                                     [entry](const ChunkOut& chunk) { return chunk.entry > entry; });
+      const std::span<const ChunkOut> in_front(other, next);
+      if (end) return write_end(in_front);
+      if (image == saving_.encoded && !encode_some(saving_)) return false;
+      if (!write_image_entry(saving_.images[image], in_front)) return false;
+      release(saving_, saving_.images[image]);
+      other = next;
+    }
+    return true;
   }
 
  private:
+  bool write_others(std::span<const ChunkOut> others) {
+    for (const ChunkOut& other : others) {
+      force_.framing |= other.tag == tag::FRAM;
+      force_.definition |= other.tag == tag::DEFI;
+      if (!write_chunk(sink_, other.tag, other.payload)) return false;
+    }
+    return true;
+  }
+
+  /// `in_front`: the entries between the image before and this one.
+  bool write_image_entry(const ImageOut& image, std::span<const ChunkOut> in_front) {
+    const ChunkRecord& record = saving_.list.record(image.entry);
+    auto stored = stored_bytes(record, image);
+    const bool in_place = stored && (first_ ? stored->first : last_ && stored->before.lock() == last_) &&
+                          ends_with_texts(in_front, *stored);
+    first_ = false;
+    last_ = in_place ? std::move(stored) : nullptr;
+    if (!last_) return write_others(in_front) && write_image(sink_, record, image, force_);
+    if (!write_others(in_front.first(in_front.size() - last_->texts.size()))) return false;
+    force_.framing |= (record.flags & CRF_FRAM) != 0;
+    force_.definition |= (record.flags & CRF_DEFI) != 0;
+    return sink_.write(last_->front) && sink_.write(last_->image) && image.stream->intact();
+  }
+
+  /// Whether the entries of the chunks inside the image stand where they were put.
+  bool ends_with_texts(std::span<const ChunkOut> in_front, const StoredMngImage& stored) const {
+    if (in_front.size() < stored.texts.size()) return false;
+    return std::ranges::equal(in_front.last(stored.texts.size()), stored.texts,
+                              [&](const ChunkOut& chunk, const ChunkHandle& text) {
+                                const ChunkRecord& record = saving_.list.record(chunk.entry);
+                                return record.tag == tag::zTXt && record.data.shares_with(text) &&
+                                       chunk.payload == compressed_text_payload(record, 0, true);
+                              });
+  }
+
+  bool write_end(std::span<const ChunkOut> others) {
+    if (last_ && !others.empty() && others.front().tag == tag::MEND && !sink_.write(last_->behind))
+      return false;
+    return write_others(others);
+  }
+
+  const Sink& sink_;
+  Saving& saving_;
+  InForce force_;
   bool first_ = true;
   std::shared_ptr<const StoredMngImage> last_;
 };
 
-/// What a save of an MNG works on.
-struct Saving {
-  const ChunkList& list;
-  std::vector<ImageOut> images;
-  std::vector<ChunkOut> others;  ///< payloads of all entries but headers and images, in list order
-};
-
-bool write_entries(const Sink& sink, const Saving& saving) {
-  auto image = saving.images.begin();
-  auto other = saving.others.begin();
-  InForce force;
-  ImageWriter writer;
-  for (std::size_t i = 0; i < saving.list.size(); ++i) {
-    bool good = true;
-    if (image != saving.images.end() && image->entry == i)
-      good = writer.write(sink, saving.list.record(i), *image++, force);
-    else if (other != saving.others.end() && other->entry == i) {
-      force.framing |= other->tag == tag::FRAM;
-      force.definition |= other->tag == tag::DEFI;
-      good = write_chunk(sink, other->tag, other->payload);
-      ++other;
-    }
-    if (!good) return false;
-  }
-  return true;
-}
-
-bool write_file(const Sink& sink, const Saving& saving, const ChunkRecord& header, const SaveOptions& options,
-                Host& host) {
+bool write_file(const Sink& sink, Saving& saving, const ChunkRecord& header, Host& host) {
+  const SaveOptions& options = saving.options;
   const auto comment =
       options.identify ? identity_comment(saving.list, options.identificationFile) : std::nullopt;
   const bool written = sink.write(kMngSignature) &&
                        write_chunk(sink, tag::MHDR, mng_header_payload(header)) &&
                        (!comment || write_chunk(sink, comment->tag, comment->payload)) &&
-                       write_entries(sink, saving) && sink.finish();
-  return written || host.fail({FaultKind::Limit, 0, -1, -1, write_fault(sink)});
+                       EntryWriter(sink, saving).write() && sink.finish();
+  return written ||
+         host.fail({FaultKind::Limit, 0, -1, -1, saving.reason ? saving.reason : write_fault(sink)});
 }
 
 /// The chunks of a JNG or a delta image go out as they came.
@@ -247,7 +303,8 @@ std::vector<ChunkOut> other_entries(const ChunkList& list, const SaveOptions& op
   for (std::size_t i = 0; i < list.size(); ++i) {
     const ChunkRecord& record = list.record(i);
     if (record.tag == tag::MHDR || record.tag == tag::PNGI) continue;
-    ChunkOut chunk{record.tag, plain_payload(record, options.compression, options.updateTime), i};
+    ChunkOut chunk{record.tag,
+                   plain_payload(record, options.compression, options.updateTime, options.keepStored), i};
     opaque = record.tag != tag::IEND && (opaque || begins_opaque_image(record.tag));
     if (!opaque) {
       const Mending mending = mend_chunk(chunk.tag, chunk.payload, {}, DocumentKind::MING);
@@ -269,13 +326,9 @@ WriteResult write_mng(DocumentWindow& window, const Sink& sink, const SaveOption
   }
   const Progress progress(host, string_text(StringId::Writing));
   std::vector<std::string> notes;
-  Saving saving{window.list, image_entries(window.list), other_entries(window.list, options, notes)};
-  if (const char* reason = encode_images(window.list, saving.images, options, progress)) {
-    host.fail({FaultKind::Limit, 0, -1, -1, reason});
-    return WriteResult::Failed;
-  }
-  for (ImageOut& image : saving.images) complete_image(window.list.record(image.entry), image, notes);
-  if (!write_file(sink, saving, header, options, host)) return WriteResult::Failed;
+  std::vector<ChunkOut> others = other_entries(window.list, options, notes);
+  Saving saving{window.list, options, progress, notes, image_entries(window.list), std::move(others)};
+  if (!write_file(sink, saving, header, host)) return WriteResult::Failed;
   take_over_written(window, saving.others);
   for (const ImageOut& image : saving.images) {
     if (options.keepStreams) keep_stream(window.list, image.entry, image.stream);

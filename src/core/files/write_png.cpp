@@ -115,6 +115,7 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
                                                 : raw_payload(window.list.record(palette_entry));
   request.fromPalette.assign(colors.begin(), colors.end());
   request.level = options.compression;
+  request.keepStored = options.keepStored;
   request.updateTime = options.updateTime;
   const OrderedChunks ordered = in_order(chunks_out(window.list, request, notes), image_entry, palette_entry);
   if (!write_file(sink, form, ordered, *stream, host)) return WriteResult::Failed;
