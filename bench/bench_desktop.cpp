@@ -1,13 +1,17 @@
 // Painting the rows of a chunk list with thumbnails: what one screen costs while a list is scrolled.
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
 #include <QApplication>
 #include <QImage>
 #include <QScrollBar>
 
+#include "base/settings.h"
+#include "core/files/open_document.h"
 #include "core/model/chunk_layout.h"
 #include "core/model/tags.h"
 #include "shell/list/chunk_list_view.h"
+#include "stored_file.h"
 
 namespace vellum {
 namespace {
@@ -52,8 +56,7 @@ DocumentWindow long_animation() {
 }
 
 /// One screen after the other, down the list; `seen` begins with thumbnails that were made before.
-void scroll(benchmark::State& state, bool seen) {
-  DocumentWindow window = long_animation();
+void scroll(benchmark::State& state, DocumentWindow window, bool seen) {
   ThumbnailCache cache(qsizetype{1} << 30);
   ChunkListView view(window, cache);
   view.resize(kScreenWidth, kScreenHeight);
@@ -126,11 +129,27 @@ void find_in_rows(benchmark::State& state) {
   state.counters["rows"] = static_cast<double>(window.list.size());
 }
 
-void scroll_new_rows(benchmark::State& state) { scroll(state, false); }
-void scroll_seen_rows(benchmark::State& state) { scroll(state, true); }
+void scroll_new_rows(benchmark::State& state) { scroll(state, long_animation(), false); }
+void scroll_seen_rows(benchmark::State& state) { scroll(state, long_animation(), true); }
+
+/// Rows that nobody has seen yet of a file whose frames are unpacked when they are looked at.
+void scroll_20000_stored_frames(benchmark::State& state) {
+  settings::PictureMemoryMegabytes = 256;
+  DocumentWindow window;
+  Host host;
+  if (!open_document(window, bench::stored_file(20'000, 1280, 720), host)) state.SkipWithError("not opened");
+  window.document.thumbScale = 5;
+  chunk_list_close_change(window.list, window.document);
+  scroll(state, std::move(window), false);
+  struct rusage usage {};
+  getrusage(RUSAGE_SELF, &usage);
+  state.counters["peak_MB"] = static_cast<double>(usage.ru_maxrss) / 1024;
+  settings::PictureMemoryMegabytes = 0;
+}
 
 BENCHMARK(scroll_new_rows)->Unit(benchmark::kMillisecond);
 BENCHMARK(scroll_seen_rows)->Unit(benchmark::kMillisecond);
+BENCHMARK(scroll_20000_stored_frames)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(scroll_facts)->Unit(benchmark::kMillisecond);
 BENCHMARK(find_in_rows)->Unit(benchmark::kMillisecond);
 

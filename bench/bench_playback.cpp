@@ -3,12 +3,16 @@
 
 #include <QApplication>
 #include <QPainter>
+#include <chrono>
 #include <cstring>
 
+#include "base/settings.h"
+#include "core/files/open_document.h"
 #include "image/picture_operations.h"
 #include "image/png_file.h"
 #include "playback/player.h"
 #include "shell/viewer/viewer_canvas.h"
+#include "stored_file.h"
 #include "workload.h"
 
 namespace vellum::bench {
@@ -98,6 +102,29 @@ void play_large_frames(benchmark::State& state) {
                                                  benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(play_large_frames)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// Frames that are unpacked, composed, converted and painted in turn; `worst_ms` is the longest of them.
+void play_20000_stored_frames(benchmark::State& state) {
+  settings::PictureMemoryMegabytes = 256;
+  DocumentWindow window;
+  Host host;
+  if (!open_document(window, stored_file(20'000, 1280, 720), host)) state.SkipWithError("not opened");
+  ViewerCanvas canvas;
+  canvas.resize(1280, 720);
+  canvas.show();
+  QApplication::processEvents();
+  Compositor compositor(window.list, window.document);
+  double worst = 0;
+  for (auto _ : state) {
+    const auto begin = std::chrono::steady_clock::now();
+    if (const auto frame = compositor.next()) canvas.show_frame(frame->picture, false);
+    const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
+    worst = std::max(worst, taken.count());
+  }
+  state.counters["worst_ms"] = worst;
+  settings::PictureMemoryMegabytes = 0;
+}
+BENCHMARK(play_20000_stored_frames)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// Linear: four times the frames take four times as long to come to.
 void seek_in_long_list(benchmark::State& state) {

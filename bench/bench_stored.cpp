@@ -8,70 +8,15 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "base/byte_order.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "core/model/record_picture.h"
-#include "image/chunk_stream.h"
-#include "image/png_encode.h"
-#include "workload.h"
+#include "stored_file.h"
 
 namespace vellum::bench {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Scratch {
-  fs::path path = fs::temp_directory_path() / ("vellum_bench_stored." + std::to_string(getpid()));
-  Scratch() { fs::create_directories(path); }
-  ~Scratch() { fs::remove_all(path); }
-};
-
-const fs::path& scratch() {
-  static const Scratch folder;
-  return folder.path;
-}
-
-/// An animated PNG of `count` frames of 24 bits with a text, made of some streams that take turns.
-fs::path animation_file(std::uint32_t count, std::uint32_t width, std::uint32_t height) {
-  const fs::path path = scratch() / (std::to_string(count) + ".png");
-  if (fs::exists(path)) return path;
-  PngHeader header;
-  header.width = width;
-  header.height = height;
-  std::vector<std::vector<std::uint8_t>> streams;
-  for (std::uint32_t i = 0; i < 4; ++i) {
-    Picture picture = PictureCreateFilled(width, height, make_colour(40 * i, 90, 200));
-    for (std::uint32_t k = 0; k < 3000; ++k)
-      PicturePutPixel(picture, k * 131 % width, k * (i + 7) % height, k * 0x030507);
-    streams.push_back(png_encode(header, picture, 6));
-  }
-  SafeFile file(path);
-  const Sink sink = file_sink(file);
-  sink.write(kPngSignature);
-  write_chunk(sink, tag::IHDR, png_header_payload(header));
-  std::uint8_t control[26] = {};
-  write_be32(control, count);
-  write_chunk(sink, tag::acTL, std::span(control, 8));
-  constexpr std::string_view kText{"Comment\0text", 12};
-  write_chunk(sink, tag::tEXt, std::span(reinterpret_cast<const std::uint8_t*>(kText.data()), kText.size()));
-  std::uint32_t sequence = 0;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    std::ranges::fill(control, std::uint8_t{0});
-    write_be32(control, sequence++);
-    write_be32(control + 4, width);
-    write_be32(control + 8, height);
-    control[21] = control[23] = 100;
-    write_chunk(sink, tag::fcTL, control);
-    std::vector<std::uint8_t> data(i == 0 ? 0 : 4);
-    if (i != 0) write_be32(data.data(), sequence++);
-    data.insert(data.end(), streams[i % 4].begin(), streams[i % 4].end());
-    write_chunk(sink, i == 0 ? tag::IDAT : tag::fdAT, data);
-  }
-  write_chunk(sink, tag::IEND, {});
-  sink.finish();
-  return path;
-}
 
 /// Peak memory of the tool beside this program that opens and lists the file, in megabytes; 0 where it fails.
 double peak_of_opening(const fs::path& path, const std::string& setting) {
@@ -99,12 +44,12 @@ void open_in_the_tool(benchmark::State& state, const fs::path& path, double unpa
 }
 
 void open_20000_frames(benchmark::State& state) {
-  open_in_the_tool(state, animation_file(20'000, 1280, 720), 20'000.0 * 1280 * 720 * 3);
+  open_in_the_tool(state, stored_file(20'000, 1280, 720), 20'000.0 * 1280 * 720 * 3);
 }
 BENCHMARK(open_20000_frames)->Arg(0)->Arg(256)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
 void hold_120_frames_open(benchmark::State& state) {
-  open_in_the_tool(state, animation_file(120, 640, 480), 120.0 * 640 * 480 * 3);
+  open_in_the_tool(state, stored_file(120, 640, 480), 120.0 * 640 * 480 * 3);
 }
 BENCHMARK(hold_120_frames_open)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -114,7 +59,7 @@ bool opened(DocumentWindow& window, const fs::path& path) {
 }
 
 void save_500_frames_behind_an_edited_text(benchmark::State& state) {
-  const fs::path path = animation_file(500, 640, 480);
+  const fs::path path = stored_file(500, 640, 480);
   DocumentWindow window;
   if (!opened(window, path)) state.SkipWithError("not opened");
   const std::size_t text = chunk_find_first(window.list, tag::tEXt);
@@ -129,7 +74,7 @@ BENCHMARK(save_500_frames_behind_an_edited_text)->Unit(benchmark::kMillisecond)-
 
 /// What the disk alone takes: the same bytes by the same writer.
 void copy_500_frames(benchmark::State& state) {
-  const fs::path path = animation_file(500, 640, 480);
+  const fs::path path = stored_file(500, 640, 480);
   for (auto _ : state) {
     std::string reason;
     const auto content = read_file(path, reason, std::uint64_t{1} << 32);
