@@ -9,9 +9,11 @@
 #include "base/settings.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
+#include "core/files/unchecked_images.h"
 #include "core/model/record_picture.h"
 #include "core/settings.h"
 #include "image/picture_operations.h"
+#include "image/png_file.h"
 #include "image/stored_image.h"
 #include "image/stored_webp.h"
 #include "operations/frames.h"
@@ -213,6 +215,49 @@ TEST_F(StoredImages, OfWebpFilesShowTheSameWhateverIsDoneAroundThem) {
       ASSERT_TRUE(save_document(window, path, recorder_.host));
       expect_untouched(window, testing::file_bytes(path), path);
     }
+  }
+}
+
+TEST_F(StoredImages, OfAFileThatChangesUnderneathAreNotTrusted) {
+  namespace fs = std::filesystem;
+  Picture noise = PictureCreate(1300, 1200, nullptr, 24);
+  std::mt19937 random(11);
+  for (std::size_t i = Picture::kHeaderBytes; i < noise.handle().size(); ++i)
+    noise.edit_block()[i] = static_cast<std::uint8_t>(random());
+  const auto bytes = encode_png_picture(noise, 0);
+  const fs::path in = folder_ / "in.png", out = folder_ / "out.png";
+  const auto write = [&bytes](const fs::path& path, std::size_t from) {
+    std::fstream file(path, std::ios::binary | std::ios::out | (from ? std::ios::in : std::ios::trunc));
+    file.seekp(static_cast<std::streamoff>(from));
+    file.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size() - from));
+  };
+  struct Case {
+    const char* what;
+    std::function<void()> change;
+    bool lost;
+  };
+  const Case cases[] = {
+      {"left alone", [] {}, false},
+      {"removed", [&] { fs::remove(in); }, false},
+      {"replaced", [&] { write(out, 0), fs::resize_file(out, 9), fs::rename(out, in); }, false},
+      {"cut", [&] { fs::resize_file(in, bytes.size() / 2); }, true},
+      {"empty", [&] { fs::resize_file(in, 0); }, true},
+      {"written to", [&] { write(in, bytes.size() - 60); }, true},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    write(in, 0);
+    DocumentWindow window;
+    UncheckedImages unchecked;  // a file that is to be passed is mapped
+    ASSERT_TRUE(open_document(window, in, recorder_.host, &unchecked));
+    c.change();
+    recorder_.messages.clear();
+    EXPECT_EQ(save_document(window, out, recorder_.host), !c.lost);
+    EXPECT_EQ(recorder_.messages.empty(), !c.lost);
+    EXPECT_EQ(fs::exists(out), !c.lost);
+    if (!c.lost) EXPECT_EQ(testing::file_bytes(out), bytes);
+    fs::remove(out);
   }
 }
 
