@@ -62,7 +62,8 @@ IN_CONTEXT = {("frame", "Frame"): "src/operations/still.cpp", ("effect", "Type")
 # What Qt says in our windows, whose own catalogs need not be installed, and CLI11 in helps.
 OF_LIBRARIES = """Print this help message and exit|Display program version information and exit|OPTIONS|SUBCOMMAND|REQUIRED|
 OK|&OK|Open|Save|&Save|Cancel|&Cancel|Close|&Close|Apply|Reset|Help|Discard|Don't Save|Close without Saving|
-&Yes|Yes to &All|&No|N&o to All|Abort|Retry|Ignore|Restore Defaults|Save All|&Undo|&Redo|Cu&t|&Copy|&Paste|Delete|
+&Yes|Yes to &All|&No|N&o to All|Abort|Retry|Ignore|Restore Defaults|Scroll Left|Scroll Right|Stay on &Top|Mi&nimize|Ma&ximize|&Size|&Move|&Restore|Close Tab|
+Save All|&Undo|&Redo|Cu&t|&Copy|&Paste|Delete|
 Select All|Copy &Link Location|&Step up|Step &down|< &Back|&Next >|&Next|&Finish|Commit|Done|Go Back|Look in:|File &name:|
 Directory:|Files of type:|Back|Forward|Parent Directory|Create New Folder|List View|Detail View|&Open|&Choose|&Rename|
 &Delete|Show &hidden files|&New Folder|Find Directory|Directories|All Files (*)|Save As|Sidebar|Name|Size|Kind|Type|
@@ -79,8 +80,8 @@ PLACEHOLDER = re.compile(r"%(?:\d\d?\b|[-+ 0#]*[\d*]*(?:\.[\d*]+)?(?:ll|l|z|h)?[
 # Names of settings and objects, files, keys, markup, addresses, forms of values.
 NO_PROSE = re.compile(
     r"^[A-Za-z]+[a-z0-9][A-Z]\w*$|\.(txt|html?|bmp|png|svg|md|dll|ini)\b|_$|[<>{}]|://|^(Alt|Ctrl|Shift|F\d)\b|"
-    r"^(Home|End|PgUp|PgDown|Backspace|Insert|Up|Down)$|\\x|\\0|^THEME_|sans-serif|^Arial|^Sans$|^[A-Z\[\]@]+$|"
-    r"^(Exif|XMP|VP8|RGB|seq|fmt|AVI) $|Tarnwick|^(Krita|GIMP|Pinta|KolourPaint|Vellumcraft|Qt)$|^Key=|"
+    r"^(Home|End|PgUp|PgDown|Backspace|Up|Down)$|\\x|\\0|^THEME_|sans-serif|^Arial|^Sans$|^[A-Z\[\]@]+$|"
+    r"^(Exif|XMP|VP8|RGB|seq|fmt|AVI) $|^Tarnwick$|^(Krita|GIMP|Pinta|KolourPaint|Vellumcraft|Qt)$|^Key=|"
     r"^Source ANI|^Hot spot X: |^(Sequence|Rate): $|^px;|^the build gives|^No $|^GIMP Palette|^ colour palette$|"
     r"""^[-\w]+: (url|none)|^(\\")? (width|height|alt)=|^%s: %s|^vellum: (%s|%\.\*s)|^\s*--|COMPREPLY|Commit\b.*\(""")
 

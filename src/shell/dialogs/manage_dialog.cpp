@@ -256,7 +256,7 @@ QWidget* ManageDialog::make_side() {
     refresh(model_->checked());
   });
   layout->addWidget(chunks);
-  side->setFixedWidth(340);
+  side->setFixedWidth(std::max(340, side->minimumSizeHint().width()));
   return side;
 }
 

@@ -23,6 +23,7 @@ namespace vellum {
 namespace {
 
 constexpr int kRowHeight = 100;
+constexpr int kButtonsRoom = 300;  // beside each other, on small screens
 constexpr QSize kThumbnail(112, 88), kSmall(400, 300);
 constexpr qsizetype kMostSmall = 32 << 20;  // bytes
 
@@ -90,9 +91,12 @@ PictureList::PictureList(Services& services, QWidget* parent)
   up_ = add_button(tr("Move &up"), &PictureList::move_up);
   down_ = add_button(tr("Move do&wn"), &PictureList::move_down);
   remove_->setToolTip(tr("With Shift all"));
-  int at = 0;
-  for (QPushButton* button : {add, remove_, paste_, open_, up_, down_}) {
-    buttons->addWidget(button, at / 3, at % 3);
+  const std::initializer_list<QPushButton*> all = {add, remove_, paste_, open_, up_, down_};
+  int widest = 0, at = 0;
+  for (const QPushButton* button : all) widest = std::max(widest, button->sizeHint().width());
+  const int columns = 3 * widest > kButtonsRoom ? 2 : 3;
+  for (QPushButton* button : all) {
+    buttons->addWidget(button, at / columns, at % columns);
     ++at;
   }
   auto* column = new QVBoxLayout(this);
