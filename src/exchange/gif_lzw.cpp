@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "base/parallel.h"
 #include "image/lanes.h"
 
 namespace vellum {
@@ -96,11 +97,12 @@ class Dictionary {
 /// the lengths at hand those are taken that reach farthest with the string behind them.
 class SmallerLzw {
  public:
-  SmallerLzw(Bytes& out, std::span<const PixelChoice> pixels, std::uint32_t bits, LzwClear clear)
+  SmallerLzw(Bytes& out, std::span<const PixelChoice> pixels, std::uint32_t bits,
+             const std::vector<std::size_t>* clears)
       : writer_(out),
         pixels_(pixels),
         least_(std::max(bits, 2u)),
-        policy_(clear),
+        clears_(clears),
         next_(first_code()),
         width_(least_ + 1) {
     out.push_back(static_cast<std::uint8_t>(least_));
@@ -117,7 +119,7 @@ class SmallerLzw {
       writer_.put(string.code, width_);
       at += string.length;
       expect(string);
-      if (!coming_ && is_worn(string.length)) begin_anew();
+      if (at < pixels_.size() && is_to_begin_anew(at)) begin_anew();
     }
     writer_.put((1u << least_) + 1, width_);
     writer_.finish();
@@ -165,18 +167,14 @@ class SmallerLzw {
     strings_.clear();
     next_ = first_code();
     width_ = least_ + 1;
-    group_ = taken_ = best_ = 0;
+    coming_.reset();
   }
 
-  /// Behind the last free code: whether groups of codes have become shorter than the best one.
-  bool is_worn(std::size_t length) {
-    if (policy_ == LzwClear::WhenFull) return true;
-    taken_ += length;
-    if (++group_ < kGroup) return false;
-    const bool worn = taken_ * 10 < best_ * 9;
-    best_ = std::max(best_, taken_);
-    group_ = taken_ = 0;
-    return worn;
+  bool is_to_begin_anew(std::size_t at) {
+    if (!clears_) return !coming_;
+    const std::size_t before = next_clear_;
+    while (next_clear_ < clears_->size() && (*clears_)[next_clear_] <= at) ++next_clear_;
+    return next_clear_ > before;
   }
 
   /// The nodes one pixel farther than those.
@@ -230,22 +228,47 @@ class SmallerLzw {
     return best;
   }
 
-  static constexpr std::size_t kGroup = 512;  ///< codes
   static constexpr std::size_t kShorter = 4;
 
   BlockWriter writer_;
   Dictionary strings_;
   std::span<const PixelChoice> pixels_;
   std::uint32_t least_;
-  LzwClear policy_;
+  const std::vector<std::size_t>* clears_;
+  std::size_t next_clear_ = 0;
   std::uint32_t next_, width_;
   std::optional<Coming> coming_;
-  std::size_t group_ = 0, taken_ = 0, best_ = 0;
   std::array<std::uint16_t, kMostCodes> prefixes_{};  ///< of codes: all but the last pixel
   std::array<std::uint8_t, kMostCodes> pixels_of_{};  ///< and that
   std::vector<Node> nodes_, grown_;
   std::vector<String> here_, behind_;
 };
+
+/// The bits that pixels take when codes begin with them, up to each step.
+std::vector<std::uint64_t> costs_from(std::span<const std::uint8_t> indexes, std::uint32_t bits,
+                                      std::size_t step) {
+  const std::uint32_t least = std::max(bits, 2u);
+  Dictionary strings;
+  std::uint32_t next = (1u << least) + 2, width = least + 1, prefix = indexes[0];
+  std::uint64_t sum = width;
+  std::vector<std::uint64_t> costs;
+  for (std::size_t at = 1; at < indexes.size(); ++at) {
+    if (at % step == 0) costs.push_back(sum + width);
+    std::uint32_t code = 0;
+    if (strings.find(prefix, indexes[at], code)) {
+      prefix = code;
+      continue;
+    }
+    sum += width;
+    if (next < kMostCodes) {
+      if (next == 1u << width) ++width;
+      strings.add(next++);
+    }
+    prefix = indexes[at];
+  }
+  costs.push_back(sum + width);
+  return costs;
+}
 
 }  // namespace
 
@@ -285,8 +308,27 @@ void put_lzw(Bytes& out, std::span<const std::uint8_t> indexes, std::uint32_t bi
 }
 
 std::vector<std::uint8_t> put_smaller_lzw(Bytes& out, std::span<const PixelChoice> pixels, std::uint32_t bits,
-                                          LzwClear clear) {
-  return SmallerLzw(out, pixels, bits, clear).write();
+                                          const std::vector<std::size_t>* clears) {
+  return SmallerLzw(out, pixels, bits, clears).write();
+}
+
+std::vector<std::size_t> best_clears(std::span<const std::uint8_t> indexes, std::uint32_t bits) {
+  constexpr std::size_t kMostPlaces = 32, kLeastStep = 512;
+  const std::size_t step = std::max((indexes.size() + kMostPlaces - 1) / kMostPlaces, kLeastStep),
+                    places = (indexes.size() + step - 1) / step;
+  std::vector<std::vector<std::uint64_t>> costs(places);
+  parallel_for(places, [&](std::size_t i) { costs[i] = costs_from(indexes.subspan(i * step), bits, step); });
+  std::vector<std::uint64_t> least(places + 1, UINT64_MAX);
+  std::vector<std::size_t> from(places + 1);
+  least[0] = 0;
+  for (std::size_t i = 0; i < places; ++i)
+    for (std::size_t k = 0; k < costs[i].size(); ++k)
+      if (const std::uint64_t cost = least[i] + costs[i][k]; cost < least[i + k + 1])
+        least[i + k + 1] = cost, from[i + k + 1] = i;
+  std::vector<std::size_t> clears;
+  for (std::size_t i = from[places]; i > 0; i = from[i]) clears.push_back(i * step);
+  std::ranges::reverse(clears);
+  return clears;
 }
 
 }  // namespace vellum

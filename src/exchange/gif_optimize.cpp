@@ -337,30 +337,16 @@ class Optimizer {
 
   const GifColors& colors_of(const Frame& frame) const { return frame.hasLocal ? frame.local : colors_; }
 
+  enum class Kind : std::uint8_t {
+    Drawn,
+    Shown,  ///< already: may be drawn or transparent
+    Hole,   ///< transparent
+  };
   /// What the pixels of a frame may be written as.
   struct Choices {
-    std::vector<PixelChoice> pixels;
-    std::vector<bool> hidden;  ///< they may be transparent
-    bool holes = false;        ///< there are transparent pixels in any case
-    std::uint8_t transparent = 0;
-    std::uint32_t bits = 8;  ///< of all indexes
+    std::vector<PixelChoice> pixels;  ///< what they are when they are drawn
+    std::vector<Kind> kinds;
   };
-
-  /// Any index that the frame doesn't use can be the transparent one: the lowest.
-  static void settle_indexes(Choices& choices, const GifColors& colors) {
-    std::array<bool, 256> used{};
-    for (const PixelChoice& pixel : choices.pixels)
-      for (const std::uint8_t index : pixel) used[index] = true;
-    if (colors.transparent) {
-      used[*colors.transparent] = false;
-      choices.transparent = static_cast<std::uint8_t>(std::ranges::find(used, false) - used.begin());
-      for (PixelChoice& pixel : choices.pixels)
-        std::ranges::replace(pixel, *colors.transparent, choices.transparent);
-      used[choices.transparent] = true;
-    }
-    for (std::uint32_t i = 0; i < 256; ++i)
-      if (used[i]) choices.bits = table_bits(i + 1);
-  }
 
   /// Where colors had to be matched, those of frames behind the first may be so much farther (squared) than
   /// the nearest one: they are seen for a moment, and what need not be drawn anew packs better.
@@ -369,9 +355,9 @@ class Optimizer {
   /// What the frame's pixels may be, seen what is shown in front of it.
   Choices choices_of(const Frame& frame, const Canvas* source_before) const {
     const GifColors& colors = colors_of(frame);
-    const bool free_choice = source_before && !options_.dither && !exact_ && colors.transparent;
+    const bool free_choice = source_before && !options_.dither && !exact_;
     NearEntries near(colors);
-    Choices choices{std::vector<PixelChoice>(frame.indexes.size()), std::vector<bool>(frame.indexes.size())};
+    Choices choices{std::vector<PixelChoice>(frame.indexes.size()), std::vector<Kind>(frame.indexes.size())};
     std::size_t at = 0;
     for (std::uint32_t y = frame.rect.top; y < frame.rect.bottom; ++y) {
       const Pixel *wanted = frame.canvas.row(y), *shown = shown_.row(y);
@@ -379,8 +365,8 @@ class Optimizer {
         PixelChoice& choice = choices.pixels[at];
         choice.fill(frame.indexes[at]);
         if (wanted[x] == 0) {
-          choices.holes = true;
-          continue;  // its index is the transparent one already
+          choices.kinds[at] = Kind::Hole;
+          continue;
         }
         const Pixel drawn = color_of(colors, frame.indexes[at]);
         const std::int32_t reach = free_choice ? kFarther * distance(drawn, wanted[x]) : 0;
@@ -388,65 +374,102 @@ class Optimizer {
         const bool stays =
             shown[x] != 0 && (same || shown[x] == drawn || distance(shown[x], wanted[x]) <= reach);
         if (!stays && reach > 0) near.add(choice, wanted[x], reach);
-        if (!stays || !colors.transparent) continue;
-        choices.hidden[at] = true;
-        choice.fill(near.entry(shown[x]).value_or(*colors.transparent));
-        choices.holes = choices.holes || choice[0] == *colors.transparent;
+        if (!stays) continue;
+        const auto entry = near.entry(shown[x]);
+        choices.kinds[at] = entry ? Kind::Shown : Kind::Hole;
+        choice.fill(entry.value_or(0));
       }
     }
-    settle_indexes(choices, colors);
     return choices;
+  }
+
+  /// One way to write the choices.
+  struct Way {
+    std::vector<PixelChoice> pixels;
+    std::optional<std::uint8_t> transparent = {};
+    std::uint32_t bits = 8;  ///< of all indexes
+  };
+  /// What is shown already: drawn again; transparent where nothing else packs better; transparent.
+  enum class Hiding { Never, AtFirst, Always };
+
+  /// Any index that is not used can be the transparent one: the lowest. Nothing where there is none.
+  static std::optional<Way> way_of(const Choices& choices, Hiding hiding) {
+    Way way{choices.pixels};
+    const auto drawn = [&](Kind kind) {
+      return kind == Kind::Drawn || (kind == Kind::Shown && hiding != Hiding::Always);
+    };
+    std::array<bool, 256> used{};
+    for (std::size_t at = 0; at < way.pixels.size(); ++at)
+      for (const std::uint8_t index : way.pixels[at])
+        if (drawn(choices.kinds[at])) used[index] = true;
+    const bool needed = std::ranges::any_of(choices.kinds, [&](Kind kind) {
+      return kind == Kind::Hole || (kind == Kind::Shown && hiding != Hiding::Never);
+    });
+    if (needed) {
+      const auto lowest = static_cast<std::size_t>(std::ranges::find(used, false) - used.begin());
+      if (lowest == used.size()) return std::nullopt;
+      way.transparent = static_cast<std::uint8_t>(lowest);
+      used[lowest] = true;
+      for (std::size_t at = 0; at < way.pixels.size(); ++at) {
+        if (!drawn(choices.kinds[at])) way.pixels[at].fill(*way.transparent);
+        if (choices.kinds[at] == Kind::Shown && hiding == Hiding::AtFirst)
+          way.pixels[at].front() = *way.transparent;
+      }
+    }
+    for (std::uint32_t i = 0; i < 256; ++i)
+      if (used[i]) way.bits = table_bits(i + 1);
+    return way;
   }
 
   struct Packed {
     Bytes bytes;
     std::vector<std::uint8_t> indexes;
+    std::optional<std::uint8_t> transparent;
+    std::uint32_t bits = 8;
   };
 
-  Packed pack(const Frame& frame, const Choices& choices, std::span<const PixelChoice> pixels,
-              bool transparent, LzwClear clear) const {
+  Packed pack(const Frame& frame, const Way& way, const std::vector<std::size_t>* clears) const {
     GifImage image{.left = frame.rect.left,
                    .top = frame.rect.top,
                    .width = frame.rect.width(),
                    .height = frame.rect.height(),
                    .indexes = {},
-                   .choices = pixels,
-                   .clear = clear,
+                   .choices = way.pixels,
+                   .clears = clears,
                    .delay = frame.delay,
                    .disposal = frame.clears ? GifDisposal::Background : GifDisposal::Keep,
-                   .transparent = transparent ? std::optional(choices.transparent) : std::nullopt,
+                   .transparent = way.transparent,
                    .local = frame.hasLocal ? &frame.local : nullptr};
-    Packed packed;
-    packed.indexes = put_gif_image(packed.bytes, image, choices.bits);
+    Packed packed{.bytes = {}, .indexes = {}, .transparent = way.transparent, .bits = way.bits};
+    packed.indexes = put_gif_image(packed.bytes, image, way.bits);
     return packed;
   }
 
-  /// One of the ways to pack a frame: all drawn, or pixels that may be transparent by choice, at first, or
-  /// always; with codes that begin anew when there is no more or when they have become worse.
-  static constexpr std::size_t kWays = 6;
-  Packed pack(const Frame& frame, const Choices& choices, std::size_t way) const {
-    const LzwClear clear = way % 2 == 0 ? LzwClear::WhenFull : LzwClear::WhenWorse;
-    if (way < 2) return pack(frame, choices, choices.pixels, choices.holes, clear);
-    if (std::ranges::find(choices.hidden, true) == choices.hidden.end()) return {};
-    std::vector<PixelChoice> pixels = choices.pixels;
-    for (std::size_t at = 0; at < pixels.size(); ++at) {
-      if (!choices.hidden[at]) continue;
-      if (way < 4)
-        pixels[at].front() = choices.transparent;
-      else
-        pixels[at].back() = choices.transparent;
-    }
-    return pack(frame, choices, pixels, true, clear);
+  /// The smallest of all ways to pack a frame.
+  Packed packed(const Frame& frame, const Choices& choices) const {
+    constexpr std::size_t kFewBytes = 4096;  // so few codes need not begin anew
+    static constexpr Hiding kHidings[] = {Hiding::Never, Hiding::AtFirst, Hiding::Always};
+    const bool any = std::ranges::find(choices.kinds, Kind::Shown) != choices.kinds.end();
+    std::vector<Packed> ways(any ? std::size(kHidings) : 1);
+    parallel_for(ways.size(), [&](std::size_t i) {
+      if (const auto way = way_of(choices, kHidings[i])) ways[i] = pack(frame, *way, nullptr);
+    });
+    const auto size = [](const Packed& way) { return way.bytes.empty() ? SIZE_MAX : way.bytes.size(); };
+    const auto best = std::ranges::min_element(ways, {}, size);
+    if (best->bytes.size() <= kFewBytes) return std::move(*best);
+    const auto clears = best_clears(best->indexes, best->bits);
+    Packed anew = pack(frame, *way_of(choices, kHidings[best - ways.begin()]), &clears);
+    return std::move(size(anew) < size(*best) ? anew : *best);
   }
 
   /// The frame as it is shown.
-  void show(const Frame& frame, const Choices& choices, std::span<const std::uint8_t> indexes) {
+  void show(const Frame& frame, const Packed& packed) {
     const GifColors& colors = colors_of(frame);
     const std::size_t width = frame.rect.width();
-    for (std::size_t at = 0; at < indexes.size(); ++at)
-      if (!colors.transparent || choices.transparent != indexes[at])
+    for (std::size_t at = 0; at < packed.indexes.size(); ++at)
+      if (packed.transparent != packed.indexes[at])
         shown_.row(frame.rect.top + static_cast<std::uint32_t>(at / width))[frame.rect.left + at % width] =
-            color_of(colors, indexes[at]);
+            color_of(colors, packed.indexes[at]);
     if (!frame.clears) return;
     for (std::uint32_t y = frame.rect.top; y < frame.rect.bottom; ++y)
       std::fill_n(shown_.row(y) + frame.rect.left, width, 0);
@@ -461,13 +484,9 @@ class Optimizer {
     if (std::ranges::find(good, 0) != good.end()) return run_.refuse(StringId::MemoryError);
     for (std::size_t i = first; i < count; ++i) {
       const Choices choices = choices_of(frames[i], i > 0 ? &frames[i - 1].canvas : nullptr);
-      std::array<Packed, kWays> packed;
-      parallel_for(kWays, [&](std::size_t way) { packed[way] = pack(frames[i], choices, way); });
-      const auto smaller = [](const Packed& a, const Packed& b) {
-        return !a.bytes.empty() && (b.bytes.empty() || a.bytes.size() < b.bytes.size());
-      };
-      const Packed& best = *std::ranges::min_element(packed, smaller);
-      show(frames[i], choices, best.indexes);
+      const Packed best = packed(frames[i], choices);
+      show(frames[i], best);
+      if (best.bytes.empty()) return run_.refuse(StringId::MemoryError);
       if (!sink_.write(best.bytes)) return false;
     }
     frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(count - 1));

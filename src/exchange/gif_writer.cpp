@@ -65,7 +65,7 @@ std::vector<std::uint8_t> put_gif_image(Bytes& out, const GifImage& image, std::
   out.push_back(
       static_cast<std::uint8_t>(image.local ? 0x80 | (table_bits(image.local->count) - 1) : image.packed));
   if (image.local) put_table(out, *image.local);
-  if (!image.choices.empty()) return put_smaller_lzw(out, image.choices, bits, image.clear);
+  if (!image.choices.empty()) return put_smaller_lzw(out, image.choices, bits, image.clears);
   put_lzw(out, image.indexes, bits);
   return {};
 }

@@ -36,10 +36,10 @@ enum class GifDisposal : std::uint8_t { None = 0, Keep = 1, Background = 2, Prev
 
 struct GifImage {
   std::uint32_t left = 0, top = 0, width = 0, height = 0;
-  std::span<const std::uint8_t> indexes;      ///< one byte a pixel, rows from the top
-  std::span<const PixelChoice> choices = {};  ///< in their place: then the data are made smaller
-  LzwClear clear = LzwClear::WhenFull;        ///< of these
-  std::uint32_t delay = 0;                    ///< hundredths of a second
+  std::span<const std::uint8_t> indexes;             ///< one byte a pixel, rows from the top
+  std::span<const PixelChoice> choices = {};         ///< in their place: then the data are made smaller
+  const std::vector<std::size_t>* clears = nullptr;  ///< of these
+  std::uint32_t delay = 0;                           ///< hundredths of a second
   GifDisposal disposal = GifDisposal::None;
   std::optional<std::uint8_t> transparent = {};
   const GifColors* local = nullptr;  ///< a table of its own
