@@ -10,7 +10,7 @@
 namespace vellum {
 namespace {
 
-constexpr int kSmallest = 9, kQuick = 2;
+constexpr int kSmallest = 9, kNearlySmallest = 8, kQuick = 2;
 /// Filters that are packed at the highest level: all of a small image, of a large one those that came first.
 constexpr std::size_t kSmallImage = std::size_t{64} << 10, kOfLarge = 2;
 
@@ -31,16 +31,17 @@ std::vector<std::uint8_t> png_encode_smallest(const PngHeader& header, const Pic
                                               const PngEffort& effort) {
   constexpr PngFiltering kWays[] = {PngFiltering::None, PngFiltering::Least, PngFiltering::Sub,
                                     PngFiltering::Up,   PngFiltering::Paeth, PngFiltering::Average};
-  std::vector<Trial> trials(effort.quick ? 2 : std::size(kWays));
-  const bool small = png_filtered_bytes(header) <= kSmallImage;
+  std::vector<Trial> trials(std::size(kWays) - (effort.quick ? 1 : 0));
+  const bool small = !effort.quick && png_filtered_bytes(header) <= kSmallImage;
+  const int highest = effort.quick ? kNearlySmallest : kSmallest;
   parallel_for(trials.size(), [&](std::size_t i) {
     trials[i].rows = png_filtered(header, picture, kWays[i], key);
-    if (!trials[i].rows.empty()) pack(trials[i], small ? kSmallest : kQuick);
+    if (!trials[i].rows.empty()) pack(trials[i], small ? highest : kQuick);
   });
   if (!small) {
     std::ranges::stable_sort(trials, smaller);
     trials.resize(effort.quick ? 1 : kOfLarge);
-    parallel_for(trials.size(), [&](std::size_t i) { pack(trials[i], kSmallest); });
+    parallel_for(trials.size(), [&](std::size_t i) { pack(trials[i], highest); });
   }
   Trial& best = *std::ranges::min_element(trials, smaller);
   if (effort.iterations == 0 || best.stream.empty()) return std::move(best.stream);

@@ -11,7 +11,9 @@ namespace vellum {
 
 struct PngEffort {
   int iterations = 0;  ///< of the slow packer; 0: it is not asked
-  bool quick = false;  ///< of the filters only none and the usual choice are tried, one at the highest level
+  /// One filter alone is packed as well as can be, at the level below the highest: 1 or 2 per cent more in a
+  /// third of the time.
+  bool quick = false;
 };
 
 /// As png_encode, by the best of all filters: each is packed quickly, and those that did well at the highest
