@@ -82,7 +82,7 @@ vellum frame "$work/small.png" "$work/framed.png" --thickness 3 --color FFFFFF
 vellum titles "$work/apng.png" "$work/credits.png" --title "Paper boat" --no-show-credits
 printf 'DlgItem_000002=TEDT,credits.png\n' > "$config/MergeState.txt"
 printf 'DlgItem_000001=TEDT,framed.png\nDlgItem_000002=CBOX,8\n' > "$config/OverlayState.txt"
-take operations/move 320 apng.png "$(row apng.png fdAT)"
+take operations/move 320 apng.png "$(row apng.png IMAGE)"
 while read -r name command; do
   take "operations/$name" "$command" apng.png
 done << 'ROWS'

@@ -66,6 +66,7 @@ class Judged : public ::testing::Test {
   void judge(DocumentWindow& window, DocumentKind kind, const std::string& what) {
     const auto file = folder_ / testing::kFileNames.at(kind);
     ASSERT_TRUE(save_document(window, file, recorder_.host)) << what;
+    EXPECT_EQ(testing::objections(file), "") << what;
     std::string seen = decoded(file, kind);
     if (seen.empty()) return;
     ++judged_;
@@ -110,14 +111,15 @@ TEST_F(Judged, TransitionsAndSpinsAreShownAlike) {
     DocumentWindow spun;
     ASSERT_TRUE(generate(spin, turning, {{pictures_[0]}}, kind, spun, recorder_.host));
     judge(spun, kind, "spin");
-    for (const std::int64_t effect : {0, 1, 2, 4, 6, 8, 9, 10, 12, 16, 21}) {
+    const Field& effects = *find_field(find_generator("transition")->parameters.fields, "effect");
+    for (const auto& [effect, name, word] : effects.choices) {
       FieldValues values = initial_values(find_generator("transition")->parameters.fields);
       values.set("effect", effect), values.set("seed", std::int64_t{5}),
           values.set("trueColor", std::int64_t{1});
       DocumentWindow window;
       ASSERT_TRUE(generate(*find_generator("transition"), values, {{pictures_.begin(), pictures_.end()}},
                            kind, window, recorder_.host));
-      judge(window, kind, "effect " + std::to_string(effect));
+      judge(window, kind, name);
     }
   }
 }

@@ -26,6 +26,7 @@ std::vector<Field> scope_field(const Operation& operation, const DocumentWindow&
            .type = FieldType::Choice,
            .choices = kScopes,
            .look = FieldLook::Radio,
+           .tip = "Select images in the list to apply it to them alone",
            .locked = selected_frames(window).empty()}};
 }
 

@@ -1,6 +1,7 @@
 #include "shell/dialogs/parameter_dialog.h"
 
 #include <QComboBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 
 #include "configuration/config_file.h"
@@ -11,6 +12,8 @@
 
 namespace vellum {
 namespace {
+
+constexpr int kLeastLines = 3;  ///< of a text
 
 std::vector<Field> all_fields(const Parameters& parameters, const DocumentWindow& window,
                               const std::vector<Field>& more, const FieldValues& asked) {
@@ -65,6 +68,9 @@ ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWin
       services_(services),
       asked_(asked) {
   name_controls(form());
+  // Texts that are drawn are short; they give way before the form must be scrolled.
+  for (auto* text : form().findChildren<QPlainTextEdit*>())
+    text->setMinimumHeight(text->fontMetrics().lineSpacing() * kLeastLines);
   if (parameters.second)
     form().set_browser(parameters.second, [this](const QString& now) {
       return browse_documents({.title = tr("Choose a file"), .now = now}, this).value(0);
