@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "image/alpha_runs.h"
 #include "image/picture_rows.h"
 #include "image/resample_sums.h"
 
@@ -85,6 +86,13 @@ void sum_again(AlphaForm, const DownJob& job, const ResampleAxis::Position& posi
     return job.source.row(position.first + static_cast<std::uint32_t>(k)) + at + block + 4 * lane;
   });
   for (std::size_t c = 0; c < 4; ++c) tile.bytes[block + kLanes * c + lane] = pixel[c];
+}
+
+void sum_again(OpaqueForm, const DownJob& job, const ResampleAxis::Position& position, std::size_t at,
+               TileResult& tile, std::size_t i) {
+  tile.bytes[i] = exact_pixel(job.axis.exact.weights_of(position), [&](std::size_t k) {
+    return job.source.row(position.first + static_cast<std::uint32_t>(k)) + at + i / 4 * 4;
+  })[i % 4];
 }
 
 /// Makes the marked sums of the first `count` bytes again.
@@ -228,6 +236,10 @@ void sum_again(AlphaForm, const AcrossJob& job, std::size_t x, std::size_t i) {
       pixel, job.out + job.stride * static_cast<std::ptrdiff_t>(lane) + static_cast<std::ptrdiff_t>(4 * x));
 }
 
+void sum_again(OpaqueForm, const AcrossJob& job, std::size_t x, std::size_t i) {
+  sum_again(AlphaForm{}, job, x, i);
+}
+
 template <class Form>
 void mend_pixels(const AcrossJob& job, std::size_t x, const std::uint8_t* marks) {
   for_each_mark(marks, kPixels * Form::kChannels * kLanes,
@@ -347,17 +359,27 @@ Picture across_first(const Picture& source, const FastAxis& across, const FastAx
   return result;
 }
 
+bool is_opaque(const Picture& picture) {
+  for (std::uint32_t y = 0; y < picture.height(); ++y)
+    if (!is_opaque_run(picture.row(y), picture.width())) return false;
+  return true;
+}
+
+template <class Form>
+Picture both_passes(const Picture& source, const ResampleAxis& across, const ResampleAxis& down,
+                    PassOrder order) {
+  const FastAxis fast_across(across), fast_down(down);
+  return order == PassOrder::DownFirst ? down_first<Form>(source, fast_across, fast_down)
+                                       : across_first<Form>(source, fast_across, fast_down);
+}
+
 }  // namespace
 
 Picture resample_passes(const Picture& source, const ResampleAxis& across, const ResampleAxis& down,
                         PassOrder order) {
-  const FastAxis fast_across(across), fast_down(down);
-  const bool alpha = source.bits() == 32;
-  if (order == PassOrder::DownFirst)
-    return alpha ? down_first<AlphaForm>(source, fast_across, fast_down)
-                 : down_first<ByteForm>(source, fast_across, fast_down);
-  return alpha ? across_first<AlphaForm>(source, fast_across, fast_down)
-               : across_first<ByteForm>(source, fast_across, fast_down);
+  if (source.bits() != 32) return both_passes<ByteForm>(source, across, down, order);
+  return is_opaque(source) ? both_passes<OpaqueForm>(source, across, down, order)
+                           : both_passes<AlphaForm>(source, across, down, order);
 }
 
 }  // namespace vellum

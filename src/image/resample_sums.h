@@ -115,6 +115,11 @@ struct ByteForm {
   }
 };
 
+/// Pixels that are all opaque: bytes as they are. What is made again is the sum of a pixel with alpha.
+struct OpaqueForm : ByteForm {
+  static constexpr std::size_t kChannels = 4;
+};
+
 /// Pixels with alpha: the values are alpha and colors times alpha, eight of each channel side by side.
 struct AlphaForm {
   static constexpr std::size_t kChannels = 4;

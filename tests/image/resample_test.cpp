@@ -120,13 +120,18 @@ TEST(Resample, IsTheWeightedSumToTheLastBit) {
                         {300, 3, 21, 9},  {17, 250, 40, 3}, {6, 6, 3, 12},   {1, 1, 9, 3},
                         {350, 90, 1, 1},  {9, 300, 6, 2},   {48, 30, 32, 20}};
   unsigned seed = 0;
-  for (const std::uint32_t bits : {24u, 32u})
+  struct Form {
+    std::uint32_t bits;
+    bool opaque;
+  };
+  for (const auto& [bits, opaque] : {Form{24, false}, Form{32, false}, Form{32, true}})
     for (const Size& s : sizes)
       for (int number = 2; number < 16; ++number)
         for (const double blur : {1.0, 1.5, 0.3}) {
           const WithoutAvx2 guard(number % 2 == static_cast<int>(bits / 8) % 2);
           const ResampleFilter filter = resample_filter_of(number);
-          const Picture source = noise(s.fromWidth, s.fromHeight, bits, ++seed);
+          Picture source = noise(s.fromWidth, s.fromHeight, bits, ++seed);
+          if (opaque) source = PictureToTrueColorAlpha(source);
           const Picture result = PictureResample(source, s.width, s.height, filter, blur);
           ASSERT_TRUE(result);
           ASSERT_EQ(result.bits(), bits);
