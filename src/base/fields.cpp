@@ -307,4 +307,8 @@ std::string filled(StringId id, std::initializer_list<std::string> values) {
   return text;
 }
 
+std::string count_text(StringId one, std::uint64_t count) {
+  return with_value(string_text(static_cast<int>(one) + (count == 1 ? 0 : 1)), grouped(count));
+}
+
 }  // namespace vellum

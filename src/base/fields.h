@@ -128,4 +128,7 @@ std::optional<FieldFault> check_fields(std::span<const Field> fields, const Fiel
 /// sign.
 std::string filled(StringId id, std::initializer_list<std::string> values);
 
+/// "1 file", "12,000 files": `one` is the row of the single thing, behind which the row of several stands.
+std::string count_text(StringId one, std::uint64_t count);
+
 }  // namespace vellum

@@ -56,21 +56,10 @@ Json check_json(const std::string& file, const FileCheck& check) {
   return json;
 }
 
-constexpr const char* kCounted[][2] = {{"error", "errors"}, {"warning", "warnings"}, {"note", "notes"}};
-
-/// "2 errors, 1 warning"
-std::string summary(const FileCheck& check) {
-  std::string text;
-  for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Note})
-    if (const std::size_t count = check.count(severity))
-      text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ' +
-              translated(kCounted[static_cast<std::size_t>(severity)][count != 1]);
-  return text.empty() ? translated("nothing is wrong") : text;
-}
-
 void print_check(const std::string& file, const FileCheck& check, bool quiet) {
   if (quiet && check.count(Severity::Error) + check.count(Severity::Warning) == 0) return;
-  std::printf("%s: %s\n", file.c_str(), summary(check).c_str());
+  const std::string counts = check.counts_text();
+  std::printf("%s: %s\n", file.c_str(), counts.empty() ? translated("nothing is wrong") : counts.c_str());
   for (const Finding& finding : check.findings) {
     const Rule& row = rule(finding.rule);
     if (quiet && row.severity == Severity::Note) continue;

@@ -176,7 +176,7 @@ int run_manage(const ManageOptions& options, Host& host) {
   Managing managing{window, *frames, host, {}};
   if (const int status = apply_actions(options, managing); status != kDone) return status;
   if (managing.done.held > 0)
-    host.set_status(filled(StringId::ValuesHeld, {std::to_string(managing.done.held)}));
+    host.set_status(filled(StringId::ValuesHeld, {count_text(StringId::OneFrame, managing.done.held)}));
   return save_document(window, options.out, host) ? kDone : kFailed;
 }
 

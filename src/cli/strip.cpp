@@ -65,8 +65,8 @@ int run_unstrip(const StripOptions& options, Host& host) {
   if (!build_document(window, options, cut, host) || !save_document(window, options.out, host))
     return kFailed;
   if (cut.incomplete > 0)
-    host.set_status(
-        filled(StringId::CellsLeftOut, {std::to_string(cut.cells.size()), std::to_string(cut.incomplete)}));
+    host.set_status(filled(StringId::CellsLeftOut, {count_text(StringId::OneImage, cut.cells.size()),
+                                                    count_text(StringId::OneCell, cut.incomplete)}));
   return kDone;
 }
 

@@ -335,7 +335,7 @@ void put_background(Conversion& conversion) {
 
 void tell_delays(const Conversion& conversion) {
   const auto tell = [&](StringId text, std::size_t frames) {
-    if (frames > 0) conversion.host.add_note(filled(text, {std::to_string(frames)}));
+    if (frames > 0) conversion.host.add_note(filled(text, {count_text(StringId::OneFrame, frames)}));
   };
   tell(StringId::DelaysRounded, conversion.clock.rounded);
   tell(StringId::DelaysCut, conversion.clock.cut);

@@ -4,6 +4,7 @@
 
 #include "base/byte_order.h"
 #include "base/crc.h"
+#include "base/fields.h"
 #include "base/text.h"
 #include "base/translation.h"
 #include "core/check/checking.h"
@@ -94,6 +95,17 @@ FileCheck Checking::take() {
 std::size_t FileCheck::count(Severity severity) const {
   return static_cast<std::size_t>(std::ranges::count_if(
       findings, [severity](const Finding& finding) { return rule(finding.rule).severity == severity; }));
+}
+
+std::string FileCheck::counts_text() const {
+  constexpr std::pair<Severity, StringId> kCounted[] = {{Severity::Error, StringId::OneError},
+                                                        {Severity::Warning, StringId::OneWarning},
+                                                        {Severity::Note, StringId::OneNote}};
+  std::string text;
+  for (const auto& [severity, one] : kCounted)
+    if (const std::size_t found = count(severity))
+      text += (text.empty() ? "" : ", ") + count_text(one, found);
+  return text;
 }
 
 void check_frames(Checking& checking, std::span<const std::uint8_t> file, ChunkTag end) {

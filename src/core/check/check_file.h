@@ -14,6 +14,8 @@ struct FileCheck {
   std::uint64_t left_out = 0;              ///< findings of a rule that had come a hundred times already
   std::vector<ChunkTag> chunks{};          ///< of the whole file, in its order: what `Finding::chunk` counts
   std::size_t count(Severity severity) const;
+  /// "2 errors, 1 warning"; empty without findings.
+  std::string counts_text() const;
 };
 
 /// Looks at a PNG, animated PNG, MNG or WebP. Memory: the findings, two rows of an image, and what a WebP

@@ -199,9 +199,12 @@ void BatchDialog::refresh(bool all) {
 void BatchDialog::show_status() {
   const auto selected = files_->selected_rows().size();
   start_->setEnabled(selected > 0);
-  status_->setText(listing_.at_work() && files_->paths().isEmpty()
-                       ? tr("Reading the folder...")
-                       : tr("%1 files (%2 selected)").arg(files_->paths().size()).arg(selected));
+  status_->setText(
+      listing_.at_work() && files_->paths().isEmpty()
+          ? tr("Reading the folder...")
+          : tr("%1 (%2 selected)")
+                .arg(to_qt(count_text(StringId::OneFile, static_cast<std::uint64_t>(files_->paths().size()))))
+                .arg(selected));
 }
 
 void BatchDialog::choose(const BatchProcess& process) {

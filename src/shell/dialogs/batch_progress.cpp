@@ -128,8 +128,9 @@ void BatchProgress::show_state() {
   const double seconds = since_.isValid() ? static_cast<double>(since_.elapsed()) / 1000 : 0;
   const QString left = done == 0 ? QStringLiteral("?") : time_text(seconds / done * (bar_->maximum() - done));
   state_->setText(
-      to_qt(filled(StringId::BatchProgress, {std::to_string(done), std::to_string(files_.size()),
-                                             left.toStdString(), grouped(bytesIn_), grouped(bytesOut_)})));
+      to_qt(filled(StringId::BatchProgress,
+                   {std::to_string(done), count_text(StringId::OneFile, files_.size()), left.toStdString(),
+                    count_text(StringId::OneByte, bytesIn_), count_text(StringId::OneByte, bytesOut_)})));
 }
 
 void BatchProgress::finish() {

@@ -239,8 +239,11 @@ void DocumentBrowser::show_status() {
   const bool documents = pages_->currentWidget() == documents_;
   const auto all = (documents ? documents_ : files_)->paths().size();
   status_->setText(!documents && listing_.at_work() ? tr("Reading the folder...")
-                   : documents                      ? tr("%1 open (%2 selected)").arg(all).arg(count)
-                                                    : tr("%1 files (%2 selected)").arg(all).arg(count));
+                   : documents
+                       ? tr("%1 open (%2 selected)").arg(all).arg(count)
+                       : tr("%1 (%2 selected)")
+                             .arg(to_qt(count_text(StringId::OneFile, static_cast<std::uint64_t>(all))))
+                             .arg(count));
 }
 
 void DocumentBrowser::done(int result) {

@@ -316,7 +316,7 @@ void FavoritesWindow::copy_selected(QString folder) {
   for (const QString& file : files)
     copied += QFile::copy(file, folder + u'/' + QFileInfo(file).fileName()) ? 1 : 0;
   const std::string told =
-      filled(StringId::FilesCopied, {std::to_string(copied), std::to_string(files.size())});
+      filled(StringId::FilesCopied, {std::to_string(copied), count_text(StringId::OneFile, files.size())});
   if (copied == static_cast<std::size_t>(files.size())) return services_.host.set_status(told);
   if (services_.host.message) services_.host.message({StringId::FilesCopied, {}, told, {}, nullptr});
 }

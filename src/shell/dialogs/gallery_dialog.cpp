@@ -179,9 +179,10 @@ bool GalleryDialog::build(const FieldValues& given) {
   });
   if (!report) return false;
   const std::size_t errors = batch_errors(report->rows);
-  list->addItem(to_qt(errors > 0 ? batch_error_line(errors)
-                                 : filled(StringId::GalleryBuilt,
-                                          {grouped(report->rows.size()), grouped(report->pages.size())})));
+  list->addItem(to_qt(
+      errors > 0 ? batch_error_line(errors)
+                 : filled(StringId::GalleryBuilt, {count_text(StringId::OneItem, report->rows.size()),
+                                                   count_text(StringId::OnePage, report->pages.size())})));
   if (errors > 0 || settings::WebGalleryCloseProgress == 0) window.exec();
   if (!report->pages.empty() && given.text("destination") == preview_folder().string())
     browse(report->pages.front());

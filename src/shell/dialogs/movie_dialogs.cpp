@@ -103,7 +103,8 @@ void MovieImportDialog::follow() {
   MovieImport import{.from = number("from"), .to = number("to")};
   if (number("depopulate") != 0) import.keep = number("keep"), import.skip = number("skip");
   const std::uint64_t frames = expected_frames(view_->facts(), import);
-  expected_->setText(frames > 0 ? tr("About %1 frames").arg(to_qt(grouped(frames))) : QString());
+  expected_->setText(frames > 0 ? tr("About %1").arg(to_qt(count_text(StringId::OneFrame, frames)))
+                                : QString());
 }
 
 }  // namespace vellum

@@ -2,6 +2,7 @@
 
 #include <QBoxLayout>
 
+#include "base/fields.h"
 #include "base/text.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
@@ -88,7 +89,7 @@ QString MovieView::facts_text() const {
                      .arg(f.width)
                      .arg(f.height)
                      .arg(time_text(f.duration / 1000));
-  if (f.frames > 0) text += tr(" - %1 frames").arg(to_qt(grouped(f.frames)));
+  if (f.frames > 0) text += tr(" - %1").arg(to_qt(count_text(StringId::OneFrame, f.frames)));
   if (f.sound) text += tr(" - with sound");
   return text;
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/crc.h"
+#include "base/fields.h"
 #include "base/text.h"
 #include "core/chunks/chunk_payload.h"
 #include "shell/look/style.h"
@@ -50,8 +51,8 @@ void BytesPage::refresh() {
   view_->setVisible(payload.has_value());
   summary_->setWordWrap(!payload);
   if (!payload) return summary_->setText(text_of(StringId::RawOfImage));
-  summary_->setText(tr("%1 bytes, CRC %2")
-                        .arg(to_qt(grouped(payload->size())))
+  summary_->setText(tr("%1, CRC %2")
+                        .arg(to_qt(count_text(StringId::OneByte, payload->size())))
                         .arg(chunk_crc(record.tag, *payload), 8, 16, QLatin1Char('0')));
   if (std::ranges::equal(view_->bytes(), *payload)) return;
   setting_ = true;

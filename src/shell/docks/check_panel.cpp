@@ -44,9 +44,7 @@ QString tip_of(const Rule& rule) {
 
 QString counts_text(const FileCheck& check) {
   if (check.findings.empty()) return to_qt(string_text(StringId::NothingWrong));
-  return to_qt(filled(StringId::CheckedCounts,
-                      {grouped(check.count(Severity::Error)), grouped(check.count(Severity::Warning)),
-                       grouped(check.count(Severity::Note))}));
+  return to_qt(check.counts_text());
 }
 
 bool can_be_repaired(const FileCheck& check) {

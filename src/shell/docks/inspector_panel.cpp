@@ -293,7 +293,9 @@ void InspectorPanel::show_head() {
     note = to_qt(chunk_note(frame_->content(), entry()));
   } else {
     const std::size_t frame_count = frames().size();
-    title = tr("%1 chunks, %2 of them frames").arg(count).arg(frame_count);
+    title = tr("%1, %2 among them")
+                .arg(to_qt(count_text(StringId::OneChunk, count)),
+                     to_qt(count_text(StringId::OneFrame, frame_count)));
     note = frame_count > 0 ? tr("What is changed here is changed in all of these frames.")
                            : tr("Frames that are selected together can be changed together here.");
   }

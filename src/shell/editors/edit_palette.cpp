@@ -160,7 +160,9 @@ void PaletteEditor::show() {
   if (marking)
     for (const std::size_t unused : palette_unused(edit, usage)) cells[unused].marked = true;
   grid->set_cells(std::move(cells));
-  count->setText(QObject::tr("%1 of at most %2 colors").arg(edit.entries.size()).arg(edit.most));
+  count->setText(QObject::tr("%1 of at most %2")
+                     .arg(edit.entries.size())
+                     .arg(to_qt(count_text(StringId::OneColor, edit.most))));
 }
 
 void PaletteEditor::settle(const std::string& fault) {

@@ -246,7 +246,7 @@ void PaletteChooser::browse() {
 
 void PaletteChooser::show() {
   grid->set_cells(palette_cells(colors));
-  QString text = QObject::tr("%1 colors").arg(colors.count);
+  QString text = to_qt(count_text(StringId::OneColor, colors.count));
   if (colors.count > request.most) text += QObject::tr(", of which the first %1 fit").arg(request.most);
   count->setText(colors.count == 0 ? QObject::tr("Choose a file") : text);
   ok->setEnabled(colors.count > 0);

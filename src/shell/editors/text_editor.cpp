@@ -24,9 +24,10 @@ QString counters(const FieldValues& values, bool latin1) {
   text.text = values.text("text");
   const auto characters = to_qt(text.text).size();
   const std::size_t bytes = latin1 ? latin1_from_utf8(text.text).size() : text.text.size();
-  return QObject::tr("%1 characters, %2 bytes, %3 bytes deflated")
-      .arg(to_qt(grouped(static_cast<std::uint64_t>(characters))), to_qt(grouped(bytes)),
-           to_qt(grouped(deflated_text_bytes(text, latin1))));
+  return QObject::tr("%1, %2, %3 deflated")
+      .arg(to_qt(count_text(StringId::OneCharacter, static_cast<std::uint64_t>(characters))),
+           to_qt(count_text(StringId::OneByte, bytes)),
+           to_qt(count_text(StringId::OneByte, deflated_text_bytes(text, latin1))));
 }
 
 /// A label that follows the text.

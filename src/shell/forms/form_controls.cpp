@@ -275,7 +275,7 @@ FormControl make_bytes(const Field& field, QWidget* parent, const Edited& edited
           [field, label, held, edited](const FieldValue& value) {
             *held = field_value_text(field, value);
             const auto bytes = static_cast<qulonglong>(std::max<std::size_t>(held->size(), 4) - 4) / 2;
-            label->setText(QObject::tr("%1 bytes").arg(QLocale::c().toString(bytes)));
+            label->setText(to_qt(count_text(StringId::OneByte, bytes)));
             edited();
           }};
 }

@@ -5,6 +5,7 @@
 #include <QStyle>
 #include <QToolButton>
 
+#include "base/fields.h"
 #include "base/text.h"
 #include "configuration/shell_settings.h"
 #include "shell/list/chunk_list_view.h"
@@ -106,8 +107,8 @@ void FindBar::show_count() {
   if (isHidden()) return;
   const RowSearch& found = list_.search();
   if (!found.active()) return count_->clear();
-  const std::string rows = with_value(with_value(string_text(StringId::FindCount), grouped(found.count())),
-                                      grouped(list_.entries()));
+  const std::string rows =
+      filled(StringId::FindCount, {grouped(found.count()), count_text(StringId::OneRow, list_.entries())});
   count_->setText(found.count() == 0 ? text_of(StringId::FindNoMatch) : to_qt(rows));
 }
 

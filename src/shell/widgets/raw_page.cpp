@@ -3,6 +3,7 @@
 #include <QVBoxLayout>
 
 #include "base/crc.h"
+#include "base/fields.h"
 #include "base/text.h"
 #include "core/chunks/chunk_payload.h"
 #include "shell/look/style.h"
@@ -28,8 +29,8 @@ void RawPage::refresh() {
   auto payload = source_();
   panel_->setVisible(payload.has_value());
   if (!payload) return summary_->setText(text_of(StringId::RawOfImage));
-  summary_->setText(tr("%1 bytes, CRC %2")
-                        .arg(to_qt(grouped(payload->size())))
+  summary_->setText(tr("%1, CRC %2")
+                        .arg(to_qt(count_text(StringId::OneByte, payload->size())))
                         .arg(chunk_crc(tag_, *payload), 8, 16, QLatin1Char('0')));
   view().set_bytes(std::move(*payload));
 }
