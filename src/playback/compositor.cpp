@@ -12,6 +12,8 @@ namespace {
 
 /// Visits from one checkpoint to the next at first: a step back composes at most so many frames again.
 constexpr std::size_t kCheckpointStep = 32;
+/// The same in a document that is edited, where a change is to be seen at once.
+constexpr std::size_t kEditedStep = 8;
 /// A long animation has fewer of them, so that all take at most this part of what may be kept.
 constexpr std::uint64_t kCheckpointPart = 4;
 
@@ -40,6 +42,65 @@ Compositor::Compositor(const ChunkList& list, const Document& document, std::uin
     frames_.push_back({i, time, delay, {}, {}, false});
     time += delay;
   }
+}
+
+Compositor::Heritage Compositor::leave() {
+  Heritage left = std::move(heritage_);
+  if (left.visits.empty()) left.states[visits_.size()] = std::move(state_);
+  left.visits.resize(std::max(left.visits.size(), visits_.size()));
+  for (std::size_t visit = 0; visit < visits_.size(); ++visit) {
+    Frame& frame = frames_[visits_[visit]];
+    left.visits[visit] = {list_.entry(frame.entry).record, std::move(frame.composed)};
+  }
+  left.states.merge(checkpoints_);
+  left.values = std::move(values_);
+  left.bytes += std::exchange(kept_, 0);
+  share_.set(0);
+  return left;
+}
+
+void Compositor::follow_edits(Heritage earlier) {
+  followsEdits_ = true;
+  checkpointStep_ = kEditedStep;
+  if (earlier.visits.empty() || !compose_alike(values_, earlier.values)) return;
+  heritage_ = std::move(earlier);
+  count_share();
+}
+
+/// The next visit, where it draws what it drew then.
+bool Compositor::inherit(Frame& frame) {
+  const std::size_t visit = visits_.size();
+  if (auto state = heritage_.states.extract(visit)) checkpoints_.insert(std::move(state));
+  if (visit >= heritage_.visits.size() ||
+      !draw_alike(values_, *heritage_.visits[visit].record, list_.record(frame.entry))) {
+    end_heritage();
+    return false;
+  }
+  frame.visit = visit;
+  visits_.push_back(static_cast<std::size_t>(&frame - frames_.data()));
+  const Picture composed(std::move(heritage_.visits[visit].composed));
+  if (!composed) return true;
+  heritage_.bytes -= std::min(heritage_.bytes, own_bytes(composed, list_.record(frame.entry)));
+  keep(frame, composed);
+  return true;
+}
+
+/// From here on frames are composed, on the state behind the last one that was taken over: from the nearest
+/// state that is kept. That one is kept too, since the next change is often one of the same frame.
+void Compositor::end_heritage() {
+  heritage_ = {};
+  if (visits_.empty()) return;
+  if (const auto state = checkpoints_.find(visits_.size()); state != checkpoints_.end()) {
+    state_ = state->second;
+    return;
+  }
+  compose_again(visits_.size() - 1);
+  state_ = replay_;
+  put_checkpoint(visits_.size());
+}
+
+void Compositor::count_share() {
+  share_.set(kept_ + heritage_.bytes + checkpoints_.size() * state_bytes(values_));
 }
 
 std::optional<ShownFrame> Compositor::next() {
@@ -85,6 +146,7 @@ void Compositor::set_ground(Ground ground) {
                  forgotten_.end());
   forgotten_ = std::exchange(visits_, {});
   forgottenAt_ = 0;
+  heritage_ = {};
   for (Frame& frame : frames_) {
     frame.composed = {};
     frame.visit.reset();
@@ -93,22 +155,28 @@ void Compositor::set_ground(Ground ground) {
   state_ = replay_ = {};
   replayAt_ = 0;
   checkpoints_.clear();
-  checkpointStep_ = kCheckpointStep;
+  checkpointStep_ = followsEdits_ ? kEditedStep : kCheckpointStep;
   share_.set(0);
 }
 
 Picture Compositor::picture_of_frame(Frame& frame) {
   if (!frame.visit) compose_forgotten([] { return true; });
   if (frame.composed) return Picture(frame.composed);
-  return frame.visit ? compose_again(*frame.visit) : compose_first(frame);
+  Picture composed = frame.visit ? compose_again(*frame.visit) : compose_first(frame);
+  // One that was taken over without its canvas.
+  return composed || !frame.visit ? composed : compose_again(*frame.visit);
 }
 
 Picture Compositor::compose_first(Frame& frame) {
+  if (!heritage_.visits.empty() && inherit(frame))
+    return frame.composed ? Picture(frame.composed) : Picture();
   const std::size_t visit = visits_.size();
-  // One canvas in so many, and only where frames are no longer kept.
-  if (kept_ >= mostKept_ && (checkpoints_.empty() || visit % checkpointStep_ == 0)) put_checkpoint(visit);
+  // One canvas in so many, and otherwise only where frames are no longer kept.
+  if ((followsEdits_ || kept_ >= mostKept_) && (checkpoints_.empty() || visit % checkpointStep_ == 0))
+    put_checkpoint(visit);
   unpack_from(static_cast<std::size_t>(&frame - frames_.data()));
   Picture composed = compose_frame(state_, values_, list_.record(frame.entry));
+  ++composed_;
   if (mostKept_ == 0) let_go_behind(frame.entry);
   frame.lost = !composed;
   if (!composed) return {};
@@ -152,7 +220,7 @@ void Compositor::keep(Frame& frame, const Picture& composed) {
   if (bytes != 0 && kept_ >= mostKept_) return;
   kept_ += bytes;
   frame.composed = composed.handle();
-  share_.set(kept_ + checkpoints_.size() * state_bytes(values_));
+  count_share();
 }
 
 void Compositor::put_checkpoint(std::size_t visit) {
@@ -166,7 +234,7 @@ void Compositor::put_checkpoint(std::size_t visit) {
       return checkpoint.first != first && checkpoint.first % checkpointStep_ != 0;
     });
   }
-  share_.set(kept_ + checkpoints_.size() * state_bytes(values_));
+  count_share();
 }
 
 Picture Compositor::compose_again(std::size_t visit) {
@@ -177,7 +245,7 @@ Picture Compositor::compose_again(std::size_t visit) {
     replayAt_ = checkpoint;
   }
   Picture composed;
-  while (replayAt_ <= visit)
+  for (; replayAt_ <= visit; ++composed_)
     composed = compose_frame(replay_, values_, list_.record(frames_[visits_[replayAt_++]].entry));
   return composed;
 }

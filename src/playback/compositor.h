@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 
 #include "base/limits.h"
@@ -32,6 +33,27 @@ class Compositor {
   /// which they are a part. With 0 the rows of an image are let go as soon as it is composed, too.
   Compositor(const ChunkList& list, const Document& document,
              std::uint64_t most_kept = kMaximumComposedBytes);
+
+  /// What was composed of one state of a document, in the order of the first visits. It needs neither the
+  /// list nor the view any more.
+  struct Heritage {
+    struct Visit {
+      std::shared_ptr<const ChunkRecord> record;
+      ChunkHandle composed;  ///< null where it wasn't kept
+    };
+    ViewValues values;
+    std::vector<Visit> visits;
+    std::map<std::size_t, CanvasState> states;  ///< in front of some of them, and behind the last one
+    std::uint64_t bytes = 0;                    ///< of the canvases
+  };
+  /// The view is used up by it.
+  Heritage leave();
+  /// For a document that is edited, before the first frame is asked for. What was composed of an earlier
+  /// state is taken as composed as long as, frame by frame, the same is drawn; and states of the canvas are
+  /// kept every some frames, so that little is composed again in front of a frame that changes.
+  void follow_edits(Heritage earlier);
+  /// How many frames were composed so far, and not taken over.
+  std::uint64_t composed() const { return composed_; }
 
   /// Empty when the animation is over.
   std::optional<ShownFrame> next();
@@ -68,12 +90,15 @@ class Compositor {
   };
 
   ShownFrame shown(Frame& frame);
+  bool inherit(Frame& frame);
+  void end_heritage();
   bool compose_forgotten(const std::function<bool()>& may_go_on);
   Picture picture_of_frame(Frame& frame);
   Picture compose_first(Frame& frame);
   Picture compose_again(std::size_t visit);
   void keep(Frame& frame, const Picture& composed);
   void put_checkpoint(std::size_t visit);
+  void count_share();
   void unpack_from(std::size_t ordinal);
   void let_go_behind(std::size_t entry);
 
@@ -95,6 +120,9 @@ class Compositor {
   std::size_t checkpointStep_;
   CanvasState replay_;
   std::size_t replayAt_ = 0;
+  bool followsEdits_ = false;
+  Heritage heritage_;  ///< empty where nothing is inherited any more
+  std::uint64_t composed_ = 0;
   BudgetShare share_;
   std::deque<std::size_t> passed_;  ///< entries whose rows are still there, where nothing is kept
   std::size_t unpackedFrom_ = 0, unpackedTo_ = 0;  ///< frames whose rows were asked for last

@@ -19,6 +19,12 @@ class Player {
 
   Player(const ChunkList& list, const Document& document, Clock clock);
 
+  /// Before it plays, for a document that is edited: what an earlier state of it showed is not composed again
+  /// as long as nothing changed.
+  void follow_edits(Compositor::Heritage earlier) { compositor_.follow_edits(std::move(earlier)); }
+  /// The canvases for the next player; this one is used up.
+  Compositor::Heritage leave() { return compositor_.leave(); }
+
   PlayerState state() const { return state_; }
   const ShownFrame& shown() const { return shown_; }
   const Compositor& compositor() const { return compositor_; }

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <random>
+#include <ranges>
 #include <sstream>
 
 #include "base/byte_order.h"
@@ -275,6 +276,64 @@ TEST(Compositor, GoesToAnyFrame) {
       }
     }
   }
+}
+
+/// Whatever is edited, what the view before had composed is taken as far as it is true, and no further.
+TEST(Compositor, AViewOfAnEditedDocumentTakesWhatIsStillTrue) {
+  constexpr std::uint32_t kStep = 8;  // frames between two states that are kept
+  for (const DocumentKind kind : kKinds)
+    for (const std::uint64_t kept : {std::uint64_t{1} << 30, std::uint64_t{20'000}}) {
+      Dice dice(7);
+      DocumentWindow window = random_animation(kind, 3, 40);
+      ChunkList& list = window.list;
+      Compositor::Heritage left;
+      // Shows a frame, and says how many were composed for it.
+      const auto view = [&](std::uint32_t to) {
+        Compositor compositor(list, window.document, kept), anew(list, window.document);
+        compositor.follow_edits(std::move(left));
+        const auto shows = [&](std::uint32_t at) {
+          EXPECT_TRUE(std::ranges::equal(compositor.frame(at).picture.handle().bytes(),
+                                         anew.frame(at).picture.handle().bytes()))
+              << kind_letters(kind) << ' ' << at << " kept " << kept;
+          return compositor.composed();
+        };
+        const std::uint64_t composed = shows(to);
+        shows(dice(to + 1));
+        left = compositor.leave();
+        return composed;
+      };
+      // Edits a frame, and says from which one on another canvas may come.
+      const auto change = [&](std::uint32_t frame) {
+        const std::size_t entry = list.size() - chunk_count_images(list, kind) + frame;
+        ChunkRecord record = list.record(entry);
+        switch (dice(5)) {
+          case 0:
+            set_frame_delay(record, kind, 100, 1230 + dice(100));
+            chunk_list_put(list, entry, record);
+            return kind == DocumentKind::MING ? frame : UINT32_MAX;
+          case 1:
+            list.remove(entry);
+            return frame;
+          case 2:
+            list.insert(entry, list.entry(entry).record);
+            return frame;
+          case 3:
+            list.insert(entry, make_entry(window.document, random_frame(dice, kind, false)));
+            return frame;
+          default:
+            chunk_list_put(list, entry, random_frame(dice, kind, false));
+            return frame;
+        }
+      };
+      view(39);
+      for (bool whole = true; const int i : std::views::iota(0, 60)) {
+        const std::uint32_t from = change(dice(static_cast<std::uint32_t>(chunk_count_images(list, kind))));
+        const auto frames = static_cast<std::uint32_t>(chunk_count_images(list, kind));
+        const std::uint64_t composed = view(dice(3) == 0 ? dice(frames) : frames - 1);
+        if (whole) EXPECT_LE(composed, frames - std::min(from, frames) + 2 * kStep) << i;
+        whole = !left.visits.empty() && left.visits.size() == frames;
+      }
+    }
 }
 
 /// On no ground a canvas laid over a color is, but for rounding twice, what was composed on that color.

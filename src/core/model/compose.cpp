@@ -191,6 +191,21 @@ Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkR
   return state.canvas.shown;
 }
 
+bool compose_alike(const ViewValues& a, const ViewValues& b) {
+  return a.kind == b.kind && a.canvas.width == b.canvas.width && a.canvas.height == b.canvas.height &&
+         a.background == b.background && a.clear == b.clear && a.transparency == b.transparency &&
+         a.rule.shallow == b.rule.shallow && a.rule.deep == b.rule.deep &&
+         a.rule.clearing == b.rule.clearing && a.rule.truncates == b.rule.truncates;
+}
+
+bool draw_alike(const ViewValues& values, const ChunkRecord& a, const ChunkRecord& b) {
+  if (&a == &b) return true;
+  const FrameOffset at = GetFrameOffset(a, values.kind), other = GetFrameOffset(b, values.kind);
+  if (!a.data.shares_with(b.data) || at.x != other.x || at.y != other.y) return false;
+  if (frame_manner(a, values.rule) != frame_manner(b, values.rule)) return false;
+  return values.kind != DocumentKind::MING || image_transparency(a) == image_transparency(b);
+}
+
 StraightCanvases::StraightCanvases(const DocumentWindow& window)
     : values_(view_values(window.list, window.document, {Ground::Kind::Clear})) {
   values_.rule.truncates = false;

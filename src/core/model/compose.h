@@ -49,6 +49,11 @@ struct CanvasState {
 /// may have been disposed of.
 Picture compose_frame(CanvasState& state, const ViewValues& values, const ChunkRecord& record);
 
+/// Whether every frame is composed alike under both: all but the time is the same.
+bool compose_alike(const ViewValues& a, const ViewValues& b);
+/// Whether both images draw the same on the same state. False is no proof that they don't.
+bool draw_alike(const ViewValues& values, const ChunkRecord& a, const ChunkRecord& b);
+
 /// The canvases of a document's frames with straight alpha, 32 bits, for who builds other documents of them.
 /// A frame that replaces its canvas is that canvas; it is drawn when another one is laid over it.
 class StraightCanvases {

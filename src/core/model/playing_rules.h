@@ -38,6 +38,7 @@ struct FrameManner {
   std::uint32_t dispose = 0;  ///< behind it, its place: 0 None, 1 Background, 2 Previous
   bool over = false;          ///< laid over what is there; otherwise it replaces that
   bool clears = false;        ///< the whole canvas is cleared in front of it
+  bool operator==(const FrameManner&) const = default;
 };
 FrameManner frame_manner(const ChunkRecord& record, const PlayingRule& rule);
 FrameManner frame_manner(const ChunkRecord& record, DocumentKind kind);

@@ -127,9 +127,11 @@ void PreviewPanel::follow() {
 }
 
 void PreviewPanel::load(std::uint32_t ordinal, bool play) {
+  Compositor::Heritage composed = player_ ? player_->leave() : Compositor::Heritage();
   player_.reset();
   content_ = {frame_->document(), frame_->entries(), {}};
   player_.emplace(content_.list, content_.document, player_clock());
+  player_->follow_edits(std::move(composed));
   strip_->set_frames(player_->compositor().frames());
   strip_->setVisible(player_->compositor().frames() > 1);
   const bool begins = !player_->is_animation() || (ordinal == 0 && play);
