@@ -10,6 +10,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTimer>
+#include <QUrl>
 #include <fstream>
 
 #include "configuration/shell_settings.h"
@@ -17,12 +18,15 @@
 #include "core/chunks/new_chunk.h"
 #include "core/edit/insert_chunk.h"
 #include "core/edit/new_document.h"
+#include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "core/model/chunk_layout.h"
 #include "core/settings.h"
 #include "image/graphic_file.h"
+#include "operations/frames.h"
 #include "shell/forms/form_dialog.h"
 #include "shell/look/picture_image.h"
+#include "shell/look/text.h"
 #include "shell/services/clipboard.h"
 #include "shell/services/file_dialogs.h"
 #include "shell/services/file_preview.h"
@@ -524,6 +528,31 @@ TEST_F(DropTest, RowsAreCopiedToAnotherWindow) {
   ASSERT_EQ(answers_.messages.size(), 1u);
   EXPECT_EQ(answers_.messages[0].id, StringId::DropRefused);
   EXPECT_FALSE(still.document().dirty);
+}
+
+TEST_F(DropTest, OtherProgramsGetTheImagesAsFilesWhenTheyAskForThem) {
+  DocumentFrame& frame = add(animated_document(3));
+  const auto entries = frame_entries(frame.content());
+  for (const std::size_t entry : {entries[0], entries[2]}) frame.entries().select(entry, true);
+  for (const bool canvases : {false, true}) {
+    const std::unique_ptr<QMimeData> rows(dragged_rows(frame, canvases));
+    EXPECT_TRUE(dragged_files(*rows).empty()) << "inside the program they are rows";
+    const QList<QUrl> urls = rows->urls();
+    ASSERT_EQ(urls.size(), 2);
+    EXPECT_EQ(rows->urls(), urls) << "each is made once";
+    const std::filesystem::path last = to_path(urls[1].toLocalFile());
+    EXPECT_TRUE(last.filename().string().ends_with(canvases ? "_00003 (2).png" : "_00003.png")) << last;
+    DocumentWindow made;
+    ASSERT_TRUE(open_document(made, last, main_.services().host));
+    const Picture own = picture_of(frame.entries().record(entries[2]));
+    const Picture got = picture_of(made.list.record(frame_entries(made)[0]));
+    EXPECT_EQ(got.width(), own.width());
+    EXPECT_EQ(PictureGetPixel(got, 1, 1), PictureGetPixel(own, 1, 1));
+  }
+  frame.entries().select_all(false);
+  frame.entries().select(0, true);
+  const std::unique_ptr<QMimeData> header(dragged_rows(frame));
+  EXPECT_FALSE(header->hasUrls());
 }
 
 TEST_F(DropTest, RowsOfAnotherProgramComeAsTheirBlock) {

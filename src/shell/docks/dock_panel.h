@@ -14,6 +14,10 @@ struct DockContext {
   Services& services;
   ThumbnailCache& thumbnails;
   std::function<void(int command)> run;  ///< on the active document, as its menu line does
+  /// Drags the selected rows out of the panel, to other programs as files: the images' own pictures, or
+  /// canvases.
+  std::function<void(DocumentFrame& frame, bool canvases)> drag_out;
+  std::function<bool(const DocumentFrame& frame, const QMimeData& dragged)> is_drag_of;
 };
 
 /// A panel is made when its dock is seen first. It hears of nothing while it isn't seen, and then has to

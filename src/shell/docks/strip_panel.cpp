@@ -96,7 +96,14 @@ void StripPanel::connect_view() {
   view_->delete_selected = [this] {
     if (!services_.busy()) delete_selected(frame_->content(), services_.host);
   };
-  view_->move_selected = [this](std::size_t to) { move_selected(to); };
+  view_->move_selected = [this](std::size_t to, bool copy) { move_selected(to, copy); };
+  view_->drag_out = [this] {
+    if (!services_.busy() && context_.drag_out)
+      context_.drag_out(*frame_, (settings::StripOptions & kStripCanvases) != 0);
+  };
+  view_->is_own = [this](const QMimeData& dragged) {
+    return frame_ && !services_.busy() && context_.is_drag_of && context_.is_drag_of(*frame_, dragged);
+  };
 }
 
 void StripPanel::show_document(DocumentFrame* frame) {
@@ -123,15 +130,15 @@ void StripPanel::lay_out() {
       ->setDirection(down ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
 }
 
-/// The selected frames go in front of frame `to`, or behind the last one.
-void StripPanel::move_selected(std::size_t to) {
+/// The selected frames, or copies of them, go in front of frame `to`, or behind the last one.
+void StripPanel::move_selected(std::size_t to, bool copy) {
   if (services_.busy()) return;
   const FrameList frames = selected_frames(frame_->content());
   // Nothing moves where the frames stand there already.
   const bool run = !frames.empty() && frames.back() - frames.front() + 1 == frames.size();
-  if (frames.empty() || (run && to >= frames.front() && to <= frames.back() + 1)) return;
+  if (frames.empty() || (!copy && run && to >= frames.front() && to <= frames.back() + 1)) return;
   const bool at_end = to >= view_->frames();
-  move_images(frame_->content(), {at_end ? view_->frames() : to + 1, !at_end, false}, services_.host);
+  move_images(frame_->content(), {at_end ? view_->frames() : to + 1, !at_end, copy}, services_.host);
 }
 
 std::optional<FilmStrip> StripPanel::ask_for_cells(const Parameters& parameters) {
@@ -170,8 +177,9 @@ bool StripPanel::insert_cells(const FilmStrip& strip, const std::filesystem::pat
   }
   if (!insert_pictures(frame_->content(), cut.cells, services_.host)) return false;
   if (cut.incomplete > 0)
-    services_.host.set_status(
-        filled(StringId::CellsLeftOut, {std::to_string(cut.cells.size()), std::to_string(cut.incomplete)}));
+    services_.host.set_status(filled(
+        StringId::CellsLeftOut,
+        {count_text(StringId::OneImage, cut.cells.size()), count_text(StringId::OneCell, cut.incomplete)}));
   return true;
 }
 

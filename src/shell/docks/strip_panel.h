@@ -34,7 +34,7 @@ class StripPanel : public DockPanel {
   void add_option(QMenu& menu, const QString& label, StripOption bit);
   void connect_view();
   void lay_out();
-  void move_selected(std::size_t to);
+  void move_selected(std::size_t to, bool copy);
   std::optional<FilmStrip> ask_for_cells(const Parameters& parameters);
   bool insert_cells(const FilmStrip& strip, const std::filesystem::path& path);
 

@@ -1,10 +1,13 @@
 #include "shell/docks/strip_view.h"
 
 #include <QApplication>
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyle>
+#include <QTimer>
 
 #include "base/text.h"
 #include "configuration/shell_settings.h"
@@ -61,6 +64,8 @@ StripView::StripView(ThumbnailCache& thumbnails, QWidget* parent)
   setFocusPolicy(Qt::StrongFocus);
   setFrameShape(QFrame::NoFrame);
   setAccessibleName(tr("Film strip"));
+  setLayoutDirection(Qt::LeftToRight);  // time runs that way in every language
+  viewport()->setAcceptDrops(true);
 }
 
 void StripView::show_window(DocumentWindow* window) {
@@ -197,8 +202,8 @@ void StripView::show_frame(std::size_t frame) {
 void StripView::shift(bool forward) {
   const FrameList frames = selected_frames(*window_);
   if (frames.empty() || !move_selected) return;
-  if (forward && frames.back() + 1 < entries_.size()) move_selected(frames.back() + 2);
-  if (!forward && frames.front() > 0) move_selected(frames.front() - 1);
+  if (forward && frames.back() + 1 < entries_.size()) move_selected(frames.back() + 2, false);
+  if (!forward && frames.front() > 0) move_selected(frames.front() - 1, false);
 }
 
 void StripView::mousePressEvent(QMouseEvent* event) {
@@ -221,20 +226,62 @@ void StripView::mouseMoveEvent(QMouseEvent* event) {
   const QPoint place = event->position().toPoint();
   if (!pressed_ || !(event->buttons() & Qt::LeftButton)) return;
   if (!drop_ && (place - pressedAt_).manhattanLength() < QApplication::startDragDistance()) return;
-  drop_ = drop_position(place);
+  if (drag_out && leaves(place)) {
+    pressed_.reset();
+    viewport()->unsetCursor();
+    mark_drop(std::nullopt);
+    return drag_out();
+  }
+  mark_drop(drop_position(place));
   viewport()->setCursor(Qt::ClosedHandCursor);
   QScrollBar* bar = vertical() ? verticalScrollBar() : horizontalScrollBar();
   const int along = vertical() ? place.y() : place.x();
   const int room = vertical() ? viewport()->height() : viewport()->width();
   if (along < 0 || along > room) bar->setValue(bar->value() + (along < 0 ? -1 : 1) * pitch() / 2);
-  viewport()->update();
+}
+
+/// Along the strip it scrolls, as far as the window reaches; across, the frames come out of it.
+bool StripView::leaves(QPoint place) const {
+  const int across = vertical() ? place.x() : place.y();
+  const int room = vertical() ? viewport()->width() : viewport()->height();
+  const int far = QApplication::startDragDistance();
+  return across < -far || across > room + far ||
+         !window()->rect().contains(viewport()->mapTo(window(), place));
+}
+
+void StripView::mark_drop(std::optional<std::size_t> position) {
+  if (std::exchange(drop_, position) != position) viewport()->update();
+}
+
+void StripView::dragEnterEvent(QDragEnterEvent* event) { follow_drag(*event); }
+void StripView::dragMoveEvent(QDragMoveEvent* event) { follow_drag(*event); }
+
+void StripView::follow_drag(QDropEvent& event) {
+  if (!is_own || !is_own(*event.mimeData())) return event.ignore();
+  mark_drop(drop_position(event.position().toPoint()));
+  event.setDropAction(event.modifiers() & Qt::ControlModifier ? Qt::CopyAction : Qt::MoveAction);
+  event.accept();
+}
+
+void StripView::dragLeaveEvent(QDragLeaveEvent*) { mark_drop(std::nullopt); }
+
+/// The frames move when the drag is over.
+void StripView::dropEvent(QDropEvent* event) {
+  follow_drag(*event);
+  const auto to = drop_;
+  mark_drop(std::nullopt);
+  if (!to || !event->isAccepted()) return;
+  const bool copy = event->dropAction() == Qt::CopyAction;
+  QTimer::singleShot(0, this, [this, to, copy] {
+    if (window_ && move_selected) move_selected(*to, copy);
+  });
 }
 
 void StripView::mouseReleaseEvent(QMouseEvent* event) {
   const auto pressed = std::exchange(pressed_, std::nullopt);
   const auto drop = std::exchange(drop_, std::nullopt);
   viewport()->unsetCursor();
-  if (drop && move_selected) return move_selected(*drop);
+  if (drop && move_selected) return move_selected(*drop, event->modifiers() & Qt::ControlModifier);
   if (pressed && (event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier)) == 0)
     choose(*pressed, Qt::NoModifier);
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QAbstractScrollArea>
+#include <QMimeData>
 #include <QPixmap>
 #include <functional>
 
@@ -31,11 +32,13 @@ class StripView : public QAbstractScrollArea {
   void show_window(DocumentWindow* window);
 
   /// What the user asks for by double click or Return, Delete, dragging or Alt and an arrow: a frame, and
-  /// where the selected ones go (in front of frame `to`, or at the end).
+  /// where the selected ones go (in front of frame `to`, or at the end), or copies of them.
   std::function<void(std::size_t entry)> open_entry;
   std::function<void()> selected;  ///< a frame was chosen, which is the caret's entry now
   std::function<void()> delete_selected;
-  std::function<void(std::size_t to)> move_selected;
+  std::function<void(std::size_t to, bool copy)> move_selected;
+  std::function<void()> drag_out;                ///< the selected frames were dragged out of the strip
+  std::function<bool(const QMimeData&)> is_own;  ///< those come back
 
   /// Reads the document and the options anew.
   void reload();
@@ -56,6 +59,10 @@ class StripView : public QAbstractScrollArea {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dragLeaveEvent(QDragLeaveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
@@ -73,6 +80,9 @@ class StripView : public QAbstractScrollArea {
   void paint_drop_mark(QPainter& painter);
   const QPixmap& composed(std::size_t frame, QSize size);
   std::size_t drop_position(QPoint place) const;
+  void mark_drop(std::optional<std::size_t> position);
+  void follow_drag(QDropEvent& event);
+  bool leaves(QPoint place) const;
 
   DocumentWindow* window_ = nullptr;
   ThumbnailCache& thumbnails_;

@@ -89,7 +89,8 @@ MainWindow::MainWindow()
       commands_(*new CommandBar(*this)),
       desktop_(*this, status_),
       services_(desktop_services(*this, desktop_)),
-      docks_(*new Docks(*this, {services_, thumbnails_, [this](int command) { run(command); }})) {
+      docks_(*new Docks(
+          *this, {services_, thumbnails_, [this](int command) { run(command); }, drag_rows, is_drag_of})) {
   convertImages = convert_to_header;
   take_imports();
   services_.host.note = [this](std::string_view text) { take_note(text); };
@@ -160,7 +161,7 @@ void MainWindow::connect_list(DocumentFrame& frame) {
     make_context_menu(*this, frame, row)->popup(place);
   });
   connect(&list, &ChunkListView::drag_wanted, &frame, [this, &frame] {
-    if (!services_.busy()) drag_rows(frame);
+    if (!services_.busy()) drag_rows(frame, false);
   });
   list.is_favorite = [this, &frame] {
     return services_.is_favorite && services_.is_favorite(frame.document());

@@ -1,9 +1,11 @@
 #include "shell/window/row_drag.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QDrag>
 #include <QPainter>
 #include <QPointer>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QUrl>
 
@@ -12,6 +14,7 @@
 #include "core/edit/paste_chunks.h"
 #include "core/edit/undo.h"
 #include "core/model/chunk_description.h"
+#include "operations/extract_frames.h"
 #include "shell/look/picture_image.h"
 #include "shell/look/style.h"
 #include "shell/look/text.h"
@@ -24,6 +27,8 @@ namespace {
 
 /// Number of the process and of the document window, as text with a blank between.
 const QString kRowsMime = QStringLiteral("application/x-vellumcraft-rows");
+
+const QString kFilesMime = QStringLiteral("text/uri-list");
 
 constexpr int kPictureSize = 64, kBadgeHeight = 20;  // device-independent pixels
 constexpr QPoint kHotSpot(-8, -8);
@@ -74,19 +79,45 @@ QByteArray place_text(const DocumentFrame& frame) {
          QByteArray::number(qulonglong{frame.number()});
 }
 
-/// The block of chunks costs as much as the pictures do, and a drag inside the program needs none.
+/// The selected images as files, in a folder that goes when the program ends: who was given their names reads
+/// them whenever he likes. Empty where they can't be written.
+QVariantList files_of(DocumentFrame& frame, bool canvases) {
+  static const QTemporaryDir folder(QDir::tempPath() + QStringLiteral("/vellumcraft-frames-XXXXXX"));
+  const DocumentWindow& window = frame.content();
+  const Extraction extraction{.folder = to_path(folder.path()),
+                              .stem = std::filesystem::path(document_title(window.document)).stem().string(),
+                              .frames = selected_frames(window),
+                              .composed = canvases,
+                              .numbered = frame_entries(window).size() > 1};
+  const auto names = free_names(extracted_names(window, extraction));
+  Host nobody;
+  QVariantList urls;
+  if (!folder.isValid() || extract_frames(window, extraction, names, nobody) < names.size()) return urls;
+  for (const auto& name : names) urls << QUrl::fromLocalFile(path_text(name));
+  return urls;
+}
+
+/// The block of chunks and the files cost as much as the pictures do, and a drag inside the program needs
+/// none.
 class DraggedRows : public QMimeData {
  public:
-  explicit DraggedRows(DocumentFrame& frame) : frame_(&frame), images_(has_selected_image(frame)) {
+  DraggedRows(DocumentFrame& frame, bool canvases)
+      : frame_(&frame), images_(has_selected_image(frame)), canvases_(canvases) {
     setData(kRowsMime, place_text(frame));
   }
   /// Other windows take images alone.
   bool has_images() const { return images_; }
-  QStringList formats() const override { return {kRowsMime, kChunkMime}; }
+  QStringList formats() const override {
+    return images_ ? QStringList{kRowsMime, kChunkMime, kFilesMime} : QStringList{kRowsMime, kChunkMime};
+  }
   bool hasFormat(const QString& format) const override { return formats().contains(format); }
 
  protected:
   QVariant retrieveData(const QString& format, QMetaType type) const override {
+    if (format == kFilesMime && frame_ && images_) {
+      if (files_.isEmpty()) files_ = files_of(*frame_, canvases_);
+      return files_;
+    }
     if (format != kChunkMime || !frame_) return QMimeData::retrieveData(format, type);
     Host nobody;
     const auto copied = copy_selected(frame_->content(), nobody);
@@ -95,7 +126,8 @@ class DraggedRows : public QMimeData {
 
  private:
   QPointer<DocumentFrame> frame_;
-  bool images_;
+  bool images_, canvases_;
+  mutable QVariantList files_;  ///< once somebody asked
 };
 
 /// The window that the rows come from; null for another program's.
@@ -134,10 +166,11 @@ void put(MainWindow& main, DocumentFrame& frame, const Dropped& dropped, std::si
 
 }  // namespace
 
-QMimeData* dragged_rows(DocumentFrame& frame) { return new DraggedRows(frame); }
+QMimeData* dragged_rows(DocumentFrame& frame, bool canvases) { return new DraggedRows(frame, canvases); }
 
 std::vector<std::filesystem::path> dragged_files(const QMimeData& data) {
   std::vector<std::filesystem::path> files;
+  if (data.hasFormat(kRowsMime)) return files;
   for (const QUrl& url : data.urls())
     if (url.isLocalFile()) files.push_back(to_path(url.toLocalFile()));
   return files;
@@ -167,12 +200,12 @@ QPixmap drag_pixmap(DocumentFrame& frame) {
   return pixmap;
 }
 
-void drag_rows(DocumentFrame& frame) {
+void drag_rows(DocumentFrame& frame, bool canvases) {
   const QPixmap pixmap = drag_pixmap(frame);
   if (pixmap.isNull()) return;
   // The drag belongs to the list and goes when it is over.
   auto* drag = new QDrag(frame.list().viewport());
-  drag->setMimeData(dragged_rows(frame));
+  drag->setMimeData(dragged_rows(frame, canvases));
   drag->setPixmap(pixmap);
   drag->setHotSpot(kHotSpot);
   // Only the list itself takes rows as moved ones, and it moves them.
