@@ -204,9 +204,7 @@ BatchResult make_moving(const DocumentWindow& window, Item& item, const Work& wo
 
 BatchResult make_thumbnail_of(Item& item, const DocumentWindow* window, const Work& work, Host& host) {
   if (window && moves_in(*window, work)) return make_moving(*window, item, work, host);
-  const Picture picture = window && !frame_entries(*window).empty()
-                              ? canvas_frames(*window).frame(0).picture
-                              : read_still(item.row.source, 2 * work.side).picture;
+  const Picture picture = first_shown(window, item.row.source, work.side);
   const Picture small = picture ? thumbnail(picture, work) : Picture();
   if (!small) return BatchResult::BadRead;
   item.page.width = small.width();

@@ -2,11 +2,9 @@
 #include <sys/resource.h>
 
 #include "cli/command.h"
-#include "core/build/frame_stream.h"
 #include "core/files/open_document.h"
 #include "generators/generator.h"
 #include "operations/build_stills.h"
-#include "operations/frames.h"
 
 namespace vellum::cli {
 namespace {
@@ -20,19 +18,13 @@ struct Given {
   std::uint32_t side = kUsualSide;
 };
 
-/// What is shown first.
-Picture first_shown(const std::string& file, std::uint32_t side) {
-  DocumentWindow window;
-  Host quiet;
-  if (open_document(window, file, quiet) && !frame_entries(window).empty())
-    return canvas_frames(window).frame(0).picture;
-  return read_still(file, 2 * side).picture;
-}
-
 int run(const Given& given, Host& host) try {
   const rlimit most{kMostMemory, kMostMemory};
   setrlimit(RLIMIT_AS, &most);
-  const Picture shown = first_shown(given.in, given.side);
+  DocumentWindow window;
+  Host quiet;
+  const bool opened = open_document(window, given.in, quiet);
+  const Picture shown = first_shown(opened ? &window : nullptr, given.in, given.side);
   if (!shown) return host.show(StringId::ErrorReadingFile, {}, given.in), kFailed;
   const auto& png = graphic_file_modules()[GraphicFileType("a.png")];
   if (png.WriteGraphicFile(given.out, {}, reduced_to_fit(shown, given.side))) return kDone;

@@ -151,6 +151,11 @@ GraphicReading read_still(const std::filesystem::path& file, std::uint32_t enoug
   return first_picture(file);
 }
 
+Picture first_shown(const DocumentWindow* window, const std::filesystem::path& file, std::uint32_t side) {
+  if (window && !frame_entries(*window).empty()) return canvas_frames(*window).frame(0).picture;
+  return read_still(file, 2 * side).picture;
+}
+
 StreamedFrame placed_still(const Picture& picture, std::vector<std::uint8_t> transparency, std::size_t number,
                            const StillCanvas& canvas) {
   StreamedFrame frame;

@@ -25,6 +25,10 @@ struct StillsBuild {
 /// The picture of a file, with its transparency as alpha; of an animation the first one.
 GraphicReading read_still(const std::filesystem::path& file, std::uint32_t enough = 0);
 
+/// What a file shows first, with its transparency: of an open document with frames the first canvas, else
+/// the picture of the file itself, at a size that is enough for `side` pixels a side. Null where neither is.
+Picture first_shown(const DocumentWindow* window, const std::filesystem::path& file, std::uint32_t side);
+
 /// A canvas on which pictures of any size are shown, each alone.
 struct StillCanvas {
   Extent size;

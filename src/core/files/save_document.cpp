@@ -102,6 +102,14 @@ WriteResult write_document(DocumentWindow& window, DocumentKind written, const S
   return WriteResult::Failed;
 }
 
+std::optional<fs::file_time_type> changed_on_disk(const Document& document) {
+  if (!document.HasFileName || document.fileTime == fs::file_time_type{}) return std::nullopt;
+  std::error_code error;
+  const fs::file_time_type time = fs::last_write_time(document.fileName, error);
+  if (error) return kFileGone;
+  return time == document.fileTime ? std::nullopt : std::optional(time);
+}
+
 bool save_document(DocumentWindow& window, const fs::path& path, Host& host, const SaveOptions& options) {
   const KeptNotes kept(window.document, host);
   const WriteResult result = write_file(window, path, options, host);

@@ -18,6 +18,12 @@ bool frames_exceed_first(const DocumentWindow& window);
 WriteResult write_document(DocumentWindow& window, DocumentKind written, const Sink& sink,
                            const SaveOptions& options, Host& host);
 
+/// The time of a file that is not in its folder.
+inline constexpr auto kFileGone = std::filesystem::file_time_type::min();
+/// The time of the document's file where that is another than when it was read or saved; nothing where it is
+/// the same, and for a document without a file.
+std::optional<std::filesystem::file_time_type> changed_on_disk(const Document& document);
+
 /// Writes the document to `path`. What stood there before survives any failure; what is no regular file is
 /// not replaced. False, with the message given to the host, when it was not written (also when the
 /// user refused to go on without a backup, which says nothing). The list changes only in what the save itself

@@ -16,12 +16,6 @@ bool needs_name(const Document& document) {
          equal_ignoring_case(document.fileName.filename().string(), string_text(StringId::UntitledPng));
 }
 
-bool changed_on_disk(const Document& document) {
-  std::error_code error;
-  const fs::file_time_type time = fs::last_write_time(document.fileName, error);
-  return !error && document.fileTime != fs::file_time_type{} && time != document.fileTime;
-}
-
 Answer ask_about_file(Host& host, StringId id, const Document& document, bool cancel) {
   if (!host.ask) return Answer::Yes;
   return host.ask({id, {}, with_value(string_text(id), document_title(document)), {}, nullptr}, cancel);
@@ -48,7 +42,7 @@ bool save(DocumentWindow& window, Services& services) {
     return false;
   }
   if (needs_name(document)) return save_as(window, services);
-  if (changed_on_disk(document) &&
+  if (changed_on_disk(document).value_or(kFileGone) != kFileGone &&
       ask_about_file(services.host, StringId::FileChangedQuestion, document, false) != Answer::Yes)
     return false;
   return save_document(window, document.fileName, services.host);

@@ -1,5 +1,6 @@
 #include "shell/window/file_watch.h"
 
+#include "core/files/save_document.h"
 #include "core/model/document_notes.h"
 #include "shell/look/text.h"
 
@@ -40,17 +41,16 @@ void FileWatch::look() {
   bool any = false;
   for (DocumentFrame* frame : window_.area().documents()) {
     Document& document = frame->document();
-    if (!document.HasFileName || document.fileTime == std::filesystem::file_time_type{}) continue;
-    std::error_code gone;
-    const auto time = std::filesystem::last_write_time(document.fileName, gone);
-    if (!gone && time == document.fileTime) continue;
-    const auto [known, added] = told_.try_emplace(document.fileName.string(), time);
-    if (!added && known->second == time) continue;
-    known->second = time;
+    const auto changed = changed_on_disk(document);
+    if (!changed) continue;
+    const auto [known, added] = told_.try_emplace(document.fileName.string(), *changed);
+    if (!added && known->second == *changed) continue;
+    known->second = *changed;
     any = true;
-    const QString note = gone ? tr("The file is not in its folder any more. Saving writes it again.")
-                              : tr("Another program has changed the file. You are asked before saving puts "
-                                   "this document in its place.");
+    const QString note = *changed == kFileGone
+                             ? tr("The file is not in its folder any more. Saving writes it again.")
+                             : tr("Another program has changed the file. You are asked before saving puts "
+                                  "this document in its place.");
     add_note(document, note.toStdString());
   }
   follow();  // a file that was replaced is watched no more
