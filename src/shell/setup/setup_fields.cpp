@@ -8,6 +8,7 @@ namespace {
 
 constexpr FieldType kFlagType = FieldType::Flag;
 constexpr std::int64_t kRgb = 0xFFFFFF;
+constexpr std::int64_t kMostMegabytes = 1 << 20;
 
 SettingField flag(const char* key, const char* label, const char* tip, bool restart = false) {
   return {.field = {.name = key, .label = label, .type = kFlagType, .most = 1, .tip = tip},
@@ -57,6 +58,9 @@ constexpr FieldChoice kAnimationTypes[] = {{0, "Animated PNG"}, {1, "MNG"}, {2, 
 constexpr FieldChoice kPaintColors[] = {
     {0, "As it is"}, {1, "Match to the palette"}, {2, "Dither to the palette"}};
 constexpr FieldChoice kButtonLooks[] = {{0, "Classic"}, {1, "Soft"}, {2, "Flat"}};
+constexpr FieldChoice kEditorViews[] = {{0, "Own picture"}, {1, "On the canvas"}, {2, "Onion skin"}};
+constexpr FieldChoice kEditorGrounds[] = {
+    {0, "Checkers"}, {1, "Document's color"}, {2, "Black"}, {3, "White"}};
 const SettingField kFiles[] = {
     flag("AllowAdvancedPalettes", "Advanced palettes in Animation Wizard",
          "Shows what can be chosen for the colors of paletted animations"),
@@ -69,6 +73,14 @@ const SettingField kFiles[] = {
          "Photos that a camera took upright are turned when they are read"),
     flag("KeepStoredImages", "Keep images as they are stored",
          "Saving copies the images that nobody changed, and doesn't pack them again"),
+    flag("AutoUpdateTime", "Keep the time of saving", "A tIME chunk gets the time of each save"),
+    flag("APNGOpen", "Open animated PNGs as animations",
+         "Without it, they are stills whose frames are chunks"),
+    flag("APNGIncludeTextChunks", "Texts of animated PNGs", "They are read and written"),
+    flag("AutomaticMngToPng", "Open MNGs as animated PNGs",
+         "An MNG becomes an animated PNG that isn't saved yet"),
+    flag("AddInstructionsToNew", "Instructions in new documents",
+         "They begin with a comment that says how to go on"),
     flag("CreateBackups", "Create backups", "Saving keeps the file that was there as \"Backup of ...\""),
     flag("FastRemap", "Fast color matching",
          "Colors are matched to palettes a little less exactly, and faster"),
@@ -100,6 +112,11 @@ const SettingField kFiles[] = {
            "1 to 254: pixels with less alpha are transparent in cursors"),
     number("RememberFileHistoryCount", "File menu size*", 0, 20,
            "How many files the File menu remembers, 0 to 20", {}, true),
+    number("PictureMemoryMegabytes", "Memory for pictures:", 0, kMostMegabytes,
+           "Megabytes; 0 is a quarter of the machine's memory"),
+    number(
+        "MaximumDecodedMegabytes", "Largest document:", 0, kMostMegabytes,
+        "Megabytes that pictures of a document may take; 0 is what this machine and the file make plausible"),
     list("DefaultPalette", "Default palette:", palette_choices(), "The palette of new paletted images"),
     color("WizardTransparentMaskColor", "Wizard transparent mask:",
           "Stands for transparent pixels in paletted frames of the Animation Wizard"),
@@ -163,6 +180,14 @@ const SettingField kDisplay[] = {
 };
 
 const SettingField kApplication[] = {
+    flag("FindHidesRows", "Find shows matching rows only",
+         "Without it, rows that match are marked among all others"),
+    flag("MonoListText", "Rows of one color", "The text behind a row's label is as black as the label"),
+    flag("LiveButtons", "Live buttons", "Buttons of the toolbar light up under the pointer"),
+    flag("ShowFileOpenPreview", "Previews in file dialogs", "The dialog that asks for images shows them"),
+    list("ImageEditorView", "Image editor shows:", kEditorViews,
+         "A frame alone, on its canvas, or among its neighbors"),
+    list("ImageEditorGround", "Image editor ground:", kEditorGrounds, "What lies behind the frame"),
     list("MDIClientBackground", "Application background:", background_choices(),
          "What lies behind the document windows"),
     path("MDIClientImage", "Background image:", "Browse...", "Shown where the background is \"Image\""),
