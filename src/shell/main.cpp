@@ -65,7 +65,7 @@ void start(MainWindow& window, Recovery& recovery, const StartOptions& options,
   // The sizes of docks are those in the window as it stands now.
   window.docks().arrange(window.screen()->availableGeometry().width());
   QTimer::singleShot(0, &window, [&window, &recovery, options, themeFault] {
-    if (!themeFault.empty()) window.services().host.show(StringId::ThemeFailed, {}, themeFault);
+    tell_theme_fault(window, themeFault);
     add_plugins(window);
     offer_recovery(recovery, window);
     if (options.file.empty())
@@ -131,7 +131,7 @@ int main(int argc, char** argv) {
   install_help();
   const auto end = qScopeGuard([] { put_theme_in_force(nullptr); });
   try {
-    return options.screenshot.empty() ? run(options, themeFault) : run_for_screenshot(options);
+    return options.screenshot.empty() ? run(options, themeFault) : run_for_screenshot(options, themeFault);
   } catch (const std::bad_alloc&) {
     std::fprintf(stderr, "%s\n", string_text(StringId::NoWindow).data());
     return 1;

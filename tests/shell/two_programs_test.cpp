@@ -32,6 +32,27 @@ TEST(DesktopSession, OpensEditsSavesUndoesPlaysAndLeaves) {
     EXPECT_NE(result.output.find(line), std::string::npos) << line << " is not in\n" << result.output;
 }
 
+TEST(KeyboardRepair, AWholeRepairNeedsNoMouse) {
+  const ToolResult result = run_on_display("keyboard_repair.sh");
+  if (result.status == 77) GTEST_SKIP() << result.output;
+  ASSERT_EQ(result.status, 0) << result.output;
+  for (const char* line :
+       {"undone: 100 C02020, 100 2020C0, 700 20C020, 100 C0C020",
+        "redone: 100 C02020, 100 2020C0, 700 20C0C0, 100 C0C020", "OK: ", "left with status 0"})
+    EXPECT_NE(result.output.find(line), std::string::npos) << line << " is not in\n" << result.output;
+}
+
+TEST(Themes, OneThatFailsIsToldAndTheProgramGoesOn) {
+  const ScratchFolder folder;
+  const std::string picture = (folder / "window.png").string();
+  const ToolResult result =
+      run_tool({(program_folder() / "vellumcraft").string(), "--config", (folder / "config").string(),
+                "--set", "ThemeCurrent=THEME_Gone_x64.so", "--screenshot", picture});
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_NE(result.output.find(string_text(StringId::ThemeFailed)), std::string::npos) << result.output;
+  EXPECT_FALSE(QImage(QString::fromStdString(picture)).isNull());
+}
+
 TEST(FullScreen, FillsTheScreenUnderAWindowManagerAndEscapeLeavesIt) {
   const ToolResult result = run_on_display("full_screen.sh");
   if (result.status == 77) GTEST_SKIP() << result.output;

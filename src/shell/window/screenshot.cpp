@@ -8,6 +8,7 @@
 
 #include "shell/look/text.h"
 #include "shell/window/main_window.h"
+#include "shell/window/start_screens.h"
 
 namespace vellum {
 namespace {
@@ -65,12 +66,13 @@ QPixmap picture_for(MainWindow& window, const StartOptions& options) {
 
 }  // namespace
 
-int run_for_screenshot(const StartOptions& options) {
+int run_for_screenshot(const StartOptions& options, const std::string& themeFault) {
   MainWindow window;
   window.services().host.message = [](const Message& message) {
     std::fprintf(stderr, "vellumcraft: %s %s\n", message.text.c_str(), message.more.c_str());
   };
   window.services().host.ask = nullptr;
+  tell_theme_fault(window, themeFault);
   window.resize(options.wide, options.deep);
   window.show();
   window.docks().arrange(options.wide);

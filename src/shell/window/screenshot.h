@@ -7,6 +7,6 @@ namespace vellum {
 
 /// Opens the file, if one is named, writes the picture that the options ask for, and gives the exit status.
 /// Nobody is asked: what would be asked or told goes to standard error.
-int run_for_screenshot(const StartOptions& options);
+int run_for_screenshot(const StartOptions& options, const std::string& themeFault);
 
 }  // namespace vellum

@@ -55,4 +55,8 @@ void show_start_screens(MainWindow& window) {
   splash->show();
 }
 
+void tell_theme_fault(MainWindow& window, const std::string& fault) {
+  if (!fault.empty()) window.services().host.show(StringId::ThemeFailed, {}, fault);
+}
+
 }  // namespace vellum
