@@ -98,6 +98,7 @@ TEST_F(CommandWalk, WhoeverCancelsKeepsTheDocument) {
       const auto before = rows(frame);
       main_.run(row.number);
       settle();
+      expect_named(main_);
       if (!is_one_of(kChanging, row.number)) {
         EXPECT_EQ(rows(frame), before) << row.number << ' ' << row.label;
       }

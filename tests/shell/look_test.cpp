@@ -3,6 +3,8 @@
 
 #include "configuration/shell_settings.h"
 #include "image/graphic_file.h"
+#include "shell/look/program_style.h"
+#include "shell/look/style.h"
 #include "shell/look/tool_style.h"
 #include "shell/widgets/work_background.h"
 #include "shell_fixture.h"
@@ -90,6 +92,27 @@ TEST_F(LookTest, ButtonsLightUpAsWished) {
   }
   EXPECT_NE(looks[0], looks[1]);
   EXPECT_NE(looks[1], looks[2]);
+}
+
+TEST_F(LookTest, ControlsOnBlackHaveAnOutline) {
+  ProgramStyle program(nullptr);
+  QStyleOptionButton option;
+  option.rect = QRect(0, 0, 16, 16);
+  option.palette = QPalette(Qt::black, Qt::black);
+  option.palette.setColor(QPalette::WindowText, Qt::white);
+  option.state = QStyle::State_Enabled | QStyle::State_Off;
+  for (const auto element :
+       {QStyle::PE_IndicatorCheckBox, QStyle::PE_IndicatorRadioButton, QStyle::PE_PanelButtonCommand}) {
+    QImage image(16, 16, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    program.drawPrimitive(element, &option, &painter, nullptr);
+    EXPECT_GE(style::contrast(image.pixelColor(8, 0), Qt::black), 3) << element;
+  }
+  QPalette dark(Qt::black, Qt::black);
+  dark.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(5, 5, 5));
+  program.polish(dark);
+  EXPECT_GE(style::contrast(dark.color(QPalette::Disabled, QPalette::ButtonText), Qt::black), 2);
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 #include "shell_fixture.h"
 
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QTabBar>
 
 #include "core/build/convert_records.h"
 #include "core/model/chunk_layout.h"
@@ -140,8 +144,24 @@ QPalette dark_palette() {
   return dark;
 }
 
+void expect_named(const QWidget& window) {
+  for (QWidget* widget : window.findChildren<QWidget*>()) {
+    // Parts of Qt's own controls, and what is told by its tabs.
+    const QWidget* parent = widget->parentWidget();
+    if (widget->objectName().startsWith(QLatin1String("qt_")) || qobject_cast<QTabBar*>(widget) ||
+        qobject_cast<const QAbstractSpinBox*>(parent) || qobject_cast<const QComboBox*>(parent) ||
+        widget->focusProxy() || !(widget->focusPolicy() & Qt::TabFocus))
+      continue;
+    const QAccessibleInterface* told = QAccessible::queryAccessibleInterface(widget);
+    EXPECT_TRUE(told && !told->text(QAccessible::Name).trimmed().isEmpty())
+        << window.windowTitle().toStdString() << ": " << widget->metaObject()->className() << ' '
+        << widget->objectName().toStdString() << " in " << parent->metaObject()->className();
+  }
+}
+
 void expect_presentable(QWidget& window) {
   const std::string title = window.windowTitle().toStdString();
+  expect_named(window);
   EXPECT_LE(window.width(), kSmallScreen.width()) << title;
   EXPECT_LE(window.height(), kSmallScreen.height()) << title;
   for (const QPushButton* button : window.findChildren<QPushButton*>()) {

@@ -46,8 +46,11 @@ std::set<std::size_t> selected_rows(const ChunkList& list);
 /// Colors of a dark desktop.
 QPalette dark_palette();
 
+/// Expects a name for a screen reader on everything in a window that takes the keyboard.
+void expect_named(const QWidget& window);
+
 /// Expects a window to fit a screen of 800 x 600, its buttons inside it, its Help a page of the guide, and
-/// its texts to have a contrast of at least 4.5 to their grounds.
+/// its texts to have a contrast of at least 4.5 to their grounds, and its controls names.
 void expect_presentable(QWidget& window);
 
 /// A main window that nobody looks at.

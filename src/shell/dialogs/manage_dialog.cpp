@@ -147,11 +147,14 @@ QWidget* ManageDialog::make_table() {
                           QAbstractItemView::AnyKeyPressed);
   table_->verticalHeader()->hide();
   table_->verticalHeader()->setDefaultSectionSize(52);
-  // As wide as headings and what is seen; a small screen scrolls.
-  table_->horizontalHeader()->setResizeContentsPrecision(0);
-  table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-  table_->horizontalHeader()->setStretchLastSection(true);
-  table_->horizontalHeader()->setSectionResizeMode(ManageModel::Frame, QHeaderView::Fixed);
+  table_->setWordWrap(false);
+  // Whatever the language and the desktop's font, heads and values are whole; of many rows those in sight are
+  // measured, and a small screen scrolls.
+  QHeaderView& heads = *table_->horizontalHeader();
+  heads.setResizeContentsPrecision(0);
+  heads.setSectionResizeMode(QHeaderView::ResizeToContents);
+  heads.setStretchLastSection(true);
+  heads.setSectionResizeMode(ManageModel::Frame, QHeaderView::Fixed);
   table_->setColumnWidth(ManageModel::Frame, 130);
   return table_;
 }
@@ -272,15 +275,15 @@ void ManageDialog::refresh(const FrameList& frames, std::size_t held) {
     table_->setCurrentIndex(model_->index(at.row(), at.column()));
   preview_->play(draft_);
   if (held > 0)
-    counts_->setText(counts_->text() + u' ' + to_qt(filled(StringId::ValuesHeld, {std::to_string(held)})) +
-                     u'.');
+    counts_->setText(counts_->text() + u' ' +
+                     to_qt(filled(StringId::ValuesHeld, {count_text(StringId::OneFrame, held)})) + u'.');
 }
 
 void ManageDialog::show_counts() {
   const FrameList checked = model_->checked();
   const auto total = total_time_ms(draft_, all_frames(model_->entries().size()));
-  counts_->setText(tr("%1 frames, %2 ms; %3 checked, %4 ms.")
-                       .arg(model_->entries().size())
+  counts_->setText(tr("%1, %2 ms; %3 checked, %4 ms.")
+                       .arg(to_qt(count_text(StringId::OneFrame, model_->entries().size())))
                        .arg(to_qt(grouped(total)))
                        .arg(checked.size())
                        .arg(to_qt(grouped(total_time_ms(draft_, checked)))));

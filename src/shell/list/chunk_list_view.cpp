@@ -43,6 +43,7 @@ ChunkListView::ChunkListView(DocumentWindow& window, ThumbnailCache& thumbnails,
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   viewport()->setMouseTracking(true);
   viewport()->setAcceptDrops(true);
+  setLayoutDirection(Qt::LeftToRight);  // tags, numbers and facts stand in columns from the left
   selection_.shown = [this](std::size_t row) { return is_shown(row); };
   window_.list.changed = [this](const ListChange& change) { list_changed(change); };
   lay_out();

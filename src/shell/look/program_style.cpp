@@ -56,6 +56,29 @@ void draw_tab_cross(const QStyleOption& option, QPainter& painter) {
   painter.restore();
 }
 
+constexpr int kAsGoodAsBlack = 20;  // lightness of a ground below which the plain style's outlines are lost
+constexpr double kOutlineShare = 0.6, kLeastDisabled = 2.0;
+
+/// Plain styles outline controls with what is darker than the ground: on a desktop of high contrast a box
+/// that isn't checked, or a field, would not be seen at all.
+void draw_outline(const QStyleOption& option, QPainter& painter, bool round) {
+  const QColor ground = option.palette.color(QPalette::Window);
+  if (ground.lightness() >= kAsGoodAsBlack) return;
+  painter.save();
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(style::between(ground, option.palette.color(QPalette::WindowText), kOutlineShare));
+  const QRect place = option.rect.adjusted(0, 0, -1, -1);
+  round ? painter.drawEllipse(place) : painter.drawRect(place);
+  painter.restore();
+}
+
+bool has_outline(QStyle::PrimitiveElement element) {
+  static constexpr QStyle::PrimitiveElement outlined[] = {
+      QStyle::PE_IndicatorCheckBox, QStyle::PE_IndicatorItemViewItemCheck, QStyle::PE_IndicatorRadioButton,
+      QStyle::PE_PanelLineEdit, QStyle::PE_PanelButtonCommand};
+  return std::ranges::find(outlined, element) != std::end(outlined);
+}
+
 }  // namespace
 
 ProgramStyle::ProgramStyle(ThemeInForce theme) : QProxyStyle(ground_of(theme)), theme_(std::move(theme)) {}
@@ -78,6 +101,11 @@ void ProgramStyle::polish(QPalette& palette) {
       text = style::readable_on(style::between(ground, text, share), ground);
     }
     palette.setColor(group, QPalette::PlaceholderText, text);
+  }
+  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
+    const QColor ground = palette.color(QPalette::Disabled, QPalette::Window);
+    const QColor text = palette.color(QPalette::Disabled, role);
+    palette.setColor(QPalette::Disabled, role, style::readable_on(text, ground, kLeastDisabled));
   }
 }
 
@@ -109,6 +137,9 @@ void ProgramStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* o
     if (theme_->colors && draw_theme_primitive(*theme_, element, *option, *painter, widget)) return;
   }
   QProxyStyle::drawPrimitive(element, option, painter, widget);
+  const auto* field = qobject_cast<const QLineEdit*>(widget);
+  if (has_outline(element) && !(field && !field->hasFrame()))
+    draw_outline(*option, *painter, element == PE_IndicatorRadioButton);
 }
 
 void ProgramStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
@@ -133,6 +164,7 @@ void ProgramStyle::drawComplexControl(ComplexControl control, const QStyleOption
   if (theme_ && theme_->colors && draw_theme_complex(*theme_, *this, control, *option, *painter, widget))
     return;
   QProxyStyle::drawComplexControl(control, option, painter, widget);
+  if (control == CC_SpinBox || control == CC_ComboBox) draw_outline(*option, *painter, false);
 }
 
 QRect ProgramStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,

@@ -68,8 +68,7 @@ RowColours row_colours(const QPalette& palette, bool selected) {
   const QColor button = palette.color(QPalette::Active, QPalette::Button);
   // On dark desktops buttons are dark: beside a white label the text is a weaker white instead.
   const bool fits = contrast(button, ground) >= kLeastOnHighlight && luminance(button) > luminance(ground);
-  return {ground, label, fits ? button : between(label, ground, 0.15),
-          readable_on(between(label, ground, 0.12), ground)};
+  return {ground, label, fits ? button : between(label, ground, 0.15), label};
 }
 
 QColor bracket_colour(const QPalette& palette) {

@@ -17,6 +17,7 @@ constexpr double kFilledShare = 0.35;  // how far the filled part goes from the 
 ProgressStrip::ProgressStrip(QWidget* parent) : QWidget(parent) {
   setFixedHeight(kStripHeight);
   setAccessibleName(tr("Progress"));
+  setLayoutDirection(Qt::LeftToRight);  // as the film strip
   QFont small = font();
   small.setPixelSize(kTextHeight);
   setFont(small);

@@ -22,6 +22,7 @@ ViewerCanvas::ViewerCanvas(QWidget* parent) : QAbstractScrollArea(parent), aroun
   setFrameShape(QFrame::NoFrame);
   setFocusPolicy(Qt::StrongFocus);
   setAccessibleName(tr("Animation"));
+  setLayoutDirection(Qt::LeftToRight);  // a picture is never mirrored
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   viewport()->setMouseTracking(true);
 }

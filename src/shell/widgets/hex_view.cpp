@@ -27,6 +27,7 @@ HexView::HexView(QWidget* parent) : QAbstractScrollArea(parent) {
   fixed.setStyleHint(QFont::Monospace);
   setFont(fixed);
   setFocusPolicy(Qt::StrongFocus);
+  setLayoutDirection(Qt::LeftToRight);  // bytes stand in the order of the file
   setAccessibleName(tr("Bytes"));
   viewport()->setCursor(Qt::IBeamCursor);
   update_scroll_bars();

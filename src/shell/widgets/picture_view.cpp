@@ -31,6 +31,7 @@ int grid_step(int setting) { return std::clamp(setting, 1, 256); }
 PictureView::PictureView(QWidget* parent) : QAbstractScrollArea(parent) {
   setFocusPolicy(Qt::StrongFocus);
   setAccessibleName(tr("Picture"));
+  setLayoutDirection(Qt::LeftToRight);  // a picture is never mirrored
   viewport()->setMouseTracking(true);
 }
 
