@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "core/model/tags.h"
+#include "core/settings.h"
 #include "exchange/movie.h"
 #include "shell/window/commands.h"
+#include "shell/window/main_window.h"
 
 namespace vellum {
 namespace {
@@ -20,6 +22,14 @@ constexpr DocumentKind kApngAndWebp[] = {DocumentKind::APNG, DocumentKind::WEBP}
 constexpr DocumentKind kMngAndWebp[] = {DocumentKind::MING, DocumentKind::WEBP};
 constexpr DocumentKind kPngsAndMng[] = {DocumentKind::PING, DocumentKind::APNG, DocumentKind::MING};
 constexpr DocumentKind kAnimations[] = {DocumentKind::MING, DocumentKind::APNG, DocumentKind::WEBP};
+
+void full_screen_command(MainWindow& main) { main.setWindowState(main.windowState() ^ Qt::WindowFullScreen); }
+
+/// Of the kind that new animations are.
+void new_animation_command(MainWindow& main) {
+  constexpr DocumentKind kKinds[] = {DocumentKind::APNG, DocumentKind::MING, DocumentKind::WEBP};
+  new_document_command(main, kKinds[std::clamp(settings::DefaultAnimationType, 0, 2)]);
+}
 
 // clang-format off
 const CommandRow kCommands[] = {
@@ -150,6 +160,7 @@ const CommandRow kCommands[] = {
     {823, "&Inspector\tF9", Menu::View, 1, Nothing, {}, "properties", dock_command<823>},
     {824, "&Check\tShift+F9", Menu::View, 1, Nothing, {}, nullptr, dock_command<824>},
     {807, "Next &pane\tF6", Menu::View, 2, Nothing, {}, nullptr, next_pane_command},
+    {808, "F&ull screen\tF11", Menu::View, 3, Nothing, {}, nullptr, full_screen_command},
 
     {52, "&Contents", Menu::Help, 1, Nothing, {}, "help", contents_command},
     {902, "&About...", Menu::Help, 1, Nothing, {}, "about", about_command},
@@ -160,6 +171,7 @@ const CommandRow kCommands[] = {
     {2905, "Tarnwick Supp&ort", Menu::Help, 3, Nothing, {}, "web", web_page_command<2905>},
     {2907, "Welcome wi&zard", Menu::Help, 4, Nothing, {}, nullptr, welcome_command},
 
+    {809, "New animation", Menu::None, 0, Nothing, {}, nullptr, new_animation_command},
     {701, "Thumbnail size", Menu::None, 0, Entries, {}, nullptr, scale_command},
 };
 // clang-format on
@@ -193,6 +205,7 @@ constexpr KeyRow kKeys[] = {
     {"Ctrl+F6", 805}, {"Ctrl+Shift+F6", 806}, {"Ctrl+Tab", 805}, {"Ctrl+Shift+Tab", 806},
     {"Ctrl+PgDown", 805}, {"Ctrl+PgUp", 806}, {"F6", 807}, {"F7", 821}, {"F8", 822}, {"F9", 823},
     {"Shift+F7", 840}, {"Shift+F9", 824}, {"Ctrl+F", 210}, {"F3", 211}, {"Shift+F3", 212},
+    {"Ctrl+N", 809}, {"Ctrl+Shift+S", 104}, {"Ctrl+Q", 55}, {"F11", 808},
 };
 // clang-format on
 
