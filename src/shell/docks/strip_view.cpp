@@ -365,6 +365,7 @@ void StripView::paint_cell(QPainter& painter, std::size_t frame) {
 
 void StripView::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
+  painter.setLayoutDirection(layoutDirection());
   painter.fillRect(viewport()->rect(), style::work_area_colour(palette()));
   if (entries_.empty() && window_) {
     painter.setPen(palette().color(QPalette::WindowText));

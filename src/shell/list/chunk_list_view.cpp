@@ -219,6 +219,7 @@ void ChunkListView::scrollContentsBy(int, int dy) {
 void ChunkListView::paintEvent(QPaintEvent* event) {
   settle();
   QPainter painter(viewport());
+  painter.setLayoutDirection(layoutDirection());
   painter.setFont(font());
   for (const QRect& area : event->region()) paint_rows(painter, area);
   if (window_.document.DropInsertMark >= 0) paint_drop_mark(painter);

@@ -66,7 +66,11 @@ void draw_outline(const QStyleOption& option, QPainter& painter, bool round) {
   if (ground.lightness() >= kAsGoodAsBlack) return;
   painter.save();
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(style::between(ground, option.palette.color(QPalette::WindowText), kOutlineShare));
+  const auto* button = qstyleoption_cast<const QStyleOptionButton*>(&option);
+  const bool first = button && button->features & QStyleOptionButton::DefaultButton;
+  painter.setPen(first || option.state & QStyle::State_HasFocus
+                     ? option.palette.color(QPalette::Highlight)
+                     : style::between(ground, option.palette.color(QPalette::WindowText), kOutlineShare));
   const QRect place = option.rect.adjusted(0, 0, -1, -1);
   round ? painter.drawEllipse(place) : painter.drawRect(place);
   painter.restore();

@@ -34,6 +34,7 @@ void ProgressStrip::show_progress(std::uint32_t ordinal, const QString& text) {
 
 void ProgressStrip::paintEvent(QPaintEvent*) {
   QPainter painter(this);
+  painter.setLayoutDirection(layoutDirection());
   const QColor ground = palette().color(QPalette::Base);
   const QColor filled = style::between(ground, QColor::fromRgb(style::kAccent), kFilledShare);
   const int edge = text_.isEmpty() ? 0 : strip_filled(ordinal_, frames_, width());

@@ -108,6 +108,7 @@ void HexView::focusOutEvent(QFocusEvent*) { viewport()->update(); }
 
 void HexView::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
+  painter.setLayoutDirection(layoutDirection());
   painter.fillRect(event->rect(), palette().color(QPalette::Base));
   painter.translate(-horizontalScrollBar()->value(), 0);
   const auto first = static_cast<std::size_t>(verticalScrollBar()->value());
