@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/translation.h"
 #include "core/edit/deep_samples.h"
 #include "core/model/kind_table.h"
 #include "operations/convert_colors.h"
@@ -30,7 +31,7 @@ bool prepare_draft(DocumentWindow& draft, unsigned needs, Host& host) {
 std::string kinds_of(const Parameters& parameters) {
   std::string names;
   for (const DocumentKind kind : parameters.kinds)
-    names.append(names.empty() ? "it takes " : ", ").append(kind_row(kind).name);
+    names.append(names.empty() ? translated("it takes ") : ", ").append(kind_row(kind).name);
   return names;
 }
 
