@@ -135,19 +135,13 @@ std::string default_of(const Field& field) {
   return field_value_text(field, initial_value(field));
 }
 
-/// Of a flag that is on as it comes: "No smooth edges".
-std::string refused(const std::string& label, std::string_view source) {
-  if (label != source) return format_text(translated("Without: %s"), label.c_str());
-  return "No " + lower_case(label.substr(0, 1)) + label.substr(1);
-}
-
 void add_field_option(CLI::App& app, const Field& field, std::optional<std::string>& text) {
   const std::string name = option_name(field.name);
   if (field.type == FieldType::Flag) {
     const bool on = field.initial != 0;
-    // Where both values have names the option tells the one that it gives.
+    // The option tells the value that it gives.
     std::string help = translated(field.label);
-    if (on && field.choices.empty()) help = refused(help, field.label);
+    if (on && field.choices.empty()) help += std::string(": ") + translated("no");
     for (const FieldChoice& choice : field.choices)
       if (choice.value == !on) help += std::string(": ") + translated(choice.name);
     app.add_flag_callback((on ? "--no-" : "--") + name, [&text, on] { text = on ? "0" : "1"; }, help);
