@@ -28,10 +28,10 @@ bool resizing_needs_true_color(const DocumentWindow& window, const ResizeAnimati
 
 /// Scales the canvas and the edges of every frame, so that neighbours still meet; delays, disposal and
 /// blending stay. A frame that shows its own pixels is that part of the resized canvas; one that the canvas
-/// shines through is resized alone. Indexed images that are filtered become true color (grey, where all of them are), with
-/// alpha where the document has transparency, unless their palette is kept. Clips of an MNG go along. Makes
-/// the closing calls and takes no undo level. False, with the document as it was, when it has no image, a
-/// picture is lost, the size is beyond the limits, memory is exhausted or the user stopped it.
+/// shines through is resized alone. Indexed images that are filtered become true color (grey, where all of
+/// them are), with alpha where the document has transparency, unless their palette is kept. Clips of an MNG
+/// go along. Makes the closing calls and takes no undo level. False, with the document as it was, when it has
+/// no image, a picture is lost, the size is beyond the limits, memory is exhausted or the user stopped it.
 bool resize_animation(DocumentWindow& window, const ResizeAnimation& resize, Host& host);
 
 }  // namespace vellum
