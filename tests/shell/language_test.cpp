@@ -81,13 +81,14 @@ QStringList texts_of(const QWidget& widget) {
   return texts;
 }
 
-/// A label or a button whose text needs more room than it has.
+/// A label or a button whose text needs more room than it has, and that has no tip with that text.
 bool is_cut(const QWidget& widget) {
   if (!widget.isVisible() || widget.width() >= widget.sizeHint().width()) return false;
   if (const auto* label = qobject_cast<const QLabel*>(&widget))
     return !label->wordWrap() && label->pixmap().isNull() && !label->text().isEmpty();
   const auto* button = qobject_cast<const QAbstractButton*>(&widget);
-  return button && !button->text().isEmpty() && !widget.inherits("QToolButton");
+  return button && !button->text().isEmpty() && !widget.inherits("QToolButton") &&
+         button->text().remove(u'&') != button->toolTip();
 }
 
 struct Spoken {

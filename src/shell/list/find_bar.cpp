@@ -45,6 +45,7 @@ FindBar::FindBar(ChunkListView& list, QWidget* parent)
   text_->setMinimumWidth(kLeastTextWidth);
   text_->setMaximumWidth(kTextWidth);
   hides_->setChecked(settings::FindHidesRows != 0);
+  hides_->setToolTip(hides_->text().remove(u'&'));  // it gives way in a narrow window
   count_->setObjectName(QStringLiteral("count"));
   count_->setMinimumWidth(0);
   auto* before = tool(*this, tr("Find backwards (Shift+F3)"), "before");
