@@ -4,7 +4,6 @@
 
 #include "base/file.h"
 #include "base/page_text.h"
-#include "base/translation.h"
 #include "core/build/frame_stream.h"
 #include "core/model/frame_values.h"
 #include "exchange/as_animated_png.h"

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "base/byte_order.h"
-#include "base/translation.h"
 #include "exchange/riff.h"
 #include "exchange/swf_writer.h"
 

@@ -5,7 +5,6 @@
 #include "base/limits.h"
 #include "base/page_text.h"
 #include "base/text.h"
-#include "base/translation.h"
 #include "core/build/convert_records.h"
 #include "core/files/save_document.h"
 #include "core/model/frame_values.h"

@@ -6,7 +6,6 @@
 
 #include "base/limits.h"
 #include "base/text.h"
-#include "base/translation.h"
 #include "core/chunks/chunk_field_sets.h"
 #include "core/chunks/chunk_payload.h"
 #include "core/chunks/chunk_table.h"

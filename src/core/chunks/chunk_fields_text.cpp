@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "base/text.h"
-#include "base/translation.h"
 #include "core/chunks/chunk_field_sets.h"
 #include "core/chunks/chunk_table.h"
 #include "core/chunks/text_chunk.h"
