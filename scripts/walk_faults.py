@@ -46,6 +46,8 @@ COMMANDS = [
     ("config", ["config", "set", "UndoLevels", "7"], "Vellumcraft 15.ini"),
     ("gif", ["gif", "IN", "OUT"], "t.gif"),
     ("ani", ["ani", "IN", "OUT"], "t.ani"),
+    ("gif-optimized", ["gif", "--optimize", "IN", "OUT"], "t.gif"),
+    ("cur", ["cur", "PICTURE", "OUT"], "t.cur"),
     ("mp4", ["movie", "IN", "OUT"], "t.mp4"),
     ("webm", ["movie", "IN", "OUT"], "t.webm"),
     ("swf", ["swf", "IN", "OUT"], "t.swf"),
