@@ -97,6 +97,7 @@ QLabel* ChangePreview::add_pane(QLayout& layout, const QString& title) {
   label->setAlignment(Qt::AlignCenter);
   auto* area = new QScrollArea(side);
   area->setWidget(label);
+  area->setAccessibleName(title);
   area->setAlignment(Qt::AlignCenter);
   area->setMinimumSize(kPane);
   auto* column = new QVBoxLayout(side);

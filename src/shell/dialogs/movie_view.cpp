@@ -37,6 +37,7 @@ MovieView::MovieView(QWidget* parent)
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(style::kGap);
   area_->setWidget(picture_);
+  area_->setAccessibleName(tr("Movie"));
   area_->setWidgetResizable(true);
   area_->setMinimumSize(kLeast);
   picture_->setAlignment(Qt::AlignCenter);

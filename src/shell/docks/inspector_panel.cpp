@@ -62,6 +62,7 @@ InspectorPanel::InspectorPanel(DockContext& context)
   setAccessibleName(tr("Inspector"));
   make_head();
   room_->setFrameShape(QFrame::NoFrame);
+  room_->setFocusPolicy(Qt::NoFocus);
   room_->setWidgetResizable(true);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(style::kGap, style::kGap / 2, style::kGap, style::kGap);

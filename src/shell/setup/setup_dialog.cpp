@@ -53,6 +53,7 @@ QScrollArea* scrolled(SettingPage* page, const QScreen& screen) {
   auto* area = new QScrollArea;
   area->setWidgetResizable(true);
   area->setFrameShape(QFrame::NoFrame);
+  area->setFocusPolicy(Qt::NoFocus);
   area->setWidget(page);
   // The page of a tab has the tab's ground, not that of a list.
   area->viewport()->setAutoFillBackground(false);
