@@ -147,6 +147,23 @@ take protect 315 large.png
 
 "$programs/vellumcraft" --size 1366x768 --screenshot "$pictures/main-window.png" --show 805@12 "$work/apng.png"
 
+# Setup, page by page.
+page=0
+for name in files display application; do
+  "$programs/vellumcraft" --set "SetupPageIndex=$page" --set MDIClientImage=/home/me/Pictures/ground.png --screenshot "$pictures/setup-$name.png" --show 54
+  page=$((page + 1))
+done
+
+# The window light and dark, on a usual screen and on a small one.
+mkdir -p "$pictures/window"
+for theme in Light Dark; do
+  for size in 1366x768 800x600; do
+    name=$(printf '%s' "$theme" | tr 'A-Z' 'a-z')-$size
+    "$programs/vellumcraft" --set "ThemeCurrent=THEME_${theme}_x64.so" --size "$size" \
+      --screenshot "$pictures/window/$name.png" --show 805@12 "$work/apng.png"
+  done
+done
+
 # The themes, with a window and with a dialog.
 mkdir -p "$pictures/themes"
 for theme in Light Dark "High Contrast"; do

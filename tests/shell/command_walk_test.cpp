@@ -142,6 +142,7 @@ TEST_F(CommandWalk, WindowsCanBeReadOnEveryPaletteOfADesktop) {
     frame.entries().select(1, true);
     for (const CommandRow& row : command_table())
       if (!is_one_of(kLeaving, row.number) && !is_one_of(kChanging, row.number)) main_.run(row.number);
+    main_.showNormal();  // from the full screen
     close_others();
     for (DocumentFrame* open : main_.area().documents()) open->close_without_question();
     settle();
