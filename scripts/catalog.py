@@ -27,6 +27,7 @@ ROWS = [
     "src/core/chunks/chunk_tip.cpp", "src/core/edit/new_document_fields.cpp", "src/core/model/chunk_description.cpp",
     "src/core/check/check_*", "src/core/files/open_document.cpp", "src/core/model/kind_table.cpp",
     "src/core/files/save_document.cpp", "src/image/graphic_file.cpp", "src/image/palette_file.cpp",
+    "src/base/limits.cpp", "src/image/png_decode.cpp", "src/core/files/first_picture.cpp",
     "src/shell/*/*", "src/shell/main.cpp", "src/cli/*",
     "!*/settings.h", "!src/exchange/swf_*", "!src/exchange/html_*", "!src/operations/tile_groups.cpp",
     "!src/cli/completion*", "!src/cli/man_text*", "!src/cli/batch_report*", "!src/cli/document_json*",
@@ -82,7 +83,7 @@ NO_PROSE = re.compile(
     r"^[A-Za-z]+[a-z0-9][A-Z]\w*$|\.(txt|html?|bmp|png|svg|md|dll|ini)\b|_$|[<>{}]|://|^(Alt|Ctrl|Shift|F\d)\b|"
     r"^(Home|End|PgUp|PgDown|Backspace|Up|Down)$|\\x|\\0|^THEME_|sans-serif|^Arial|^Sans$|^[A-Z\[\]@]+$|"
     r"^(Exif|XMP|VP8|RGB|seq|fmt|AVI) $|^Tarnwick$|^(Krita|GIMP|Pinta|KolourPaint|Vellumcraft|Qt)$|^Key=|"
-    r"^Source ANI|^Hot spot X: |^(Sequence|Rate): $|^px;|^the build gives|^No $|^GIMP Palette|^ colour palette$|"
+    r"^MemAvailable:|^Source ANI|^Hot spot X: |^(Sequence|Rate): $|^px;|^the build gives|^No $|^GIMP Palette|^ colour palette$|"
     r"""^[-\w]+: (url|none)|^(\\")? (width|height|alt)=|^%s: %s|^vellum: (%s|%\.\*s)|^\s*--|COMPREPLY|Commit\b.*\(""")
 
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "base/settings.h"
+#include "base/translation.h"
 
 namespace vellum {
 namespace {
@@ -67,12 +68,12 @@ const char* memory_fault(std::uint64_t bytes) {
   const std::uint64_t lifted = lifted_to();
   if (bytes <= kWorthAsking && lifted == 0) return nullptr;
   if (bytes <= maximum_decoded_bytes()) return nullptr;
-  return lifted != 0 ? kTooManyMegabytes : kTooMuchMemory;
+  return translated(lifted != 0 ? kTooManyMegabytes : kTooMuchMemory);
 }
 
 const char* decoding_fault(std::uint64_t bytes, std::uint64_t file_bytes) {
   if (bytes > kUnquestionedBytes && bytes / kMaximumExpansion > file_bytes && lifted_to() == 0)
-    return kImplausible;
+    return translated(kImplausible);
   return memory_fault(bytes);
 }
 

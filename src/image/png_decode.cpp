@@ -129,7 +129,9 @@ const char* too_short() { return translated("there is not enough image data"); }
 constexpr const char* kBadFilter = "a row has a filter type that does not exist";
 constexpr std::uint8_t kLastFilter = 4;
 
-PngDecoded failure(const char* reason, bool limit = false) { return {{}, reason, false, limit, false}; }
+PngDecoded failure(const char* reason, bool limit = false) {
+  return {{}, translated(reason), false, limit, false};
+}
 
 /// Takes the inflated rows: gives the picture, or null with a reason.
 using TakeRows = const char* (*)(const PngHeader&, const Palette&, ScratchPages& filtered, Picture&);

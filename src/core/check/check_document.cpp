@@ -150,7 +150,8 @@ bool repair_document(DocumentWindow& window, Host& host, RepairedFile& result) t
   mended.document = window.document;
   if (!read_bytes(mended, std::move(result.bytes), result.kind, host)) return false;
   if (mended.document.kind != window.document.kind)
-    return host.fail({FaultKind::Misuse, 0, -1, -1, "the repaired file is of another kind; open it anew"});
+    return host.fail(
+        {FaultKind::Misuse, 0, -1, -1, translated("the repaired file is of another kind; open it anew")});
   if (!undo_push(window, host, string_text(StringId::UndoRepair))) return false;
   const QuietList quiet(window.list);
   window.document.defaultImage = mended.document.defaultImage;

@@ -16,13 +16,14 @@ namespace vellum {
 namespace {
 
 constexpr const char* kTooManyPixels = "it has more pixels than are wanted";
-const GraphicReading kNoImage{{}, GraphicFault::Damaged, translated("it holds no image")};
+/// Made when it is told: the language is not known yet when the program begins.
+GraphicReading no_image() { return {{}, GraphicFault::Damaged, translated("it holds no image")}; }
 
 GraphicReading first_image(const DocumentWindow& window) {
   for (std::size_t i = 0; i < window.list.size(); ++i)
     if (is_image_entry(window.document.kind, window.list.record(i).tag))
       return {frame_layer_of(frame_source_of(window), window.list.record(i)).picture, {}, {}};
-  return kNoImage;
+  return no_image();
 }
 
 /// An MNG up to the end of its first image: nobody has to decode the others for that one. Empty without one,
@@ -47,13 +48,13 @@ std::vector<std::uint8_t> up_to_first_image(std::span<const std::uint8_t> file, 
 GraphicReading first_image_of_document(const std::filesystem::path& file, std::uint64_t most_pixels) {
   DocumentWindow window;
   Host listener;
-  GraphicReading reading = kNoImage;
+  GraphicReading reading = no_image();
   listener.message = [&](const Message& message) { reading.told = message.more; };
   std::string reason;
   std::uint64_t pixels = 0;
   if (const auto bytes = read_file(file, reason, kMaximumFileBytes)) {
     const auto front = up_to_first_image(*bytes, pixels);
-    if (pixels > most_pixels) return {{}, GraphicFault::TooLarge, kTooManyPixels};
+    if (pixels > most_pixels) return {{}, GraphicFault::TooLarge, translated(kTooManyPixels)};
     if (!front.empty() && read_mng(window, front, listener, nullptr)) return first_image(window);
     window = {};
   }
@@ -68,7 +69,7 @@ GraphicReading first_picture(const std::filesystem::path& file, std::uint32_t en
   if (most_pixels != std::numeric_limits<std::uint64_t>::max() &&
       GraphicFileInfo(file.string(), &width, &height, nullptr, nullptr) &&
       std::uint64_t{width} * height > most_pixels)
-    return {{}, GraphicFault::TooLarge, kTooManyPixels};
+    return {{}, GraphicFault::TooLarge, translated(kTooManyPixels)};
   const GraphicReading reading = read_graphic_file(file.string(), Part::Whole, enough);
   if (reading.fault != GraphicFault::UnknownKind) return reading;
   const GraphicReading first = first_image_of_document(file, most_pixels);
