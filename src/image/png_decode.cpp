@@ -188,8 +188,7 @@ PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, cons
       inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)), &exact);
   if (!inflated) return failure(translated("the image data is damaged"));
   const bool is_short = *inflated < filtered_bytes;
-  if (is_short && (short_data == PngShortData::Fault || *inflated == 0))
-    return failure(too_short());
+  if (is_short && (short_data == PngShortData::Fault || *inflated == 0)) return failure(too_short());
   joined = {};
   if (is_short) std::ranges::fill(filtered.bytes().subspan(*inflated), std::uint8_t{0});
   Picture picture;

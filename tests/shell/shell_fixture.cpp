@@ -149,9 +149,9 @@ void expect_named(const QWidget& window) {
     // Parts of Qt's own controls, and what is told by its tabs.
     const QWidget* parent = widget->parentWidget();
     if (widget->objectName().startsWith(QLatin1String("qt_")) || qobject_cast<QTabBar*>(widget) ||
-        widget->inherits("QComboBoxListView") ||
-        qobject_cast<const QAbstractSpinBox*>(parent) || qobject_cast<const QComboBox*>(parent) ||
-        widget->focusProxy() || !(widget->focusPolicy() & Qt::TabFocus))
+        widget->inherits("QComboBoxListView") || qobject_cast<const QAbstractSpinBox*>(parent) ||
+        qobject_cast<const QComboBox*>(parent) || widget->focusProxy() ||
+        !(widget->focusPolicy() & Qt::TabFocus))
       continue;
     const QAccessibleInterface* told = QAccessible::queryAccessibleInterface(widget);
     EXPECT_TRUE(told && !told->text(QAccessible::Name).trimmed().isEmpty())

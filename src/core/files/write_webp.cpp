@@ -155,9 +155,8 @@ bool write_animation(const WebpSaving& saving, std::size_t images, const Sink& s
   };
   const auto give = [&](WebpFrameRequest& request) { return source(request); };
   if (WEBPWriteAnimation(parameters, give, watched)) return true;
-  return full || source.is_lost()
-             ? saving.fail_to_write(sink)
-             : saving.fail(translated("a frame can't be compressed"), FaultKind::Limit);
+  return full || source.is_lost() ? saving.fail_to_write(sink)
+                                  : saving.fail(translated("a frame can't be compressed"), FaultKind::Limit);
 }
 
 /// The entries that are no image, and how many images stand in front of each.
