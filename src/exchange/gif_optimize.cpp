@@ -3,75 +3,21 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <unordered_map>
 
-#include "base/byte_order.h"
 #include "base/parallel.h"
 #include "base/translation.h"
 #include "core/build/frame_stream.h"
 #include "exchange/export_gif.h"
+#include "exchange/gif_color_choice.h"
 #include "exchange/gif_palette.h"
 #include "exchange/settings.h"
-#include "image/palette_match.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 
 namespace vellum {
 namespace {
 
-/// A pixel of a canvas: 0xFFRRGGBB, or 0 where it is empty.
-using Pixel = std::uint32_t;
-
-struct Canvas {
-  std::uint32_t width = 0, height = 0;
-  std::vector<Pixel> pixels;
-  const Pixel* row(std::uint32_t y) const { return pixels.data() + std::size_t{y} * width; }
-  Pixel* row(std::uint32_t y) { return pixels.data() + std::size_t{y} * width; }
-};
-
-/// The canvas with alpha all or nothing.
-Canvas sharp_canvas(const Picture& picture, std::uint32_t threshold) {
-  Canvas canvas{picture.width(), picture.height(), {}};
-  canvas.pixels.resize(std::size_t{canvas.width} * canvas.height);
-  for_each_row(canvas.height, picture.stride(), [&](std::uint32_t y) {
-    const std::uint8_t* from = picture.row(y);
-    Pixel* to = canvas.row(y);
-    for (std::uint32_t x = 0; x < canvas.width; ++x, from += 4)
-      to[x] = from[3] <= threshold
-                  ? 0
-                  : 0xFF000000u | Pixel{from[2]} << 16 | Pixel{from[1]} << 8 | Pixel{from[0]};
-  });
-  return canvas;
-}
-
-struct Rect {
-  std::uint32_t left = ~0u, top = ~0u, right = 0, bottom = 0;
-  bool empty() const { return left >= right; }
-  std::uint32_t width() const { return right - left; }
-  std::uint32_t height() const { return bottom - top; }
-  void add(std::uint32_t from, std::uint32_t to, std::uint32_t y) {
-    left = std::min(left, from), right = std::max(right, to);
-    top = std::min(top, y), bottom = std::max(bottom, y + 1);
-  }
-  void add(const Rect& other) {
-    if (other.empty()) return;
-    left = std::min(left, other.left), right = std::max(right, other.right);
-    top = std::min(top, other.top), bottom = std::max(bottom, other.bottom);
-  }
-};
-
-/// Around all pixels of a part of the canvas for which `wanted(x, y)` holds.
-template <class Wanted>
-Rect rect_where(const Rect& part, const Wanted& wanted) {
-  Rect rect;
-  for (std::uint32_t y = part.top; y < part.bottom && !part.empty(); ++y) {
-    std::uint32_t x = part.left, end = part.right;
-    while (x < end && !wanted(x, y)) ++x;
-    while (end > x && !wanted(end - 1, y)) --end;
-    if (x < end) rect.add(x, end, y);
-  }
-  return rect;
-}
+using namespace gif;
 
 /// A frame that is being made.
 struct Frame {
@@ -99,112 +45,6 @@ void plan_change(Frame& before, Frame& frame) {
   before.rect.add(gone);
   frame.rect.add(rect_where(before.rect, [&](std::uint32_t x, std::uint32_t y) { return b.row(y)[x] != 0; }));
 }
-
-Pixel color_of(const GifColors& colors, std::uint8_t index) {
-  const std::uint8_t* color = &colors.palette[std::size_t{3} * index];
-  return 0xFF000000u | Pixel{color[0]} << 16 | Pixel{color[1]} << 8 | color[2];
-}
-
-/// Squared, as matching counts it.
-std::int32_t distance(Pixel a, Pixel b) {
-  const auto part = [&](unsigned shift) {
-    return static_cast<std::int32_t>(a >> shift & 255) - static_cast<std::int32_t>(b >> shift & 255);
-  };
-  return 3 * part(16) * part(16) + 4 * part(8) * part(8) + 2 * part(0) * part(0);
-}
-
-/// Entries by their color, and those that are near another one.
-class NearEntries {
- public:
-  explicit NearEntries(const GifColors& colors) : colors_(colors), near_(256) {
-    for (std::uint32_t i = 0; i < colors.count; ++i)
-      if (colors.transparent != i) entries_.try_emplace(color_of(colors, static_cast<std::uint8_t>(i)), i);
-  }
-  std::optional<std::uint8_t> entry(Pixel color) const {
-    const auto found = entries_.find(color);
-    return found == entries_.end() ? std::nullopt : std::optional(found->second);
-  }
-  /// Adds to an entry the nearest others that are within reach of the color.
-  void add(PixelChoice& choice, Pixel wanted, std::int32_t reach) {
-    std::size_t count = 1;
-    for (const std::uint8_t index : neighbors(choice[0])) {
-      if (distance(color_of(colors_, index), wanted) > reach) continue;
-      choice[count++] = index;
-      if (count == choice.size()) return;
-    }
-  }
-
- private:
-  static constexpr std::size_t kNeighbors = 12;
-
-  const std::vector<std::uint8_t>& neighbors(std::uint8_t of) {
-    std::vector<std::uint8_t>& near = near_[of];
-    if (!near.empty()) return near;
-    for (const auto& [color, index] : entries_)
-      if (index != of) near.push_back(index);
-    const auto from = [&](std::uint8_t index) {
-      return std::pair(distance(color_of(colors_, index), color_of(colors_, of)), index);
-    };
-    std::ranges::sort(near, {}, from);
-    near.resize(std::min(near.size(), kNeighbors));
-    return near;
-  }
-
-  const GifColors& colors_;
-  std::unordered_map<Pixel, std::uint8_t> entries_;
-  std::vector<std::vector<std::uint8_t>> near_;
-};
-
-/// In how many frames colors come anew. Those of many frames stand in front in the palette, for frames that
-/// use low indexes only pack with shorter codes.
-class ColorChanges {
- public:
-  void add(const Picture& canvas) {
-    ++number_;
-    for (std::uint32_t y = 0; y < canvas.height(); ++y) {
-      const std::uint8_t *row = canvas.row(y), *before = last_ ? last_.row(y) : nullptr;
-      const std::size_t width = canvas.width();
-      if (!before || std::memcmp(row, before, 4 * width) == 0) continue;
-      for (std::size_t x = 0; x < width; ++x)
-        if (const std::uint32_t pixel = read_le32(row + 4 * x); pixel != read_le32(before + 4 * x))
-          note(pixel);
-    }
-    last_ = canvas;
-  }
-  /// The transparent entry stays the last.
-  void sort(GifColors& colors) const {
-    const std::uint32_t count = colors.transparent.value_or(colors.count);
-    if (count == 0) return;
-    NearestEntries nearest(colors.palette, count);
-    std::vector<std::pair<std::uint64_t, std::uint32_t>> order(count);
-    for (std::uint32_t i = 0; i < count; ++i) order[i].second = i;
-    for (const Cell& cell : cells_)
-      if (cell.frames > 0) order[nearest.index(red(cell), green(cell), blue(cell))].first += cell.frames;
-    std::ranges::stable_sort(order, std::ranges::greater(), [](const auto& entry) { return entry.first; });
-    const Palette before = colors.palette;
-    for (std::uint32_t i = 0; i < count; ++i)
-      std::copy_n(&before[3 * order[i].second], 3, &colors.palette[3 * i]);
-  }
-
- private:
-  struct Cell {
-    std::uint32_t color = 0;  ///< the last one of the cell, blue lowest
-    std::uint32_t frames = 0, last = 0;
-  };
-  static std::uint32_t red(const Cell& cell) { return cell.color >> 16 & 255; }
-  static std::uint32_t green(const Cell& cell) { return cell.color >> 8 & 255; }
-  static std::uint32_t blue(const Cell& cell) { return cell.color & 255; }
-
-  void note(std::uint32_t pixel) {
-    Cell& cell = cells_[(pixel >> 3 & 31) | (pixel >> 11 & 31) << 5 | (pixel >> 19 & 31) << 10];
-    if (cell.last == number_) return;
-    cell = {pixel, cell.frames + 1, number_};
-  }
-
-  std::vector<Cell> cells_ = std::vector<Cell>(32768);
-  Picture last_;
-  std::uint32_t number_ = 0;
-};
 
 class Optimizer {
  public:
