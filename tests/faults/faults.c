@@ -90,12 +90,12 @@ static int path_of(int descriptor, char* path) {
   return is_inside(path);
 }
 
-static void tell_data(int descriptor, const unsigned char* bytes, size_t count) {
+/// `at`: where the bytes stand in the file.
+static void tell_data(int descriptor, const unsigned char* bytes, size_t count, off_t at) {
   char path[PATH_MAX];
   if (trace < 0 || !path_of(descriptor, path)) return;
   char* line = __libc_malloc(2 * count + PATH_MAX + 64);
   if (!line) return;
-  const off_t at = lseek(descriptor, 0, SEEK_CUR) - (off_t)count;
   size_t length = (size_t)sprintf(line, "write\t%s\t%lld\t", path + strlen(folder) + 1, (long long)at);
   for (size_t i = 0; i < count; ++i) length += (size_t)sprintf(line + length, "%02x", bytes[i]);
   line[length++] = '\n';
@@ -161,9 +161,25 @@ ssize_t write(int descriptor, const void* bytes, size_t count) {
     return half < 0 ? half : -1;
   }
   const ssize_t put = real(descriptor, bytes, count);
-  if (put > 0) tell_data(descriptor, bytes, (size_t)put);
+  if (put > 0) tell_data(descriptor, bytes, (size_t)put, lseek(descriptor, 0, SEEK_CUR) - (off_t)put);
   return put;
 }
+
+#define WRITES_AT(name)                                                               \
+  ssize_t name(int descriptor, const void* bytes, size_t count, __off_t at) {         \
+    REAL(name);                                                                       \
+    if (fails(kWrite)) {                                                              \
+      const int error = errno;                                                        \
+      const ssize_t half = real(descriptor, bytes, count / 2, at);                    \
+      errno = error;                                                                  \
+      return half < 0 ? half : -1;                                                    \
+    }                                                                                 \
+    const ssize_t put = real(descriptor, bytes, count, at);                           \
+    if (put > 0) tell_data(descriptor, (const unsigned char*)bytes, (size_t)put, at); \
+    return put;                                                                       \
+  }
+WRITES_AT(pwrite)
+WRITES_AT(pwrite64)
 
 #define SYNCS(name)                                                              \
   int name(int descriptor) {                                                     \
