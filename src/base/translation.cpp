@@ -149,8 +149,8 @@ std::vector<Language> languages(std::span<const std::filesystem::path> folders) 
         found.push_back({code, name_of(*catalog)});
     }
   std::ranges::sort(found, {}, &Language::code);
-  const auto twice = std::ranges::unique(found, {}, &Language::code);
-  found.erase(twice.begin(), twice.end());
+  const auto same_code = [](const Language& a, const Language& b) { return a.code == b.code; };
+  found.erase(std::unique(found.begin(), found.end(), same_code), found.end());
   found.insert(found.begin(), {std::string(kEnglish), "English"});
   return found;
 }

@@ -10,7 +10,7 @@
 namespace vellum {
 namespace {
 
-constexpr std::uint32_t kMostCodes = 4096, kMostWidth = 12;
+constexpr std::uint32_t kMostCodes = 4096;
 
 /// Bits, lowest first, in blocks of at most 255 bytes with their lengths in front (GIF89a, 15 and appendix
 /// F).

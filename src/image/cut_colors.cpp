@@ -65,10 +65,11 @@ std::uint32_t cut_colors(std::span<const ColorSum> colors, std::uint32_t most, P
     Box& widest = *std::ranges::max_element(boxes, {}, &Box::gain);
     if (widest.gain <= 0) break;
     const Box cut = widest;
-    const auto above = std::ranges::partition(
-        cut.colors, [&](const ColorSum& color) { return level_of(color, cut.channel) <= cut.level; });
-    widest = box_of({cut.colors.begin(), above.begin()});
-    boxes.push_back(box_of(above));
+    const auto above = std::partition(cut.colors.begin(), cut.colors.end(), [&](const ColorSum& color) {
+      return level_of(color, cut.channel) <= cut.level;
+    });
+    widest = box_of({cut.colors.begin(), above});
+    boxes.push_back(box_of({above, cut.colors.end()}));
   }
   for (std::size_t i = 0; i < boxes.size(); ++i)
     std::ranges::copy(mean_of(boxes[i].total), palette.begin() + 3 * static_cast<std::ptrdiff_t>(i));

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <random>
-#include <ranges>
 #include <sstream>
 
 #include "base/byte_order.h"
@@ -326,7 +325,8 @@ TEST(Compositor, AViewOfAnEditedDocumentTakesWhatIsStillTrue) {
         }
       };
       view(39);
-      for (bool whole = true; const int i : std::views::iota(0, 60)) {
+      bool whole = true;
+      for (int i = 0; i < 60; ++i) {
         const std::uint32_t from = change(dice(static_cast<std::uint32_t>(chunk_count_images(list, kind))));
         const auto frames = static_cast<std::uint32_t>(chunk_count_images(list, kind));
         const std::uint64_t composed = view(dice(3) == 0 ? dice(frames) : frames - 1);
