@@ -94,14 +94,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size < 2) return -1;
   const Reader& reader = kReaders[data[0] % std::size(kReaders)];
   const Input file(data + 2, size - 2);
-  if (reader.pixels(file) > kMostPixels) return -1;
-  settings::APNGOpen = 1;
-  settings::PngCompression = 1;
   Host host;
   DocumentWindow window;
-  if (!reader.read(window, file, host, nullptr)) return 0;
-  const Extent canvas = document_size(window.list, window.document);
-  if (std::uint64_t{canvas.width} * canvas.height > kMostPixels) return -1;
+  if (!read_small_document(reader, file, kMostPixels, window, host)) return 0;
   constexpr std::string_view kTarget = VELLUM_FUZZ_TARGET;
   if (kTarget == "play") play(window, data[1]);
   if (kTarget == "convert") convert(window, data[1]);

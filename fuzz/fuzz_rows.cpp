@@ -98,15 +98,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (operation.result == OperationResult::Files) return -1;               // the bytes would name the folder
   if (operation.parameters.name == std::string_view("social")) return -1;  // megapixels, whatever comes in
   const Input file(data + kRowsHead, size - kRowsHead);
-  if (reader.pixels(file) > kMostPixels) return -1;
-  settings::APNGOpen = 1;
-  settings::PngCompression = 1;
   Host host;
   DocumentWindow window;
-  if (!reader.read(window, file, host, nullptr)) return 0;
+  if (!read_small_document(reader, file, kMostPixels, window, host)) return 0;
   if (!takes_kind(operation.parameters, window.document.kind)) return -1;
-  const Extent canvas = document_size(window.list, window.document);
-  if (std::uint64_t{canvas.width} * canvas.height > kMostPixels) return -1;
   const FieldValues values = values_of(operation, window, {data + 3, kRowsHead - 3});
   if (grows_too_large(operation, values, window)) return -1;
   std::size_t told = 0;

@@ -17,8 +17,9 @@ class CatalogTranslator : public QTranslator {
   using QTranslator::QTranslator;
   bool isEmpty() const override { return false; }
   QString translate(const char*, const char* source, const char* meaning, int) const override {
-    if (!source || !is_translated(source)) return {};
-    return meaning ? shown_in(meaning, source) : shown(source);
+    if (!source) return {};
+    const QString text = meaning ? shown_in(meaning, source) : shown(source);
+    return is_translated(source) || text != QString::fromUtf8(source) ? text : QString();
   }
 };
 
