@@ -194,6 +194,8 @@ TEST(Extent, TheHeaderHoldsAllFramesAndTheDefaultImage) {
   EXPECT_EQ(window.list.record(0).description, "HEADER? IHDR (11 x 3, 16,777,216 colors)");
   EXPECT_EQ(frame(0xFFFFFFF0, 0, 100, 1).width, 11u) << "what no header holds leaves it alone";
   window.list.remove(3);
+  EXPECT_EQ(frame(1'000'000, 0, 1, 1).width, 11u) << "nor what no reader takes";
+  window.list.remove(3);
   window.document.defaultImage = PictureCreate(20, 30, nullptr, 24).handle();
   document_extent(window.list, window.document);
   EXPECT_EQ(document_size(window.list, window.document).height, 30u);

@@ -101,6 +101,8 @@ bool take_header(MngReading& reading) {
                                    &record.layerCount,       &record.frameCount,  &record.playTime,
                                    &record.simplicityProfile};
   for (std::size_t i = 0; i < std::size(fields); ++i) *fields[i] = read_be32(&chunk.data[4 * i]);
+  if (std::max(record.frameWidth, record.frameHeight) > kMaximumDimension)
+    return reading.fail(chunk, translated("the image is too large"), FaultKind::Limit);
   // Nothing is made of it here, but whoever plays or converts the document makes a canvas of this size.
   const std::uint64_t canvas = std::uint64_t{record.frameWidth} * record.frameHeight * kPlayedPixelBytes;
   if (const char* fault = decoding_fault(canvas, reading.fileBytes))
