@@ -16,7 +16,7 @@ namespace {
 
 using Rows = std::set<std::size_t>;
 
-constexpr int kCopy = 202, kDelete = 61, kEdit = 205, kUndo = 204, kSelectAll = 50, kFind = 210, kNext = 211,
+constexpr int kDelete = 61, kEdit = 205, kUndo = 204, kSelectAll = 50, kFind = 210, kNext = 211,
               kBackwards = 212;
 
 class ListTest : public WindowTest {

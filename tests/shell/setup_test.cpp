@@ -155,7 +155,7 @@ class SetupCommand : public WindowTest {
     main_.run(54);
     settle();
   }
-  const SettingsGuard guard_;
+  SettingsGuard guard_;
 };
 
 TEST_F(SetupCommand, SettingsWithAStarCloseTheProgramUnlessAWindowRefuses) {
