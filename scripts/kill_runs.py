@@ -22,6 +22,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests" / "faults"))
@@ -113,7 +114,13 @@ def sessions(options, program, top, count, pause, longest):
 class Screen:
     """An X server of its own, and the keys of the one window on it."""
 
+    starting = threading.Lock()  # servers that start at once take the same number
+
     def __init__(self):
+        with Screen.starting:
+            self.start()
+
+    def start(self):
         reader, writer = os.pipe()
         self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "800x600x24", "-noreset"],
                                        pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
