@@ -27,7 +27,7 @@ inline std::string BPPrefixTrim = "Trim_";
 
 // Its window: sizes in pixels, 0: as it comes
 inline std::string BatchProcessorPath;       ///< folder shown; empty: the pictures folder
-inline int BatchProcessorSpecialFolder = 0;  ///< index of the folder list
+inline int BatchProcessorSpecialFolder = 0;  ///< where the tree begins: 0 the computer; see FolderPlace
 inline int BatchProcessorDialogWide = 0, BatchProcessorDialogDeep = 0;
 inline int BatchProcessorFilesWide = 0, BatchProcessorTreeWide = 0;
 inline int BatchProcessorItemHeight = 96;     ///< pixels
@@ -38,7 +38,7 @@ inline int BPCloseProgressWhenDone = 0;       ///< flag
 inline int BPSetupPageIndex = 0;              ///< tab that was open last
 inline int BPDestWidth = 0, BPDestDepth = 0;  ///< size of the destination dialog
 inline int BPDestHistoryMax = 16;             ///< 1 to 64 lines
-inline int BPDriveMapFloppies = 0;            ///< flag: its tree shows removable media
+inline int BPDriveMapFloppies = 0;            ///< flag: the tree of the destination shows removable media
 inline int BPEditFieldDelay = 500;            ///< ms of rest after which a typed path is taken
 
 }  // namespace vellum::settings

@@ -61,8 +61,8 @@ inline int RememberFileHistorySize = 48;   ///< pixels of those thumbnails, 16 t
 inline int UseWindowsThumbnailCache = 1;   ///< flag: the desktop's shared thumbnails are used
 
 // Folder trees and the document browser
-inline int AlternateFolderGraphics = 0;  ///< flag: icons of the desktop
-inline int IncludeFloppyDisks = 0;       ///< flag: removable media are shown
+inline int AlternateFolderGraphics = 0;  ///< flag: folder trees have the program's icons, not the desktop's
+inline int IncludeFloppyDisks = 0;       ///< flag: folder trees show removable media
 inline std::string DocumentBrowserPath;  ///< empty: the pictures folder
 inline int DocumentBrowserFlags = 3;     ///< bits: 1 thumbnails, 2 details, 4 animations only, 8 subfolders
 inline int BrowserWide = 0;              ///< pixels of its tree; 0: as it comes

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <optional>
+#include <vector>
 
 #include "image/picture.h"
 #include "image/png_header.h"

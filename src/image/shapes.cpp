@@ -2,6 +2,8 @@
 
 #include <cairo.h>
 
+#include <cstring>
+
 #include "image/picture_rows.h"
 
 namespace vellum {

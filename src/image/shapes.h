@@ -5,7 +5,7 @@
 
 #include "image/picture.h"
 
-using cairo_t = struct _cairo;
+using cairo_t = struct _cairo;  // NOLINT(bugprone-reserved-identifier): the library's name of it
 
 namespace vellum {
 

@@ -1,6 +1,7 @@
 #include "operations/build_stills.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/parallel.h"
 #include "core/edit/picture_fitting.h"

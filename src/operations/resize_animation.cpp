@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/limits.h"
 #include "core/chunks/chunk_field_sets.h"

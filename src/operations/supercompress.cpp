@@ -1,6 +1,7 @@
 #include "operations/supercompress.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/file.h"
 #include "base/limits.h"
@@ -80,7 +81,7 @@ std::uint64_t bytes_as_saved(DocumentWindow& window) {
 std::string change_text(std::uint64_t before, std::uint64_t after) {
   const double percent = before == 0 ? 0 : 100.0 * static_cast<double>(after) / static_cast<double>(before);
   return filled(StringId::BytesBeforeAndAfter,
-                {grouped(before), grouped(after), std::to_string(static_cast<int>(percent + 0.5))});
+                {grouped(before), grouped(after), std::to_string(std::lround(percent))});
 }
 
 /// The result in place of the document; else that document again.

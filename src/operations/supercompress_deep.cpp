@@ -478,7 +478,7 @@ void merge_equal(Supercompression& work) {
       frame_entries(merged).size() == frame_entries(work.draft).size())
     return;
   work.draft.document = std::move(merged.document);
-  work.draft.list = std::move(merged.list);
+  work.draft.list = merged.list;
 }
 
 }  // namespace

@@ -67,8 +67,8 @@ void tell_cut(Checking& checking, std::span<const std::uint8_t> file, std::uint6
   if (length > 0x7FFFFFFF)
     return checking.add({RuleId::Length_too_large, tag, number, at, std::to_string(length)});
   checking.add({RuleId::Chunk_cut, tag, number, at,
-                format_text(translated("%llu bytes with type and check value, %zu there"),
-                            static_cast<unsigned long long>(std::uint64_t{length} + 12), rest.size())});
+                format_text(translated("%llu bytes with type and check value, %zu there"), 12ULL + length,
+                            rest.size())});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // An MNG made right: its images one by one, its loops closed, its header's counts (MNG 1.0).
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "base/byte_order.h"
 #include "base/host.h"
