@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "base/memory_budget.h"
 #include "base/parallel.h"
 #include "cli/command.h"
 #include "cli/document_kinds.h"
@@ -22,13 +23,18 @@ std::vector<HeldPicture> read_stills(const std::vector<std::string>& files, Host
   const Progress progress(host, string_text(StringId::Loading));
   std::vector<HeldPicture> pictures(files.size());
   const std::size_t step = 4 * parallel_width();
+  GatheredRows rows;
   for (std::size_t first = 0; first < files.size(); first += step) {
     const std::size_t count = std::min(step, files.size() - first);
     std::vector<GraphicReading> readings(count);
     parallel_for(count, [&](std::size_t i) { readings[i] = read_still(files[first + i]); });
     progress.step(first + count, files.size());
-    for (std::size_t i = 0; i < count; ++i)
-      if (!(pictures[first + i] = hold_picture(told_reading(files[first + i], readings[i], host)))) return {};
+    for (std::size_t i = 0; i < count; ++i) {
+      HeldPicture& held = pictures[first + i];
+      if (!(held = hold_picture(told_reading(files[first + i], readings[i], host)))) return {};
+      readings[i] = {};
+      if (!rows.take(held.block.size())) let_go(held.block);
+    }
   }
   return pictures;
 }

@@ -165,7 +165,7 @@ class WizardStream {
   }
 
   WizardFrame finished(WizardSource& file) const {
-    WizardFrame frame = std::move(file.frame);
+    WizardFrame frame{std::exchange(file.picture, {}).picture(), std::move(file.transparency)};
     if (!frame.picture) {
       const StillFile again = read_still_file(file.path);
       const Picture& picture = again.reading.picture;

@@ -33,8 +33,9 @@ std::size_t wizard_palettes(DocumentKind kind);
 /// transparent by a color table or a key get an entry, or with true color the color, of their own; alpha of
 /// 32 bits stays as it is, and goes with other colors.
 ///
-/// Files are read some at a time, and beside the pictures of the document not more are held than
-/// `wizardBytes`. A file that can't be read is asked about, and passed over with Yes. False after a message
+/// Files are read some at a time, and beside the pictures of the document not more are held unpacked than
+/// `gatheredBytes`. A picture that goes through as its PNG has it keeps its stream, and is written again as
+/// that. A file that can't be read is asked about, and passed over with Yes. False after a message
 /// when no file can be read, one is lost meanwhile, or memory is exhausted; and without one when the user
 /// stopped it. Nothing is then left of it.
 bool build_wizard(const std::vector<std::filesystem::path>& files, const FieldValues& values,
@@ -50,8 +51,5 @@ using WizardShown =
 /// file can't be read or `host` stops it.
 WizardShown wizard_shown(const std::vector<std::filesystem::path>& files, const FieldValues& values,
                          DocumentKind kind, Host& host);
-
-/// Bytes of pictures; what lies beyond is read again.
-inline std::uint64_t wizardBytes = std::uint64_t{256} << 20;
 
 }  // namespace vellum

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "base/limits.h"
+#include "base/memory_budget.h"
 #include "base/parallel.h"
 #include "core/edit/picture_fitting.h"
 #include "image/picture_operations.h"
@@ -57,8 +58,9 @@ class Gathering {
   Gathering(const WizardPlan& plan, Host& host) : plan_(plan), host_(host) {}
 
   /// False when the user, or a limit, ends it.
-  bool take(const std::filesystem::path& path, const StillFile& file, WizardFrame frame) {
+  bool take(const std::filesystem::path& path, StillFile file, WizardFrame frame) {
     if (!file.reading.picture) return passes_over(path, file.reading, host_);
+    file.reading.picture = {};
     if (!frame.picture) throw std::bad_alloc();
     if (!file.reading.told.empty()) host_.add_note(reading_text(path, file.reading));
     const std::uint64_t bytes = frame.picture.handle().size();
@@ -69,11 +71,8 @@ class Gathering {
     final_ += plan_.gathers() ? std::uint64_t{size.width} * size.height : bytes;
     if (final_ > maximum_decoded_bytes()) return too_large();
     if (plan_.gathers()) sources_.colors.add(frame.picture);
-    if (kept_ + bytes > wizardBytes)
-      frame = {};
-    else
-      kept_ += bytes;
-    sources_.files.push_back({path, std::move(frame), size, clear});
+    sources_.files.push_back({path, held(std::move(frame.picture)), {}, size, clear});
+    if (sources_.files.back().picture) sources_.files.back().transparency = std::move(frame.transparency);
     return true;
   }
 
@@ -81,6 +80,16 @@ class Gathering {
   WizardSources& sources() { return sources_; }
 
  private:
+  /// The document will hold the streams of pictures that go through: they are not read again.
+  HeldPicture held(Picture picture) {
+    HeldPicture frame(picture);
+    picture = {};
+    if (rows_.take(frame.block.size())) return frame;
+    if (plan_.gathers() || !frame.block.source()) return {};
+    let_go(frame.block);
+    return frame;
+  }
+
   bool too_large() {
     host_.show(StringId::MemoryError, {}, std::string(string_text(StringId::ResultTooLarge)));
     return false;
@@ -89,7 +98,8 @@ class Gathering {
   const WizardPlan& plan_;
   Host& host_;
   WizardSources sources_;
-  std::uint64_t kept_ = 0, final_ = 0;  ///< bytes
+  GatheredRows rows_;
+  std::uint64_t final_ = 0;  ///< bytes
 };
 
 }  // namespace
@@ -129,7 +139,7 @@ WizardFrame wizard_frame(const StillFile& file, const WizardPlan& plan) {
 
 std::size_t wizard_step(std::uint64_t bytes) {
   constexpr std::uint64_t kCopies = 3;  // of a picture while it is worked on
-  const std::uint64_t fitting = wizardBytes / std::max<std::uint64_t>(kCopies * bytes, 1);
+  const std::uint64_t fitting = gatheredBytes / std::max<std::uint64_t>(kCopies * bytes, 1);
   return static_cast<std::size_t>(std::clamp<std::uint64_t>(fitting, 1, 4 * parallel_width()));
 }
 
@@ -148,7 +158,7 @@ std::optional<WizardSources> read_wizard_files(const std::vector<std::filesystem
       if (read[i].reading.picture) frames[i] = wizard_frame(read[i], plan);
     });
     for (std::size_t i = 0; i < count; ++i)
-      if (host.stopped() || !gathering.take(files[first + i], read[i], std::move(frames[i])))
+      if (host.stopped() || !gathering.take(files[first + i], std::move(read[i]), std::move(frames[i])))
         return std::nullopt;
     first += count;
     progress.step(first, files.size());

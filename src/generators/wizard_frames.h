@@ -9,6 +9,7 @@
 #include "core/files/still_file.h"
 #include "core/model/document.h"
 #include "generators/wizard.h"
+#include "image/held_picture.h"
 #include "image/superpalette.h"
 #include "image/to_colors.h"
 
@@ -42,7 +43,8 @@ WizardFrame wizard_frame(const StillFile& file, const WizardPlan& plan);
 /// A file among the frames.
 struct WizardSource {
   std::filesystem::path path;
-  WizardFrame frame;   ///< without a picture where it is to be read again
+  HeldPicture picture;  ///< of its frame; none where the file is to be read again
+  std::vector<std::uint8_t> transparency;
   Extent size;         ///< pixels
   bool clear = false;  ///< not all of it is opaque
 };

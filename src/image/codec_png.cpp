@@ -12,9 +12,9 @@ bool is_png(FileBytes file) {
          std::ranges::equal(file.first(kPngSignature.size()), kPngSignature);
 }
 
-GraphicReading decode_png(FileBytes file, Part part, const GraphicSwitches&) {
+GraphicReading decode_png(FileBytes file, Part part, const GraphicSwitches& switches) {
   if (part == Part::Header) return {read_png_information(file), {}, {}};
-  const PngDecoded decoded = read_png_picture(file);
+  const PngDecoded decoded = read_png_picture(file, switches.owner);
   if (decoded.picture) return {decoded.picture, {}, decoded.isShort ? translated("rows are missing") : ""};
   return {{}, decoded.limit ? GraphicFault::TooLarge : GraphicFault::Damaged, decoded.reason};
 }

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "base/file.h"
 #include "base/host.h"
 #include "image/picture.h"
 
@@ -14,13 +16,16 @@ namespace vellum {
 
 /// Switches of a graphic file. As text they stand behind the name: "/X", "/Q:75", "/S:2", "/L".
 struct GraphicSwitches {
-  bool exif_orientation = false;   ///< /X: turn a JPEG by its EXIF orientation
-  std::optional<int> quality;      ///< /Q:n, 0 to 100
-  std::optional<int> subsampling;  ///< /S:n, 2 = 4:2:0, 1 = 4:2:2, 0 = 4:4:4
-  bool lossless = false;           ///< /L
+  bool exif_orientation = false;     ///< /X: turn a JPEG by its EXIF orientation
+  std::optional<int> quality{};      ///< /Q:n, 0 to 100
+  std::optional<int> subsampling{};  ///< /S:n, 2 = 4:2:0, 1 = 4:2:2, 0 = 4:4:4
+  bool lossless = false;             ///< /L
   /// Where not 0, somebody wants a smaller picture: a JPEG may be decoded to a half, a quarter or an eighth,
   /// as long as both sides keep that many pixels. Not a switch that a name can have.
   std::uint32_t enough = 0;
+  /// Where it is given, what keeps the file that is decoded: the picture of a PNG then has its stream for its
+  /// source. Not a switch of a name either.
+  std::shared_ptr<const FileContent> owner = nullptr;
 };
 
 /// Why a file gives no picture.

@@ -36,6 +36,23 @@ inline std::vector<HeldPicture> hold_pictures(std::span<const Picture> pictures)
   return held;
 }
 
+/// Bytes of rows that stay in memory of pictures that are gathered one after the other.
+inline std::uint64_t gatheredBytes = std::uint64_t{256} << 20;
+
+/// Counts what was gathered.
+class GatheredRows {
+ public:
+  /// Whether the rows of another picture may stay.
+  bool take(std::uint64_t bytes) {
+    if (bytes > gatheredBytes || taken_ > gatheredBytes - bytes) return false;
+    taken_ += bytes;
+    return true;
+  }
+
+ private:
+  std::uint64_t taken_ = 0;
+};
+
 /// As `read_picture_file`.
 HeldPicture hold_picture_file(const std::filesystem::path& path, Host& host);
 

@@ -6,6 +6,7 @@
 #include "image/chunk_stream.h"
 #include "image/png_decode.h"
 #include "image/png_encode.h"
+#include "image/stored_image.h"
 
 namespace vellum {
 namespace {
@@ -52,10 +53,14 @@ bool is_grey_ramp(const Palette& palette, std::uint8_t depth) { return palette =
 
 }  // namespace
 
-PngDecoded read_png_picture(std::span<const std::uint8_t> file) {
-  const auto parts = parts_of(file);
+PngDecoded read_png_picture(std::span<const std::uint8_t> file, std::shared_ptr<const FileContent> owner) {
+  auto parts = parts_of(file);
   if (!parts) return {{}, translated("a chunk is damaged or missing")};
-  return png_decode(parts->header, parts->data, parts->palette, PngShortData::Zeros);
+  PngDecoded decoded = png_decode(parts->header, parts->data, parts->palette, PngShortData::Zeros);
+  if (owner)
+    decoded.picture =
+        Picture(kept_with_stream(decoded, parts->header, std::move(parts->data), std::move(owner)));
+  return decoded;
 }
 
 Picture read_png_information(std::span<const std::uint8_t> file) {

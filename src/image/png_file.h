@@ -1,16 +1,19 @@
 // A PNG file as one picture: what the graphic-file module for PNG needs, and no more.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <vector>
 
+#include "base/file.h"
 #include "image/png_decode.h"
 
 namespace vellum {
 
 /// The image of a PNG file: depths as image/png_header.h says, tRNS not applied, rows that are missing zero.
-/// CRCs are not looked at.
-PngDecoded read_png_picture(std::span<const std::uint8_t> file);
+/// CRCs are not looked at. The picture keeps its stream for its source where `owner` keeps the file.
+PngDecoded read_png_picture(std::span<const std::uint8_t> file,
+                            std::shared_ptr<const FileContent> owner = nullptr);
 /// A picture of header and color table alone that describes the file; null when its header or palette is
 /// damaged.
 Picture read_png_information(std::span<const std::uint8_t> file);

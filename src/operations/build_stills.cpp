@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/memory_budget.h"
 #include "base/parallel.h"
 #include "core/edit/picture_fitting.h"
 #include "core/files/first_picture.h"
@@ -85,21 +86,27 @@ bool are_alike(std::span<const HeldPicture> pictures) {
 class FramesAhead {
  public:
   using Make = std::function<StreamedFrame(std::size_t frame)>;
-  FramesAhead(std::size_t count, Make make) : count_(count), make_(std::move(make)) {}
+  FramesAhead(std::span<const HeldPicture> pictures, Make make)
+      : pictures_(pictures), make_(std::move(make)) {}
 
   StreamedFrame frame(std::size_t i) {
     if (i < first_ || i >= first_ + frames_.size()) {
       first_ = i;
       frames_.clear();
-      frames_.resize(std::min(count_ - i, 4 * parallel_width()));
+      frames_.resize(std::min(pictures_.size() - i, 4 * parallel_width()));
       parallel_for(frames_.size(), [&](std::size_t k) { frames_[k] = make_(i + k); });
+      // The last one is looked at once more, for the frame behind it.
+      for (std::size_t k = 0; k + 1 < frames_.size(); ++k)
+        if (!rows_.take(pictures_[i + k].block.size())) let_go(pictures_[i + k].block);
     }
     return std::exchange(frames_[i - first_], {});
   }
 
  private:
-  std::size_t count_, first_ = 0;
+  std::span<const HeldPicture> pictures_;
+  std::size_t first_ = 0;
   Make make_;
+  GatheredRows rows_;
   std::vector<StreamedFrame> frames_;
 };
 
@@ -184,7 +191,7 @@ bool build_from_stills(DocumentWindow& window, std::span<const HeldPicture> pict
       !std::ranges::all_of(pictures, [](const HeldPicture& held) { return has_rows(held.picture()); }))
     return false;
   const Extent canvas = largest(pictures);
-  FramesAhead ahead(pictures.size(), frames_of(pictures, canvas, build));
+  FramesAhead ahead(pictures, frames_of(pictures, canvas, build));
   const FrameStream stream{canvas, pictures.size(), build.plays, [&](std::size_t i) {
                              StreamedFrame frame = ahead.frame(i);
                              frame.delay = build.delay;

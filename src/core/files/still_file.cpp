@@ -92,7 +92,8 @@ StillFile read_still_file(const std::filesystem::path& path, Part part) try {
   std::string reason;
   const auto file = read_file(path, reason, kMaximumFileBytes);
   if (!file) return {{{}, GraphicFault::Missing, reason}, {}, 0};
-  StillFile still{read_graphic_bytes(*file, part), {}, 0};
+  const GraphicSwitches switches{.owner = std::make_shared<const FileContent>(*file)};
+  StillFile still{read_graphic_bytes(*file, part, switches), {}, 0};
   const Picture& picture = still.reading.picture;
   if (!picture) return still;
   Table table = table_of(*still.reading.module, *file);

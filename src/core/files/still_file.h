@@ -18,7 +18,8 @@ struct StillFile {
   std::uint32_t colors = 0;
 };
 
-/// Of an animation the first picture. Any number of threads may read.
+/// Of an animation the first picture. That of a PNG has its stream for its source. Any number of threads may
+/// read.
 StillFile read_still_file(const std::filesystem::path& path, Part part = Part::Whole);
 
 }  // namespace vellum

@@ -1,13 +1,16 @@
 #include "core/files/write_webp.h"
 
+#include <deque>
 #include <set>
 
+#include "base/memory_budget.h"
 #include "base/translation.h"
 #include "core/build/convert_records.h"
 #include "core/chunks/chunk_policy.h"
 #include "core/files/png_writing.h"
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
+#include "image/stored_image.h"
 #include "image/webp_service.h"
 
 namespace vellum {
@@ -97,6 +100,7 @@ class FrameSource {
     request.dispose = record.webpImage.dispose;
     time_ += record.webpImage.delay;
     next_ = at + 1;
+    let_go_behind(at);
     return true;
   }
 
@@ -109,6 +113,16 @@ class FrameSource {
   }
 
  private:
+  /// Rows that were unpacked for this, when nobody works on them any more.
+  void let_go_behind(std::size_t at) {
+    constexpr std::size_t kMostAtWork = 32;
+    given_.push_back(at);
+    if (given_.size() <= kMostAtWork) return;
+    const ChunkHandle& block = list_.record(given_.front()).data;
+    if (stored_image_of(block)) let_go(block);
+    given_.pop_front();
+  }
+
   /// What the whole canvas came from.
   KeptWebp stored_canvas(const ChunkRecord& record) const {
     const KeptWebp stored = stored_webp_of(record.data);
@@ -123,7 +137,8 @@ class FrameSource {
   std::size_t count_;
   Progress progress_;
   std::size_t next_ = 0, done_ = 0;
-  std::int64_t time_ = 0;  ///< when the next frame starts, in milliseconds
+  std::deque<std::size_t> given_;  ///< entries, the last ones
+  std::int64_t time_ = 0;          ///< when the next frame starts, in milliseconds
 };
 
 bool write_animation(const WebpSaving& saving, std::size_t images, const Sink& sink) {

@@ -5,9 +5,10 @@
 namespace vellum {
 
 void follow_loops(std::vector<std::uint8_t>& open, const ChunkRecord& record) {
+  // A look at the payload of another entry may unpack a picture.
+  if (record.tag != tag::LOOP && record.tag != tag::ENDL) return;
   const std::uint8_t level = payload_byte(record, 0);
-  if (record.tag == tag::LOOP) open.push_back(level);
-  if (record.tag != tag::ENDL) return;
+  if (record.tag == tag::LOOP) return open.push_back(level);
   const auto at = std::find(open.rbegin(), open.rend(), level);
   if (at != open.rend()) open.erase(at.base() - 1, open.end());
 }
