@@ -261,13 +261,28 @@ Picture straightened(const Picture& shown) {
 Picture straight_picture(const FineCanvas& canvas) {
   if (!canvas.shown) return canvas.shown;
   if (!canvas.rest) return straightened(canvas.shown);
-  Picture result = create_rows(canvas.shown.width(), canvas.shown.height(), nullptr, 32);
-  const EditRows rows(result);
-  if (!rows) return {};
-  for_each_row(result.height(), result.stride(), [&](std::uint32_t y) {
-    straight_row(rows[y], canvas.shown.row(y), canvas.rest.row(y), result.width());
+  const std::uint32_t width = canvas.shown.width(), height = canvas.shown.height();
+  Picture result = create_rows(width, height, nullptr, 32);
+  const PictureRect whole{0, 0, static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};
+  return result && straighten_part(result, canvas, whole) ? result : Picture();
+}
+
+bool straighten_part(Picture& picture, const FineCanvas& canvas, const PictureRect& rect) {
+  if (!canvas.rest) return static_cast<bool>(picture = straight_picture(canvas));
+  const auto clip = [](std::int32_t value, std::uint32_t most) {
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(value, 0, most));
+  };
+  const std::uint32_t left = clip(rect.left, picture.width()), right = clip(rect.right, picture.width());
+  const std::uint32_t top = clip(rect.top, picture.height()), bottom = clip(rect.bottom, picture.height());
+  if (left >= right || top >= bottom) return true;
+  const EditRows rows(picture);
+  if (!rows) return false;
+  const std::size_t at = std::size_t{4} * left;
+  for_each_row(bottom - top, std::size_t{4} * (right - left), [&](std::uint32_t y) {
+    straight_row(rows[top + y] + at, canvas.shown.row(top + y) + at, canvas.rest.row(top + y) + at,
+                 right - left);
   });
-  return result;
+  return true;
 }
 
 }  // namespace vellum

@@ -31,5 +31,8 @@ bool fine_replace(FineCanvas& canvas, const PictureRect& rect, const Picture& so
 
 /// 32 bits with straight alpha from a canvas of 32 bits; null when memory is exhausted.
 Picture straight_picture(const FineCanvas& canvas);
+/// The same in a picture that was made of this canvas before the part in `rect`, clipped, changed. False when
+/// memory is exhausted.
+bool straighten_part(Picture& picture, const FineCanvas& canvas, const PictureRect& rect);
 
 }  // namespace vellum

@@ -216,18 +216,47 @@ ChunkHandle png_encode_block(const PngHeader& header, const Picture& picture, in
   return store_parts(job, parts_of(header, passes, level));
 }
 
-std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& picture,
-                                       PngFiltering filtering,
-                                       std::optional<std::array<std::uint16_t, 3>> key) {
+namespace {
+
+Part whole_image(const PngPasses& passes) {
+  Part whole;
+  for (const PngPass& pass : passes) whole.push_back({&pass, 0, pass.height});
+  return whole;
+}
+
+Part some_bands(const PngPasses& passes) {
+  constexpr std::uint32_t kBandRows = 8, kFrom = 12, kEvery = 32;
+  Part bands;
+  for (const PngPass& pass : passes)
+    for (std::uint32_t y = std::min(kFrom, pass.height / 2); y < pass.height; y += kEvery)
+      bands.push_back({&pass, y, std::min(y + kBandRows, pass.height)});
+  return bands;
+}
+
+std::vector<std::uint8_t> filtered(const PngHeader& header, const Picture& picture, PngFiltering filtering,
+                                   const std::optional<std::array<std::uint16_t, 3>>& key,
+                                   Part (*part_of)(const PngPasses&)) {
   if (!fit(header, picture)) return {};
   Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, 9, {}};
   if (!job.write) return {};
   job.choice = {false, header.width > 1, header.height > 1,
                 filtering == PngFiltering::Least ? -1 : static_cast<int>(filtering)};
   const PngPasses passes = png_passes(header);
-  Part whole;
-  for (const PngPass& pass : passes) whole.push_back({&pass, 0, pass.height});
-  return filtered_part(job, whole);
+  return filtered_part(job, part_of(passes));
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& picture,
+                                       PngFiltering filtering,
+                                       std::optional<std::array<std::uint16_t, 3>> key) {
+  return filtered(header, picture, filtering, key, whole_image);
+}
+
+std::vector<std::uint8_t> png_filtered_bands(const PngHeader& header, const Picture& picture,
+                                             PngFiltering filtering,
+                                             std::optional<std::array<std::uint16_t, 3>> key) {
+  return filtered(header, picture, filtering, key, some_bands);
 }
 
 }  // namespace vellum

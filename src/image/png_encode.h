@@ -28,8 +28,12 @@ enum class PngFiltering : std::uint8_t { None, Sub, Up, Average, Paeth, Least };
 std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& picture,
                                        PngFiltering filtering,
                                        std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+/// A quarter of these bytes, in bands of rows all over the image, for a trial.
+std::vector<std::uint8_t> png_filtered_bands(const PngHeader& header, const Picture& picture,
+                                             PngFiltering filtering,
+                                             std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
 
-/// The same as a block; at level 0, where it is as long as the picture, it is made in its place.
+/// As png_encode, as a block; at level 0, where it is as long as the picture, it is made in its place.
 ChunkHandle png_encode_block(const PngHeader& header, const Picture& picture, int level,
                              std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
 

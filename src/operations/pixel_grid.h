@@ -17,7 +17,8 @@ struct PixelGrid {
 };
 
 /// The values that PictureGetPixel gives; with `colors` what they mean, 0xAABBGGRR, opaque below 32 bits.
-PixelGrid grid_of(const Picture& picture, bool colors);
+/// `memory`: a grid that is no longer wanted.
+PixelGrid grid_of(const Picture& picture, bool colors, PixelGrid memory = {});
 
 /// Whether equal values mean equal colors in all of the pictures: one depth, one color table.
 bool values_mean_the_same(const std::vector<Picture>& pictures);

@@ -47,12 +47,14 @@ std::vector<std::size_t> played_order(const DocumentWindow& window, const std::v
 /// Plays both side by side; where they differ, goes back to put a frame right.
 class Comparison {
  public:
-  Comparison(const DocumentWindow& before, const DocumentWindow& after)
-      : before_(before),
+  Comparison(SourceCanvases& source, const DocumentWindow& after)
+      : source_(source),
+        before_(source.window()),
         after_(after),
-        beforeEntries_(frame_entries(before)),
+        beforeEntries_(frame_entries(before_)),
         afterEntries_(frame_entries(after)),
-        order_(played_order(before, beforeEntries_)) {
+        order_(played_order(before_, beforeEntries_)),
+        known_(source.keeps_all() && order_ == all_frames(beforeEntries_.size())) {
     rewind();
   }
 
@@ -73,7 +75,7 @@ class Comparison {
       if (host.stopped()) return at_;
       last_ = now_;
       now_ = next_;
-      if (!same_canvas(next_.before.next(before_.list.record(beforeEntries_[order_[at_]])),
+      if (!same_canvas(canvas_before(order_[at_]),
                        next_.after.next(after_.list.record(afterEntries_[order_[at_]]))))
         return at_;
     }
@@ -107,11 +109,17 @@ class Comparison {
   const std::vector<std::size_t>& after_entries() const { return afterEntries_; }
 
  private:
+  Picture canvas_before(std::size_t frame) {
+    return known_ ? source_.canvas(frame) : next_.before.next(before_.list.record(beforeEntries_[frame]));
+  }
+
   struct Pair {
     StraightCanvases before, after;
   };
+  SourceCanvases& source_;
   const DocumentWindow &before_, &after_;
   std::vector<std::size_t> beforeEntries_, afterEntries_, order_;
+  bool known_;  ///< canvases are those of the list's order, each of which is kept
   std::size_t at_ = 0;
   /// In front of the next step, of the one that was taken last, and of the one before that.
   Pair next_{StraightCanvases(before_), StraightCanvases(after_)}, now_ = next_, last_ = next_;
@@ -119,22 +127,12 @@ class Comparison {
 
 }  // namespace
 
-bool is_same_animation(const DocumentWindow& before, const DocumentWindow& after, Host& host) {
+bool is_same_animation(SourceCanvases& before, const DocumentWindow& after, Host& host) {
   Comparison comparison(before, after);
   return comparison.comparable() && !comparison.next_difference(host);
 }
 
-bool shows_canvases(const DocumentWindow& window, const std::function<Picture(std::size_t frame)>& canvas,
-                    Host& host) {
-  StraightCanvases canvases(window);
-  std::size_t frame = 0;
-  for (const std::size_t entry : frame_entries(window))
-    if (host.stopped() || !same_canvas(canvas(frame++), canvases.next(window.list.record(entry))))
-      return false;
-  return true;
-}
-
-std::optional<std::size_t> restore_differing_frames(const DocumentWindow& before, DocumentWindow& after,
+std::optional<std::size_t> restore_differing_frames(SourceCanvases& before, DocumentWindow& after,
                                                     Host& host) {
   Comparison comparison(before, after);
   if (!comparison.comparable()) return std::nullopt;
@@ -145,7 +143,7 @@ std::optional<std::size_t> restore_differing_frames(const DocumentWindow& before
       const auto frame = host.stopped() ? std::nullopt : comparison.suspect(*step);
       if (!frame) return std::nullopt;
       after.list.replace(comparison.after_entries()[*frame],
-                         before.list.entry(comparison.before_entries()[*frame]).record);
+                         before.window().list.entry(comparison.before_entries()[*frame]).record);
       ++restored;
     }
     // What was put right in a later round is seen in the earlier ones too.

@@ -126,7 +126,7 @@ bool put_file(const std::vector<std::uint8_t>* bytes, const std::filesystem::pat
 }
 
 /// Runs a pass, and the check behind those that need it.
-bool run_pass(Supercompression& work, const PassRow& pass, const DocumentWindow& source) {
+bool run_pass(Supercompression& work, const PassRow& pass) {
   const DocumentWindow before{work.draft.document, work.draft.list, {}};
   const auto put_back = [&] {
     work.draft.document = before.document;
@@ -136,7 +136,7 @@ bool run_pass(Supercompression& work, const PassRow& pass, const DocumentWindow&
   if (!pass.run(work)) return put_back();
   if (pass.bit != kRecompressPass) finish_edit(work.draft, false);
   if (!pass.shapes) return true;
-  const auto restored = restore_differing_frames(source, work.draft, work.host);
+  const auto restored = restore_differing_frames(work.source, work.draft, work.host);
   if (restored && *restored > 0) work.say(StringId::FramesKeptAsTheyWere, {std::to_string(*restored)});
   if (restored) return true;
   put_back();
@@ -178,13 +178,14 @@ SupercompressResult supercompress(DocumentWindow& draft, unsigned passes, const 
                                   std::uint64_t now) try {
   const SupercompressOffer offer = supercompress_offer(draft, kStatedPasses);
   if (passes & kMergePass) passes |= kDeepPass;
-  Supercompression work{draft, tell, host, passes & offer.enabled};
   const DocumentWindow source{draft.document, draft.list, {}};
+  SourceCanvases canvases(source);
+  Supercompression work{draft, tell, host, passes & offer.enabled, canvases};
   const Progress whole_of_it(host, string_text(StringId::Searching));
   SupercompressResult result{.whole = true};
   for (const PassRow& pass : kPasses) {
     if (!(work.passes & pass.bit) || !result.whole) continue;
-    result.whole = run_pass(work, pass, source);
+    result.whole = run_pass(work, pass);
     result.ran |= result.whole;
   }
   if (host.stopped()) work.say(StringId::StoppedHere);

@@ -3,6 +3,7 @@
 
 #include "base/fields.h"
 #include "operations/frames.h"
+#include "operations/source_canvases.h"
 #include "operations/supercompress.h"
 
 namespace vellum {
@@ -12,7 +13,8 @@ struct Supercompression {
   DocumentWindow& draft;
   const TellStatus& tell;
   Host& host;
-  unsigned passes = 0;  ///< all that are asked for
+  unsigned passes;         ///< all that are asked for
+  SourceCanvases& source;  ///< of the document as it was
 
   void say(StringId line, std::initializer_list<std::string> values = {}) const {
     if (tell) tell(filled(line, values));

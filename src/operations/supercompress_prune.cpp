@@ -1,5 +1,6 @@
 // Pruning: frames are cut to what differs from the frames in front of them.
 #include <algorithm>
+#include <cstring>
 
 #include "core/model/chunk_description.h"
 #include "core/model/frame_values.h"
@@ -8,6 +9,7 @@
 #include "image/picture_rows.h"
 #include "image/remap.h"
 #include "operations/pixel_grid.h"
+#include "operations/source_canvases.h"
 #include "operations/supercompress_passes.h"
 
 namespace vellum {
@@ -27,9 +29,16 @@ struct Beside {
            frame.row(j)[i] == canvas.row(static_cast<std::uint32_t>(cy))[static_cast<std::size_t>(cx)];
   }
   bool same_row(std::uint32_t j) const {
-    for (std::uint32_t i = 0; i < frame.width; ++i)
-      if (!same(i, j)) return false;
-    return true;
+    const std::int64_t cy = j + dy;
+    if (dx < 0 || cy < 0) {
+      for (std::uint32_t i = 0; i < frame.width; ++i)
+        if (!same(i, j)) return false;
+      return true;
+    }
+    if (cy >= canvas.height || dx >= canvas.width) return true;
+    const auto count = std::min<std::size_t>(frame.width, canvas.width - static_cast<std::size_t>(dx));
+    return std::memcmp(frame.row(j), canvas.row(static_cast<std::uint32_t>(cy)) + dx,
+                       count * sizeof(Colour)) == 0;
   }
   /// Rows below `end` of the column.
   bool same_column(std::uint32_t i, std::int64_t end) const {
@@ -96,7 +105,8 @@ class Pruning {
 
   /// Whether the record holds less now.
   bool take(ChunkRecord& record) {
-    const PixelGrid frame = grid_of(picture_of(record), colors_);
+    frame_ = grid_of(picture_of(record), colors_, std::move(frame_));
+    const PixelGrid& frame = frame_;
     const FrameOffset at = GetFrameOffset(record, kind());
     const std::uint64_t whole = std::uint64_t{frame.width} * frame.height;
     source_ += whole;
@@ -162,9 +172,9 @@ class Pruning {
   }
 
   void keep_region(const PixelGrid& frame, const PictureRect& rect, FrameOffset at) {
-    last_ = {static_cast<std::uint32_t>(rect.right - rect.left),
-             static_cast<std::uint32_t>(rect.bottom - rect.top),
-             {}};
+    last_.width = static_cast<std::uint32_t>(rect.right - rect.left);
+    last_.height = static_cast<std::uint32_t>(rect.bottom - rect.top);
+    last_.pixels.clear();
     lastAt_ = {at.x + rect.left, at.y + rect.top};
     for (std::uint32_t y = 0; y < last_.height; ++y) {
       const Colour* row = frame.row(static_cast<std::uint32_t>(rect.top) + y) + rect.left;
@@ -183,7 +193,8 @@ class Pruning {
   bool colors_;         ///< frames are compared by their colors
   std::uint32_t bits_;  ///< of the canvas
   Colour background_ = 0, color_ = 0;
-  PixelGrid canvas_, last_;  ///< the second: the part that the last frame drew
+  PixelGrid canvas_, frame_;
+  PixelGrid last_;  ///< the part that the last frame drew
   FrameOffset origin_, lastAt_;
   std::uint32_t lastDispose_ = 0;
   std::uint64_t source_ = 0, result_ = 0;
@@ -203,7 +214,9 @@ bool prune_pass(Supercompression& work) try {
   Pruning pruning(work, pictures);
   pruning.begin(list.record(entries.front()));
   ChunkRecord record;
+  std::vector<Picture> ahead;
   for (std::size_t i = 1; i < entries.size(); ++i) {
+    if (i % kDecodedAhead == 1) ahead = decoded_pictures(work.draft, entries, i);
     progress.step(entries[i], list.size());
     if (work.host.stopped()) return false;
     chunk_list_get(list, entries[i], record);

@@ -77,6 +77,18 @@ bool has_smaller(const Packing& image) {
          stored->held_bytes() <= image.stream->held_bytes();
 }
 
+/// How many images from `first` on are packed at a time: enough that cores wait for no one, as few as let a
+/// stop be heard soon.
+std::size_t task_size(const std::vector<Packing>& images, std::size_t first, int iterations) {
+  const std::uint64_t enough = iterations == 0 ? std::uint64_t{4} << 20 : std::uint64_t{64} << 10;
+  std::uint64_t bytes = 0;
+  std::size_t count = 0;
+  while (first + count < images.size() && (count < parallel_width() || bytes < enough))
+    if (const Packing& image = images[first + count++]; image.picture)
+      bytes += png_filtered_bytes(image.header);
+  return count;
+}
+
 }  // namespace
 
 bool recompress_pass(Supercompression& work) {
@@ -99,10 +111,9 @@ bool recompress_pass(Supercompression& work) {
   const int iterations = work.passes & kDeepPass ? slow_iterations(bytes) : 0;
   const bool large = bytes > kLargeDocument;
   std::size_t packed = 0;
-  const std::size_t at_once = parallel_width();
-  for (std::size_t first = 0; first < images.size(); first += at_once) {
+  for (std::size_t first = 0; first < images.size();) {
     if (work.host.stopped()) return false;
-    const std::size_t count = std::min(at_once, images.size() - first);
+    const std::size_t count = task_size(images, first, iterations);
     parallel_for(count, [&](std::size_t k) {
       Packing& image = images[first + k];
       if (image.picture)
@@ -116,7 +127,8 @@ bool recompress_pass(Supercompression& work) {
       images[k].picture = {};
       ++packed;
     }
-    progress.step(first + count, images.size());
+    first += count;
+    progress.step(first, images.size());
   }
   work.say(StringId::ImagesPacked, {std::to_string(packed)});
   return true;

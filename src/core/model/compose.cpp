@@ -55,6 +55,13 @@ PictureRect rect_of(const Picture& picture, FrameOffset offset) {
           top + static_cast<std::int32_t>(picture.height())};
 }
 
+/// Of two parts, of which one may be empty.
+PictureRect around(const PictureRect& a, const PictureRect& b) {
+  if (width_of(a) <= 0 || height_of(a) <= 0) return b;
+  return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
+          std::max(a.bottom, b.bottom)};
+}
+
 bool covers(const PictureRect& rect, Extent canvas) {
   return rect.left == 0 && rect.top == 0 && static_cast<std::uint32_t>(rect.right) == canvas.width &&
          static_cast<std::uint32_t>(rect.bottom) == canvas.height;
@@ -215,10 +222,18 @@ Picture StraightCanvases::next(const ChunkRecord& record) {
   const bool empty = !undrawn_ && !state_.canvas.shown;
   if (Picture whole = whole_canvas(values_, record, empty)) {
     undrawn_ = record;
+    last_ = {};
     return whole;
   }
   if (undrawn_ && !compose_frame(state_, values_, *std::exchange(undrawn_, std::nullopt))) return {};
-  return compose_frame(state_, values_, record) ? straight_picture(state_.canvas) : Picture();
+  const bool clears = frame_manner(record, values_.rule).clears;
+  const PictureRect disposed = state_.lastDispose == 0 ? PictureRect{} : state_.lastRect;
+  if (!compose_frame(state_, values_, record)) return {};
+  if (!last_ || clears)
+    last_ = straight_picture(state_.canvas);
+  else if (!straighten_part(last_, state_.canvas, around(disposed, state_.lastRect)))
+    last_ = {};
+  return last_;
 }
 
 }  // namespace vellum

@@ -66,6 +66,7 @@ class StraightCanvases {
   ViewValues values_;
   CanvasState state_;
   std::optional<ChunkRecord> undrawn_;  ///< the last frame, while the state is without it
+  Picture last_;                        ///< the last canvas, where it was made of the state
 };
 
 }  // namespace vellum
