@@ -227,8 +227,8 @@ class FrameBlocks {
  public:
   FrameBlocks(const ExportRun& run, const Plan& plan, const std::vector<std::size_t>& entries)
       : run_(run), plan_(plan), entries_(entries) {
-    if (!plan.shared && !plan.options.dither && GifMatcher::can_match(plan.colors))
-      matcher_.emplace(plan.colors, plan.options.threshold);
+    if (!plan.shared && GifMatcher::can_match(plan.colors))
+      matcher_.emplace(plan.colors, plan.options.threshold, plan.options.dither);
   }
 
   /// Empty when memory is exhausted.

@@ -19,6 +19,13 @@ std::variant<NearestEntries, CornerEntries> entries_of(const GifColors& colors) 
   return NearestEntries(colors.palette, opaque_count(colors));
 }
 
+/// Of two pictures of one size and depth.
+bool same_rows(const Picture& a, const Picture& b) {
+  for (std::uint32_t y = 0; y < a.height(); ++y)
+    if (std::memcmp(a.row(y), b.row(y), std::size_t{a.bits()} * a.width() / 8) != 0) return false;
+  return true;
+}
+
 }  // namespace
 
 void GifPalette::add(std::span<const Picture> pictures) {
@@ -62,8 +69,11 @@ GifColors GifPalette::colors(bool transparent, Colour mask, bool best) const {
   return result;
 }
 
-GifMatcher::GifMatcher(const GifColors& colors, std::uint32_t threshold)
-    : entries_(entries_of(colors)), transparent_(colors.transparent), threshold_(threshold) {}
+GifMatcher::GifMatcher(const GifColors& colors, std::uint32_t threshold, bool dither)
+    : entries_(entries_of(colors)), transparent_(colors.transparent), threshold_(threshold) {
+  if (dither)
+    ditherer_.emplace(colors.palette, opaque_count(colors), settings::FastRemap != 0, threshold + 1);
+}
 
 bool GifMatcher::can_match(const GifColors& colors) {
   // Two colors may go by a cut through the greys (RemapPicture).
@@ -75,16 +85,30 @@ const std::vector<std::uint8_t>& GifMatcher::match(const Picture& picture) {
   const bool alike =
       last_ && last_.width() == width && last_.height() == picture.height() && last_.bits() == picture.bits();
   indexes_.resize(width * picture.height());
+  if (ditherer_) {
+    if (alike && same_rows(picture, last_)) return indexes_;
+    ditherer_->dither(picture, indexes_);
+    for (std::uint32_t y = 0; y < picture.height(); ++y) put_holes(picture, y);
+    last_ = picture;
+    return indexes_;
+  }
   for (std::uint32_t y = 0; y < picture.height(); ++y) {
     const std::uint8_t* row = picture.row(y);
     if (alike && std::memcmp(row, last_.row(y), bytes * width) == 0) continue;
     const std::span out(indexes_.data() + width * y, width);
     std::visit([&](auto& entries) { match_row(entries, row, bytes, out); }, entries_);
-    if (bytes == 4 && transparent_)
-      for (std::size_t x = 0; x < width; ++x) out[x] = row[4 * x + 3] <= threshold_ ? *transparent_ : out[x];
+    put_holes(picture, y);
   }
   last_ = picture;
   return indexes_;
+}
+
+void GifMatcher::put_holes(const Picture& picture, std::uint32_t y) {
+  if (picture.bits() != 32 || !transparent_) return;
+  const std::size_t width = picture.width();
+  const std::uint8_t* row = picture.row(y);
+  std::uint8_t* out = indexes_.data() + width * y;
+  for (std::size_t x = 0; x < width; ++x) out[x] = row[4 * x + 3] <= threshold_ ? *transparent_ : out[x];
 }
 
 Picture with_sharp_alpha(const Picture& picture, std::span<const std::uint8_t> transparency,

@@ -1,9 +1,11 @@
 // One palette for all frames of a GIF, gathered from one picture after the other.
 #pragma once
 
+#include <optional>
 #include <variant>
 
 #include "exchange/gif_writer.h"
+#include "image/dither.h"
 #include "image/palette_match.h"
 #include "image/quantize.h"
 
@@ -31,18 +33,21 @@ class GifPalette {
   ColorOctree octree_;
 };
 
-/// Takes one true color picture after the other to the colors of a GIF, each pixel to the nearest one, holes
-/// (as above) to the transparent entry, which is the last. `can_match` says for which colors.
+/// Takes one true color picture after the other to the colors of a GIF, each pixel to the nearest one or with
+/// its error spread, holes (as above) to the transparent entry, which is the last. `can_match` says for which
+/// colors.
 class GifMatcher {
  public:
-  GifMatcher(const GifColors& colors, std::uint32_t threshold);
+  GifMatcher(const GifColors& colors, std::uint32_t threshold, bool dither);
   static bool can_match(const GifColors& colors);
-  /// One byte a pixel, rows from the top, until the next call. Rows that the last picture had are not matched
-  /// anew.
+  /// One byte a pixel, rows from the top, until the next call. What the last picture had is not matched anew.
   const std::vector<std::uint8_t>& match(const Picture& picture);
 
  private:
+  void put_holes(const Picture& picture, std::uint32_t y);
+
   std::variant<NearestEntries, CornerEntries> entries_;
+  std::optional<Ditherer> ditherer_;
   std::optional<std::uint8_t> transparent_;
   std::uint32_t threshold_;
   Picture last_;

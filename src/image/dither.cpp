@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <variant>
 #include <vector>
 
 #include "image/palette_match.h"
@@ -36,12 +37,20 @@ struct Row {
   Lanes4 aboveHere{}, aboveNext{};  ///< for what lies above the pixel in front, and above the next one
 };
 
-/// A palette as lanes.
-using Colors = std::array<Lanes4, 256>;
+/// A palette as lanes, and the alpha below which a pixel is passed over.
+struct Target {
+  std::array<Lanes4, 256> colors;
+  std::uint32_t leastOpaque;
+
+  Target(const Palette& palette, std::uint32_t least_opaque) : leastOpaque(least_opaque) {
+    for (std::size_t i = 0; i < colors.size(); ++i)
+      colors[i] = Lanes4{palette[3 * i + 2], palette[3 * i + 1], palette[3 * i], 0};
+  }
+};
 
 /// `kBytes` of a pixel: a fourth is alpha.
 template <std::size_t kBytes, class Entries>
-VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Colors& colors, Entries& entries) {
+VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Target& target, Entries& entries) {
   const std::uint8_t* pixel = row.pixels + kBytes * x;
   Lanes4 color = Lanes4{pixel[0], pixel[1], pixel[2], 0} + row.carried[x] + row.right;
   color = least(greatest(color, Lanes4{}), Lanes4{} + 255);
@@ -49,8 +58,8 @@ VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Colors& colors, E
       entries.index(static_cast<std::uint32_t>(color[2]), static_cast<std::uint32_t>(color[1]),
                     static_cast<std::uint32_t>(color[0]));
   row.out[x] = static_cast<std::uint8_t>(index);
-  Lanes4 error = color - colors[index];
-  if (kBytes == 4 && pixel[3] < kLeastOpaque) error = Lanes4{};
+  Lanes4 error = color - target.colors[index];
+  if (kBytes == 4 && pixel[3] < target.leastOpaque) error = Lanes4{};
   row.right = sixteenths(error, 7);
   // The second pixel of a row gives nothing to the first one above.
   const Lanes4 behind = x >= 2 ? sixteenths(error, 3) : Lanes4{};
@@ -62,43 +71,45 @@ VELLUM_INLINE void dither_pixel(Row& row, std::size_t x, const Colors& colors, E
 /// Steps from `begin` to `end`, one pixel of each row; a row begins kDistance steps behind the one below it.
 template <std::size_t kBytes, class Entries>
 VELLUM_INLINE void dither_rows(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
-                               const Colors& colors, Entries& entries) {
+                               const Target& target, Entries& entries) {
   for (std::size_t step = begin; step < end; ++step)
     for (std::size_t i = 0; i < rows.size(); ++i) {
       const std::size_t x = step - kDistance * i;  // wraps for a row that hasn't begun
       if (x >= width) continue;
-      dither_pixel<kBytes>(rows[i], x, colors, entries);
+      dither_pixel<kBytes>(rows[i], x, target, entries);
       if (x + 1 == width) rows[i].above[x] = rows[i].aboveHere;
     }
 }
 
 template <std::size_t kBytes>
 VELLUM_AVX2 void dither_rows_avx2(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
-                                  const Colors& colors, NearestEntries& entries) {
+                                  const Target& target, NearestEntries& entries) {
   if (rows.size() == kRows)  // a count that is known unrolls
-    dither_rows<kBytes>(rows.first<kRows>(), width, begin, end, colors, entries);
+    dither_rows<kBytes>(rows.first<kRows>(), width, begin, end, target, entries);
   else
-    dither_rows<kBytes>(rows, width, begin, end, colors, entries);
+    dither_rows<kBytes>(rows, width, begin, end, target, entries);
 }
 
 template <std::size_t kBytes>
 void dither_some(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
-                 const Colors& colors, NearestEntries& entries) {
-  if (has_avx2()) return dither_rows_avx2<kBytes>(rows, width, begin, end, colors, entries);
-  dither_rows<kBytes>(rows, width, begin, end, colors, entries);
+                 const Target& target, NearestEntries& entries) {
+  if (has_avx2()) return dither_rows_avx2<kBytes>(rows, width, begin, end, target, entries);
+  dither_rows<kBytes>(rows, width, begin, end, target, entries);
 }
 
 template <std::size_t kBytes>
 void dither_some(std::span<Row> rows, std::size_t width, std::size_t begin, std::size_t end,
-                 const Colors& colors, CornerEntries& entries) {
-  dither_rows<kBytes>(rows, width, begin, end, colors, entries);
+                 const Target& target, CornerEntries& entries) {
+  dither_rows<kBytes>(rows, width, begin, end, target, entries);
 }
 
-Colors lanes_of(const Palette& palette) {
-  Colors colors;
-  for (std::size_t i = 0; i < colors.size(); ++i)
-    colors[i] = Lanes4{palette[3 * i + 2], palette[3 * i + 1], palette[3 * i], 0};
-  return colors;
+template <class Entries>
+void dither_steps(const Picture& source, std::span<Row> rows, std::size_t begin, std::size_t end,
+                  const Target& target, Entries& entries) {
+  if (source.bits() == 32)
+    dither_some<4>(rows, source.width(), begin, end, target, entries);
+  else
+    dither_some<3>(rows, source.width(), begin, end, target, entries);
 }
 
 using Errors = std::vector<Lanes4>;
@@ -142,7 +153,7 @@ bool dither_whole(const Picture& source, Picture& result, const Palette& palette
                   const std::function<bool(std::uint32_t)>& go_on) {
   const EditRows out(result);
   const std::size_t width = source.width(), steps = width + kDistance * (kRows - 1);
-  const Colors colors = lanes_of(palette);
+  const Target target(palette, kLeastOpaque);
   std::vector<Group<Entries>> groups(parallel_width(), Group<Entries>(entries, width));
   // What groups give to the next ones; as many are under way as there are cores.
   std::vector<Errors> between(groups.size() + 1, Errors(width));
@@ -158,14 +169,31 @@ bool dither_whole(const Picture& source, Picture& result, const Palette& palette
                            group.begin(source, row, between[number % between.size()],
                                        between[(number + 1) % between.size()]);
                          const auto under_way = std::span(group.rows).first(group.count);
-                         if (source.bits() == 32)
-                           dither_some<4>(under_way, width, part * kSteps, end, colors, group.entries);
-                         else
-                           dither_some<3>(under_way, width, part * kSteps, end, colors, group.entries);
+                         dither_steps(source, under_way, part * kSteps, end, target, group.entries);
                          if (end == steps) group.end(row, out, source.height(), result.bits());
                        });
   }
   return true;
+}
+
+/// Rows of a picture in groups, one after the other.
+template <class Entries>
+void dither_alone(const Picture& source, std::span<std::uint8_t> out, const Target& target, Entries& entries,
+                  std::array<Errors, kRows + 1>& errors) {
+  const std::size_t width = source.width(), steps = width + kDistance * (kRows - 1);
+  for (Errors& row : errors) row.resize(width);
+  std::ranges::fill(errors[0], Lanes4{});
+  for (std::uint32_t first = 0; first < source.height(); first += kRows) {
+    std::array<Row, kRows> rows;
+    const std::size_t count = std::min<std::size_t>(kRows, source.height() - first);
+    for (std::size_t i = 0; i < count; ++i)
+      rows[i] = {.pixels = source.stored_row(first + static_cast<std::uint32_t>(i)),
+                 .carried = errors[i].data(),
+                 .above = errors[i + 1].data(),
+                 .out = out.data() + width * (source.height() - 1 - first - i)};
+    dither_steps(source, std::span(rows).first(count), 0, steps, target, entries);
+    errors[0].swap(errors[count]);
+  }
 }
 
 }  // namespace
@@ -177,6 +205,24 @@ Picture dither_to_palette(const Picture& source, const Palette& palette, std::ui
   const bool whole = fast ? dither_whole(source, result, palette, CornerEntries(palette, count), go_on)
                           : dither_whole(source, result, palette, NearestEntries(palette, count), go_on);
   return whole ? result : Picture();
+}
+
+struct Ditherer::Work {
+  Target target;
+  std::variant<NearestEntries, CornerEntries> entries;
+  std::array<Errors, kRows + 1> errors = {};
+};
+
+Ditherer::Ditherer(const Palette& palette, std::uint32_t count, bool fast, std::uint32_t least_opaque)
+    : work_(new Work{{palette, least_opaque}, NearestEntries(palette, count)}) {
+  if (fast) work_->entries = CornerEntries(palette, count);
+}
+Ditherer::Ditherer(Ditherer&&) noexcept = default;
+Ditherer::~Ditherer() = default;
+
+void Ditherer::dither(const Picture& picture, std::span<std::uint8_t> out) {
+  std::visit([&](auto& entries) { dither_alone(picture, out, work_->target, entries, work_->errors); },
+             work_->entries);
 }
 
 }  // namespace vellum

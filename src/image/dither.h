@@ -2,6 +2,8 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <span>
 
 #include "image/picture.h"
 
@@ -13,5 +15,21 @@ namespace vellum {
 /// from 0 on; null when it says no or memory is exhausted.
 Picture dither_to_palette(const Picture& picture, const Palette& palette, std::uint32_t count,
                           std::uint32_t depth, bool fast, const std::function<bool(std::uint32_t)>& go_on);
+
+/// The same for one picture after the other, on one core, for who has as many pictures as cores: what was
+/// found of the palette stays.
+class Ditherer {
+ public:
+  /// Pixels of 32 bits with an alpha below `least_opaque` are those that are passed over.
+  Ditherer(const Palette& palette, std::uint32_t count, bool fast, std::uint32_t least_opaque);
+  Ditherer(Ditherer&&) noexcept;
+  ~Ditherer();
+  /// Indexes of a picture of 24 or 32 bits, one byte a pixel, rows from the top, into as many.
+  void dither(const Picture& picture, std::span<std::uint8_t> out);
+
+ private:
+  struct Work;
+  std::unique_ptr<Work> work_;
+};
 
 }  // namespace vellum

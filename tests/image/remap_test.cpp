@@ -1,5 +1,6 @@
 // Matching and dithering against plain loops over pixels.
 #include "image/remap.h"
+#include "image/dither.h"
 
 #include "base/string_table.h"
 #include "image/picture_operations.h"
@@ -189,6 +190,16 @@ TEST(Remap, LargePicturesInBandsAgreeWithThePixelLoops) {
   const GivenColors given{plain.palette, 250};
   EXPECT_TRUE(same_block(to_colors(picture, given, false), plain_remap(picture, plain, 8)));
   EXPECT_TRUE(same_block(to_colors(picture, given, true), plain_dither(picture, plain, 8)));
+  Ditherer ditherer(plain.palette, 250, false, 0);
+  for (const Picture& next :
+       {picture, random_picture(random, 37, 22, 24), random_picture(random, 40, 3, 24)}) {
+    std::vector<std::uint8_t> indexes(std::size_t{next.width()} * next.height());
+    ditherer.dither(next, indexes);
+    const Picture expected = plain_dither(next, plain, 8);
+    for (std::uint32_t y = 0; y < next.height(); ++y)
+      ASSERT_EQ(std::memcmp(indexes.data() + std::size_t{y} * next.width(), expected.row(y), next.width()), 0)
+          << y;
+  }
 }
 
 TEST(Remap, FlagsTellCountsFromDepthsAndStopWhenAsked) {

@@ -257,6 +257,25 @@ TEST(Compositor, CanvasesAreThoseOfTheRulesWhateverIsKept) {
   without_avx2 = false;
 }
 
+/// What changed since the last canvas is all that is made straight anew.
+TEST(Compositor, StraightCanvasesAreTheWholeCanvasMadeStraight) {
+  for (const DocumentKind kind : kKinds)
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+      const DocumentWindow window = random_animation(kind, seed, 80);
+      const ViewValues values = view_values(window.list, window.document, {Ground::Kind::Clear});
+      StraightCanvases canvases(window);
+      CanvasState state;
+      for (std::size_t i = 0; i < window.list.size(); ++i) {
+        const ChunkRecord& record = window.list.record(i);
+        if (!is_image_entry(kind, record.tag)) continue;
+        ASSERT_TRUE(compose_frame(state, values, record));
+        ASSERT_TRUE(std::ranges::equal(canvases.next(record).handle().bytes(),
+                                       straight_picture(state.canvas).handle().bytes()))
+            << kind_letters(kind) << " seed " << seed << " entry " << i;
+      }
+    }
+}
+
 /// Going anywhere shows what playing would have shown there, whatever was composed before.
 TEST(Compositor, GoesToAnyFrame) {
   for (const DocumentKind kind : kKinds) {
