@@ -16,8 +16,12 @@ struct DeflatePiece {
   std::size_t bytes = 0;    ///< how many these are
 };
 
-/// Packs `bytes` at `level`, 0 (stored) to 9 (smallest). Each level is no slower and no larger than zlib's of
-/// that number. `last`: the piece ends the stream. An empty `packed` means that memory was exhausted.
+/// Behind the levels that people choose from: as small as libdeflate can, however long that takes.
+inline constexpr int kThoroughDeflate = 10;
+
+/// Packs `bytes` at `level`, 0 (stored) to 9 (smallest), or kThoroughDeflate. Each level is no slower and no
+/// larger than zlib's of that number. `last`: the piece ends the stream. An empty `packed` means that memory
+/// was exhausted.
 DeflatePiece deflate_piece(std::span<const std::uint8_t> bytes, int level, bool last);
 
 /// The zlib stream of the pieces in order. The pieces are emptied.

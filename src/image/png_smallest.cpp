@@ -10,7 +10,7 @@
 namespace vellum {
 namespace {
 
-constexpr int kSmallest = 9, kNearlySmallest = 8, kQuick = 2;
+constexpr int kSmallest = kThoroughDeflate, kNearlySmallest = 8, kQuick = 2;
 /// Filters that are packed at the highest level: all of a small image, of a large one those that came first.
 constexpr std::size_t kSmallImage = std::size_t{64} << 10, kOfLarge = 2;
 
