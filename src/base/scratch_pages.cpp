@@ -2,6 +2,8 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
+
 namespace vellum {
 namespace {
 
@@ -31,6 +33,13 @@ void ScratchPages::release_before(std::size_t offset) {
   const std::size_t end = offset / kReleaseStep * kReleaseStep;
   madvise(data_ + released_, end - released_, MADV_DONTNEED);
   released_ = end;
+}
+
+void ScratchPages::prepare(const std::function<bool()>& stop) {
+#ifdef MADV_POPULATE_WRITE  // without it pages come when they are written
+  for (std::size_t at = 0; at < size_ && !stop(); at += kReleaseStep)
+    if (madvise(data_ + at, std::min(kReleaseStep, size_ - at), MADV_POPULATE_WRITE) != 0) return;
+#endif
 }
 
 void ScratchPages::release(std::size_t offset, std::size_t bytes) {

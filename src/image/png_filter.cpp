@@ -92,11 +92,12 @@ void undo_sub(std::uint8_t* row, std::size_t bytes) {
 
 // The instruction that averages rounds up, the filter down: so all is done on inverted bytes, of which the
 // average rounded up is that of the plain ones rounded down.
+/// `from`, `to`: bytes of the row.
 template <std::size_t kPixel>
-void undo_average(std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes) {
+void undo_average(std::uint8_t* row, const std::uint8_t* prior, std::size_t from, std::size_t to) {
   const __m128i ones = _mm_set1_epi8(-1);
-  __m128i left = ones;
-  for (std::size_t i = 0; i < bytes; i += kPixel) {
+  __m128i left = from == 0 ? ones : _mm_xor_si128(load_pixel<kPixel>(row + from - kPixel), ones);
+  for (std::size_t i = from; i < to; i += kPixel) {
     const __m128i up = _mm_xor_si128(load_pixel<kPixel>(prior + i), ones);
     left = _mm_sub_epi8(_mm_avg_epu8(left, up), load_pixel<kPixel>(row + i));
     store_pixel<kPixel>(row + i, _mm_xor_si128(left, ones));
@@ -165,7 +166,7 @@ template <std::size_t kPixel>
 void undo_pixels(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior, std::size_t bytes) {
   if (type == kSub) undo_sub<kPixel>(row, bytes);
   if (type == kAverage && kPixel == 3 && has_avx2()) return undo_average_of_threes(row, prior, bytes);
-  if (type == kAverage) undo_average<kPixel>(row, prior, bytes);
+  if (type == kAverage) undo_average<kPixel>(row, prior, 0, bytes);
   if (type == kPaeth) undo_paeth<kPixel>(row, prior, 0, bytes);
 }
 
@@ -270,18 +271,21 @@ bool png_unfilter(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prio
   return true;
 }
 
-void png_undo_paeth(std::uint8_t* row, const std::uint8_t* prior, std::size_t from, std::size_t to,
-                    std::size_t distance) {
-  distance == 3 ? undo_paeth<3>(row, prior, from, to) : undo_paeth<4>(row, prior, from, to);
+void png_undo_part(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior, std::size_t from,
+                   std::size_t to, std::size_t distance) {
+  if (type == kPaeth)
+    distance == 3 ? undo_paeth<3>(row, prior, from, to) : undo_paeth<4>(row, prior, from, to);
+  else
+    distance == 3 ? undo_average<3>(row, prior, from, to) : undo_average<4>(row, prior, from, to);
 }
 
 std::size_t png_unfilter_some(std::uint8_t* rows, std::size_t count, const std::uint8_t* prior,
                               std::size_t bytes, std::size_t distance) {
   const std::uint8_t type = rows[0];
-  const auto is_paeth = [&](std::size_t row) { return rows[row * (bytes + 1)] == kPaeth; };
-  if (type == kPaeth && count >= kWaveRows && is_paeth(1) && is_paeth(2) && is_paeth(3) &&
+  const auto is_same = [&](std::size_t row) { return rows[row * (bytes + 1)] == type; };
+  if ((type == kPaeth || type == kAverage) && count >= kWaveRows && is_same(1) && is_same(2) && is_same(3) &&
       can_undo_in_waves(bytes, distance)) {
-    undo_paeth_in_waves(rows + 1, prior, bytes, distance);
+    undo_in_waves(type, rows + 1, prior, bytes, distance);
     return kWaveRows;
   }
   return png_unfilter(type, rows + 1, prior, bytes, distance) ? 1 : 0;

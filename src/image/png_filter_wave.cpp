@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t kLag = 2;    ///< pixels from a row to the next one
 constexpr std::size_t kBlock = 4;  ///< pixels of a row that are loaded and stored together
+constexpr std::uint8_t kPaethType = 4;
 constexpr std::size_t kHead = kLag * (kWaveRows - 1);
 
 /// The rows and the one above them, at [0].
@@ -53,8 +54,8 @@ VELLUM_AVX2 inline void transpose(__m128i (&block)[kBlock]) {
   block[3] = _mm_unpackhi_epi64(c, d);
 }
 
-/// What one step leaves for the next ones. Row r has the lanes from 4 r on.
-struct Wave {
+/// What one step of Paeth leaves for the next ones. Row r has the lanes from 4 r on.
+struct PaethWave {
   __m256i value, valueBefore;  ///< of the last step and the one in front of it
   __m256i corner;              ///< the pixels above those of the last step
 };
@@ -71,8 +72,12 @@ VELLUM_AVX2 inline __m256i pixels_at(const Rows& rows, std::size_t first, std::p
   return _mm256_cvtepu8_epi16(_mm_load_si128(reinterpret_cast<const __m128i*>(bytes)));
 }
 
+VELLUM_AVX2 inline __m128i bytes_of(__m256i value) {
+  return _mm_packus_epi16(_mm256_castsi256_si128(value), _mm256_extracti128_si256(value, 1));
+}
+
 /// `above`: the pixel above that of the first row.
-VELLUM_AVX2 inline void step(Wave& wave, __m128i raw, __m128i above) {
+VELLUM_AVX2 inline void step(PaethWave& wave, __m128i raw, __m128i above) {
   const __m256i shifted = _mm256_permute4x64_epi64(wave.valueBefore, 0x90);
   const __m256i up = _mm256_blend_epi32(shifted, _mm256_castsi128_si256(_mm_cvtepu8_epi16(above)), 3);
   const __m256i up_step = _mm256_sub_epi16(up, wave.corner);
@@ -87,16 +92,40 @@ VELLUM_AVX2 inline void step(Wave& wave, __m128i raw, __m128i above) {
   wave.value = _mm256_and_si256(_mm256_add_epi16(_mm256_cvtepu8_epi16(raw), nearest), _mm256_set1_epi16(255));
 }
 
-VELLUM_AVX2 inline __m128i bytes_of(__m256i value) {
-  return _mm_packus_epi16(_mm256_castsi256_si128(value), _mm256_extracti128_si256(value, 1));
+template <std::size_t kPixel>
+VELLUM_AVX2 inline void begin(PaethWave& wave, const Rows& rows, std::ptrdiff_t first) {
+  wave = {pixels_at<kPixel>(rows, 1, first - 1), pixels_at<kPixel>(rows, 1, first - 2),
+          pixels_at<kPixel>(rows, 0, first - 1)};
 }
 
-/// The pixels from kHead on of the first row, as many blocks as it has; gives where it ended.
+VELLUM_AVX2 inline __m128i shown(const PaethWave& wave) { return bytes_of(wave.value); }
+
+/// What one step of Average leaves, as bytes that are inverted: the instruction rounds up, the filter down.
+struct AverageWave {
+  __m128i value, valueBefore;
+};
+
+VELLUM_AVX2 inline __m128i inverted(__m128i bytes) { return _mm_xor_si128(bytes, _mm_set1_epi8(-1)); }
+
 template <std::size_t kPixel>
+VELLUM_AVX2 inline void begin(AverageWave& wave, const Rows& rows, std::ptrdiff_t first) {
+  wave.value = inverted(bytes_of(pixels_at<kPixel>(rows, 1, first - 1)));
+  wave.valueBefore = inverted(bytes_of(pixels_at<kPixel>(rows, 1, first - 2)));
+}
+
+VELLUM_AVX2 inline void step(AverageWave& wave, __m128i raw, __m128i above) {
+  const __m128i up = _mm_blend_epi32(_mm_slli_si128(wave.valueBefore, 4), inverted(above), 1);
+  wave.valueBefore = wave.value;
+  wave.value = _mm_sub_epi8(_mm_avg_epu8(wave.value, up), raw);
+}
+
+VELLUM_AVX2 inline __m128i shown(const AverageWave& wave) { return inverted(wave.value); }
+
+/// The pixels from kHead on of the first row, as many blocks as it has; gives where it ended.
+template <class Wave, std::size_t kPixel>
 VELLUM_AVX2 std::size_t undo_blocks(const Rows& rows, std::size_t width) {
-  const auto first = static_cast<std::ptrdiff_t>(kHead);
-  Wave wave{pixels_at<kPixel>(rows, 1, first - 1), pixels_at<kPixel>(rows, 1, first - 2),
-            pixels_at<kPixel>(rows, 0, first - 1)};
+  Wave wave;
+  begin<kPixel>(wave, rows, static_cast<std::ptrdiff_t>(kHead));
   std::size_t x = kHead;
   for (; x + kBlock <= width; x += kBlock) {
     __m128i block[kBlock];
@@ -105,13 +134,13 @@ VELLUM_AVX2 std::size_t undo_blocks(const Rows& rows, std::size_t width) {
     const __m128i above = load_block<kPixel>(rows[0] + kPixel * x);
     transpose(block);
     step(wave, block[0], above);
-    block[0] = bytes_of(wave.value);
+    block[0] = shown(wave);
     step(wave, block[1], _mm_srli_si128(above, 4));
-    block[1] = bytes_of(wave.value);
+    block[1] = shown(wave);
     step(wave, block[2], _mm_srli_si128(above, 8));
-    block[2] = bytes_of(wave.value);
+    block[2] = shown(wave);
     step(wave, block[3], _mm_srli_si128(above, 12));
-    block[3] = bytes_of(wave.value);
+    block[3] = shown(wave);
     transpose(block);
     for (std::size_t r = 0; r < kWaveRows; ++r)
       store_block<kPixel>(rows[r + 1] + kPixel * (x - kLag * r), block[r]);
@@ -126,16 +155,19 @@ bool can_undo_in_waves(std::size_t bytes, std::size_t distance) {
          has_avx2();
 }
 
-void undo_paeth_in_waves(std::uint8_t* rows, const std::uint8_t* prior, std::size_t bytes,
-                         std::size_t distance) {
+void undo_in_waves(std::uint8_t type, std::uint8_t* rows, const std::uint8_t* prior, std::size_t bytes,
+                   std::size_t distance) {
   const std::size_t width = bytes / distance;
   Rows all{const_cast<std::uint8_t*>(prior)};  // which is only read
   for (std::size_t r = 0; r < kWaveRows; ++r) all[r + 1] = rows + r * (bytes + 1);
   const auto undo_part = [&](std::size_t r, std::size_t from, std::size_t to) {
-    png_undo_paeth(all[r + 1], all[r], from * distance, to * distance, distance);
+    png_undo_part(type, all[r + 1], all[r], from * distance, to * distance, distance);
   };
   for (std::size_t r = 0; r < kWaveRows; ++r) undo_part(r, 0, kHead - kLag * r);
-  const std::size_t end = distance == 3 ? undo_blocks<3>(all, width) : undo_blocks<4>(all, width);
+  const bool threes = distance == 3;
+  const auto undo = type == kPaethType ? (threes ? undo_blocks<PaethWave, 3> : undo_blocks<PaethWave, 4>)
+                                       : (threes ? undo_blocks<AverageWave, 3> : undo_blocks<AverageWave, 4>);
+  const std::size_t end = undo(all, width);
   for (std::size_t r = 0; r < kWaveRows; ++r) undo_part(r, end - kLag * r, width);
 }
 

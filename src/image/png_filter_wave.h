@@ -1,4 +1,5 @@
-// Rows whose filter is Paeth and whose pixels have three or four bytes: four of them are undone at once.
+// Rows whose filter is Average or Paeth and whose pixels have three or four bytes: four of them are undone at
+// once.
 #pragma once
 
 #include <cstddef>
@@ -11,14 +12,14 @@ inline constexpr std::size_t kWaveRows = 4;
 /// Whether rows of so many bytes can be undone so on this processor.
 bool can_undo_in_waves(std::size_t bytes, std::size_t distance);
 
-/// Undoes Paeth in four rows in place, of which the first one lies at `rows` and each next one `bytes` + 1
-/// behind it. `prior` is the row above, undone already. `distance`: 3 or 4. Reads up to kFilterSlack bytes
-/// behind the last row and behind `prior`.
-void undo_paeth_in_waves(std::uint8_t* rows, const std::uint8_t* prior, std::size_t bytes,
-                         std::size_t distance);
+/// Undoes Average or Paeth (3 or 4) in four rows in place, of which the first one lies at `rows` and each
+/// next one `bytes` + 1 behind it. `prior` is the row above, undone already. `distance`: 3 or 4. Reads up to
+/// kFilterSlack bytes behind the last row and behind `prior`.
+void undo_in_waves(std::uint8_t type, std::uint8_t* rows, const std::uint8_t* prior, std::size_t bytes,
+                   std::size_t distance);
 
-/// Undoes Paeth in the bytes [from, to) of one row, of which those in front are undone already.
-void png_undo_paeth(std::uint8_t* row, const std::uint8_t* prior, std::size_t from, std::size_t to,
-                    std::size_t distance);
+/// Undoes one of them in the bytes [from, to) of one row, of which those in front are undone already.
+void png_undo_part(std::uint8_t type, std::uint8_t* row, const std::uint8_t* prior, std::size_t from,
+                   std::size_t to, std::size_t distance);
 
 }  // namespace vellum
