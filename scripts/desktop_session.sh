@@ -6,24 +6,8 @@
 set -eu
 
 samples=$(dirname "$0")/../data/samples
-programs=$1
-scratch=$2
-pictures=${3:-}
-for tool in Xvfb xvfb-run xdotool xauth import; do
-  command -v $tool > /dev/null || { echo "$tool is missing" >&2; exit 77; }
-done
-
-if [ -z "${DESKTOP_SESSION_DISPLAY:-}" ]; then
-  DESKTOP_SESSION_DISPLAY=1 exec xvfb-run -a -s "-screen 0 900x620x24 -noreset" "$0" "$@"
-fi
-
-export HOME="$scratch" XDG_CONFIG_HOME="$scratch/config" XDG_RUNTIME_DIR="$scratch/runtime"
-mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
-unset QT_QPA_PLATFORM
-program=
-trap 'kill $program 2> /dev/null || true' EXIT
-
-. "$(dirname "$0")/window_keys.sh"
+screen=900x620 tools=import
+. "$(dirname "$0")/own_display.sh"
 
 gone() {
   for try in $(seq 100); do
@@ -50,7 +34,7 @@ plays() {
 "$programs/vellum" manage "$samples/welcome.png" "$scratch/session.png" --plays 3
 "$programs/vellumcraft" --set StartMaximized=0 --set StickyWindowLeft=0 --set StickyWindowTop=0 \
   --set StickyWindowRight=900 --set StickyWindowBottom=620 "$scratch/session.png" &
-program=$!
+program=$! started="$started $!"
 main=$(window_of 'session.*Vellumcraft')
 picture opened
 
@@ -87,4 +71,3 @@ gone 'session.*Vellumcraft'
 plays 3
 keys "$main" alt+f x
 wait "$program" && echo "left with status $?"
-program=

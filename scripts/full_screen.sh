@@ -5,23 +5,8 @@
 # Usage: full_screen.sh FOLDER_OF_PROGRAMS SCRATCH_FOLDER. Ends with 77 where a tool is missing.
 set -eu
 
-programs=$1
-scratch=$2
-for tool in Xvfb xvfb-run xdotool xauth openbox import convert; do
-  command -v $tool > /dev/null || { echo "$tool is missing" >&2; exit 77; }
-done
-
-if [ -z "${FULL_SCREEN_DISPLAY:-}" ]; then
-  FULL_SCREEN_DISPLAY=1 exec xvfb-run -a -s "-screen 0 900x640x24 -noreset" "$0" "$@"
-fi
-
-export HOME="$scratch" XDG_CONFIG_HOME="$scratch/config"
-unset QT_QPA_PLATFORM
-. "$(dirname "$0")/window_keys.sh"
-openbox > /dev/null 2>&1 &
-manager=$!
-program=
-trap 'kill $program $manager 2> /dev/null || true' EXIT
+screen=900x640 tools="openbox import convert"
+. "$(dirname "$0")/own_display.sh"
 
 # A picture of the screen, and the color of one of its pixels.
 look() {
@@ -34,7 +19,7 @@ color_at() {
 convert -size 60x40 xc:'#20C040' "$scratch/one.png"
 "$programs/vellum" build "$scratch/one.png" "$scratch/one.png" --out "$scratch/anim.png" --kind apng --delay 1000
 "$programs/vellumcraft" --set StartMaximized=0 --view "$scratch/anim.png" &
-program=$!
+program=$! started="$started $!"
 window=$(window_of '^View anim')
 sleep 0.5
 xdotool mousemove 450 200

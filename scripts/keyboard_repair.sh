@@ -5,25 +5,8 @@
 # Usage: keyboard_repair.sh FOLDER_OF_PROGRAMS SCRATCH_FOLDER [FOLDER_FOR_PICTURES]. Ends with 77 where a tool is missing.
 set -eu
 
-programs=$1
-scratch=$2
-pictures=${3:-}
-for tool in Xvfb xvfb-run xdotool xauth openbox import convert pngcheck python3; do
-  command -v $tool > /dev/null || { echo "$tool is missing" >&2; exit 77; }
-done
-
-if [ -z "${KEYBOARD_REPAIR_DISPLAY:-}" ]; then
-  KEYBOARD_REPAIR_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1280x800x24 -noreset" "$0" "$@"
-fi
-
-export HOME="$scratch" XDG_CONFIG_HOME="$scratch/config" XDG_STATE_HOME="$scratch/state" XDG_RUNTIME_DIR="$scratch/runtime"
-mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
-unset QT_QPA_PLATFORM
-. "$(dirname "$0")/window_keys.sh"
-openbox > /dev/null 2>&1 &
-manager=$!
-program=
-trap 'kill $program $manager 2> /dev/null || true' EXIT
+screen=1280x800 tools="openbox import convert pngcheck python3"
+. "$(dirname "$0")/own_display.sh"
 
 # What a person types, and the window that hears it; a picture of the screen at each step.
 step=0
@@ -75,7 +58,7 @@ convert -size 60x40 'xc:#20C0C0' "PNG24:$scratch/other.png"
 "$programs/vellum" manage "$scratch/broken.png" "$scratch/broken.png" --delay 10 --frames 2
 
 "$programs/vellumcraft" --set ShowStartupWindow=0 --set ShowTipOfTheDay=0 --set ShowWelcomeWizard=0 &
-program=$!
+program=$! started="$started $!"
 heard_by 'Vellumcraft'
 
 # Open.
@@ -130,4 +113,3 @@ says redone
 pngcheck "$scratch/broken.png"
 pressed alt+f x
 wait "$program" && echo "left with status $?"
-program=

@@ -53,6 +53,7 @@ COMMANDS = [
     ("swf", ["swf", "IN", "OUT"], "t.swf"),
     ("ilg", ["ilg", "IN", "OUT"], "t.html"),
     ("pdf", ["print", "IN", "OUT"], "t.pdf"),
+    ("batch", ["batch", "reverse", "IN", "--dest", "FOLDER", "--prefix", "t_", "--overwrite", "silently"], "t_in.png"),
     ("recovery", None, "t.copy"),
 ]
 
@@ -95,7 +96,7 @@ class Walk:
         _, arguments, target = command
         home = folder if arguments and arguments[0] == "config" else self.top / "home"
         names = {"IN": self.top / "in.png", "PICTURE": self.top / "a.png", "BROKEN": self.top / "broken.png",
-                 "OUT": folder / target}
+                 "OUT": folder / target, "FOLDER": folder}
         if arguments is None:
             line = [self.bin / "write_recovery_copy", self.top / "in.png", folder / target]
         else:

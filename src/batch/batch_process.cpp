@@ -63,8 +63,8 @@ std::string batch_prefix(const BatchProcess& process, bool stored) {
   return name + '_';
 }
 
-BatchWork batch_work(const BatchProcess& process, ValuesFor values, bool promote) {
-  return process.operation ? operation_work(*process.operation, std::move(values), promote)
+BatchWork batch_work(const BatchProcess& process, const ValuesFor& values, bool promote) {
+  return process.operation ? operation_work(*process.operation, values, promote)
                            : export_work(*process.exporter, values);
 }
 

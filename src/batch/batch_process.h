@@ -28,7 +28,7 @@ std::string result_extension(const BatchProcess& process, const FieldValues& val
 std::string batch_prefix(const BatchProcess& process, bool stored);
 
 /// What is done to each file; `promote` as for operation_work.
-BatchWork batch_work(const BatchProcess& process, ValuesFor values, bool promote);
+BatchWork batch_work(const BatchProcess& process, const ValuesFor& values, bool promote);
 
 /// The kind, or else the extension, of the results where that isn't their sources'.
 void name_results(BatchNaming& naming, const BatchProcess& process, const FieldValues& values);

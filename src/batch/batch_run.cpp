@@ -101,6 +101,10 @@ class FileAtWork {
   }
 
   void work() {
+    if (row_.source.empty()) {
+      row_.result = BatchResult::ObjectError;
+      return;
+    }
     row_.bytesIn = size_of(row_.source);
     row_.result = is_picture()
                       ? do_picture(told_reading(row_.source, read_graphic_file(row_.source.string()), host_))

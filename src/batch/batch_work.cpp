@@ -20,7 +20,7 @@ bool apply(const Operation& operation, const ValuesFor& values_for, bool promote
 
 }  // namespace
 
-BatchWork operation_work(const Operation& operation, ValuesFor values, bool promote) {
+BatchWork operation_work(const Operation& operation, const ValuesFor& values, bool promote) {
   BatchWork work;
   work.kinds = operation.parameters.kinds;
   work.apply = [&operation, values, promote](DocumentWindow& window, Host& host) {

@@ -25,6 +25,6 @@ using ValuesFor = std::function<std::optional<FieldValues>(const DocumentWindow&
 
 /// An operation over all frames. Without `promote` a document of indexed frames is refused where the
 /// operation makes them true color.
-BatchWork operation_work(const Operation& operation, ValuesFor values, bool promote);
+BatchWork operation_work(const Operation& operation, const ValuesFor& values, bool promote);
 
 }  // namespace vellum

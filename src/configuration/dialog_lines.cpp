@@ -1,5 +1,6 @@
 #include "configuration/dialog_lines.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "base/text.h"

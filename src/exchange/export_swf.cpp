@@ -110,7 +110,9 @@ class Packer {
 struct Timing {
   std::uint32_t rate256 = 0;
   std::vector<std::int64_t> lengths;
-  std::uint64_t frames() const { return std::accumulate(lengths.begin(), lengths.end(), std::uint64_t{0}); }
+  std::uint64_t frames() const {
+    return static_cast<std::uint64_t>(std::accumulate(lengths.begin(), lengths.end(), std::int64_t{0}));
+  }
 };
 
 Timing timing_of(const DocumentWindow& window) {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <deque>
+#include <map>
 
 #include "base/translation.h"
 #include "exchange/constant_rate.h"

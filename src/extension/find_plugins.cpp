@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "base/translation.h"
+#include "base/user_folders.h"
 #include "extension/library_folder.h"
 #include "extension/plugin.h"
 
@@ -42,7 +43,11 @@ std::string load(const fs::path& path, std::vector<Plugin>& plugins) {
 
 }  // namespace
 
-std::vector<fs::path> plugin_folders() { return library_folders("plugin"); }
+std::vector<fs::path> plugin_folders() {
+  std::vector<fs::path> folders = library_folders("plugin");
+  folders.push_back(user_folder("XDG_DATA_HOME", ".local/share") / "Tarnwick" / "Animation Plugins");
+  return folders;
+}
 
 PluginsFound find_plugins(std::span<const fs::path> folders, bool sorted) {
   PluginsFound found;

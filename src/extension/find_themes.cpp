@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <map>
-#include <set>
 
 #include "base/text.h"
 #include "base/translation.h"
@@ -113,9 +112,7 @@ ThemesFound find_themes(std::span<const fs::path> folders) {
   ThemesFound found;
   LibraryFiles there = library_files(folders, kPrefix);
   found.refused = std::move(there.refused);
-  std::set<fs::path> names;
   for (const fs::path& path : there.files) {
-    if (!names.insert(path.filename()).second) continue;
     Theme theme;
     if (const std::string reason = load(path, theme); reason.empty())
       found.themes.push_back(std::move(theme));

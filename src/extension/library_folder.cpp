@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <set>
+
 #include "base/text.h"
 #include "base/translation.h"
 
@@ -35,6 +37,7 @@ bool is_ours(const fs::path& path) {
 
 LibraryFiles library_files(std::span<const fs::path> folders, const char* prefix) {
   LibraryFiles found;
+  std::set<fs::path> names;
   for (const fs::path& folder : folders) {
     std::vector<fs::path> files;
     std::error_code error;
@@ -42,10 +45,12 @@ LibraryFiles library_files(std::span<const fs::path> folders, const char* prefix
       if (is_library_name(at->path().filename().string(), prefix) && at->is_regular_file(error))
         files.push_back(at->path());
     if (files.empty()) continue;
-    if (is_ours(folder))
-      found.files.insert(found.files.end(), files.begin(), files.end());
-    else
+    if (!is_ours(folder)) {
       found.refused.push_back(folder.string() + translated(": others can write to this folder."));
+      continue;
+    }
+    for (fs::path& file : files)
+      if (names.insert(file.filename()).second) found.files.push_back(std::move(file));
   }
   return found;
 }

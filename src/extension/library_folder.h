@@ -17,7 +17,8 @@ struct LibraryFiles {
   std::vector<std::string> refused;  ///< folders that others can write to, a sentence each
 };
 
-/// What is named PREFIX*_x64*.so (or .dll) in these folders, in any case; `prefix` is in small letters.
+/// What is named PREFIX*_x64*.so (or .dll) in these folders, in any case; `prefix` is in small letters. Of
+/// one file name the first.
 LibraryFiles library_files(std::span<const std::filesystem::path> folders, const char* prefix);
 bool is_library_name(const std::string& name, const char* prefix);
 

@@ -27,12 +27,14 @@ struct PluginsFound {
   std::vector<std::string> refused;  ///< file and reason, a sentence each
 };
 
-/// The folders that are searched: beside the program, and in the libraries of an installation around it.
+/// The folders that are searched: beside the program, in the libraries of an installation around it, and the
+/// person's own, $XDG_DATA_HOME/Tarnwick/Animation Plugins.
 std::vector<std::filesystem::path> plugin_folders();
 
 /// Loads what is named QDXPL*_x64*.so (or .dll), in any case, in these folders, sorted by its name or as it
-/// is found. A folder or file that others than its owner can write to, or that belongs to another user, is
-/// refused; so is a library that doesn't export both functions or doesn't take our record.
+/// is found; of one file name the first. A folder or file that others than its owner can write to, or that
+/// belongs to another user, is refused; so is a library that doesn't export both functions or doesn't take
+/// our record.
 PluginsFound find_plugins(std::span<const std::filesystem::path> folders, bool sorted);
 
 /// Runs a plugin on this thread and takes the documents of `kind` that it builds, named "NAME1" and so on;

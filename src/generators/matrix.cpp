@@ -1,6 +1,7 @@
 // Graphic matrix: pictures in a grid of cells, each of which passes to its next one, round and round.
 #include <algorithm>
 #include <chrono>
+#include <map>
 #include <mutex>
 #include <numeric>
 

@@ -1,4 +1,6 @@
 // Status panel: dark letters of dots on a lit ground, with their shadow.
+#include <algorithm>
+
 #include "generators/generator_rows.h"
 #include "generators/settings.h"
 #include "generators/sign_text.h"

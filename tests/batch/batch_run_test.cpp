@@ -102,8 +102,10 @@ TEST_F(Batch, EachFileHasItsRowInOrderWhateverTheNumberOfJobs) {
   run.stills = true;
   auto stills = files({.stills = true});
   stills.push_back({in_ / "missing.png", {}});
+  stills.push_back({});
   EXPECT_EQ(told(run, stills),
-            "a.png Ok, b.mng Ok, c.webp Ok, d.png Ok, e.bmp Ok, f.png Bad read, missing.png Bad read");
+            "a.png Ok, b.mng Ok, c.webp Ok, d.png Ok, e.bmp Ok, f.png Bad read, missing.png Bad read, "
+            " Object error");
   EXPECT_TRUE(GraphicFileRead((out_ / "T_e.bmp").string()));
 }
 

@@ -72,6 +72,12 @@ TEST(Plugins, OthersMayNotWriteToThem) {
   EXPECT_EQ(find_plugins({&folder.path(), 1}, false).refused.size(), 1u) << "the file";
   fs::permissions(folder / "QDXPL_fault3_x64.so", fs::perms::others_write, fs::perm_options::remove);
   EXPECT_EQ(find_plugins({&folder.path(), 1}, false).plugins.size(), 1u) << "names without _x64 don't count";
+  // The same name in another folder is passed over.
+  const fs::path two[] = {folder.path(), testing::program_folder().parent_path() / "faulty_plugins"};
+  for (const Plugin& plugin : find_plugins(two, false).plugins)
+    if (plugin.path.filename() == "QDXPL_fault3_x64.so") {
+      EXPECT_EQ(plugin.path.parent_path(), folder.path());
+    }
   fs::permissions(folder.path(), fs::perms::group_write, fs::perm_options::add);
   EXPECT_TRUE(find_plugins({&folder.path(), 1}, false).plugins.empty()) << "the folder";
 }

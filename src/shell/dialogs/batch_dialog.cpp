@@ -20,11 +20,13 @@
 #include "shell/look/style.h"
 #include "shell/look/text.h"
 #include "shell/widgets/dialog_frame.h"
+#include "shell/widgets/folder_places.h"
 
 namespace vellum {
 namespace {
 
 constexpr QSize kFirstSize(860, 560), kLeastSize(560, 360);
+constexpr int kNumberRole = Qt::UserRole + 1;
 constexpr int kLeastTree = 140, kFirstTree = 240, kLeastRow = 32, kMostRow = 256, kRefreshRest = 300;
 
 QString first_folder() {
@@ -92,14 +94,30 @@ BatchDialog::BatchDialog(Services& services, QWidget* parent)
   const int files =
       settings::BatchProcessorFilesWide > 0 ? settings::BatchProcessorFilesWide : width() - tree;
   panes_->setSizes({std::max(tree, kLeastTree), files});
+  place_->setCurrentIndex(std::max(place_->findData(settings::BatchProcessorSpecialFolder, kNumberRole), 0));
+  folders_->begin_at(place_->currentData().toString());
   show_folder(first_folder());
 }
 
 void BatchDialog::make_panes() {
   panes_->setChildrenCollapsible(false);
-  folders_ = new FolderTree(panes_);
+  auto* left = new QWidget(panes_);
+  left->setMinimumWidth(kLeastTree);
+  auto* places = new QVBoxLayout(left);
+  places->setContentsMargins(0, 0, 0, 0);
+  places->setSpacing(style::kGap);
+  place_ = new QComboBox(left);
+  place_->setAccessibleName(tr("Place"));
+  place_->setObjectName(QStringLiteral("place"));
+  place_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  for (const FolderPlace& place : folder_places()) {
+    place_->addItem(place.name, place.path);
+    place_->setItemData(place_->count() - 1, place.number, kNumberRole);
+  }
+  places->addWidget(place_);
+  folders_ = new FolderTree(left);
   folders_->setAccessibleName(tr("Folders"));
-  folders_->setMinimumWidth(kLeastTree);
+  places->addWidget(folders_, 1);
   auto* right = new QWidget(panes_);
   auto* column = new QVBoxLayout(right);
   column->setContentsMargins(0, 0, 0, 0);
@@ -143,6 +161,13 @@ void BatchDialog::make_controls(QVBoxLayout& layout) {
 
 void BatchDialog::connect_parts() {
   connect(process_, &QComboBox::activated, this, [](int index) { settings::BatchProcessorProcess = index; });
+  connect(place_, &QComboBox::activated, this, [this] {
+    const QString folder = place_->currentData().toString();
+    settings::BatchProcessorSpecialFolder = place_->currentData(kNumberRole).toInt();
+    if (!ShownFolders::is_within(folder_, folder)) show_folder(folder);
+    folders_->begin_at(folder);
+    place_->setCurrentIndex(place_->findData(folders_->first()));
+  });
   connect(folders_, &FolderTree::folder_chosen, this, &BatchDialog::show_folder);
   connect(line_, &FolderLine::folder_chosen, this, &BatchDialog::show_folder);
   connect(&listing_, &FolderDocuments::listed, this, [this](const QStringList& paths) {
@@ -183,6 +208,7 @@ void BatchDialog::show_folder(const QString& folder) {
   settings::BatchProcessorPath = to_path(folder).string();
   line_->show_folder(folder);
   folders_->show_folder(folder);
+  place_->setCurrentIndex(place_->findData(folders_->first()));
   if (!watcher_.directories().isEmpty()) watcher_.removePaths(watcher_.directories());
   if (settings::WatchFolders != 0) watcher_.addPath(folder);
   files_->set_paths({});
@@ -299,6 +325,13 @@ void BatchDialog::fill_menu(QMenu& menu) {
   menu.addAction(tr("&Refresh"), this, [this] { refresh(true); });
   menu.addAction(tr("&View"), this, [this, selected] { view_file(selected.value(0)); })
       ->setEnabled(!selected.isEmpty());
+}
+
+/// Where the screen is small the files keep most of it.
+void BatchDialog::resizeEvent(QResizeEvent* event) {
+  QDialog::resizeEvent(event);
+  const int across = panes_->width(), most = std::max(across * 2 / 5, kLeastTree);
+  if (panes_->sizes().at(0) > most) panes_->setSizes({most, across - most});
 }
 
 void BatchDialog::done(int result) {

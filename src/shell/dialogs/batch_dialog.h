@@ -42,6 +42,7 @@ class BatchDialog : public QDialog {
 
  protected:
   void done(int result) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   void make_panes();
@@ -60,7 +61,7 @@ class BatchDialog : public QDialog {
   FolderDocuments listing_;
   QFileSystemWatcher watcher_;
   QTimer refreshLater_;
-  QComboBox* process_;
+  QComboBox *process_, *place_;
   QSplitter* panes_;
   FolderTree* folders_;
   FolderLine* line_;

@@ -7,6 +7,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTreeWidget>
+#include <cmath>
 
 #include "base/text.h"
 #include "batch/settings.h"
@@ -20,7 +21,7 @@ namespace {
 
 /// "2 min 5 s"
 QString time_text(double seconds) {
-  const auto whole = static_cast<qint64>(seconds + 0.5);
+  const auto whole = static_cast<qint64>(std::lround(seconds));
   if (whole < 60) return QObject::tr("%1 s").arg(whole);
   if (whole < 3600) return QObject::tr("%1 min %2 s").arg(whole / 60).arg(whole % 60);
   return QObject::tr("%1 h %2 min").arg(whole / 3600).arg(whole / 60 % 60);

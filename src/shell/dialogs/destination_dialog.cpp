@@ -5,6 +5,7 @@
 #include <QPushButton>
 
 #include "batch/settings.h"
+#include "configuration/shell_settings.h"
 #include "shell/dialogs/folder_actions.h"
 #include "shell/dialogs/folder_line.h"
 #include "shell/forms/default_folders.h"
@@ -28,6 +29,7 @@ class DestinationDialog : public QDialog {
     layout->setSpacing(style::kGap);
     layout->addWidget(line_);
     tree_->setAccessibleName(tr("Folders"));
+    tree_->show_removable(settings::IncludeFloppyDisks != 0 || settings::BPDriveMapFloppies != 0);
     layout->addWidget(tree_, 1);
     QDialogButtonBox* buttons =
         add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, QStringLiteral("BATCHPROCESSOR"));

@@ -45,7 +45,7 @@ void remove_folder(const QString& folder, Services& services, const Changed& cha
 }  // namespace
 
 void add_folder_actions(QMenu& menu, const QString& folder, Services& services, QWidget* parent,
-                        Changed changed) {
+                        const Changed& changed) {
   menu.addAction(QObject::tr("&New folder"), parent,
                  [=, &services] { make_folder(folder, services, parent, changed); });
   QAction* rename = menu.addAction(QObject::tr("&Rename folder"), parent,

@@ -144,7 +144,7 @@ void GeneratorDialog::add_source() {
   const std::string kept = generator_.fileSetting ? *generator_.fileSetting : std::string();
   if (kept.empty()) return;
   if (Picture picture = read_graphic_file(kept).picture)
-    take_picture(std::move(picture), to_qt(std::filesystem::path(kept).filename().string()));
+    take_picture(picture, to_qt(std::filesystem::path(kept).filename().string()));
 }
 
 void GeneratorDialog::add_test() {
@@ -169,7 +169,7 @@ bool GeneratorDialog::has_inputs() const {
 
 void GeneratorDialog::show_source(const QString& name) { name_->setText(name); }
 
-void GeneratorDialog::take_picture(Picture picture, const QString& name) {
+void GeneratorDialog::take_picture(const Picture& picture, const QString& name) {
   const Picture small = reduced(picture);
   inputs_.pictures = {picture};
   reduced_.pictures = {small};
@@ -186,13 +186,13 @@ void GeneratorDialog::select() {
   Picture picture = read_picture_file(chosen.front(), services_.host);
   if (!picture) return;
   if (generator_.fileSetting) *generator_.fileSetting = chosen.front().string();
-  take_picture(std::move(picture), to_qt(chosen.front().filename().string()));
+  take_picture(picture, to_qt(chosen.front().filename().string()));
 }
 
 void GeneratorDialog::paste() {
   Picture picture = picture_of_image(QGuiApplication::clipboard()->image());
   if (!picture) return services_.host.show(StringId::ClipboardInvalid);
-  take_picture(std::move(picture), text_of(StringId::ImageFromClipboard));
+  take_picture(picture, text_of(StringId::ImageFromClipboard));
 }
 
 void GeneratorDialog::follow() {

@@ -25,7 +25,7 @@ class GeneratorDialog : public ParameterDialog {
   MotionPreview& preview() { return *preview_; }
   /// Of a generator that takes several; else null.
   PictureList* pictures() { return pictures_; }
-  void take_picture(Picture picture, const QString& name);
+  void take_picture(const Picture& picture, const QString& name);
   void follow() override;
   void accept() override;
 

@@ -2,7 +2,9 @@
 
 #include <QDesktopServices>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 #include <QUrl>
 #include <algorithm>
 
@@ -17,7 +19,10 @@ namespace vellum {
 namespace {
 
 constexpr QSize kSample(232, 146);
-constexpr QSize kList(2 * 264 + 40, 2 * 196 + 24);
+constexpr int kAround = 12, kRing = 2;  // of a sample, pixels
+constexpr QSize kCell(kSample.width() + 2 * kAround, kSample.height() + 2 * kAround + 24);
+constexpr QSize kList(2 * kCell.width() + 28, 2 * kCell.height() + 12);
+constexpr int kLeastList = 120;  // high, where the screen has no room
 constexpr int kFileRole = Qt::UserRole, kReasonRole = Qt::UserRole + 1;
 
 /// The desktop's own look, drawn as the themes draw theirs.
@@ -55,13 +60,35 @@ QImage desktop_sample(const QPalette& palette, double scale) {
   return image;
 }
 
-/// The sample as it is, chosen or not.
-QIcon icon_of(const QImage& sample) {
-  const QPixmap pixmap = QPixmap::fromImage(sample);
-  QIcon icon(pixmap);
-  icon.addPixmap(pixmap, QIcon::Selected);
-  return icon;
-}
+/// A sample with its name below; a ring around the chosen one, so that its own colors are seen.
+class SampleDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override { return kCell; }
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    const bool chosen = (option.state & QStyle::State_Selected) != 0;
+    const bool usable = index.data(kReasonRole).toString().isEmpty();
+    const QPalette& palette = option.palette;
+    QRect sample(QPoint(), kSample);
+    sample.moveCenter(option.rect.center());
+    sample.moveTop(option.rect.top() + kAround);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (chosen) {
+      painter->setPen(QPen(palette.color(QPalette::Highlight), kRing));
+      painter->drawRoundedRect(QRectF(sample).adjusted(-5, -5, 5, 5), 6, 6);
+    }
+    painter->drawImage(sample, index.data(Qt::DecorationRole).value<QImage>());
+    painter->setPen(palette.color(usable ? QPalette::Text : QPalette::PlaceholderText));
+    const QRect below(option.rect.left(), sample.bottom() + kRing + 6, option.rect.width(), 22);
+    painter->drawText(
+        below, Qt::AlignHCenter | Qt::AlignVCenter,
+        option.fontMetrics.elidedText(index.data().toString(), Qt::ElideMiddle, below.width() - kAround));
+    painter->restore();
+  }
+};
 
 /// Gives all windows a look that they haven't got.
 void give_look(ThemeInForce theme) {
@@ -84,9 +111,10 @@ ThemeDialog::ThemeDialog(std::span<const std::filesystem::path> folders, Host& h
   list_->setViewMode(QListView::IconMode);
   list_->setMovement(QListView::Static);
   list_->setResizeMode(QListView::Adjust);
-  list_->setIconSize(kSample);
-  list_->setGridSize(kSample + QSize(32, 50));
-  list_->setMinimumSize(kList);
+  list_->setItemDelegate(new SampleDelegate(list_));
+  list_->setGridSize(kCell);
+  list_->setMinimumSize(kList.width(), kLeastList);
+  list_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   const ThemeInForce desktop;
   QPalette own = ProgramStyle(desktop).standardPalette();
   add_row(tr("Carbon Medium (the desktop's colors)"), kDefaultTheme, desktop_sample(own, devicePixelRatioF()),
@@ -96,6 +124,12 @@ ThemeDialog::ThemeDialog(std::span<const std::filesystem::path> folders, Host& h
             theme.incomplete.empty() ? QString()
                                      : tr("This theme can't be used: %1.").arg(to_qt(theme.incomplete)));
   note_->setWordWrap(true);
+  QStringList reasons;
+  for (const std::string& reason : found_.refused) reasons += to_qt(reason);
+  auto* refused = new QLabel(reasons.join(u'\n'), this);
+  refused->setTextFormat(Qt::PlainText);
+  refused->setWordWrap(true);
+  refused->setVisible(!found_.refused.empty());
   QDialogButtonBox* buttons =
       add_buttons(*this, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, QStringLiteral("THEMES"));
   ok_ = buttons->button(QDialogButtonBox::Ok);
@@ -109,7 +143,9 @@ ThemeDialog::ThemeDialog(std::span<const std::filesystem::path> folders, Host& h
   QVBoxLayout* layout = dialog_layout(*this);
   layout->addWidget(list_, 1);
   layout->addWidget(note_);
+  layout->addWidget(refused);
   layout->addWidget(buttons);
+  resize(sizeHint().expandedTo(kList + QSize(2 * style::kWideGap, 110)));
   choose(before_ ? before_->file : kDefaultTheme);
   connect(list_, &QListWidget::currentRowChanged, this, &ThemeDialog::follow_row);
   connect(list_, &QListWidget::itemDoubleClicked, this, [this] {
@@ -120,11 +156,11 @@ ThemeDialog::ThemeDialog(std::span<const std::filesystem::path> folders, Host& h
 
 void ThemeDialog::add_row(const QString& name, const std::string& file, const QImage& sample,
                           const QString& reason) {
-  auto* item = new QListWidgetItem(icon_of(sample), name, list_);
+  auto* item = new QListWidgetItem(name, list_);
+  item->setData(Qt::DecorationRole, sample);
   item->setData(kFileRole, to_qt(file));
   item->setData(kReasonRole, reason);
-  item->setToolTip(reason);
-  item->setTextAlignment(Qt::AlignHCenter | Qt::AlignBottom);
+  item->setToolTip(reason.isEmpty() ? name : reason);
 }
 
 std::string ThemeDialog::chosen() const {
@@ -163,7 +199,7 @@ void ThemeDialog::follow_row() {
 void ThemeDialog::configure() {
   const Theme* theme = theme_of_row();
   if (!theme || !theme->calls.configure || theme->calls.configure(this) == 0) return;
-  list_->currentItem()->setIcon(icon_of(theme_sample(*theme, kSample, devicePixelRatioF())));
+  list_->currentItem()->setData(Qt::DecorationRole, theme_sample(*theme, kSample, devicePixelRatioF()));
   if (theme_in_force() && theme_in_force()->file == theme->file)
     put_theme_in_force(std::make_shared<Theme>(*theme));
 }

@@ -2,41 +2,113 @@
 
 #include <QHeaderView>
 #include <QScrollBar>
-#include <QTimer>
+
+#include "configuration/shell_settings.h"
+#include "shell/look/icon.h"
+#include "shell/widgets/folder_places.h"
 
 namespace vellum {
+namespace {
 
-FolderTree::FolderTree(QWidget* parent) : QTreeView(parent) {
+/// The program's own folder for all of them.
+class OwnIcons : public QAbstractFileIconProvider {
+ public:
+  QIcon icon(IconType) const override { return folder_; }
+  QIcon icon(const QFileInfo&) const override { return folder_; }
+
+ private:
+  QIcon folder_ = program_icon("folder");
+};
+
+}  // namespace
+
+ShownFolders::ShownFolders(QObject* parent) : QSortFilterProxyModel(parent) {
+  if (settings::AlternateFolderGraphics != 0) {
+    icons_ = std::make_unique<OwnIcons>();
+    model_.setIconProvider(icons_.get());
+  }
   model_.setRootPath(QStringLiteral("/"));
   model_.setOption(QFileSystemModel::DontUseCustomDirectoryIcons);
   model_.setFilter(QDir::Dirs | QDir::Drives | QDir::NoDotAndDotDot);
-  setModel(&model_);
-  setHeaderHidden(true);
-  for (int column = 1; column < model_.columnCount(); ++column) hideColumn(column);
-  header()->setStretchLastSection(false);
-  header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-  connect(selectionModel(), &QItemSelectionModel::currentChanged, this,
-          [this](const QModelIndex& index) { emit folder_chosen(model_.filePath(index)); });
-  // The model lists folders when it has time, and each list moves the others.
-  connect(&model_, &QFileSystemModel::directoryLoaded, this, [this](const QString& loaded) {
-    if (!sought_.isEmpty() && (sought_ + u'/').startsWith(loaded))
-      QTimer::singleShot(0, this, &FolderTree::bring_into_view);
-  });
-  connect(verticalScrollBar(), &QScrollBar::sliderPressed, this, [this] { sought_.clear(); });
-  connect(this, &QTreeView::clicked, this, [this] { sought_.clear(); });
+  setSourceModel(&model_);
 }
 
-/// The view outlives its model.
-FolderTree::~FolderTree() {
-  disconnect(selectionModel(), nullptr, this, nullptr);
-  setModel(nullptr);
+/// The base outlives the model.
+ShownFolders::~ShownFolders() { setSourceModel(nullptr); }
+
+void ShownFolders::show(const QString& first, const QStringList& left_out) {
+  if (first == first_ && left_out == leftOut_) return;
+  first_ = first;
+  leftOut_ = left_out;
+  invalidateFilter();
+}
+
+QModelIndex ShownFolders::index_of(const QString& folder) const {
+  return mapFromSource(model_.index(folder));
+}
+
+QString ShownFolders::path_of(const QModelIndex& index) const { return model_.filePath(mapToSource(index)); }
+
+bool ShownFolders::is_within(const QString& path, const QString& folder) {
+  return path == folder || path.startsWith(folder.endsWith(u'/') ? folder : folder + u'/');
+}
+
+bool ShownFolders::filterAcceptsRow(int row, const QModelIndex& parent) const {
+  const QString path = model_.filePath(model_.index(row, 0, parent));
+  return (is_within(path, first_) || is_within(first_, path)) && !leftOut_.contains(path);
+}
+
+FolderTree::FolderTree(QWidget* parent) : QTreeView(parent), shown_(new ShownFolders(this)) {
+  setModel(shown_);
+  setHeaderHidden(true);
+  for (int column = 1; column < shown_->columnCount(); ++column) hideColumn(column);
+  header()->setStretchLastSection(false);
+  header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+  connect(selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex& index) {
+    if (!index.isValid()) return;
+    folder_ = shown_->path_of(index);
+    emit folder_chosen(folder_);
+  });
+  // The model lists folders and sorts them when it has time, and each list moves the others.
+  soon_.setSingleShot(true);
+  soon_.setInterval(0);
+  connect(&soon_, &QTimer::timeout, this, &FolderTree::bring_into_view);
+  const auto moved = [this] {
+    if (!sought_.isEmpty()) soon_.start();
+  };
+  connect(shown_, &QAbstractItemModel::rowsInserted, this, moved);
+  connect(shown_, &QAbstractItemModel::layoutChanged, this, moved);
+  connect(verticalScrollBar(), &QScrollBar::sliderPressed, this, [this] { sought_.clear(); });
+  connect(this, &QTreeView::clicked, this, [this] { sought_.clear(); });
+  show_removable(settings::IncludeFloppyDisks != 0);
+}
+
+void FolderTree::show_removable(bool shown) {
+  removable_ = shown ? QStringList() : removable_media();
+  show_from(first());
+}
+
+void FolderTree::begin_at(const QString& folder) {
+  show_from(folder);
+  bring_into_view();
+}
+
+/// The current folder is shown, wherever it is.
+void FolderTree::show_from(const QString& first) {
+  QStringList left_out;
+  for (const QString& medium : removable_)
+    if (!ShownFolders::is_within(folder_, medium)) left_out += medium;
+  const QSignalBlocker quiet(selectionModel());
+  shown_->show(folder_.isEmpty() || ShownFolders::is_within(folder_, first) ? first : QStringLiteral("/"),
+               left_out);
+  setRootIndex(shown_->index_of(shown_->first()).parent());
 }
 
 void FolderTree::show_folder(const QString& folder) {
-  const QModelIndex index = model_.index(folder);
-  if (currentIndex() == index) return;
-  sought_ = folder;
-  setCurrentIndex(index);
+  if (currentIndex().isValid() && folder == folder_) return;
+  folder_ = sought_ = folder;
+  show_from(first());
+  setCurrentIndex(shown_->index_of(folder));
   bring_into_view();
 }
 
