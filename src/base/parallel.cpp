@@ -24,13 +24,16 @@ void parallel_for(std::size_t count, const std::function<void(std::size_t)>& wor
     for (std::size_t i = 0; i < count; ++i) work(i);
     return;
   }
-  // One item at a time: items are whole frames or large parts, and differ in cost.
-  tbb::parallel_for(
-      tbb::blocked_range<std::size_t>(0, count, 1),
-      [&work](const tbb::blocked_range<std::size_t>& range) {
-        for (std::size_t i = range.begin(); i != range.end(); ++i) work(i);
-      },
-      tbb::simple_partitioner());
+  // One item at a time: items are whole frames or large parts, and differ in cost. Who waits for the last of
+  // them begins nothing else: a frame inside another one would hold the memory of both.
+  tbb::this_task_arena::isolate([&] {
+    tbb::parallel_for(
+        tbb::blocked_range<std::size_t>(0, count, 1),
+        [&work](const tbb::blocked_range<std::size_t>& range) {
+          for (std::size_t i = range.begin(); i != range.end(); ++i) work(i);
+        },
+        tbb::simple_partitioner());
+  });
 }
 
 void parallel_jobs(std::size_t count, std::size_t jobs, const std::function<void(std::size_t)>& work) {
