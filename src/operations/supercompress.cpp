@@ -6,7 +6,9 @@
 #include "base/file.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "core/chunks/chunk_table.h"
+#include "core/chunks/mng_counts.h"
 #include "core/edit/edit_closing.h"
 #include "core/files/save_document.h"
 #include "image/picture_rows.h"
@@ -33,6 +35,8 @@ constexpr PassRow kPasses[] = {
     {kRecompressPass, recompress_pass, false},
 };
 
+/// Those that rest on what is seen.
+constexpr unsigned kDrawingPasses = kPrunePass | kRedundancyPass | kDeepPass | kMergePass;
 constexpr unsigned kStatedPasses = kTextPass | kPalettePass | kPrunePass | kRedundancyPass;
 
 // ------------------------------------------------------------------------------------------- what can be
@@ -178,9 +182,16 @@ SupercompressResult supercompress(DocumentWindow& draft, unsigned passes, const 
                                   std::uint64_t now) try {
   const SupercompressOffer offer = supercompress_offer(draft, kStatedPasses);
   if (passes & kMergePass) passes |= kDeepPass;
+  passes &= offer.enabled;
+  if (draft.document.kind == DocumentKind::MING && passes & kDrawingPasses &&
+      has_unplayed_chunks(draft.list)) {
+    if (tell)
+      tell(translated("Chunks such as MOVE, SHOW and MAGN place the images; frames keep their pixels."));
+    passes &= ~kDrawingPasses;
+  }
   const DocumentWindow source{draft.document, draft.list, {}};
   SourceCanvases canvases(source);
-  Supercompression work{draft, tell, host, passes & offer.enabled, canvases};
+  Supercompression work{draft, tell, host, passes, canvases};
   const Progress whole_of_it(host, string_text(StringId::Searching));
   SupercompressResult result{.whole = true};
   for (const PassRow& pass : kPasses) {

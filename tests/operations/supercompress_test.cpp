@@ -178,6 +178,25 @@ TEST(Supercompress, PalettesAndRedundantPixelsAsStated) {
   }
 }
 
+TEST(Supercompress, AnMngSaysWhatItsFramesNeedAndKeepsWhatOtherChunksPlace) {
+  for (const bool moved : {false, true}) {
+    DocumentWindow window = animation_of(DocumentKind::MING, {picture_with(9), picture_with(9)});
+    ChunkRecord header;
+    const std::size_t at = chunk_find_first(window.list, tag::MHDR, &header);
+    header.simplicityProfile = 1;
+    chunk_list_put(window.list, at, header);
+    if (moved) {
+      const std::string nowhere(13, '\0');
+      window.list.insert(at + 1, std::make_shared<ChunkRecord>(testing::record_of(tag::MOVE, nowhere)));
+    }
+    const auto before = window.list.entry(frame_entries(window)[1]).record;
+    run_passes(window, kPrunePass | kRedundancyPass | kDeepPass);
+    chunk_find_first(window.list, tag::MHDR, &header);
+    EXPECT_EQ(window.list.entry(frame_entries(window)[1]).record == before, moved);
+    EXPECT_EQ(header.simplicityProfile & 11, moved ? 1u : 11u) << "framing; transparency";
+  }
+}
+
 TEST(Supercompress, EqualNeighboursBecomeOneFrameThatIsShownAsLong) {
   for (const DocumentKind kind : {DocumentKind::APNG, DocumentKind::MING}) {
     DocumentWindow window = testing::small_document(kind, 3);

@@ -87,6 +87,21 @@ MngCounts count_mng(const DocumentWindow& window) {
   return counts;
 }
 
+bool has_unplayed_chunks(const ChunkList& list) {
+  for (std::size_t i = 0; i < list.size(); ++i)
+    for (const FeatureRow& row : kFeatures)
+      if (row.tag == list.record(i).tag && row.bits & (kStoredObjects | kJng)) return true;
+  return chunk_find_first(list, tag::MAGN) != kNoEntry;
+}
+
+std::uint32_t profile_with_images(std::uint32_t profile, const ChunkList& list) {
+  if (!(profile & kProfileValid)) return profile;
+  const std::uint32_t told = profile & kTransparencyValid ? ~0u : kTransparencyValid - 1u;
+  for (std::size_t i = 0; i < list.size(); ++i)
+    if (list.record(i).tag == tag::PNGI) profile |= profile_of_image(list.record(i)) & told;
+  return profile;
+}
+
 std::size_t loop_partner(const ChunkList& list, std::size_t index) {
   const bool forward = list.record(index).tag == tag::LOOP;
   const ChunkTag own = forward ? tag::LOOP : tag::ENDL;

@@ -15,6 +15,12 @@ struct MngCounts {
 };
 MngCounts count_mng(const DocumentWindow& window);
 
+/// A header's profile that says of the images at least what they are; 0, which says nothing, stays.
+std::uint32_t profile_with_images(std::uint32_t profile, const ChunkList& list);
+
+/// Whether images are moved, shown, copied or made by chunks that playing here passes over.
+bool has_unplayed_chunks(const ChunkList& list);
+
 /// The bits of a simplicity profile: set means that the thing may be there.
 enum MngProfile : std::uint32_t {
   kProfileValid = 1,

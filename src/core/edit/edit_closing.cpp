@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/chunks/mng_counts.h"
 #include "core/model/chunk_layout.h"
 
 namespace vellum {
@@ -13,6 +14,17 @@ void forget_counts(DocumentWindow& window) {
   if (at == kNoEntry) return;
   if ((header.layerCount | header.frameCount | header.playTime | header.simplicityProfile) == 0) return;
   header.layerCount = header.frameCount = header.playTime = header.simplicityProfile = 0;
+  chunk_list_put(window.list, at, header);
+}
+
+/// An image that got a place, a framing or transparency may need more of a decoder than the header says.
+void widen_profile(DocumentWindow& window) {
+  ChunkRecord header;
+  const std::size_t at = chunk_find_first(window.list, tag::MHDR, &header);
+  if (at == kNoEntry) return;
+  const std::uint32_t profile = profile_with_images(header.simplicityProfile, window.list);
+  if (profile == header.simplicityProfile) return;
+  header.simplicityProfile = profile;
   chunk_list_put(window.list, at, header);
 }
 
@@ -35,6 +47,7 @@ bool is_counted(DocumentKind kind, ChunkTag tag) {
 void finish_edit(DocumentWindow& window, bool counted) {
   Document& document = window.document;
   if (counted && document.kind == DocumentKind::MING) forget_counts(window);
+  if (document.kind == DocumentKind::MING) widen_profile(window);
   chunk_list_renumber(window.list, document);
   document_extent(window.list, document);
   drop_unfit_default_image(window);
