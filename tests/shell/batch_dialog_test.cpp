@@ -108,6 +108,22 @@ TEST_F(BatchDialogTest, RunsOverTheSelectedFilesAndAsksWhereSomethingStands) {
     EXPECT_FALSE(std::filesystem::exists(folder_ / "in" / "a.png"));
     EXPECT_EQ(answers_.questions.back().id, StringId::DeleteThisQuestion);
   });
+  // The wizard's command with Shift leads here, too. A place is kept; a folder elsewhere is shown all the
+  // same.
+  answers_.shift = true;
+  in_dialog<BatchDialog>(59, [&](BatchDialog& dialog) {
+    auto* place = dialog.findChild<QComboBox*>("place");
+    EXPECT_EQ(place->currentIndex(), 0);
+    const int home = place->findData(QDir::cleanPath(QDir::homePath()));
+    ASSERT_GT(home, 0);
+    place->setCurrentIndex(home);
+    emit place->activated(home);
+    EXPECT_EQ(dialog.folder(), QDir::cleanPath(QDir::homePath()));
+    EXPECT_EQ(place->currentIndex(), home);
+    EXPECT_EQ(settings::BatchProcessorSpecialFolder, 1);
+    dialog.show_folder(QStringLiteral("/"));
+    EXPECT_EQ(place->currentIndex(), 0);
+  });
 }
 
 }  // namespace

@@ -175,7 +175,7 @@ TEST_F(WizardTest, SettingsFollowAtOnceAndShiftOpensWithOtherValues) {
                 settings::NewAnimationWizardFileThumbnails,
             0);
   EXPECT_EQ(settings::NewAnimationWizardDialogWide, 780);
-  answers_.shift = true;
+  answers_.shift = answers_.control = true;
   in_dialog<WizardDialog>(59, [&](WizardDialog&) {});
   EXPECT_EQ(settings::NewAnimationWizardDelay, 10);
   EXPECT_EQ(settings::NewAnimationWizardLoop, 1);

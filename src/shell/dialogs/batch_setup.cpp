@@ -77,8 +77,8 @@ std::optional<FieldFault> slash_fault(const std::vector<Field>& fields, const Fi
 
 bool edit_batch_settings(Services& services, QWidget* parent) {
   const std::vector<Field> fields = make_fields();
-  FormDialog dialog(QObject::tr("Setup"), QStringLiteral("BATCHPROCESSOR"), fields, setting_values(fields),
-                    services.host, parent);
+  FormDialog dialog(QObject::tr("Setup"), QStringLiteral("BATCHPROCESSOR_SETUP"), fields,
+                    setting_values(fields), services.host, parent);
   dialog.check = [&](const FieldValues& values) {
     const auto fault = check_fields(fields, values);
     return fault ? fault : slash_fault(fields, values);

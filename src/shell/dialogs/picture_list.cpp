@@ -199,9 +199,9 @@ void PictureList::choose() {
 }
 
 void PictureList::paste() {
-  Picture picture = picture_of_image(QGuiApplication::clipboard()->image());
+  const Picture picture = picture_of_image(QGuiApplication::clipboard()->image());
   if (!picture) return services_.host.show(StringId::ClipboardInvalid);
-  add(std::move(picture), {}, text_of(StringId::ImageFromClipboard));
+  add(picture, {}, text_of(StringId::ImageFromClipboard));
 }
 
 void PictureList::remove() {

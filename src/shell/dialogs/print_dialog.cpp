@@ -5,6 +5,7 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPrinterInfo>
+#include <cmath>
 
 #include "exchange/exporter.h"
 #include "shell/look/picture_image.h"
@@ -23,7 +24,7 @@ const Exporter& pdf() { return *find_exporter("print"); }
 void paint_text(QPainter& painter, const PrintedText& text, const QString& family) {
   QFont font(family);
   // The unit is a point, whatever the device has.
-  font.setPixelSize(std::max(1, static_cast<int>(text.points + 0.5)));
+  font.setPixelSize(std::max(1, static_cast<int>(std::lround(text.points))));
   painter.setFont(font);
   const QString line =
       painter.fontMetrics().elidedText(to_qt(text.text), Qt::ElideMiddle, static_cast<int>(text.width));

@@ -23,8 +23,11 @@ std::filesystem::path next_name() {
 
 }  // namespace
 
+/// Shift alone leads to the batch processor; with Ctrl the wizard opens, with other values.
 void wizard_command(MainWindow& main) {
   Services& services = main.services();
+  const auto held = [](const std::function<bool()>& key) { return key && key(); };
+  if (held(services.shift_held) && !held(services.control_held)) return batch_command(main);
   services.host.warn(StringId::WizardWelcome, settings::NewAnimationWizardWelcome);
   WizardDialog dialog(services, &main);
   dialog.build = [](const WizardChoice& choice, DocumentWindow& window, Host& host) {
