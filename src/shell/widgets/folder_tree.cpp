@@ -83,6 +83,13 @@ FolderTree::FolderTree(QWidget* parent) : QTreeView(parent), shown_(new ShownFol
   show_removable(settings::IncludeFloppyDisks != 0);
 }
 
+/// The model goes behind what hears of it.
+FolderTree::~FolderTree() {
+  disconnect(selectionModel(), nullptr, this, nullptr);
+  disconnect(shown_, nullptr, this, nullptr);
+  setModel(nullptr);
+}
+
 void FolderTree::show_removable(bool shown) {
   removable_ = shown ? QStringList() : removable_media();
   show_from(first());

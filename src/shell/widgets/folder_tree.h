@@ -39,6 +39,7 @@ class FolderTree : public QTreeView {
   Q_OBJECT
  public:
   explicit FolderTree(QWidget* parent = nullptr);
+  ~FolderTree() override;
 
   /// Makes it the current one and brings it into view as soon as the folders around it are listed. A tree
   /// that begins at another place begins at the root of the computer then.
