@@ -54,7 +54,7 @@ QString first_line(const std::string& text) { return to_qt(text).section(u'\n', 
 
 ParameterDialog::ParameterDialog(const Parameters& parameters, const DocumentWindow& window,
                                  const std::vector<Field>& more, Services& services, QWidget* parent,
-                                 FieldValues asked)
+                                 const FieldValues& asked)
     : ParameterDialog(parameters, window, services, parent, all_fields(parameters, window, more, asked),
                       asked) {}
 

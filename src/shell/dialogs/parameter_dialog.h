@@ -15,7 +15,7 @@ class ParameterDialog : public FormDialog {
   /// values; fields with a value in `asked` are not shown. Settings, state file and history keep the values
   /// at OK. Call `begin` once all is in place.
   ParameterDialog(const Parameters& parameters, const DocumentWindow& window, const std::vector<Field>& more,
-                  Services& services, QWidget* parent, FieldValues asked = {});
+                  Services& services, QWidget* parent, const FieldValues& asked = {});
 
   const DocumentWindow& window() const { return window_; }
   /// Takes the values of the state file and listens to the form.
