@@ -26,9 +26,9 @@ vellum edit "$work/still.png" "$work/still.png" --insert tRNS@1 --insert bKGD@1 
 # The row of the first entry that a pattern finds.
 row() { "$programs/vellum" list "$work/$1" | sed -n "s/^ *\([0-9]*\): .*$2.*/\1/p" | head -1; }
 
-take() {  # NAME COMMAND FILE [ROW]
+take() {  # NAME COMMAND FILE [ROW [BUTTON]]
   mkdir -p "$(dirname "$pictures/$1.png")"
-  "$programs/vellumcraft" --set WarnWatermark=0 --screenshot "$pictures/$1.png" --show "$2@${4:-0}" "$work/$3"
+  "$programs/vellumcraft" --set WarnWatermark=0 --screenshot "$pictures/$1.png" --show "$2@${4:-0}" --press "${5:-}" "$work/$3"
 }
 
 # The editor of an entry is command 205.
@@ -104,6 +104,19 @@ trim 325
 social 274
 combine 117
 ROWS
+
+# Where documents are looked for: somebody's folder, among so many that the tree shows no others.
+people=${TMPDIR:-/tmp}/anna
+mkdir "$people"
+trap 'rm -rf "$work" "$people"' EXIT
+for name in Apples Badges Banners Bees Birds Bridges Cats City Clouds Cups Drawings Family Ferns Garden Hills Icons Kites Lakes Lamps Maps \
+  Masks Portraits Rain Roads Roofs Sails Signs Snow Stars Trains Trees Wedding Wheat Wildlife Windows Winds Winter Woods; do
+  mkdir -p "$people/Pictures/$name"
+done
+cp "$work/apng.png" "$people/Pictures/Lakes/boat.png"
+cp "$work/framed.png" "$work/still.png" "$work/small.png" "$work/mng.mng" "$work/webp.webp" "$people/Pictures/Lakes"
+printf 'DocumentBrowserPath=%s\n' "$people/Pictures/Lakes" > "$config/Vellumcraft 15.ini"
+take documentbrowser 117 apng.png 0 Add
 
 # Windows that make animations of files: what they held the last time.
 vellum play "$work/apng.png" --png "$work/frames" --steps 60 > "$work/steps"

@@ -1,5 +1,6 @@
 #include "shell/window/screenshot.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
 #include <QEventLoop>
@@ -23,7 +24,18 @@ QWidget* other_window(const QWidget& main) {
   return nullptr;
 }
 
-/// The window of a command, which is then closed; of one that opens none, the main window.
+/// The button that says this, without the mark of its letter and the dots behind it.
+QAbstractButton* button_of(const QWidget& window, const std::string& text) {
+  for (auto* button : window.findChildren<QAbstractButton*>()) {
+    QString said = button->text().remove(QLatin1Char('&'));
+    if (said.endsWith(QLatin1String("..."))) said.chop(3);
+    if (button->isVisible() && said == QString::fromStdString(text)) return button;
+  }
+  return nullptr;
+}
+
+/// The window of a command, which is then closed, or the one that a button of it opens; of a command that
+/// opens none, the main window.
 QPixmap picture_of_command(MainWindow& main, const StartOptions& options) {
   QPixmap picture;
   const auto take = [&] {
@@ -33,7 +45,19 @@ QPixmap picture_of_command(MainWindow& main, const StartOptions& options) {
     auto* dialog = qobject_cast<QDialog*>(window);
     dialog ? dialog->reject() : static_cast<void>(window->close());
   };
-  QTimer::singleShot(kSettledMs, &main, take);
+  const auto press_and_take = [&] {
+    QWidget* window = options.press.empty() ? nullptr : other_window(main);
+    QAbstractButton* button = window ? button_of(*window, options.press) : nullptr;
+    if (!button) return take();
+    QTimer opened;
+    opened.setSingleShot(true);
+    opened.callOnTimeout(take);
+    opened.start(kSettledMs);
+    button->click();  // until the window that it opens is closed
+    if (picture.isNull()) return take();
+    if (auto* dialog = qobject_cast<QDialog*>(window)) dialog->reject();
+  };
+  QTimer::singleShot(kSettledMs, &main, press_and_take);
   main.run(options.show);
   if (picture.isNull()) take();
   if (!picture.isNull()) return picture;

@@ -45,6 +45,8 @@ constexpr OptionRow kOptions[] = {
        if (std::sscanf(value, "%d@%zu", &o.show, &o.row) < 1 || o.show <= 0)
          o.error = translated("--show needs a number of a command");
      }},
+    {"--press", "BUTTON", "with --show: the window that this button of it opens",
+     [](StartOptions& o, const char* value) { o.press = value; }},
     {"--size", "WIDTHxHEIGHT", "with --screenshot: the size of the main window",
      [](StartOptions& o, const char* value) {
        if (std::sscanf(value, "%dx%d", &o.wide, &o.deep) != 2 || std::min(o.wide, o.deep) < 1 ||

@@ -18,6 +18,7 @@ struct StartOptions {
   std::vector<std::filesystem::path> more{};  ///< that a file manager names behind it
   std::filesystem::path screenshot;   ///< where to write a picture of the window; empty: stay and work
   int show = 0;                       ///< number of the command whose window is in the picture; 0: none
+  std::string press{};                ///< what the button says whose window is shown instead
   int wide = 1200, deep = 760;        ///< pixels of the window in the picture
   std::size_t row = 0;                ///< the row that it works on, from 1; 0: as the file was opened
   std::filesystem::path config;       ///< configuration file of this run; empty: the user's
