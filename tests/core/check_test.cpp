@@ -145,7 +145,7 @@ void expect_repaired(const Bytes& file, const testing::ScratchFolder& folder, co
   const auto refused_for = [&](const char* reason) {
     return recorder.messages.front().find(reason) != std::string::npos;
   };
-  EXPECT_TRUE(open_document(window, name, recorder.host) || refused_for("too large together") ||
+  EXPECT_TRUE(open_document(window, name, recorder.host) || refused_for("too large") ||
               refused_for("MaximumDecodedMegabytes"))
       << what << " of " << name << ": " << recorder.messages.front();
 }
