@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "base/parallel.h"
 #include "core/build/frame_stream.h"
