@@ -1,6 +1,8 @@
 #include "image/png_encode.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "base/parallel.h"
 #include "image/deflate.h"
@@ -148,14 +150,16 @@ ChunkHandle store_parts(const Job& job, std::span<const Part> parts) {
   });
 }
 
+constexpr std::uint32_t kBandRows = 8;
+
 /// Rows from all over the image, not those at its borders, where rows have nothing above and pictures are
-/// often plain; all rows of an image that is lower than that. `rows`: of a band.
-Part bands_of(const PngPass& pass, std::uint32_t bands, std::uint32_t rows) {
+/// often plain; all rows of an image that is lower than that.
+Part bands_of(const PngPass& pass, std::uint32_t bands) {
   Part part;
-  if (pass.height < 2 * bands * rows) return {{&pass, 0, pass.height}};
+  if (pass.height < 2 * bands * kBandRows) return {{&pass, 0, pass.height}};
   for (std::uint32_t i = 0; i < bands; ++i) {
     const auto middle = static_cast<std::uint32_t>(std::uint64_t{pass.height} * (2 * i + 1) / (2 * bands));
-    part.push_back({&pass, middle - rows / 2, middle + rows / 2});
+    part.push_back({&pass, middle - kBandRows / 2, middle + kBandRows / 2});
   }
   return part;
 }
@@ -178,7 +182,6 @@ constexpr FilterTrial kSmallTrial{16, kWays, std::size_t{1} << 20};
 /// The filter that makes all rows together smaller than the choice of each row does, or that choice: by
 /// packing some of them quickly. Small images are worth it at the smallest level alone.
 int filter_by_trial(const Job& job, const PngPasses& passes) {
-  constexpr std::uint32_t kBandRows = 8;
   constexpr std::uint64_t kLarge = std::uint64_t{64} << 10;
   constexpr int kQuick = 2;
   const PngFilterChoice& choice = job.choice;
@@ -188,7 +191,7 @@ int filter_by_trial(const Job& job, const PngPasses& passes) {
   if (choice.none_only || !choice.horizontal || !choice.vertical || passes.count != 1 ||
       (!smallest && (!large || pass.height < 2 * trial.bands * kBandRows)))
     return kLeast;
-  const Part bands = bands_of(pass, trial.bands, kBandRows);
+  const Part bands = bands_of(pass, trial.bands);
   const auto packed_bytes = [&](int way) {
     Job one = job;
     one.choice.fixed = way;
@@ -255,11 +258,9 @@ Part whole_image(const PngPasses& passes) {
 }
 
 Part some_bands(const PngPasses& passes) {
-  constexpr std::uint32_t kBandRows = 8, kFrom = 12, kEvery = 32;
   Part bands;
   for (const PngPass& pass : passes)
-    for (std::uint32_t y = std::min(kFrom, pass.height / 2); y < pass.height; y += kEvery)
-      bands.push_back({&pass, y, std::min(y + kBandRows, pass.height)});
+    std::ranges::copy(bands_of(pass, std::max(pass.height / (4 * kBandRows), 1u)), std::back_inserter(bands));
   return bands;
 }
 

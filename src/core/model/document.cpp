@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/limits.h"
 #include "base/string_table.h"
 #include "core/model/chunk_description.h"
 #include "core/model/chunk_layout.h"
@@ -109,8 +108,7 @@ void document_extent(ChunkList& list, Document& document) {
   const auto row = std::ranges::find(kExtents, document.kind, &ExtentRow::kind);
   if (row == std::end(kExtents) || list.empty() || list.record(0).tag != row->header) return;
   const Reach reach = row->reach(list, document);
-  // What the reader would refuse must not come to stand in a header.
-  if (!reach.fits(std::min<std::int64_t>(kind_row(document.kind).mostPixels, kMaximumDimension))) return;
+  if (!reach.fits(kind_row(document.kind).mostPixels)) return;
   update_entry(list, 0, [&](ChunkRecord& header) {
     const auto width = static_cast<std::uint32_t>(reach.width);
     const auto height = static_cast<std::uint32_t>(reach.height);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/limits.h"
 #include "base/text.h"
 #include "image/webp_container.h"
 
@@ -15,7 +16,8 @@ constexpr std::string_view kApngExtensions[] = {".png", ".apng"};
 constexpr std::string_view kMngExtensions[] = {".mng"};
 constexpr std::string_view kWebpExtensions[] = {".webp"};
 constexpr std::string_view kPngSignatureText = "\x89PNG\r\n\x1a\n"sv;
-constexpr std::int64_t kMostPngPixels = 0x7FFFFFFF;  // PNG standard, "IHDR"
+/// The formats have 31 bits for it (PNG standard, "IHDR"), but what readers refuse is not made either.
+constexpr std::int64_t kMostPngPixels = kMaximumDimension;
 
 // Plays: 31 bits in an acTL (a still has none), in a LOOP (MNG 1.0, "LOOP") all ones are for ever, 16 bits in
 // an ANIM.

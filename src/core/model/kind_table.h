@@ -15,7 +15,7 @@ struct KindRow {
   std::span<const std::string_view> extensions;  ///< with their dots; the first is that of new files
   std::size_t signatureAt;                       ///< where in a file the signature lies
   std::string_view signature;
-  std::int64_t mostPixels;  ///< of a canvas in either direction, as the format can tell it
+  std::int64_t mostPixels;  ///< of a canvas in either direction, as format and readers take it
   std::uint32_t mostPlays;  ///< that an animation can tell beside "for ever"
   ChunkTag header;          ///< the record that tells the canvas
 };
