@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <exception>
 #include <mutex>
 #include <thread>
@@ -129,6 +130,68 @@ void parallel_wavefront(std::size_t items, std::size_t steps,
       throw;
     }
   });
+}
+
+namespace {
+
+/// How far both sides of a relay are.
+class Relay {
+ public:
+  using Work = std::function<void(std::size_t)>;
+  Relay(std::size_t steps, std::size_t ahead, const Work& make, const Work& use)
+      : steps_(steps), ahead_(ahead), make_{make}, use_{use} {}
+
+  /// Does what can be done until all is; while another one runs it, both do.
+  void run() {
+    std::unique_lock guard(lock_);
+    while (!stopped_ && use_.done < steps_) {
+      if (!make_.busy && make_.done < steps_ && make_.done - use_.done < ahead_)
+        do_step(make_, guard);
+      else if (!use_.busy && use_.done < make_.done)
+        do_step(use_, guard);
+      else
+        changed_.wait(guard);  // for the other one: alone there is always something to do
+    }
+  }
+
+ private:
+  struct Side {
+    const Work& work;
+    std::size_t done = 0;
+    bool busy = false;
+  };
+
+  void do_step(Side& side, std::unique_lock<std::mutex>& guard) {
+    side.busy = true;
+    const std::size_t step = side.done;
+    guard.unlock();
+    try {
+      side.work(step);
+    } catch (...) {
+      guard.lock();
+      stopped_ = true;
+      changed_.notify_all();
+      throw;
+    }
+    guard.lock();
+    side.busy = false;
+    ++side.done;
+    changed_.notify_all();
+  }
+
+  std::size_t steps_, ahead_;
+  Side make_, use_;
+  bool stopped_ = false;
+  std::mutex lock_;
+  std::condition_variable changed_;
+};
+
+}  // namespace
+
+void parallel_relay(std::size_t steps, std::size_t ahead, const std::function<void(std::size_t)>& make,
+                    const std::function<void(std::size_t)>& use) {
+  Relay relay(steps, ahead, make, use);
+  parallel_for(2, [&](std::size_t) { relay.run(); });
 }
 
 }  // namespace vellum

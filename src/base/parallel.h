@@ -23,6 +23,13 @@ void parallel_jobs(std::size_t count, std::size_t jobs, const std::function<void
 void parallel_wavefront(std::size_t items, std::size_t steps,
                         const std::function<void(std::size_t, std::size_t, std::size_t)>& work);
 
+/// What one makes and another uses: `make(step)` and `use(step)` for every step, each in order and one at a
+/// time, on two cores where there are two. Making is at most `ahead` (1 or more) steps in front of using, and
+/// waits for no particular core: who has nothing to wait for does what comes next. An exception of a call
+/// ends all and is thrown again here.
+void parallel_relay(std::size_t steps, std::size_t ahead, const std::function<void(std::size_t)>& make,
+                    const std::function<void(std::size_t)>& use);
+
 /// How many calls of `parallel_for` can run at the same time.
 std::size_t parallel_width();
 

@@ -35,13 +35,6 @@ void ScratchPages::release_before(std::size_t offset) {
   released_ = end;
 }
 
-void ScratchPages::prepare(const std::function<bool()>& stop) {
-#ifdef MADV_POPULATE_WRITE  // without it pages come when they are written
-  for (std::size_t at = 0; at < size_ && !stop(); at += kReleaseStep)
-    if (madvise(data_ + at, std::min(kReleaseStep, size_ - at), MADV_POPULATE_WRITE) != 0) return;
-#endif
-}
-
 void ScratchPages::release(std::size_t offset, std::size_t bytes) {
   constexpr std::size_t kPage = 4096;
   const std::size_t begin = (offset + kPage - 1) / kPage * kPage;

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 
 namespace vellum {
@@ -22,9 +21,6 @@ class ScratchPages {
   std::span<std::uint8_t> bytes() const { return {data_, size_}; }
   /// The bytes in front of `offset` are not needed any more. Cheap to call often: it acts in large steps.
   void release_before(std::size_t offset);
-  /// Has the system put memory in place, from the front to the end or until `stop` says so, while another
-  /// thread may write there already. What was written stays.
-  void prepare(const std::function<bool()>& stop);
   /// The whole pages inside this range are not needed any more; they would read as zeros again.
   void release(std::size_t offset, std::size_t bytes);
 

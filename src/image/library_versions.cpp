@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include <gif_lib.h>
+#include <isa-l.h>
 #include <jpeglib.h>
 #include <libdeflate.h>
 #include <tbb/version.h>
@@ -37,6 +38,7 @@ std::string jpeg_version() {
 
 std::vector<std::pair<std::string, std::string>> library_versions() {
   return {{"libdeflate", LIBDEFLATE_VERSION_STRING},
+          {"ISA-L", format_text("%d.%d.%d", ISAL_MAJOR_VERSION, ISAL_MINOR_VERSION, ISAL_PATCH_VERSION)},
           {"zlib", zlibVersion()},
           {"libjpeg-turbo", jpeg_version()},
           {"giflib", format_text("%d.%d.%d", GIFLIB_MAJOR, GIFLIB_MINOR, GIFLIB_RELEASE)},

@@ -1,13 +1,12 @@
 #include "image/png_decode.h"
 
-#include <atomic>
 #include <cstring>
 
 #include "base/limits.h"
-#include "base/parallel.h"
 #include "base/scratch_pages.h"
 #include "base/translation.h"
 #include "image/inflate.h"
+#include "image/png_bands.h"
 #include "image/png_filter.h"
 #include "image/png_rows.h"
 
@@ -73,51 +72,6 @@ Scatter scatter_for(std::uint32_t bits) {
 /// size, and fresh pages cost more than the rows that are put on them.
 constexpr std::size_t kKeptScratch = std::size_t{4} << 20;
 
-bool is_worth_two_cores(std::uint64_t filtered_bytes) {
-  return filtered_bytes > kKeptScratch && parallel_width() > 1;
-}
-
-/// The rows of a large image that isn't interlaced: while one core undoes filters, another follows and puts
-/// samples into the picture, whose fresh pages cost it as much as the samples do.
-bool read_rows_on_two_cores(const PngHeader& header, ScratchPages& filtered, Picture& picture) {
-  constexpr std::uint32_t kBand = 32;
-  const RowsOfPicture rows(picture);
-  const PngRowReader read = png_row_reader(header);
-  const std::size_t used = (std::size_t{picture.width()} * picture.bits() + 7) / 8;
-  const auto bytes = static_cast<std::size_t>(png_row_bytes(header, header.width));
-  const std::size_t distance = png_filter_distance(header);
-  const std::vector<std::uint8_t> zeros(bytes + kFilterSlack);
-  std::uint8_t* const first = filtered.bytes().data();
-  const std::uint8_t* prior = zeros.data();
-  std::uint32_t undone = 0;
-  bool sound = true;
-  const auto undo = [&](std::uint32_t end) {
-    while (sound && undone < end) {
-      std::uint8_t* const at = first + undone * (bytes + 1);
-      const std::size_t some = png_unfilter_some(at, header.height - undone, prior, bytes, distance);
-      sound = some > 0;
-      undone += static_cast<std::uint32_t>(some);
-      prior = first + undone * (bytes + 1) - bytes;
-    }
-  };
-  const auto put = [&](std::uint32_t begin, std::uint32_t end) {
-    for (std::uint32_t y = begin; y < end; ++y) {
-      std::uint8_t* row = rows.row(y);
-      read(first + y * (bytes + 1) + 1, row, header.width);
-      std::memset(row + used, 0, rows.stride - used);
-    }
-    // Undoing is ahead by one band at least, and looks at no row in front of that.
-    filtered.release_before(begin * (bytes + 1));
-  };
-  parallel_wavefront(2, (header.height + kBand - 1) / kBand,
-                     [&](std::size_t, std::size_t item, std::size_t step) {
-                       const auto begin = static_cast<std::uint32_t>(step) * kBand;
-                       const std::uint32_t end = std::min(begin + kBand, header.height);
-                       item == 0 ? undo(end) : put(begin, end);
-                     });
-  return sound;
-}
-
 /// Undoes the filters of `filtered` pass by pass and hands each row of samples to `take(pass, y, samples)`.
 template <class Take>
 bool unfilter_rows(const PngHeader& header, ScratchPages& filtered, Take take) {
@@ -142,8 +96,6 @@ bool unfilter_rows(const PngHeader& header, ScratchPages& filtered, Take take) {
 }
 
 bool read_rows(const PngHeader& header, ScratchPages& filtered, Picture& picture) {
-  if (is_worth_two_cores(png_filtered_bytes(header)))
-    return read_rows_on_two_cores(header, filtered, picture);
   const RowsOfPicture rows(picture);
   const PngRowReader read = png_row_reader(header);
   const std::size_t used = (std::size_t{picture.width()} * picture.bits() + 7) / 8;
@@ -173,27 +125,9 @@ ScratchPages& scratch_for(std::size_t bytes, std::optional<ScratchPages>& own) {
   return *kept;
 }
 
-/// Inflating alone keeps one core busy; another gets the pages that it fills ready meanwhile, where the
-/// stream is long enough to fill them.
-std::optional<std::size_t> inflate_rows(Bytes stream, ScratchPages& filtered, std::size_t bytes,
-                                        bool& exact) {
-  constexpr std::size_t kUsualRatio = 64;
-  const auto inflate = [&] { return inflate_into(stream, filtered.bytes().first(bytes), &exact); };
-  if (!is_worth_two_cores(bytes) || bytes / kUsualRatio > stream.size()) return inflate();
-  std::optional<std::size_t> inflated;
-  std::atomic<bool> done = false;
-  parallel_for(2, [&](std::size_t task) {
-    if (task == 1) return filtered.prepare([&] { return done.load(); });
-    inflated = inflate();
-    done = true;
-  });
-  return inflated;
-}
-
 const char* too_large() { return translated("the image is too large"); }
 const char* too_short() { return translated("there is not enough image data"); }
 constexpr const char* kBadFilter = "a row has a filter type that does not exist";
-constexpr std::uint8_t kLastFilter = 4;
 
 PngDecoded failure(const char* reason, bool limit = false) {
   return {{}, translated(reason), false, limit, false};
@@ -218,7 +152,7 @@ const char* check_rows(const PngHeader& header, const Palette& palette, ScratchP
   for (const PngPass& pass : png_passes(header)) {
     const auto bytes = static_cast<std::size_t>(png_row_bytes(header, pass.width));
     for (std::uint32_t y = 0; y < pass.height; ++y, at += bytes + 1)
-      if (at[0] > kLastFilter) return kBadFilter;
+      if (at[0] > kLastPngFilter) return kBadFilter;
   }
   const std::uint32_t bits = png_picture_bits(header);
   picture = PictureCreateHeaderOnly(header.width, header.height, &palette, bits);
@@ -240,9 +174,9 @@ PngDecoded refusal(const PngHeader& header, std::span<const Bytes> data) {
   return {};
 }
 
+/// The way that takes any stream, of a header and length that aren't refused.
 PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
                       PngShortData short_data, TakeRows take) {
-  if (PngDecoded refused = refusal(header, data); refused.reason) return refused;
   const std::uint64_t filtered_bytes = png_filtered_bytes(header);
   std::vector<std::uint8_t> joined;
   const Bytes stream = in_one_piece(data, joined);
@@ -250,7 +184,8 @@ PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, cons
   ScratchPages& filtered = scratch_for(static_cast<std::size_t>(filtered_bytes) + kFilterSlack, own);
   if (!filtered) return failure(translated("memory is exhausted"), true);
   bool exact = false;
-  const auto inflated = inflate_rows(stream, filtered, static_cast<std::size_t>(filtered_bytes), exact);
+  const auto inflated =
+      inflate_into(stream, filtered.bytes().first(static_cast<std::size_t>(filtered_bytes)), &exact);
   if (!inflated) return failure(translated("the image data is damaged"));
   const bool is_short = *inflated < filtered_bytes;
   if (is_short && (short_data == PngShortData::Fault || *inflated == 0)) return failure(too_short());
@@ -266,11 +201,19 @@ PngDecoded read_image(const PngHeader& header, std::span<const Bytes> data, cons
 
 PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
                       PngShortData short_data) {
+  if (const PngDecoded refused = refusal(header, data); refused.reason) return refused;
+  if (png_goes_in_bands(header))
+    if (Picture picture = png_decode_in_bands(header, data, palette))
+      return {std::move(picture), nullptr, false, false, true};
   return read_image(header, data, palette, short_data, make_picture);
 }
 
 PngDecoded png_check(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
                      PngShortData short_data) {
+  PngDecoded expected = png_expect(header, data, palette);
+  if (expected.reason) return expected;
+  expected.exact = png_goes_in_bands(header) && png_check_in_bands(header, data);
+  if (expected.exact) return expected;
   return read_image(header, data, palette, short_data, check_rows);
 }
 

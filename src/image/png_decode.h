@@ -28,8 +28,8 @@ enum class PngShortData {
 /// png_picture_bits(header): samples of 16 bits are cut to their high byte, 2 bits come out as 8 with the
 /// values 0 to 3, rows go bottom-up, trailing bits of a row are 0.
 ///
-/// Memory: the picture, the joined stream where there are several payloads, and the filtered rows that are
-/// not yet undone; all after the lengths were checked.
+/// Memory: the picture, and of a small or damaged image the joined stream, where there are several payloads,
+/// and the filtered rows that are not yet undone; all after the lengths were checked.
 PngDecoded png_decode(const PngHeader& header, std::span<const std::span<const std::uint8_t>> data,
                       const Palette& palette, PngShortData short_data = PngShortData::Fault);
 

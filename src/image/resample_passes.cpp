@@ -22,15 +22,25 @@ namespace {
 /// blocks of both forms.
 constexpr std::size_t kTile = 512;
 
+/// Where the rows of a picture lie, from the top, without asking it for each.
+struct SourceRows {
+  SourceRows(const Picture& picture)
+      : top(picture.row(0)),
+        stride(picture.stride()),
+        bytes(std::size_t{picture.width()} * picture.bits() / 8) {}
+  const std::uint8_t* row(std::size_t y) const { return top - y * stride; }
+
+  const std::uint8_t* top;
+  std::size_t stride, bytes;
+};
+
 /// Target rows `top` to `end` of a pass that changes the height.
 struct DownJob {
-  const Picture& source;
+  SourceRows source;
   const FastAxis& axis;
   std::uint32_t top, end;
   std::uint8_t* out;
   std::ptrdiff_t stride;  ///< from a row of `out` to the next
-
-  std::size_t bytes() const { return std::size_t{source.width()} * source.bits() / 8; }
 };
 
 /// Rows of a tile as values; a row is converted once for all sums that need it.
@@ -44,7 +54,8 @@ class TileRows {
   void forget() { std::ranges::fill(held_, kNothing); }
 
   template <class Form>
-  VELLUM_INLINE const float* row(const Picture& source, std::uint32_t y, std::size_t at, std::size_t count) {
+  VELLUM_INLINE const float* row(const SourceRows& source, std::uint32_t y, std::size_t at,
+                                 std::size_t count) {
     const std::size_t slot = y & (slots_ - 1);
     float* values = &values_[slot * kTile];
     if (held_[slot] == y) return values;
@@ -150,7 +161,7 @@ VELLUM_AVX2 void filter_tile_avx2(const DownJob& job, TileRows& rows, std::size_
 template <class Form>
 void filter_down(const DownJob& job, TileRows& rows) {
   const auto filter = has_avx2() ? filter_tile_avx2<Form> : filter_tile_plain<Form>;
-  const std::size_t bytes = job.bytes();
+  const std::size_t bytes = job.source.bytes;
   for (std::size_t at = 0; at < bytes; at += kTile) {
     rows.forget();
     filter(job, rows, at, std::min(kTile, bytes - at));
@@ -323,14 +334,15 @@ Picture down_first(const Picture& source, const FastAxis& across, const FastAxis
   Picture result = create_rows(across.size(), down.size(), nullptr, source.bits());
   if (!result) return {};
   const EditRows rows(result);
-  const std::size_t bytes = std::size_t{source.width()} * Form::kChannels;
+  const SourceRows from(source);
+  const std::size_t bytes = from.bytes;
   for_each_part(down.size(), [&](std::uint32_t top, std::uint32_t end) {
     TileRows tile_rows(down.longest);
     Strip strip(source.width(), Form::kChannels);
     std::vector<std::uint8_t> band(bytes * kBandRows);
     for (std::uint32_t y = top; y < end; y += kBandRows) {
       const std::uint32_t band_end = std::min(end, y + kBandRows);
-      filter_down<Form>({source, down, y, band_end, band.data(), static_cast<std::ptrdiff_t>(bytes)},
+      filter_down<Form>({from, down, y, band_end, band.data(), static_cast<std::ptrdiff_t>(bytes)},
                         tile_rows);
       filter_across<Form>(
           across, strip, bytes, y, band_end, [&](std::uint32_t at) { return &band[bytes * (at - y)]; }, rows);
@@ -345,11 +357,11 @@ Picture across_first(const Picture& source, const FastAxis& across, const FastAx
   Picture result = create_rows(across.size(), down.size(), nullptr, source.bits());
   if (!between || !result) return {};
   const EditRows between_rows(between), rows(result);
+  const SourceRows from(source);
   for_each_part(source.height(), [&](std::uint32_t top, std::uint32_t end) {
     Strip strip(source.width(), Form::kChannels);
     filter_across<Form>(
-        across, strip, std::size_t{source.width()} * Form::kChannels, top, end,
-        [&](std::uint32_t y) { return source.row(y); }, between_rows);
+        across, strip, from.bytes, top, end, [&](std::uint32_t y) { return from.row(y); }, between_rows);
   });
   for_each_part(down.size(), [&](std::uint32_t top, std::uint32_t end) {
     TileRows tile_rows(down.longest);

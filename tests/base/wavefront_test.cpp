@@ -1,6 +1,8 @@
-// Items that follow each other at a distance, as rows do whose errors or filters need the row in front.
+// Work whose parts wait for each other: items that follow each other at a distance, as rows do whose errors
+// or filters need the row in front, and what one side makes and the other uses.
 #include <atomic>
 #include <stdexcept>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -41,6 +43,44 @@ TEST(Wavefront, NothingToDoIsNothingDone) {
   parallel_wavefront(0, 5, note);
   parallel_wavefront(5, 0, note);
   EXPECT_FALSE(called);
+}
+
+TEST(Relay, EachStepIsUsedInOrderAndMakingIsNotTooFarAhead) {
+  for (const std::size_t ahead : {1u, 2u, 5u})
+    for (const std::size_t steps : {0u, 1u, 7u, 300u}) {
+      // Plain values again.
+      std::vector<std::size_t> ring(ahead + 1);
+      std::size_t made = 0, used = 0, wrong = 0;
+      parallel_relay(
+          steps, ahead,
+          [&](std::size_t step) {
+            wrong += step != made++;
+            ring[step % ring.size()] = step * step;
+          },
+          [&](std::size_t step) {
+            wrong += step != used++ || ring[step % ring.size()] != step * step;
+            // The one in front of it is still there.
+            if (step > 0) wrong += ring[(step - 1) % ring.size()] != (step - 1) * (step - 1);
+          });
+      EXPECT_EQ(std::tuple(made, used, wrong), std::tuple(steps, steps, std::size_t{0}));
+    }
+}
+
+TEST(Relay, AnExceptionOfEitherSideEndsBothAndOnesInsideOthersComeToTheirEnd) {
+  for (const bool making : {false, true}) {
+    const auto fail = [](std::size_t step) {
+      if (step == 9) throw std::runtime_error("stopped");
+    };
+    const auto good = [](std::size_t) {};
+    EXPECT_THROW(making ? parallel_relay(100, 2, fail, good) : parallel_relay(100, 2, good, fail),
+                 std::runtime_error);
+  }
+  std::atomic<int> used = 0;
+  parallel_for(20, [&](std::size_t) {
+    parallel_relay(
+        50, 2, [](std::size_t) {}, [&](std::size_t) { ++used; });
+  });
+  EXPECT_EQ(used, 1000);
 }
 
 }  // namespace

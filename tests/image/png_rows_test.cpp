@@ -205,14 +205,18 @@ TEST(PngRows, LibpngReadsWhatWeEncodeAndHasChosenTheSameFilters) {
   }
 }
 
-TEST(PngRows, LargeImagesThatAreReadOnTwoCoresHoldEachSample) {
+TEST(PngRows, LargeImagesThatAreReadInBandsHoldEachSample) {
   for (const std::uint8_t type : {2, 6}) {
     const PngHeader header = header_of({type, 8, 0, 1401, 1203});
     const auto rows = sample_rows(header, 3);
     const Bytes stream = joined_image_data(written_by_libpng(header, rows));
-    const std::span<const std::uint8_t> pieces[] = {stream};
-    const Picture picture = png_decode(header, pieces, Palette{}).picture;
-    ASSERT_TRUE(picture);
+    // Chunks of odd lengths, some of them empty.
+    std::vector<std::span<const std::uint8_t>> pieces;
+    for (std::size_t at = 0, length = 0; at < stream.size(); at += length, length = 7 * length + 1)
+      pieces.push_back(std::span(stream).subspan(at, length = std::min(length, stream.size() - at)));
+    const PngDecoded decoded = png_decode(header, pieces, Palette{});
+    const Picture& picture = decoded.picture;
+    ASSERT_TRUE(picture && decoded.exact && png_check(header, pieces, Palette{}).exact);
     const unsigned channels = png_samples(type);
     for (std::uint32_t y = 0; y < header.height; ++y)
       for (std::uint32_t x = 0; x < header.width; ++x)
@@ -283,40 +287,66 @@ TEST(PngFilter, EveryTypeAndPixelSizeIsUndoneByTheFormulaOfTheStandard) {
   EXPECT_FALSE(png_unfilter(5, row, row, 4, 4));
 }
 
-TEST(PngDecode, DamagedAndShortData) {
-  const PngHeader header{8, 8, 8, 2, 0, 0, 0};
-  const Picture picture = PictureCreateFilled(8, 8, 0x123456);
-  const Bytes whole = png_encode(header, picture, 9);
+/// Images of a few rows and of several bands.
+class PngDecodeOf : public ::testing::TestWithParam<std::uint32_t> {};
+
+TEST_P(PngDecodeOf, DamagedAndShortData) {
+  const std::uint32_t side = GetParam();
+  const PngHeader header{side, side, 8, 2, 0, 0, 0};
+  Picture picture = PictureCreateFilled(side, side, 0x123456);
+  std::mt19937 random(4);  // without noise a large one packs as small as nothing else
+  for (std::uint32_t i = 0; i < side * side / 16; ++i)
+    PicturePutPixel(picture, random() % (side / 2), random() % (side / 2), random() & 0xFFFFFF);
+  const Bytes whole = png_encode(header, picture, 3);
   const Palette palette{};
   const auto decode = [&](const Bytes& stream, PngShortData mode = PngShortData::Fault) {
     const std::span<const std::uint8_t> pieces[] = {stream};
-    return png_decode(header, pieces, palette, mode);
+    const PngDecoded checked = png_check(header, pieces, palette, mode);
+    PngDecoded decoded = png_decode(header, pieces, palette, mode);
+    EXPECT_EQ(static_cast<bool>(checked.picture), static_cast<bool>(decoded.picture));
+    EXPECT_EQ(checked.exact, decoded.exact);
+    EXPECT_EQ(checked.reason, decoded.reason);
+    return decoded;
   };
-  EXPECT_TRUE(decode(whole).picture);
-  Bytes longer(whole);
-  longer.insert(longer.end(), {1, 2, 3});
-  EXPECT_TRUE(decode(longer).picture) << "bytes behind the stream are not looked at";
-  Bytes wrong_check(whole);
-  wrong_check.back() ^= 1;
-  EXPECT_FALSE(decode(wrong_check).picture);
+  EXPECT_TRUE(decode(whole).picture && decode(whole).exact);
+  for (const std::size_t more : {1, 4, 7, 8, 9, 16, 100}) {
+    Bytes longer(whole);
+    longer.resize(whole.size() + more, 3);
+    EXPECT_TRUE(decode(longer).picture) << "bytes behind the stream are not looked at";
+    EXPECT_FALSE(decode(longer).exact) << more;
+  }
+  for (std::size_t i = 1; i <= 4; ++i) {
+    Bytes wrong_check(whole);
+    wrong_check[whole.size() - i] ^= 1;
+    EXPECT_FALSE(decode(wrong_check).picture);
+    EXPECT_FALSE(decode(Bytes(whole.begin(), whole.end() - static_cast<std::ptrdiff_t>(i))).exact);
+  }
   EXPECT_FALSE(decode(Bytes(whole.begin(), whole.end() - 6)).picture);
   EXPECT_FALSE(decode({}).picture);
+  // A filter that doesn't exist, in the last row.
+  Bytes rows(png_filtered_bytes(header));
+  rows[(side - 1) * (rows.size() / side)] = 5;
+  EXPECT_FALSE(decode(deflate_bytes(rows, 6)).picture);
   PngHeader tall = header;
-  tall.height = 16;
+  tall.height = 2 * side;
   const std::span<const std::uint8_t> pieces[] = {whole};
   EXPECT_FALSE(png_decode(tall, pieces, palette).picture);
   const PngDecoded half = png_decode(tall, pieces, palette, PngShortData::Zeros);
   ASSERT_TRUE(half.picture && half.isShort);
-  EXPECT_EQ(PictureGetPixel(half.picture, 7, 7), 0x123456u);
-  EXPECT_EQ(PictureGetPixel(half.picture, 7, 8), 0u);
+  EXPECT_EQ(PictureGetPixel(half.picture, side - 1, side - 1), 0x123456u);
+  EXPECT_EQ(PictureGetPixel(half.picture, side - 1, side), 0u);
   // More content than the header asks for: what is complete counts.
   PngHeader flat = header;
-  flat.height = 4;
-  EXPECT_TRUE(png_decode(flat, pieces, palette).picture);
+  flat.height = side / 2;
+  const PngDecoded upper = png_decode(flat, pieces, palette);
+  ASSERT_TRUE(upper.picture && !upper.exact);
+  EXPECT_EQ(PictureGetPixel(upper.picture, side - 1, side / 2 - 1), 0x123456u);
   // A header that promises far more than the stream can hold takes no memory.
   const PngHeader bomb{1'000'000, 1'000'000, 8, 0, 0, 0, 0};
   EXPECT_FALSE(png_decode(bomb, pieces, palette).picture);
 }
+
+INSTANTIATE_TEST_SUITE_P(Sides, PngDecodeOf, ::testing::Values(8, 1800), ::testing::PrintToStringParamName());
 
 TEST(Deflate, PiecesJoinToOneStreamAtEveryLevel) {
   std::mt19937 random(5);

@@ -1,0 +1,24 @@
+// Large images of PNG and its family, decoded band by band: one core inflates while another undoes filters
+// and puts samples in place. Nothing but the picture is as large as the image.
+#pragma once
+
+#include <span>
+
+#include "image/picture.h"
+#include "image/png_header.h"
+
+namespace vellum {
+
+using PngPieces = std::span<const std::span<const std::uint8_t>>;
+
+/// Whether an image is large enough to be worth it, and has rows in order, several to a band.
+bool png_goes_in_bands(const PngHeader& header);
+
+/// The picture of a stream that holds this image and not a byte more; null for any other, and where memory is
+/// exhausted: `png_decode` says why. For headers that it would take.
+Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palette& palette);
+
+/// Whether the picture would be there, without making it.
+bool png_check_in_bands(const PngHeader& header, PngPieces data);
+
+}  // namespace vellum
