@@ -2,6 +2,7 @@
 #include <charconv>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <set>
@@ -65,8 +66,12 @@ bool read_list(const std::string& name, std::vector<std::string>& paths) {
   std::ifstream file;
   if (name != "-") file.open(name);
   std::istream& list = name == "-" ? std::cin : file;
-  for (std::string line; std::getline(list, line);)
+  for (std::string line; std::getline(list, line);) {
+    // A list made on another system ends its lines with two characters.
+    std::error_code none;
+    if (line.ends_with('\r') && !std::filesystem::exists(line, none)) line.pop_back();
     if (!line.empty()) paths.push_back(line);
+  }
   return list.eof() && !list.bad()
              ? true
              : wrong_usage(translated("the list ") + name + translated(" can't be read"));

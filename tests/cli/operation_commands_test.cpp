@@ -229,6 +229,11 @@ TEST(BatchCommand, ShardsReportsAndResumedRunsAreTogetherOneRun) {
   // What the first shard did is left out: the two others are written, and the rest stands already.
   const auto resumed = batch("parts", {"reverse", "--resume", one, "--overwrite", "skip"});
   EXPECT_EQ(std::ranges::count(resumed.output, '\n'), 3) << resumed.output;
+  const std::string in = folder / "in";
+  const auto list = report("list.txt", in + "/1.png\r\n\r\n" + in + "/3.png\n");
+  const auto listed = batch("", {"reverse", "--list", list, "--dest", folder / "listed"});
+  EXPECT_EQ(listed.status, 0) << listed.output;
+  EXPECT_TRUE(std::filesystem::exists(folder / "listed" / "Reverse_1.png"));
   for (const std::vector<std::string>& wrong :
        std::vector<std::vector<std::string>>{{"reverse", "--shard", "3/2"},
                                              {"reverse", "--prefix", "a/b"},
