@@ -27,7 +27,8 @@ namespace {
 
 constexpr QSize kFirstSize(860, 560), kLeastSize(560, 360);
 constexpr int kNumberRole = Qt::UserRole + 1;
-constexpr int kLeastTree = 140, kFirstTree = 240, kLeastRow = 32, kMostRow = 256, kRefreshRest = 300;
+constexpr int kLeastTree = 140, kFirstTree = 240, kLeastFiles = 320, kLeastRow = 32, kMostRow = 256,
+              kRefreshRest = 300;
 
 QString first_folder() {
   const QString kept = to_qt(settings::BatchProcessorPath);
@@ -327,10 +328,10 @@ void BatchDialog::fill_menu(QMenu& menu) {
       ->setEnabled(!selected.isEmpty());
 }
 
-/// Where the screen is small the files keep most of it.
+/// Where the screen is small the files keep their room.
 void BatchDialog::resizeEvent(QResizeEvent* event) {
   QDialog::resizeEvent(event);
-  const int across = panes_->width(), most = std::max(across * 2 / 5, kLeastTree);
+  const int across = panes_->width(), most = std::max(across - kLeastFiles, kLeastTree);
   if (panes_->sizes().at(0) > most) panes_->setSizes({most, across - most});
 }
 
