@@ -61,7 +61,7 @@ def saves(options, program, top):
     counts = {"old": 0, "new": 0, "neither": 0, "left": 0, "not swept": 0}
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         def one(number):
-            return killed_save(program, top, number, old, 1.2 * seconds, random.Random(f"{options.seed} {number}"))
+            return killed_save(program, top, number, old, 2 * seconds, random.Random(f"{options.seed} {number}"))
         for folder, _, left in pool.map(one, range(options.saves)):
             content = (folder / "t.png").read_bytes()
             counts["old" if content == old else "new" if content == new else "neither"] += 1
