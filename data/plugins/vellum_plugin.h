@@ -1,8 +1,9 @@
 /* Vellumcraft: the interface of animation plugins.
  *
  * A plugin is a shared library that exports the two functions below. It makes pictures; the program makes the
- * document. Its file is named QDXPL*_x64*.so and lies in the folder "plugin" beside the program, or in
- * lib/vellumcraft/plugin of the installation, which nobody but its owner may write to.
+ * document. Its file is named QDXPL*_x64*.so and lies in the folder "plugin" beside the program, in
+ * lib/vellumcraft/plugin of the installation, or in the person's own $XDG_DATA_HOME/Tarnwick/Animation
+ * Plugins; nobody but its owner may write to the folder and the file.
  *
  * All calls come on the program's main thread, and the callback may be called from nowhere else, and only
  * while PLUGIN15DoBuild runs. Records lie in memory as they stand here on every 64-bit machine; all numbers
