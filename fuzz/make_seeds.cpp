@@ -215,6 +215,10 @@ void make_playing_and_pictures(const fs::path& seeds) {
               std::string{writer} + std::string(text_of(testing::file_bytes(file))));
     }
   }
+  std::string rows(2000, 0);
+  for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = static_cast<char>(i * i >> 3);
+  for (char form = 0; form < 11; ++form)
+    write(seeds / "bands" / std::to_string(form), std::string{form, 20, 30, 3, 6, 0, 0, 7} + rows);
   write(seeds / "dialog_state/lines",
         "DlgItem_000001=CHKB,1\nDlgItem_000012=TEDT,two\\nlines\r\nDlgItem_-1=SPNF,0.50\n");
   for (std::size_t row = 0; row < operation_table().size(); ++row) {

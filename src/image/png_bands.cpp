@@ -16,16 +16,15 @@ namespace {
 
 /// Images from here on don't fit into the caches of a core.
 constexpr std::uint64_t kLarge = std::uint64_t{4} << 20;
-constexpr std::size_t kBandBytes = std::size_t{512} << 10;
 constexpr std::size_t kAhead = 2;
 
 /// Rows of an image as they are filtered, in bands that take turns in a few slots.
 class Bands {
  public:
-  explicit Bands(const PngHeader& header)
+  Bands(const PngHeader& header, std::size_t band_bytes)
       : height_(header.height),
         line_(static_cast<std::size_t>(png_row_bytes(header, header.width)) + 1),
-        rows_(static_cast<std::uint32_t>(std::clamp<std::size_t>(kBandBytes / line_, 1, height_))) {
+        rows_(static_cast<std::uint32_t>(std::clamp<std::size_t>(band_bytes / line_, 1, height_))) {
     for (auto& slot : slots_) slot.resize(rows_ * line_ + kFilterSlack);
   }
 
@@ -71,10 +70,11 @@ bool read_bands(Bands& bands, PngPieces data, const Use& use) {
 
 bool png_goes_in_bands(const PngHeader& header) {
   return !header.interlace && png_filtered_bytes(header) > kLarge &&
-         png_row_bytes(header, header.width) < kBandBytes;
+         png_row_bytes(header, header.width) < kPngBandBytes;
 }
 
-Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palette& palette) {
+Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palette& palette,
+                            std::size_t band_bytes) {
   Picture picture =
       PictureCreateForOverwrite(header.width, header.height, &palette, png_picture_bits(header));
   if (!picture) return {};
@@ -83,7 +83,7 @@ Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palet
   const std::size_t used = (std::size_t{picture.width()} * picture.bits() + 7) / 8;
   const PngRowReader read = png_row_reader(header);
   const std::size_t distance = png_filter_distance(header);
-  Bands bands(header);
+  Bands bands(header, band_bytes);
   const std::size_t line = bands.line();
   const std::vector<std::uint8_t> zeros(line + kFilterSlack);
   const std::uint8_t* prior = zeros.data();
@@ -104,8 +104,8 @@ Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palet
   return sound ? picture : Picture();
 }
 
-bool png_check_in_bands(const PngHeader& header, PngPieces data) {
-  Bands bands(header);
+bool png_check_in_bands(const PngHeader& header, PngPieces data, std::size_t band_bytes) {
+  Bands bands(header, band_bytes);
   return read_bands(bands, data, [&](std::size_t band) {
     const std::uint8_t* at = bands.first(band);
     for (std::uint32_t i = 0; i < bands.rows(band); ++i, at += bands.line())

@@ -14,11 +14,15 @@ using PngPieces = std::span<const std::span<const std::uint8_t>>;
 /// Whether an image is large enough to be worth it, and has rows in order, several to a band.
 bool png_goes_in_bands(const PngHeader& header);
 
+/// Bytes of filtered rows in a band.
+inline constexpr std::size_t kPngBandBytes = std::size_t{512} << 10;
+
 /// The picture of a stream that holds this image and not a byte more; null for any other, and where memory is
-/// exhausted: `png_decode` says why. For headers that it would take.
-Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palette& palette);
+/// exhausted: `png_decode` says why. For headers that it would take, without interlacing.
+Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palette& palette,
+                            std::size_t band_bytes = kPngBandBytes);
 
 /// Whether the picture would be there, without making it.
-bool png_check_in_bands(const PngHeader& header, PngPieces data);
+bool png_check_in_bands(const PngHeader& header, PngPieces data, std::size_t band_bytes = kPngBandBytes);
 
 }  // namespace vellum
