@@ -4,16 +4,19 @@
 
 #include <QCheckBox>
 #include <QDir>
+#include <QPushButton>
 #include <QTreeWidget>
 #include <fstream>
 
 #include "batch/settings.h"
+#include "configuration/setting_table.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
 #include "operations/frames.h"
 #include "shell/dialogs/batch_progress.h"
 #include "shell/dialogs/operation_dialog.h"
 #include "shell/dialogs/overwrite_prompt.h"
+#include "shell/forms/form_dialog.h"
 #include "shell/look/text.h"
 #include "shell_fixture.h"
 
@@ -43,6 +46,7 @@ class BatchDialogTest : public DialogTest {
     QObject::connect(&machine_, &QTimer::timeout, [this] {
       QWidget* top = QApplication::activeModalWidget();
       if (auto* operation = qobject_cast<OperationDialog*>(top)) return operation->accept();
+      if (auto* setup = qobject_cast<FormDialog*>(top)) return setup->accept();
       if (auto* prompt = qobject_cast<OverwritePrompt*>(top)) {
         expect_presentable(*prompt);
         ++prompts_;
@@ -74,6 +78,14 @@ class BatchDialogTest : public DialogTest {
     return results;
   }
   QStringList out() const { return QDir(path_text(folder_ / "out")).entryList(QDir::Files, QDir::Name); }
+
+  /// All settings.
+  static std::vector<std::string> settings_now() {
+    std::vector<std::string> values;
+    for (const SettingRow& row : setting_table())
+      values.push_back(row.text ? *row.text : std::to_string(*row.number));
+    return values;
+  }
 
   QTimer machine_;
   OverwriteAnswer answer_ = OverwriteAnswer::Skip;
@@ -107,6 +119,11 @@ TEST_F(BatchDialogTest, RunsOverTheSelectedFilesAndAsksWhereSomethingStands) {
     dialog.delete_selected(true);
     EXPECT_FALSE(std::filesystem::exists(folder_ / "in" / "a.png"));
     EXPECT_EQ(answers_.questions.back().id, StringId::DeleteThisQuestion);
+    const auto kept = settings_now();
+    machine_.start(5);
+    dialog.findChild<QPushButton*>("setup")->click();
+    machine_.stop();
+    EXPECT_EQ(settings_now(), kept) << "what nobody changed stays";
   });
   // The wizard's command with Shift leads here, too. A place is kept; a folder elsewhere is shown all the
   // same.

@@ -144,6 +144,7 @@ void BatchDialog::make_controls(QVBoxLayout& layout) {
   process_->setCurrentIndex(std::clamp(settings::BatchProcessorProcess, 0, process_->count() - 1));
   process_->setObjectName(QStringLiteral("process"));
   auto* setup = new QPushButton(tr("Set&up..."), this);
+  setup->setObjectName(QStringLiteral("setup"));
   setup->setAutoDefault(false);
   connect(setup, &QPushButton::clicked, this, [this] { edit_batch_settings(services_, this); });
   top->addWidget(label);

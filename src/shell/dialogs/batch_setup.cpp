@@ -48,6 +48,7 @@ std::vector<Field> make_fields() {
       {.name = "matt",
        .label = "Thumbnail matt",
        .type = FieldType::Color,
+       .most = 0xFFFFFF,
        .page = kSettings,
        .setting = &BatchProcessorMatt},
       prefix("caption", "Caption prefix", BPPrefixCaption),
