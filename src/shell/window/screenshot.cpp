@@ -24,14 +24,18 @@ QWidget* other_window(const QWidget& main) {
   return nullptr;
 }
 
-/// The button that says this, without the mark of its letter and the dots behind it.
+/// The button that says this, without the mark of its letter and the dots behind it; of several one that is
+/// seen, else one on a page that is not in front.
 QAbstractButton* button_of(const QWidget& window, const std::string& text) {
+  QAbstractButton* hidden = nullptr;
   for (auto* button : window.findChildren<QAbstractButton*>()) {
     QString said = button->text().remove(QLatin1Char('&'));
     if (said.endsWith(QLatin1String("..."))) said.chop(3);
-    if (button->isVisible() && said == QString::fromStdString(text)) return button;
+    if (said != QString::fromStdString(text)) continue;
+    if (button->isVisible()) return button;
+    if (!hidden) hidden = button;
   }
-  return nullptr;
+  return hidden;
 }
 
 /// The window of a command, which is then closed, or the one that a button of it opens; of a command that
