@@ -104,14 +104,4 @@ Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palet
   return sound ? picture : Picture();
 }
 
-bool png_check_in_bands(const PngHeader& header, PngPieces data, std::size_t band_bytes) {
-  Bands bands(header, band_bytes);
-  return read_bands(bands, data, [&](std::size_t band) {
-    const std::uint8_t* at = bands.first(band);
-    for (std::uint32_t i = 0; i < bands.rows(band); ++i, at += bands.line())
-      if (*at > kLastPngFilter) return false;
-    return true;
-  });
-}
-
 }  // namespace vellum

@@ -18,11 +18,9 @@ bool png_goes_in_bands(const PngHeader& header);
 inline constexpr std::size_t kPngBandBytes = std::size_t{512} << 10;
 
 /// The picture of a stream that holds this image and not a byte more; null for any other, and where memory is
-/// exhausted: `png_decode` says why. For headers that it would take, without interlacing.
+/// exhausted: `png_decode` says why. For headers that it would take, without interlacing. A stream whose
+/// codes are sparser than RFC 1951 allows gives its picture here, where other readers refuse it.
 Picture png_decode_in_bands(const PngHeader& header, PngPieces data, const Palette& palette,
                             std::size_t band_bytes = kPngBandBytes);
-
-/// Whether the picture would be there, without making it.
-bool png_check_in_bands(const PngHeader& header, PngPieces data, std::size_t band_bytes = kPngBandBytes);
 
 }  // namespace vellum

@@ -128,6 +128,7 @@ ScratchPages& scratch_for(std::size_t bytes, std::optional<ScratchPages>& own) {
 const char* too_large() { return translated("the image is too large"); }
 const char* too_short() { return translated("there is not enough image data"); }
 constexpr const char* kBadFilter = "a row has a filter type that does not exist";
+constexpr std::uint8_t kLastFilter = 4;
 
 PngDecoded failure(const char* reason, bool limit = false) {
   return {{}, translated(reason), false, limit, false};
@@ -152,7 +153,7 @@ const char* check_rows(const PngHeader& header, const Palette& palette, ScratchP
   for (const PngPass& pass : png_passes(header)) {
     const auto bytes = static_cast<std::size_t>(png_row_bytes(header, pass.width));
     for (std::uint32_t y = 0; y < pass.height; ++y, at += bytes + 1)
-      if (at[0] > kLastPngFilter) return kBadFilter;
+      if (at[0] > kLastFilter) return kBadFilter;
   }
   const std::uint32_t bits = png_picture_bits(header);
   picture = PictureCreateHeaderOnly(header.width, header.height, &palette, bits);
@@ -204,16 +205,13 @@ PngDecoded png_decode(const PngHeader& header, std::span<const Bytes> data, cons
   if (const PngDecoded refused = refusal(header, data); refused.reason) return refused;
   if (png_goes_in_bands(header))
     if (Picture picture = png_decode_in_bands(header, data, palette))
-      return {std::move(picture), nullptr, false, false, true};
+      return {.picture = std::move(picture), .judged = false};
   return read_image(header, data, palette, short_data, make_picture);
 }
 
 PngDecoded png_check(const PngHeader& header, std::span<const Bytes> data, const Palette& palette,
                      PngShortData short_data) {
-  PngDecoded expected = png_expect(header, data, palette);
-  if (expected.reason) return expected;
-  expected.exact = png_goes_in_bands(header) && png_check_in_bands(header, data);
-  if (expected.exact) return expected;
+  if (const PngDecoded refused = refusal(header, data); refused.reason) return refused;
   return read_image(header, data, palette, short_data, check_rows);
 }
 

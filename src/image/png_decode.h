@@ -15,6 +15,7 @@ struct PngDecoded {
   bool isShort = false;          ///< rows were missing and are 0
   bool limit = false;            ///< the failure is a limit of this program and not a fault of the file
   bool exact = false;            ///< the stream holds this image and not a byte more
+  bool judged = true;            ///< whether `exact` was asked at all; else `png_check` tells it
 };
 
 /// What an image whose stream is whole, but holds fewer rows than the header asks for, is.

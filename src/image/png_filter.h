@@ -7,9 +7,6 @@
 
 namespace vellum {
 
-/// Filter types are 0 to this.
-inline constexpr std::uint8_t kLastPngFilter = 4;
-
 /// Bytes behind a row that the functions below may read (never write) past its end.
 inline constexpr std::size_t kFilterSlack = 16;
 

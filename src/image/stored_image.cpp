@@ -6,8 +6,10 @@
 namespace vellum {
 namespace {
 
-StoredImage::Finding finding_of(const PngDecoded& decoded) {
-  return {decoded.reason, decoded.isShort, decoded.exact};
+/// Nothing where the stream was only decoded.
+std::optional<StoredImage::Finding> finding_of(const PngDecoded& decoded) {
+  if (!decoded.judged) return std::nullopt;
+  return StoredImage::Finding{decoded.reason, decoded.isShort, decoded.exact};
 }
 
 }  // namespace
@@ -61,7 +63,7 @@ ChunkHandle kept_with_stream(const PngDecoded& decoded, const PngHeader& header,
   }
   Palette table;
   PictureGetPalette(decoded.picture, table);
-  const std::optional finding = seen == StreamSeen::Yes ? std::optional(finding_of(decoded)) : std::nullopt;
+  const std::optional finding = seen == StreamSeen::Yes ? finding_of(decoded) : std::nullopt;
   const auto source =
       std::make_shared<StoredImage>(header, table, std::move(pieces), std::move(owner), finding);
   source->keep_context(std::move(context));
