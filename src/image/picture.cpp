@@ -85,7 +85,7 @@ Picture::Picture(ChunkHandle block)
 std::uint32_t Picture::width() const { return read_le32(block_.head() + kWidth); }
 std::uint32_t Picture::height() const { return read_le32(block_.head() + kHeight); }
 std::uint32_t Picture::bits() const { return read_le16(block_.head() + kBitCount); }
-std::size_t Picture::stride() const { return picture_stride(width(), bits()); }
+std::size_t Picture::stride() const { return block_ ? picture_stride(width(), bits()) : 0; }
 
 std::size_t Picture::row_offset(std::uint32_t y) const {
   return kHeaderBytes + table_bytes(bits()) + stride() * (height() - 1 - y);
@@ -105,6 +105,7 @@ std::uint8_t* Picture::edit_table() {
 }
 
 std::uint8_t* Picture::edit_row(std::uint32_t y) {
+  if (!block_) return nullptr;
   const std::size_t offset = row_offset(y);
   std::uint8_t* block = edit_block();
   return block ? block + offset : nullptr;

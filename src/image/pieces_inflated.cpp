@@ -1,10 +1,14 @@
 #include "image/pieces_inflated.h"
 
 #include <algorithm>
+#include <new>
 
 namespace vellum {
 
-PiecesInflated::PiecesInflated(Pieces pieces) : pieces_(pieces) { status_ = inflateInit(&stream_); }
+PiecesInflated::PiecesInflated(Pieces pieces) : pieces_(pieces) {
+  status_ = inflateInit(&stream_);
+  if (status_ == Z_MEM_ERROR) throw std::bad_alloc();
+}
 PiecesInflated::~PiecesInflated() { inflateEnd(&stream_); }
 
 std::size_t PiecesInflated::read(std::span<std::uint8_t> out) {
@@ -14,6 +18,8 @@ std::size_t PiecesInflated::read(std::span<std::uint8_t> out) {
     if (stream_.avail_in == 0 && !next_piece()) break;
     status_ = inflate(&stream_, Z_NO_FLUSH);
   }
+  // What can't be inflated for want of memory is no damage.
+  if (status_ == Z_MEM_ERROR) throw std::bad_alloc();
   return out.size() - stream_.avail_out;
 }
 

@@ -13,7 +13,7 @@ class PiecesInflated {
  public:
   using Pieces = std::span<const std::span<const std::uint8_t>>;
 
-  /// The pieces outlive it.
+  /// The pieces outlive it. Throws std::bad_alloc, as `read` does.
   explicit PiecesInflated(Pieces pieces);
   ~PiecesInflated();
   PiecesInflated(const PiecesInflated&) = delete;
