@@ -150,8 +150,8 @@ class Walk:
             return "the backup is gone or damaged"
         if done.returncode == 0 and found[target] != new[target]:
             # A still that can't be opened as a document is read as a picture, which is stored in another way.
-            # Where a font can't be read another one is taken.
-            told = done.stderr.strip() or command[0] in ("build", "pdf")
+            # Where a font can't be read another one is taken, and where a thread can't be had a codec packs differently.
+            told = done.stderr.strip() or command[0] in ("build", "pdf", "mp4", "webm")
             return None if told and whole else "ended well without the new file"
         if found[target] not in (old[target], new[target]):
             return f"the file is neither the old nor the new one ({len(found[target])} bytes)"
@@ -164,7 +164,8 @@ class Walk:
         if path.suffix == ".pdf":
             content = path.read_bytes()
             return content.startswith(b"%PDF") and content.rstrip().endswith(b"%%EOF")
-        return subprocess.run([self.bin / "vellum", "check", path], capture_output=True,
+        look = "movie-info" if path.suffix in (".mp4", ".webm") else "check"
+        return subprocess.run([self.bin / "vellum", look, path], capture_output=True,
                               env=self.environment(self.top / "home")).returncode == 0
 
     # --- the loss of power ---
