@@ -141,7 +141,7 @@ class Walk:
         by_library = command[0] in ENDED_BY_LIBRARIES or b"Fatal glibc error" in done.stderr
         if done.returncode < 0 and not (by_library and fault.startswith("malloc")):
             return f"ended by signal {-done.returncode}: {done.stderr[-200:]!r}"
-        if done.returncode > 0 and not done.stderr.strip():
+        if done.returncode > 0 and not done.stderr.strip() and not (by_library and fault.startswith("malloc")):
             return f"failed with {done.returncode} and said nothing"
         target = path_of(command)
         if target not in found:
