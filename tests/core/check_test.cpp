@@ -6,6 +6,7 @@
 #include "core/check/repair_file.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
+#include "image/deflate.h"
 #include "support/corpus.h"
 #include "support/documents.h"
 #include "support/judge.h"
@@ -166,6 +167,24 @@ TEST(Check, WhatWeWriteIsRightAndWhatIsCutOrChangedIsFoundAndRepaired) {
       expect_repaired(other, folder, "changed at " + std::to_string(at));
     }
   }
+}
+
+TEST(Check, WhatARepairBringsToLightIsRepairedToo) {
+  // The image needs more colors than there are, so the palette gets them; then the histogram is too short. It
+  // is hidden in a chunk whose length is wrong.
+  const Bytes rows = deflate_bytes(std::vector<std::uint8_t>{0, 0, 1, 2, 3}, 6);
+  Bytes file = testing::png_file({{"IHDR", testing::header_payload(4, 1, 8, 3)},
+                                  {"PLTE", std::string(6, '\x40')},
+                                  {"hIST", std::string(4, '\1')},
+                                  {"tEXt", std::string("a\0b", 3)},
+                                  {"IDAT", {rows.begin(), rows.end()}},
+                                  {"IEND", ""}});
+  const auto text = std::ranges::search(file, std::string_view("tEXt")).begin();
+  *(text - 2) = 0x7F;
+  const testing::ScratchFolder folder;
+  expect_repaired(file, folder, "a histogram");
+  const auto mended = repair_file(file).mended;
+  EXPECT_TRUE(std::ranges::any_of(mended, [](const Finding& finding) { return finding.tag == tag::hIST; }));
 }
 
 TEST(Check, JudgesOfTheCorpusFindNothingThatWeDoNot) {

@@ -1,6 +1,7 @@
 #include "core/check/repair_file.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "base/byte_order.h"
 #include "base/crc.h"
@@ -95,7 +96,9 @@ std::vector<FoundChunk> find_chunks(Bytes file, ChunkTag end, std::vector<std::s
   return chunks;
 }
 
-RepairedFile repair_file(Bytes file) {
+namespace {
+
+RepairedFile repaired_once(Bytes file) {
   RepairedFile result;
   FileCheck check = check_file(file);
   const bool wrong = check.count(Severity::Error) != 0;
@@ -123,6 +126,23 @@ RepairedFile repair_file(Bytes file) {
     repair_mng(chunks, result);
   else
     repair_png(chunks, result);
+  return result;
+}
+
+}  // namespace
+
+RepairedFile repair_file(Bytes file) {
+  RepairedFile result = repaired_once(file);
+  // Some faults come to light behind a repair: an image that was found makes the palette longer, and the
+  // histogram has too few numbers then.
+  constexpr int kMostTimes = 3;
+  for (int i = 1; i < kMostTimes && !result.mended.empty() && !result.bytes.empty(); ++i) {
+    RepairedFile again = repaired_once(result.bytes);
+    if (again.mended.empty() || again.bytes.empty()) break;
+    result.bytes = std::move(again.bytes);
+    std::ranges::move(again.mended, std::back_inserter(result.mended));
+    std::ranges::move(again.given_up, std::back_inserter(result.given_up));
+  }
   return result;
 }
 
