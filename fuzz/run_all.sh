@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs each built fuzz target over its seeds for a while, as many at a time as there are processors:
 #   fuzz/run_all.sh SECONDS [TARGET...]
-# FUZZ_SEED makes the runs repeat themselves (0: other ones each time).
+# FUZZ_SEED makes the runs repeat themselves (0: other ones each time), FUZZ_RUNS ends each behind so many inputs.
 # What makes one fail is kept in build/debug/found, and the failure is shown.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -20,8 +20,8 @@ fuzz_one() {
   [[ -f $words ]] || words=fuzz/chunks.dict
   grown=$(mktemp -d)
   log=$(mktemp)
-  build/debug/bin/fuzz_"$name" -seed="${FUZZ_SEED:-0}" -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=4096 -timeout=30 -close_fd_mask=1 \
-    -print_final_stats=1 -artifact_prefix="$found/$name-" -dict="$words" "$grown" "fuzz/seeds/$name" >"$log" 2>&1 || status=$?
+  build/debug/bin/fuzz_"$name" -seed="${FUZZ_SEED:-0}" -runs="${FUZZ_RUNS:--1}" -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=4096 -timeout=30 \
+    -close_fd_mask=1 -print_final_stats=1 -artifact_prefix="$found/$name-" -dict="$words" "$grown" "fuzz/seeds/$name" >"$log" 2>&1 || status=$?
   if [[ $status -eq 0 ]]; then
     printf '%-14s %9s runs, %5s features, from %s seeds\n' "$name" \
       "$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")" "$(grep -o 'ft: [0-9]*' "$log" | tail -n 1 | cut -c5-)" \
