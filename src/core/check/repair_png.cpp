@@ -82,8 +82,9 @@ struct PngRepair {
     if (stands_once(chunk.tag, DocumentKind::APNG) && seen.contains(chunk.tag))
       return lose(chunk, translated("there is one already."));
     Payload payload(chunk.data.begin(), chunk.data.end());
-    mend_chunk(chunk.tag, payload, context, DocumentKind::APNG);
-    if (!is_valid_chunk(chunk.tag, payload, context) || !packed_is_whole(chunk.tag, payload))
+    const DocumentKind judge = judging_kind(kind, chunk.tag);
+    mend_chunk(chunk.tag, payload, context, judge);
+    if (!is_valid_chunk(chunk.tag, payload, context, judge) || !packed_is_whole(chunk.tag, payload))
       return lose(chunk, translated("its content is not valid."));
     seen.insert(chunk.tag);
     kept.push_back({chunk.tag, std::move(payload), part_of(chunk.tag, imageSeen)});
