@@ -81,7 +81,13 @@ struct WebpRepair {
     frame.duration = read_le24(&chunk.data[12]);
     frame.dispose = (chunk.data[15] & 1) != 0;
     frame.blend = (chunk.data[15] & 2) == 0;
-    if (canvasTold && (frame.x + frame.width > contents.width || frame.y + frame.height > contents.height)) {
+    // Where no header tells the canvas the frames make it, as large as one may be (WebP container, "VP8X").
+    const std::uint64_t width = std::max(contents.width, frame.x + frame.width),
+                        height = std::max(contents.height, frame.y + frame.height);
+    constexpr std::uint64_t kLongestSide = 1u << 24, kMostPixels = 0xFFFFFFFF;
+    const bool grows = width > contents.width || height > contents.height;
+    if (grows &&
+        (canvasTold || width > kLongestSide || height > kLongestSide || width * height > kMostPixels)) {
       result.given_up.push_back(chunk_name(chunk) + translated(": the frame reaches beyond the canvas."));
       return;
     }
