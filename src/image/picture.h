@@ -65,7 +65,8 @@ class Picture {
   /// The stored row, counted from the bottom as the block holds them.
   const std::uint8_t* stored_row(std::uint32_t y) const { return row(height() - 1 - y); }
 
-  /// The same for writing: the first call detaches the block. Null only when memory is exhausted.
+  /// The same for writing: the first call detaches the block. Null when memory is
+  /// exhausted, and of a null picture.
   std::uint8_t* edit_table();
   std::uint8_t* edit_row(std::uint32_t y);
   std::uint8_t* edit_block();

@@ -187,6 +187,19 @@ TEST(Check, WhatARepairBringsToLightIsRepairedToo) {
   EXPECT_TRUE(std::ranges::any_of(mended, [](const Finding& finding) { return finding.tag == tag::hIST; }));
 }
 
+TEST(Check, AFrameFarAwayMakesNoCanvasThatIsTooLarge) {
+  const testing::ScratchFolder folder;
+  Bytes file = small_files(folder).back();
+  // Without a header the frames make the canvas.
+  const auto header = std::ranges::search(file, std::string_view("VP8X")).begin(),
+             frame = std::ranges::search(file, std::string_view("ANMF")).begin();
+  ASSERT_TRUE(header != file.end() && frame != file.end());
+  *header = '?';
+  std::ranges::copy(std::array<std::uint8_t, 6>{0x60, 0x80, 0, 0x08, 0x93, 0x90}, frame + 8);
+  expect_repaired(file, folder, "a frame far away");
+  EXPECT_FALSE(repair_file(file).bytes.empty()) << "the others are there";
+}
+
 TEST(Check, JudgesOfTheCorpusFindNothingThatWeDoNot) {
   VELLUM_NEEDS_CORPUS();
   const testing::ScratchFolder folder;
