@@ -24,6 +24,10 @@ using testing::zero_image;
 using Bytes = std::vector<std::uint8_t>;
 using Chunks = std::vector<ChunkText>;
 
+Bytes::iterator place_of(Bytes& file, std::string_view tag) {
+  return std::search(file.begin(), file.end(), tag.begin(), tag.end());
+}
+
 std::string rules_of(const FileCheck& check) {
   std::string names;
   for (const Finding& finding : check.findings) names += rule_name(finding.rule) + " ";
@@ -179,7 +183,7 @@ TEST(Check, WhatARepairBringsToLightIsRepairedToo) {
                                   {"tEXt", std::string("a\0b", 3)},
                                   {"IDAT", {rows.begin(), rows.end()}},
                                   {"IEND", ""}});
-  const auto text = std::ranges::search(file, std::string_view("tEXt")).begin();
+  const auto text = place_of(file, "tEXt");
   *(text - 2) = 0x7F;
   const testing::ScratchFolder folder;
   expect_repaired(file, folder, "a histogram");
@@ -191,8 +195,7 @@ TEST(Check, AFrameFarAwayMakesNoCanvasThatIsTooLarge) {
   const testing::ScratchFolder folder;
   Bytes file = small_files(folder).back();
   // Without a header the frames make the canvas.
-  const auto header = std::ranges::search(file, std::string_view("VP8X")).begin(),
-             frame = std::ranges::search(file, std::string_view("ANMF")).begin();
+  const auto header = place_of(file, "VP8X"), frame = place_of(file, "ANMF");
   ASSERT_TRUE(header != file.end() && frame != file.end());
   *header = '?';
   std::ranges::copy(std::array<std::uint8_t, 6>{0x60, 0x80, 0, 0x08, 0x93, 0x90}, frame + 8);
