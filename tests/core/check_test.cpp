@@ -6,6 +6,7 @@
 #include "core/check/repair_file.h"
 #include "core/files/open_document.h"
 #include "core/files/save_document.h"
+#include "image/chunk_stream.h"
 #include "image/deflate.h"
 #include "support/corpus.h"
 #include "support/documents.h"
@@ -189,6 +190,19 @@ TEST(Check, WhatARepairBringsToLightIsRepairedToo) {
   expect_repaired(file, folder, "a histogram");
   const auto mended = repair_file(file).mended;
   EXPECT_TRUE(std::ranges::any_of(mended, [](const Finding& finding) { return finding.tag == tag::hIST; }));
+}
+
+TEST(Check, WhatStandsOnceBetweenTheImagesOfAnMngMayStandInsideEachToo) {
+  const ChunkText time = {"tIME", std::string("\x07\xEA\1\1\0\0\0", 7)};
+  Bytes file = png_file({{"MHDR", be32(3) + be32(2) + be32(100) + std::string(16, '\0')},
+                         {"IHDR", header_payload(3, 2, 8, 6)},
+                         time,
+                         {"IDAT", zero_image(3, 2, 8, 6)},
+                         {"IEND", ""},
+                         time,
+                         {"MEND", ""}});
+  std::ranges::copy(kMngSignature, file.begin());
+  EXPECT_EQ(rules_of(check_file(file)), "");
 }
 
 TEST(Check, AFrameFarAwayMakesNoCanvasThatIsTooLarge) {

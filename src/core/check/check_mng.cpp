@@ -1,5 +1,6 @@
 // An MNG (MNG 1.0): its chunks, its loops, its images, and what its header counts.
 #include <algorithm>
+#include <set>
 
 #include "base/byte_order.h"
 #include "base/host.h"
@@ -18,7 +19,7 @@ struct MngLook {
   const StreamChunk* image = nullptr;       ///< the IHDR of an image that is open
   bool opaque = false;                      ///< inside a JNG or delta image
   std::vector<const StreamChunk*> loops{};  ///< that are open
-  bool headerSeen = false, terminationSeen = false, backSeen = false;
+  std::set<ChunkTag> seen{};                ///< between images
 
   std::uint8_t level(const StreamChunk& chunk) const { return chunk.data.empty() ? 0 : chunk.data[0]; }
 
@@ -67,13 +68,11 @@ struct MngLook {
     }
     if (chunk.tag == tag::TERM && &chunk != &checking.chunks[1])
       checking.find(RuleId::Termination_late, chunk);
-    if (stands_once(chunk.tag, DocumentKind::MING) && is_second(chunk))
+    // One inside an image is that image's alone.
+    if (stands_once(chunk.tag, DocumentKind::MING) && !seen.insert(chunk.tag).second)
       checking.find(RuleId::Second_of_its_kind, chunk);
     // What serves all images behind it is taken back by an empty one.
     if (!(serves_all_images(chunk.tag) && chunk.data.empty())) check_payload(checking, chunk, kOutsideImages);
-  }
-  bool is_second(const StreamChunk& chunk) const {
-    return &*std::ranges::find(checking.chunks, chunk.tag, &StreamChunk::tag) != &chunk;
   }
 
   void look_at(const StreamChunk& chunk) {
