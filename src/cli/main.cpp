@@ -59,11 +59,14 @@ bool apply_settings(const std::vector<std::string>& assignments) {
   return true;
 }
 
+bool tells_of_all(std::string_view argument) {
+  return argument == "--man" || argument.starts_with("--completion");
+}
+
 /// What other programs read is English, whoever runs them.
 bool for_programs(std::span<char*> arguments) {
-  return std::ranges::any_of(arguments, [](std::string_view argument) {
-    return argument == "--json" || argument == "--man" || argument.starts_with("--completion");
-  });
+  return std::ranges::any_of(
+      arguments, [](std::string_view argument) { return argument == "--json" || tells_of_all(argument); });
 }
 
 /// Descriptions are rows and literals all over the commands; here they meet a person.
@@ -81,40 +84,39 @@ void translate_help(CLI::App& app) {
   }
 }
 
+/// All commands, of which `chosen` gets what is run. Most of the time of a start would be spent on the
+/// options of commands that nobody asks for, so those that the arguments don't name stay without.
+void add_commands(CLI::App& app, std::span<char*> arguments, Run& chosen) {
+  const bool all = std::ranges::any_of(arguments, tells_of_all);
+  const auto add = [&](const char* name, const char* help, const auto& prepare) {
+    CLI::App* command = app.add_subcommand(name, help);
+    if (!all && std::ranges::find(arguments, std::string_view(name)) == arguments.end()) return;
+    Run work = prepare(*command);
+    command->callback([&chosen, work] { chosen = work; });
+  };
+  const auto add_rows = [&](const auto& rows, const auto& prepare) {
+    for (const auto* row : rows)
+      add(row->parameters.name, row->parameters.help,
+          [&](CLI::App& command) { return prepare(command, *row); });
+  };
+  for (const CommandRow& row : command_table()) add(row.name, row.help, row.prepare);
+  std::vector<const Operation*> operations(operation_table().begin(), operation_table().end());
+  std::erase_if(operations, std::mem_fn(&Operation::convertOption));
+  add_rows(operations, prepare_operation);
+  add_rows(generator_table(), prepare_generator);
+  add_rows(exporter_table(), prepare_export_command);
+  add_rows(importer_table(), prepare_import_command);
+}
+
 int run(int argc, char** argv) {
-  if (!for_programs({argv, static_cast<std::size_t>(argc)}))
-    use_language(wished_languages({}), catalog_folders());
+  const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
+  if (!for_programs(arguments)) use_language(wished_languages({}), catalog_folders());
   CLI::App app("Shows, checks and rewrites PNG, animated PNG, MNG and WebP files as lists of chunks.",
                "vellum");
   GlobalOptions options;
   add_global_options(app, options);
   Run chosen;
-  for (const CommandRow& row : command_table()) {
-    CLI::App* command = app.add_subcommand(row.name, row.help);
-    Run work = row.prepare(*command);
-    command->callback([&chosen, work] { chosen = work; });
-  }
-  for (const Operation* operation : operation_table()) {
-    if (operation->convertOption) continue;
-    CLI::App* command = app.add_subcommand(operation->parameters.name, operation->parameters.help);
-    Run work = prepare_operation(*command, *operation);
-    command->callback([&chosen, work] { chosen = work; });
-  }
-  for (const Generator* generator : generator_table()) {
-    CLI::App* command = app.add_subcommand(generator->parameters.name, generator->parameters.help);
-    Run work = prepare_generator(*command, *generator);
-    command->callback([&chosen, work] { chosen = work; });
-  }
-  for (const Exporter* exporter : exporter_table()) {
-    CLI::App* command = app.add_subcommand(exporter->parameters.name, exporter->parameters.help);
-    Run work = prepare_export_command(*command, *exporter);
-    command->callback([&chosen, work] { chosen = work; });
-  }
-  for (const Importer* importer : importer_table()) {
-    CLI::App* command = app.add_subcommand(importer->parameters.name, importer->parameters.help);
-    Run work = prepare_import_command(*command, *importer);
-    command->callback([&chosen, work] { chosen = work; });
-  }
+  add_commands(app, arguments, chosen);
   if (language_in_use() != "en") translate_help(app);
   try {
     app.parse(argc, argv);
