@@ -19,6 +19,14 @@ constexpr std::uint64_t kPartBytes = std::uint64_t{6} << 20;
 /// Each part costs the smallest level some kilobytes, for it learns anew what the image is like.
 constexpr std::uint64_t kSmallestPartBytes = std::uint64_t{12} << 20;
 constexpr int kSmallestLevel = 9;
+/// Parts that are only copied need no window.
+constexpr std::uint64_t kStoredPartBytes = std::uint64_t{1} << 20;
+constexpr int kStoredLevel = 0;
+
+std::uint64_t part_bytes(int level) {
+  if (level == kStoredLevel) return kStoredPartBytes;
+  return level < kSmallestLevel ? kPartBytes : kSmallestPartBytes;
+}
 
 /// Rows `first` to `end` of one pass.
 struct Segment {
@@ -42,8 +50,7 @@ struct Job {
 /// The image in parts of whole rows, of about the same number of filtered bytes each.
 std::vector<Part> parts_of(const PngHeader& header, const PngPasses& passes, int level) {
   const std::uint64_t total = png_filtered_bytes(header);
-  std::uint64_t count =
-      std::max<std::uint64_t>(1, total / (level < kSmallestLevel ? kPartBytes : kSmallestPartBytes));
+  std::uint64_t count = std::max<std::uint64_t>(1, total / part_bytes(level));
   if (count > 1) count -= count % 2;  // even, so that two cores end together
   const std::uint64_t wanted = (total + count - 1) / count;
   std::vector<Part> parts(1);
@@ -215,7 +222,7 @@ bool fit(const PngHeader& header, const Picture& picture) {
 
 std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
                                      std::optional<std::array<std::uint16_t, 3>> key) {
-  if (level == 0) {
+  if (level == kStoredLevel) {
     const ChunkHandle stored = png_encode_block(header, picture, level, key);
     return stored ? std::vector(stored.data(), stored.data() + stored.size()) : std::vector<std::uint8_t>();
   }
@@ -237,7 +244,7 @@ std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& pic
 
 ChunkHandle png_encode_block(const PngHeader& header, const Picture& picture, int level,
                              std::optional<std::array<std::uint16_t, 3>> key) {
-  if (level != 0) {
+  if (level != kStoredLevel) {
     const auto stream = png_encode(header, picture, level, key);
     return stream.empty() ? ChunkHandle() : ChunkHandle::copy_of(stream, 0);
   }

@@ -30,9 +30,9 @@ struct FastAxis {
       for (const double weight : exact.weights_of(position)) sum += std::abs(weight);
       largest = std::max(largest, sum);
     }
-    // A weight, its product and each addition are off by 2^-24 of their value at most; twice that, to be
-    // safe.
-    error = static_cast<float>(static_cast<double>(longest + 3) * 0x1p-23 * 255 * largest);
+    // A weight, its product and each addition, also that of the half, are off by 2^-24 of their value at
+    // most. The first addition loses nothing, which leaves room for the products of these errors.
+    error = static_cast<float>(static_cast<double>(longest + 3) * 0x1p-24 * 255 * largest);
     // With weights of few bits no product and no sum of bytes loses any.
     const auto few_bits = [](double weight) { return weight * 256 == std::floor(weight * 256); };
     errorOfBytes = largest < 256 && std::ranges::all_of(exact.weights, few_bits) ? 0 : error;
