@@ -3,7 +3,9 @@
 #include <webp/decode.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <bit>
 #include <cstring>
 
 #include "base/byte_order.h"
@@ -108,12 +110,35 @@ std::uint32_t laid_over(std::uint32_t source, std::uint32_t ground) {
   return pixel;
 }
 
-void blend_run(std::uint8_t* row, const std::uint8_t* ground, std::size_t begin, std::size_t end) {
-  for (std::size_t x = begin; x < end; ++x) {
+void blend_pixels(std::uint8_t* row, const std::uint8_t* ground, std::size_t count) {
+  for (std::size_t x = 0; x < count; ++x) {
     const std::uint32_t source = read_le32(row + 4 * x);
     if (source >= 0xFF000000) continue;
     write_le32(row + 4 * x, laid_over(source, read_le32(ground + 4 * x)));
   }
+}
+
+/// Most pixels of frames are opaque, or leave what was there, and so are their neighbours.
+void blend_run(std::uint8_t* row, const std::uint8_t* ground, std::size_t begin, std::size_t end) {
+  constexpr std::size_t kBlock = 16;
+  constexpr std::uint8_t kAlphaOfTwo[8] = {0, 0, 0, 255, 0, 0, 0, 255};
+  const auto alpha = std::bit_cast<std::uint64_t>(kAlphaOfTwo);
+  std::array<std::uint64_t, kBlock / 2> pairs;
+  for (; begin + kBlock <= end; begin += kBlock) {
+    std::uint8_t* const at = row + 4 * begin;
+    std::memcpy(pairs.data(), at, sizeof pairs);
+    std::uint64_t all = alpha, any = 0;
+    for (const std::uint64_t pair : pairs) {
+      all &= pair;
+      any |= pair;
+    }
+    if (all == alpha) continue;
+    if ((any & alpha) == 0)
+      std::memcpy(at, ground + 4 * begin, sizeof pairs);
+    else
+      blend_pixels(at, ground + 4 * begin, kBlock);
+  }
+  blend_pixels(row + 4 * begin, ground + 4 * begin, end - begin);
 }
 
 /// A run of pixels of one row: from `begin` up to `end`.
