@@ -205,6 +205,21 @@ TEST(Check, WhatStandsOnceBetweenTheImagesOfAnMngMayStandInsideEachToo) {
   EXPECT_EQ(rules_of(check_file(file)), "");
 }
 
+TEST(Check, APaletteThatImagesInheritGetsTheColorsThatTheyNeed) {
+  const Bytes rows = deflate_bytes(std::vector<std::uint8_t>{0, 0, 1, 2, 200}, 6);
+  Bytes file = png_file({{"MHDR", be32(4) + be32(1) + be32(100) + std::string(16, '\0')},
+                         {"PLTE", std::string(6, '\x40')},
+                         {"IHDR", header_payload(4, 1, 8, 3)},
+                         {"IDAT", {rows.begin(), rows.end()}},
+                         {"IEND", ""},
+                         {"MEND", ""}});
+  std::ranges::copy(kMngSignature, file.begin());
+  EXPECT_EQ(rules_of(check_file(file)), "index-outside ");
+  const RepairedFile repaired = repair_file(file);
+  EXPECT_EQ(rules_of(check_file(repaired.bytes)), "");
+  EXPECT_EQ(repaired.bytes.size(), file.size() + 3 * 199);
+}
+
 TEST(Check, AFrameFarAwayMakesNoCanvasThatIsTooLarge) {
   const testing::ScratchFolder folder;
   Bytes file = small_files(folder).back();

@@ -67,7 +67,8 @@ void repair_png(std::span<const FoundChunk> chunks, RepairedFile& result) {
   const auto is_frame = [](const FoundChunk& chunk) { return chunk.tag == tag::fcTL; };
   if (std::ranges::any_of(chunks, is_frame)) result.kind = DocumentKind::APNG;
   Payload out(kPngSignature.begin(), kPngSignature.end());
-  if (repair_png_stream(chunks, result.kind, 0, out, result.given_up)) result.bytes = std::move(out);
+  std::uint32_t none = 0;
+  if (repair_png_stream(chunks, result.kind, none, out, result.given_up)) result.bytes = std::move(out);
 }
 
 }  // namespace

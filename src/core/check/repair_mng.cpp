@@ -23,7 +23,8 @@ struct MngRepair {
   Payload out{kMngSignature.begin(), kMngSignature.end()};
   std::vector<std::uint8_t> loops{};  ///< levels that are open
   std::set<ChunkTag> seen{};
-  std::uint32_t globalPalette = 0;
+  std::uint32_t globalPalette = 0;  ///< entries
+  std::size_t globalPaletteAt = 0;  ///< its chunk in `out`
   std::size_t images = 0;
 
   void lose(const FoundChunk& chunk, const char* why) {
@@ -57,6 +58,7 @@ struct MngRepair {
     Payload payload(chunk.data.begin(), chunk.data.end());
     if (chunk.tag == tag::PLTE) {
       globalPalette = static_cast<std::uint32_t>(payload.size() / 3);
+      globalPaletteAt = out.size();
     } else if (!is_valid_tag(chunk.tag)) {
       return lose(chunk, translated("no chunk has such a name."));
     } else if (!payload.empty() || !serves_all_images(chunk.tag)) {
@@ -68,15 +70,31 @@ struct MngRepair {
     if (keeps_loop(chunk, payload)) append_chunk(out, chunk.tag, payload);
   }
 
+  /// Black entries behind those of the palette that images inherit.
+  void lengthen_global_palette(std::uint32_t entries) {
+    constexpr std::size_t kHead = 8, kAround = 12;
+    const auto begin = out.begin() + static_cast<std::ptrdiff_t>(globalPaletteAt);
+    const std::size_t length = read_be32(&*begin);
+    const auto end = begin + static_cast<std::ptrdiff_t>(kAround + length);
+    Payload colors(begin + kHead, begin + static_cast<std::ptrdiff_t>(kHead + length));
+    colors.resize(std::size_t{3} * entries);
+    const Payload behind(end, out.end());
+    out.resize(globalPaletteAt);
+    append_chunk(out, tag::PLTE, colors);
+    out.insert(out.end(), behind.begin(), behind.end());
+    globalPalette = entries;
+  }
+
   /// From an IHDR to its IEND, or to where the next image begins. Where the next chunk is.
   std::size_t take_image(std::span<const FoundChunk> chunks, std::size_t at) {
     std::size_t end = at + 1;
     while (end < chunks.size() && chunks[end].tag != tag::IEND && chunks[end].tag != tag::IHDR &&
            chunks[end].tag != tag::MEND)
       ++end;
-    if (repair_png_stream(chunks.subspan(at, end - at), DocumentKind::MING, globalPalette, out,
-                          result.given_up))
+    std::uint32_t needed = globalPalette;
+    if (repair_png_stream(chunks.subspan(at, end - at), DocumentKind::MING, needed, out, result.given_up))
       ++images;
+    if (needed > globalPalette) lengthen_global_palette(needed);
     return end < chunks.size() && chunks[end].tag == tag::IEND ? end + 1 : end;
   }
 

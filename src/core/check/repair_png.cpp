@@ -165,11 +165,15 @@ struct PngRepair {
     }
   }
 
-  void complete_palette() {
+  /// What indexes need: of the palette of the image, or of the one it inherits.
+  void complete_palette(std::uint32_t& inherited) {
     unsigned largest = image.largestIndex;
     for (const RepairedFrame& frame : frames) largest = std::max(largest, frame.image.largestIndex);
     const auto palette = std::ranges::find(kept, tag::PLTE, &KeptChunk::tag);
-    if (indexed() && palette != kept.end() && palette->payload.size() < 3 * (std::size_t{largest} + 1))
+    if (!indexed()) return;
+    if (palette == kept.end())
+      inherited = std::max(inherited, largest + 1);
+    else if (palette->payload.size() < 3 * (std::size_t{largest} + 1))
       palette->payload.resize(3 * (std::size_t{largest} + 1));
   }
 
@@ -210,7 +214,7 @@ struct PngRepair {
 
 }  // namespace
 
-bool repair_png_stream(std::span<const FoundChunk> chunks, DocumentKind kind, std::uint32_t inherited,
+bool repair_png_stream(std::span<const FoundChunk> chunks, DocumentKind kind, std::uint32_t& inherited,
                        Payload& out, std::vector<std::string>& given_up) {
   PngRepair repair{kind, given_up};
   if (chunks.empty() || !repair.take_header(chunks.front())) {
@@ -225,7 +229,7 @@ bool repair_png_stream(std::span<const FoundChunk> chunks, DocumentKind kind, st
   repair.take_image(chunks);
   if (!repair.image.there()) return false;
   if (kind == DocumentKind::APNG) repair.take_frames(chunks);
-  repair.complete_palette();
+  repair.complete_palette(inherited);
   repair.take_others(chunks);
   repair.write(out);
   return true;

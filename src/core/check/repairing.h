@@ -36,8 +36,9 @@ RepairedImage repair_image(const PngHeader& header, std::span<const std::span<co
                            bool indexed);
 
 /// A PNG stream, IHDR to IEND, appended to `out`. `inherited`: entries of the palette that an image of an
-/// MNG without one takes over. False, with nothing appended, where no image can be saved.
-bool repair_png_stream(std::span<const FoundChunk> chunks, DocumentKind kind, std::uint32_t inherited,
+/// MNG without one takes over; as many as it needs, behind the call. False, with nothing appended, where no
+/// image can be saved.
+bool repair_png_stream(std::span<const FoundChunk> chunks, DocumentKind kind, std::uint32_t& inherited,
                        Payload& out, std::vector<std::string>& given_up);
 
 void repair_mng(std::span<const FoundChunk> chunks, RepairedFile& result);
