@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs each built fuzz target over its seeds for a while, as many at a time as there are processors:
 #   fuzz/run_all.sh SECONDS [TARGET...]
-# FUZZ_SEED makes the runs repeat themselves (0: other ones each time), FUZZ_RUNS ends each behind so many inputs.
+# FUZZ_SEED is where chance begins (0: elsewhere each time; the inputs differ a little all the same), FUZZ_RUNS ends each
+# target behind so many inputs; with 0 it walks its seeds alone.
 # What makes one fail is kept in build/debug/found, and the failure is shown.
 set -euo pipefail
 cd "$(dirname "$0")/.."
