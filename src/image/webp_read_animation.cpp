@@ -254,12 +254,13 @@ class Batch {
   Picture before_;
 };
 
-/// Bounds what lies ready and was not given away yet: little enough for the next frames to come into the same
-/// memory where nobody keeps them.
+/// Bounds what lies ready and was not given away yet: little, as the next frames come into the same memory
+/// where nobody keeps them, and fresh memory costs more than waiting for the slowest of a few.
 std::size_t frames_at_once(const Animation& animation) {
-  constexpr std::size_t kMostBytes = std::size_t{24} << 20;
+  constexpr std::size_t kMostBytes = std::size_t{8} << 20;
   constexpr std::size_t kAlone = std::size_t{64} << 20;  // two of them, the one before and the decoder's own
-  return std::clamp<std::size_t>(kMostBytes / animation.bytes(), animation.bytes() > kAlone ? 1 : 2, 64);
+  const std::size_t least = animation.bytes() > kAlone ? 1 : animation.bytes() > kMostBytes ? 2 : 4;
+  return std::clamp<std::size_t>(kMostBytes / animation.bytes(), least, 64);
 }
 
 /// What the frame came from; null where its pixels are not in one piece, or nobody keeps the bytes.
