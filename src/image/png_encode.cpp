@@ -146,15 +146,20 @@ DeflatePiece pack_part(const Job& job, const Part& part, bool last) {
   return deflate_piece(filtered_part(job, part), job.level, last);
 }
 
-ChunkHandle store_parts(const Job& job, std::span<const Part> parts) {
+StoredStream stored_parts(const Job& job, std::span<const Part> parts) {
   std::vector<std::size_t> bytes;
   for (const Part& part : parts) bytes.push_back(filtered_bytes(job, part));
-  return stored_stream(bytes, [&](std::size_t i, const TakeBytes& take) {
+  return StoredStream(std::move(bytes));
+}
+
+/// Hands over the rows of a part as they are filtered.
+GivePart rows_of_parts(const Job& job, std::span<const Part> parts) {
+  return [&job, parts](std::size_t i, const TakeBytes& take) {
     std::vector<std::uint8_t> row(static_cast<std::size_t>(png_row_bytes(job.header, job.header.width)) + 1);
     for (const Segment& segment : parts[i])
       filter_segment(
           job, segment, [&] { return row.data(); }, take);
-  });
+  };
 }
 
 constexpr std::uint32_t kBandRows = 8;
@@ -218,6 +223,25 @@ bool fit(const PngHeader& header, const Picture& picture) {
   return !png_header_fault(header) && picture.width() == header.width && picture.height() == header.height;
 }
 
+/// What level 0 makes of an image; false where header and picture do not fit each other.
+struct StoredRows {
+  StoredRows(const PngHeader& header, const Picture& picture,
+             const std::optional<std::array<std::uint16_t, 3>>& key)
+      : job{header,
+            picture,
+            fit(header, picture) ? png_row_writer(picture.bits(), header) : nullptr,
+            key ? key->data() : nullptr,
+            kStoredLevel,
+            {.none_only = true}},
+        passes(job.write ? png_passes(header) : PngPasses{}),
+        parts(parts_of(header, passes, kStoredLevel)) {}
+  explicit operator bool() const { return job.write != nullptr; }
+
+  Job job;
+  PngPasses passes;
+  std::vector<Part> parts;
+};
+
 }  // namespace
 
 std::vector<std::uint8_t> png_encode(const PngHeader& header, const Picture& picture, int level,
@@ -248,12 +272,17 @@ ChunkHandle png_encode_block(const PngHeader& header, const Picture& picture, in
     const auto stream = png_encode(header, picture, level, key);
     return stream.empty() ? ChunkHandle() : ChunkHandle::copy_of(stream, 0);
   }
-  if (!fit(header, picture)) return {};
-  Job job{header, picture, png_row_writer(picture.bits(), header), key ? key->data() : nullptr, level, {}};
-  if (!job.write) return {};
-  job.choice.none_only = true;
-  const PngPasses passes = png_passes(header);
-  return store_parts(job, parts_of(header, passes, level));
+  const StoredRows rows(header, picture, key);
+  if (!rows) return {};
+  return stored_stream(stored_parts(rows.job, rows.parts), rows_of_parts(rows.job, rows.parts));
+}
+
+bool png_write_stored(const PngHeader& header, const Picture& picture,
+                      const std::function<bool(std::span<const std::uint8_t>)>& write,
+                      std::optional<std::array<std::uint16_t, 3>> key) {
+  const StoredRows rows(header, picture, key);
+  return rows &&
+         write_stored_stream(stored_parts(rows.job, rows.parts), rows_of_parts(rows.job, rows.parts), write);
 }
 
 namespace {

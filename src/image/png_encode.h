@@ -1,6 +1,7 @@
 // From a picture to the image data of a PNG, of a frame of an animated PNG, or of an image in an MNG.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -32,6 +33,12 @@ std::vector<std::uint8_t> png_filtered(const PngHeader& header, const Picture& p
 std::vector<std::uint8_t> png_filtered_bands(const PngHeader& header, const Picture& picture,
                                              PngFiltering filtering,
                                              std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+
+/// The stream of level 0, which `write` takes in pieces of about 1 MB while the next ones are made. False
+/// where `write` was, or header and picture do not fit each other.
+bool png_write_stored(const PngHeader& header, const Picture& picture,
+                      const std::function<bool(std::span<const std::uint8_t>)>& write,
+                      std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
 
 /// As png_encode, as a block; at level 0, where it is as long as the picture, it is made in its place.
 ChunkHandle png_encode_block(const PngHeader& header, const Picture& picture, int level,

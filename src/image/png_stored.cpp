@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <vector>
 
 #include "base/byte_order.h"
@@ -57,31 +58,57 @@ class BlockWriter {
 
 }  // namespace
 
-ChunkHandle stored_stream(std::span<const std::size_t> part_bytes,
-                          const std::function<void(std::size_t, const TakeBytes&)>& give) {
-  std::vector<std::size_t> places;
-  std::size_t at = kStreamHead.size();
-  for (const std::size_t bytes : part_bytes) {
-    places.push_back(at);
-    at += stored_bytes(bytes);
-  }
-  const std::size_t length = at + kLastBlock.size() + kCheckBytes;
-  ChunkHandle block = ChunkHandle::create_for_overwrite(length);
-  std::uint8_t* const stream = block.edit();
-  if (!stream) return {};
-  std::vector<std::uint32_t> adlers(part_bytes.size());
-  parallel_for(part_bytes.size(), [&](std::size_t i) {
-    BlockWriter writer(&stream[places[i]], part_bytes[i]);
-    give(i, [&writer](std::span<const std::uint8_t> bytes) { writer.take(bytes); });
-    adlers[i] = writer.adler();
-  });
-  std::ranges::copy(kStreamHead, stream);
-  std::ranges::copy(kLastBlock, &stream[at]);
+StoredStream::StoredStream(std::vector<std::size_t> part_bytes)
+    : bytes_(std::move(part_bytes)), adlers_(bytes_.size()) {
+  begins_.push_back(0);
+  for (std::size_t i = 0; i < parts(); ++i)
+    begins_.push_back(begins_.back() + (i == 0 ? kStreamHead.size() : 0) + stored_bytes(bytes_[i]));
+  begins_.back() += kLastBlock.size() + kCheckBytes;
+}
+
+void StoredStream::lay(std::size_t part, std::uint8_t* out, const GivePart& give) {
+  if (part == 0) out = std::ranges::copy(kStreamHead, out).out;
+  BlockWriter writer(out, bytes_[part]);
+  give(part, [&writer](std::span<const std::uint8_t> bytes) { writer.take(bytes); });
+  adlers_[part] = writer.adler();
+}
+
+void StoredStream::close(std::uint8_t* out) const {
+  std::uint8_t* const check = out + length(parts() - 1) - kCheckBytes;
+  std::ranges::copy(kLastBlock, check - kLastBlock.size());
   uLong adler = 1;
-  for (std::size_t i = 0; i < adlers.size(); ++i)
-    adler = adler32_combine(adler, adlers[i], static_cast<z_off_t>(part_bytes[i]));
-  write_be32(&stream[at + kLastBlock.size()], static_cast<std::uint32_t>(adler));
+  for (std::size_t i = 0; i < parts(); ++i)
+    adler = adler32_combine(adler, adlers_[i], static_cast<z_off_t>(bytes_[i]));
+  write_be32(check, static_cast<std::uint32_t>(adler));
+}
+
+ChunkHandle stored_stream(StoredStream stream, const GivePart& give) {
+  ChunkHandle block = ChunkHandle::create_for_overwrite(stream.begin(stream.parts()));
+  std::uint8_t* const out = block.edit();
+  if (!out) return {};
+  parallel_for(stream.parts(), [&](std::size_t i) { stream.lay(i, out + stream.begin(i), give); });
+  stream.close(out + stream.begin(stream.parts() - 1));
   return block;
+}
+
+bool write_stored_stream(StoredStream stream, const GivePart& give,
+                         const std::function<bool(std::span<const std::uint8_t>)>& write) {
+  constexpr std::size_t kAhead = 2;
+  std::array<std::vector<std::uint8_t>, kAhead + 1> slots;
+  std::atomic<bool> written = true;
+  parallel_relay(
+      stream.parts(), kAhead,
+      [&](std::size_t part) {
+        if (!written) return;
+        std::vector<std::uint8_t>& slot = slots[part % slots.size()];
+        slot.resize(stream.length(part));
+        stream.lay(part, slot.data(), give);
+        if (part + 1 == stream.parts()) stream.close(slot.data());
+      },
+      [&](std::size_t part) {
+        if (written && !write(slots[part % slots.size()])) written = false;
+      });
+  return written;
 }
 
 }  // namespace vellum

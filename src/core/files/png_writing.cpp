@@ -25,18 +25,6 @@ std::string write_fault(const Sink& sink) {
                         : reason;
 }
 
-bool write_image_data(const Sink& sink, const StoredImage& stream) {
-  constexpr std::size_t kLongest = 0x40000000;  // well inside the 31 bits of a length
-  for (auto left : stream.pieces()) {
-    do {
-      const auto piece = left.first(std::min(left.size(), kLongest));
-      if (!write_chunk(sink, tag::IDAT, piece)) return false;
-      left = left.subspan(piece.size());
-    } while (!left.empty());
-  }
-  return stream.intact();
-}
-
 KeptStream new_stream(const PngHeader& header, const Picture& picture, ChunkHandle bytes) {
   if (!bytes) return nullptr;
   Palette table;
@@ -57,13 +45,51 @@ KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, cons
   return usable ? stored : nullptr;
 }
 
+namespace {
+
+/// A key stands in the samples of the stream, and may be another by now.
+KeptStream stream_without_key(const PngHeader& header, const Picture& picture, const SaveOptions& options,
+                              const std::optional<std::array<std::uint16_t, 3>>& key) {
+  return key ? nullptr : usable_stream(header, picture.handle(), options);
+}
+
+}  // namespace
+
 KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
                         std::optional<std::array<std::uint16_t, 3>> key) {
-  // A key stands in the samples of the stream, and may be another by now.
-  if (!key)
-    if (KeptStream stored = usable_stream(header, picture.handle(), options)) return stored;
+  if (KeptStream stored = stream_without_key(header, picture, options, key)) return stored;
   if (options.encode) return new_stream(header, picture, options.encode(header, picture, key));
   return new_stream(header, picture, png_encode_block(header, picture, options.compression, key));
+}
+
+std::optional<ImageData> image_data(const PngHeader& header, const Picture& picture,
+                                    const SaveOptions& options,
+                                    std::optional<std::array<std::uint16_t, 3>> key) {
+  const bool as_they_are = options.compression == 0 && !options.encode;
+  ImageData data{header, picture, key,
+                 as_they_are ? stream_without_key(header, picture, options, key)
+                             : image_stream(header, picture, options, key)};
+  if (!data.stream && !as_they_are) return std::nullopt;
+  return data;
+}
+
+bool write_image_data(const Sink& sink, const StoredImage& stream) {
+  constexpr std::size_t kLongest = 0x40000000;  // well inside the 31 bits of a length
+  for (auto left : stream.pieces()) {
+    do {
+      const auto piece = left.first(std::min(left.size(), kLongest));
+      if (!write_chunk(sink, tag::IDAT, piece)) return false;
+      left = left.subspan(piece.size());
+    } while (!left.empty());
+  }
+  return stream.intact();
+}
+
+bool write_image_data(const Sink& sink, const ImageData& data) {
+  if (data.stream) return write_image_data(sink, *data.stream);
+  return png_write_stored(
+      data.header, data.picture,
+      [&](std::span<const std::uint8_t> piece) { return write_chunk(sink, tag::IDAT, piece); }, data.key);
 }
 
 void keep_stream(ChunkList& list, std::size_t entry, const KeptStream& stream) {

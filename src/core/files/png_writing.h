@@ -16,9 +16,6 @@ bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks);
 /// Why something was not written: what the sink says, else that the file which images lie in is another by
 /// now.
 std::string write_fault(const Sink& sink);
-/// Image data as IDAT chunks, divided as the stream is. False also where the stream was changed meanwhile.
-bool write_image_data(const Sink& sink, const StoredImage& stream);
-
 using KeptStream = std::shared_ptr<const StoredImage>;
 
 /// The stream that the picture in a block came from, where it can be written as it is under this header; else
@@ -29,6 +26,22 @@ KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, cons
 /// Null where they can't be made.
 KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
                         std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+/// The image data of a still file.
+struct ImageData {
+  const PngHeader& header;
+  const Picture& picture;
+  std::optional<std::array<std::uint16_t, 3>> key;
+  KeptStream stream;  ///< null where rows go out as they are: they are laid while they are written
+};
+
+/// As image_stream; nothing where they can't be made.
+std::optional<ImageData> image_data(const PngHeader& header, const Picture& picture,
+                                    const SaveOptions& options,
+                                    std::optional<std::array<std::uint16_t, 3>> key);
+bool write_image_data(const Sink& sink, const ImageData& data);
+/// Image data as IDAT chunks, divided as the stream is. False also where the stream was changed meanwhile.
+bool write_image_data(const Sink& sink, const StoredImage& stream);
+
 /// A stream of this picture that has just been made; null of a null block.
 KeptStream new_stream(const PngHeader& header, const Picture& picture, ChunkHandle bytes);
 /// The same of a copy of the bytes; null without any.

@@ -65,12 +65,11 @@ std::vector<std::uint8_t> palette_out(const ChunkList& list, std::size_t entry, 
   return palette;
 }
 
-bool write_file(const Sink& sink, const PngForm& form, const OrderedChunks& ordered,
-                const StoredImage& stream, Host& host) {
+bool write_file(const Sink& sink, const ImageData& data, const OrderedChunks& ordered, Host& host) {
   const std::span<const ChunkOut> chunks = ordered.chunks;
   const bool written =
-      begin_png(sink, form.header) && write_chunks(sink, chunks.first(ordered.beforeImage)) &&
-      write_image_data(sink, stream) && write_chunks(sink, chunks.subspan(ordered.beforeImage)) &&
+      begin_png(sink, data.header) && write_chunks(sink, chunks.first(ordered.beforeImage)) &&
+      write_image_data(sink, data) && write_chunks(sink, chunks.subspan(ordered.beforeImage)) &&
       write_chunk(sink, tag::IEND, {}) && sink.finish();
   return written || host.fail({FaultKind::Limit, 0, -1, -1, write_fault(sink)});
 }
@@ -101,9 +100,9 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   Palette palette;
   const PngForm form = png_form(picture, wanted, chunk_find_palette(window.list, palette));
   if (!form.picture) return fail(translated("memory is exhausted"));
-  const KeptStream stream =
-      image_stream(form.header, form.picture, options, deep_transparency_key(window.list, wanted));
-  if (!stream) return fail(translated("the image can't be compressed"));
+  const auto data =
+      image_data(form.header, form.picture, options, deep_transparency_key(window.list, wanted));
+  if (!data) return fail(translated("the image can't be compressed"));
   progress.step(image_entry, window.list.size());
 
   std::vector<std::string> notes;
@@ -118,8 +117,8 @@ WriteResult write_png(DocumentWindow& window, const Sink& sink, const SaveOption
   request.keepStored = options.keepStored;
   request.updateTime = options.updateTime;
   const OrderedChunks ordered = in_order(chunks_out(window.list, request, notes), image_entry, palette_entry);
-  if (!write_file(sink, form, ordered, *stream, host)) return WriteResult::Failed;
-  if (options.keepStreams) keep_stream(window.list, image_entry, stream);
+  if (!write_file(sink, *data, ordered, host)) return WriteResult::Failed;
+  if (options.keepStreams && data->stream) keep_stream(window.list, image_entry, data->stream);
   take_over_written(window, ordered.chunks);
   take_over_header(window, header_entry, form.header);
   tell_notes(host, notes);
