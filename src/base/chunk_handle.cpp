@@ -48,6 +48,8 @@ const std::uint8_t* ChunkHandle::kept_head() const { return kept_->head(); }
 
 std::shared_ptr<const BlockSource> ChunkHandle::source() const { return kept_ ? kept_->source() : nullptr; }
 
+bool ChunkHandle::at_hand() const { return !kept_ || kept_->at_hand(); }
+
 std::size_t ChunkHandle::held_bytes() const { return kept_ ? kept_->held_bytes() : size_; }
 
 std::uint8_t* ChunkHandle::edit() {

@@ -59,6 +59,8 @@ class ChunkHandle {
   /// The beginning of the block: of a kept one as many bytes as always stay, of others all.
   const std::uint8_t* head() const { return kept_ ? kept_head() : block_.get(); }
   bool is_kept() const { return kept_ != nullptr; }
+  /// Whether the bytes are in memory now. Those of a kept block that nobody has pinned may go at any time.
+  bool at_hand() const;
   /// What a kept block came from, and what it was packed to does not count; null for others.
   std::shared_ptr<const BlockSource> source() const;
   /// Which block this is, for comparing.

@@ -27,6 +27,7 @@ class KeptBlock : public std::enable_shared_from_this<KeptBlock> {
   /// The bytes, made again where they are not in memory. Throws std::bad_alloc when they can't be. The block
   /// is pinned.
   const std::uint8_t* bytes();
+  bool at_hand() const { return resident_ != nullptr; }
   const std::uint8_t* head() const { return head_.data(); }
   std::shared_ptr<const BlockSource> source() const { return source_; }
   /// See ChunkHandle::held_bytes.

@@ -134,39 +134,68 @@ void parallel_wavefront(std::size_t items, std::size_t steps,
 
 namespace {
 
-/// How far both sides of a relay are.
+/// How far both sides of a relay are, and the work behind it.
 class Relay {
  public:
   using Work = std::function<void(std::size_t)>;
-  Relay(std::size_t steps, std::size_t ahead, const Work& make, const Work& use)
-      : steps_(steps), ahead_(ahead), make_{make}, use_{use} {}
+  Relay(std::size_t steps, std::size_t ahead, const Work& make, const Work& use, const RelayWork& behind)
+      : steps_(steps),
+        ahead_(ahead),
+        make_{make},
+        use_{use},
+        behind_(behind),
+        doing_(parallel_width(), kNothing) {}
 
-  /// Does what can be done until all is; while another one runs it, both do.
-  void run() {
+  /// Does what can be done until all has begun; while another one runs it, both do.
+  void run(std::size_t worker) {
     std::unique_lock guard(lock_);
-    while (!stopped_ && use_.done < steps_) {
+    while (!stopped_ && (use_.done < steps_ || next_ < behind_.items)) {
       if (!make_.busy && make_.done < steps_ && make_.done - use_.done < ahead_)
         do_step(make_, guard);
-      else if (!use_.busy && use_.done < make_.done)
+      else if (!use_.busy && use_.done < make_.done && has_room(use_.done))
         do_step(use_, guard);
+      else if (next_ < behind_.items && behind_.needs(next_) <= use_.done)
+        do_item(worker, guard);
       else
-        changed_.wait(guard);  // for the other one: alone there is always something to do
+        changed_.wait(guard);  // for another one: alone there is always something to do
     }
   }
 
  private:
+  static constexpr std::size_t kNothing = ~std::size_t{0};
   struct Side {
     const Work& work;
     std::size_t done = 0;
     bool busy = false;
   };
 
+  /// Whether the items that a step is not to be used before are done.
+  bool has_room(std::size_t step) const {
+    if (behind_.items == 0) return true;
+    return std::min(next_, *std::ranges::min_element(doing_)) >=
+           std::min(behind_.spares(step), behind_.items);
+  }
+
   void do_step(Side& side, std::unique_lock<std::mutex>& guard) {
     side.busy = true;
-    const std::size_t step = side.done;
+    run_unlocked(guard, [&, step = side.done] { side.work(step); });
+    side.busy = false;
+    ++side.done;
+    changed_.notify_all();
+  }
+
+  void do_item(std::size_t worker, std::unique_lock<std::mutex>& guard) {
+    const std::size_t item = doing_[worker] = next_++;
+    run_unlocked(guard, [&] { behind_.work(worker, item); });
+    doing_[worker] = kNothing;
+    changed_.notify_all();
+  }
+
+  template <class Call>
+  void run_unlocked(std::unique_lock<std::mutex>& guard, const Call& call) {
     guard.unlock();
     try {
-      side.work(step);
+      call();
     } catch (...) {
       guard.lock();
       stopped_ = true;
@@ -174,13 +203,13 @@ class Relay {
       throw;
     }
     guard.lock();
-    side.busy = false;
-    ++side.done;
-    changed_.notify_all();
   }
 
   std::size_t steps_, ahead_;
   Side make_, use_;
+  const RelayWork& behind_;
+  std::vector<std::size_t> doing_;  ///< the item of each worker
+  std::size_t next_ = 0;
   bool stopped_ = false;
   std::mutex lock_;
   std::condition_variable changed_;
@@ -189,9 +218,14 @@ class Relay {
 }  // namespace
 
 void parallel_relay(std::size_t steps, std::size_t ahead, const std::function<void(std::size_t)>& make,
+                    const std::function<void(std::size_t)>& use, const RelayWork& behind) {
+  Relay relay(steps, ahead, make, use, behind);
+  parallel_for(behind.items == 0 ? 2 : parallel_width(), [&](std::size_t worker) { relay.run(worker); });
+}
+
+void parallel_relay(std::size_t steps, std::size_t ahead, const std::function<void(std::size_t)>& make,
                     const std::function<void(std::size_t)>& use) {
-  Relay relay(steps, ahead, make, use);
-  parallel_for(2, [&](std::size_t) { relay.run(); });
+  parallel_relay(steps, ahead, make, use, {});
 }
 
 }  // namespace vellum

@@ -30,6 +30,20 @@ void parallel_wavefront(std::size_t items, std::size_t steps,
 void parallel_relay(std::size_t steps, std::size_t ahead, const std::function<void(std::size_t)>& make,
                     const std::function<void(std::size_t)>& use);
 
+/// Work that begins while a relay goes on: `work(worker, item)` for every item, begun in their order, side by
+/// side.
+struct RelayWork {
+  std::size_t items = 0;
+  std::function<void(std::size_t worker, std::size_t item)> work;
+  /// Steps that have been used before an item begins; never fewer than for the item in front of it.
+  std::function<std::size_t(std::size_t item)> needs;
+  /// Items in front of this one are done before a step is used. None of those needs the step itself.
+  std::function<std::size_t(std::size_t step)> spares;
+};
+/// The same on all cores, with workers numbered below parallel_width(). Done when all items are.
+void parallel_relay(std::size_t steps, std::size_t ahead, const std::function<void(std::size_t)>& make,
+                    const std::function<void(std::size_t)>& use, const RelayWork& behind);
+
 /// How many calls of `parallel_for` can run at the same time.
 std::size_t parallel_width();
 

@@ -1,11 +1,14 @@
 #include "cli/operation_command.h"
 
+#include <optional>
+
 #include "base/translation.h"
 #include "cli/document_kinds.h"
 #include "cli/frame_options.h"
 #include "cli/parameter_options.h"
 #include "cli/words.h"
 #include "core/files/open_document.h"
+#include "core/files/open_unchecked.h"
 #include "core/files/save_document.h"
 #include "operations/convert_kind.h"
 #include "operations/supercompress.h"
@@ -20,6 +23,8 @@ struct Given {
   GivenParameters parameters;
 };
 
+bool makes_document(const Operation& operation) { return operation.result != OperationResult::Files; }
+
 /// As another kind where one was asked for, and written.
 int write_result(DocumentWindow& window, const Given& given, Host& host) {
   if (given.kind == DocumentKind::None || given.kind == window.document.kind)
@@ -29,14 +34,11 @@ int write_result(DocumentWindow& window, const Given& given, Host& host) {
   return save_document(converted, given.out, host) ? kDone : kFailed;
 }
 
-int run(const Operation& operation, const Given& given, Host& host) {
-  DocumentWindow window;
-  if (!open_document(window, given.in, host)) return kFailed;
-  const bool document = operation.result != OperationResult::Files;
+/// The operation on the document that was read. Nothing is written of those that make one.
+int change(const Operation& operation, DocumentWindow& window, const Given& given, Host& host) {
   DocumentKind kind = given.kind == DocumentKind::None ? operation.makes : given.kind;
-  const DocumentKind opened = window.document.kind;
-  if (kind == DocumentKind::None) kind = opened;
-  if (document && !name_fits_kind(given.out, kind)) return kWrongUsage;
+  if (kind == DocumentKind::None) kind = window.document.kind;
+  if (makes_document(operation) && !name_fits_kind(given.out, kind)) return kWrongUsage;
   const std::size_t count = frame_entries(window).size();
   if (count == 0) {
     host.show(StringId::NoImagesHere);
@@ -49,10 +51,35 @@ int run(const Operation& operation, const Given& given, Host& host) {
     wrong_usage(translated("--frames is not a list of images as in 1,3-5"));
     return kWrongUsage;
   }
-  if (!run_operation(operation, window, *values, *frames, host)) return kFailed;
-  const bool copies = operation.neverGrows && kind == opened;
+  return run_operation(operation, window, *values, *frames, host) ? kDone : kFailed;
+}
+
+/// Changes images as they are unpacked, as sound files allow: each is looked at once. Nothing where the file
+/// isn't one: then nothing was written, and it is to be opened as usual.
+std::optional<int> change_at_once(const Operation& operation, DocumentWindow& window, const Given& given,
+                                  Host& host) try {
+  UncheckedImages unchecked;
+  if (!makes_document(operation) || !open_unchecked(window, given.in, unchecked, host)) return std::nullopt;
+  const int status = change(operation, window, given, host);
+  if (status == kWrongUsage || all_sound(unchecked)) return status;
+  return std::nullopt;
+} catch (const std::bad_alloc&) {
+  return std::nullopt;  // what there is to say about that, opening says
+}
+
+int run(const Operation& operation, const Given& given, Host& host) {
+  DocumentWindow window;
+  auto status = change_at_once(operation, window, given, host);
+  if (!status) {
+    window = {};
+    if (!open_document(window, given.in, host)) return kFailed;
+    status = change(operation, window, given, host);
+  }
+  if (*status != kDone || !makes_document(operation)) return *status;
+  const bool copies =
+      operation.neverGrows && (given.kind == DocumentKind::None || given.kind == window.document.kind);
   if (copies) return save_supercompressed(window, given.in, given.out, host) ? kDone : kFailed;
-  return document ? write_result(window, given, host) : kDone;
+  return write_result(window, given, host);
 }
 
 }  // namespace
@@ -61,7 +88,7 @@ Run prepare_operation(CLI::App& app, const Operation& operation) {
   const auto given = std::make_shared<Given>();
   app.add_option("IN", given->in, "The file to read")->required();
   add_second_file(app, operation.parameters, given->parameters);
-  const bool document = operation.result != OperationResult::Files;
+  const bool document = makes_document(operation);
   if (document) app.add_option("OUT", given->out, "The file to write")->required();
   add_parameter_options(app, operation.parameters, given->parameters);
   if (operation.scoped)

@@ -4,7 +4,7 @@
 #include "base/translation.h"
 #include "cli/command.h"
 #include "core/files/open_document.h"
-#include "core/files/unchecked_images.h"
+#include "core/files/open_unchecked.h"
 #include "core/settings.h"
 #include "image/png_file.h"
 #include "playback/compositor.h"
@@ -82,25 +82,6 @@ int play_document(const DocumentWindow& window, const PlayOptions& options, Step
   return std::fflush(stdout) == 0 && played ? kDone : kFailed;
 }
 
-/// Whether the file was opened and there is nothing to tell about it.
-bool opened_without_a_word(DocumentWindow& window, const std::string& file, UncheckedImages& unchecked,
-                           const Host& host) {
-  bool told = false;
-  Host listener;
-  listener.message = [&](const Message&) { told = true; };
-  listener.ask = [&](const Message&, bool) {
-    told = true;
-    return Answer::Cancel;
-  };
-  listener.choose = [&](Choice&) {
-    told = true;
-    return false;
-  };
-  listener.note = [&](std::string_view) { told = true; };
-  listener.stop_requested = host.stop_requested;
-  return open_document(window, file, listener, &unchecked) && !told;
-}
-
 /// Checks frames by showing them, as sound files allow: each is unpacked once. Nothing, and nothing was
 /// printed, where the file isn't one.
 std::optional<int> play_at_once(const PlayOptions& options, Host& host) {
@@ -108,7 +89,7 @@ std::optional<int> play_at_once(const PlayOptions& options, Host& host) {
   StepPrinter printer(unchecked);
   try {
     DocumentWindow window;
-    if (!opened_without_a_word(window, options.file, unchecked, host)) return std::nullopt;
+    if (!open_unchecked(window, options.file, unchecked, host)) return std::nullopt;
     const int result = play_document(window, options, printer, host);
     if (result == kDone || printer.has_printed()) return result;
   } catch (const std::bad_alloc&) {

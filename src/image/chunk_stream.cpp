@@ -1,7 +1,10 @@
 #include "image/chunk_stream.h"
 
+#include <algorithm>
+
 #include "base/byte_order.h"
 #include "base/crc.h"
+#include "base/parallel.h"
 
 namespace vellum {
 namespace {
@@ -47,6 +50,23 @@ GatheredChunks gather_chunks(std::span<const std::uint8_t> file, std::size_t sta
 bool crc_agrees(const StreamChunk& chunk) { return chunk.storedCrc == chunk_crc(chunk.tag, chunk.data); }
 
 bool crc_agrees_with_type(const StreamChunk& chunk) { return chunk.storedCrc == chunk_crc(chunk.tag, {}); }
+
+std::vector<const StreamChunk*> wrong_crcs(std::span<const StreamChunk* const> chunks, std::uint32_t end) {
+  constexpr std::size_t kWorthAnother = std::size_t{1} << 20, kMostParts = 64;
+  std::size_t bytes = 0;
+  for (const StreamChunk* chunk : chunks) bytes += chunk->data.size();
+  std::vector<std::vector<const StreamChunk*>> wrong(
+      std::clamp<std::size_t>(bytes / kWorthAnother, 1, kMostParts));
+  parallel_for(wrong.size(), [&](std::size_t part) {
+    const std::size_t begin = chunks.size() * part / wrong.size();
+    for (const StreamChunk* chunk : chunks.subspan(begin, chunks.size() * (part + 1) / wrong.size() - begin))
+      if (!(chunk->tag == end ? crc_agrees_with_type(*chunk) : crc_agrees(*chunk)))
+        wrong[part].push_back(chunk);
+  });
+  std::vector<const StreamChunk*> all;
+  for (const auto& part : wrong) all.insert(all.end(), part.begin(), part.end());
+  return all;
+}
 
 bool write_chunk(const Sink& sink, std::uint32_t tag, std::span<const std::uint8_t> payload) {
   const ChunkFrame frame = frame_of(tag, payload);

@@ -11,6 +11,7 @@
 #include "image/picture_operations.h"
 #include "image/picture_rows.h"
 #include "image/resample_passes.h"
+#include "image/resample_stored.h"
 #include "image/to_colors.h"
 
 namespace vellum {
@@ -40,9 +41,12 @@ PassOrder cheaper_order(const Picture& source, std::uint32_t width, std::uint32_
 
 Picture filtered(const Picture& source, std::uint32_t width, std::uint32_t height, ResampleFilter filter,
                  double blur) {
-  return resample_passes(source, resample_axis(source.width(), width, filter, blur),
-                         resample_axis(source.height(), height, filter, blur),
-                         cheaper_order(source, width, height));
+  const ResampleAxis across = resample_axis(source.width(), width, filter, blur),
+                     down = resample_axis(source.height(), height, filter, blur);
+  const PassOrder order = cheaper_order(source, width, height);
+  if (order == PassOrder::DownFirst)
+    if (Picture result = resample_stored(source, across, down)) return result;
+  return resample_passes(source, across, down, order);
 }
 
 /// What an axis reads of its source; its positions are counted from there afterwards.

@@ -22,18 +22,6 @@ namespace {
 /// blocks of both forms.
 constexpr std::size_t kTile = 512;
 
-/// Where the rows of a picture lie, from the top, without asking it for each.
-struct SourceRows {
-  SourceRows(const Picture& picture)
-      : top(picture.row(0)),
-        stride(picture.stride()),
-        bytes(std::size_t{picture.width()} * picture.bits() / 8) {}
-  const std::uint8_t* row(std::size_t y) const { return top - y * stride; }
-
-  const std::uint8_t* top;
-  std::size_t stride, bytes;
-};
-
 /// Target rows `top` to `end` of a pass that changes the height.
 struct DownJob {
   SourceRows source;
@@ -315,38 +303,75 @@ void filter_across(const FastAxis& axis, Strip& strip, std::size_t bytes, std::u
 
 // --------------------------------------------------------------------------------------- passes
 
-/// Rows between the passes that are under way on one core: they stay in its cache.
-constexpr std::uint32_t kBandRows = 16;
-
 /// Calls work(top, end) for parts of the rows, on all cores.
 template <class Work>
 void for_each_part(std::uint32_t height, const Work& work) {
-  const std::size_t most = 4 * parallel_width(), bands = (height + kBandRows - 1) / kBandRows;
+  const std::size_t most = 4 * parallel_width(), bands = (height + DownFirst::kRows - 1) / DownFirst::kRows;
   const std::size_t parts = std::min(bands, most);
   parallel_for(parts, [&](std::size_t i) {
-    work(static_cast<std::uint32_t>(bands * i / parts * kBandRows),
-         static_cast<std::uint32_t>(std::min<std::size_t>(height, bands * (i + 1) / parts * kBandRows)));
+    work(static_cast<std::uint32_t>(bands * i / parts * DownFirst::kRows),
+         static_cast<std::uint32_t>(
+             std::min<std::size_t>(height, bands * (i + 1) / parts * DownFirst::kRows)));
   });
 }
 
-template <class Form>
+bool is_opaque(const SourceRows& source, std::uint32_t top, std::uint32_t end) {
+  for (std::uint32_t y = top; y < end; ++y)
+    if (!is_opaque_run(source.row(y), source.bytes / 4)) return false;
+  return true;
+}
+
+}  // namespace
+
+struct DownFirst::Scratch {
+  const FastAxis& across;
+  const FastAxis& down;
+  std::uint32_t bits;
+  TileRows tiles;
+  Strip strip;
+  std::vector<std::uint8_t> band;
+
+  template <class Form>
+  void make(const SourceRows& source, std::uint32_t top, std::uint32_t end, const EditRows& rows) {
+    const std::size_t bytes = source.bytes;
+    filter_down<Form>({source, down, top, end, band.data(), static_cast<std::ptrdiff_t>(bytes)}, tiles);
+    filter_across<Form>(
+        across, strip, bytes, top, end, [&](std::uint32_t y) { return &band[bytes * (y - top)]; }, rows);
+  }
+};
+
+DownFirst::DownFirst(const FastAxis& across, const FastAxis& down, std::uint32_t width, std::uint32_t bits)
+    : scratch_(new Scratch{across, down, bits, TileRows(down.longest), Strip(width, bits / 8),
+                           std::vector<std::uint8_t>(std::size_t{width} * (bits / 8) * kRows)}) {}
+
+DownFirst::~DownFirst() = default;
+DownFirst::DownFirst(DownFirst&&) noexcept = default;
+
+void DownFirst::make(const SourceRows& source, std::uint32_t top, std::uint32_t end, const EditRows& rows) {
+  if (scratch_->bits != 32) return scratch_->make<ByteForm>(source, top, end, rows);
+  const auto& positions = scratch_->down.exact.positions;
+  std::uint32_t first = positions[top].first, last = first;
+  for (std::uint32_t y = top; y < end; ++y) {
+    first = std::min(first, positions[y].first);
+    last = std::max(last, positions[y].first + positions[y].count);
+  }
+  if (is_opaque(source, first, last))
+    scratch_->make<OpaqueForm>(source, top, end, rows);
+  else
+    scratch_->make<AlphaForm>(source, top, end, rows);
+}
+
+namespace {
+
 Picture down_first(const Picture& source, const FastAxis& across, const FastAxis& down) {
   Picture result = create_rows(across.size(), down.size(), nullptr, source.bits());
   if (!result) return {};
   const EditRows rows(result);
   const SourceRows from(source);
-  const std::size_t bytes = from.bytes;
   for_each_part(down.size(), [&](std::uint32_t top, std::uint32_t end) {
-    TileRows tile_rows(down.longest);
-    Strip strip(source.width(), Form::kChannels);
-    std::vector<std::uint8_t> band(bytes * kBandRows);
-    for (std::uint32_t y = top; y < end; y += kBandRows) {
-      const std::uint32_t band_end = std::min(end, y + kBandRows);
-      filter_down<Form>({from, down, y, band_end, band.data(), static_cast<std::ptrdiff_t>(bytes)},
-                        tile_rows);
-      filter_across<Form>(
-          across, strip, bytes, y, band_end, [&](std::uint32_t at) { return &band[bytes * (at - y)]; }, rows);
-    }
+    DownFirst bands(across, down, source.width(), source.bits());
+    for (std::uint32_t y = top; y < end; y += DownFirst::kRows)
+      bands.make(from, y, std::min(end, y + DownFirst::kRows), rows);
   });
   return result;
 }
@@ -365,33 +390,23 @@ Picture across_first(const Picture& source, const FastAxis& across, const FastAx
   });
   for_each_part(down.size(), [&](std::uint32_t top, std::uint32_t end) {
     TileRows tile_rows(down.longest);
-    filter_down<Form>({between, down, top, end, rows[top], -static_cast<std::ptrdiff_t>(rows.stride)},
-                      tile_rows);
+    filter_down<Form>(
+        {SourceRows(between), down, top, end, rows[top], -static_cast<std::ptrdiff_t>(rows.stride)},
+        tile_rows);
   });
   return result;
-}
-
-bool is_opaque(const Picture& picture) {
-  for (std::uint32_t y = 0; y < picture.height(); ++y)
-    if (!is_opaque_run(picture.row(y), picture.width())) return false;
-  return true;
-}
-
-template <class Form>
-Picture both_passes(const Picture& source, const ResampleAxis& across, const ResampleAxis& down,
-                    PassOrder order) {
-  const FastAxis fast_across(across), fast_down(down);
-  return order == PassOrder::DownFirst ? down_first<Form>(source, fast_across, fast_down)
-                                       : across_first<Form>(source, fast_across, fast_down);
 }
 
 }  // namespace
 
 Picture resample_passes(const Picture& source, const ResampleAxis& across, const ResampleAxis& down,
                         PassOrder order) {
-  if (source.bits() != 32) return both_passes<ByteForm>(source, across, down, order);
-  return is_opaque(source) ? both_passes<OpaqueForm>(source, across, down, order)
-                           : both_passes<AlphaForm>(source, across, down, order);
+  const FastAxis fast_across(across), fast_down(down);
+  if (order == PassOrder::DownFirst) return down_first(source, fast_across, fast_down);
+  if (source.bits() != 32) return across_first<ByteForm>(source, fast_across, fast_down);
+  return is_opaque(SourceRows(source), 0, source.height())
+             ? across_first<OpaqueForm>(source, fast_across, fast_down)
+             : across_first<AlphaForm>(source, fast_across, fast_down);
 }
 
 }  // namespace vellum

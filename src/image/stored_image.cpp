@@ -30,6 +30,7 @@ ChunkHandle StoredImage::make() const {
   if (!intact()) return {};
   const Palette& table = table_ ? *table_ : kNone;
   const PngDecoded decoded = png_decode(header_, pieces_, table, PngShortData::Zeros);
+  if (decoded.picture && !decoded.isShort) keep_whole();
   if (!unchecked_ || decoded.limit) return decoded.picture.handle();
   const std::lock_guard guard(lock_);
   if (!finding_) finding_ = finding_of(decoded);

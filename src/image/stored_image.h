@@ -40,6 +40,9 @@ class StoredImage : public BlockSource {
   std::span<const Bytes> pieces() const { return pieces_; }
   /// Looks at the stream where nobody has done so.
   Finding finding() const;
+  /// Whether it gives a picture of all its rows. Not looked at again where somebody made that picture.
+  bool whole() const { return whole_ || (!finding().reason && !finding().isShort); }
+  void keep_whole() const { whole_ = true; }
   /// Whether it may be written again.
   bool exact() const { return finding().exact; }
   /// Whether the bytes still are what was read.
@@ -64,6 +67,7 @@ class StoredImage : public BlockSource {
   mutable std::mutex lock_;
   mutable std::optional<Finding> finding_;
   mutable std::atomic<int> largestIndex_ = -1;
+  mutable std::atomic<bool> whole_ = false;
 };
 
 /// The stream that a block came from; null where it has none, or another source.

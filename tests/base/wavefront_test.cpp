@@ -66,6 +66,35 @@ TEST(Relay, EachStepIsUsedInOrderAndMakingIsNotTooFarAhead) {
     }
 }
 
+TEST(Relay, WorkBehindItFindsWhatItNeedsAndLosesNothingMeanwhile) {
+  // As rows that take turns in a ring: each item adds up a window of steps, which slides two steps on.
+  constexpr std::size_t kWindow = 5, kSlide = 2, kSlots = 8;
+  for (const std::size_t items : {1u, 2u, 40u, 1000u}) {
+    const std::size_t steps = kSlide * (items - 1) + kWindow;
+    std::vector<std::size_t> made(3), ring(kSlots), sums(items);
+    std::atomic<std::size_t> wrong = 0;
+    const RelayWork work{
+        .items = items,
+        .work =
+            [&](std::size_t worker, std::size_t item) {
+              wrong += worker >= parallel_width();
+              for (std::size_t i = 0; i < kWindow; ++i) sums[item] += ring[(kSlide * item + i) % kSlots];
+            },
+        .needs = [&](std::size_t item) { return kSlide * item + kWindow; },
+        .spares = [&](std::size_t step) { return step < kSlots ? 0 : (step - kSlots) / kSlide + 1; },
+    };
+    parallel_relay(
+        steps, 2, [&](std::size_t step) { made[step % 3] = step; },
+        [&](std::size_t step) { ring[step % kSlots] = made[step % 3] * made[step % 3]; }, work);
+    EXPECT_EQ(wrong, 0u);
+    for (std::size_t item = 0; item < items; ++item) {
+      std::size_t sum = 0;
+      for (std::size_t i = 0; i < kWindow; ++i) sum += (kSlide * item + i) * (kSlide * item + i);
+      ASSERT_EQ(sums[item], sum) << item << " of " << items;
+    }
+  }
+}
+
 TEST(Relay, AnExceptionOfEitherSideEndsBothAndOnesInsideOthersComeToTheirEnd) {
   for (const bool making : {false, true}) {
     const auto fail = [](std::size_t step) {
@@ -75,6 +104,16 @@ TEST(Relay, AnExceptionOfEitherSideEndsBothAndOnesInsideOthersComeToTheirEnd) {
     EXPECT_THROW(making ? parallel_relay(100, 2, fail, good) : parallel_relay(100, 2, good, fail),
                  std::runtime_error);
   }
+  const RelayWork failing{.items = 50,
+                          .work =
+                              [](std::size_t, std::size_t item) {
+                                if (item == 9) throw std::runtime_error("stopped");
+                              },
+                          .needs = [](std::size_t item) { return item; },
+                          .spares = [](std::size_t) { return std::size_t{0}; }};
+  EXPECT_THROW(parallel_relay(
+                   100, 2, [](std::size_t) {}, [](std::size_t) {}, failing),
+               std::runtime_error);
   std::atomic<int> used = 0;
   parallel_for(20, [&](std::size_t) {
     parallel_relay(

@@ -8,9 +8,14 @@
 
 #include "image/lanes.h"
 #include "image/picture_operations.h"
+#include "image/png_encode.h"
+#include "image/stored_image.h"
+#include "random_pictures.h"
 
 namespace vellum {
 namespace {
+
+using testing::same_block;
 
 Picture noise(std::uint32_t width, std::uint32_t height, std::uint32_t bits, unsigned seed) {
   std::minstd_rand dice(seed);
@@ -152,6 +157,51 @@ TEST(Resample, EverySourcePixelWeighsIn) {
           share[position.first + k] += std::abs(axis.weights_of(position)[k]);
       EXPECT_GT(std::ranges::min(share), 0.0) << number << ": " << source << " to " << target;
     }
+}
+
+/// A picture that came from a stream and whose rows are not in memory.
+Picture cold_picture(const Picture& picture, const PngHeader& header, std::size_t missing) {
+  auto stream = png_encode(header, picture, 1);
+  stream.resize(stream.size() - missing);
+  const std::size_t middle = stream.size() / 3;
+  const auto owner = std::make_shared<const FileContent>(ChunkHandle::copy_of(stream, 0));
+  const StoredImage::Bytes bytes(*owner);
+  const std::vector pieces{bytes.first(middle), bytes.subspan(middle)};
+  return Picture(
+      kept_with_stream(png_expect(header, pieces, {}), header, pieces, owner, nullptr, StreamSeen::NotYet));
+}
+
+TEST(Resample, LargeImagesComeOutTheSameWhileTheirStreamsAreUnpacked) {
+  struct Case {
+    std::uint32_t bits;
+    bool opaque;
+    std::uint32_t width, height;
+    ResampleFilter filter;
+  };
+  constexpr std::uint32_t kWidth = 701, kHeight = 4100;
+  const Case cases[] = {
+      {24, false, 350, 2050, ResampleFilter::Lanczos}, {24, false, 701, 4101, ResampleFilter::Mitchell},
+      {24, false, 100, 900, ResampleFilter::Box},      {32, false, 300, 2000, ResampleFilter::Sinc},
+      {32, true, 350, 2050, ResampleFilter::Mitchell}, {32, true, 1000, 6000, ResampleFilter::Triangle}};
+  for (const Case& c : cases) {
+    Picture source = noise(kWidth, kHeight, c.bits, c.width);
+    // Its lower half alone, so that some bands are opaque and others aren't.
+    for (std::uint32_t y = c.opaque ? kHeight / 2 : kHeight; y < kHeight; ++y)
+      for (std::uint32_t x = 0; x < kWidth; ++x) source.edit_row(y)[4 * x + 3] = 255;
+    const PngHeader header{kWidth, kHeight, 8, static_cast<std::uint8_t>(c.bits == 24 ? 2 : 6), 0, 0, 0};
+    const Picture cold = cold_picture(source, header, 0);
+    const Picture result = PictureResample(cold, c.width, c.height, c.filter);
+    EXPECT_FALSE(cold.handle().at_hand()) << "unpacked whole: " << c.width << 'x' << c.height;
+    EXPECT_TRUE(same_block(result, PictureResample(source, c.width, c.height, c.filter)))
+        << c.bits << " bits to " << c.width << 'x' << c.height;
+    EXPECT_TRUE(stored_image_of(cold.handle())->whole());
+    // Of one that is cut, what is there counts, as always.
+    const Picture cut = cold_picture(source, header, source.handle().size() / 5);
+    const Picture rest = PictureResample(cut, c.width, c.height, c.filter);
+    EXPECT_TRUE(cut.handle().at_hand());
+    EXPECT_TRUE(same_block(rest, PictureResample(PictureDuplicate(cut), c.width, c.height, c.filter)));
+    EXPECT_FALSE(stored_image_of(cut.handle())->whole());
+  }
 }
 
 TEST(Resample, MirrorAndResizeCommute) {

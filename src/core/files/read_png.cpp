@@ -10,6 +10,7 @@
 #include "core/files/png_reading.h"
 #include "core/model/chunk_layout.h"
 #include "core/settings.h"
+#include "image/png_bands.h"
 #include "image/stored_image.h"
 
 namespace vellum {
@@ -17,12 +18,12 @@ namespace {
 
 /// Every chunk's CRC is checked, of the IDAT run the first one's only.
 void check_crcs(const PngReading& reading) {
+  std::vector<const StreamChunk*> checked;
+  checked.reserve(reading.chunks.size());
   bool image_seen = false;
-  for (const StreamChunk& chunk : reading.chunks) {
-    if (chunk.tag == tag::IDAT && std::exchange(image_seen, true)) continue;
-    const bool agrees = chunk.tag == tag::IEND ? crc_agrees_with_type(chunk) : crc_agrees(chunk);
-    if (!agrees) warn_of_crc(reading.host, chunk);
-  }
+  for (const StreamChunk& chunk : reading.chunks)
+    if (chunk.tag != tag::IDAT || !std::exchange(image_seen, true)) checked.push_back(&chunk);
+  for (const StreamChunk* wrong : wrong_crcs(checked, tag::IEND)) warn_of_crc(reading.host, *wrong);
 }
 
 bool check_palette(PngReading& reading) {
@@ -60,17 +61,26 @@ bool is_animated(std::span<const StreamChunk> chunks) {
   return false;
 }
 
+/// A large image may be left for who unpacks it while it is changed.
+bool leaves_unchecked(const PngReading& reading) {
+  return reading.unchecked && png_goes_in_bands(reading.header);
+}
+
 bool append_still_image(PngReading& reading, const StreamChunk& first) {
   std::vector<std::span<const std::uint8_t>> data;
   for (const StreamChunk& chunk : reading.chunks)
     if (chunk.tag == tag::IDAT) data.push_back(chunk.data);
-  PngDecoded decoded = png_decode(reading.header, data, reading.palette);
+  const bool later = leaves_unchecked(reading);
+  const PngDecoded decoded = later ? png_expect(reading.header, data, reading.palette)
+                                   : png_decode(reading.header, data, reading.palette);
   if (!decoded.picture)
     return reading.fail(first, decoded.reason, decoded.limit ? FaultKind::Limit : FaultKind::Damaged);
   ChunkRecord record;
   record.tag = tag::IDAT;
   record.size = static_cast<std::int32_t>(first.data.size());
-  record.data = kept_with_stream(decoded, reading.header, std::move(data), reading.owner);
+  record.data = kept_with_stream(decoded, reading.header, std::move(data), reading.owner, nullptr,
+                                 later ? StreamSeen::NotYet : StreamSeen::Yes);
+  if (later) reading.unchecked->streams.push_back(stored_image_of(record.data));
   put_png_header(record, reading.header);
   return reading.append(record, first);
 }
