@@ -1,6 +1,8 @@
 #include "cli/operation_command.h"
 
+#include <functional>
 #include <optional>
+#include <vector>
 
 #include "base/translation.h"
 #include "cli/document_kinds.h"
@@ -54,15 +56,44 @@ int change(const Operation& operation, DocumentWindow& window, const Given& give
   return run_operation(operation, window, *values, *frames, host) ? kDone : kFailed;
 }
 
+/// A host whose words wait until it is known that the images are sound.
+class WaitingHost {
+ public:
+  explicit WaitingHost(Host& host) : waiting_(host) {
+    waiting_.message = [this, &host](const Message& message) {
+      words_.emplace_back([&host, message] { host.message(message); });
+    };
+    waiting_.status = [this, &host](std::string_view text) {
+      words_.emplace_back([&host, text = std::string(text)] { host.set_status(text); });
+    };
+    waiting_.note = [this, &host](std::string_view text) {
+      words_.emplace_back([&host, text = std::string(text)] { host.add_note(text); });
+    };
+  }
+  WaitingHost(const WaitingHost&) = delete;
+  WaitingHost& operator=(const WaitingHost&) = delete;
+
+  Host& host() { return waiting_; }
+  void tell() const {
+    for (const auto& word : words_) word();
+  }
+
+ private:
+  Host waiting_;
+  std::vector<std::function<void()>> words_;
+};
+
 /// Changes images as they are unpacked, as sound files allow: each is looked at once. Nothing where the file
 /// isn't one: then nothing was written, and it is to be opened as usual.
 std::optional<int> change_at_once(const Operation& operation, DocumentWindow& window, const Given& given,
                                   Host& host) try {
   UncheckedImages unchecked;
   if (!makes_document(operation) || !open_unchecked(window, given.in, unchecked, host)) return std::nullopt;
-  const int status = change(operation, window, given, host);
-  if (status == kWrongUsage || all_sound(unchecked)) return status;
-  return std::nullopt;
+  WaitingHost waiting(host);
+  const int status = change(operation, window, given, waiting.host());
+  if (status != kWrongUsage && !all_sound(unchecked)) return std::nullopt;
+  waiting.tell();
+  return status;
 } catch (const std::bad_alloc&) {
   return std::nullopt;  // what there is to say about that, opening says
 }

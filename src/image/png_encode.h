@@ -34,8 +34,8 @@ std::vector<std::uint8_t> png_filtered_bands(const PngHeader& header, const Pict
                                              PngFiltering filtering,
                                              std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
 
-/// The stream of level 0, which `write` takes in pieces of about 1 MB while the next ones are made. False
-/// where `write` was, or header and picture do not fit each other.
+/// The stream of level 0, which `write` takes in pieces of about 1 MB, one at a time and on any thread, while
+/// the next ones are made. False where `write` was, or header and picture do not fit each other.
 bool png_write_stored(const PngHeader& header, const Picture& picture,
                       const std::function<bool(std::span<const std::uint8_t>)>& write,
                       std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);

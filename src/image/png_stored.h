@@ -42,7 +42,7 @@ class StoredStream {
 ChunkHandle stored_stream(StoredStream stream, const GivePart& give);
 
 /// The whole stream, in pieces that `write` takes one after the other while the next ones are laid: nothing
-/// is as large. Parts are asked one at a time. False where `write` was.
+/// is as large. Parts are asked and written one at a time, on any thread. False where `write` was.
 bool write_stored_stream(StoredStream stream, const GivePart& give,
                          const std::function<bool(std::span<const std::uint8_t>)>& write);
 

@@ -278,7 +278,7 @@ TEST_F(Tool, PlayTellsStepsAndFailsWhereItCanNotWrite) {
   EXPECT_EQ(colored.status, 0) << colored.output;
 }
 
-TEST_F(Tool, PlayTellsOfDamageWhatOpeningTellsAndPrintsNothingBefore) {
+TEST_F(Tool, WhoLooksAtImagesWhileUnpackingThemTellsOfDamageWhatOpeningTellsAndWritesNothingBefore) {
   // Large enough that frames are checked by being shown.
   constexpr unsigned kSize = 1500;
   const std::string whole = testing::zero_image(kSize, kSize, 8, 6);
@@ -317,6 +317,15 @@ TEST_F(Tool, PlayTellsOfDamageWhatOpeningTellsAndPrintsNothingBefore) {
     EXPECT_NE(played.output.find(c.told), std::string::npos) << played.output;
     EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(played.output, '\t')), 4 * c.lines);
     if (c.status != 0) EXPECT_EQ(played.output, listed.output);
+    const fs::path small = folder_ / "small.png";
+    fs::remove(small);
+    const auto resized = vellum({"resize", file, small, "--percent", "2"});
+    EXPECT_EQ(resized.status, c.status) << resized.output;
+    EXPECT_EQ(fs::exists(small), c.status == 0);
+    const std::size_t at = resized.output.find(c.told);
+    EXPECT_NE(at, std::string::npos) << resized.output;
+    if (*c.told) EXPECT_EQ(resized.output.find(c.told, at + 1), std::string::npos) << "told twice";
+    if (c.status != 0) EXPECT_EQ(resized.output, listed.output);
   }
 }
 

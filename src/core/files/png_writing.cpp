@@ -9,6 +9,15 @@
 #include "image/png_encode.h"
 
 namespace vellum {
+namespace {
+
+/// A key stands in the samples of the stream, and may be another by now.
+KeptStream stream_without_key(const PngHeader& header, const Picture& picture, const SaveOptions& options,
+                              const std::optional<std::array<std::uint16_t, 3>>& key) {
+  return key ? nullptr : usable_stream(header, picture.handle(), options);
+}
+
+}  // namespace
 
 bool begin_png(const Sink& sink, const PngHeader& header) {
   return sink.write(kPngSignature) && write_chunk(sink, tag::IHDR, png_header_payload(header));
@@ -44,16 +53,6 @@ KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, cons
       options.keepStored && stored && stored->exact() && stored->header() == header && stored->intact();
   return usable ? stored : nullptr;
 }
-
-namespace {
-
-/// A key stands in the samples of the stream, and may be another by now.
-KeptStream stream_without_key(const PngHeader& header, const Picture& picture, const SaveOptions& options,
-                              const std::optional<std::array<std::uint16_t, 3>>& key) {
-  return key ? nullptr : usable_stream(header, picture.handle(), options);
-}
-
-}  // namespace
 
 KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
                         std::optional<std::array<std::uint16_t, 3>> key) {

@@ -16,6 +16,7 @@ bool write_chunks(const Sink& sink, std::span<const ChunkOut> chunks);
 /// Why something was not written: what the sink says, else that the file which images lie in is another by
 /// now.
 std::string write_fault(const Sink& sink);
+
 using KeptStream = std::shared_ptr<const StoredImage>;
 
 /// The stream that the picture in a block came from, where it can be written as it is under this header; else
@@ -26,6 +27,7 @@ KeptStream usable_stream(const PngHeader& header, const ChunkHandle& block, cons
 /// Null where they can't be made.
 KeptStream image_stream(const PngHeader& header, const Picture& picture, const SaveOptions& options,
                         std::optional<std::array<std::uint16_t, 3>> key = std::nullopt);
+
 /// The image data of a still file.
 struct ImageData {
   const PngHeader& header;

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QThread>
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -78,7 +79,7 @@ bool LongOperation::stop_requested() {
 }
 
 void LongOperation::pump() {
-  if (!running() || sincePump_.elapsed() < kPumpInterval) return;
+  if (QThread::currentThread() != thread() || !running() || sincePump_.elapsed() < kPumpInterval) return;
   QCoreApplication::processEvents();
   sincePump_.restart();
 }

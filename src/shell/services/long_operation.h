@@ -2,6 +2,8 @@
 // screen is kept alive.
 #pragma once
 
+#include <atomic>
+
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QObject>
@@ -25,9 +27,10 @@ class LongOperation : public QObject {
   void end();
   bool running() const { return depth_ > 0; }
 
-  /// Whether the user asked to stop since the outermost begin. Keeps the screen alive.
+  /// Whether the user asked to stop since the outermost begin. Keeps the screen alive. May be asked on any
+  /// thread.
   bool stop_requested();
-  /// Handles events that wait, at most every 50 ms.
+  /// Handles events that wait, at most every 50 ms; nothing on other threads than that of the interface.
   void pump();
 
   /// Lets input through for as long as it lives: for a question in the middle of an operation.
@@ -50,7 +53,7 @@ class LongOperation : public QObject {
   void set_depth(int depth);
 
   int depth_ = 0;
-  bool stop_ = false;
+  std::atomic<bool> stop_ = false;
   QElapsedTimer sincePump_, sinceBegin_;
 };
 
