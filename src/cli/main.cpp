@@ -15,6 +15,7 @@
 #include "configuration/config_file.h"
 #include "configuration/setting_values.h"
 #include "core/chunks/chunk_fields.h"
+#include "core/files/open_document.h"
 #include "operations/convert_colors.h"
 
 #ifndef VELLUM_VERSION
@@ -127,6 +128,7 @@ int run(int argc, char** argv) {
   if (!apply_settings(options.settings)) return kWrongUsage;
   convertImages = convert_to_header;
   take_imports();
+  worthMapping = kWorthPassing;
   Host host = terminal_host(options.quiet);
   return chosen(host);
 }

@@ -18,8 +18,6 @@
 namespace vellum {
 namespace {
 
-constexpr std::uint64_t kWorthPassing = std::uint64_t{4} << 20;
-
 using Reader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&,
                         std::shared_ptr<const FileContent> owner);
 using UncheckedReader = bool (*)(DocumentWindow&, std::span<const std::uint8_t>, Host&,
@@ -117,10 +115,7 @@ bool offer_document(DocumentWindow& window, const Picture& picture, const Conten
 bool open_document(DocumentWindow& window, const std::filesystem::path& path, Host& host,
                    UncheckedImages* unchecked) {
   std::string reason;
-  // Who looks at all images at once is done with the file soon: a copy of it would cost more than it is
-  // worth.
-  const auto file = unchecked ? map_file(path, reason, kMaximumMappedBytes, kWorthPassing)
-                              : map_file(path, reason, kMaximumMappedBytes);
+  const auto file = map_file(path, reason, kMaximumMappedBytes, unchecked ? kWorthPassing : worthMapping);
   if (!file) {
     host.show(StringId::ErrorReadingFile, {}, path.string() + ": " + reason);
     return false;

@@ -5,12 +5,18 @@
 #include <optional>
 #include <span>
 
+#include "base/file.h"
 #include "base/host.h"
 #include "core/model/document.h"
 
 namespace vellum {
 
 struct UncheckedImages;
+
+/// Files from this size on are mapped by who is done with them soon: a copy would cost more than it is worth.
+inline constexpr std::uint64_t kWorthPassing = std::uint64_t{4} << 20;
+/// The same for all that are opened; a program that opens one file, and ends, sets it to that.
+inline std::uint64_t worthMapping = kWorthMapping;
 
 /// Reads `path` into the window (which is empty). The extension picks the reader where it is that of a kind,
 /// else the content. A healthy picture of another format (GIF, JPEG, ...) is offered as the image of a new
