@@ -55,6 +55,13 @@ void install_handler() {
   });
 }
 
+/// Has the system read the beginning of a file from the disk at once, while the caller goes on: pages of a
+/// mapping come in small steps otherwise, each of which is waited for.
+void read_ahead(int descriptor) {
+  constexpr off_t kMost = off_t{256} << 20;
+  posix_fadvise(descriptor, 0, kMost, POSIX_FADV_WILLNEED);
+}
+
 /// The number of a watch that is free; -1 where there is none.
 int take_watch() {
   for (std::size_t i = 0; i < watches.size(); ++i)
@@ -71,6 +78,7 @@ std::shared_ptr<const FileMapping> FileMapping::of(int descriptor) {
   mapping->watch_ = take_watch();
   if (mapping->descriptor_ < 0 || mapping->watch_ < 0) return nullptr;
   const auto size = static_cast<std::size_t>(mapping->status_.st_size);
+  read_ahead(mapping->descriptor_);
   void* memory = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, mapping->descriptor_, 0);
   if (memory == MAP_FAILED) return nullptr;
   mapping->bytes_ = {static_cast<const std::uint8_t*>(memory), size};
