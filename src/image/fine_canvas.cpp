@@ -6,15 +6,13 @@
 #include "image/alpha_rows.h"
 #include "image/alpha_runs.h"
 #include "image/lanes.h"
+#include "image/picture_rect.h"
 
 namespace vellum {
 namespace {
 
 constexpr std::uint8_t kNoRest = 128;
 constexpr Colour kNoRests = 0x80808080;
-
-std::int32_t width_of(const PictureRect& rect) { return rect.right - rect.left; }
-std::int32_t height_of(const PictureRect& rect) { return rect.bottom - rect.top; }
 
 /// Alpha is a fraction of 65535, so products lose less than one each; the one that is added makes opaque and
 /// clear pixels exact.

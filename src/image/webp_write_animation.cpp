@@ -7,7 +7,7 @@
 
 #include "base/parallel.h"
 #include "image/picture_changes.h"
-#include "image/picture_operations.h"
+#include "image/picture_rect.h"
 #include "image/picture_rows.h"
 #include "image/webp_container.h"
 #include "image/webp_library.h"
@@ -51,11 +51,6 @@ struct Shown {
 
 bool is_same(const PictureRect& a, const PictureRect& b) {
   return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
-}
-
-PictureRect joined(const PictureRect& a, const PictureRect& b) {
-  return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
-          std::max(a.bottom, b.bottom)};
 }
 
 /// A row of the ground; `scratch` holds it where a part of it is cleared.

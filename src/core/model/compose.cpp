@@ -5,6 +5,7 @@
 
 #include "core/model/frame_values.h"
 #include "image/alpha_runs.h"
+#include "image/picture_rect.h"
 #include "image/picture_rows.h"
 
 namespace vellum {
@@ -21,9 +22,6 @@ Picture layer_of(const ViewValues& values, const ChunkRecord& record) {
   // An opaque picture covers what it lies on: its alpha need not be written down.
   return picture.bits() == 24 ? picture : PictureToTrueColorAlpha(picture);
 }
-
-std::int32_t width_of(const PictureRect& rect) { return rect.right - rect.left; }
-std::int32_t height_of(const PictureRect& rect) { return rect.bottom - rect.top; }
 
 /// On no ground a pixel of zeros is nothing, and what is composed over it has its colors multiplied by its
 /// alpha.
@@ -53,13 +51,6 @@ PictureRect rect_of(const Picture& picture, FrameOffset offset) {
   const std::int32_t left = near(offset.x), top = near(offset.y);
   return {left, top, left + static_cast<std::int32_t>(picture.width()),
           top + static_cast<std::int32_t>(picture.height())};
-}
-
-/// Of two parts, of which one may be empty.
-PictureRect around(const PictureRect& a, const PictureRect& b) {
-  if (width_of(a) <= 0 || height_of(a) <= 0) return b;
-  return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
-          std::max(a.bottom, b.bottom)};
 }
 
 bool covers(const PictureRect& rect, Extent canvas) {
@@ -231,7 +222,7 @@ Picture StraightCanvases::next(const ChunkRecord& record) {
   if (!compose_frame(state_, values_, record)) return {};
   if (!last_ || clears)
     last_ = straight_picture(state_.canvas);
-  else if (!straighten_part(last_, state_.canvas, around(disposed, state_.lastRect)))
+  else if (!straighten_part(last_, state_.canvas, joined(disposed, state_.lastRect)))
     last_ = {};
   return last_;
 }
