@@ -51,7 +51,8 @@ bool crc_agrees(const StreamChunk& chunk) { return chunk.storedCrc == chunk_crc(
 
 bool crc_agrees_with_type(const StreamChunk& chunk) { return chunk.storedCrc == chunk_crc(chunk.tag, {}); }
 
-std::vector<const StreamChunk*> wrong_crcs(std::span<const StreamChunk* const> chunks, std::uint32_t end) {
+std::vector<const StreamChunk*> wrong_crcs(std::span<const StreamChunk* const> chunks,
+                                           std::span<const std::uint32_t> ends) {
   constexpr std::size_t kWorthAnother = std::size_t{1} << 20, kMostParts = 64;
   std::size_t bytes = 0;
   for (const StreamChunk* chunk : chunks) bytes += chunk->data.size();
@@ -60,7 +61,8 @@ std::vector<const StreamChunk*> wrong_crcs(std::span<const StreamChunk* const> c
   parallel_for(wrong.size(), [&](std::size_t part) {
     const std::size_t begin = chunks.size() * part / wrong.size();
     for (const StreamChunk* chunk : chunks.subspan(begin, chunks.size() * (part + 1) / wrong.size() - begin))
-      if (!(chunk->tag == end ? crc_agrees_with_type(*chunk) : crc_agrees(*chunk)))
+      if (const bool end = std::ranges::find(ends, chunk->tag) != ends.end();
+          !(end ? crc_agrees_with_type(*chunk) : crc_agrees(*chunk)))
         wrong[part].push_back(chunk);
   });
   std::vector<const StreamChunk*> all;

@@ -38,9 +38,10 @@ GatheredChunks gather_chunks(std::span<const std::uint8_t> file, std::size_t sta
 bool crc_agrees(const StreamChunk& chunk);
 /// The same over the type alone, as for end chunks.
 bool crc_agrees_with_type(const StreamChunk& chunk);
-/// Those of the chunks whose CRC is wrong, in their order; looked for on all cores. That of an end chunk
-/// (`end`) is the one of its type.
-std::vector<const StreamChunk*> wrong_crcs(std::span<const StreamChunk* const> chunks, std::uint32_t end);
+/// Those of the chunks whose CRC is wrong, in their order; looked for on all cores. That of a chunk with one
+/// of the types in `ends` is the one of its type.
+std::vector<const StreamChunk*> wrong_crcs(std::span<const StreamChunk* const> chunks,
+                                           std::span<const std::uint32_t> ends);
 
 /// Length, type, payload and CRC, to a sink or to the end of a block.
 bool write_chunk(const Sink& sink, std::uint32_t tag, std::span<const std::uint8_t> payload);

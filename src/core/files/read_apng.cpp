@@ -178,7 +178,7 @@ bool decode_frames(PngReading& reading, const StreamFrames& found, std::vector<C
   std::vector<DecodedFrame> decoded(found.frames.size());
   std::atomic<bool> damaged = false;
   const bool packed = stay_packed(decoded.size(), picture_bytes(reading, found));
-  if (packed && reading.unchecked && leave_unchecked(reading, found, pictures)) return true;
+  if (reading.unchecked && leave_unchecked(reading, found, pictures)) return true;
   for (std::size_t first = 0; first < decoded.size(); first += kFramesAtOnce) {
     parallel_for(std::min(kFramesAtOnce, decoded.size() - first), [&](std::size_t k) {
       if (damaged) return;

@@ -47,8 +47,9 @@ struct MngReading {
   Host& host;
   std::span<const StreamChunk> chunks;
   std::size_t fileBytes = 0;
-  std::shared_ptr<const FileContent> owner;  ///< of the bytes of the file; may be null
-  UncheckedImages* unchecked = nullptr;      ///< takes the images, where it isn't null
+  std::shared_ptr<const FileContent> owner;     ///< of the bytes of the file; may be null
+  UncheckedImages* unchecked = nullptr;         ///< takes the images, where it isn't null
+  std::vector<const StreamChunk*> wrongCrcs{};  ///< chunks, in their order
   std::vector<Item> items{};
   std::unique_ptr<OpenImage> open{};
   bool opaque = false;  ///< inside a JNG or delta image, whose chunks stay raw
@@ -72,6 +73,7 @@ struct MngReading {
     return host.fail({kind, chunk.tag, static_cast<std::int64_t>(items.size()),
                       static_cast<std::int64_t>(chunk.offset), reason});
   }
+  bool is_right(const StreamChunk& chunk) const { return !std::ranges::binary_search(wrongCrcs, &chunk); }
   bool add(ChunkRecord record, const StreamChunk& chunk) {
     items.push_back({std::move(record), &chunk, nullptr});
     return items.size() <= kMaximumEntries ||
@@ -222,7 +224,7 @@ std::shared_ptr<StoredMngImage> stored_image(const MngReading& reading, const Op
        --other)
     if (is_folded(other[-1].tag)) return nullptr;
   for (const StreamChunk* chunk = front; chunk <= &last; ++chunk)
-    if (!crc_agrees(*chunk)) return nullptr;
+    if (!reading.is_right(*chunk)) return nullptr;
   auto stored = std::make_shared<StoredMngImage>();
   const std::uint8_t* const begin = first->data.data() - kChunkHead;
   stored->front = bytes_between(front->data.data() - kChunkHead, begin);
@@ -236,9 +238,9 @@ std::shared_ptr<StoredMngImage> stored_image(const MngReading& reading, const Op
 
 /// The chunks without an entry between the image that ended last and this chunk; empty where another stands
 /// between them, or one is damaged.
-std::span<const std::uint8_t> folded_in_front(const StreamChunk& chunk) {
+std::span<const std::uint8_t> folded_in_front(const MngReading& reading, const StreamChunk& chunk) {
   const StreamChunk* front = &chunk;
-  while (is_folded(front[-1].tag) && crc_agrees(front[-1])) --front;
+  while (is_folded(front[-1].tag) && reading.is_right(front[-1])) --front;
   if (front[-1].tag != tag::IEND) return {};
   return bytes_between(front->data.data() - kChunkHead, chunk.data.data() - kChunkHead);
 }
@@ -304,7 +306,7 @@ bool take_end(MngReading& reading, const StreamChunk& chunk) {
   if (reading.open || reading.opaque) return reading.fail(chunk, translated("the file ends inside an image"));
   ChunkRecord record;
   record.tag = tag::MEND;
-  if (const auto last = reading.lastStored.lock()) last->behind = folded_in_front(chunk);
+  if (const auto last = reading.lastStored.lock()) last->behind = folded_in_front(reading, chunk);
   return reading.add(std::move(record), chunk);
 }
 
@@ -342,15 +344,24 @@ bool take_chunk(MngReading& reading, const StreamChunk& chunk) {
   return row == std::end(kHandlers) ? take_other(reading, chunk) : row->take(reading, chunk);
 }
 
-/// Of the image data of an image only the first chunk is checked; an end chunk is checked by its type alone.
+/// An end chunk is checked by its type alone.
+void find_wrong_crcs(MngReading& reading) {
+  static constexpr std::uint32_t kEnds[] = {tag::MEND, tag::IEND};
+  std::vector<const StreamChunk*> chunks;
+  chunks.reserve(reading.chunks.size());
+  for (const StreamChunk& chunk : reading.chunks.subspan(1)) chunks.push_back(&chunk);
+  reading.wrongCrcs = wrong_crcs(chunks, kEnds);
+}
+
+/// Of the image data of an image only the first chunk is told of.
 void check_crc(MngReading& reading, const StreamChunk& chunk) {
   if (chunk.tag == tag::IDAT && reading.open && reading.open->data.size() > 1) return;
-  const bool end = chunk.tag == tag::MEND || chunk.tag == tag::IEND;
-  if (!(end ? crc_agrees_with_type(chunk) : crc_agrees(chunk))) warn_of_crc(reading.host, chunk);
+  if (!reading.is_right(chunk)) warn_of_crc(reading.host, chunk);
 }
 
 bool walk(MngReading& reading) {
   if (!take_header(reading)) return false;
+  find_wrong_crcs(reading);
   for (const StreamChunk& chunk : reading.chunks.subspan(1)) {
     if (!take_chunk(reading, chunk)) return false;
     check_crc(reading, chunk);
@@ -400,7 +411,7 @@ bool decode_images(MngReading& reading, const Progress& progress) {
   const std::vector<Item*> images = images_of(reading);
   if (!pictures_fit_memory(reading, images)) return false;
   const bool packed = stay_packed(images.size(), picture_bytes(images));
-  if (packed && reading.unchecked && leave_unchecked(reading, images)) return true;
+  if (reading.unchecked && leave_unchecked(reading, images)) return true;
   const auto decode = packed ? png_check : png_decode;
   std::vector<const char*> reasons(images.size());
   std::vector<char> limits(images.size());

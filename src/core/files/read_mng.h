@@ -19,7 +19,7 @@ bool read_mng(DocumentWindow& window, std::span<const std::uint8_t> file, Host& 
 
 struct UncheckedImages;
 
-/// The same, but many large images may be left for whoever takes `unchecked` to look at.
+/// The same, but all images may be left for whoever takes `unchecked` to look at.
 bool read_mng_unchecked(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
                         std::shared_ptr<const FileContent> owner, UncheckedImages* unchecked);
 

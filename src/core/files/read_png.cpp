@@ -23,7 +23,8 @@ void check_crcs(const PngReading& reading) {
   bool image_seen = false;
   for (const StreamChunk& chunk : reading.chunks)
     if (chunk.tag != tag::IDAT || !std::exchange(image_seen, true)) checked.push_back(&chunk);
-  for (const StreamChunk* wrong : wrong_crcs(checked, tag::IEND)) warn_of_crc(reading.host, *wrong);
+  static constexpr std::uint32_t kEnds[] = {tag::IEND};
+  for (const StreamChunk* wrong : wrong_crcs(checked, kEnds)) warn_of_crc(reading.host, *wrong);
 }
 
 bool check_palette(PngReading& reading) {

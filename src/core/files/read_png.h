@@ -18,7 +18,7 @@ bool read_png(DocumentWindow& window, std::span<const std::uint8_t> file, Host& 
 
 struct UncheckedImages;
 
-/// The same, but many large images may be left for whoever takes `unchecked` to look at.
+/// The same, but the frames of an animation and a large still may be left for who takes `unchecked`.
 bool read_png_unchecked(DocumentWindow& window, std::span<const std::uint8_t> file, Host& host,
                         std::shared_ptr<const FileContent> owner, UncheckedImages* unchecked);
 
