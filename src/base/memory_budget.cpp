@@ -86,12 +86,14 @@ class MemoryBudget {
     return handle;
   }
 
-  void let_go(const ChunkHandle& handle) {
-    if (!handle.kept_) return;
+  bool let_go(const ChunkHandle& handle) {
+    if (!handle.kept_) return true;
     KeptBlock& block = *handle.kept_;
     Memory freed;
     const std::lock_guard guard(lock_);
-    if (block.pins_ == 0 && block.maker_) freed = remove(block);
+    if (block.pins_ != 0) return false;
+    if (block.maker_) freed = remove(block);
+    return true;
   }
 
   void share(std::uint64_t before, std::uint64_t now) { shared_ += now - before; }
@@ -221,7 +223,7 @@ ChunkHandle cold_block(std::size_t size, std::span<const std::uint8_t> head,
   return MemoryBudget::cold(size, head, std::move(source));
 }
 
-void let_go(const ChunkHandle& block) { MemoryBudget::instance().let_go(block); }
+bool let_go(const ChunkHandle& block) { return MemoryBudget::instance().let_go(block); }
 
 std::uint64_t resident_bytes() {
   MemoryBudget& budget = MemoryBudget::instance();

@@ -19,8 +19,8 @@ std::uint64_t resident_bytes();
 ChunkHandle cold_block(std::size_t size, std::span<const std::uint8_t> head,
                        std::shared_ptr<const BlockSource> source);
 /// Lets the bytes of a kept block go where they can be made again and nobody has pinned them: for who walks
-/// over many and comes back to none.
-void let_go(const ChunkHandle& block);
+/// over many and comes back to none. False where they are pinned: they may go later.
+bool let_go(const ChunkHandle& block);
 
 /// Bytes of the budget that something else uses, as pictures that a view has composed.
 class BudgetShare {

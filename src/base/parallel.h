@@ -1,4 +1,4 @@
-// Work on all cores inside one call: the only place of the program where threads are.
+// Work on all cores inside one call. What outlives a call stands in base/work_ahead.
 #pragma once
 
 #include <cstddef>

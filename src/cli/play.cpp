@@ -60,9 +60,10 @@ class StepPrinter {
 
 bool play(Compositor& compositor, const PlayOptions& options, StepPrinter& printer, Host& host) {
   const std::uint64_t most = options.steps == 0 ? kMaximumSteps : options.steps;
+  const auto rounds = options.steps == 0 ? Compositor::Rounds::One : Compositor::Rounds::All;
   for (std::uint64_t step = 0; step < most; ++step) {
-    const auto frame = compositor.next();
-    if (!frame || (options.steps == 0 && compositor.repeats())) return true;
+    const auto frame = compositor.next(rounds);
+    if (!frame) return true;
     if (!printer.print(step_line(step, *frame))) return false;
     if (options.folder.empty() || !frame->picture || write_canvas(options.folder, step, frame->picture))
       continue;

@@ -96,16 +96,16 @@ void Compositor::end_heritage() {
   }
   compose_again(visits_.size() - 1);
   state_ = replay_;
-  put_checkpoint(visits_.size());
+  put_checkpoint(visits_.size(), state_);
 }
 
 void Compositor::count_share() {
   share_.set(kept_ + heritage_.bytes + checkpoints_.size() * state_bytes(values_));
 }
 
-std::optional<ShownFrame> Compositor::next() {
+std::optional<ShownFrame> Compositor::next(Rounds rounds) {
   const auto entry = next_image(walk_, list_, document_.kind);
-  if (!entry) return std::nullopt;
+  if (!entry || (walk_.repeats && rounds == Rounds::One)) return std::nullopt;
   return shown(*std::ranges::lower_bound(frames_, *entry, {}, &Frame::entry));
 }
 
@@ -147,6 +147,7 @@ void Compositor::set_ground(Ground ground) {
   forgotten_ = std::exchange(visits_, {});
   forgottenAt_ = 0;
   heritage_ = {};
+  unpacking_.reset();
   for (Frame& frame : frames_) {
     frame.composed = {};
     frame.visit.reset();
@@ -171,10 +172,9 @@ Picture Compositor::compose_first(Frame& frame) {
   if (!heritage_.visits.empty() && inherit(frame))
     return frame.composed ? Picture(frame.composed) : Picture();
   const std::size_t visit = visits_.size();
-  // One canvas in so many, and otherwise only where frames are no longer kept.
-  if ((followsEdits_ || kept_ >= mostKept_) && (checkpoints_.empty() || visit % checkpointStep_ == 0))
-    put_checkpoint(visit);
-  unpack_from(static_cast<std::size_t>(&frame - frames_.data()));
+  // One canvas in so many where frames are no longer kept; who keeps none may never come back.
+  if (followsEdits_ || (mostKept_ != 0 && kept_ >= mostKept_)) put_checkpoint_in_turn(visit, state_);
+  if (list_.record(frame.entry).data.is_kept()) unpack(static_cast<std::size_t>(&frame - frames_.data()));
   Picture composed = compose_frame(state_, values_, list_.record(frame.entry));
   ++composed_;
   if (mostKept_ == 0) let_go_behind(frame.entry);
@@ -186,24 +186,24 @@ Picture Compositor::compose_first(Frame& frame) {
   return composed;
 }
 
-/// The canvas may be the picture of the image, and the one before it what is shown: two images stay.
+/// The canvas may be the picture of the image, and whoever shows one that came before may hold it still.
 void Compositor::let_go_behind(std::size_t entry) {
-  constexpr std::size_t kStay = 2;
   passed_.push_back(entry);
-  if (passed_.size() <= kStay) return;
-  let_go(list_.record(passed_.front()).data);
-  passed_.pop_front();
+  std::erase_if(passed_, [&](std::size_t passed) { return let_go(list_.record(passed).data); });
 }
 
-/// Rows that are to be made again are made for some frames at a time, side by side.
-void Compositor::unpack_from(std::size_t ordinal) {
-  if (ordinal >= unpackedFrom_ && ordinal < unpackedTo_) return;
-  unpackedFrom_ = ordinal;
-  unpackedTo_ = std::min(ordinal + 2 * parallel_width(), frames_.size());
-  parallel_for(unpackedTo_ - unpackedFrom_, [&](std::size_t i) {
-    const Picture picture = picture_of(list_.record(frames_[ordinal + i].entry));
-    if (picture && picture.handle().is_kept()) picture.row(0);
-  });
+/// Rows that are to be made again are made some frames ahead, side by side. Blocks are held for that and not
+/// the list, which changes before the view of it goes.
+void Compositor::unpack(std::size_t ordinal) {
+  if (!unpacking_) {
+    std::vector<ChunkHandle> blocks;
+    for (const Frame& frame : frames_) blocks.push_back(list_.record(frame.entry).data);
+    unpacking_.emplace(frames_.size(), [blocks = std::move(blocks)](std::size_t i) {
+      const Picture picture(blocks[i]);
+      if (picture && picture.handle().is_kept()) picture.row(0);
+    });
+  }
+  unpacking_->take(ordinal, parallel_width());
 }
 
 bool Compositor::compose_forgotten(const std::function<bool()>& may_go_on) {
@@ -223,9 +223,13 @@ void Compositor::keep(Frame& frame, const Picture& composed) {
   count_share();
 }
 
-void Compositor::put_checkpoint(std::size_t visit) {
+void Compositor::put_checkpoint_in_turn(std::size_t visit, const CanvasState& state) {
+  if (checkpoints_.empty() || visit % checkpointStep_ == 0) put_checkpoint(visit, state);
+}
+
+void Compositor::put_checkpoint(std::size_t visit, const CanvasState& state) {
   constexpr std::size_t kFewest = 8;
-  checkpoints_[visit] = state_;
+  checkpoints_[visit] = state;
   if (checkpoints_.size() > kFewest &&
       checkpoints_.size() * state_bytes(values_) > mostKept_ / kCheckpointPart) {
     checkpointStep_ *= 2;
@@ -245,8 +249,10 @@ Picture Compositor::compose_again(std::size_t visit) {
     replayAt_ = checkpoint;
   }
   Picture composed;
-  for (; replayAt_ <= visit; ++composed_)
+  for (; replayAt_ <= visit; ++composed_) {
+    if (mostKept_ == 0) put_checkpoint_in_turn(replayAt_, replay_);
     composed = compose_frame(replay_, values_, list_.record(frames_[visits_[replayAt_++]].entry));
+  }
   return composed;
 }
 

@@ -1,7 +1,6 @@
 // The frames that a viewer shows, one after another, each as the whole canvas.
 #pragma once
 
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -9,6 +8,7 @@
 
 #include "base/limits.h"
 #include "base/memory_budget.h"
+#include "base/work_ahead.h"
 #include "core/model/compose.h"
 #include "playback/frame_walk.h"
 
@@ -55,8 +55,10 @@ class Compositor {
   /// How many frames were composed so far, and not taken over.
   std::uint64_t composed() const { return composed_; }
 
+  /// Of an animation without an end.
+  enum class Rounds { All, One };
   /// Empty when the animation is over.
-  std::optional<ShownFrame> next();
+  std::optional<ShownFrame> next(Rounds rounds = Rounds::All);
   void rewind() { rewind_walk(walk_, list_, document_); }
   void step_back() { step_walk_back(walk_, list_, document_.kind); }
 
@@ -74,8 +76,6 @@ class Compositor {
   const ViewValues& values() const { return values_; }
   std::size_t frames() const { return frames_.size(); }
   std::size_t position() const { return walk_.position; }
-  /// Whether a round began of something that has no end.
-  bool repeats() const { return walk_.repeats; }
   /// Bytes of the composed frames that are kept now.
   std::uint64_t kept_bytes() const { return kept_; }
 
@@ -97,9 +97,10 @@ class Compositor {
   Picture compose_first(Frame& frame);
   Picture compose_again(std::size_t visit);
   void keep(Frame& frame, const Picture& composed);
-  void put_checkpoint(std::size_t visit);
+  void put_checkpoint_in_turn(std::size_t visit, const CanvasState& state);
+  void put_checkpoint(std::size_t visit, const CanvasState& state);
   void count_share();
-  void unpack_from(std::size_t ordinal);
+  void unpack(std::size_t ordinal);
   void let_go_behind(std::size_t entry);
 
   const ChunkList& list_;
@@ -124,8 +125,8 @@ class Compositor {
   Heritage heritage_;  ///< empty where nothing is inherited any more
   std::uint64_t composed_ = 0;
   BudgetShare share_;
-  std::deque<std::size_t> passed_;  ///< entries whose rows are still there, where nothing is kept
-  std::size_t unpackedFrom_ = 0, unpackedTo_ = 0;  ///< frames whose rows were asked for last
+  std::vector<std::size_t> passed_;     ///< entries whose rows are still there, where nothing is kept
+  std::optional<WorkAhead> unpacking_;  ///< rows that are to be made again, by the ordinals of frames
 };
 
 }  // namespace vellum

@@ -1,6 +1,7 @@
 // Work whose parts wait for each other: items that follow each other at a distance, as rows do whose errors
-// or filters need the row in front, and what one side makes and the other uses.
+// or filters need the row in front, what one side makes and the other uses, and what is made ahead.
 #include <atomic>
+#include <random>
 #include <stdexcept>
 #include <tuple>
 #include <vector>
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "base/parallel.h"
+#include "base/work_ahead.h"
 
 namespace vellum {
 namespace {
@@ -120,6 +122,39 @@ TEST(Relay, AnExceptionOfEitherSideEndsBothAndOnesInsideOthersComeToTheirEnd) {
         50, 2, [](std::size_t) {}, [&](std::size_t) { ++used; });
   });
   EXPECT_EQ(used, 1000);
+}
+
+TEST(WorkAhead, WhatIsTakenIsMadeOnceAndNothingBeyondThatIsBegun) {
+  constexpr std::size_t kCount = 60, kMostAhead = 4;
+  std::minstd_rand random(5);
+  for (int round = 0; round < 200; ++round) {
+    // Plain values: one that is read while it is made races, which the thread sanitizer tells.
+    std::vector<std::size_t> made(kCount);
+    std::atomic<std::size_t> taken = 0, wrong = 0;
+    WorkAhead work(kCount, [&](std::size_t item) {
+      wrong += item > taken + kMostAhead;
+      made[item] += item + 1;
+      if (item % 7 == 6) throw item;
+    });
+    std::size_t reached = 0;  // behind what may have been made or was skipped
+    const std::size_t end = random() % (kCount + 1);
+    for (std::size_t item = 0; item < end; item += random() % 3 == 0 ? random() % 9 : 1) {
+      taken = item;
+      const bool is_new = item >= reached;
+      std::size_t thrown = kCount;
+      try {
+        work.take(item, random() % (kMostAhead + 1));
+      } catch (std::size_t by) {
+        thrown = by;
+      }
+      if (parallel_width() > 1 && is_new) {
+        EXPECT_EQ(made[item], item + 1);
+        EXPECT_EQ(thrown, item % 7 == 6 ? item : kCount);
+        reached = item + 1;
+      }
+    }
+    EXPECT_EQ(wrong, 0u);
+  }
 }
 
 }  // namespace
