@@ -1,6 +1,4 @@
 // Print, without a screen: the pages as a PDF file.
-#include <cairo-pdf.h>
-#include <pango/pangocairo.h>
 
 #include <algorithm>
 #include <cstring>
@@ -10,6 +8,7 @@
 #include "exchange/exchange_rows.h"
 #include "exchange/print_pages.h"
 #include "exchange/settings.h"
+#include "image/drawing_library.h"
 #include "operations/frames.h"
 
 namespace vellum {

@@ -1,10 +1,5 @@
 #include "exchange/movie_library.h"
 
-#include <dlfcn.h>
-
-#include <algorithm>
-#include <array>
-
 namespace vellum {
 namespace {
 
@@ -16,22 +11,14 @@ constexpr const char* kFiles[] = {VELLUM_FILE_OF("avformat", LIBAVFORMAT_VERSION
                                   VELLUM_FILE_OF("swresample", LIBSWRESAMPLE_VERSION_MAJOR),
                                   VELLUM_FILE_OF("swscale", LIBSWSCALE_VERSION_MAJOR)};
 
-using Libraries = std::array<void*, std::size(kFiles)>;
-
-const Libraries& libraries() {
-  static const Libraries loaded = [] {
-    Libraries all{};
-    std::ranges::transform(kFiles, all.begin(), [](const char* file) { return dlopen(file, RTLD_NOW); });
-    return all;
-  }();
+const LateLibraries& libraries() {
+  static const LateLibraries loaded(kFiles);
   return loaded;
 }
 
 }  // namespace
 
-bool load_movie_libraries() {
-  return std::ranges::all_of(libraries(), [](void* library) { return library != nullptr; });
-}
+bool load_movie_libraries() { return libraries().complete(); }
 
 bool load_movie_libraries(Host& host) {
   if (load_movie_libraries()) return true;
@@ -39,10 +26,6 @@ bool load_movie_libraries(Host& host) {
   return false;
 }
 
-void* movie_function(const char* name) {
-  for (void* library : libraries())
-    if (void* function = library ? dlsym(library, name) : nullptr) return function;
-  return nullptr;
-}
+void* movie_function(const char* name) { return libraries().find(name); }
 
 }  // namespace vellum

@@ -1,5 +1,4 @@
 // Photo stack: photographs that come one after the other and lie down on each other.
-#include <cairo.h>
 
 #include <chrono>
 #include <cmath>
@@ -13,6 +12,7 @@
 #include "generators/mixed_colors.h"
 #include "generators/random15.h"
 #include "generators/settings.h"
+#include "image/drawing_library.h"
 #include "image/graphic_file.h"
 #include "image/lay.h"
 #include "image/picture_operations.h"

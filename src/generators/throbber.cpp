@@ -1,5 +1,4 @@
 // Throbbers: what turns while people wait.
-#include <cairo.h>
 
 #include <cmath>
 #include <numbers>
@@ -8,6 +7,7 @@
 #include "generators/generator_rows.h"
 #include "generators/mixed_colors.h"
 #include "generators/settings.h"
+#include "image/drawing_library.h"
 #include "image/lay.h"
 #include "image/picture_operations.h"
 #include "image/shapes.h"

@@ -1,9 +1,8 @@
 #include "image/shapes.h"
 
-#include <cairo.h>
-
 #include <cstring>
 
+#include "image/drawing_library.h"
 #include "image/picture_rows.h"
 
 namespace vellum {

@@ -1,11 +1,11 @@
 #include "image/text_mask.h"
 
-#include <pango/pangocairo.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
+
+#include "image/drawing_library.h"
 
 namespace vellum {
 namespace {
@@ -227,11 +227,18 @@ std::string with_breaks(const std::string& text, bool& broken) {
   return result;
 }
 
+/// The character behind the one that begins here, in a text without faults.
+const char* next_character(const char* at) {
+  do ++at;
+  while ((static_cast<unsigned char>(*at) & 0xC0) == 0x80);
+  return at;
+}
+
 /// Bytes of the first `count` characters.
 std::size_t bytes_of(const std::string& text, std::size_t count) {
   if (count >= text.size()) return text.size();
   const char* at = text.data();
-  for (; count > 0 && *at; --count) at = g_utf8_next_char(at);
+  for (; count > 0 && *at; --count) at = next_character(at);
   return static_cast<std::size_t>(at - text.data());
 }
 
@@ -302,7 +309,7 @@ std::vector<CharacterPlace> character_places(std::string_view text, const TextSt
   const Held<PangoLayout> layout = lay_out(context.get(), characters, style);
   add_attributes(layout.get(), style, characters.size(), characters.size());
   std::vector<CharacterPlace> places;
-  for (const char* at = characters.c_str(); *at; at = g_utf8_next_char(at)) {
+  for (const char* at = characters.c_str(); *at; at = next_character(at)) {
     PangoRectangle place;
     pango_layout_index_to_pos(layout.get(), static_cast<int>(at - characters.c_str()), &place);
     const double from = 1.0 * place.x / PANGO_SCALE, to = 1.0 * (place.x + place.width) / PANGO_SCALE;
