@@ -279,32 +279,38 @@ TEST_F(Tool, PlayTellsStepsAndFailsWhereItCanNotWrite) {
 }
 
 TEST_F(Tool, WhoLooksAtImagesWhileUnpackingThemTellsOfDamageWhatOpeningTellsAndWritesNothingBefore) {
-  // Large enough that frames are checked by being shown.
+  // Large enough that stills, too, are checked by being unpacked.
   constexpr unsigned kSize = 1500;
   const std::string whole = testing::zero_image(kSize, kSize, 8, 6);
+  const std::string rows_missing = testing::zero_image(kSize, kSize - 1, 8, 6), cut = whole.substr(0, 40);
   std::string damaged = whole;
   damaged[whole.size() / 2] ^= 0x40;
   struct Case {
+    unsigned frames;  ///< 0: a still
     std::string last;
     int status;
-    std::size_t lines;  ///< of steps
     const char* told;
   };
   const Case cases[] = {
-      {whole, 0, 4, ""},
-      {damaged, 1, 0, "the image data is damaged"},
-      {whole.substr(0, 40), 1, 0, "there is not enough image data"},
-      {testing::zero_image(kSize, kSize - 1, 8, 6), 0, 4, "Frame 4 has less image data"},
+      {4, whole, 0, ""},
+      {4, damaged, 1, "the image data is damaged"},
+      {4, cut, 1, "there is not enough image data"},
+      {4, rows_missing, 0, "Frame 4 has less image data"},
+      {0, whole, 0, ""},
+      {0, damaged, 1, "the image data is damaged"},
+      {0, rows_missing, 1, "there is not enough image data"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.told);
-    std::vector<testing::ChunkText> chunks{{"IHDR", testing::header_payload(kSize, kSize, 8, 6)},
-                                           {"acTL", testing::be32(4) + testing::be32(1)},
-                                           {"fcTL", testing::frame_control(0, kSize, kSize)},
-                                           {"IDAT", whole}};
-    for (unsigned i = 1; i < 4; ++i) {
-      chunks.push_back({"fcTL", testing::frame_control(2 * i - 1, kSize, kSize)});
-      chunks.push_back({"fdAT", testing::be32(2 * i) + (i == 3 ? c.last : whole)});
+    std::vector<testing::ChunkText> chunks{{"IHDR", testing::header_payload(kSize, kSize, 8, 6)}};
+    if (c.frames == 0) chunks.push_back({"IDAT", c.last});
+    for (unsigned i = 0; i < c.frames; ++i) {
+      if (i == 0) chunks.push_back({"acTL", testing::be32(c.frames) + testing::be32(1)});
+      chunks.push_back({"fcTL", testing::frame_control(i == 0 ? 0 : 2 * i - 1, kSize, kSize)});
+      if (i == 0)
+        chunks.push_back({"IDAT", whole});
+      else
+        chunks.push_back({"fdAT", testing::be32(2 * i) + (i + 1 == c.frames ? c.last : whole)});
     }
     chunks.push_back({"IEND", ""});
     const auto bytes = testing::png_file(chunks);
@@ -312,10 +318,11 @@ TEST_F(Tool, WhoLooksAtImagesWhileUnpackingThemTellsOfDamageWhatOpeningTellsAndW
     std::ofstream(file, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     const auto played = vellum({"play", file}), listed = vellum({"list", file});
+    const std::size_t steps = c.status != 0 ? 0 : std::max(c.frames, 1u);
     EXPECT_EQ(played.status, c.status) << played.output;
     EXPECT_EQ(listed.status, c.status);
     EXPECT_NE(played.output.find(c.told), std::string::npos) << played.output;
-    EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(played.output, '\t')), 4 * c.lines);
+    EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(played.output, '\t')), 4 * steps);
     if (c.status != 0) EXPECT_EQ(played.output, listed.output);
     const fs::path small = folder_ / "small.png";
     fs::remove(small);
