@@ -1,5 +1,4 @@
 // Print, without a screen: the pages as a PDF file.
-
 #include <algorithm>
 #include <cstring>
 #include <memory>

@@ -1,5 +1,4 @@
 // Photo stack: photographs that come one after the other and lie down on each other.
-
 #include <chrono>
 #include <cmath>
 #include <cstring>

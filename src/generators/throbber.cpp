@@ -1,5 +1,4 @@
 // Throbbers: what turns while people wait.
-
 #include <cmath>
 #include <numbers>
 

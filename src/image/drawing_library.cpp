@@ -6,7 +6,7 @@
 namespace vellum {
 
 void* drawing_function(const char* name) {
-  /// It brings the others.
+  // It brings the others.
   static constexpr const char* kFiles[] = {"libpangocairo-1.0.so.0"};
   static const LateLibraries loaded(kFiles);
   if (void* function = loaded.find(name)) return function;

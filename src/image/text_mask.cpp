@@ -198,6 +198,9 @@ std::string clean(std::string_view text) {
   return valid.get();
 }
 
+/// Whether a byte of UTF-8 is the first one of a character.
+bool begins_character(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }
+
 constexpr std::size_t kLongWord = 500, kWordPart = 8;  // characters
 
 /// Breaking an endless word takes time by the square of its length: it gets places to break at.
@@ -209,8 +212,8 @@ std::string with_breaks(const std::string& text, bool& broken) {
       std::string parts;
       std::size_t characters = 0;
       for (const char c : word) {
-        const bool begins = (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-        if (begins && characters++ % kWordPart == 0) parts += "\xE2\x80\x8B";  // a space without width
+        if (begins_character(c) && characters++ % kWordPart == 0)
+          parts += "\xE2\x80\x8B";  // a space without width
         parts += c;
       }
       word = std::move(parts);
@@ -230,7 +233,7 @@ std::string with_breaks(const std::string& text, bool& broken) {
 /// The character behind the one that begins here, in a text without faults.
 const char* next_character(const char* at) {
   do ++at;
-  while ((static_cast<unsigned char>(*at) & 0xC0) == 0x80);
+  while (!begins_character(*at));
   return at;
 }
 
@@ -263,8 +266,7 @@ bool may_be_laid_out(const std::string& text, const TextStyle& style) {
 }  // namespace
 
 std::size_t count_characters(std::string_view text) {
-  return static_cast<std::size_t>(
-      std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+  return static_cast<std::size_t>(std::ranges::count_if(text, begins_character));
 }
 
 DrawnText draw_text(std::string_view text, const TextStyle& style, std::size_t shown) {

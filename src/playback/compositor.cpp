@@ -174,7 +174,7 @@ Picture Compositor::compose_first(Frame& frame) {
   const std::size_t visit = visits_.size();
   // One canvas in so many where frames are no longer kept; who keeps none may never come back.
   if (followsEdits_ || (mostKept_ != 0 && kept_ >= mostKept_)) put_checkpoint_in_turn(visit, state_);
-  if (list_.record(frame.entry).data.is_kept()) unpack(static_cast<std::size_t>(&frame - frames_.data()));
+  unpack(static_cast<std::size_t>(&frame - frames_.data()));
   Picture composed = compose_frame(state_, values_, list_.record(frame.entry));
   ++composed_;
   if (mostKept_ == 0) let_go_behind(frame.entry);
@@ -195,6 +195,7 @@ void Compositor::let_go_behind(std::size_t entry) {
 /// Rows that are to be made again are made some frames ahead, side by side. Blocks are held for that and not
 /// the list, which changes before the view of it goes.
 void Compositor::unpack(std::size_t ordinal) {
+  if (!list_.record(frames_[ordinal].entry).data.is_kept()) return;
   if (!unpacking_) {
     std::vector<ChunkHandle> blocks;
     for (const Frame& frame : frames_) blocks.push_back(list_.record(frame.entry).data);
